@@ -1,0 +1,50 @@
+# SPDX-License-Identifier: LicenseRef-HXAux
+# Compiler and linker flags, each with its reason; nothing else in the project sets global flags.
+
+if(HX_ABI STREQUAL "i386")
+  # The unit's ABI. SSE2 arithmetic keeps every intermediate double a double, as on x86-64.
+  add_compile_options(-m32 -msse2 -mfpmath=sse)
+  add_link_options(-m32)
+  set(CMAKE_LIBRARY_ARCHITECTURE "i386-linux-gnu")
+elseif(NOT HX_ABI STREQUAL "x86_64")
+  message(FATAL_ERROR "HX_ABI is ${HX_ABI}; it must be i386 or x86_64")
+endif()
+
+# Large files and 64-bit inode numbers: the library must open any file of a 32-bit unit's file system.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
+# Plain char carries signed bytes between drivers and callers.
+add_compile_options(-fsigned-char)
+# No path of the building machine in any artefact; also lets compiler caches share results.
+add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=." -fno-omit-frame-pointer)
+
+find_program(HX_CCACHE ccache)
+if(HX_CCACHE)
+  set(CMAKE_C_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_NOHASHDIR=1
+      CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} ${HX_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_C_COMPILER_LAUNCHER})
+endif()
+
+if(HX_SANITIZE)
+  add_compile_options("-fsanitize=${HX_SANITIZE}" -O1)
+  if(HX_SANITIZE MATCHES "undefined")
+    add_compile_options(-fno-sanitize-recover=undefined)
+  endif()
+  add_link_options("-fsanitize=${HX_SANITIZE}")
+endif()
+if(HX_COVERAGE)
+  add_compile_options(--coverage -O0)
+  add_link_options(--coverage)
+endif()
+
+add_library(hx_warnings INTERFACE)
+target_compile_options(hx_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wformat=2 -Wundef
+                       $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+                       $<$<BOOL:${HX_WERROR}>:-Werror>)
+
+# What Debian hardens its packages with, plus control-flow protection. Sanitizers bring their own checks.
+add_library(hx_hardening INTERFACE)
+if(NOT HX_SANITIZE AND NOT HX_COVERAGE)
+  target_compile_options(hx_hardening INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2
+                         -fstack-protector-strong -fcf-protection)
+endif()
+target_link_options(hx_hardening INTERFACE LINKER:-z,relro LINKER:-z,now)

@@ -1,0 +1,36 @@
+# SPDX-License-Identifier: LicenseRef-HXAux
+# GoogleTest is built here from Debian's sources, because a ready-made library exists for one ABI only.
+find_path(HX_GOOGLETEST_SOURCE googlemock/CMakeLists.txt PATHS /usr/src/googletest NO_DEFAULT_PATH REQUIRED)
+set(INSTALL_GTEST OFF)
+add_subdirectory(${HX_GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+include(GoogleTest)
+
+# hx_add_test(name sources...): a program of GoogleTest cases over the internal archive, with the simulated unit's
+# linked door in front of the C library. Tests are compiled without optimisation: they run once.
+function(hx_add_test name)
+  add_executable(${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE hx_test_support hx-aux-internal hx_warnings)
+  if(NOT HX_SANITIZE)
+    target_compile_options(${name} PRIVATE -O0)
+  endif()
+  set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+  gtest_discover_tests(${name} TEST_PREFIX "${HX_TEST_LABEL}:" DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+endfunction()
+
+if(HX_SANITIZE MATCHES "thread")
+  set(HX_TEST_LABEL tsan)
+elseif(HX_SANITIZE)
+  set(HX_TEST_LABEL asan)
+else()
+  set(HX_TEST_LABEL ${HX_ABI})
+endif()
+
+# What every test program has: the matchers and helpers of tests/support and the linked door of the simulated unit.
+file(GLOB HX_SUPPORT_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/support/*.cpp)
+add_library(hx_test_support INTERFACE)
+target_sources(hx_test_support INTERFACE ${HX_SUPPORT_SOURCES})
+target_include_directories(hx_test_support INTERFACE ${CMAKE_SOURCE_DIR})
+target_link_libraries(hx_test_support INTERFACE GTest::gmock_main)
+if(TARGET hx-sim-linked)
+  target_link_libraries(hx_test_support INTERFACE -Wl,--whole-archive hx-sim-linked -Wl,--no-whole-archive)
+endif()

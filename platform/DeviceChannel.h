@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "platform/LinuxWrapper.h"
+
+#include <type_traits>
+
+namespace Halvix {
+
+/// A control code together with what the caller sends and what the driver answers, so that a payload of the wrong
+/// size does not compile. `None` stands for no payload.
+struct None {};
+
+template <class Sent, class Answered>
+struct Request {
+    static_assert(std::is_trivially_copyable_v<Sent> && std::is_trivially_copyable_v<Answered>);
+    unsigned long code;
+};
+
+template <class Payload>
+using Read = Request<None, Payload>;
+template <class Payload>
+using Write = Request<Payload, None>;
+
+/// What an operation holds of one character device: its handle and whether it could be opened.
+///
+/// It contains the common path of a request once: device open (1), driver call (7), length of the answer (6).
+/// Checks that differ between operations stand in the operation. Opens in the constructor, closes in the destructor.
+class DeviceChannel {
+public:
+    explicit DeviceChannel(const char* path) { open(path); }
+    ~DeviceChannel() { close(); }
+    DeviceChannel(const DeviceChannel&) = delete;
+    DeviceChannel& operator=(const DeviceChannel&) = delete;
+
+    [[nodiscard]] bool isOpen() const { return initialised_; }
+    [[nodiscard]] int handle() const { return handle_; }
+    /// ERR_SUCCESS, or ERR_OPEN_FAILED: for operations that check the device before the value.
+    [[nodiscard]] eErr opened() const { return initialised_ ? ERR_SUCCESS : ERR_OPEN_FAILED; }
+
+    /// 1, 7, 6. `answer` is written only on success and its pointer is not checked.
+    template <class Payload>
+    [[nodiscard]] eErr read(Read<Payload> request, Payload* answer) const
+    {
+        Payload block{};
+        const eErr err = transfer(request.code, nullptr, 0, &block, sizeof block, CountCheck::Yes);
+        if (err == ERR_SUCCESS)
+            *answer = block;
+        return err;
+    }
+
+    /// 1, 7, 6, for requests that send a block and answer another. `answer` goes to the driver's layer as it stands and
+    /// is changed only on success.
+    template <class Sent, class Answered>
+    [[nodiscard]] eErr query(Request<Sent, Answered> request, const Sent& sent, Answered* answer) const
+    {
+        Sent in = sent;
+        Answered out = *answer;
+        const eErr err = transfer(request.code, &in, sizeof in, &out, sizeof out, CountCheck::Yes);
+        if (err == ERR_SUCCESS)
+            *answer = out;
+        return err;
+    }
+
+    /// 1, 7, 6.
+    template <class Payload>
+    [[nodiscard]] eErr write(Write<Payload> request, const Payload& value) const
+    {
+        Payload block = value;
+        return transfer(request.code, &block, sizeof block, nullptr, 0, CountCheck::Yes);
+    }
+
+    /// 1, 7: for the requests whose answer's length nobody looks at.
+    template <class Payload>
+    [[nodiscard]] eErr writeUncounted(Write<Payload> request, const Payload& value) const
+    {
+        Payload block = value;
+        return transfer(request.code, &block, sizeof block, nullptr, 0, CountCheck::No);
+    }
+
+protected:
+    DeviceChannel() = default;
+    void open(const char* path) { initialised_ = LinuxWrapper::open(handle_, path, true); }
+    void close();
+
+private:
+    enum class CountCheck { No, Yes };
+    [[nodiscard]] eErr transfer(unsigned long code, void* in, unsigned inLength, void* out, unsigned outLength,
+                                CountCheck check) const;
+
+    int handle_ = -1;
+    bool initialised_ = false;
+};
+
+/// A channel whose device is opened by the first operation, and tried again by each one until it succeeds.
+class RetryingChannel : public DeviceChannel {
+public:
+    explicit RetryingChannel(const char* path) : path_{path} {}
+
+    /// Call at the head of every operation: ERR_SUCCESS, or ERR_OPEN_FAILED.
+    [[nodiscard]] eErr ensureOpen()
+    {
+        if (!isOpen())
+            open(path_);
+        return opened();
+    }
+
+private:
+    const char* path_;
+};
+
+} // namespace Halvix
