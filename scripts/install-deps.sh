@@ -1,0 +1,55 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: LicenseRef-HXAux
+# Installs the Debian 12 packages that a purpose needs, and says which. Nothing is done when all are there.
+#
+#   scripts/install-deps.sh build|test|check|package
+#
+# build    library, tool and simulated unit        test     build, and every test
+# check    test, and every other check             package  building and checking the Debian packages
+set -euo pipefail
+
+build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev)
+tests=("${build[@]}" googletest binutils)
+checks=("${tests[@]}" clang lld clang-format clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
+    gcovr shellcheck codespell libbenchmark-dev libbenchmark-dev:i386)
+packages=("${build[@]}" debhelper debootstrap devscripts dpkg-dev lintian fakeroot)
+
+case "${1:-}" in
+build) wanted=("${build[@]}") ;;
+test) wanted=("${tests[@]}") ;;
+check) wanted=("${checks[@]}") ;;
+package) wanted=("${packages[@]}") ;;
+*)
+    echo "usage: $0 build|test|check|package" >&2
+    exit 2
+    ;;
+esac
+
+installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+
+missing=()
+for package in "${wanted[@]}"; do
+    installed "$package" || missing+=("$package")
+done
+if [ ${#missing[@]} -eq 0 ]; then
+    exit 0
+fi
+
+if [ "$(id -u)" -eq 0 ]; then
+    as_root=()
+elif command -v sudo >/dev/null; then
+    as_root=(sudo)
+else
+    echo "These packages are missing and need root or sudo to install: ${missing[*]}" >&2
+    exit 1
+fi
+
+echo "Installing for '$1': ${missing[*]}"
+if [[ " ${missing[*]} " == *:i386* ]] && ! dpkg --print-foreign-architectures | grep -qx i386; then
+    echo "Adding the foreign architecture i386 (for 32-bit libraries)"
+    "${as_root[@]}" dpkg --add-architecture i386
+fi
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -qq
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
+    >/dev/null
