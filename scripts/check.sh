@@ -1,0 +1,83 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: LicenseRef-HXAux
+# Every check beside scripts/test.sh, in one command; closes with a table of verdicts.
+#
+#   scripts/check.sh              all checks
+#   scripts/check.sh NAME...      these ones: names below, in the order in which they run
+#   scripts/check.sh --list       the names
+#
+# Rough times on two cores: the static checks a few minutes, asan and tsan ten minutes each, fuzz one minute a target.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+names=(format shell spelling source layers clang tidy headers docs abi tests asan tsan fuzz coverage)
+
+sources() { git ls-files '*.cpp' '*.h' '*.c'; }
+
+build_and_test() { # preset
+    cmake --preset "$1" -DHX_TESTS=ON
+    cmake --build --preset "$1" -j "$(nproc)"
+    ctest --test-dir "build/$1" --output-on-failure -j "$(nproc)"
+}
+
+check_format() { sources | xargs clang-format --dry-run -Werror; }
+check_shell() { git ls-files 'scripts/*' .ci/run | xargs grep -lE '^#!.*(ba)?sh' | xargs shellcheck; }
+check_spelling() { git ls-files | grep -vE '^fuzz/corpus/|\.(svg|png|bin|hex|mcs)$' | xargs codespell --ignore-words scripts/spelling-exceptions.txt; }
+check_source() { scripts/check-source; }
+check_layers() { scripts/check-layers; }
+check_clang() {
+    cmake -S . -B build/clang -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DHX_TESTS=OFF
+    cmake --build build/clang -j "$(nproc)"
+}
+check_tidy() {
+    cmake --preset x86_64 -DHX_TESTS=ON >/dev/null
+    git ls-files 'platform/*.cpp' 'settings/*.cpp' 'devices/*.cpp' 'backlight/*.cpp' 'upgrade/*.cpp' 'tools/*.cpp' \
+        'simulator/model/*.cpp' | xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/x86_64
+}
+check_headers() { scripts/test.sh -R '[Hh]eader'; }
+check_docs() { scripts/docs.sh; }
+check_abi() { scripts/check-abi; }
+check_tests() { scripts/test.sh; }
+check_asan() { build_and_test asan; }
+check_tsan() { build_and_test tsan; }
+check_fuzz() { scripts/fuzz.sh all 60; }
+check_coverage() { scripts/coverage.sh; }
+
+if [ "${1:-}" = --list ]; then
+    printf '%s\n' "${names[@]}"
+    exit 0
+fi
+wanted=("$@")
+[ ${#wanted[@]} -gt 0 ] || wanted=("${names[@]}")
+for name in "${wanted[@]}"; do
+    declare -F "check_$name" >/dev/null || {
+        echo "no check named '$name'; scripts/check.sh --list names them" >&2
+        exit 2
+    }
+done
+
+scripts/install-deps.sh check
+mkdir -p build/checks
+failed=0
+verdicts=()
+for name in "${wanted[@]}"; do
+    echo "== $name"
+    started=$SECONDS
+    # A subshell, so that errexit holds inside the check although its status is looked at here.
+    set +e
+    (
+        set -e
+        "check_$name"
+    ) >"build/checks/$name.log" 2>&1
+    status=$?
+    set -e
+    if [ "$status" -eq 0 ]; then
+        verdicts+=("$(printf '%-10s passed  %5d s' "$name" $((SECONDS - started)))")
+    else
+        verdicts+=("$(printf '%-10s FAILED  %5d s  build/checks/%s.log' "$name" $((SECONDS - started)) "$name")")
+        tail -n 40 "build/checks/$name.log"
+        failed=1
+    fi
+done
+printf '\n%s\n' "${verdicts[@]}"
+exit "$failed"
