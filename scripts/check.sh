@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: LicenseRef-HXAux
+# shellcheck disable=SC2317  # the checks are called by their names
 # Every check beside scripts/test.sh, in one command; closes with a table of verdicts.
 #
 #   scripts/check.sh              all checks
