@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "platform/LinuxWrapper.h"
+#include "platform/ThreadSafety.h"
+
+#include <cerrno>
+
+namespace Halvix {
+
+/// A named semaphore (or a private one, for a null name), opened here and closed by itself.
+///
+/// When it cannot be opened every `wait` is false and every `post` only prints: the functions behind it go on.
+class HX_CAPABILITY("semaphore") Semaphore {
+public:
+    explicit Semaphore(const char* name)
+    {
+        if (!LinuxWrapper::CreateSema(handle_, name))
+            handle_ = 0;
+    }
+    ~Semaphore() { LinuxWrapper::CloseSema(handle_); }
+    Semaphore(const Semaphore&) = delete;
+    Semaphore& operator=(const Semaphore&) = delete;
+
+    /// Blocks until it is taken. A signal does not end the wait; false only when the semaphore is not open.
+    [[nodiscard]] bool wait() HX_TRY_ACQUIRE(true)
+    {
+        bool taken = LinuxWrapper::WaitForSema(handle_, true);
+        while (!taken && errno == EINTR)
+            taken = LinuxWrapper::WaitForSema(handle_, true);
+        return taken;
+    }
+    /// False at once when somebody holds it.
+    [[nodiscard]] bool tryWait() HX_TRY_ACQUIRE(true) { return LinuxWrapper::WaitForSema(handle_, false); }
+    void post() HX_RELEASE() { LinuxWrapper::ReleaseSema(handle_); }
+    /// Adds to the count of a semaphore that is used as a signal, not as a lock.
+    void signal() { LinuxWrapper::ReleaseSema(handle_); }
+
+    [[nodiscard]] int handle() const { return handle_; }
+
+private:
+    int handle_ = 0;
+};
+
+/// Holds a semaphore for a scope. A semaphore that could not be taken is not given back.
+class HX_SCOPED_CAPABILITY Lock {
+public:
+    explicit Lock(Semaphore& semaphore) HX_ACQUIRE(semaphore) HX_UNCHECKED_LOCKING // a failed wait goes on unlocked
+        : semaphore_{semaphore},
+          taken_{semaphore.wait()}
+    {
+    }
+    ~Lock() HX_RELEASE() HX_UNCHECKED_LOCKING // only what was taken
+    {
+        if (taken_)
+            semaphore_.post();
+    }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+private:
+    Semaphore& semaphore_;
+    bool taken_;
+};
+
+} // namespace Halvix

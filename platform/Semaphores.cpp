@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "platform/LinuxWrapper.h"
+
+#include <fcntl.h>
+#include <semaphore.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <utility>
+
+namespace Halvix {
+
+namespace {
+
+constexpr std::size_t kNameSize = 80; // longer names are cut, in every process alike
+
+#if __SIZEOF_POINTER__ == __SIZEOF_INT__
+
+// The handle is the pointer. Addresses above 2 GB give negative handles; only 0 is none.
+
+int keep(sem_t* semaphore)
+{
+    return reinterpret_cast<int>(semaphore);
+}
+
+sem_t* find(int handle)
+{
+    return reinterpret_cast<sem_t*>(handle);
+}
+
+void forget(int /*handle*/) {}
+
+#else
+
+// A pointer does not fit an int: the handle is an index into this table, whose entry 0 stays empty. The table grows and
+// is never freed, because threads of the library outlive the program's static objects.
+
+constinit std::mutex tableLock;
+constinit sem_t** table = nullptr;
+constinit int tableSize = 0;
+
+int freeIndex()
+{
+    for (int i = 1; i < tableSize; ++i)
+        if (table[i] == nullptr)
+            return i;
+    const int grown = tableSize == 0 ? 16 : tableSize * 2;
+    void* memory = std::realloc(table, static_cast<std::size_t>(grown) * sizeof *table);
+    if (memory == nullptr)
+        return 0;
+    table = static_cast<sem_t**>(memory);
+    std::fill(table + tableSize, table + grown, nullptr);
+    return std::exchange(tableSize, grown) == 0 ? 1 : grown / 2;
+}
+
+/// 0 when memory is out.
+int keep(sem_t* semaphore)
+{
+    const std::lock_guard guard{tableLock};
+    const int index = freeIndex();
+    if (index != 0)
+        table[index] = semaphore;
+    return index;
+}
+
+sem_t* find(int handle)
+{
+    const std::lock_guard guard{tableLock};
+    return handle > 0 && handle < tableSize ? table[handle] : nullptr;
+}
+
+void forget(int handle)
+{
+    const std::lock_guard guard{tableLock};
+    table[handle] = nullptr;
+}
+
+#endif
+
+/// Prints and leaves `errno` as the failed call set it: callers ask whether a wait was interrupted.
+void complain(const char* message)
+{
+    const int reason = errno;
+    (void)std::puts(message);
+    errno = reason;
+}
+
+/// The semaphore behind the handle, or null with the error that the system gives for one that is not open.
+sem_t* openSemaphore(int handle)
+{
+    sem_t* semaphore = find(handle);
+    if (semaphore == nullptr)
+        errno = EINVAL;
+    return semaphore;
+}
+
+/// A name that nobody else has. Without the right to make the file the template still ends up filled in.
+void makeUniqueName(char (&name)[kNameSize])
+{
+    std::snprintf(name, sizeof name, "%s", "/hxSema.XXXXXX");
+    const int file = ::mkstemp(name);
+    if (file < 0)
+        return;
+    ::unlink(name);
+    ::close(file);
+}
+
+} // namespace
+
+void* LinuxWrapper::CreateSemaHelper(const char* name)
+{
+    const unsigned int previous = umask(0);
+    sem_t* semaphore = ::sem_open(name, O_CREAT | O_EXCL, 0777, 1);
+    if (semaphore == SEM_FAILED && errno == EEXIST)
+        semaphore = ::sem_open(name, 0);
+    (void)umask(previous);
+    return semaphore != SEM_FAILED ? semaphore : nullptr;
+}
+
+bool LinuxWrapper::CreateSema(int& sema, const char* name)
+{
+    char finalName[kNameSize];
+    if (name == nullptr)
+        makeUniqueName(finalName);
+    else
+        std::snprintf(finalName, sizeof finalName, name[0] == '/' ? "%s" : "/%s", name);
+
+    auto* semaphore = static_cast<sem_t*>(CreateSemaHelper(finalName));
+    const int handle = semaphore != nullptr ? keep(semaphore) : 0;
+    if (handle != 0)
+        sema = handle;
+    else
+        std::printf("sem_open failed with error: %s\n", std::strerror(errno));
+    if (name == nullptr)
+        ::sem_unlink(finalName); // private to this process from here on
+    return handle != 0;
+}
+
+bool LinuxWrapper::WaitForSema(int sema, bool wait)
+{
+    sem_t* semaphore = openSemaphore(sema);
+    if (wait) {
+        if (semaphore != nullptr && ::sem_wait(semaphore) == 0)
+            return true;
+        complain("sem_wait failed");
+        return false;
+    }
+    if (semaphore != nullptr && ::sem_trywait(semaphore) == 0)
+        return true;
+    if (errno != EAGAIN) // taken by somebody is no failure worth a word
+        complain("sem_trywait failed");
+    return false;
+}
+
+void LinuxWrapper::ReleaseSema(int sema)
+{
+    sem_t* semaphore = openSemaphore(sema);
+    if (semaphore == nullptr || ::sem_post(semaphore) != 0)
+        complain("failed to release semaphore");
+}
+
+void LinuxWrapper::CloseSema(int sema)
+{
+    sem_t* semaphore = openSemaphore(sema);
+    if (semaphore != nullptr)
+        forget(sema);
+    if (semaphore == nullptr || ::sem_close(semaphore) != 0)
+        complain("failed to close semaphore");
+}
+
+} // namespace Halvix

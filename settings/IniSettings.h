@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "platform/Semaphore.h"
+
+#include <fstream>
+#include <map>
+#include <string>
+
+namespace Halvix {
+
+/// The settings file, held alone: the constructor waits until no other object of this class exists in any process.
+///
+/// So: make one, `load`, read and write, destroy it at once. A second one in the same thread never returns. Operations
+/// may run out of memory (`std::bad_alloc`); the file is then as it was and the destructor gives the lock back.
+class IniSettings {
+public:
+    IniSettings();
+    ~IniSettings();
+    IniSettings(const IniSettings&) = delete;
+    IniSettings& operator=(const IniSettings&) = delete;
+
+    /// Reads the file into the map, on top of what is there, and remembers its name for `set`. A file that cannot be
+    /// opened changes nothing.
+    void load(std::string fileName);
+    /// A missing key yields an empty text and is in the map from then on, so a later `set` writes it as well.
+    std::string get(std::string key);
+    /// Rewrites the whole file with the new value: sorted, comments lost. Whether it could be written is not told.
+    void set(std::string key, std::string value);
+
+    /// Puts one line of the file into the map.
+    void parse(std::string line);
+    /// Removes blanks (0x20 only) at both ends.
+    static void trim(std::string& text);
+
+    // The file's numbers, in the form of C++ streams of the classic locale. 0, or 4 with the output untouched.
+    [[nodiscard]] static eErr ConvertLongToStr(unsigned long value, std::string* text);
+    [[nodiscard]] static eErr ConvertStrToLong(unsigned long* value, std::string text);
+    [[nodiscard]] static eErr ConvertDoubleToStr(double value, std::string* text);
+    [[nodiscard]] static eErr ConvertStrToDouble(double* value, std::string text);
+
+private:
+    [[nodiscard]] std::string image(const std::string& key, const std::string& value) const;
+
+    Semaphore lock_;
+    bool locked_;
+    std::map<std::string, std::string> entries_;
+    std::ifstream input_;
+    std::ofstream output_;
+    std::string fileName_;
+};
+
+} // namespace Halvix
