@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace hxsim {
+
+/// What can be done to the unit from outside: "press front", "drop serial". The first word names the action, the rest
+/// are its words. An action throws BadText for words that it does not know.
+class Actions {
+public:
+    using Words = std::vector<std::string>;
+    using Effect = std::function<void(const Words&)>;
+    struct Action {
+        Effect effect;
+        std::string usage; ///< the words it takes: "front|power [MILLISECONDS]"
+        std::string help;
+    };
+
+    void add(const std::string& name, const std::string& usage, Effect effect, const std::string& help);
+    void run(const std::string& name, const Words& arguments) const;
+    [[nodiscard]] const std::map<std::string, Action>& all() const { return actions_; }
+
+private:
+    std::map<std::string, Action> actions_;
+};
+
+} // namespace hxsim

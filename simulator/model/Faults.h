@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hxsim {
+
+/// A wish that some calls fail: the next `count` calls of `call` on `subject`, after `skip` of them went well.
+struct Fault {
+    static constexpr int kAlways = -1;
+
+    std::string subject; ///< path, semaphore name, or the word the journal starts the line with; "*" for any
+    std::string call;    ///< "open", "0x40010003", "get 5", "sem_wait"...: how the journal's call begins; "*" for any
+    int error = 5;       ///< errno; EIO
+    int count = kAlways;
+    int skip = 0;
+};
+
+/// The faults that were asked for. A fault that has failed its count of calls is gone.
+class Faults {
+public:
+    void add(Fault fault) { faults_.push_back(std::move(fault)); }
+    /// "NODE CALL [ERRNO] [COUNT]", as in a description or on the command line. Throws BadText.
+    void add(std::string_view text);
+    void clear() { faults_.clear(); }
+    /// Removes what was asked for the subject.
+    void clear(std::string_view subject);
+    [[nodiscard]] const std::vector<Fault>& all() const { return faults_; }
+
+    /// The errno with which this call must fail, or 0.
+    int take(std::string_view subject, std::string_view call);
+    [[nodiscard]] bool empty() const { return faults_.empty(); }
+
+private:
+    std::vector<Fault> faults_;
+};
+
+} // namespace hxsim

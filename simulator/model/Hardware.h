@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <memory>
+
+#include "simulator/model/Unit.h"
+
+namespace hxsim {
+
+/// Base of every piece of hardware. A derived class describes in its constructor, to the unit it is given, its nodes,
+/// properties and actions; they live as long as the unit. Its file also defines `makeXxx(Unit&)`, and HardwareList.def
+/// has a line for it.
+class Hardware {
+public:
+    Hardware() = default;
+    Hardware(const Hardware&) = delete;
+    Hardware& operator=(const Hardware&) = delete;
+    virtual ~Hardware() = default;
+};
+
+/// The line that ends each hardware's source file.
+#define HXSIM_HARDWARE(Type)                                                                                           \
+    std::unique_ptr<Hardware> make##Type(Unit& unit)                                                                   \
+    {                                                                                                                  \
+        return std::make_unique<Type>(unit);                                                                           \
+    }
+
+} // namespace hxsim

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "simulator/model/Clock.h"
+
+namespace hxsim {
+
+class Node;
+
+/// What a program holds between open and close. A node that keeps something per open file derives its own
+/// (Node::onOpen).
+class OpenFile {
+public:
+    OpenFile(Node& itsNode, int itsFlags) : node{itsNode}, flags{itsFlags} {}
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+    virtual ~OpenFile() = default;
+
+    Node& node;
+    int flags;                ///< as given to open, later changed by fcntl
+    std::size_t position = 0; ///< of the next read of an attribute
+    std::string content;      ///< an attribute's text, taken when it is first read
+};
+
+/// The bytes that the driver takes from the caller's block, and those that it puts back, both from its start.
+struct Takes {
+    std::size_t bytes;
+};
+struct Gives {
+    std::size_t bytes;
+};
+
+/// One ioctl in the driver's hands. Numbers are little-endian.
+struct Request {
+    std::span<const std::uint8_t> in;
+    std::span<std::uint8_t> out;
+    OpenFile& file;
+
+    [[nodiscard]] std::uint8_t u8(std::size_t offset) const { return in[offset]; }
+    [[nodiscard]] std::uint16_t u16(std::size_t offset) const;
+    [[nodiscard]] std::uint32_t u32(std::size_t offset) const;
+    void put8(std::size_t offset, std::uint8_t value) const { out[offset] = value; }
+    void put16(std::size_t offset, std::uint16_t value) const;
+    void put32(std::size_t offset, std::uint32_t value) const;
+};
+
+/// Result of a call on a node: 0 or a count, or -errno; or "not yet": the door then asks again when the model has
+/// changed, at the latest at `wakeAt`.
+struct Outcome {
+    std::int64_t result = 0;
+    bool waits = false;
+    std::optional<Time> wakeAt;
+
+    static Outcome notBefore(std::optional<Time> time) { return {0, true, time}; }
+};
+
+/// The line settings of a serial port, as far as the wire knows them.
+struct LineSettings {
+    std::uint32_t baud = 9600;
+    int dataBits = 8;
+    char parity = 'n'; ///< n, e, o
+    int stopBits = 1;
+    std::uint8_t vmin = 1;  ///< bytes that a read waits for
+    std::uint8_t vtime = 0; ///< tenths of a second
+    bool canonical = true;
+
+    bool operator==(const LineSettings&) const = default;
+};
+
+/// One path of the unit that programs open: a device, or an attribute file. Hardware describes it in its constructor.
+class Node {
+public:
+    /// Returns 0 or a positive result, or -errno. `out` comes zeroed; it reaches the caller unless -errno is returned.
+    using RequestHandler = std::function<int(Request&)>;
+    using Opener = std::function<std::unique_ptr<OpenFile>(int flags)>;
+    using Closer = std::function<void(OpenFile&)>;
+    /// Is asked again while it waits; `started` is when the program made the call.
+    using Reader = std::function<Outcome(OpenFile&, std::span<std::uint8_t> out, Time started)>;
+    using Writer = std::function<Outcome(OpenFile&, std::span<const std::uint8_t> in)>;
+    struct Shape {
+        std::size_t takes;
+        std::size_t gives;
+    };
+
+    explicit Node(std::string path) : path_{std::move(path)} {}
+
+    Node& request(std::uint32_t code, Takes takes, Gives gives, RequestHandler handler);
+    Node& onOpen(Opener opener);
+    Node& onClose(Closer closer);
+    Node& onRead(Reader reader);
+    Node& onWrite(Writer writer);
+    /// An attribute file: reading gives the text, one write sets it. The setter returns 0 or -errno; without one the
+    /// file is read-only.
+    Node& attribute(std::function<std::string()> get, std::function<int(const std::string&)> set = {});
+    /// A serial port: the door keeps its terminal settings and tells them here.
+    Node& serialLine(std::function<void(const LineSettings&)> changed,
+                     std::function<void(bool input, bool output)> flush, std::function<Outcome()> drained);
+    /// Calls on this node stay out of the journal: its hardware writes its own lines.
+    Node& unrecorded();
+
+    [[nodiscard]] const std::string& path() const { return path_; }
+    [[nodiscard]] bool recorded() const { return recorded_; }
+    [[nodiscard]] bool isText() const { return text_; }
+    [[nodiscard]] bool isSerial() const { return bool(lineChanged_); }
+
+    /// The answer to open: present in the unit unless the description says otherwise.
+    bool present = true;
+
+    /// Null for a request that this driver does not know.
+    [[nodiscard]] const Shape* shape(std::uint32_t code) const;
+    [[nodiscard]] std::unique_ptr<OpenFile> open(int flags);
+    void close(OpenFile& file) const;
+    int ioctl(OpenFile& file, std::uint32_t code, std::span<const std::uint8_t> in, std::span<std::uint8_t> out) const;
+    Outcome read(OpenFile& file, std::span<std::uint8_t> out, Time started) const;
+    Outcome write(OpenFile& file, std::span<const std::uint8_t> in) const;
+    void setLine(const LineSettings& settings) const;
+    void flush(bool input, bool output) const;
+    [[nodiscard]] Outcome drain() const;
+
+private:
+    struct Row {
+        Shape shape;
+        RequestHandler handler;
+    };
+
+    std::string path_;
+    bool recorded_ = true;
+    bool text_ = false;
+    std::map<std::uint32_t, Row> requests_;
+    Opener opener_;
+    Closer closer_;
+    Reader reader_;
+    Writer writer_;
+    std::function<void(const LineSettings&)> lineChanged_;
+    std::function<void(bool, bool)> flush_;
+    std::function<Outcome()> drained_;
+};
+
+} // namespace hxsim

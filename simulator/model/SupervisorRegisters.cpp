@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/model/SupervisorRegisters.h"
+
+#include "simulator/model/Requests.h"
+
+namespace hxsim {
+
+SupervisorRegisters::SupervisorRegisters(Unit& unit, const std::string& path) : unit_{unit}, node_{unit.addNode(path)}
+{
+    node_.request(kGetRegister, Takes{4}, Gives{4}, [this](Request& request) {
+        request.put16(0, request.u16(0));
+        request.put16(2, read(std::uint8_t(request.u16(0))));
+        return 0;
+    });
+    node_.request(kPutRegister, Takes{4}, Gives{0},
+                  [this](Request& request) { return write(std::uint8_t(request.u16(0)), request.u16(2)); });
+}
+
+std::uint16_t SupervisorRegisters::read(std::uint8_t number) const
+{
+    const auto hook = reads_.find(number);
+    return hook == reads_.end() ? words_[number] : hook->second();
+}
+
+int SupervisorRegisters::write(std::uint8_t number, std::uint16_t value)
+{
+    const auto hook = writes_.find(number);
+    if (hook != writes_.end())
+        return hook->second(value);
+    words_[number] = value;
+    return 0;
+}
+
+void SupervisorRegisters::property(std::uint8_t number, const std::string& name, const std::string& help)
+{
+    unit_.properties().number(name, words_[number], 0, 0xFFFF, help);
+}
+
+void SupervisorRegisters::property(std::uint8_t number, const std::string& name, std::uint16_t value,
+                                   const std::string& help)
+{
+    words_[number] = value;
+    property(number, name, help);
+}
+
+} // namespace hxsim

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+
+#include "simulator/model/Unit.h"
+
+namespace hxsim {
+
+/// The register file behind one of the supervisor's "-id" devices: 256 words, each of which remembers what was written
+/// unless a hook says otherwise. Constructing it makes the node answer the two register requests, and gives the unit
+/// the property "<prefix>.<number>" for each register that is named.
+class SupervisorRegisters {
+public:
+    using ReadHook = std::function<std::uint16_t()>;
+    /// Returns 0, or -errno when the supervisor refuses the value.
+    using WriteHook = std::function<int(std::uint16_t value)>;
+
+    SupervisorRegisters(Unit& unit, const std::string& path);
+    SupervisorRegisters(const SupervisorRegisters&) = delete;
+    SupervisorRegisters& operator=(const SupervisorRegisters&) = delete;
+
+    /// For further requests on the same device.
+    Node& node() { return node_; }
+
+    [[nodiscard]] std::uint16_t read(std::uint8_t number) const;
+    int write(std::uint8_t number, std::uint16_t value);
+    /// What the register holds, past all hooks.
+    std::uint16_t& operator[](std::uint8_t number) { return words_[number]; }
+
+    /// The register's value comes from elsewhere / has an effect. A write hook stores by itself what is to be kept.
+    void onRead(std::uint8_t number, ReadHook hook) { reads_[number] = std::move(hook); }
+    void onWrite(std::uint8_t number, WriteHook hook) { writes_[number] = std::move(hook); }
+    /// The register can be set and seen from outside under this name.
+    void property(std::uint8_t number, const std::string& name, const std::string& help);
+    void property(std::uint8_t number, const std::string& name, std::uint16_t value, const std::string& help);
+
+private:
+    Unit& unit_;
+    Node& node_;
+    std::array<std::uint16_t, 256> words_{};
+    std::map<std::uint8_t, ReadHook> reads_;
+    std::map<std::uint8_t, WriteHook> writes_;
+};
+
+} // namespace hxsim

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace hxsim {
+
+/// A text that a person or a description file wrote cannot be used; what() says which and why.
+class BadText : public std::exception {
+public:
+    explicit BadText(std::string text) : text_{std::move(text)} {}
+    [[nodiscard]] const char* what() const noexcept override { return text_.c_str(); }
+
+private:
+    std::string text_;
+};
+
+std::string trimmed(std::string_view text);
+std::vector<std::string> words(std::string_view text);
+
+/// "0x40010003": requests are always written with eight digits.
+std::string requestName(std::uint32_t request);
+/// "00 80 ff"
+std::string hexBytes(std::span<const std::uint8_t> bytes);
+/// "\"2.1.0.5\\n\"": bytes as a C string literal.
+std::string quoted(std::span<const std::uint8_t> bytes);
+
+/// Decimal, or hexadecimal after 0x. Throws BadText unless the whole text is a number within the range.
+std::int64_t parseNumber(std::string_view text, std::int64_t low, std::int64_t high);
+double parseReal(std::string_view text);
+/// "on", "yes", "true", "1" and their opposites.
+bool parseFlag(std::string_view text);
+
+/// "EIO" for 5; numbers without a name are written as "E<number>".
+std::string errnoName(int number);
+int parseErrno(std::string_view text);
+
+} // namespace hxsim

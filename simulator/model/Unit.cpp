@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/model/Unit.h"
+
+#include "simulator/model/Hardware.h"
+#include "simulator/model/Text.h"
+
+namespace hxsim {
+
+#define HARDWARE(Type) std::unique_ptr<Hardware> make##Type(Unit&);
+#include "simulator/model/HardwareList.def"
+#undef HARDWARE
+
+namespace {
+
+using Maker = std::unique_ptr<Hardware> (*)(Unit&);
+
+constexpr Maker kHardware[] = {
+#define HARDWARE(Type) make##Type,
+#include "simulator/model/HardwareList.def"
+#undef HARDWARE
+};
+
+} // namespace
+
+Unit::Unit()
+{
+    for (const Maker make : kHardware)
+        hardware_.push_back(make(*this));
+}
+
+Unit::~Unit() = default;
+
+void Unit::describe(std::string_view text)
+{
+    int number = 0;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size());
+        ++number;
+        try {
+            describeLine(trimmed(text.substr(0, text.substr(0, end).find('#'))));
+        } catch (const BadText& bad) {
+            throw BadText{"line " + std::to_string(number) + ": " + bad.what()};
+        }
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+}
+
+void Unit::describeLine(const std::string& line)
+{
+    if (line.empty())
+        return;
+    const std::size_t equals = line.find('=');
+    if (equals == std::string::npos)
+        throw BadText{"'" + line + "' is not of the form: key = value"};
+    const std::string key = trimmed(line.substr(0, equals));
+    const std::string value = trimmed(line.substr(equals + 1));
+    if (key == "absent") {
+        setAbsent(value, true);
+    } else if (key == "fail") {
+        faults_.add(value);
+    } else if (key == "do") {
+        std::vector<std::string> action = words(value);
+        if (action.empty())
+            throw BadText{"'do' needs an action"};
+        actions_.run(action.front(), {action.begin() + 1, action.end()});
+    } else {
+        properties_.set(key, value);
+    }
+}
+
+Node& Unit::addNode(const std::string& path)
+{
+    return nodes_.try_emplace(path, path).first->second;
+}
+
+Node* Unit::findNode(const std::string& path)
+{
+    const auto found = nodes_.find(path);
+    return found == nodes_.end() ? nullptr : &found->second;
+}
+
+void Unit::setAbsent(const std::string& name, bool absent)
+{
+    if (Node* node = findNode(name))
+        node->present = !absent;
+    if (absent)
+        absent_.insert(name);
+    else
+        absent_.erase(name);
+}
+
+} // namespace hxsim

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/model/Actions.h"
+#include "simulator/model/Clock.h"
+#include "simulator/model/Faults.h"
+#include "simulator/model/Journal.h"
+#include "simulator/model/Node.h"
+#include "simulator/model/Properties.h"
+
+namespace hxsim {
+
+class Hardware;
+
+/// A whole unit: every piece of hardware, its time, and the record of what it was asked. A new one is healthy; a
+/// description states what differs. Plain data and arithmetic: no system calls, no threads, no locks. Whoever hosts it
+/// (a door) makes sure that one thread at a time is inside.
+class Unit {
+public:
+    Unit();
+    ~Unit();
+    Unit(const Unit&) = delete;
+    Unit& operator=(const Unit&) = delete;
+
+    /// Applies a description, one statement a line: "key = value" sets a property, "absent = /dev/x" takes a device
+    /// away, "fail = NODE CALL ERRNO COUNT" asks for failures, "do = press front" runs an action, "#" begins a comment.
+    /// Throws BadText naming the line.
+    void describe(std::string_view text);
+
+    /// Registers a path. The reference stays good as long as the unit.
+    Node& addNode(const std::string& path);
+    [[nodiscard]] Node* findNode(const std::string& path);
+    /// A name that the unit can lack but that is no node: a library, for example.
+    [[nodiscard]] bool isAbsent(const std::string& name) const { return absent_.contains(name); }
+    void setAbsent(const std::string& name, bool absent);
+
+    Clock& clock() { return clock_; }
+    Journal& journal() { return journal_; }
+    Properties& properties() { return properties_; }
+    Actions& actions() { return actions_; }
+    Faults& faults() { return faults_; }
+
+    /// The piece of hardware of this type.
+    template <typename Type>
+    Type& get()
+    {
+        for (const auto& part : hardware_)
+            if (auto* wanted = dynamic_cast<Type*>(part.get()))
+                return *wanted;
+        throw std::bad_cast{};
+    }
+
+private:
+    void describeLine(const std::string& line);
+
+    Clock clock_;
+    Journal journal_;
+    Properties properties_;
+    Actions actions_;
+    Faults faults_;
+    std::map<std::string, Node> nodes_;
+    std::set<std::string> absent_;
+    std::vector<std::unique_ptr<Hardware>> hardware_; // last: its objects use everything above until they are gone
+};
+
+} // namespace hxsim
