@@ -5,13 +5,9 @@
 #include <cstddef>
 #include <iterator>
 
-using Halvix::eErr;
-using Halvix::TextPair;
-
-namespace {
+namespace Halvix {
 
 // The texts are printed and compared by applications: the misspelling of code 20 stays.
-// Writable data, as callers that patch a text expect; hence not const.
 TextPair errorTexts[] = {
     HX_TEXT("ERR_SUCCESS"),
     HX_TEXT("Open failed"),
@@ -47,6 +43,9 @@ TextPair errorTexts[] = {
     HX_TEXT("The GPS module is not available"),
     HX_TEXT("Failed to allocate memory"),
 };
+static_assert(std::size(errorTexts) == 33);
+
+namespace {
 
 TextPair unknownError = HX_TEXT("Unknown error");
 
@@ -58,12 +57,14 @@ const TextPair& pairOf(eErr code)
 
 } // namespace
 
-const char* GetErrorStringA(eErr code)
+} // namespace Halvix
+
+const char* GetErrorStringA(Halvix::eErr code)
 {
-    return pairOf(code).narrow;
+    return Halvix::pairOf(code).narrow;
 }
 
-const wchar_t* GetErrorStringW(eErr code)
+const wchar_t* GetErrorStringW(Halvix::eErr code)
 {
-    return pairOf(code).wide;
+    return Halvix::pairOf(code).wide;
 }

@@ -9,6 +9,13 @@ struct TextPair {
     const wchar_t* wide;
 };
 
+// The tables are writable data that the compiler must not take for constant, so they are visible inside the library:
+// a program that replaces a text finds its own text in the answers.
+extern TextPair errorTexts[33];
+extern TextPair hwErrorStatusTexts[132];
+extern TextPair unknownHwErrorStatusText;
+extern TextPair startupReasonTexts[5];
+
 } // namespace Halvix
 
 #define HX_TEXT(text)                                                                                                  \

@@ -4,7 +4,12 @@
 #ifndef HX_AUX_HX_AUX_H
 #define HX_AUX_HX_AUX_H
 
+#include "hx-aux/Adc.h"
+#include "hx-aux/AuxVersion.h"
+#include "hx-aux/DigIO.h"
 #include "hx-aux/errors.h"
+#include "hx-aux/status-texts.h"
 #include "hx-aux/types.h"
+#include "hx-aux/version-gates.h"
 
 #endif

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "devices/AuxVersion_Imp.h"
+
+#include "platform/ControlCodes.h"
+#include "platform/VersionText.h"
+
+#include <algorithm>
+
+namespace Halvix {
+
+namespace {
+
+constexpr const char* kLibraryVersion = "1.3.1.0";
+constexpr const char* kSystemVersionFile = "/etc/firmware.ver";
+
+} // namespace
+
+eErr AuxVersion_Imp::readVersion(Read<Block> request, unsigned char* major, unsigned char* minor,
+                                 unsigned char* release, unsigned char* build) const
+{
+    Block version{};
+    if (const eErr err = channel_.read(request, &version); err != ERR_SUCCESS)
+        return err;
+    *major = version[0];
+    *minor = version[1];
+    *release = version[2];
+    *build = version[3];
+    return ERR_SUCCESS;
+}
+
+eErr AuxVersion_Imp::getFPGAVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
+                                    unsigned char* build)
+{
+    return readVersion({codes::versionFpga}, major, minor, release, build);
+}
+
+eErr AuxVersion_Imp::getSSVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
+                                  unsigned char* build)
+{
+    return readVersion({codes::versionSupervisor}, major, minor, release, build);
+}
+
+eErr AuxVersion_Imp::getFrontVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
+                                     unsigned char* build)
+{
+    return readVersion({codes::versionFront}, major, minor, release, build);
+}
+
+eErr AuxVersion_Imp::getHXAuxVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
+                                     unsigned char* build)
+{
+    VersionParts parts{65535, 65535, 65535, 65535}; // stay so if the text is no version
+    (void)scanVersion(kLibraryVersion, parts);
+    if (std::ranges::any_of(parts, [](int part) { return part > 255; }))
+        return ERR_COMMAND_FAILED;
+    *major = static_cast<unsigned char>(parts[0]);
+    *minor = static_cast<unsigned char>(parts[1]);
+    *release = static_cast<unsigned char>(parts[2]);
+    *build = static_cast<unsigned char>(parts[3]);
+    return ERR_SUCCESS;
+}
+
+eErr AuxVersion_Imp::getOSVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
+                                  unsigned char* build)
+{
+    if (major == nullptr || minor == nullptr || release == nullptr || build == nullptr)
+        return ERR_INVALID_PARAMETER;
+    int file = -1;
+    if (!LinuxWrapper::open(file, kSystemVersionFile, false))
+        return ERR_OPEN_FAILED;
+    VersionParts parts{};
+    const bool parsed = LinuxWrapper::ParseFirmwareVersion(file, parts[0], parts[1], parts[2], parts[3]);
+    LinuxWrapper::close(file);
+    if (!parsed)
+        return ERR_COMMAND_FAILED;
+    *major = static_cast<unsigned char>(parts[0]);
+    *minor = static_cast<unsigned char>(parts[1]);
+    *release = static_cast<unsigned char>(parts[2]);
+    *build = static_cast<unsigned char>(parts[3]);
+    return ERR_SUCCESS;
+}
+
+eErr AuxVersion_Imp::getHXAuxDrvVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
+                                        unsigned char* build)
+{
+    return readVersion({codes::versionDrivers}, major, minor, release, build);
+}
+
+void AuxVersion_Imp::Release()
+{
+    delete this;
+}
+
+} // namespace Halvix
+
+Halvix::AuxVersion* GetAuxVersion()
+{
+    return new Halvix::AuxVersion_Imp;
+}
