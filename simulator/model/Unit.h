@@ -37,6 +37,7 @@ public:
     /// Registers a path. The reference stays good as long as the unit.
     Node& addNode(const std::string& path);
     [[nodiscard]] Node* findNode(const std::string& path);
+    [[nodiscard]] const std::map<std::string, Node>& nodes() const { return nodes_; }
     /// A name that the unit can lack but that is no node: a library, for example.
     [[nodiscard]] bool isAbsent(const std::string& name) const { return absent_.contains(name); }
     void setAbsent(const std::string& name, bool absent);

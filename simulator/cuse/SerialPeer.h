@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "simulator/cuse/HostedUnit.h"
+
+namespace hxsim {
+
+/// What hangs at the other end of the unit's serial port: carries bytes between a real port of the machine, wired to
+/// the unit's port, and the model's serial node. The thread lives as long as the process.
+class SerialPeer {
+public:
+    SerialPeer(HostedUnit& host, std::string node, const std::string& port);
+
+private:
+    [[noreturn]] void carry();
+    void fromPort();
+    void toPort();
+
+    HostedUnit& host_;
+    std::string node_;
+    int port_;
+    std::unique_ptr<OpenFile> file_;
+    std::thread carrier_;
+};
+
+} // namespace hxsim
