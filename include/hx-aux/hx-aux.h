@@ -4,6 +4,7 @@
 #ifndef HX_AUX_HX_AUX_H
 #define HX_AUX_HX_AUX_H
 
+#include "hx-aux/About.h"
 #include "hx-aux/Adc.h"
 #include "hx-aux/AuxVersion.h"
 #include "hx-aux/DigIO.h"
