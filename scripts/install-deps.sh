@@ -2,25 +2,30 @@
 # SPDX-License-Identifier: LicenseRef-HXAux
 # Installs the Debian 12 packages that a purpose needs, and says which. Nothing is done when all are there.
 #
-#   scripts/install-deps.sh build|test|check|package
+#   scripts/install-deps.sh build|test|system|check|package
 #
-# build    library, tool and simulated unit        test     build, and every test
-# check    test, and every other check             package  building and checking the Debian packages
+# build    library, tool and simulated unit
+# test     build, and every test
+# system   test, and the emulated machine
+# check    test, and every other check
+# package  building and checking the Debian packages
 set -euo pipefail
 
 build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev)
 tests=("${build[@]}" googletest binutils)
 checks=("${tests[@]}" clang lld clang-format clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
     gcovr shellcheck codespell libbenchmark-dev libbenchmark-dev:i386)
+system=("${tests[@]}" qemu-system-x86 busybox-static cpio pkg-config libfuse3-dev gzip)
 packages=("${build[@]}" debhelper debootstrap devscripts dpkg-dev lintian fakeroot)
 
 case "${1:-}" in
 build) wanted=("${build[@]}") ;;
 test) wanted=("${tests[@]}") ;;
+system) wanted=("${system[@]}") ;;
 check) wanted=("${checks[@]}") ;;
 package) wanted=("${packages[@]}") ;;
 *)
-    echo "usage: $0 build|test|check|package" >&2
+    echo "usage: $0 build|test|system|check|package" >&2
     exit 2
     ;;
 esac
