@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "backlight/ControlLaw.h"
+#include "hx-aux/Lightsensor.h"
+
+#include <memory>
+
+namespace Halvix {
+
+/// Sets the backlight from the ambient light, in a thread of its own that follows the settings file.
+///
+/// The thread is never stopped: it ends with the process. Everything it uses therefore lies in a block that it shares
+/// with the object it was started from, so the object may go while the thread runs; the block then stays until the
+/// process ends. When no thread was started, the last owner of the block gives everything back.
+class BacklightController {
+public:
+    BacklightController();
+    ~BacklightController();
+    BacklightController(const BacklightController&) = delete;
+    BacklightController& operator=(const BacklightController&) = delete;
+
+    /// Runs once: 13 for the second call. 0, 10 (no thread) or 32 (no memory); after these two it may be called again.
+    [[nodiscard]] eErr init();
+    [[nodiscard]] eErr start();
+
+    static void threadProc(const void* sharedParts);
+    [[noreturn]] void execute();
+    /// Reads the seven settings and repairs the file if one is missing or no number. True when they can be used.
+    [[nodiscard]] bool readSettings();
+    /// The control loop. True after a regular end, false when the sampler could not be started.
+    bool executeABL();
+    [[nodiscard]] eErr InitLightSensor();
+    /// Stores a learnt slope. It notifies nobody: the controller must not wake itself.
+    eErr updateK(double k);
+
+private:
+    struct Parts;
+    struct Texts;
+
+    explicit BacklightController(std::shared_ptr<Parts> parts);
+    void waitForNewSettings();
+    [[nodiscard]] Texts fetchSettings();
+    [[nodiscard]] bool convertSettings(const Texts& texts);
+    [[nodiscard]] bool repairSettings();
+    [[nodiscard]] bool pass(law::Run& run);
+    [[nodiscard]] bool measure(law::Run& run);
+    [[nodiscard]] bool changeLevel(law::Run& run);
+
+    std::shared_ptr<Parts> parts_;
+};
+
+} // namespace Halvix

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "backlight/LightsensorIDrv.h"
+#include "backlight/sampler.h"
+#include "hx-aux/Lightsensor.h"
+
+namespace Halvix {
+
+/// All readings go through the driver object; the second handle of the device is only opened and closed again.
+///
+/// A sampler thread that still runs at `Release` goes on: the object and what the thread uses then stay until the
+/// process ends.
+class Lightsensor_Imp : public Lightsensor {
+public:
+    Lightsensor_Imp();
+    virtual ~Lightsensor_Imp();
+    Lightsensor_Imp(const Lightsensor_Imp&) = delete;
+    Lightsensor_Imp& operator=(const Lightsensor_Imp&) = delete;
+
+    eErr getIlluminance(unsigned short* lux) override;
+    eErr getIlluminance(unsigned short* lux, unsigned char* ch0, unsigned char* ch1) override;
+    eErr getAverageIlluminance(unsigned short* lux) override;
+    eErr startAverageCalc(unsigned long averageWndSize, unsigned long rejectWndSize, unsigned long rejectDeltaInLux,
+                          LightSensorSamplingMode mode) override;
+    eErr stopAverageCalc() override;
+    eErr getOperatingRange(LightSensorOperationRange* range) override;
+    eErr setOperatingRange(LightSensorOperationRange range) override;
+    void Release() override;
+
+    /// Whether any process averages, this one included.
+    [[nodiscard]] bool isAverageStarted();
+    /// Gives the handle, negative when the device cannot be opened.
+    int openHWConnection();
+
+private:
+    int handle_ = -1;
+    bool initialised_ = false;
+    int averagingLock_ = 0;
+    sampler sampler_;
+    LightsensorIDrv driver_;
+};
+
+} // namespace Halvix

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "backlight/LightsensorIDrv.h"
+#include "backlight/SampleRing.h"
+
+#include <atomic>
+#include <cstdint>
+
+namespace Halvix {
+
+/// Averages the light sensor in a thread of its own, one sample about every 800 ms.
+///
+/// The caller holds the unit's averaging lock when it starts the sampler; the thread gives it back when it ends. A
+/// start that fails leaves it taken; callers know it so.
+///
+/// The private lock guards the fields between the thread and callers. A thread that ends by a fault of the sensor posts
+/// it twice, and it then no longer excludes: what callers read beside a running thread is therefore atomic. The rings
+/// stay safe, because a new start first needs the averaging lock. The private lock is never closed: the thread may use
+/// it to its last step. `mayBeDestroyed` tells when no thread uses the object any more.
+class sampler {
+public:
+    sampler();
+    ~sampler();
+    sampler(const sampler&) = delete;
+    sampler& operator=(const sampler&) = delete;
+
+    /// What the sampler works with and does not own.
+    void attach(LightsensorIDrv* driver, int averagingLock);
+
+    /// 0, 13 (no memory), the code of setting the range, or 10 (no thread). A running thread goes on with the new
+    /// parameters and empty rings.
+    [[nodiscard]] eErr startAverageCalc(unsigned long averageWndSize, unsigned long rejectWndSize,
+                                        unsigned long rejectDeltaInLux, LightSensorSamplingMode mode);
+    eErr stopAverageCalc();
+    /// 0, or 21 when no thread runs.
+    [[nodiscard]] eErr getAverageIlluminance(unsigned short* lux);
+
+    [[nodiscard]] bool mayBeDestroyed() const { return threads_ == 0; }
+
+    [[nodiscard]] bool initSampler();
+    bool deInitSampler();
+    [[nodiscard]] eErr initRange();
+    static void threadProc(const void* itself);
+    void exec();
+    /// One reading, with the private lock held. 0 to go on, anything else ends the thread.
+    [[nodiscard]] eErr lightSensorSample();
+
+private:
+    struct CtrlData {
+        std::uint32_t averageWndSize = 0;
+        std::uint32_t rejectWndSize = 0;
+        std::uint32_t rejectDeltaInLux = 0;
+    };
+
+    void waitForNextSample() const;
+    [[nodiscard]] eErr saturated();
+    [[nodiscard]] eErr switchRange(LightSensorOperationRange wanted);
+    void firstSample(std::uint32_t lux);
+    [[nodiscard]] eErr average(std::uint32_t lux);
+
+    LightsensorIDrv* driver_ = nullptr;
+    int averagingLock_ = 0;
+    LightSensorSamplingMode mode_ = SamplingModeStandard;
+    LightSensorOperationRange range_ = RangeStandard;
+    SampleRing* pReject_ = nullptr;
+    SampleRing* pAverage_ = nullptr;
+    std::uint32_t luxSum_ = 0;
+    CtrlData sCtrlData_;
+    std::atomic<std::uint32_t> averageLux_{0};
+    std::atomic<bool> running_{false};
+    int lock_ = 0;
+    std::atomic<bool> stop_{false};
+    std::atomic<int> threads_{0};
+};
+
+} // namespace Halvix
