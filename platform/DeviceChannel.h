@@ -49,6 +49,13 @@ public:
         return err;
     }
 
+    /// 1, 7, 6. The driver writes into `answer` itself: after a failure it holds whatever arrived.
+    template <class Payload>
+    [[nodiscard]] eErr readThrough(Read<Payload> request, Payload* answer) const
+    {
+        return transfer(request.code, nullptr, 0, answer, sizeof *answer, CountCheck::Yes);
+    }
+
     /// 1, 7, 6, for requests that send a block and answer another. `answer` goes to the driver's layer as it stands and
     /// is changed only on success.
     template <class Sent, class Answered>
@@ -76,6 +83,12 @@ public:
     {
         Payload block = value;
         return transfer(request.code, &block, sizeof block, nullptr, 0, CountCheck::No);
+    }
+
+    /// 1, 7, for requests without any payload.
+    [[nodiscard]] eErr command(Request<None, None> request) const
+    {
+        return transfer(request.code, nullptr, 0, nullptr, 0, CountCheck::No);
     }
 
 protected:

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "hx-aux/Buzzer.h"
+#include "platform/DeviceChannel.h"
+#include "platform/Semaphore.h"
+
+namespace Halvix {
+
+/// Tone and volume as the driver takes them.
+struct _SetupType {
+    unsigned short frequency; ///< hertz
+    unsigned short volume;    ///< 0 to 51
+};
+static_assert(sizeof(_SetupType) == 4);
+
+/// A beep without blocking runs on a thread that uses the object after `buzze` has returned: the object must outlive
+/// it.
+class Buzzer_Imp : public Buzzer {
+public:
+    virtual ~Buzzer_Imp() = default; // after the interface's slots, so no slot moves
+
+    eErr getFrequency(unsigned short* hertz) override;
+    eErr getVolume(unsigned short* volume) override;
+    eErr getTrigger(bool* on) override;
+    eErr setFrequency(unsigned short hertz) override;
+    eErr setVolume(unsigned short volume) override;
+    eErr setTrigger(bool on) override;
+    eErr buzze(int time, bool blocking) override;
+    void Release() override;
+
+    /// 1, 7, 6. The driver writes into `*s`: after a failure it holds whatever arrived.
+    eErr getSetup(_SetupType* s);
+    /// 1, 7.
+    eErr setSetup(_SetupType s);
+
+private:
+    [[nodiscard]] eErr beep(int time);
+    static void soundPendingBeep(const void* buzzer);
+
+    int pendingTime_ = 0; ///< milliseconds of the beep that its thread has to sound
+    Semaphore oneBeep_{"HXAUX_BUZZING_IN_PROGRESS"};
+    DeviceChannel channel_{"/dev/buzzer"}; // after the semaphore: opened second, closed first
+};
+
+} // namespace Halvix

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "hx-aux/Diagnostic.h"
+#include "platform/DeviceChannel.h"
+#include "platform/SharedInstance.h"
+
+namespace Halvix {
+
+class Diagnostic_Imp : public Diagnostic, public SharedInstance<Diagnostic_Imp> {
+public:
+    virtual ~Diagnostic_Imp() = default; // after the interface's slots, so no slot moves
+
+    eErr getSSTemp(short* temperature) override;
+    eErr getPCBTemp(short* temperature) override;
+    eErr getPMTemp(unsigned char index, short* temperature, JidaSensorType* type) override;
+    eErr getStartupReason(unsigned short* reason) override;
+    eErr getShutDownReason(unsigned short* reason) override;
+    eErr getHwErrorStatus(unsigned short* error) override;
+    eErr getTimer(TimerType* timers) override;
+    eErr getMinMaxTemp(short* first, short* second) override;
+    eErr getPowerCycles(unsigned short* cycles) override;
+    eErr clearHwErrorStatus() override;
+    void Release() override;
+
+protected:
+    Diagnostic_Imp() = default; // made by getInstance alone
+    friend class SharedInstance<Diagnostic_Imp>;
+
+private:
+    /// Opens if need be, then one request.
+    template <class Payload>
+    [[nodiscard]] eErr read(Read<Payload> request, Payload* answer);
+
+    RetryingChannel channel_{"/dev/diag-id"};
+    unsigned long board_ = 0; ///< of the board library, opened anew by each `getPMTemp`
+};
+
+} // namespace Halvix
