@@ -38,11 +38,12 @@ public:
     /// ERR_SUCCESS, or ERR_OPEN_FAILED: for operations that check the device before the value.
     [[nodiscard]] eErr opened() const { return initialised_ ? ERR_SUCCESS : ERR_OPEN_FAILED; }
 
-    /// 1, 7, 6. `answer` is written only on success and its pointer is not checked.
+    /// 1, 7, 6. `answer` is written only on success and its pointer is not checked. `preset` is what the block holds
+    /// before the driver fills it.
     template <class Payload>
-    [[nodiscard]] eErr read(Read<Payload> request, Payload* answer) const
+    [[nodiscard]] eErr read(Read<Payload> request, Payload* answer, Payload preset = {}) const
     {
-        Payload block{};
+        Payload block = preset;
         const eErr err = transfer(request.code, nullptr, 0, &block, sizeof block, CountCheck::Yes);
         if (err == ERR_SUCCESS)
             *answer = block;
@@ -91,10 +92,33 @@ public:
         return transfer(request.code, nullptr, 0, nullptr, 0, CountCheck::No);
     }
 
+    /// 1, 7: for the reads whose answer's length nobody looks at.
+    template <class Payload>
+    [[nodiscard]] eErr readUncounted(Read<Payload> request, Payload* answer) const
+    {
+        Payload block{};
+        const eErr err = transfer(request.code, nullptr, 0, &block, sizeof block, CountCheck::No);
+        if (err == ERR_SUCCESS)
+            *answer = block;
+        return err;
+    }
+
+    /// 1, 7: one block is both what is sent and where the answer arrives. `block` changes only on success.
+    template <class Payload>
+    [[nodiscard]] eErr exchange(Request<Payload, Payload> request, Payload* block) const
+    {
+        Payload local = *block;
+        const eErr err = transfer(request.code, &local, sizeof local, &local, sizeof local, CountCheck::No);
+        if (err == ERR_SUCCESS)
+            *block = local;
+        return err;
+    }
+
 protected:
     DeviceChannel() = default;
     void open(const char* path) { initialised_ = LinuxWrapper::open(handle_, path, true); }
     void close();
+    void forget() { initialised_ = false; }
 
 private:
     enum class CountCheck { No, Yes };
@@ -120,6 +144,23 @@ public:
 
 private:
     const char* path_;
+};
+
+/// A channel that is bound to a device later, and may be bound again.
+///
+/// Callers rely on both: binding again leaves the earlier handle open, and a channel that was forgotten is closed for
+/// its requests though its handle is not.
+class BindableChannel : public DeviceChannel {
+public:
+    BindableChannel() = default;
+
+    void forget() { DeviceChannel::forget(); }
+    /// ERR_SUCCESS, or ERR_OPEN_FAILED.
+    [[nodiscard]] eErr bind(const char* path)
+    {
+        open(path);
+        return opened();
+    }
 };
 
 } // namespace Halvix
