@@ -1,0 +1,19 @@
+# SPDX-License-Identifier: LicenseRef-HXAux
+# What `cmake --install` puts where; the Debian packages are cut from the same files.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS hx-aux EXPORT hx-aux LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY include/hx-aux DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+
+set(HX_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/hx-aux)
+install(EXPORT hx-aux NAMESPACE hx-aux:: FILE hx-auxTargets.cmake DESTINATION ${HX_CMAKE_DIR})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/hx-auxConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES packaging/cmake/hx-auxConfig.cmake ${CMAKE_BINARY_DIR}/hx-auxConfigVersion.cmake
+        DESTINATION ${HX_CMAKE_DIR})
+configure_file(packaging/cmake/hx-aux.pc.in ${CMAKE_BINARY_DIR}/hx-aux.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/hx-aux.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# Access to the devices for a group, the folder of the settings, the automatic backlight as a service.
+install(FILES packaging/70-hx-aux.rules DESTINATION lib/udev/rules.d)
+install(FILES packaging/hx-aux.tmpfiles DESTINATION lib/tmpfiles.d RENAME hx-aux.conf)
+install(FILES packaging/hx-aux.sysusers DESTINATION lib/sysusers.d RENAME hx-aux.conf)

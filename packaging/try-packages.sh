@@ -1,0 +1,61 @@
+#!/bin/bash
+# SPDX-License-Identifier: LicenseRef-HXAux
+# Runs in a fresh root with the packages in /packages: installs them, builds a program with pkg-config, with CMake and
+# with a plain command line, runs each on a simulated unit, and removes everything without a trace.
+set -euo pipefail
+export DEBIAN_FRONTEND=noninteractive
+
+listing() { find / -xdev \( -path /proc -o -path /tmp -o -path /packages -o -path /var -o -path /root -o -path /dev \) -prune -o -print | sort; }
+
+apt-get install -y -qq --no-install-recommends g++ cmake make pkg-config file >/dev/null 2>&1
+listing >/tmp/before
+
+echo "   installing"
+apt-get install -y -qq --no-install-recommends /packages/*.deb >/dev/null 2>&1
+
+mkdir -p /tmp/try && cd /tmp/try
+cat >program.cpp <<'END'
+#include <hx-aux/hx-aux.h>
+#include <cstdio>
+
+int main()
+{
+    Halvix::Adc* adc = GetAdc();
+    double volts = 0;
+    const Halvix::eErr err = adc->getVoltage(Halvix::VoltageEnum(0), &volts);
+    std::printf("%s: %.2f V\n", GetErrorStringA(err), volts);
+    adc->Release();
+    return err;
+}
+END
+cat >CMakeLists.txt <<'END'
+cmake_minimum_required(VERSION 3.10)
+project(try CXX)
+find_package(hx-aux REQUIRED)
+add_executable(by-cmake program.cpp)
+target_link_libraries(by-cmake hx-aux::hx-aux)
+END
+# shellcheck disable=SC2046  # the flags are words of their own
+g++ program.cpp -o by-pkg-config $(pkg-config --cflags --libs hx-aux)
+g++ program.cpp -o by-hand -lhx-aux
+cmake -S . -B cmake-build >/dev/null && cmake --build cmake-build >/dev/null
+
+for program in ./by-pkg-config ./by-hand ./cmake-build/by-cmake; do
+    [ "$(hx-sim run -- "$program")" = "ERR_SUCCESS: 24.00 V" ] || { echo "$program: wrong answer"; exit 1; }
+    echo "   $program: $(hx-sim run -- "$program")"
+done
+hx-sim run -- hxaux version >/dev/null
+[ "$(hxaux --version | grep -c 1.3.1.0)" = 1 ]
+
+echo "   removing"
+apt-get purge -y -qq libhx-aux1 libhx-aux-dev hxaux-tools hx-sim hx-sim-door 'libhx-aux-doc*' >/dev/null 2>&1
+apt-get autoremove -y -qq --purge >/dev/null 2>&1
+listing >/tmp/after
+if ! diff /tmp/before /tmp/after >/tmp/left; then
+    # Packages that were pulled in as dependencies may leave caches; files of ours may not stay.
+    if grep -E 'hx|Halvix' /tmp/left; then
+        echo "the packages leave these behind"
+        exit 1
+    fi
+fi
+echo "   removed without a trace"
