@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <functional>
+
+#include "simulator/model/Hardware.h"
+
+namespace hxsim {
+
+/// "/dev/backlight": a level and a status byte. Setting the property is what another program does by hand.
+class Backlight : public Hardware {
+public:
+    explicit Backlight(Unit& unit);
+
+    std::uint8_t level = 128;
+    std::uint8_t status = 0;
+
+    /// Is told every level that a program writes.
+    std::function<void(std::uint8_t level)> onWrite;
+};
+
+} // namespace hxsim

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "simulator/model/Hardware.h"
+
+namespace hxsim {
+
+/// What happened between light and backlight: each reading and each written level with its time, while it records.
+class LightTrace : public Hardware {
+public:
+    struct Reading {
+        double seconds;
+        double luxSet;
+        double luxReported;
+    };
+    struct Level {
+        double seconds;
+        int level;
+    };
+
+    explicit LightTrace(Unit& unit);
+
+    bool recording = false;
+    std::vector<Reading> readings;
+    std::vector<Level> levels;
+
+    /// How often the level turned from rising to falling or back.
+    [[nodiscard]] int reversals() const;
+    /// Seconds from `from` until the level has gone 90 % of its way from what it was then to what it is at `to`;
+    /// negative when it did not move.
+    [[nodiscard]] double secondsToNinety(double from, double to) const;
+
+private:
+    [[nodiscard]] double levelAt(double seconds) const;
+};
+
+} // namespace hxsim
