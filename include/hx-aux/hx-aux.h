@@ -14,6 +14,7 @@
 #include "hx-aux/Diagnostic.h"
 #include "hx-aux/DigIO.h"
 #include "hx-aux/errors.h"
+#include "hx-aux/FirmwareUpgrade.h"
 #include "hx-aux/FrontLED.h"
 #include "hx-aux/HXAuxPrivate.h"
 #include "hx-aux/Lightsensor.h"

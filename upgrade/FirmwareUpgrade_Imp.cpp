@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "upgrade/FirmwareUpgrade_Imp.h"
+
+#include "platform/LinuxWrapper.h"
+#include "upgrade/FirmwareFile.h"
+#include "upgrade/FirmwareText.h"
+#include "upgrade/Flasher_FPGA.h"
+
+#include <cstdlib>
+
+namespace Halvix {
+
+struct FirmwareUpgrade_Imp::Job {
+    Job();
+    ~Job();
+    Job(const Job&) = delete;
+    Job& operator=(const Job&) = delete;
+
+    Flasher_FPGA fpga;
+    Flasher_STM32 microcontroller;
+    int statusLock = 0;   ///< guards `status`
+    int statusSignal = 0; ///< counts the published changes; starts at 1, so the first wait returns at once
+    int upgradeLock = 0;  ///< one run at a time on the unit
+    UpgradeStatus status{};
+};
+
+FirmwareUpgrade_Imp::Job::Job()
+{
+    // A semaphore that could not be made is 0: without the upgrade lock every start then answers 11.
+    (void)LinuxWrapper::CreateSema(statusLock, nullptr);
+    (void)LinuxWrapper::CreateSema(statusSignal, nullptr);
+    (void)LinuxWrapper::CreateSema(upgradeLock, "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS");
+    fpga.attach(statusLock, statusSignal, upgradeLock, &status);
+    microcontroller.attach(statusLock, statusSignal, upgradeLock, &status);
+}
+
+FirmwareUpgrade_Imp::Job::~Job()
+{
+    LinuxWrapper::CloseSema(statusLock);
+    LinuxWrapper::CloseSema(statusSignal);
+    LinuxWrapper::CloseSema(upgradeLock);
+}
+
+FirmwareUpgrade_Imp::FirmwareUpgrade_Imp() : job_{std::make_shared<Job>()} {}
+
+FirmwareUpgrade_Imp::~FirmwareUpgrade_Imp() = default;
+
+eErr FirmwareUpgrade_Imp::startFpgaUpgrade(const char* file, bool blocking)
+{
+    return startFpga(file, Task::Program, blocking);
+}
+
+eErr FirmwareUpgrade_Imp::startFpgaVerification(const char* file, bool blocking)
+{
+    return startFpga(file, Task::Verify, blocking);
+}
+
+eErr FirmwareUpgrade_Imp::startSSUpgrade(const char* file, bool blocking)
+{
+    return startMicrocontroller(file, Flasher_STM32::Supervisor, Task::Program, blocking);
+}
+
+eErr FirmwareUpgrade_Imp::startSSVerification(const char* file, bool blocking)
+{
+    return startMicrocontroller(file, Flasher_STM32::Supervisor, Task::Verify, blocking);
+}
+
+eErr FirmwareUpgrade_Imp::startFrontUpgrade(const char* file, bool blocking)
+{
+    return startMicrocontroller(file, Flasher_STM32::FrontController, Task::Program, blocking);
+}
+
+eErr FirmwareUpgrade_Imp::startFrontVerification(const char* file, bool blocking)
+{
+    return startMicrocontroller(file, Flasher_STM32::FrontController, Task::Verify, blocking);
+}
+
+eErr FirmwareUpgrade_Imp::startMicrocontroller(const char* file, Flasher_STM32::eDeviceType type, Task task,
+                                               bool blocking)
+{
+    if (!LinuxWrapper::WaitForSema(job_->upgradeLock, false))
+        return ERR_IN_PROGRESS;
+    if (const eErr err = CheckFile(file, type); err != ERR_SUCCESS) {
+        LinuxWrapper::ReleaseSema(job_->upgradeLock);
+        return err;
+    }
+    job_->microcontroller.setDeviceType(type);
+    return start(job_->microcontroller, file, task, blocking);
+}
+
+eErr FirmwareUpgrade_Imp::startFpga(const char* file, Task task, bool blocking)
+{
+    if (!LinuxWrapper::WaitForSema(job_->upgradeLock, false))
+        return ERR_IN_PROGRESS;
+    return start(job_->fpga, file, task, blocking);
+}
+
+// From here on the upgrade lock is the flasher's: its run gives it back. A failed thread start leaves it taken, and
+// service staff rely on that: a unit that cannot start threads is not upgraded again before a restart.
+eErr FirmwareUpgrade_Imp::start(IFlasher& flasher, const char* file, Task task, bool blocking)
+{
+    resetStatus();
+    flasher.setFileName(file);
+    if (blocking)
+        return flasher.Run(task == Task::Program);
+    flasher.holdOwner(job_);
+    const eErr err = LinuxWrapper::startThread(task == Task::Program ? threadProcProgram : threadProcVerify, &flasher);
+    if (err != ERR_SUCCESS)
+        (void)flasher.takeOwner();
+    return err;
+}
+
+void FirmwareUpgrade_Imp::resetStatus()
+{
+    lastRead_ = {};
+    if (LinuxWrapper::WaitForSema(job_->statusLock, true)) {
+        job_->status = {};
+        LinuxWrapper::ReleaseSema(job_->statusLock);
+    }
+}
+
+namespace {
+
+void runAsWorker(const void* argument, bool write)
+{
+    auto* flasher = static_cast<IFlasher*>(const_cast<void*>(argument));
+    const std::shared_ptr<void> owner = flasher->takeOwner();
+    (void)flasher->Run(write); // its outcome is published
+}
+
+} // namespace
+
+void FirmwareUpgrade_Imp::threadProcProgram(const void* flasher)
+{
+    runAsWorker(flasher, true);
+}
+
+void FirmwareUpgrade_Imp::threadProcVerify(const void* flasher)
+{
+    runAsWorker(flasher, false);
+}
+
+eErr FirmwareUpgrade_Imp::CheckFile(const char* file, Flasher_STM32::eDeviceType type)
+{
+    const FirmwareFile opened{file};
+    if (!opened.isOpen())
+        return ERR_OPEN_FAILED;
+    const unsigned size = opened.size();
+    // One byte more than the file holds, so that the search ends with the file.
+    const std::unique_ptr<char, decltype(&std::free)> text{static_cast<char*>(std::calloc(size + std::size_t{1}, 1)),
+                                                           &std::free};
+    if (text == nullptr)
+        return ERR_MEM_ALLOC_FAIL;
+    if (!LinuxWrapper::read(opened.handle(), text.get(), static_cast<int>(size), nullptr))
+        return ERR_OPEN_FAILED;
+    return checkFirmwareText(text.get(), size, type);
+}
+
+eErr FirmwareUpgrade_Imp::getUpgradeStatus(UpgradeStatus* status, bool wait)
+{
+    if (LinuxWrapper::WaitForSema(job_->statusSignal, wait) && LinuxWrapper::WaitForSema(job_->statusLock, true)) {
+        lastRead_ = job_->status;
+        LinuxWrapper::ReleaseSema(job_->statusLock);
+    }
+    *status = lastRead_;
+    return ERR_SUCCESS;
+}
+
+eErr FirmwareUpgrade_Imp::shutDown()
+{
+    constexpr int kShutDown = 129;
+    return LinuxWrapper::ControlDaemon(kShutDown) == ERR_SUCCESS ? ERR_SUCCESS : ERR_COMMAND_FAILED;
+}
+
+void FirmwareUpgrade_Imp::Release()
+{
+    delete this;
+}
+
+} // namespace Halvix
+
+Halvix::FirmwareUpgrade* GetFirmwareUpgrade()
+{
+    return new Halvix::FirmwareUpgrade_Imp;
+}

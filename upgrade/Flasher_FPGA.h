@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "upgrade/IFlasher.h"
+
+#include <vector>
+
+namespace Halvix {
+
+/// Programs or verifies the flash that holds the FPGA's configuration, from an MCS file.
+///
+/// The driver erases as it programs. The data starts at flash position 0.
+class Flasher_FPGA : public IFlasher {
+public:
+    Flasher_FPGA() = default;
+    ~Flasher_FPGA() override;
+
+    /// `write` false verifies only; an upgrade ends with a verification too.
+    eErr Run(bool write) override;
+
+    /// 1, 7, 6, 13.
+    eErr initHW();
+    int openHWConnection();
+    /// 1, 12.
+    eErr Mcs2Bin();
+    /// 8, 7.
+    eErr flash();
+    /// 8, 7, 15, 14.
+    eErr verify();
+    static std::uint32_t calcPercent(std::uint32_t done, std::uint32_t total);
+
+    [[nodiscard]] const std::vector<unsigned char>& image() const { return image_; }
+
+private:
+    eErr convertAndTransfer(bool write, bool* modeChanged);
+    eErr failed(UpgradeAction action, std::uint32_t percent, eErr error);
+    [[nodiscard]] bool writeBlock(std::uint32_t length, std::uint32_t from, std::uint32_t* position) const;
+    [[nodiscard]] eErr compareFrom(std::size_t first);
+    void closeDevice();
+
+    std::vector<unsigned char> image_;
+    std::vector<unsigned char> readBack_;
+    bool initialised_ = false; ///< stays set after closing
+    int handle_ = -1;
+};
+
+} // namespace Halvix

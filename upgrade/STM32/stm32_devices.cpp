@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "stm32_bootloader.h"
+
+// id, name, RAM, flash, pages per sector, page size, option bytes, system memory
+const stm32_device stm32_devices[] = {
+    {0x412, "Low-density", 0x20000200, 0x20002800, 0x08000000, 0x08008000, 4, 1024, 0x1FFFF800, 0x1FFFF80F, 0x1FFFF000,
+     0x1FFFF800},
+    {0x410, "Medium-density", 0x20000200, 0x20005000, 0x08000000, 0x08020000, 4, 1024, 0x1FFFF800, 0x1FFFF80F,
+     0x1FFFF000, 0x1FFFF800},
+    {0x414, "High-density", 0x20000200, 0x20010000, 0x08000000, 0x08080000, 2, 2048, 0x1FFFF800, 0x1FFFF80F, 0x1FFFF000,
+     0x1FFFF800},
+    {0x418, "Connectivity line", 0x20000200, 0x20010000, 0x08000000, 0x08040000, 2, 2048, 0x1FFFF800, 0x1FFFF80F,
+     0x1FFFB000, 0x1FFFF800},
+    {0x420, "Medium-density VL", 0x20000200, 0x20002000, 0x08000000, 0x08020000, 4, 1024, 0x1FFFF800, 0x1FFFF80F,
+     0x1FFFF000, 0x1FFFF800},
+    {0x430, "XL-density", 0x20000800, 0x20018000, 0x08000000, 0x08100000, 2, 2048, 0x1FFFF800, 0x1FFFF80F, 0x1FFFE000,
+     0x1FFFF800},
+    {},
+};

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "hx-aux/errors.h"
+
+namespace Halvix {
+
+/// Decides who is at the other end of the service UART, through "/dev/uart-redir".
+///
+/// One object serves one run: once closed, the device is not opened again and the requests fail.
+class UartRedirector {
+public:
+    UartRedirector() = default;
+    ~UartRedirector();
+    UartRedirector(const UartRedirector&) = delete;
+    UartRedirector& operator=(const UartRedirector&) = delete;
+
+    /// Opens the device, unless that has succeeded before; answers the handle.
+    int openHWConnection();
+    /// 1 (not open), 8 (direction above 2), 7.
+    [[nodiscard]] eErr setComDir(unsigned char direction);
+    /// 1 (not open), 8 (not one of the three modes). That the driver refused is not told.
+    [[nodiscard]] eErr setSsMode(unsigned char mode);
+    /// 1 (not open), 7.
+    [[nodiscard]] eErr frontBootMode();
+    void closeHWConnection();
+
+private:
+    bool initialised_ = false; ///< stays set after closing
+    int handle_ = -1;
+};
+
+} // namespace Halvix
