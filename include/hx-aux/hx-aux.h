@@ -20,6 +20,7 @@
 #include "hx-aux/Lightsensor.h"
 #include "hx-aux/Power.h"
 #include "hx-aux/status-texts.h"
+#include "hx-aux/Telematics.h"
 #include "hx-aux/TouchScreen.h"
 #include "hx-aux/TouchScreenCalib.h"
 #include "hx-aux/types.h"

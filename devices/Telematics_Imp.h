@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "devices/I2CConfig.h"
+#include "hx-aux/Telematics.h"
+
+#include <atomic>
+
+namespace Halvix {
+
+class About;
+
+class Telematics_Imp : public Telematics {
+public:
+    Telematics_Imp() = default;
+    virtual ~Telematics_Imp() = default; // after the interface's slots, so no slot moves
+
+    eErr getTelematicsAvailable(HXStatus* status) override;
+    eErr getGPRSPowerStatus(HXStatus* status) override;
+    eErr getGPRSStartUpPowerStatus(HXStatus* status) override;
+    eErr getWLANPowerStatus(HXStatus* status) override;
+    eErr getWLANStartUpPowerStatus(HXStatus* status) override;
+    eErr getGPSAntennaStatus(HXStatus* status) override;
+    eErr setGPRSPowerStatus(HXStatus status) override;
+    eErr setGPRSStartUpPowerStatus(HXStatus status) override;
+    eErr setWLANPowerStatus(HXStatus status) override;
+    eErr setWLANStartUpPowerStatus(HXStatus status) override;
+    void Release() override;
+
+    [[nodiscard]] static bool isGPRSAvailable();
+    [[nodiscard]] static bool isWLANAvailable();
+    [[nodiscard]] static bool isGPSAvailable();
+    [[nodiscard]] static bool isBTAvailable();
+
+protected:
+    /// What the production data said about one module when it was asked first; kept for the process's life, also when
+    /// it could not be read then.
+    struct Availability {
+        std::atomic<bool> computed;
+        std::atomic<bool> value;
+    };
+    static inline Availability gprs_{}, wlan_{}, gps_{}, bt_{};
+
+private:
+    [[nodiscard]] static bool isAvailable(Availability& cached, eErr (About::*ask)(bool*));
+
+    I2CConfig expander_;
+};
+
+} // namespace Halvix
