@@ -54,7 +54,9 @@ Calls::Opened Calls::open(Caller caller, const std::string& path, int flags)
     Opened opened;
     if (node == nullptr || !node->present)
         opened.error = ENOENT;
-    else if (opened.error = unit_.faults().take(path, "open"); opened.error == 0)
+    else if (opened.error = unit_.faults().take(path, "open"); opened.error == 0 && node->openError)
+        opened.error = node->openError();
+    if (opened.error == 0)
         opened.file = node->open(flags);
     if (node != nullptr)
         record(caller, *node, Entry{.kind = Entry::Kind::Open, .action = openAction(flags), .error = opened.error});

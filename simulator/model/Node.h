@@ -114,6 +114,8 @@ public:
 
     /// The answer to open: present in the unit unless the description says otherwise.
     bool present = true;
+    /// The errno of an open on a present node, or 0; without it every open succeeds.
+    std::function<int()> openError;
 
     /// Null for a request that this driver does not know.
     [[nodiscard]] const Shape* shape(std::uint32_t code) const;

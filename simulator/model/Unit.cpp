@@ -73,6 +73,11 @@ Node& Unit::addNode(const std::string& path)
     return nodes_.try_emplace(path, path).first->second;
 }
 
+Memory& Unit::addMemory(const std::string& name, std::vector<std::uint8_t> initial)
+{
+    return memories_.try_emplace(name, Memory{std::move(initial)}).first->second;
+}
+
 Node* Unit::findNode(const std::string& path)
 {
     const auto found = nodes_.find(path);

@@ -11,7 +11,9 @@
 #include "simulator/model/Actions.h"
 #include "simulator/model/Clock.h"
 #include "simulator/model/Faults.h"
+#include "simulator/model/I2cBus.h"
 #include "simulator/model/Journal.h"
+#include "simulator/model/Memory.h"
 #include "simulator/model/Node.h"
 #include "simulator/model/Properties.h"
 
@@ -38,6 +40,10 @@ public:
     Node& addNode(const std::string& path);
     [[nodiscard]] Node* findNode(const std::string& path);
     [[nodiscard]] const std::map<std::string, Node>& nodes() const { return nodes_; }
+    /// Bytes that outlast the unit's power, under a name of their own. The reference stays good as long as the unit.
+    Memory& addMemory(const std::string& name, std::vector<std::uint8_t> initial);
+    [[nodiscard]] std::map<std::string, Memory>& memories() { return memories_; }
+
     /// A name that the unit can lack but that is no node: a library, for example.
     [[nodiscard]] bool isAbsent(const std::string& name) const { return absent_.contains(name); }
     void setAbsent(const std::string& name, bool absent);
@@ -47,6 +53,8 @@ public:
     Properties& properties() { return properties_; }
     Actions& actions() { return actions_; }
     Faults& faults() { return faults_; }
+    /// The board's I2C bus 0: hardware attaches its parts to it.
+    I2cBus& i2c() { return i2c_; }
 
     /// The piece of hardware of this type.
     template <typename Type>
@@ -66,6 +74,8 @@ private:
     Properties properties_;
     Actions actions_;
     Faults faults_;
+    I2cBus i2c_{clock_};
+    std::map<std::string, Memory> memories_;
     std::map<std::string, Node> nodes_;
     std::set<std::string> absent_;
     std::vector<std::unique_ptr<Hardware>> hardware_; // last: its objects use everything above until they are gone

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <set>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "simulator/jida/Protocol.h"
+#include "simulator/model/Hardware.h"
+#include "simulator/model/I2cBus.h"
+
+namespace hxsim {
+
+/// What stands behind the board maker's library: the boards, their I2C bus and temperature sensors. The stand-in
+/// `libjida.so` asks it through a node of its own; the journal has a line of each call under "libjida.so", and faults
+/// are asked for under that name too ("fail = libjida.so JidaI2CWrite").
+///
+/// "absent = libjida.so" takes the library away, "absent = JidaI2CWrite" one of its functions.
+class BoardLibrary : public Hardware {
+public:
+    explicit BoardLibrary(Unit& unit);
+
+    struct Sensor {
+        std::int32_t milliCelsius;
+        std::uint32_t status;
+        std::uint32_t type;
+    };
+
+    bool installed = true; ///< else it has to be installed before it can be initialised
+    bool refuses = false;  ///< can neither be initialised nor installed
+    std::uint32_t boards = 1;
+    std::uint32_t sensorCount = 2;
+    std::array<Sensor, 4> sensors{{{45500, 0, 0}, {38000, 0, 1}, {36500, 0, 2}, {31000, 0, 3}}};
+    int users = 0; ///< how often it was initialised and not ended again
+
+    /// One call; `bytes` is what came with it, `answer` is filled. Also gives the time at which the caller gets it.
+    struct Done {
+        jida::Reply reply{};
+        std::vector<std::uint8_t> answer{};
+        Time ready{0};
+    };
+    Done call(const jida::Call& call, std::span<const std::uint8_t> bytes);
+
+private:
+    /// One call on its way to its line in the journal.
+    struct Work;
+    using Handler = void (BoardLibrary::*)(Work&);
+    struct Row {
+        const char* name;
+        Handler handler;
+    };
+    static const Row& row(jida::Function function);
+
+    void describe();
+    void initialize(Work& work);
+    void uninitialize(Work& work);
+    void install(Work& work);
+    void countBoards(Work& work);
+    void openBoard(Work& work);
+    void closeBoard(Work& work);
+    void countSensors(Work& work);
+    void readSensor(Work& work);
+    void describeSensor(Work& work);
+    void write(Work& work);
+    void writeRead(Work& work);
+    void writeRegister(Work& work);
+    void readRegister(Work& work);
+    void transfer(Work& work, std::span<const std::uint8_t> written);
+    [[nodiscard]] bool isOpen(std::uint32_t handle) const { return handles_.contains(handle); }
+
+    Unit& unit_;
+    std::uint32_t lastHandle_ = 0;
+    std::set<std::uint32_t> handles_;
+};
+
+} // namespace hxsim

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "simulator/model/Hardware.h"
+
+namespace hxsim {
+
+/// The reading end of the daemon's FIFO. It records the commands and acts on none.
+class ServiceDaemon : public Hardware {
+public:
+    explicit ServiceDaemon(Unit& unit);
+
+    bool running = true;
+    bool full = false; ///< the FIFO holds as much as it can: nothing is read from it
+    std::vector<std::int32_t> commands;
+
+private:
+    std::vector<std::uint8_t> unread_;
+    void take(std::span<const std::uint8_t> bytes);
+    [[nodiscard]] std::string shown() const;
+};
+
+} // namespace hxsim
