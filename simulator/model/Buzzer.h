@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "simulator/model/Hardware.h"
+
+namespace hxsim {
+
+/// The panel's buzzer. Its driver keeps whatever frequency and volume it is given.
+class Buzzer : public Hardware {
+public:
+    /// One time that it sounded, from switching on to switching off.
+    struct Beep {
+        Time begin;
+        Time duration;
+        std::uint16_t frequency; ///< hertz, when it was switched on
+        std::uint16_t volume;
+    };
+
+    explicit Buzzer(Unit& unit);
+
+    std::uint16_t frequency = 2000; ///< hertz
+    std::uint16_t volume = 25;
+    std::uint8_t trigger = 0;
+    std::vector<Beep> beeps; ///< those that are over
+
+private:
+    void sound(std::uint8_t wanted);
+
+    Unit& unit_;
+    Beep current_{};
+};
+
+} // namespace hxsim

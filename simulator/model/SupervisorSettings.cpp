@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/model/SupervisorSettings.h"
+
+#include <cerrno>
+
+namespace hxsim {
+
+namespace {
+
+struct Setting {
+    SupervisorSettings::Number number;
+    const char* name;
+    std::uint16_t healthy;
+    const char* help;
+};
+
+using S = SupervisorSettings;
+
+constexpr Setting kSettings[] = {
+    {S::ButtonDebounce, "config.button-debounce", 50, "ms that the front button is ignored after a change"},
+    {S::ButtonTime, "config.button-time", 2000, "ms from which a press of the front button is long"},
+    {S::SignalTimeLow, "config.signal-time.low", 500, "ms that the external signal must last, low word"},
+    {S::SignalTimeHigh, "config.signal-time.high", 0, "ms that the external signal must last, high word"},
+    {S::SuspendTime, "config.suspend-time", 60, "minutes after which a suspended unit is switched off"},
+    {S::Can, "config.can", 1, "CAN powered at start-up"},
+    {S::Video1, "config.video.1", 1, "video channel powered at start-up"},
+    {S::Video2, "config.video.2", 1, "video channel powered at start-up"},
+    {S::Video3, "config.video.3", 0, "video channel powered at start-up"},
+    {S::Video4, "config.video.4", 0, "video channel powered at start-up"},
+    {S::ExternalFan, "config.fan", 0, "external fan powered at start-up"},
+    {S::Voltage, "config.voltage", 930, "converter counts of the supply below which the unit does not start"},
+    {S::HeatingLimit, "config.heating", 56, "degrees above -56 below which the unit is heated before it starts"},
+    {S::ShortPress, "config.short-press", 1, "action of a short press: 0 none, 1 suspend, 2 shut down"},
+    {S::LongPress, "config.long-press", 2, "action of a long press: 0 none, 1 suspend, 2 shut down"},
+    {S::OnOffSignal, "config.signal", 2, "action of the external signal: 0 none, 1 suspend, 2 shut down"},
+    {S::StartupTrigger, "config.trigger", 3, "what starts the unit: 1 front button, 2 external signal, 3 both"},
+    {S::PowerOn, "config.power-on", 0, "whether the unit starts when it gets power"},
+};
+
+constexpr double kVoltsPerCount = 3.3 / 4096.0;
+constexpr double kDivider = 12.0;
+
+} // namespace
+
+SupervisorSettings::SupervisorSettings(Unit& unit) : SupervisorRegisters{unit, "/dev/conf-id"}
+{
+    for (const Setting& setting : kSettings)
+        property(setting.number, setting.name, setting.healthy, setting.help);
+    within(ShortPress, 0, 2);
+    within(LongPress, 0, 2);
+    within(OnOffSignal, 0, 2);
+    within(StartupTrigger, 1, 3);
+    within(HeatingLimit, 31, 61);
+    within(Voltage, 0, 4095); // the converter has 12 bits
+}
+
+void SupervisorSettings::within(Number number, std::uint16_t low, std::uint16_t high)
+{
+    onWrite(number, [this, number, low, high](std::uint16_t value) {
+        if (value < low || value > high)
+            return -EINVAL;
+        (*this)[number] = value;
+        return 0;
+    });
+}
+
+Time SupervisorSettings::buttonTime() const
+{
+    return std::chrono::milliseconds{read(ButtonTime)};
+}
+
+Time SupervisorSettings::signalTime() const
+{
+    return std::chrono::milliseconds{read(SignalTimeHigh) * 65536L + read(SignalTimeLow)};
+}
+
+Time SupervisorSettings::suspendTime() const
+{
+    return std::chrono::minutes{read(SuspendTime)};
+}
+
+double SupervisorSettings::startupVolts() const
+{
+    return read(Voltage) * kVoltsPerCount * kDivider;
+}
+
+int SupervisorSettings::heatingCelsius() const
+{
+    return int(read(HeatingLimit)) - 56;
+}
+
+} // namespace hxsim
