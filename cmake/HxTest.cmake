@@ -8,8 +8,24 @@ include(GoogleTest)
 # hx_add_test(name sources...): a program of GoogleTest cases over the internal archive, with the simulated unit's
 # linked door in front of the C library. Tests are compiled without optimisation: they run once.
 function(hx_add_test name)
+  hx_add_test_on(hx_test_support ${name} ${ARGN})
+endfunction()
+
+# hx_add_driver_test(name sources...): the same, but each test writes down the calls at the drivers one by one; the
+# program's own `open` and `ioctl` answer them.
+function(hx_add_driver_test name)
+  hx_add_test_on(hx_test_driver ${name} ${ARGN})
+endfunction()
+
+# hx_add_scripted_test(name sources...): a program with its own version of LinuxWrapper's device access, which gives the
+# answers that no driver can (a wrong count).
+function(hx_add_scripted_test name)
+  hx_add_test_on(hx_test_scripted ${name} ${ARGN})
+endfunction()
+
+function(hx_add_test_on support name)
   add_executable(${name} ${ARGN})
-  target_link_libraries(${name} PRIVATE hx_test_support hx-aux-internal hx_warnings)
+  target_link_libraries(${name} PRIVATE ${support} hx-aux-internal hx_warnings)
   if(NOT HX_SANITIZE)
     target_compile_options(${name} PRIVATE -O0)
   endif()
@@ -34,3 +50,12 @@ target_link_libraries(hx_test_support INTERFACE GTest::gmock_main)
 if(TARGET hx-sim-linked)
   target_link_libraries(hx_test_support INTERFACE -Wl,--whole-archive hx-sim-linked -Wl,--no-whole-archive)
 endif()
+
+add_library(hx_test_driver INTERFACE)
+target_sources(hx_test_driver INTERFACE ${CMAKE_CURRENT_SOURCE_DIR}/support/driver/Driver.cpp)
+target_include_directories(hx_test_driver INTERFACE ${CMAKE_SOURCE_DIR})
+target_link_libraries(hx_test_driver INTERFACE GTest::gmock_main)
+
+add_library(hx_test_scripted INTERFACE)
+target_sources(hx_test_scripted INTERFACE ${CMAKE_CURRENT_SOURCE_DIR}/support/scripted/ScriptedDevice.cpp)
+target_link_libraries(hx_test_scripted INTERFACE hx_test_support)

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "platform/SharedInstance.h"
+
+#include <gmock/gmock.h>
+
+using Halvix::SharedInstance;
+
+namespace {
+
+int alive = 0;
+
+class Wiper : public SharedInstance<Wiper> {
+public:
+    Wiper() { ++alive; }
+    ~Wiper() { --alive; }
+    void Release() { releaseInstance(); }
+    static unsigned int users() { return reference_count; }
+};
+
+} // namespace
+
+TEST(SharedInstance, IsOneForAllAndLivesUntilTheLastRelease)
+{
+    Wiper* first = Wiper::getInstance();
+    Wiper* second = Wiper::getInstance();
+
+    EXPECT_EQ(first, second);
+    first->Release();
+    EXPECT_EQ(alive, 1);
+    second->Release();
+
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(SharedInstance, IsMadeAnewAfterTheLastRelease)
+{
+    Wiper::getInstance()->Release();
+
+    Wiper* third = Wiper::getInstance();
+
+    EXPECT_EQ(alive, 1);
+    EXPECT_EQ(Wiper::users(), 1U);
+    third->Release();
+}
+
+TEST(SharedInstance, CountsEveryGet)
+{
+    (void)Wiper::getInstance();
+    (void)Wiper::getInstance();
+    Wiper* shared = Wiper::getInstance();
+
+    EXPECT_EQ(Wiper::users(), 3U);
+
+    shared->Release();
+    shared->Release();
+    shared->Release();
+    EXPECT_EQ(alive, 0);
+}

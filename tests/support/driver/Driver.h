@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+/// Stands in place of the kernel's drivers, one call at a time: this program's own `open` and `ioctl`.
+///
+/// A test says which calls it expects and what each answers; every byte that crosses is compared. For the questions
+/// "what exactly reaches a driver"; a whole unit with states is the simulated unit's business.
+namespace driver {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// Bytes written as hexadecimal digits; blanks are for the eye.
+Bytes operator""_hex(const char* digits, std::size_t length);
+
+/// Which block a driver is given.
+enum class Block { Callers, Local, Null };
+
+/// One `ioctl`: what the driver must see, and what it puts into the block.
+struct Exchange {
+    std::uint32_t request;
+    Block block;
+    Bytes seen;
+    Bytes answer;
+    int error = 0; ///< 0, or the errno with which the driver refuses
+};
+bool operator==(const Exchange& a, const Exchange& b);
+std::ostream& operator<<(std::ostream& out, const Exchange& exchange);
+
+/// The driver gets a block of the library's own.
+Exchange local(std::uint32_t request, Bytes seen, Bytes answer = {});
+/// The driver gets the caller's own block.
+Exchange callers(std::uint32_t request, Bytes seen, Bytes answer = {});
+Exchange null(std::uint32_t request);
+/// The supervisor's registers.
+Exchange readsRegister(std::uint8_t reg, std::uint16_t value);
+Exchange writesRegister(std::uint8_t reg, std::uint16_t value);
+
+/// The script of one test; only one exists at a time.
+class Script {
+public:
+    explicit Script(std::vector<Exchange> expected = {});
+    ~Script();
+    Script(const Script&) = delete;
+    Script& operator=(const Script&) = delete;
+
+    /// The block that counts as the caller's.
+    void callersBlock(const void* begin, std::size_t size);
+    /// The call of that index is refused.
+    void failAt(std::size_t index, int error);
+    /// Files under /dev cannot be opened.
+    void deviceIsAbsent() { absent = true; }
+
+    /// What was asked, in order.
+    [[nodiscard]] const std::vector<Exchange>& calls() const { return made; }
+    /// The first disagreement with what was expected, or an empty text.
+    [[nodiscard]] std::string complaint() const;
+    [[nodiscard]] const std::vector<std::string>& opened() const { return paths; }
+    [[nodiscard]] int lastOpenFlags() const { return flags; }
+
+    int ioctl(unsigned long request, void* argument);
+    int open(const char* path, int openFlags);
+
+private:
+    [[nodiscard]] Block kindOf(const void* argument) const;
+
+    std::vector<Exchange> expected;
+    std::vector<Exchange> made;
+    std::vector<std::string> paths;
+    std::string firstComplaint;
+    const std::uint8_t* blockBegin = nullptr;
+    std::size_t blockSize = 0;
+    int flags = 0;
+    bool absent = false;
+};
+
+} // namespace driver
