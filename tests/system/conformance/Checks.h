@@ -3,25 +3,26 @@
 
 #include "hx-aux/hx-aux.h"
 
+#include <array>
+#include <cstdio>
 #include <functional>
 #include <string>
+#include <tuple>
+#include <type_traits>
 #include <vector>
 
 /// The same questions to the library whatever it runs on: a linked unit, a preloaded unit, or real devices. They use
-/// the public headers only. Each states what a healthy unit answers, so a difference between the doors shows up as
-/// well as a failure common to all.
+/// the public headers only. Each states what a healthy unit answers, so a failure common to all doors shows up as well
+/// as a difference between them.
 namespace conformance {
 
 struct Check {
-    const char* operation; ///< "Adc.getVoltage"
-    const char* expected;  ///< the answer's code, and the values in plain text
+    std::string operation; ///< "Adc.getVoltage"
+    std::string expected;  ///< the answer's code, and the values in plain text
     std::function<std::string()> ask;
 };
 
 using Checks = std::vector<Check>;
-
-/// "0 24.00": the code and what was delivered. Values stand only beside success.
-std::string answer(Halvix::eErr code, const std::string& values = {});
 
 /// An interface's object for the length of a check.
 template <class Interface>
@@ -32,13 +33,84 @@ public:
     Held(const Held&) = delete;
     Held& operator=(const Held&) = delete;
     Interface* operator->() const { return object_; }
+    Interface& operator*() const { return *object_; }
 
 private:
     Interface* object_;
 };
 
+/// A value as a person would write it: numbers plain, fractions with two digits.
+template <class Value>
+std::string shown(Value value)
+{
+    if constexpr (std::is_floating_point_v<Value>) {
+        std::array<char, 48> text{};
+        std::snprintf(text.data(), text.size(), "%.2f", static_cast<double>(value));
+        return text.data();
+    } else {
+        return std::to_string(static_cast<long>(value));
+    }
+}
+
+/// "0 24.00": the code and what was delivered. Values stand only beside success.
+template <class... Values>
+std::string answer(Halvix::eErr code, const Values&... values)
+{
+    std::string text = std::to_string(static_cast<int>(code));
+    if (code == Halvix::ERR_SUCCESS)
+        ((text += " " + shown(values)), ...);
+    return text;
+}
+
+/// Asks a getter.
+template <class Interface, class... Values>
+Check gets(const char* operation, Interface* (*factory)(), Halvix::eErr (Interface::*getter)(Values*...),
+           const char* expected)
+{
+    return {operation, expected, [=] {
+                Held<Interface> object{factory()};
+                std::tuple<Values...> values{};
+                const auto ask = [&](Values&... each) { return ((*object).*getter)(&each...); };
+                const Halvix::eErr err = std::apply(ask, values);
+                return std::apply([&](const Values&... each) { return answer(err, each...); }, values);
+            }};
+}
+
+/// Asks a setter for its code alone.
+template <class Interface, class... Values>
+Check sets(const char* operation, const char* expected, Interface* (*factory)(),
+           Halvix::eErr (Interface::*setter)(Values...), std::type_identity_t<Values>... values)
+{
+    return {operation, expected, [=] {
+                Held<Interface> object{factory()};
+                return answer(((*object).*setter)(values...));
+            }};
+}
+
+/// Sets values and reads them back through another object. The setter's code comes first when it is not 0.
+template <class Interface, class... Values>
+Check keeps(const char* operation, Interface* (*factory)(), Halvix::eErr (Interface::*setter)(Values...),
+            Halvix::eErr (Interface::*getter)(Values*...), std::type_identity_t<Values>... values)
+{
+    const std::string expected = answer(Halvix::ERR_SUCCESS, values...);
+    return {operation, expected, [=] {
+                {
+                    Held<Interface> object{factory()};
+                    if (const Halvix::eErr err = ((*object).*setter)(values...); err != Halvix::ERR_SUCCESS)
+                        return "set: " + answer(err);
+                }
+                return gets(operation, factory, getter, "").ask();
+            }};
+}
+
 // One function per group of interfaces, one file each.
 Checks inputsAndVersions();
+Checks unitInformation();
+Checks light();
+Checks supervisor();
+Checks signals();
+Checks peripherals();
+Checks video();
 
 /// Runs them all and prints "operation<TAB>pass|FAIL<TAB>answer" a line; returns how many failed.
 int runAll();

@@ -1,44 +1,26 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/system/conformance/Checks.h"
 
-#include <array>
-#include <cstdio>
-
 namespace conformance {
 
 using namespace Halvix;
 
 namespace {
 
-std::string volts(double value)
-{
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.1f", value);
-    return text.data();
-}
-
 Check voltage(const char* operation, int number, const char* expected)
 {
     return {operation, expected, [number] {
                 Held adc{GetAdc()};
-                double value = 0;
-                const eErr err = adc->getVoltage(VoltageEnum(number), &value);
-                return answer(err, volts(value));
+                double volts = 0;
+                const eErr err = adc->getVoltage(VoltageEnum(number), &volts);
+                return answer(err, volts);
             }};
 }
 
-using VersionGetter = eErr (AuxVersion::*)(unsigned char*, unsigned char*, unsigned char*, unsigned char*);
-
-Check version(const char* operation, VersionGetter getter, const char* expected)
+Check gate(const char* operation, bool (*function)(unsigned char, unsigned char, unsigned char, unsigned char),
+           unsigned char major, const char* expected)
 {
-    return {operation, expected, [getter] {
-                AuxVersion* versions = GetAuxVersion();
-                std::array<unsigned char, 4> part{};
-                const eErr err = (versions->*getter)(&part[0], &part[1], &part[2], &part[3]);
-                versions->Release();
-                return answer(err, std::to_string(part[0]) + "." + std::to_string(part[1]) + "." +
-                                       std::to_string(part[2]) + "." + std::to_string(part[3]));
-            }};
+    return {operation, expected, [=] { return std::string{function(major, 0, 0, 0) ? "yes" : "no"}; }};
 }
 
 } // namespace
@@ -46,18 +28,20 @@ Check version(const char* operation, VersionGetter getter, const char* expected)
 Checks inputsAndVersions()
 {
     return {
-        voltage("Adc.getVoltage(0)", 0, "0 24.0"),
-        voltage("Adc.getVoltage(2)", 2, "0 5.0"),
-        voltage("Adc.getVoltage(7)", 7, "0 1.2"),
-        {"DigIO.getDigIO", "0 0",
-         [] {
-             Held inputs{GetDigIO()};
-             unsigned char state = 0xFF;
-             const eErr err = inputs->getDigIO(&state);
-             return answer(err, std::to_string(state));
-         }},
-        version("AuxVersion.getHXAuxVersion", &AuxVersion::getHXAuxVersion, "0 1.3.1.0"),
-        version("AuxVersion.getSSVersion", &AuxVersion::getSSVersion, "0 2.4.0.7"),
+        voltage("Adc.getVoltage 0", 0, "0 24.00"),
+        voltage("Adc.getVoltage 2", 2, "0 5.00"),
+        voltage("Adc.getVoltage 7", 7, "0 1.20"),
+        gets("DigIO.getDigIO", GetDigIO, &DigIO::getDigIO, "0 0"),
+        gets("AuxVersion.getFPGAVersion", GetAuxVersion, &AuxVersion::getFPGAVersion, "0 2 2 0 9"),
+        gets("AuxVersion.getSSVersion", GetAuxVersion, &AuxVersion::getSSVersion, "0 2 4 0 7"),
+        gets("AuxVersion.getFrontVersion", GetAuxVersion, &AuxVersion::getFrontVersion, "0 1 6 0 2"),
+        gets("AuxVersion.getHXAuxVersion", GetAuxVersion, &AuxVersion::getHXAuxVersion, "0 1 3 1 0"),
+        gets("AuxVersion.getOSVersion", GetAuxVersion, &AuxVersion::getOSVersion, "0 2 1 0 5"),
+        gets("AuxVersion.getHXAuxDrvVersion", GetAuxVersion, &AuxVersion::getHXAuxDrvVersion, "0 1 3 0 0"),
+        gate("DoesSystemHaveAtLeastSSVersion 2", DoesSystemHaveAtLeastSSVersion, 2, "yes"),
+        gate("DoesSystemHaveAtLeastSSVersion 3", DoesSystemHaveAtLeastSSVersion, 3, "no"),
+        gate("DoesSystemHaveAtLeastFPGAVersion 1", DoesSystemHaveAtLeastFPGAVersion, 1, "yes"),
+        gate("DoesSystemHaveAtLeastFrontVersion 9", DoesSystemHaveAtLeastFrontVersion, 9, "no"),
     };
 }
 
