@@ -47,11 +47,10 @@ Time durationOf(const std::string& text, Time shortOne, Time longOne)
 } // namespace
 
 Supervisor::Supervisor(Unit& unit)
-    : configuration{unit}, diagnostics{unit, "/dev/diag-id"}, power{unit, "/dev/power-id"},
-      front{unit, "/dev/front-mcu-id"}, unit_{unit}, times_{OperatingTime{unit.clock()}, OperatingTime{unit.clock()},
-                                                            OperatingTime{unit.clock()}, OperatingTime{unit.clock()},
-                                                            OperatingTime{unit.clock()}, OperatingTime{unit.clock()},
-                                                            OperatingTime{unit.clock()}}
+    : configuration{unit}, diagnostics{unit, "/dev/diag-id"}, power{unit, "/dev/power-id"}, unit_{unit},
+      times_{OperatingTime{unit.clock()}, OperatingTime{unit.clock()}, OperatingTime{unit.clock()},
+             OperatingTime{unit.clock()}, OperatingTime{unit.clock()}, OperatingTime{unit.clock()},
+             OperatingTime{unit.clock()}}
 {
     describeLoads();
     describeDiagnostics();

@@ -36,7 +36,6 @@ public:
     SupervisorSettings configuration; ///< "/dev/conf-id"
     SupervisorRegisters diagnostics;  ///< "/dev/diag-id"
     SupervisorRegisters power;        ///< "/dev/power-id"
-    SupervisorRegisters front;        ///< "/dev/front-mcu-id"
 
 private:
     /// Who asks for a transition, as the first of its two numbers in the power device's register.
