@@ -55,6 +55,7 @@ if [[ " ${missing[*]} " == *:i386* ]] && ! dpkg --print-foreign-architectures | 
     "${as_root[@]}" dpkg --add-architecture i386
 fi
 export DEBIAN_FRONTEND=noninteractive
-"${as_root[@]}" apt-get update -qq
+# A mirror that is being renewed may fail for one index and still deliver the packages: the installation decides.
+"${as_root[@]}" apt-get update -qq || echo "The package lists could not all be renewed; going on with those at hand" >&2
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
     >/dev/null
