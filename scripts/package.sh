@@ -21,6 +21,7 @@ version=$(sed -n 's/^project(HXAux VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 work=$PWD/build/packages
 mkdir -p "$work"
 
+# shellcheck disable=SC2016  # apt-get fills in the fields
 mirror=$(apt-get indextargets --format '$(SITE) $(RELEASE)' 'Created-By: Packages' | awk '$2 == "bookworm" { print $1; exit }')
 
 in_root() { # root, command

@@ -105,26 +105,37 @@ HX_EXPORT unsigned int JidaI2CReadRegister(unsigned long board, unsigned long bu
 /// @name Function pointers
 /// The functions behind the forwarders; null until @ref JidaLinuxInitialize. A program may put its own there.
 /// @{
-/// @cond
-#define HX_JIDA_POINTER(name, arguments) HX_EXPORT unsigned int(*name) arguments
-/// @endcond
 
-HX_JIDA_POINTER(pJidaBoardClose, (unsigned long));
-HX_JIDA_POINTER(pJidaTemperatureGetCurrent, (unsigned long, unsigned long, unsigned long*, unsigned long*));
-HX_JIDA_POINTER(pJidaBoardOpenA, (const char*, unsigned long, unsigned long, unsigned long*));
-HX_JIDA_POINTER(pJidaBoardCountA, (const char*, unsigned long));
-HX_JIDA_POINTER(pJidaI2CWrite, (unsigned long, unsigned long, unsigned char, const unsigned char*, unsigned long));
-HX_JIDA_POINTER(pJidaTemperatureCount, (unsigned long));
-HX_JIDA_POINTER(pJidaDllInstall, (unsigned long));
-HX_JIDA_POINTER(pJidaI2CWriteReadCombined, (unsigned long, unsigned long, unsigned char, const unsigned char*,
-                                            unsigned long, unsigned char*, unsigned long));
-HX_JIDA_POINTER(pJidaDllInitialize, ());
-HX_JIDA_POINTER(pJidaDllUninitialize, ());
-HX_JIDA_POINTER(pJidaTemperatureGetInfo, (unsigned long, unsigned long, void*));
-HX_JIDA_POINTER(pJidaI2CWriteRegister, (unsigned long, unsigned long, unsigned char, unsigned short, unsigned char));
-HX_JIDA_POINTER(pJidaI2CReadRegister, (unsigned long, unsigned long, unsigned char, unsigned short, unsigned char*));
+/// @brief Behind @ref JidaBoardClose.
+HX_EXPORT unsigned int (*pJidaBoardClose)(unsigned long);
+/// @brief Behind @ref JidaTemperatureGetCurrent.
+HX_EXPORT unsigned int (*pJidaTemperatureGetCurrent)(unsigned long, unsigned long, unsigned long*, unsigned long*);
+/// @brief Behind @ref JidaBoardOpenA.
+HX_EXPORT unsigned int (*pJidaBoardOpenA)(const char*, unsigned long, unsigned long, unsigned long*);
+/// @brief Behind @ref JidaBoardCountA.
+HX_EXPORT unsigned int (*pJidaBoardCountA)(const char*, unsigned long);
+/// @brief Behind @ref JidaI2CWrite.
+HX_EXPORT unsigned int (*pJidaI2CWrite)(unsigned long, unsigned long, unsigned char, const unsigned char*,
+                                        unsigned long);
+/// @brief Behind @ref JidaTemperatureCount.
+HX_EXPORT unsigned int (*pJidaTemperatureCount)(unsigned long);
+/// @brief Behind @ref JidaDllInstall.
+HX_EXPORT unsigned int (*pJidaDllInstall)(unsigned long);
+/// @brief Behind @ref JidaI2CWriteReadCombined.
+HX_EXPORT unsigned int (*pJidaI2CWriteReadCombined)(unsigned long, unsigned long, unsigned char, const unsigned char*,
+                                                    unsigned long, unsigned char*, unsigned long);
+/// @brief Behind @ref JidaDllInitialize.
+HX_EXPORT unsigned int (*pJidaDllInitialize)();
+/// @brief Behind @ref JidaDllUninitialize.
+HX_EXPORT unsigned int (*pJidaDllUninitialize)();
+/// @brief Behind @ref JidaTemperatureGetInfo.
+HX_EXPORT unsigned int (*pJidaTemperatureGetInfo)(unsigned long, unsigned long, void*);
+/// @brief Behind @ref JidaI2CWriteRegister.
+HX_EXPORT unsigned int (*pJidaI2CWriteRegister)(unsigned long, unsigned long, unsigned char, unsigned short,
+                                                unsigned char);
+/// @brief Behind @ref JidaI2CReadRegister.
+HX_EXPORT unsigned int (*pJidaI2CReadRegister)(unsigned long, unsigned long, unsigned char, unsigned short,
+                                               unsigned char*);
 /// @}
-
-#undef HX_JIDA_POINTER
 
 #endif

@@ -27,6 +27,7 @@
 #define HX_32BIT_RANGE(name) name##_SmallestValue = -2147483647 - 1, name##_LargestValue = 2147483647
 #endif
 
+/// @brief The interfaces and everything that their operations take and give.
 namespace Halvix {
 
 /// @brief A two-state setting.
