@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// Holds an interface object of the library and gives it back at the end.
+#ifndef HXAUX_INTERFACE_H
+#define HXAUX_INTERFACE_H
+
+#include <new>
+
+namespace hxaux {
+
+// Interface<Halvix::Adc> adc(GetAdc());  adc->getVoltage(...);
+template <typename Kind>
+class Interface {
+public:
+    explicit Interface(Kind* object) : object_(object)
+    {
+        if (object_ == nullptr)
+            throw std::bad_alloc(); // the factories that answer null do so when memory is out
+    }
+    ~Interface() { object_->Release(); }
+    Interface(const Interface&) = delete;
+    Interface& operator=(const Interface&) = delete;
+
+    Kind* operator->() const { return object_; }
+    Kind& operator*() const { return *object_; }
+
+private:
+    Kind* object_;
+};
+
+} // namespace hxaux
+
+#endif

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tools/Report.h"
+
+#include "hx-aux/errors.h"
+#include "tools/ErrorNames.h"
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace hxaux {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json jsonOf(const Value& value);
+
+Json jsonOf(const Value::Record& fields)
+{
+    Json object = Json::object();
+    for (const Field& field : fields)
+        object[field.name] = jsonOf(field.value);
+    return object;
+}
+
+double rounded(const Real& real)
+{
+    const double scale = std::pow(10.0, real.decimals);
+    const double scaled = std::round(real.value * scale) / scale;
+    return std::isfinite(scaled) ? scaled : real.value;
+}
+
+Json jsonOf(const Value& value)
+{
+    struct Converter {
+        Json operator()(Absent) const { return nullptr; }
+        Json operator()(bool flag) const { return flag; }
+        Json operator()(long long number) const { return number; }
+        Json operator()(const Real& real) const { return rounded(real); }
+        Json operator()(const std::string& text) const { return text; }
+        Json operator()(const Value::List& list) const
+        {
+            Json array = Json::array();
+            for (const Value& each : list)
+                array.push_back(jsonOf(each));
+            return array;
+        }
+        Json operator()(const Value::Record& record) const { return jsonOf(record); }
+    };
+    return std::visit(Converter{}, value.any());
+}
+
+// The units of the fields that have one, nested as the result is.
+Json unitsOf(const std::vector<Field>& fields)
+{
+    Json units = Json::object();
+    for (const Field& field : fields) {
+        if (!field.unit.empty())
+            units[field.name] = field.unit;
+        if (const auto* record = std::get_if<Value::Record>(&field.value.any())) {
+            if (Json inner = unitsOf(*record); !inner.empty())
+                units[field.name] = std::move(inner);
+        }
+    }
+    return units;
+}
+
+Json jsonOf(const Problem& problem)
+{
+    Json object = {{"item", problem.item}, {"code", nullptr}, {"name", nullptr}, {"text", problem.text}};
+    if (problem.code >= 0) {
+        object["code"] = problem.code;
+        object["name"] = errorName(problem.code);
+    }
+    return object;
+}
+
+// When everything failed for one reason, the reason is said once.
+std::vector<Problem> worthSaying(const Report& report)
+{
+    const auto& all = report.problems;
+    const auto likeFirst = [&](const Problem& each) { return each.code == all[0].code && each.text == all[0].text; };
+    if (all.size() < 2 || !report.result.empty() || !std::ranges::all_of(all, likeFirst))
+        return all;
+    return {{"", all[0].code, all[0].text}};
+}
+
+} // namespace
+
+std::string asJson(const Report& report)
+{
+    Json problems = Json::array();
+    for (const Problem& problem : report.problems)
+        problems.push_back(jsonOf(problem));
+    const Json whole = {{"format", kJsonFormat},
+                        {"object", report.object},
+                        {"verb", report.verb},
+                        {"status", static_cast<int>(report.status)},
+                        {"result", jsonOf(report.result)},
+                        {"units", unitsOf(report.result)},
+                        {"notes", report.notes},
+                        {"errors", problems}};
+    // Bytes that are no UTF-8 come from EEPROMs and files; they must not keep the document from being one.
+    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+std::string asText(const Report& report)
+{
+    std::string text;
+    for (const Field& field : report.result)
+        text += field.name + ": " + field.value.text() + (field.unit.empty() ? "" : " " + field.unit) + "\n";
+    for (const std::string& note : report.notes)
+        text += note + "\n";
+    return text;
+}
+
+std::string problemLines(const Report& report)
+{
+    const std::string where = report.object + (report.verb.empty() ? "" : " " + report.verb) + ": ";
+    std::string lines;
+    for (const Problem& problem : worthSaying(report)) {
+        lines += (report.object.empty() ? "hxaux: " : where) + (problem.item.empty() ? "" : problem.item + ": ");
+        lines += problem.text + (problem.code < 0 ? "" : " (" + std::to_string(problem.code) + ")") + "\n";
+    }
+    return lines;
+}
+
+} // namespace hxaux

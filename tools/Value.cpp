@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tools/Value.h"
+
+#include <array>
+#include <cstdio>
+
+namespace hxaux {
+
+namespace {
+
+std::string decimals(const Real& real)
+{
+    std::array<char, 400> text{};
+    std::snprintf(text.data(), text.size(), "%.*f", real.decimals, real.value);
+    return text.data();
+}
+
+// Control characters and line ends of foreign texts must not break the one line that a result is.
+std::string printable(const std::string& text)
+{
+    std::string shown;
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte >= 0x20 && byte != 0x7F) {
+            shown += character;
+            continue;
+        }
+        std::array<char, 5> escaped{};
+        std::snprintf(escaped.data(), escaped.size(), "\\x%02x", byte);
+        shown += escaped.data();
+    }
+    return shown;
+}
+
+std::string joined(const Value::List& list)
+{
+    std::string text;
+    for (const Value& value : list)
+        text += (text.empty() ? "" : ", ") + value.text();
+    return text;
+}
+
+std::string joined(const Value::Record& record)
+{
+    std::string text;
+    for (const Field& field : record) {
+        text += (text.empty() ? "" : ", ") + field.name + " " + field.value.text();
+        if (!field.unit.empty())
+            text += " " + field.unit;
+    }
+    return text;
+}
+
+} // namespace
+
+std::string Value::text() const
+{
+    struct Printer {
+        std::string operator()(Absent) const { return "absent"; }
+        std::string operator()(bool value) const { return value ? "on" : "off"; }
+        std::string operator()(long long value) const { return std::to_string(value); }
+        std::string operator()(const Real& value) const { return decimals(value); }
+        std::string operator()(const std::string& value) const { return printable(value); }
+        std::string operator()(const List& value) const { return joined(value); }
+        std::string operator()(const Record& value) const { return joined(value); }
+    };
+    return std::visit(Printer{}, any_);
+}
+
+} // namespace hxaux
