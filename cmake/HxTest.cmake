@@ -9,23 +9,26 @@ include(GoogleTest)
 # linked door in front of the C library. Tests are compiled without optimisation: they run once.
 function(hx_add_test name)
   hx_add_test_on(hx_test_support ${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE hx-aux-internal)
 endfunction()
 
 # hx_add_driver_test(name sources...): the same, but each test writes down the calls at the drivers one by one; the
 # program's own `open` and `ioctl` answer them.
 function(hx_add_driver_test name)
   hx_add_test_on(hx_test_driver ${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE hx-aux-internal)
 endfunction()
 
 # hx_add_scripted_test(name sources...): a program with its own version of LinuxWrapper's device access, which gives the
 # answers that no driver can (a wrong count).
 function(hx_add_scripted_test name)
   hx_add_test_on(hx_test_scripted ${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE hx-aux-internal)
 endfunction()
 
 function(hx_add_test_on support name)
   add_executable(${name} ${ARGN})
-  target_link_libraries(${name} PRIVATE ${support} hx-aux-internal hx_warnings)
+  target_link_libraries(${name} PRIVATE ${support} hx_warnings)
   if(NOT HX_SANITIZE)
     target_compile_options(${name} PRIVATE -O0)
   endif()
