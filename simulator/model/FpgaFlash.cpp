@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/model/FpgaFlash.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "simulator/model/Text.h"
+
+namespace hxsim {
+
+namespace {
+
+constexpr std::size_t kPages = 4096;
+constexpr std::size_t kLength = 0; // places in the block of both requests
+constexpr std::size_t kPosition = 4;
+constexpr std::size_t kData = 8;
+constexpr std::size_t kBlock = kData + FpgaFlash::kPage;
+
+bool countsDown(std::int64_t& counter)
+{
+    return counter > 0 && --counter == 0;
+}
+
+} // namespace
+
+FpgaFlash::FpgaFlash(Unit& unit) : content(kPages * kPage, 0xFF)
+{
+    std::fill_n(content.begin(), 100 * kPage, std::uint8_t(0x5A)); // the configuration from the factory
+    unit.addNode("/dev/fpgaflash")
+        .request(0x4001004D, Takes{0}, Gives{1},
+                 [this](Request& request) {
+                     request.put8(0, std::uint8_t(notReady));
+                     return 0;
+                 })
+        .request(0xC218004E, Takes{kBlock}, Gives{kBlock}, [this](Request& request) { return write(request); })
+        .request(0xC218004F, Takes{kBlock}, Gives{kBlock}, [this](Request& request) { return read(request); });
+    addProperties(unit);
+}
+
+void FpgaFlash::addProperties(Unit& unit)
+{
+    Properties& properties = unit.properties();
+    properties.number("fpga.status", notReady, 0, 255, "status byte of the configuration flash; 0 is ready");
+    properties.number("fpga.accepts", accepts, 0, kPage, "bytes of a block that the driver takes at most");
+    properties.flag("fpga.reads-nothing", readsNothing, "fault: read requests deliver no bytes");
+    properties.number("fpga.flip-read-at", flipReadAt, 0, INT32_MAX, "fault: flip a bit of that byte read back");
+    properties.number("fpga.cut-at-block", cutAtBlock, 0, INT32_MAX,
+                      "fault: power of the flash fails in the middle of that block");
+    properties.flag("fpga.power", hasPower, "whether the configuration flash has power");
+}
+
+void FpgaFlash::program(std::size_t position, std::span<const std::uint8_t> bytes)
+{
+    for (const std::uint8_t byte : bytes) {
+        if (position % kPage == 0)
+            std::fill_n(content.begin() + std::ptrdiff_t(position), kPage, std::uint8_t(0xFF));
+        content[position++] &= byte;
+    }
+}
+
+int FpgaFlash::write(Request& request)
+{
+    const std::size_t length = request.u32(kLength);
+    const std::size_t position = request.u32(kPosition);
+    if (!hasPower)
+        return -EIO;
+    if (length == 0 || length > kPage || position > content.size() || length > content.size() - position)
+        return -EINVAL;
+    if (countsDown(cutAtBlock)) {
+        program(position, request.in.subspan(kData, length / 2));
+        hasPower = false;
+        return -EIO;
+    }
+    const std::size_t taken = std::min(length, std::size_t(accepts));
+    program(position, request.in.subspan(kData, taken));
+    std::copy(request.in.begin(), request.in.end(), request.out.begin());
+    request.put32(kPosition, std::uint32_t(position + taken));
+    return 0;
+}
+
+int FpgaFlash::read(Request& request)
+{
+    const std::size_t length = request.u32(kLength);
+    const std::size_t position = request.u32(kPosition);
+    if (!hasPower)
+        return -EIO;
+    if (length == 0 || length > kPage || position > content.size())
+        return -EINVAL;
+    const std::size_t count = readsNothing ? 0 : std::min(length, content.size() - position);
+    for (std::size_t i = 0; i < count; ++i)
+        request.put8(kData + i, countsDown(flipReadAt) ? content[position + i] ^ 0x01 : content[position + i]);
+    request.put32(kLength, std::uint32_t(count));
+    request.put32(kPosition, std::uint32_t(position + count));
+    return 0;
+}
+
+HXSIM_HARDWARE(FpgaFlash)
+
+} // namespace hxsim

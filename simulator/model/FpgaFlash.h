@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "simulator/model/Hardware.h"
+
+namespace hxsim {
+
+/// "/dev/fpgaflash": the flash with the FPGA's configuration. Its driver erases a page as programming reaches it.
+class FpgaFlash : public Hardware {
+public:
+    explicit FpgaFlash(Unit& unit);
+
+    static constexpr std::size_t kPage = 528;
+
+    std::vector<std::uint8_t> content;
+    std::int64_t notReady = 0;    ///< the status byte: 0 is ready
+    std::int64_t accepts = kPage; ///< how much of a block the driver takes at most; 0: it makes no progress
+    bool readsNothing = false;
+    std::int64_t flipReadAt = 0; ///< fault: the byte that is read wrongly, counted from the next one
+    std::int64_t cutAtBlock = 0; ///< fault: power fails in the middle of that block
+    bool hasPower = true;
+
+private:
+    int write(Request& request);
+    int read(Request& request);
+    void program(std::size_t position, std::span<const std::uint8_t> bytes);
+    void addProperties(Unit& unit);
+};
+
+} // namespace hxsim

@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/model/ServiceUart.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "simulator/model/Microcontroller.h"
+#include "simulator/model/Text.h"
+#include "simulator/model/UartRouting.h"
+
+namespace hxsim {
+
+namespace {
+
+bool countsDown(std::int64_t& counter)
+{
+    return counter > 0 && --counter == 0;
+}
+
+constexpr std::uint32_t kFastestForBootloader = 115200;
+
+} // namespace
+
+ServiceUart::ServiceUart(Unit& unit) : unit_{unit}
+{
+    unit.addNode("/dev/ttyS0")
+        .onRead([this](OpenFile& file, std::span<std::uint8_t> out, Time started) { return read(file, out, started); })
+        .onWrite([this](OpenFile&, std::span<const std::uint8_t> in) { return write(in); })
+        .serialLine(
+            [this](const LineSettings& settings) { line = settings; },
+            [this](bool input, bool) {
+                if (input)
+                    received_.clear();
+            },
+            [this] { return unit_.clock().now() >= sendingUntil_ ? Outcome{} : Outcome::notBefore(sendingUntil_); });
+    unit.properties().flag("uart.paced", paced, "whether bytes take their time on the line");
+    unit.properties().number("uart.drop-to-target", dropToTarget, 0, INT32_MAX,
+                             "fault: lose the byte towards the target that is so many ahead");
+    unit.properties().number("uart.drop-to-unit", dropToUnit, 0, INT32_MAX,
+                             "fault: lose the byte towards the unit that is so many ahead");
+    unit.actions().add(
+        "drop", "serial",
+        [this](const Actions::Words& words) {
+            if (words != Actions::Words{"serial"})
+                throw BadText{"drop serial"};
+            dropToUnit = 1;
+        },
+        "loses the next byte from a microcontroller");
+}
+
+Time ServiceUart::passedAt(Time& busyUntil)
+{
+    const int bits = 1 + line.dataBits + (line.parity == 'n' ? 0 : 1) + line.stopBits;
+    const Time each{paced && line.baud != 0 ? std::int64_t{1'000'000'000} * bits / line.baud : 0};
+    busyUntil = std::max(busyUntil, unit_.clock().now()) + each;
+    return busyUntil;
+}
+
+bool ServiceUart::targetUnderstands() const
+{
+    return line.dataBits == 8 && line.parity == 'e' && line.baud <= kFastestForBootloader;
+}
+
+Outcome ServiceUart::write(std::span<const std::uint8_t> in)
+{
+    for (const std::uint8_t byte : in) {
+        if (paced)
+            unit_.clock().at(passedAt(sendingUntil_), [this, byte] { deliver(byte); });
+        else
+            deliver(byte);
+    }
+    return {std::int64_t(in.size()), false, {}};
+}
+
+void ServiceUart::deliver(std::uint8_t byte)
+{
+    Microcontroller* target = unit_.get<UartRouting>().peer();
+    if (target != nullptr && targetUnderstands() && !countsDown(dropToTarget))
+        target->receive(byte);
+}
+
+void ServiceUart::fromTarget(const Microcontroller& target, std::uint8_t byte)
+{
+    if (unit_.get<UartRouting>().peer() != &target || countsDown(dropToUnit))
+        return;
+    if (paced)
+        unit_.clock().at(passedAt(receivingUntil_), [this, byte] { received_.push_back(byte); });
+    else
+        received_.push_back(byte);
+}
+
+Outcome ServiceUart::read(const OpenFile& file, std::span<std::uint8_t> out, Time started)
+{
+    const std::size_t wanted = std::min<std::size_t>(out.size(), std::max<std::size_t>(line.vmin, 1));
+    if (received_.size() >= wanted || out.empty()) {
+        const std::size_t count = std::min(out.size(), received_.size());
+        std::copy_n(received_.begin(), count, out.begin());
+        received_.erase(received_.begin(), received_.begin() + std::ptrdiff_t(count));
+        return {std::int64_t(count), false, {}};
+    }
+    if ((file.flags & O_NONBLOCK) != 0)
+        return {line.vmin == 0 ? 0 : -EAGAIN, false, {}};
+    if (line.vmin > 0)
+        return Outcome::notBefore(std::nullopt);
+    const Time deadline = started + std::chrono::milliseconds{line.vtime * 100};
+    if (unit_.clock().now() >= deadline)
+        return {0, false, {}};
+    return Outcome::notBefore(deadline);
+}
+
+HXSIM_HARDWARE(ServiceUart)
+
+} // namespace hxsim
