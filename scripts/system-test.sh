@@ -18,7 +18,7 @@ mkdir -p "$work"
 echo "== building"
 {
     cmake --preset i386 -DHX_TESTS=ON
-    cmake --build --preset i386 -j "$(nproc)" --target hx-aux conformance
+    cmake --build --preset i386 -j "$(nproc)" --target hx-aux conformance hxaux hx-jida
     cmake --preset x86_64 -DHX_TESTS=ON
     cmake --build --preset x86_64 -j "$(nproc)" --target hx-sim-cuse
 } >"$work/build.log" 2>&1 || {
@@ -58,7 +58,8 @@ make_image() {
     install tests/system/guest/checks "$work/image/checks"
     put_program build/x86_64/simulator/hx-sim-cuse bin/hx-sim-cuse
     put_program build/i386/tests/conformance bin/conformance
-    [ ! -x build/i386/hxaux ] || put_program build/i386/hxaux bin/hxaux
+    put_program build/i386/hxaux bin/hxaux
+    install build/i386/jida/libjida.so "$work/image/lib32/"
     (cd "$work/image" && find . | cpio --quiet -o -H newc) | gzip -1 >"$work/image.gz"
 }
 

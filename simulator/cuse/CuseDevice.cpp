@@ -5,10 +5,13 @@
 #include <cuse_lowlevel.h>
 #include <fuse_opt.h>
 
+#include <fcntl.h>
 #include <sys/uio.h>
 
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <optional>
 #include <stdexcept>
 #include <vector>
 
@@ -75,11 +78,29 @@ void onIoctl(fuse_req_t request, int code, void* argument, fuse_file_info* info,
         fuse_reply_ioctl(request, static_cast<int>(result), answer.data(), answer.size());
 }
 
+/// Reads until there is an answer. Only this device waits meanwhile: its session has a thread of its own.
+Outcome readWhenReady(fuse_req_t request, OpenFile& file, std::vector<std::uint8_t>& bytes)
+{
+    constexpr auto kLook = std::chrono::milliseconds{1};
+    std::optional<Time> started;
+    for (;;) {
+        {
+            HostedUnit::Visit visit{deviceOf(request).host()};
+            const bool first = !started.has_value();
+            const Time now = visit.clock().now();
+            const Outcome outcome = visit.calls().read(callerOf(request), file, bytes, started.value_or(now), first);
+            if (!outcome.waits || (file.flags & O_NONBLOCK) != 0)
+                return outcome;
+            started = started.value_or(now);
+        }
+        std::this_thread::sleep_for(kLook);
+    }
+}
+
 void onRead(fuse_req_t request, std::size_t length, off_t, fuse_file_info* info)
 {
-    HostedUnit::Visit visit{deviceOf(request).host()};
     std::vector<std::uint8_t> bytes(length);
-    const Outcome outcome = visit.calls().read(callerOf(request), fileOf(info), bytes, visit.clock().now(), true);
+    const Outcome outcome = readWhenReady(request, fileOf(info), bytes);
     if (outcome.waits)
         fuse_reply_err(request, EAGAIN);
     else if (outcome.result < 0)

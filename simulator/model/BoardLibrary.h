@@ -33,7 +33,7 @@ public:
     bool refuses = false;  ///< can neither be initialised nor installed
     std::uint32_t boards = 1;
     std::uint32_t sensorCount = 2;
-    std::array<Sensor, 4> sensors{{{45500, 0, 0}, {38000, 0, 1}, {36500, 0, 2}, {31000, 0, 3}}};
+    std::array<Sensor, 4> sensors{{{45500, 1, 0}, {38000, 1, 1}, {36500, 1, 2}, {31000, 1, 3}}};
     int users = 0; ///< how often it was initialised and not ended again
 
     /// One call; `bytes` is what came with it, `answer` is filled. Also gives the time at which the caller gets it.

@@ -32,7 +32,7 @@ Checks inputsAndVersions()
         voltage("Adc.getVoltage 2", 2, "0 5.00"),
         voltage("Adc.getVoltage 7", 7, "0 1.20"),
         gets("DigIO.getDigIO", GetDigIO, &DigIO::getDigIO, "0 0"),
-        gets("AuxVersion.getFPGAVersion", GetAuxVersion, &AuxVersion::getFPGAVersion, "0 2 2 0 9"),
+        gets("AuxVersion.getFPGAVersion", GetAuxVersion, &AuxVersion::getFPGAVersion, "0 3 2 0 1"),
         gets("AuxVersion.getSSVersion", GetAuxVersion, &AuxVersion::getSSVersion, "0 2 4 0 7"),
         gets("AuxVersion.getFrontVersion", GetAuxVersion, &AuxVersion::getFrontVersion, "0 1 6 0 2"),
         gets("AuxVersion.getHXAuxVersion", GetAuxVersion, &AuxVersion::getHXAuxVersion, "0 1 3 1 0"),

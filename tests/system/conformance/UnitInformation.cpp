@@ -1,17 +1,26 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/system/conformance/Checks.h"
 
+#include <memory>
+
 namespace conformance {
 
 using namespace Halvix;
 
 namespace {
 
-/// The text itself depends on the unit's production data; that it is there, and what size it needs, does not.
-Check text(const char* operation, eErr (About::*getter)(char*, int))
+/// One object for all questions: it reads both EEPROMs when it is made, which takes a second on a real bus.
+using SharedAbout = std::shared_ptr<About>;
+
+SharedAbout makeAbout()
 {
-    return {operation, "0 present; 6 in a room of none", [getter] {
-                Held about{GetAbout()};
+    return {GetAbout(), [](About* about) { about->Release(); }};
+}
+
+/// The text itself depends on the unit's production data; that it is there, and what size it needs, does not.
+Check text(const SharedAbout& about, const char* operation, eErr (About::*getter)(char*, int))
+{
+    return {operation, "0 present; 6 in a room of none", [=] {
                 std::array<char, 256> value{};
                 const eErr fits = ((*about).*getter)(value.data(), 254);
                 const std::string found = value[0] != '\0' ? " present" : " empty";
@@ -20,31 +29,46 @@ Check text(const char* operation, eErr (About::*getter)(char*, int))
             }};
 }
 
-} // namespace
+template <class Value>
+Check value(const SharedAbout& about, const char* operation, eErr (About::*getter)(Value*), const char* expected)
+{
+    return {operation, expected, [=] {
+                Value got{};
+                const eErr err = ((*about).*getter)(&got);
+                return answer(err, got);
+            }};
+}
 
-Checks unitInformation()
+Checks aboutTheUnit()
+{
+    const SharedAbout about = makeAbout();
+    return {
+        text(about, "About.getMainPCBSerial", &About::getMainPCBSerial),
+        text(about, "About.getUnitSerial", &About::getUnitSerial),
+        text(about, "About.getMainPCBArt", &About::getMainPCBArt),
+        text(about, "About.getMainManufacturingDate", &About::getMainManufacturingDate),
+        text(about, "About.getMainHWversion", &About::getMainHWversion),
+        text(about, "About.getMainProdRev", &About::getMainProdRev),
+        text(about, "About.getMainProdArtNr", &About::getMainProdArtNr),
+        value(about, "About.getNrOfETHConnections", &About::getNrOfETHConnections, "0 2"),
+        value(about, "About.getNrOfCANConnections", &About::getNrOfCANConnections, "0 4"),
+        value(about, "About.getNrOfVideoConnections", &About::getNrOfVideoConnections, "0 2"),
+        value(about, "About.getNrOfUSBConnections", &About::getNrOfUSBConnections, "0 3"),
+        value(about, "About.getNrOfSerialConnections", &About::getNrOfSerialConnections, "0 1"),
+        text(about, "About.getAddOnPCBSerial", &About::getAddOnPCBSerial),
+        text(about, "About.getAddOnPCBArt", &About::getAddOnPCBArt),
+        text(about, "About.getAddOnManufacturingDate", &About::getAddOnManufacturingDate),
+        text(about, "About.getAddOnHWversion", &About::getAddOnHWversion),
+        value(about, "About.getIsWLANMounted", &About::getIsWLANMounted, "0 1"),
+        value(about, "About.getIsGPSMounted", &About::getIsGPSMounted, "0 1"),
+        value(about, "About.getIsGPRSMounted", &About::getIsGPRSMounted, "0 1"),
+        value(about, "About.getIsBTMounted", &About::getIsBTMounted, "0 1"),
+    };
+}
+
+Checks service()
 {
     return {
-        text("About.getMainPCBSerial", &About::getMainPCBSerial),
-        text("About.getUnitSerial", &About::getUnitSerial),
-        text("About.getMainPCBArt", &About::getMainPCBArt),
-        text("About.getMainManufacturingDate", &About::getMainManufacturingDate),
-        text("About.getMainHWversion", &About::getMainHWversion),
-        text("About.getMainProdRev", &About::getMainProdRev),
-        text("About.getMainProdArtNr", &About::getMainProdArtNr),
-        gets("About.getNrOfETHConnections", GetAbout, &About::getNrOfETHConnections, "0 2"),
-        gets("About.getNrOfCANConnections", GetAbout, &About::getNrOfCANConnections, "0 4"),
-        gets("About.getNrOfVideoConnections", GetAbout, &About::getNrOfVideoConnections, "0 4"),
-        gets("About.getNrOfUSBConnections", GetAbout, &About::getNrOfUSBConnections, "0 2"),
-        gets("About.getNrOfSerialConnections", GetAbout, &About::getNrOfSerialConnections, "0 0"),
-        text("About.getAddOnPCBSerial", &About::getAddOnPCBSerial),
-        text("About.getAddOnPCBArt", &About::getAddOnPCBArt),
-        text("About.getAddOnManufacturingDate", &About::getAddOnManufacturingDate),
-        text("About.getAddOnHWversion", &About::getAddOnHWversion),
-        gets("About.getIsWLANMounted", GetAbout, &About::getIsWLANMounted, "0 1"),
-        gets("About.getIsGPSMounted", GetAbout, &About::getIsGPSMounted, "0 1"),
-        gets("About.getIsGPRSMounted", GetAbout, &About::getIsGPRSMounted, "0 1"),
-        gets("About.getIsBTMounted", GetAbout, &About::getIsBTMounted, "0 1"),
         {"HXAuxPrivate.getEepromProperty", "0 4",
          [] {
              Held service{GetHXAuxPrivate()};
@@ -85,6 +109,16 @@ Checks unitInformation()
              return answer(service->resumeVideo());
          }},
     };
+}
+
+} // namespace
+
+Checks unitInformation()
+{
+    Checks all = aboutTheUnit();
+    for (Check& check : service())
+        all.push_back(std::move(check));
+    return all;
 }
 
 } // namespace conformance
