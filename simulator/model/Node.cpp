@@ -81,6 +81,12 @@ Node& Node::attribute(std::function<std::string()> get, std::function<int(const 
     return *this;
 }
 
+Node& Node::onPoll(std::function<bool(OpenFile&, Time)> readable)
+{
+    readable_ = std::move(readable);
+    return *this;
+}
+
 Node& Node::serialLine(std::function<void(const LineSettings&)> changed, std::function<void(bool, bool)> flush,
                        std::function<Outcome()> drained)
 {

@@ -101,6 +101,8 @@ public:
     /// An attribute file: reading gives the text, one write sets it. The setter returns 0 or -errno; without one the
     /// file is read-only.
     Node& attribute(std::function<std::string()> get, std::function<int(const std::string&)> set = {});
+    /// Whether a read would not wait; without it a file is always readable.
+    Node& onPoll(std::function<bool(OpenFile&, Time now)> readable);
     /// A serial port: the door keeps its terminal settings and tells them here.
     Node& serialLine(std::function<void(const LineSettings&)> changed,
                      std::function<void(bool input, bool output)> flush, std::function<Outcome()> drained);
@@ -127,6 +129,7 @@ public:
     void setLine(const LineSettings& settings) const;
     void flush(bool input, bool output) const;
     [[nodiscard]] Outcome drain() const;
+    [[nodiscard]] bool readable(OpenFile& file, Time now) const { return !readable_ || readable_(file, now); }
 
 private:
     struct Row {
@@ -142,6 +145,7 @@ private:
     Closer closer_;
     Reader reader_;
     Writer writer_;
+    std::function<bool(OpenFile&, Time)> readable_;
     std::function<void(const LineSettings&)> lineChanged_;
     std::function<void(bool, bool)> flush_;
     std::function<Outcome()> drained_;

@@ -44,8 +44,12 @@ public:
     Memory& addMemory(const std::string& name, std::vector<std::uint8_t> initial);
     [[nodiscard]] std::map<std::string, Memory>& memories() { return memories_; }
 
+    /// Plain files of the unit that are kept in its own folder: the settings file.
+    void addFile(const std::string& path) { files_.insert(path); }
+    [[nodiscard]] bool hasFile(const std::string& path) const { return files_.contains(path); }
     /// A name that the unit can lack but that is no node: a library, for example.
     [[nodiscard]] bool isAbsent(const std::string& name) const { return absent_.contains(name); }
+    [[nodiscard]] const std::set<std::string>& absent() const { return absent_; }
     void setAbsent(const std::string& name, bool absent);
 
     Clock& clock() { return clock_; }
@@ -77,6 +81,7 @@ private:
     I2cBus i2c_{clock_};
     std::map<std::string, Memory> memories_;
     std::map<std::string, Node> nodes_;
+    std::set<std::string> files_{"/opt/etc/hxaux.ini"};
     std::set<std::string> absent_;
     std::vector<std::unique_ptr<Hardware>> hardware_; // last: its objects use everything above until they are gone
 };

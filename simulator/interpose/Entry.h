@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cerrno>
+#include <cstdint>
+
+#include "simulator/interpose/Real.h"
+
+namespace hxsim {
+
+/// A call that succeeds leaves errno alone, whatever we had to do for it.
+class KeepErrno {
+public:
+    KeepErrno() : kept_{errno} {}
+    KeepErrno(const KeepErrno&) = delete;
+    KeepErrno& operator=(const KeepErrno&) = delete;
+    ~KeepErrno() { errno = kept_; }
+
+    /// A result in the kernel's form becomes one in the C library's.
+    template <typename Result>
+    Result answer(Result result)
+    {
+        if (result >= 0)
+            return result;
+        kept_ = int(-result);
+        return -1;
+    }
+    /// A result that is in the C library's form already.
+    template <typename Result>
+    Result pass(Result result)
+    {
+        kept_ = errno;
+        return result;
+    }
+
+private:
+    int kept_;
+};
+
+/// struct timespec of the 64-bit time interface, which 32-bit programs use under names of its own.
+struct Timespec64 {
+    std::int64_t tv_sec;
+    std::int32_t tv_nsec;
+    std::int32_t padding;
+};
+
+/// What any spelling of open comes to.
+int openAnywhere(const char* path, int flags, unsigned mode, bool& outside);
+
+constexpr std::int64_t kNanosecondsPerSecond = 1000000000;
+
+} // namespace hxsim

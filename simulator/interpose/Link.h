@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <pthread.h>
+#include <semaphore.h>
+#include <set>
+#include <span>
+#include <string>
+
+#include "simulator/model/Node.h"
+
+namespace hxsim {
+
+using Bytes = std::span<const std::uint8_t>;
+using Space = std::span<std::uint8_t>;
+
+/// An open file of the unit, as this process holds it. Results are counts or -errno.
+class DeviceFile {
+public:
+    virtual ~DeviceFile() = default;
+
+    /// Nothing when the driver does not know the request.
+    virtual std::optional<Node::Shape> shape(std::uint32_t request) = 0;
+    virtual std::int64_t ioctl(std::uint32_t request, Bytes in, Space out) = 0;
+    virtual std::int64_t read(Space out, bool nonblocking) = 0;
+    virtual std::int64_t write(Bytes in) = 0;
+    virtual void close() = 0;
+    /// Serial ports only.
+    virtual void setLine(const LineSettings& settings) = 0;
+    virtual void flush(bool input, bool output) = 0;
+    virtual int drain() = 0;
+    [[nodiscard]] virtual bool readable() = 0;
+};
+
+/// How the calls of this process reach a unit. The entry points of the C library work on it alone, so that the linked
+/// and the preloaded door differ only here.
+class Link {
+public:
+    /// The unit that this process works on now; null: none, and every call goes to the machine.
+    static Link* current();
+    static void setCurrent(Link* link);
+    /// Is called in each thread before it learns which unit is current.
+    static void setGuard(void (*guard)());
+
+    virtual ~Link() = default;
+
+    /// While one lives, the C library calls of this thread are our own and go to the machine.
+    class Inside {
+    public:
+        Inside() { ++depth; }
+        Inside(const Inside&) = delete;
+        Inside& operator=(const Inside&) = delete;
+        ~Inside() { --depth; }
+
+    private:
+        friend class Link;
+        static thread_local int depth;
+    };
+
+    enum class Place { Outside, Device, File };
+    struct Where {
+        Place place = Place::Outside;
+        bool present = true;
+        bool text = false;
+        bool serial = false;
+        std::string file; ///< for Place::File: where it is kept on this machine
+    };
+    [[nodiscard]] virtual Where locate(const std::string& path) = 0;
+    /// Nothing the unit has: the caller's business; a library that the unit lacks.
+    [[nodiscard]] virtual bool isAbsent(const std::string& name) = 0;
+    /// Folder that stands for the unit's root directory where new files are made.
+    [[nodiscard]] virtual std::string folder() = 0;
+
+    struct Opened {
+        int descriptor = -1; ///< or -errno
+        std::shared_ptr<DeviceFile> file;
+    };
+    virtual Opened open(const std::string& path, int flags) = 0;
+
+    /// The errno with which a call other than on a device must fail, or 0.
+    virtual int fault(const std::string& subject, const std::string& call) = 0;
+    virtual void note(const std::string& subject, const std::string& action, int error, Bytes in = {}) = 0;
+
+    /// Waits that long in the unit's time; 0 or -errno.
+    virtual int sleep(std::int64_t nanoseconds) = 0;
+
+    /// The name under which a unit's semaphore is known to this machine.
+    [[nodiscard]] virtual std::string semaphoreName(const std::string& name) = 0;
+    /// Waits for a real semaphore; 0 or -errno. Without a time-out waits for ever.
+    virtual int wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds) = 0;
+    virtual int post(sem_t* semaphore) = 0;
+
+    virtual int createThread(pthread_t* thread, const pthread_attr_t* attributes, void* (*function)(void*),
+                             void* argument) = 0;
+    virtual int joinThread(pthread_t thread, void** result) = 0;
+
+    /// What dlopen is given instead of the unit's JIDA library; empty: there is none.
+    [[nodiscard]] virtual std::string jidaLibrary() = 0;
+};
+
+/// The stand-in library for a unit that lacks these things; some lack one of its functions.
+std::string jidaLibraryWithout(const std::string& folder, const std::set<std::string>& absent);
+
+/// Paths and semaphores of the product that must never be reached on the machine itself by a program that was built to
+/// work on a simulated unit.
+bool isProductPath(const std::string& path);
+bool isProductSemaphore(const std::string& name);
+[[noreturn]] void dieOutsideAUnit(const std::string& what);
+
+} // namespace hxsim

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// Waiting for descriptors of which some belong to the unit.
+#include <algorithm>
+#include <poll.h>
+#include <span>
+#include <sys/select.h>
+#include <vector>
+
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+
+namespace hxsim {
+
+namespace {
+
+/// How often the unit's descriptors are looked at, in the unit's time.
+constexpr std::int64_t kStepNanoseconds = 1000000;
+
+bool isDevice(int fd)
+{
+    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
+    return descriptor != nullptr && descriptor->device != nullptr;
+}
+
+short readiness(int fd, short wanted)
+{
+    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
+    const bool readable = (wanted & POLLIN) != 0 && descriptor->device->readable();
+    return short((wanted & POLLOUT) | (readable ? POLLIN : 0));
+}
+
+/// One look at all of them; the count of those that are ready.
+int look(std::span<pollfd> wanted)
+{
+    std::vector<pollfd> others{wanted.begin(), wanted.end()};
+    for (pollfd& other : others)
+        if (isDevice(other.fd))
+            other.fd = -1;
+    int ready = HXSIM_REAL(poll)(others.data(), others.size(), 0);
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const bool ours = isDevice(wanted[i].fd);
+        wanted[i].revents = ours ? readiness(wanted[i].fd, wanted[i].events) : others[i].revents;
+        ready += ours && wanted[i].revents != 0 ? 1 : 0;
+    }
+    return ready;
+}
+
+int pollUnit(Link& link, std::span<pollfd> wanted, std::int64_t timeoutNanoseconds)
+{
+    const bool endless = timeoutNanoseconds < 0;
+    for (std::int64_t left = timeoutNanoseconds;; left -= kStepNanoseconds) {
+        const int ready = look(wanted);
+        if (ready != 0 || (!endless && left <= 0))
+            return ready;
+        link.sleep(kStepNanoseconds);
+    }
+}
+
+template <typename Forward>
+int pollOr(pollfd* wanted, nfds_t count, std::int64_t timeoutNanoseconds, Forward forward)
+{
+    Link* const link = Link::current();
+    const std::span all{wanted, std::size_t(count)};
+    if (link == nullptr || std::none_of(all.begin(), all.end(), [](const pollfd& one) { return isDevice(one.fd); }))
+        return forward();
+    KeepErrno keep;
+    return keep.answer(pollUnit(*link, all, timeoutNanoseconds));
+}
+
+bool has(const fd_set* set, int fd)
+{
+    return set != nullptr && FD_ISSET(fd, set);
+}
+
+bool namesDevice(int count, const fd_set* readers, const fd_set* writers)
+{
+    for (int fd = 0; fd < count; ++fd)
+        if ((has(readers, fd) || has(writers, fd)) && isDevice(fd))
+            return true;
+    return false;
+}
+
+std::vector<pollfd> asked(int count, const fd_set* readers, const fd_set* writers)
+{
+    std::vector<pollfd> all;
+    for (int fd = 0; fd < count; ++fd)
+        if (has(readers, fd) || has(writers, fd))
+            all.push_back({fd, short((has(readers, fd) ? POLLIN : 0) | (has(writers, fd) ? POLLOUT : 0)), 0});
+    return all;
+}
+
+int answered(const std::vector<pollfd>& all, fd_set* readers, fd_set* writers)
+{
+    int ready = 0;
+    for (fd_set* const set : {readers, writers})
+        if (set != nullptr)
+            FD_ZERO(set);
+    for (const pollfd& one : all) {
+        if ((one.events & one.revents & POLLIN) != 0 && ++ready != 0)
+            FD_SET(one.fd, readers);
+        if ((one.events & one.revents & POLLOUT) != 0 && ++ready != 0)
+            FD_SET(one.fd, writers);
+    }
+    return ready;
+}
+
+} // namespace
+
+} // namespace hxsim
+
+using namespace hxsim;
+
+HXSIM_ENTRY int poll(pollfd* wanted, nfds_t count, int timeoutMs)
+{
+    return pollOr(wanted, count, std::int64_t{timeoutMs} * 1000000,
+                  [&] { return HXSIM_REAL(poll)(wanted, count, timeoutMs); });
+}
+
+HXSIM_ENTRY int __poll_chk(pollfd* wanted, nfds_t count, int timeoutMs, std::size_t size)
+{
+    return pollOr(wanted, count, std::int64_t{timeoutMs} * 1000000,
+                  [&] { return HXSIM_REAL_AS(decltype(&__poll_chk), "__poll_chk")(wanted, count, timeoutMs, size); });
+}
+
+HXSIM_ENTRY int select(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, timeval* timeout)
+{
+    Link* const link = Link::current();
+    if (link == nullptr || !namesDevice(count, readers, writers))
+        return HXSIM_REAL(select)(count, readers, writers, exceptions, timeout);
+    KeepErrno keep;
+    std::vector<pollfd> all = asked(count, readers, writers);
+    const std::int64_t nanoseconds =
+        timeout == nullptr ? -1 : std::int64_t{timeout->tv_sec} * kNanosecondsPerSecond + timeout->tv_usec * 1000;
+    const int ready = pollUnit(*link, all, nanoseconds);
+    return ready < 0 ? keep.answer(ready) : answered(all, readers, writers);
+}

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <atomic>
+
+namespace hxsim {
+
+/// The next definition of a name after ours: the C library's, or a sanitizer's in front of it.
+void* nextDefinition(const char* name);
+
+} // namespace hxsim
+
+/// HXSIM_REAL(close)(fd): the call that a program would have made without us.
+#define HXSIM_REAL(name) HXSIM_REAL_AS(decltype(&::name), #name)
+
+/// The same for names that no header declares.
+#define HXSIM_REAL_AS(type, text)                                                                                      \
+    (reinterpret_cast<type>([] {                                                                                       \
+        static std::atomic<void*> found{nullptr};                                                                      \
+        void* address = found.load(std::memory_order_relaxed);                                                         \
+        if (address == nullptr) {                                                                                      \
+            address = hxsim::nextDefinition(text);                                                                     \
+            found.store(address, std::memory_order_relaxed);                                                           \
+        }                                                                                                              \
+        return address;                                                                                                \
+    }()))
+
+/// Each function that stands in front of one of the C library's.
+#define HXSIM_ENTRY extern "C" __attribute__((visibility("default"), used))

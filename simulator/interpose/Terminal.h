@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <termios.h>
+
+#include "simulator/model/Node.h"
+
+namespace hxsim {
+
+/// The settings that a serial port has when it is opened: 9600 baud, 8 bits, no parity, line by line.
+termios freshTerminal();
+
+/// What the wire knows of terminal settings.
+LineSettings lineOf(const termios& settings);
+
+} // namespace hxsim

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// Terminal settings of the unit's serial ports. They are kept here and not by a pseudo terminal, because that drops the
+// parity bit which programs read back.
+#include <termios.h>
+#include <unistd.h>
+
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Terminal.h"
+
+namespace hxsim {
+
+namespace {
+
+/// Notes the call on a serial port of the unit and says how it must fail, if it must.
+int fateOf(const Descriptor& descriptor, const std::string& call, const std::string& action)
+{
+    Link* const link = Link::current();
+    int error = descriptor.serial ? 0 : ENOTTY;
+    if (link != nullptr) {
+        if (error == 0)
+            error = link->fault(descriptor.path, call);
+        link->note(descriptor.path, action, error);
+    }
+    return -error;
+}
+
+std::string actionOf(int when, const termios& settings)
+{
+    const LineSettings line = lineOf(settings);
+    const char* const moment = when == TCSANOW ? "now" : when == TCSADRAIN ? "drain" : "flush";
+    return std::string{"tcsetattr "} + moment + ' ' + std::to_string(line.baud) + ' ' + std::to_string(line.dataBits) +
+           line.parity + std::to_string(line.stopBits) + " vmin " + std::to_string(line.vmin) + " vtime " +
+           std::to_string(line.vtime);
+}
+
+int setTerminal(Descriptor& descriptor, int when, const termios& settings)
+{
+    if (const int error = fateOf(descriptor, "tcsetattr", actionOf(when, settings)); error != 0)
+        return error;
+    if (when != TCSANOW)
+        descriptor.device->drain();
+    if (when == TCSAFLUSH)
+        descriptor.device->flush(true, false);
+    {
+        const std::lock_guard guard{descriptor.lock};
+        descriptor.terminal = settings;
+    }
+    descriptor.device->setLine(lineOf(settings));
+    return 0;
+}
+
+int flushTerminal(const Descriptor& descriptor, int queue)
+{
+    const char* const name = queue == TCIFLUSH ? "input" : queue == TCOFLUSH ? "output" : "both";
+    if (const int error = fateOf(descriptor, "tcflush", std::string{"tcflush "} + name); error != 0)
+        return error;
+    descriptor.device->flush(queue != TCOFLUSH, queue != TCIFLUSH);
+    return 0;
+}
+
+std::shared_ptr<Descriptor> device(int fd)
+{
+    std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
+    return descriptor != nullptr && descriptor->device != nullptr ? descriptor : nullptr;
+}
+
+} // namespace
+
+} // namespace hxsim
+
+using namespace hxsim;
+
+HXSIM_ENTRY int tcgetattr(int fd, termios* settings) noexcept
+{
+    const std::shared_ptr<Descriptor> descriptor = device(fd);
+    if (descriptor == nullptr)
+        return HXSIM_REAL(tcgetattr)(fd, settings);
+    KeepErrno keep;
+    const int error = fateOf(*descriptor, "tcgetattr", "tcgetattr");
+    if (error != 0)
+        return keep.answer(error);
+    const std::lock_guard guard{descriptor->lock};
+    *settings = descriptor->terminal;
+    return 0;
+}
+
+HXSIM_ENTRY int tcsetattr(int fd, int when, const termios* settings) noexcept
+{
+    const std::shared_ptr<Descriptor> descriptor = device(fd);
+    if (descriptor == nullptr)
+        return HXSIM_REAL(tcsetattr)(fd, when, settings);
+    KeepErrno keep;
+    return keep.answer(setTerminal(*descriptor, when, *settings));
+}
+
+HXSIM_ENTRY int tcflush(int fd, int queue) noexcept
+{
+    const std::shared_ptr<Descriptor> descriptor = device(fd);
+    if (descriptor == nullptr)
+        return HXSIM_REAL(tcflush)(fd, queue);
+    KeepErrno keep;
+    return keep.answer(flushTerminal(*descriptor, queue));
+}
+
+HXSIM_ENTRY int tcdrain(int fd)
+{
+    const std::shared_ptr<Descriptor> descriptor = device(fd);
+    if (descriptor == nullptr)
+        return HXSIM_REAL(tcdrain)(fd);
+    KeepErrno keep;
+    const int error = fateOf(*descriptor, "tcdrain", "tcdrain");
+    return keep.answer(error != 0 ? error : descriptor->device->drain());
+}
+
+HXSIM_ENTRY int isatty(int fd) noexcept
+{
+    const std::shared_ptr<Descriptor> descriptor = device(fd);
+    if (descriptor == nullptr)
+        return HXSIM_REAL(isatty)(fd);
+    if (descriptor->serial)
+        return 1;
+    errno = ENOTTY;
+    return 0;
+}

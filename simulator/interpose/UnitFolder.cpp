@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/interpose/UnitFolder.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace hxsim {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kSemaphores[] = "/dev/shm";
+constexpr char kPidFile[] = "/pid";
+
+/// When a process was started: tells it from a later one with the same number.
+std::string startOf(long process)
+{
+    std::ifstream stream{"/proc/" + std::to_string(process) + "/stat"};
+    const std::string text{std::istreambuf_iterator<char>{stream}, {}};
+    std::size_t at = text.rfind(')');
+    for (int field = 2; field < 22 && at != std::string::npos; ++field)
+        at = text.find(' ', at + 1);
+    if (at == std::string::npos)
+        return "";
+    return text.substr(at + 1, text.find(' ', at + 1) - at - 1);
+}
+
+/// A folder is made under this name and then renamed, so that it is never seen without its process number.
+constexpr char kUnfinished[] = ".new-";
+
+bool isAlive(const fs::path& folder)
+{
+    const std::string name = folder.filename();
+    if (name.starts_with(kUnfinished))
+        return kill(std::atoi(name.c_str() + sizeof kUnfinished - 1), 0) == 0;
+    std::ifstream stream{folder.string() + kPidFile};
+    long process = 0;
+    std::string start;
+    return stream >> process >> start && startOf(process) == start;
+}
+
+void removeSemaphores(const std::string& unit)
+{
+    const std::string prefix = "sem.hxsim-" + std::to_string(getuid()) + '-' + unit + '-';
+    std::error_code ignored;
+    std::vector<fs::path> left;
+    for (const fs::directory_entry& entry : fs::directory_iterator{kSemaphores, ignored})
+        if (entry.path().filename().string().starts_with(prefix))
+            left.push_back(entry.path());
+    for (const fs::path& path : left)
+        fs::remove(path, ignored);
+}
+
+/// The base folder must be ours alone, or another user could stand in for a unit.
+void makeBase(const std::string& base)
+{
+    struct stat found {};
+    if (mkdir(base.c_str(), 0700) != 0 && errno != EEXIST)
+        throw std::runtime_error{"cannot make the folder " + base};
+    if (lstat(base.c_str(), &found) != 0 || !S_ISDIR(found.st_mode) || found.st_uid != getuid())
+        throw std::runtime_error{base + " does not belong to this user"};
+}
+
+} // namespace
+
+UnitFolder::UnitFolder(const std::string& unit) : unit_{unit}, path_{pathOf(unit)}
+{
+    const std::string unfinished = pathOf(kUnfinished + std::to_string(getpid()) + '-' + unit);
+    std::error_code error;
+    for (int attempt = 0; attempt < 10; ++attempt) { // the last unit that ends removes the base folder
+        makeBase(base());
+        fs::create_directories(unfinished + "/files", error);
+        if (!error)
+            break;
+    }
+    std::ofstream{unfinished + kPidFile} << getpid() << ' ' << startOf(getpid()) << '\n';
+    const bool taken = isAlive(path_);
+    if (!taken) {
+        fs::remove_all(path_, error);
+        fs::rename(unfinished, path_, error);
+    }
+    if (!taken && !error)
+        return;
+    fs::remove_all(unfinished, error);
+    throw std::runtime_error{taken ? "a unit named '" + unit + "' runs already" : "cannot make the folder " + path_};
+}
+
+UnitFolder::~UnitFolder()
+{
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+    removeSemaphores(unit_);
+    fs::remove(base(), ignored); // stays while other units are in it
+}
+
+std::string UnitFolder::fileOf(const std::string& unitPath) const
+{
+    const std::string file = path_ + "/files" + unitPath;
+    std::error_code ignored;
+    fs::create_directories(fs::path{file}.parent_path(), ignored);
+    return file;
+}
+
+std::string UnitFolder::base()
+{
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    const std::string root = runtime != nullptr && *runtime == '/' ? runtime : "/tmp";
+    return root + "/hx-sim-" + std::to_string(getuid());
+}
+
+std::string UnitFolder::semaphorePrefix(const std::string& unit)
+{
+    constexpr const char* kAbi = sizeof(void*) == 4 ? "i386" : "x86_64";
+    return "/hxsim-" + std::to_string(getuid()) + '-' + unit + '-' + kAbi + '-';
+}
+
+std::vector<std::string> UnitFolder::running()
+{
+    std::vector<std::string> units;
+    std::error_code ignored;
+    for (const fs::directory_entry& entry : fs::directory_iterator{base(), ignored})
+        if (isAlive(entry.path()) && !entry.path().filename().string().starts_with(kUnfinished))
+            units.push_back(entry.path().filename());
+    return units;
+}
+
+void UnitFolder::sweep()
+{
+    std::vector<fs::path> dead;
+    std::error_code ignored;
+    for (const fs::directory_entry& entry : fs::directory_iterator{base(), ignored})
+        if (!isAlive(entry.path()))
+            dead.push_back(entry.path());
+    for (const fs::path& path : dead) {
+        removeSemaphores(path.filename());
+        fs::remove_all(path, ignored);
+    }
+    fs::remove(base(), ignored);
+}
+
+} // namespace hxsim

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace hxsim {
+
+/// The place on this machine that belongs to one unit while it runs: a folder "hx-sim-<user>/<unit>/" under
+/// $XDG_RUNTIME_DIR or /tmp, and the named semaphores that begin with its prefix. Gone when the object goes; what a
+/// killed unit left is removed by `sweep`.
+class UnitFolder {
+public:
+    /// Throws std::runtime_error when a unit of this name runs already or the folder cannot be made.
+    explicit UnitFolder(const std::string& unit);
+    UnitFolder(const UnitFolder&) = delete;
+    UnitFolder& operator=(const UnitFolder&) = delete;
+    ~UnitFolder();
+
+    [[nodiscard]] const std::string& path() const { return path_; }
+    /// Where a file of the unit is kept; its folder is there.
+    [[nodiscard]] std::string fileOf(const std::string& unitPath) const;
+    [[nodiscard]] const std::string& unit() const { return unit_; }
+
+    /// The folder of all units of this user.
+    static std::string base();
+    static std::string pathOf(const std::string& unit) { return base() + '/' + unit; }
+    /// "/hxsim-<user>-<unit>-<ABI>-": semaphores have another size in 32-bit and 64-bit programs, so each ABI has its
+    /// own.
+    static std::string semaphorePrefix(const std::string& unit);
+    /// Names of the units that run.
+    static std::vector<std::string> running();
+    /// Removes what units left behind whose process is gone.
+    static void sweep();
+
+private:
+    std::string unit_;
+    std::string path_;
+};
+
+} // namespace hxsim
