@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Texts of firmware files, as the tests write them down.
+namespace firmware {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// One record of an Intel HEX or MCS file, its checksum right, with a line end.
+std::string record(std::uint8_t type, std::uint16_t offset, const Bytes& data);
+std::string data(std::uint16_t offset, const Bytes& bytes);
+std::string segment(std::uint16_t paragraph);
+std::string linear(std::uint16_t high);
+inline constexpr std::string_view kEnd = ":00000001FF\n";
+
+/// Bytes that differ from their neighbours and from those of other seeds.
+Bytes pattern(std::size_t size, unsigned seed = 1);
+/// A whole HEX file for the start of the flash, in records of 16 bytes.
+std::string intelHex(const Bytes& image, std::uint32_t start = 0x08000000);
+/// The same, made so long by empty lines that it has the size of a microcontroller's firmware file.
+std::string intelHexOfSize(std::size_t size, const Bytes& image);
+/// A whole MCS file in full records; the image's size is a multiple of 16.
+std::string mcs(const Bytes& image);
+
+} // namespace firmware
