@@ -11,7 +11,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-names=(format shell spelling source layers clang tidy headers docs abi tests asan tsan fuzz coverage)
+names=(format shell spelling source layers clang tidy headers docs abi tests conformance asan tsan fuzz coverage)
 
 sources() { git ls-files '*.cpp' '*.h' '*.c'; }
 
@@ -39,6 +39,7 @@ check_headers() { scripts/test.sh -R '[Hh]eader'; }
 check_docs() { scripts/docs.sh; }
 check_abi() { scripts/check-abi; }
 check_tests() { scripts/test.sh; }
+check_conformance() { scripts/conformance.sh; }
 check_asan() { build_and_test asan; }
 check_tsan() { build_and_test tsan; }
 check_fuzz() { scripts/fuzz.sh all 60; }

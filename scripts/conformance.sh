@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: LicenseRef-HXAux
+# Asks every operation the same questions through the three doors of the simulated unit and prints the verdicts side by
+# side: linked into the program, preloaded into a plain program, and real character devices in an emulated machine.
+#
+#   scripts/conformance.sh             all three (a minute)
+#   scripts/conformance.sh --no-guest  the first two
+#
+# Ends with 1 when an answer is wrong or differs between the doors. The table is left in build/conformance.txt.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+guest=yes
+[ "${1:-}" = --no-guest ] && guest=no
+
+scripts/install-deps.sh test
+{
+    cmake --preset i386 -DHX_TESTS=ON
+    cmake --build --preset i386 -j "$(nproc)"
+} >build/conformance.log 2>&1 || {
+    tail -n 40 build/conformance.log
+    exit 1
+}
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+build/i386/tests/conformance-linked >"$work/linked" || true
+build/i386/hx-sim run -- build/i386/tests/conformance >"$work/preloaded" || true
+doors=(linked preloaded)
+if [ "$guest" = yes ]; then
+    scripts/system-test.sh >"$work/system.log" || tail -n 5 "$work/system.log"
+    cp build/system/report.txt "$work/devices"
+    doors+=(devices)
+fi
+
+python3 - "$work" "${doors[@]}" <<'END' | tee build/conformance.txt
+import pathlib, sys
+
+work, *doors = sys.argv[1:]
+answers = {}
+for door in doors:
+    for line in pathlib.Path(work, door).read_text().splitlines():
+        fields = line.split("\t")
+        if len(fields) == 3:
+            answers.setdefault(fields[0], {})[door] = (fields[1], fields[2])
+
+def verdict(row, door):
+    return row.get(door, ("missing", ""))[0]
+
+print(f"{'operation':<44}" + "".join(f"{door:<12}" for door in doors) + "answer")
+wrong = different = 0
+for operation, row in answers.items():
+    given = {row.get(door, ("", "nothing"))[1] for door in doors}
+    wrong += any(verdict(row, door) != "pass" for door in doors)
+    different += len(given) > 1
+    print(f"{operation:<44}" + "".join(f"{verdict(row, door):<12}" for door in doors) + " | ".join(sorted(given)))
+print(f"\n{len(answers)} questions, {len(doors)} doors: {wrong} wrong, {different} answered differently")
+END
+grep -q ': 0 wrong, 0 answered differently$' build/conformance.txt
