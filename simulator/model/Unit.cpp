@@ -37,7 +37,8 @@ void Unit::describe(std::string_view text)
         const std::size_t end = std::min(text.find('\n'), text.size());
         ++number;
         try {
-            describeLine(trimmed(text.substr(0, text.substr(0, end).find('#'))));
+            const std::string_view line = text.substr(0, end);
+            describeLine(trimmed(line.substr(0, line.find('#'))));
         } catch (const BadText& bad) {
             throw BadText{"line " + std::to_string(number) + ": " + bad.what()};
         }
