@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <ostream>
 
@@ -135,6 +138,81 @@ TEST(AuxVersion, RefusesANullPointerForTheSystemsVersionBeforeItOpensTheFile)
 
     EXPECT_EQ(v, kUntouched);
     versions->Release();
+}
+
+TEST(AuxVersion, ReadsTheSystemsVersionFromItsFile)
+{
+    Script script;
+    script.deviceIsAbsent();
+    script.file("/etc/firmware.ver", "2.1.0.5\n");
+    AuxVersion* versions = GetAuxVersion();
+    Version version;
+
+    EXPECT_EQ(ask(versions, &AuxVersion::getOSVersion, version), ERR_SUCCESS);
+
+    EXPECT_EQ(version, (Version{2, 1, 0, 5}));
+    EXPECT_THAT(script.opened(), ElementsAre("/dev/fpga-version", "/etc/firmware.ver"));
+    EXPECT_EQ(script.lastOpenFlags() & (O_ACCMODE | O_NONBLOCK), O_RDONLY | O_NONBLOCK);
+    versions->Release();
+}
+
+TEST(AuxVersion, CannotTellTheSystemsVersionWithoutItsFile)
+{
+    Script script;
+    AuxVersion* versions = GetAuxVersion();
+    Version version;
+
+    EXPECT_EQ(ask(versions, &AuxVersion::getOSVersion, version), ERR_OPEN_FAILED);
+
+    EXPECT_EQ(version, kUntouched);
+    versions->Release();
+}
+
+TEST(AuxVersion, RefusesAFileThatHoldsNoVersion)
+{
+    for (const char* text : {"2.1.0", "", "1.2.3.256", "Version 1.2.3.4"}) {
+        Script script;
+        script.file("/etc/firmware.ver", text);
+        AuxVersion* versions = GetAuxVersion();
+        Version version;
+
+        EXPECT_EQ(ask(versions, &AuxVersion::getOSVersion, version), ERR_COMMAND_FAILED) << text;
+
+        EXPECT_EQ(version, kUntouched);
+        versions->Release();
+    }
+}
+
+TEST(AuxVersion, TakesANegativeNumberOfTheFileModulo256)
+{
+    Script script;
+    script.file("/etc/firmware.ver", "-1.2.3.4");
+    AuxVersion* versions = GetAuxVersion();
+    Version version;
+
+    EXPECT_EQ(ask(versions, &AuxVersion::getOSVersion, version), ERR_SUCCESS);
+
+    EXPECT_EQ(version, (Version{255, 2, 3, 4}));
+    versions->Release();
+}
+
+TEST(AuxVersion, ClosesTheSystemsVersionFileInBothCases)
+{
+    for (const char* text : {"1.2.3.4", "no version"}) {
+        Script script;
+        script.file("/etc/firmware.ver", text);
+        AuxVersion* versions = GetAuxVersion();
+        Version version;
+        const int before = dup(0);
+        close(before);
+
+        (void)ask(versions, &AuxVersion::getOSVersion, version);
+
+        const int after = dup(0);
+        close(after);
+        EXPECT_EQ(after, before);
+        versions->Release();
+    }
 }
 
 TEST(AuxVersion, MakesANewObjectEachTime)

@@ -3,8 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <iosfwd>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -56,6 +56,8 @@ public:
     void failAt(std::size_t index, int error);
     /// Files under /dev cannot be opened.
     void deviceIsAbsent() { absent = true; }
+    /// A plain file of the unit, such as /etc/firmware.ver; without it the path does not exist.
+    void file(const std::string& path, std::string content) { files[path] = std::move(content); }
 
     /// What was asked, in order.
     [[nodiscard]] const std::vector<Exchange>& calls() const { return made; }
@@ -69,15 +71,20 @@ public:
 
 private:
     [[nodiscard]] Block kindOf(const void* argument) const;
+    [[nodiscard]] int openFile(const char* path) const;
 
     std::vector<Exchange> expected;
     std::vector<Exchange> made;
     std::vector<std::string> paths;
+    std::map<std::string, std::string> files;
     std::string firstComplaint;
     const std::uint8_t* blockBegin = nullptr;
     std::size_t blockSize = 0;
     int flags = 0;
     bool absent = false;
 };
+
+/// Answers every `ioctl` in place of a script while it is set: for measuring, where a script costs too much.
+extern int (*unscripted)(unsigned long request, void* argument);
 
 } // namespace driver
