@@ -72,14 +72,6 @@ void checkValue(const Argument& argument, const std::string& text)
         throw UsageError(name + ": " + text + " is outside " + allowedValues(argument));
 }
 
-std::vector<Argument> optionsOf(const Verb& verb)
-{
-    std::vector<Argument> options = verb.options;
-    for (const Argument& option : commonOptions(verb))
-        options.push_back(option);
-    return options;
-}
-
 void refuseUnknownOptions(const Verb& verb, std::vector<std::string> unknown)
 {
     std::erase(unknown, "--"); // the mark behind which everything is a value
@@ -115,6 +107,14 @@ std::vector<Argument> commonOptions(const Verb& verb)
     }
     options.push_back(flag("json", "prints one line of JSON per result"));
     options.push_back(flag("help", "prints this help"));
+    return options;
+}
+
+std::vector<Argument> optionsOf(const Verb& verb)
+{
+    std::vector<Argument> options = verb.options;
+    for (const Argument& option : commonOptions(verb))
+        options.push_back(option);
     return options;
 }
 

@@ -46,6 +46,8 @@ private:
 
 // The options that every verb has, or every verb of its kind.
 std::vector<Argument> commonOptions(const Verb& verb);
+// A verb's own options and the common ones.
+std::vector<Argument> optionsOf(const Verb& verb);
 // "hxaux backlight set LEVEL": the call with its values.
 std::string usageLine(const Object& object, const Verb& verb);
 // "LEVEL", "[NUMBER]", "FILE...".

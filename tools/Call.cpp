@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/Call.h"
 
+#include <cstdio>
+
 namespace hxaux {
 
 Exit statusOf(Halvix::eErr code)
@@ -62,6 +64,14 @@ void Call::note(Exit status, Problem problem)
 void Call::print(const std::string& name, Value value, const std::string& unit)
 {
     report_.result.push_back({name, std::move(value), unit});
+}
+
+void Call::document(const std::string& name, const std::string& text)
+{
+    if (asJson())
+        return print(name, text);
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    shown_ = true;
 }
 
 void Call::note(const std::string& text)

@@ -3,6 +3,7 @@
 
 #include "tools/Call.h"
 #include "tools/Help.h"
+#include "tools/Manual.h"
 #include "tools/NearNames.h"
 #include "tools/Objects.h"
 #include "tools/Signals.h"
@@ -50,33 +51,6 @@ std::string unknownObject(const std::string& word)
         names.emplace_back(object->name);
     const std::string near = suggestion(word, names);
     return "there is no object '" + word + "'" + (near.empty() ? "; the objects are " + objectNames() : near);
-}
-
-// How many of the words are the verb's name; nothing of it is not the same as "no name needed".
-std::optional<std::size_t> wordsOfVerb(const Verb& verb, const Words& words)
-{
-    std::size_t used = 0;
-    std::string_view name = verb.name;
-    while (!name.empty()) {
-        const std::string_view word = name.substr(0, name.find(' '));
-        if (used >= words.size() || words[used] != word)
-            return std::nullopt;
-        ++used;
-        name.remove_prefix(std::min(name.size(), word.size() + 1));
-    }
-    return used;
-}
-
-// The verb with the longest name that the words begin with.
-std::pair<const Verb*, std::size_t> findVerb(const Object& object, const Words& words)
-{
-    std::pair<const Verb*, std::size_t> best{nullptr, 0};
-    for (const Verb& verb : object.verbs) {
-        const auto used = wordsOfVerb(verb, words);
-        if (used && (best.first == nullptr || *used > best.second))
-            best = {&verb, *used};
-    }
-    return best;
 }
 
 std::string verbMistake(const Object& object, const Words& words)
@@ -170,6 +144,10 @@ int runCommandLine(const Words& words)
         return print(toolHelp());
     if (*first == "--version")
         return print("hxaux " HXAUX_VERSION "\n");
+    if (*first == "--man")
+        return print(manualPage());
+    if (*first == "--reference")
+        return print(markdownReference());
     if (first->starts_with("-"))
         return report(words, Exit::Usage, "", "",
                       "there is no option '" + *first + "'" + suggestion(*first, {"--help", "--json", "--version"}));

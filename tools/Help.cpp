@@ -82,20 +82,16 @@ std::string objectHelp(const Object& object)
     Rows verbs;
     for (const Verb& verb : object.verbs)
         verbs.emplace_back(usageLine(object, verb), verb.help);
-    Rows examples;
     return "hxaux " + std::string(object.name) + ": " + std::string(object.help) + "\n" + columns("Calls", verbs) +
            "\nAdd --help to a call to learn its values and options.\n";
 }
 
 std::string verbHelp(const Object& object, const Verb& verb)
 {
-    std::vector<Argument> options = verb.options;
-    for (const Argument& option : commonOptions(verb))
-        options.push_back(option);
     std::string text = usageLine(object, verb) + "\n\n" + std::string(verb.help) + "\n";
     if (!verb.details.empty())
         text += std::string(verb.details) + "\n";
-    return text + columns("Values", rowsOf(verb.values, "")) + columns("Options", rowsOf(options, "--")) +
+    return text + columns("Values", rowsOf(verb.values, "")) + columns("Options", rowsOf(optionsOf(verb), "--")) +
            "\nExample:\n  " + std::string(verb.example) + "\n";
 }
 

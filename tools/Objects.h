@@ -6,6 +6,7 @@
 #include "tools/Verb.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace hxaux {
@@ -18,6 +19,9 @@ namespace objects {
 
 const std::vector<const Object*>& allObjects(); // sorted by name
 const Object* findObject(std::string_view name);
+
+// The verb with the longest name that the words begin with, and how many words that is; null when there is none.
+std::pair<const Verb*, std::size_t> findVerb(const Object& object, const std::vector<std::string>& words);
 
 // "backlight set", "version": how a verb is called, without its values.
 std::string spoken(const Object& object, const Verb& verb);

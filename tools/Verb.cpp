@@ -17,6 +17,13 @@ Argument Argument::repeated() const
     return copy;
 }
 
+Argument Argument::from(std::vector<std::string> (*current)()) const
+{
+    Argument copy = *this;
+    copy.live = current;
+    return copy;
+}
+
 Argument flag(std::string_view name, std::string_view help)
 {
     return {.name = name, .kind = Kind::Flag, .help = help, .presence = Presence::Optional};

@@ -6,6 +6,7 @@
 #include "tools/Names.h"
 
 #include <limits>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -29,7 +30,9 @@ struct Argument {
     double most = std::numeric_limits<double>::max();
     const Names* names = nullptr; // of a Choice, and of an Integer that also has names
     Presence presence = Presence::Required;
+    std::vector<std::string> (*live)() = nullptr; // what it can be at this moment, for completion
 
+    [[nodiscard]] Argument from(std::vector<std::string> (*current)()) const;
     [[nodiscard]] Argument optional() const;
     [[nodiscard]] Argument repeated() const; // one or more values; stands last
 };

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// What can stand at the end of an unfinished command line.
+#ifndef HXAUX_COMPLETION_H
+#define HXAUX_COMPLETION_H
+
+#include <string>
+#include <vector>
+
+namespace hxaux {
+
+struct Candidate {
+    std::string word;
+    std::string help;
+    auto operator<=>(const Candidate&) const = default;
+};
+
+// The words behind "hxaux"; the last one is unfinished and may be empty. No candidate: any text, or a file's name.
+std::vector<Candidate> candidates(const std::vector<std::string>& words);
+
+} // namespace hxaux
+
+#endif

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tools/Manual.h"
+
+#include "tools/Arguments.h"
+#include "tools/Help.h"
+#include "tools/Objects.h"
+
+namespace hxaux {
+
+namespace {
+
+// A text as troff shows it literally: no line may begin with a control character, no minus may become a hyphen.
+std::string troff(std::string_view text)
+{
+    std::string shown = text.starts_with(".") || text.starts_with("'") ? "\\&" : "";
+    for (const char character : text) {
+        if (character == '\\')
+            shown += "\\e";
+        else if (character == '-')
+            shown += "\\-";
+        else
+            shown += character;
+    }
+    return shown;
+}
+
+std::string item(const std::string& term, std::string_view text)
+{
+    return ".TP\n.B " + troff(term) + "\n" + troff(text) + "\n";
+}
+
+std::string optionTerm(const Argument& option)
+{
+    return "--" + std::string(option.name) + (option.kind == Kind::Flag ? "" : " VALUE");
+}
+
+std::string manualOf(const Object& object, const Verb& verb)
+{
+    std::string text = ".TP\n.B " + troff(usageLine(object, verb)) + "\n" + troff(verb.help);
+    if (!verb.details.empty())
+        text += "\n" + troff(verb.details);
+    text += "\n.RS\n";
+    for (const Argument& value : verb.values)
+        text += item(placeholder(value), explanation(value));
+    for (const Argument& option : verb.options)
+        text += item(optionTerm(option), explanation(option));
+    return text + ".PP\nExample:\n.B " + troff(verb.example) + "\n.RE\n";
+}
+
+std::string markdownOf(const Object& object, const Verb& verb)
+{
+    std::string text = "### `" + usageLine(object, verb) + "`\n\n" + std::string(verb.help);
+    if (!verb.details.empty())
+        text += " " + std::string(verb.details);
+    text += "\n\n";
+    for (const Argument& value : verb.values)
+        text += "- `" + placeholder(value) + "`: " + explanation(value) + "\n";
+    for (const Argument& option : verb.options)
+        text += "- `" + optionTerm(option) + "`: " + explanation(option) + "\n";
+    if (verb.repeat == Repeat::Watch)
+        text += "- `--watch`, `--every`, `--count`: see above\n";
+    if (text.back() == '\n' && text[text.size() - 2] != '\n')
+        text += "\n";
+    return text + "Example: `" + std::string(verb.example) + "`\n\n";
+}
+
+} // namespace
+
+std::string manualPage()
+{
+    std::string text =
+        ".\\\" Made from the verb table by hxaux --man.\n"
+        ".TH HXAUX 1 \"\" \"HXAux " HXAUX_VERSION "\" \"User commands\"\n"
+        ".SH NAME\nhxaux \\- read and control the unit's own hardware\n"
+        ".SH SYNOPSIS\n.B hxaux\n.I OBJECT\n.RI [ VERB ]\n.RI [ VALUES ]\n.RB [ \\-\\-json ]\n"
+        ".SH DESCRIPTION\nEvery operation of the unit's hardware library has a verb. Results are lines of a "
+        "name, a colon, the value and its unit.\n.SH OBJECTS\n";
+    for (const Object* object : allObjects()) {
+        text += ".SS " + troff(object->name) + "\n" + troff(object->help) + ".\n";
+        for (const Verb& verb : object->verbs)
+            text += manualOf(*object, verb);
+    }
+    text += ".SH OPTIONS\n";
+    for (const Argument& option : commonOptions({.name = "", .help = "", .example = "", .repeat = Repeat::Watch}))
+        text += item(optionTerm(option), explanation(option));
+    text += ".SH EXIT STATUS\n";
+    for (const auto& [status, meaning] : exitMeanings())
+        text += item(std::to_string(status), meaning);
+    return text + ".SH SEE ALSO\n.BR hx\\-sim (1)\n";
+}
+
+std::string markdownReference()
+{
+    std::string text;
+    for (const Object* object : allObjects()) {
+        text += "## " + std::string(object->name) + ": " + std::string(object->help) + "\n\n";
+        for (const Verb& verb : object->verbs)
+            text += markdownOf(*object, verb);
+    }
+    return text;
+}
+
+} // namespace hxaux
