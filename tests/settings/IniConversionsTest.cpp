@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include <climits>
+#include <clocale>
+#include <locale>
+
+#include <gtest/gtest.h>
+
+#include "settings/IniSettings.h"
+
+using namespace Halvix;
+
+namespace {
+
+// Trimming.
+
+std::string trimmed(std::string text)
+{
+    IniSettings::trim(text);
+    return text;
+}
+
+TEST(SettingsTrim, RemovesBlanksAtBothEnds)
+{
+    EXPECT_EQ(trimmed("  a b  "), "a b");
+}
+TEST(SettingsTrim, MakesATextOfBlanksEmpty)
+{
+    EXPECT_EQ(trimmed("    "), "");
+}
+TEST(SettingsTrim, LeavesAnEmptyTextAlone)
+{
+    EXPECT_EQ(trimmed(""), "");
+}
+TEST(SettingsTrim, KeepsOtherWhiteSpace)
+{
+    EXPECT_EQ(trimmed("\t a\r\n"), "\t a\r\n");
+}
+
+// Numbers to texts.
+
+std::string textOf(unsigned long value)
+{
+    std::string text;
+    EXPECT_EQ(IniSettings::ConvertLongToStr(value, &text), ERR_SUCCESS);
+    return text;
+}
+
+TEST(SettingsNumbers, AreWrittenInDecimal)
+{
+    EXPECT_EQ(textOf(0), "0");
+    EXPECT_EQ(textOf(4294967295UL), "4294967295");
+    EXPECT_EQ(textOf(ULONG_MAX), std::to_string(ULONG_MAX));
+}
+
+struct RealText {
+    double value;
+    const char* text;
+};
+
+class SettingsReals : public testing::TestWithParam<RealText> {};
+
+TEST_P(SettingsReals, AreWrittenWithAtMostSixDigits)
+{
+    std::string text;
+
+    EXPECT_EQ(IniSettings::ConvertDoubleToStr(GetParam().value, &text), ERR_SUCCESS);
+
+    EXPECT_EQ(text, GetParam().text);
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, SettingsReals,
+                         testing::Values(RealText{0.5, "0.5"}, RealText{1000000.0, "1e+06"},
+                                         RealText{1234567.0, "1.23457e+06"}, RealText{0.0, "0"}, RealText{-0.0, "-0"},
+                                         RealText{100000.0, "100000"}, RealText{0.0001, "0.0001"},
+                                         RealText{0.00001, "1e-05"}, RealText{1.0 / 3.0, "0.333333"},
+                                         RealText{-2.5e300, "-2.5e+300"}));
+
+// Texts to numbers.
+
+struct Conversion {
+    const char* text;
+    eErr result;
+    unsigned long value;
+};
+
+constexpr unsigned long kBefore = 77;
+
+class SettingsTexts : public testing::TestWithParam<Conversion> {};
+
+TEST_P(SettingsTexts, BecomeNumbersOrLeaveTheNumberAlone)
+{
+    unsigned long value = kBefore;
+
+    EXPECT_EQ(IniSettings::ConvertStrToLong(&value, GetParam().text), GetParam().result);
+
+    EXPECT_EQ(value, GetParam().value);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, SettingsTexts,
+    testing::Values(Conversion{"12abc", ERR_SUCCESS, 12}, Conversion{"  7", ERR_SUCCESS, 7},
+                    Conversion{"\t7", ERR_SUCCESS, 7}, Conversion{"+3", ERR_SUCCESS, 3},
+                    Conversion{"0x10", ERR_SUCCESS, 0}, Conversion{"010", ERR_SUCCESS, 10},
+                    Conversion{"3.9", ERR_SUCCESS, 3}, Conversion{"4294967295", ERR_SUCCESS, 4294967295UL},
+                    Conversion{"-5", ERR_SUCCESS, 0UL - 5UL}, Conversion{"abc", ERR_DATATYPE_MISMATCH, kBefore},
+                    Conversion{"", ERR_DATATYPE_MISMATCH, kBefore}, Conversion{"   ", ERR_DATATYPE_MISMATCH, kBefore},
+                    Conversion{"-", ERR_DATATYPE_MISMATCH, kBefore},
+                    Conversion{"99999999999999999999999", ERR_DATATYPE_MISMATCH, kBefore}));
+
+TEST(SettingsTexts, ReachAsFarAsAnUnsignedLong)
+{
+    unsigned long value = kBefore;
+
+    const eErr err = IniSettings::ConvertStrToLong(&value, "4294967296");
+
+    if (sizeof value == 4) {
+        EXPECT_EQ(err, ERR_DATATYPE_MISMATCH);
+        EXPECT_EQ(value, kBefore);
+    } else {
+        EXPECT_EQ(err, ERR_SUCCESS);
+        EXPECT_EQ(value, 4294967296ULL);
+    }
+}
+
+struct RealConversion {
+    const char* text;
+    eErr result;
+    double value;
+};
+
+class SettingsRealTexts : public testing::TestWithParam<RealConversion> {};
+
+TEST_P(SettingsRealTexts, BecomeNumbersOrLeaveTheNumberAlone)
+{
+    double value = 77.5;
+
+    EXPECT_EQ(IniSettings::ConvertStrToDouble(&value, GetParam().text), GetParam().result);
+
+    EXPECT_EQ(value, GetParam().value);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, SettingsRealTexts,
+    testing::Values(RealConversion{"0.5", ERR_SUCCESS, 0.5}, RealConversion{".5", ERR_SUCCESS, 0.5},
+                    RealConversion{"1.5x", ERR_SUCCESS, 1.5}, RealConversion{" -2", ERR_SUCCESS, -2.0},
+                    RealConversion{"1e3", ERR_SUCCESS, 1000.0}, RealConversion{"1,5", ERR_SUCCESS, 1.0},
+                    RealConversion{"inf", ERR_DATATYPE_MISMATCH, 77.5},
+                    RealConversion{"nan", ERR_DATATYPE_MISMATCH, 77.5},
+                    RealConversion{"1e", ERR_DATATYPE_MISMATCH, 77.5},
+                    RealConversion{"1e999", ERR_DATATYPE_MISMATCH, 77.5},
+                    RealConversion{"", ERR_DATATYPE_MISMATCH, 77.5}, RealConversion{"x", ERR_DATATYPE_MISMATCH, 77.5}));
+
+/// Groups digits and writes a comma, as an application's own locale may.
+class CommaPunctuation : public std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(SettingsNumbers, DoNotFollowTheApplicationsLocale)
+{
+    const std::locale before = std::locale::global(std::locale{std::locale::classic(), new CommaPunctuation});
+    std::string text;
+    double value = 0;
+
+    EXPECT_EQ(textOf(1234567), "1234567");
+    EXPECT_EQ(IniSettings::ConvertDoubleToStr(0.5, &text), ERR_SUCCESS);
+    EXPECT_EQ(text, "0.5");
+    EXPECT_EQ(IniSettings::ConvertStrToDouble(&value, "1.5"), ERR_SUCCESS);
+    EXPECT_EQ(value, 1.5);
+
+    std::locale::global(before);
+}
+
+} // namespace
