@@ -141,6 +141,13 @@ void BoardLibrary::describe()
     }
 }
 
+/// Whether the call was asked to fail; a handler asks when it has put down the call's words, before it does anything.
+bool BoardLibrary::fails(Work& work)
+{
+    work.error = unit_.faults().take("libjida.so", row(work.call.function).name);
+    return work.error != 0;
+}
+
 BoardLibrary::Done BoardLibrary::call(const jida::Call& asked, std::span<const std::uint8_t> bytes)
 {
     Done done;
@@ -149,9 +156,7 @@ BoardLibrary::Done BoardLibrary::call(const jida::Call& asked, std::span<const s
     const Row& entry = row(asked.function);
     Work work{asked, bytes, done};
     const std::string name = entry.name;
-    work.error = unit_.faults().take("libjida.so", name);
-    if (work.error == 0)
-        (this->*entry.handler)(work);
+    (this->*entry.handler)(work);
 
     std::string action = name + work.words;
     if (work.showsResult)
@@ -170,6 +175,8 @@ BoardLibrary::Done BoardLibrary::call(const jida::Call& asked, std::span<const s
 
 void BoardLibrary::initialize(Work& work)
 {
+    if (fails(work))
+        return;
     const bool good = installed && !refuses;
     users += good ? 1 : 0;
     work.result(good ? 1 : 0);
@@ -177,6 +184,8 @@ void BoardLibrary::initialize(Work& work)
 
 void BoardLibrary::uninitialize(Work& work)
 {
+    if (fails(work))
+        return;
     users -= users > 0 ? 1 : 0;
     work.result(1);
 }
@@ -184,6 +193,8 @@ void BoardLibrary::uninitialize(Work& work)
 void BoardLibrary::install(Work& work)
 {
     work.words = ' ' + std::to_string(work.argument(0));
+    if (fails(work))
+        return;
     if (!refuses)
         installed = work.argument(0) != 0;
     work.result(refuses ? 0 : 1);
@@ -193,6 +204,8 @@ void BoardLibrary::countBoards(Work& work)
 {
     const bool all = work.bytes.empty();
     work.words = all ? " any" : " CPU";
+    if (fails(work))
+        return;
     work.result(all ? boards : std::min(boards, 1U));
 }
 
@@ -201,6 +214,8 @@ void BoardLibrary::openBoard(Work& work)
     const std::string className{work.bytes.begin(), work.bytes.end()};
     const std::uint32_t number = work.argument(0);
     work.words = ' ' + (className.empty() ? "any" : className) + ' ' + std::to_string(number);
+    if (fails(work))
+        return;
     const std::uint32_t there = className.empty() ? boards : className == "CPU" ? std::min(boards, 1U) : 0;
     work.check(number < there, ENODEV);
     if (work.error != 0)
@@ -213,12 +228,16 @@ void BoardLibrary::openBoard(Work& work)
 void BoardLibrary::closeBoard(Work& work)
 {
     work.words = " handle " + std::to_string(work.call.board);
+    if (fails(work))
+        return;
     work.check(handles_.erase(work.call.board) == 1, EBADF);
 }
 
 void BoardLibrary::countSensors(Work& work)
 {
     work.words = " handle " + std::to_string(work.call.board);
+    if (fails(work))
+        return;
     work.result(isOpen(work.call.board) ? sensorCount : 0);
 }
 
@@ -226,6 +245,8 @@ void BoardLibrary::readSensor(Work& work)
 {
     const std::uint32_t index = work.argument(0);
     work.words = " handle " + std::to_string(work.call.board) + " sensor " + std::to_string(index);
+    if (fails(work))
+        return;
     work.check(isOpen(work.call.board) && index < sensorCount, EINVAL);
     if (work.error != 0)
         return;
@@ -239,6 +260,8 @@ void BoardLibrary::describeSensor(Work& work)
     const std::uint32_t index = work.argument(0);
     work.words = " handle " + std::to_string(work.call.board) + " sensor " + std::to_string(index) + " size " +
                  std::to_string(work.argument(1));
+    if (fails(work))
+        return;
     work.check(isOpen(work.call.board) && index < sensorCount && work.argument(1) == kInformationSize, EINVAL);
     if (work.error != 0)
         return;
@@ -252,6 +275,8 @@ void BoardLibrary::transfer(Work& work, std::span<const std::uint8_t> written)
     const auto address = std::uint8_t(work.argument(1));
     const std::uint8_t shown[] = {address};
     work.words = " handle " + std::to_string(work.call.board) + " 0x" + hexBytes(shown) + work.words;
+    if (fails(work))
+        return;
     if (!isOpen(work.call.board) || work.argument(0) != 0) {
         work.check(false, ENODEV);
         return;

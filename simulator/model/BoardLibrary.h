@@ -55,6 +55,7 @@ private:
     static const Row& row(jida::Function function);
 
     void describe();
+    bool fails(Work& work);
     void initialize(Work& work);
     void uninitialize(Work& work);
     void install(Work& work);

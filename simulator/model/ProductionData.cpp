@@ -89,10 +89,19 @@ std::string unescaped(std::string_view text)
     return plain;
 }
 
-std::string escaped(std::string_view text)
+std::string escaped(const std::string& text)
 {
-    const std::string inQuotes = quoted({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-    return inQuotes.substr(1, inQuotes.size() - 2);
+    std::string shown;
+    for (const char c : text) {
+        const std::uint8_t byte[] = {std::uint8_t(c)};
+        if (c == '\r' || c == '\n' || c == '\\')
+            shown += c == '\r' ? "\\r" : c == '\n' ? "\\n" : "\\\\";
+        else if (byte[0] < 0x20 || byte[0] > 0x7E || c == '#')
+            shown += "\\x" + hexBytes(byte);
+        else
+            shown += c;
+    }
+    return shown;
 }
 
 /// The keys of a text, in order.
