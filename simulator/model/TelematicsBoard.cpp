@@ -50,9 +50,9 @@ void TelematicsBoard::describe()
         [this] { return std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(lastPress).count()); },
         "how long the power key was held last, in milliseconds");
     properties.readOnly(
-        "telematics.wlan", [this] { return wlanRuns() ? "true" : "false"; }, "whether the WLAN module runs");
+        "telematics.wlan", [this] { return wlanRuns() ? "on" : "off"; }, "whether the WLAN module runs");
     properties.readOnly(
-        "telematics.wlan-power", [this] { return wlanPowered() ? "true" : "false"; },
+        "telematics.wlan-power", [this] { return wlanPowered() ? "on" : "off"; },
         "whether the WLAN module has power");
     for (const std::uint8_t number : {GpioExpander::kDirections, GpioExpander::kLatch})
         properties.number(number == GpioExpander::kLatch ? "expander.latch" : "expander.directions",

@@ -39,6 +39,13 @@ void ScriptedDevice::refuses()
     script_.push_back({{}, 0, false});
 }
 
+void ScriptedDevice::restart()
+{
+    script_.clear();
+    requests.clear();
+    next_ = 0;
+}
+
 bool ScriptedDevice::open(int& handle, const char* path)
 {
     opened.emplace_back(path);

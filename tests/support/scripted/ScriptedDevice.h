@@ -26,6 +26,8 @@ public:
     void answers(std::vector<std::uint8_t> bytes, int count);
     /// The next `IoCtrl` is refused.
     void refuses();
+    /// Forgets the script and what was asked.
+    void restart();
     void isAbsent() { absent = true; }
     void returns() { absent = false; }
 

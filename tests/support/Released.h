@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+/// An interface object that goes back with `Release()` when the test ends: `Released video{GetVideo()};`
+template <class Interface>
+class Released {
+public:
+    explicit Released(Interface* object) : object_{object} {}
+    ~Released() { object_->Release(); }
+    Released(const Released&) = delete;
+    Released& operator=(const Released&) = delete;
+
+    Interface* operator->() const { return object_; }
+    Interface* get() const { return object_; }
+
+private:
+    Interface* object_;
+};
