@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/ServiceUart.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
-#include <cerrno>
 
 #include "simulator/model/Microcontroller.h"
 #include "simulator/model/Text.h"
@@ -26,7 +23,7 @@ constexpr std::uint32_t kFastestForBootloader = 115200;
 ServiceUart::ServiceUart(Unit& unit) : unit_{unit}
 {
     unit.addNode("/dev/ttyS0")
-        .onRead([this](OpenFile& file, std::span<std::uint8_t> out, Time started) { return read(file, out, started); })
+        .onRead([this](OpenFile&, std::span<std::uint8_t> out, Time started) { return read(out, started); })
         .onWrite([this](OpenFile&, std::span<const std::uint8_t> in) { return write(in); })
         .serialLine(
             [this](const LineSettings& settings) { line = settings; },
@@ -91,7 +88,7 @@ void ServiceUart::fromTarget(const Microcontroller& target, std::uint8_t byte)
         received_.push_back(byte);
 }
 
-Outcome ServiceUart::read(const OpenFile& file, std::span<std::uint8_t> out, Time started)
+Outcome ServiceUart::read(std::span<std::uint8_t> out, Time started)
 {
     const std::size_t wanted = std::min<std::size_t>(out.size(), std::max<std::size_t>(line.vmin, 1));
     if (received_.size() >= wanted || out.empty()) {
@@ -100,8 +97,6 @@ Outcome ServiceUart::read(const OpenFile& file, std::span<std::uint8_t> out, Tim
         received_.erase(received_.begin(), received_.begin() + std::ptrdiff_t(count));
         return {std::int64_t(count), false, {}};
     }
-    if ((file.flags & O_NONBLOCK) != 0)
-        return {line.vmin == 0 ? 0 : -EAGAIN, false, {}};
     if (line.vmin > 0)
         return Outcome::notBefore(std::nullopt);
     const Time deadline = started + std::chrono::milliseconds{line.vtime * 100};

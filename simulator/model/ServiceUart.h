@@ -25,7 +25,7 @@ public:
     std::int64_t dropToUnit = 0;   ///< fault: the byte towards the unit that is lost
 
 private:
-    Outcome read(const OpenFile& file, std::span<std::uint8_t> out, Time started);
+    Outcome read(std::span<std::uint8_t> out, Time started);
     Outcome write(std::span<const std::uint8_t> in);
     /// When a byte that starts now has passed, `busyUntil` being when the line in that direction is free.
     Time passedAt(Time& busyUntil);
