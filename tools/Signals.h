@@ -4,13 +4,20 @@
 #define HXAUX_SIGNALS_H
 
 #include <chrono>
+#include <condition_variable>
 #include <csignal>
+#include <mutex>
 #include <optional>
+#include <sys/types.h>
+#include <thread>
 
 namespace hxaux {
 
 // Holds INT, TERM and HUP back while it lives: the library takes named semaphores that nobody gives back for a program
 // that died. What arrived meanwhile takes effect when the object ends. Threads started meanwhile never see them.
+//
+// A thread that only waits for a lock holds none yet, and may wait for ever when the lock is stale: a signal ends the
+// program then, once it has waited half a second more.
 class HeldSignals {
 public:
     HeldSignals();
@@ -22,8 +29,15 @@ public:
     [[nodiscard]] std::optional<int> take(std::chrono::milliseconds wait = {}) const;
 
 private:
+    void endWhenStuck();
+
     sigset_t held_{};
     sigset_t before_{};
+    pid_t holder_;
+    std::mutex mutex_;
+    std::condition_variable ended_;
+    bool end_ = false;
+    std::thread observer_;
 };
 
 } // namespace hxaux
