@@ -19,13 +19,20 @@ static_assert(sizeof(VoltageAnswer) == 8);
 constexpr Request<std::uint32_t, VoltageAnswer> kReadVoltage{codes::adcVoltage};
 
 /// The divider in front of the converter.
-long double factorOf(VoltageEnum which)
+int factorOf(VoltageEnum which)
 {
     if (which == Voltage0 || which == Voltage1)
-        return 12.0L;
+        return 12;
     if (which == Voltage2 || which == Voltage3)
-        return 5.0L;
-    return which >= Voltage4 && which <= Voltage7 ? 2.0L : 1.0L;
+        return 5;
+    return which >= Voltage4 && which <= Voltage7 ? 2 : 1;
+}
+
+/// In extended precision and multiplied before it is divided: any other way changes the last digit of many values. The
+/// product is a whole number, so it is exact.
+double voltsOf(int factor, std::uint16_t raw)
+{
+    return static_cast<double>(static_cast<long double>(factor * 33 * raw) / 40960.0L);
 }
 
 } // namespace
@@ -40,8 +47,7 @@ eErr Adc_Imp::getVoltage(VoltageEnum which, double* voltage)
         return err;
     if (answer.number != number)
         return ERR_DATATYPE_MISMATCH;
-    // In extended precision and multiplied before it is divided: any other way changes the last digit of many values.
-    *voltage = static_cast<double>(factorOf(which) * 33.0L * answer.raw / 40960.0L);
+    *voltage = voltsOf(factorOf(which), answer.raw);
     return ERR_SUCCESS;
 }
 

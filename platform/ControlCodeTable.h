@@ -3,6 +3,8 @@
 
 #include "platform/ControlCodes.h"
 
+#include <sys/ioctl.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -215,7 +217,7 @@ inline constexpr Row kControlCodes[] = {
 
 static_assert(std::ranges::is_sorted(kControlCodes, std::ranges::less_equal{}, &Row::code) &&
                   std::ranges::adjacent_find(kControlCodes, {}, &Row::code) == std::end(kControlCodes),
-              "rows are found by binary search; a code appears once");
+              "the codes stand in ascending order, each once");
 
 // The callers' blocks are plain bytes without alignment.
 template <class Number>
@@ -233,6 +235,9 @@ void store(char* block, unsigned offset, Number number)
 }
 
 /// The driver's own request. `errno` is nobody's business here.
-[[nodiscard]] bool request(const Call& call, void* block);
+[[nodiscard]] inline bool request(const Call& call, void* block)
+{
+    return ::ioctl(call.handle, call.code, block) >= 0;
+}
 
 } // namespace Halvix

@@ -1,30 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "platform/LinuxWrapper.h"
+#include "platform/Registers.h"
 #include "platform/VersionText.h"
 
 #include <fcntl.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdint>
 
 namespace Halvix {
-
-namespace {
-
-// The drivers' two requests for the supervisor's registers, and the block that both exchange.
-constexpr unsigned long kReadRegister = 0xC004003A;
-constexpr unsigned long kWriteRegister = 0xC004003B;
-
-struct RegisterBlock {
-    std::uint16_t reg;
-    std::uint16_t value;
-};
-static_assert(sizeof(RegisterBlock) == 4);
-
-} // namespace
 
 bool LinuxWrapper::open(int& handle, const char* path, bool readWrite)
 {
@@ -60,17 +45,12 @@ int LinuxWrapper::getFileSize(int handle)
 
 bool LinuxWrapper::ReadID(int handle, unsigned char reg, unsigned short* value)
 {
-    RegisterBlock block{reg, 0};
-    if (::ioctl(handle, kReadRegister, &block) < 0)
-        return false;
-    *value = block.value;
-    return true;
+    return registers::read(handle, reg, *value);
 }
 
 bool LinuxWrapper::WriteID(int handle, unsigned char reg, unsigned short value)
 {
-    RegisterBlock block{reg, value};
-    return ::ioctl(handle, kWriteRegister, &block) >= 0;
+    return registers::write(handle, reg, value);
 }
 
 bool LinuxWrapper::ParseFirmwareVersion(int handle, int& major, int& minor, int& release, int& build)

@@ -1,22 +1,30 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "platform/ControlCodeTable.h"
 #include "platform/LinuxWrapper.h"
-
-#include <sys/ioctl.h>
+#include "platform/Registers.h"
 
 namespace Halvix {
 
-bool request(const Call& call, void* block)
+namespace {
+
+/// Where the row of each code stands, by the code's low byte: no two codes have the same.
+constexpr std::array<std::uint8_t, 256> indexByLowByte()
 {
-    return ::ioctl(call.handle, call.code, block) >= 0;
+    std::array<std::uint8_t, 256> index{};
+    for (std::size_t i = 0; i < std::size(kControlCodes); ++i)
+        index[kControlCodes[i].code & 0xFF] = static_cast<std::uint8_t>(i);
+    return index;
 }
 
-namespace {
+constexpr auto kIndex = indexByLowByte();
+static_assert(std::ranges::all_of(kControlCodes,
+                                  [](const Row& row) { return &kControlCodes[kIndex[row.code & 0xFF]] == &row; }),
+              "two codes have the same low byte: find them in another way");
 
 const Row* rowOf(unsigned long code)
 {
-    const auto* row = std::ranges::lower_bound(kControlCodes, code, {}, &Row::code);
-    return row != std::end(kControlCodes) && row->code == code ? row : nullptr;
+    const Row& row = kControlCodes[kIndex[code & 0xFF]];
+    return row.code == code ? &row : nullptr;
 }
 
 bool passIn(const Call& call)
@@ -62,7 +70,7 @@ bool reads(const Step& step)
 
 bool readStep(const Call& call, const Step& step, std::uint16_t& value)
 {
-    return call.out != nullptr && LinuxWrapper::ReadID(call.handle, step.reg, &value);
+    return call.out != nullptr && registers::read(call.handle, step.reg, value);
 }
 
 std::uint16_t valueToWrite(const Call& call, const Step& step)
@@ -84,7 +92,7 @@ bool writeStep(const Call& call, const Step& step)
     if (call.in == nullptr && step.kind != Step::Kind::PutOne)
         return false;
     const auto value = static_cast<std::uint16_t>(valueToWrite(call, step) & step.mask);
-    return LinuxWrapper::WriteID(call.handle, step.reg, value);
+    return registers::write(call.handle, step.reg, value);
 }
 
 void storeAnswer(const Call& call, const Step& step, std::uint16_t value)
@@ -97,17 +105,19 @@ void storeAnswer(const Call& call, const Step& step, std::uint16_t value)
 
 /// A step that fails ends the request at once; what was written to registers before stays written, but the caller's
 /// block is filled only when every register could be read.
-bool registers(const Call& call, const Row& row)
+bool registerSteps(const Call& call, const Row& row)
 {
-    std::array<std::uint16_t, kMostSteps> values{};
-    for (unsigned i = 0; i < row.steps.size(); ++i) {
-        const Step& step = row.steps[i];
-        if (step.kind == Step::Kind::None || step.kind == Step::Kind::Zero16)
+    std::uint16_t values[kMostSteps];
+    unsigned count = 0;
+    for (; count < kMostSteps && row.steps[count].kind != Step::Kind::None; ++count) {
+        const Step& step = row.steps[count];
+        values[count] = 0;
+        if (step.kind == Step::Kind::Zero16)
             continue;
-        if (!(reads(step) ? readStep(call, step, values[i]) : writeStep(call, step)))
+        if (!(reads(step) ? readStep(call, step, values[count]) : writeStep(call, step)))
             return false;
     }
-    for (unsigned i = 0; i < row.steps.size(); ++i)
+    for (unsigned i = 0; i < count; ++i)
         if (reads(row.steps[i]) || row.steps[i].kind == Step::Kind::Zero16)
             storeAnswer(call, row.steps[i], values[i]);
     return true;
@@ -127,7 +137,7 @@ bool perform(const Call& call, const Row& row)
     case Action::CopyOut:
         return copyAnswer(call, row.copied);
     case Action::Registers:
-        return registers(call, row);
+        return registerSteps(call, row);
     case Action::Named:
         return row.named(call);
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "platform/ControlCodeTable.h"
-#include "platform/LinuxWrapper.h"
+#include "platform/Registers.h"
 
 namespace Halvix::actions {
 
@@ -18,12 +18,12 @@ bool counted(const Call& call, int count)
 
 /// Gathers one bit of each of four registers; `bitOf` tells whether a register's value counts as set.
 template <class BitOf>
-bool gatherBits(const Call& call, const std::uint8_t (&registers)[4], BitOf bitOf, unsigned& bits)
+bool gatherBits(const Call& call, const std::uint8_t (&numbers)[4], BitOf bitOf, unsigned& bits)
 {
     bits = 0;
     for (unsigned i = 0; i < 4; ++i) {
         std::uint16_t value = 0;
-        if (!LinuxWrapper::ReadID(call.handle, registers[i], &value))
+        if (!registers::read(call.handle, numbers[i], value))
             return false;
         bits |= (bitOf(value) ? 1U : 0U) << i;
     }
@@ -38,7 +38,7 @@ bool readVoltage(const Call& call)
         return false;
     const auto number = load<std::uint32_t>(call.in, 0);
     std::uint16_t value = 0;
-    if (!LinuxWrapper::ReadID(call.handle, static_cast<std::uint8_t>(number), &value))
+    if (!registers::read(call.handle, static_cast<std::uint8_t>(number), value))
         return false;
     store(call.out, 0, number);
     store(call.out, 4, value);
@@ -55,7 +55,7 @@ bool readTimers(const Call& call)
         return false;
     std::uint16_t value[32] = {};
     for (const std::uint8_t reg : kOrder)
-        if (!LinuxWrapper::ReadID(call.handle, reg, &value[reg]))
+        if (!registers::read(call.handle, reg, value[reg]))
             return false;
     const auto seconds = [&](std::uint32_t minutes, int reg) { return minutes * 60U + value[reg]; };
     const std::uint32_t total = (static_cast<std::uint32_t>(value[8]) << 16) | value[7];
@@ -72,7 +72,7 @@ bool readSmart(const Call& call)
         return false;
     const auto index = load<std::uint16_t>(call.out, 0);
     std::uint16_t value = 0;
-    if (!LinuxWrapper::ReadID(call.handle, static_cast<std::uint8_t>(index + kSmartBase), &value))
+    if (!registers::read(call.handle, static_cast<std::uint8_t>(index + kSmartBase), value))
         return false;
     store(call.out, 2, value);
     return counted(call, call.outLength);
@@ -83,8 +83,8 @@ bool writeSmart(const Call& call)
     if (call.in == nullptr)
         return false;
     const auto index = load<std::uint16_t>(call.in, 0);
-    return LinuxWrapper::WriteID(call.handle, static_cast<std::uint8_t>(index + kSmartBase),
-                                 load<std::uint16_t>(call.in, 2)) &&
+    return registers::write(call.handle, static_cast<std::uint8_t>(index + kSmartBase),
+                            load<std::uint16_t>(call.in, 2)) &&
            counted(call, call.inLength);
 }
 
@@ -113,7 +113,7 @@ bool readFrontRegister(const Call& call)
     if (call.in == nullptr || call.out == nullptr)
         return false;
     std::uint16_t value = 0;
-    if (!LinuxWrapper::ReadID(call.handle, load<std::uint8_t>(call.in, 0), &value))
+    if (!registers::read(call.handle, load<std::uint8_t>(call.in, 0), value))
         return false;
     store(call.out, 2, value); // the register number's place in the answer stays as it is
     return counted(call, call.outLength);
@@ -123,7 +123,7 @@ bool writeFrontRegister(const Call& call)
 {
     if (call.in == nullptr)
         return false;
-    return LinuxWrapper::WriteID(call.handle, load<std::uint8_t>(call.in, 0), load<std::uint16_t>(call.in, 2)) &&
+    return registers::write(call.handle, load<std::uint8_t>(call.in, 0), load<std::uint16_t>(call.in, 2)) &&
            counted(call, call.inLength);
 }
 
