@@ -30,7 +30,8 @@ package) wanted=("${packages[@]}") ;;
     ;;
 esac
 
-installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+# A package of both architectures answers one line for each.
+installed() { dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed; }
 
 missing=()
 for package in "${wanted[@]}"; do
