@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// Settings files of any content: reading, rewriting and reading again, and the conversions of any text.
+#include "fuzz/Require.h"
+#include "settings/IniSettings.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdint>
+#include <string>
+
+using namespace Halvix;
+
+// The lock is this file's own: nobody else uses the settings.
+
+bool LinuxWrapper::CreateSema(int& sema, const char*)
+{
+    sema = 1;
+    return true;
+}
+
+void* LinuxWrapper::CreateSemaHelper(const char*)
+{
+    return nullptr;
+}
+
+bool LinuxWrapper::WaitForSema(int, bool)
+{
+    return true;
+}
+
+void LinuxWrapper::ReleaseSema(int) {}
+
+void LinuxWrapper::CloseSema(int) {}
+
+namespace {
+
+const int file = memfd_create("settings", 0);
+const std::string path = "/proc/self/fd/" + std::to_string(file);
+
+std::string content()
+{
+    std::string text(static_cast<std::size_t>(lseek(file, 0, SEEK_END)), '\0');
+    REQUIRE(pread(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
+    return text;
+}
+
+/// Sets a key in the file as it is and gives the file as it then is.
+std::string rewritten(const std::string& value)
+{
+    std::string trimmed = value;
+    IniSettings::trim(trimmed);
+    IniSettings settings;
+    settings.load(path);
+    settings.set("KEY", value);
+    REQUIRE(settings.get("KEY") == trimmed);
+    return content();
+}
+
+void checkConversions(const std::string& text)
+{
+    unsigned long number = 77;
+    double real = 77.0;
+    std::string written;
+    if (IniSettings::ConvertStrToLong(&number, text) == ERR_SUCCESS) {
+        unsigned long again = 0;
+        REQUIRE(IniSettings::ConvertLongToStr(number, &written) == ERR_SUCCESS);
+        REQUIRE(IniSettings::ConvertStrToLong(&again, written) == ERR_SUCCESS && again == number);
+    } else {
+        REQUIRE(number == 77);
+    }
+    if (IniSettings::ConvertStrToDouble(&real, text) == ERR_SUCCESS) {
+        REQUIRE(std::isfinite(real));
+        REQUIRE(IniSettings::ConvertDoubleToStr(real, &written) == ERR_SUCCESS);
+    } else {
+        REQUIRE(real == 77.0);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string text{reinterpret_cast<const char*>(data), size};
+    REQUIRE(ftruncate(file, 0) == 0);
+    REQUIRE(pwrite(file, data, size, 0) == static_cast<ssize_t>(size));
+
+    const std::string value = text.substr(0, text.find('\n'));
+    (void)rewritten(value);
+    const std::string second = rewritten("1"); // comments that the first write made are gone now
+    REQUIRE(rewritten("1") == second);
+    checkConversions(value);
+    return 0;
+}
