@@ -57,6 +57,7 @@ endif()
 add_library(hx_test_driver INTERFACE)
 target_sources(hx_test_driver INTERFACE ${CMAKE_CURRENT_SOURCE_DIR}/support/driver/Driver.cpp)
 target_include_directories(hx_test_driver INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_definitions(hx_test_driver INTERFACE "HX_SOURCE_DIR=\"${CMAKE_SOURCE_DIR}\"")
 target_link_libraries(hx_test_driver INTERFACE GTest::gmock_main)
 
 add_library(hx_test_scripted INTERFACE)
