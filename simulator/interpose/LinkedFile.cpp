@@ -34,7 +34,8 @@ std::int64_t LinkedFile::read(Space out, bool nonblocking)
         if (nonblocking)
             return -EAGAIN;
         world_.time_.wait(turn.lock, outcome.wakeAt, &world_.unit_, VirtualTime::Rank::Program,
-                          "read from " + file_->node.path());
+                          "read from " + file_->node.path(),
+                          [this] { return file_->node.readable(*file_, world_.unit_.clock().now()); });
     }
 }
 

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <tuple>
+#include <utility>
 
 namespace hxsim {
 
@@ -28,9 +29,9 @@ void VirtualTime::threadLeft()
 }
 
 bool VirtualTime::wait(std::unique_lock<std::mutex>& lock, std::optional<Time> deadline, const void* channel, Rank rank,
-                       const std::string& what)
+                       const std::string& what, std::function<bool()> ready)
 {
-    Waiter waiter{deadline, channel, rank, asked_++, what, {}, false, false};
+    Waiter waiter{deadline, channel, rank, asked_++, what, std::move(ready), {}, false, false};
     waiters_.push_back(&waiter);
     if (--running_ == 0)
         advance();
@@ -95,6 +96,15 @@ VirtualTime::Waiter* VirtualTime::nextDue() const
     return next;
 }
 
+void VirtualTime::wakeReady()
+{
+    for (auto next = waiters_.begin(); next != waiters_.end();) {
+        Waiter& waiter = **next++;
+        if (waiter.ready && waiter.ready())
+            wake(waiter, true);
+    }
+}
+
 void VirtualTime::advance()
 {
     const Time from = clock_.now();
@@ -103,6 +113,7 @@ void VirtualTime::advance()
         const std::optional<Time> timer = clock_.nextDeadline();
         if (timer && (due == nullptr || *timer <= *due->deadline)) {
             clock_.advanceTo(*timer); // may wake threads
+            wakeReady();
             if (due == nullptr && clock_.now() - from > kLongestTimerRun)
                 break;
             continue;

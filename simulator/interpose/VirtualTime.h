@@ -31,8 +31,10 @@ public:
 
     /// Waits until `deadline` or until somebody wakes the channel; without a deadline only for the latter. True when
     /// woken. `what` says what is waited for, should nobody ever come.
+    ///
+    /// A wait with `ready` also ends when that holds after a timer of the hardware has run.
     bool wait(std::unique_lock<std::mutex>& lock, std::optional<Time> deadline, const void* channel, Rank rank,
-              const std::string& what);
+              const std::string& what, std::function<bool()> ready = {});
     void wakeOne(const void* channel);
     void wakeAll(const void* channel);
 
@@ -51,6 +53,7 @@ private:
         Rank rank;
         std::uint64_t order;
         std::string what;
+        std::function<bool()> ready;
         std::condition_variable woken;
         bool isWoken = false;
         bool byChannel = false;
@@ -58,6 +61,7 @@ private:
 
     void advance();
     [[nodiscard]] Waiter* nextDue() const;
+    void wakeReady();
     void wake(Waiter& waiter, bool byChannel);
     void sleepUntilWoken(std::unique_lock<std::mutex>& lock, Waiter& waiter);
     void printWaiters(const char* headline) const;

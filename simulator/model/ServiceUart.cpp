@@ -24,6 +24,7 @@ ServiceUart::ServiceUart(Unit& unit) : unit_{unit}
 {
     unit.addNode("/dev/ttyS0")
         .onRead([this](OpenFile&, std::span<std::uint8_t> out, Time started) { return read(out, started); })
+        .onPoll([this](OpenFile&, Time) { return received_.size() >= wanted(); })
         .onWrite([this](OpenFile&, std::span<const std::uint8_t> in) { return write(in); })
         .serialLine(
             [this](const LineSettings& settings) { line = settings; },
@@ -88,10 +89,14 @@ void ServiceUart::fromTarget(const Microcontroller& target, std::uint8_t byte)
         received_.push_back(byte);
 }
 
+std::size_t ServiceUart::wanted() const
+{
+    return std::max<std::size_t>(line.vmin, 1);
+}
+
 Outcome ServiceUart::read(std::span<std::uint8_t> out, Time started)
 {
-    const std::size_t wanted = std::min<std::size_t>(out.size(), std::max<std::size_t>(line.vmin, 1));
-    if (received_.size() >= wanted || out.empty()) {
+    if (received_.size() >= std::min(out.size(), wanted())) {
         const std::size_t count = std::min(out.size(), received_.size());
         std::copy_n(received_.begin(), count, out.begin());
         received_.erase(received_.begin(), received_.begin() + std::ptrdiff_t(count));

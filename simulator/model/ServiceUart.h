@@ -25,6 +25,8 @@ public:
     std::int64_t dropToUnit = 0;   ///< fault: the byte towards the unit that is lost
 
 private:
+    /// Bytes that a read waits for.
+    [[nodiscard]] std::size_t wanted() const;
     Outcome read(std::span<std::uint8_t> out, Time started);
     Outcome write(std::span<const std::uint8_t> in);
     /// When a byte that starts now has passed, `busyUntil` being when the line in that direction is free.
