@@ -7,12 +7,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <optional>
 #include <sstream>
+#include <thread>
 
 namespace hxaux {
 
@@ -167,6 +169,14 @@ LockState NamedLock::look() const
     }
     std::ranges::sort(state.users, {}, &LockUser::pid);
     return state;
+}
+
+bool NamedLock::isStale() const
+{
+    if (!look().looksStale())
+        return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    return look().looksStale();
 }
 
 void NamedLock::giveBack() const

@@ -3,11 +3,18 @@
 #ifndef HXAUX_NAMED_LOCK_H
 #define HXAUX_NAMED_LOCK_H
 
+#include <array>
 #include <semaphore.h>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace hxaux {
+
+// The library's locks, all but the counter of settings that the automatic backlight has still to read.
+constexpr std::array<std::string_view, 4> kLockNames = {"FILE_HXAUXINI_IS_IN_USE", "HXAUX_BUZZING_IN_PROGRESS",
+                                                        "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS",
+                                                        "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED"};
 
 // A process that has a semaphore mapped.
 struct LockUser {
@@ -40,6 +47,8 @@ public:
     NamedLock& operator=(const NamedLock&) = delete;
 
     [[nodiscard]] LockState look() const;
+    // Stale at two looks: a process may give a lock back between one glance and the next, what is stale stays so.
+    [[nodiscard]] bool isStale() const;
     // Adds one to the count, unless that makes it more than one.
     void giveBack() const;
 

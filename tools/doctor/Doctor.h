@@ -21,6 +21,7 @@ Findings versions();     // known, and new enough for every function
 Findings boardLibrary(); // libjida.so and every function that is needed of it
 Findings daemon();       // somebody reads the FIFO
 Findings settingsFile(); // readable, writable, and every known setting within its range
+Findings locks();        // none is held by a program that died
 Findings can();          // the bit-rate attributes of the CAN networks
 
 // The lines of a settings file judged without the file: for every line or setting that is not as it should be.

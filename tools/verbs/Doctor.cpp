@@ -20,12 +20,13 @@ struct Check {
     Findings (*look)();
 };
 
-constexpr std::array<Check, 6> kChecks{{
+constexpr std::array<Check, 7> kChecks{{
     {"devices", doctor::devices},
     {"versions", doctor::versions},
     {"board-library", doctor::boardLibrary},
     {"daemon", doctor::daemon},
     {"settings-file", doctor::settingsFile},
+    {"locks", doctor::locks},
     {"can", doctor::can},
 }};
 

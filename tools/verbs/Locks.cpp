@@ -7,8 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
-#include <thread>
 
 namespace hxaux {
 
@@ -20,9 +18,6 @@ constexpr std::array<std::string_view, 5> kSemaphores = {
     "FILE_HXAUXINI_IS_IN_USE", kPending, "HXAUX_BUZZING_IN_PROGRESS", "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS",
     "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED"};
 
-// A process may give a lock back between one glance and the next: what is stale stays so.
-constexpr std::chrono::milliseconds kSecondLook{100};
-
 struct Seen {
     LockState state;
     bool stale = false;
@@ -30,13 +25,8 @@ struct Seen {
 
 Seen seen(const NamedLock& lock)
 {
-    Seen first{lock.look()};
-    if (!first.state.looksStale())
-        return first;
-    std::this_thread::sleep_for(kSecondLook);
-    Seen second{lock.look()};
-    second.stale = second.state.looksStale();
-    return second;
+    const bool stale = lock.isStale();
+    return {lock.look(), stale};
 }
 
 std::string stateName(std::string_view name, const Seen& seen)
@@ -140,6 +130,11 @@ void reset(Call& call)
     lock.giveBack();
 }
 
+std::vector<std::string> lockNames()
+{
+    return {kLockNames.begin(), kLockNames.end()};
+}
+
 } // namespace
 
 const Object objects::Locks{
@@ -157,7 +152,7 @@ const Object objects::Locks{
          .help = "Frees a stale lock.",
          .example = "hxaux locks reset FILE_HXAUXINI_IS_IN_USE",
          .run = reset,
-         .values = {text("name", "name of the lock, as 'hxaux locks' shows it")},
+         .values = {text("name", "name of the lock, as 'hxaux locks' shows it").from(lockNames)},
          .options = {flag("force", "frees a lock that is in use as well: two programs may then do at once what only "
                                    "one may")},
          .details = "One of the processes that wait for it goes on. A lock that is free stays as it is."},
