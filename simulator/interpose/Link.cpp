@@ -11,7 +11,6 @@ namespace hxsim {
 namespace {
 
 std::atomic<Link*> currentLink{nullptr};
-std::atomic<void (*)()> currentGuard{nullptr};
 
 } // namespace
 
@@ -21,14 +20,8 @@ Link* Link::current()
 {
     if (Inside::depth > 0)
         return nullptr;
-    if (auto* const guard = currentGuard.load(std::memory_order_acquire))
-        guard();
+    beforeCurrent();
     return currentLink.load(std::memory_order_acquire);
-}
-
-void Link::setGuard(void (*guard)())
-{
-    currentGuard.store(guard, std::memory_order_release);
 }
 
 void Link::setCurrent(Link* link)

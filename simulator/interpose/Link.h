@@ -42,10 +42,11 @@ public:
     /// The unit that this process works on now; null: none, and every call goes to the machine.
     static Link* current();
     static void setCurrent(Link* link);
-    /// Is called in each thread before it learns which unit is current.
-    static void setGuard(void (*guard)());
 
     virtual ~Link() = default;
+
+    /// Is called in each thread before it learns which unit is current. Each door has its own.
+    static void beforeCurrent();
 
     /// While one lives, the C library calls of this thread are our own and go to the machine.
     class Inside {

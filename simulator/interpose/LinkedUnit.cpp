@@ -71,12 +71,12 @@ LinkedUnit::~LinkedUnit() = default;
 LinkedUnitPointer LinkedUnit::make(const std::string& description)
 {
     [[maybe_unused]] static const int once = pthread_atfork(&Forks::prepare, &Forks::parent, &Forks::child);
+    [[maybe_unused]] static const bool swept = (UnitFolder::sweep(), true); // what killed tests left
     LinkedUnitPointer world{new LinkedUnit{description}, &LinkedUnit::end};
     {
         const std::lock_guard guard{world->lock_};
         world->enterThread();
     }
-    setGuard(&LinkedUnit::parkIfOver);
     setCurrent(world.get());
     return world;
 }
@@ -99,6 +99,12 @@ void LinkedUnit::end(LinkedUnit* world)
         kept->push_back(world);
     else
         delete world;
+}
+
+/// A thread whose world is over makes no further call.
+void Link::beforeCurrent()
+{
+    LinkedUnit::parkIfOver();
 }
 
 void LinkedUnit::parkIfOver()

@@ -39,6 +39,8 @@ public:
         Type& object = unit_.get<Type>();
         return {object, std::move(lock)};
     }
+    /// Never returns in a thread whose world is over.
+    static void parkIfOver();
     /// Something in the unit was changed from outside: whoever waits for it looks again.
     void changed();
     /// Waits like a program, but after everything else that is due then, and without a line in the journal.
@@ -78,7 +80,6 @@ private:
     Turn enter();
     void enterThread();
     void leaveThread();
-    static void parkIfOver();
     [[nodiscard]] static Caller caller();
     [[nodiscard]] Time fromNow(std::int64_t nanoseconds) { return unit_.clock().now() + Time{nanoseconds}; }
 

@@ -16,13 +16,13 @@ void* nextDefinition(const char* name);
 /// The same for names that no header declares.
 #define HXSIM_REAL_AS(type, text)                                                                                      \
     (reinterpret_cast<type>([] {                                                                                       \
-        static std::atomic<void*> found{nullptr};                                                                      \
-        void* address = found.load(std::memory_order_relaxed);                                                         \
-        if (address == nullptr) {                                                                                      \
-            address = hxsim::nextDefinition(text);                                                                     \
-            found.store(address, std::memory_order_relaxed);                                                           \
+        static std::atomic<void*> hxsimFound{nullptr};                                                                 \
+        void* hxsimAddress = hxsimFound.load(std::memory_order_relaxed);                                               \
+        if (hxsimAddress == nullptr) {                                                                                 \
+            hxsimAddress = hxsim::nextDefinition(text);                                                                \
+            hxsimFound.store(hxsimAddress, std::memory_order_relaxed);                                                 \
         }                                                                                                              \
-        return address;                                                                                                \
+        return hxsimAddress;                                                                                           \
     }()))
 
 /// Each function that stands in front of one of the C library's.

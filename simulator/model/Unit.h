@@ -46,6 +46,7 @@ public:
 
     /// Plain files of the unit that are kept in its own folder: the settings file.
     void addFile(const std::string& path) { files_.insert(path); }
+    [[nodiscard]] const std::set<std::string>& files() const { return files_; }
     [[nodiscard]] bool hasFile(const std::string& path) const { return files_.contains(path); }
     /// A name that the unit can lack but that is no node: a library, for example.
     [[nodiscard]] bool isAbsent(const std::string& name) const { return absent_.contains(name); }

@@ -1,0 +1,378 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/Host.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "simulator/HostCommands.h"
+
+namespace hxsim {
+
+namespace {
+
+Caller callerOf(const Packet& packet)
+{
+    return {packet.head.process, packet.head.thread};
+}
+
+std::vector<std::string> split(const std::string& text, std::size_t most)
+{
+    std::vector<std::string> parts{""};
+    for (const char c : text) {
+        if (c == '\0' && parts.size() < most)
+            parts.emplace_back();
+        else
+            parts.back() += c;
+    }
+    return parts;
+}
+
+int listenAt(const std::string& path)
+{
+    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path)
+        throw std::runtime_error{"the path of the unit's socket is too long: " + path};
+    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+    if (fd < 0 || bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 || listen(fd, 128) != 0)
+        throw std::runtime_error{"cannot listen at " + path};
+    return fd;
+}
+
+} // namespace
+
+Host::Host(const std::string& unit, double scale)
+    : scale_{scale}, folder_{unit}, listener_{listenAt(folder_.path() + "/socket")}, buffer_(wire::kLargestPacket)
+{
+    (void)folder_.fileOf("/opt/etc/hxaux.ini"); // its folder must be there
+}
+
+Host::~Host()
+{
+    for (const auto& [fd, connection] : connections_)
+        ::close(fd);
+    ::close(listener_);
+}
+
+Time Host::modelNow() const
+{
+    const std::chrono::duration<double, std::nano> real = std::chrono::steady_clock::now() - start_;
+    return Time{std::int64_t(real.count() * scale_)};
+}
+
+void Host::advance()
+{
+    unit_.clock().advanceTo(modelNow());
+}
+
+int Host::millisecondsToNextDeadline()
+{
+    std::optional<Time> next = unit_.clock().nextDeadline();
+    for (const auto& [fd, connection] : connections_)
+        if (connection.drains)
+            return 1;
+    for (const auto& [fd, connection] : connections_)
+        if (connection.read && connection.read->wakeAt && (!next || *connection.read->wakeAt < *next))
+            next = connection.read->wakeAt;
+    if (!next)
+        return -1;
+    const double real = double((*next - modelNow()).count()) / scale_ / 1e6;
+    return int(std::clamp(std::ceil(real), 0.0, 60000.0));
+}
+
+void Host::run(int alsoWatched, const std::function<bool()>& seen)
+{
+    std::vector<pollfd> watched;
+    while (!stopping_) {
+        watched.assign({{listener_, POLLIN, 0}, {alsoWatched, POLLIN, 0}});
+        for (const auto& [fd, connection] : connections_)
+            watched.push_back({fd, POLLIN, 0});
+        if (::poll(watched.data(), watched.size(), millisecondsToNextDeadline()) < 0 && errno != EINTR)
+            throw std::runtime_error{"poll failed"};
+        advance();
+        for (std::size_t i = 2; i < watched.size(); ++i)
+            if (watched[i].revents != 0)
+                receive(watched[i].fd);
+        if (watched[0].revents != 0)
+            accept();
+        if (waiting_)
+            retryWaiting();
+        if (watched[1].revents != 0 && seen())
+            break;
+    }
+}
+
+void Host::accept()
+{
+    const int fd = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+    if (fd >= 0) {
+        connections_.emplace(fd, Connection{fd});
+        receive(fd); // who connects speaks at once
+    }
+}
+
+void Host::receive(int fd)
+{
+    const auto found = connections_.find(fd);
+    if (found == connections_.end())
+        return;
+    Packet packet;
+    std::size_t size = 0;
+    if (receivePacket(fd, packet.head, buffer_, size, true) != Received::Packet) {
+        drop(fd);
+        return;
+    }
+    packet.bytes.assign(buffer_.begin(), buffer_.begin() + std::ptrdiff_t(size));
+    handle(found->second, packet);
+}
+
+void Host::drop(int fd)
+{
+    const auto found = connections_.find(fd);
+    if (found == connections_.end())
+        return;
+    const Connection connection = std::move(found->second);
+    connections_.erase(found);
+    ::close(fd);
+    if (connection.process != 0 && controls_[connection.process] == fd)
+        controls_.erase(connection.process);
+    // Only the connection that opened the file has a name; it goes when the last process has let go of it.
+    if (connection.file != nullptr && !connection.name.empty())
+        closeFile(*connection.file, connection.file->opener);
+}
+
+void Host::closeFile(File& file, Caller caller)
+{
+    if (!file.closed)
+        calls_.close(caller, *file.open);
+    file.closed = true;
+}
+
+void Host::takeNotesOf(int process)
+{
+    const auto control = controls_.find(process);
+    if (control == controls_.end())
+        return;
+    std::uint8_t probe = 0;
+    while (controls_.contains(process) && recv(control->second, &probe, 1, MSG_PEEK | MSG_DONTWAIT) > 0)
+        receive(control->second);
+}
+
+void Host::handle(Connection& connection, const Packet& packet)
+{
+    if (packet.head.kind < wire::Kind::Open)
+        return handleControl(connection, packet);
+    takeNotesOf(packet.head.process);
+    handleFile(connection, packet);
+}
+
+void Host::handleControl(Connection& connection, const Packet& packet)
+{
+    if (connection.process == 0 && packet.head.kind != wire::Kind::Command) {
+        connection.process = packet.head.process;
+        controls_[connection.process] = connection.fd;
+    }
+    switch (packet.head.kind) {
+    case wire::Kind::Hello:
+        return answer(connection, 0, bytesOf(pathList()));
+    case wire::Kind::Locate: {
+        const Node* node = unit_.findNode(packet.text());
+        return answer(connection, node != nullptr ? node->present : !unit_.isAbsent(packet.text()));
+    }
+    case wire::Kind::Absent: {
+        std::string names;
+        for (const std::string& name : unit_.absent())
+            names += name + '\n';
+        return answer(connection, 0, bytesOf(names));
+    }
+    case wire::Kind::Fault: {
+        const std::vector<std::string> parts = split(packet.text(), 2);
+        return answer(connection, parts.size() == 2 ? calls_.fault(parts[0], parts[1]) : 0);
+    }
+    case wire::Kind::Note: {
+        const std::vector<std::string> parts = split(packet.text(), 3);
+        if (parts.size() == 3)
+            calls_.note(callerOf(packet), parts[0], parts[1], bytesOf(parts[2]), int(packet.head.value));
+        return;
+    }
+    default: {
+        std::vector<std::string> words = split(packet.text(), SIZE_MAX);
+        words.pop_back(); // a NUL stands after each
+        const CommandResult result = runHostCommand(*this, connection.fd, words);
+        waiting_ = true; // what waits may find something now
+        return answer(connection, result.good ? 0 : 1, bytesOf(result.text));
+    }
+    }
+}
+
+void Host::handleFile(Connection& connection, const Packet& packet)
+{
+    if (packet.head.kind == wire::Kind::Open)
+        return open(connection, packet);
+    if (packet.head.kind == wire::Kind::Attach)
+        return attach(connection, packet);
+    if (connection.file == nullptr)
+        return answer(connection, -EBADF);
+    OpenFile& file = *connection.file->open;
+    switch (packet.head.kind) {
+    case wire::Kind::Shape:
+        return shape(connection, packet);
+    case wire::Kind::Ioctl:
+        return ioctl(connection, packet);
+    case wire::Kind::Read:
+        return read(connection, packet);
+    case wire::Kind::Cancel:
+        if (connection.read)
+            answer(connection, -EINTR);
+        connection.read.reset();
+        return;
+    case wire::Kind::Write:
+        waiting_ = true;
+        return answer(connection, calls_.write(callerOf(packet), file, packet.bytes).result);
+    case wire::Kind::Line: {
+        LineSettings settings;
+        std::memcpy(&settings, packet.bytes.data(), std::min(sizeof settings, packet.bytes.size()));
+        file.node.setLine(settings);
+        return answer(connection, 0);
+    }
+    case wire::Kind::Flush:
+        file.node.flush((packet.head.value & 1) != 0, (packet.head.value & 2) != 0);
+        return answer(connection, 0);
+    case wire::Kind::Drain:
+        connection.drains = true;
+        waiting_ = true;
+        return;
+    case wire::Kind::Readable:
+        return answer(connection, file.node.readable(file, unit_.clock().now()));
+    default:
+        closeFile(*connection.file, callerOf(packet));
+        return answer(connection, 0);
+    }
+}
+
+void Host::open(Connection& connection, const Packet& packet)
+{
+    const std::vector<std::string> parts = split(packet.text(), 2);
+    if (parts.size() != 2)
+        return answer(connection, -EINVAL);
+    Calls::Opened opened = calls_.open(callerOf(packet), parts[1], int(packet.head.value));
+    if (opened.file == nullptr)
+        return answer(connection, -opened.error);
+    connection.name = parts[0];
+    connection.file = std::make_shared<File>();
+    connection.file->open = std::move(opened.file);
+    connection.file->opener = callerOf(packet);
+    answer(connection, 0);
+}
+
+void Host::attach(Connection& connection, const Packet& packet)
+{
+    const auto named = std::find_if(connections_.begin(), connections_.end(), [&](const auto& other) {
+        return !other.second.name.empty() && other.second.name == packet.text();
+    });
+    if (named == connections_.end())
+        return answer(connection, -ENOENT);
+    connection.file = named->second.file;
+    const OpenFile& file = *connection.file->open;
+    answer(connection, 0, bytesOf(file.node.path()), file.flags);
+}
+
+void Host::shape(Connection& connection, const Packet& packet)
+{
+    const Node::Shape* shape = connection.file->open->node.shape(packet.head.request);
+    if (shape == nullptr)
+        return answer(connection, -1);
+    answer(connection, std::int64_t(shape->takes), {}, std::int64_t(shape->gives));
+}
+
+void Host::ioctl(Connection& connection, const Packet& packet)
+{
+    OpenFile& file = *connection.file->open;
+    const Node::Shape* shape = file.node.shape(packet.head.request);
+    std::vector<std::uint8_t> out(shape == nullptr ? 0 : shape->gives);
+    const std::int64_t result = calls_.ioctl(callerOf(packet), file, packet.head.request, packet.bytes, out);
+    answer(connection, result, result < 0 ? std::span<const std::uint8_t>{} : out);
+}
+
+void Host::read(Connection& connection, const Packet& packet)
+{
+    const std::size_t size = std::min(std::size_t(packet.head.value), buffer_.size());
+    connection.read = WaitingRead{callerOf(packet), size, unit_.clock().now(), {}};
+    if (tryRead(connection, true))
+        return;
+    if (packet.head.other != 0) {
+        connection.read.reset();
+        return answer(connection, -EAGAIN);
+    }
+    waiting_ = true;
+}
+
+bool Host::tryRead(Connection& connection, bool first)
+{
+    WaitingRead& read = *connection.read;
+    std::vector<std::uint8_t> out(read.size);
+    const Outcome outcome = calls_.read(read.caller, *connection.file->open, out, read.started, first);
+    if (outcome.waits) {
+        read.wakeAt = outcome.wakeAt;
+        return false;
+    }
+    connection.read.reset();
+    answer(connection, outcome.result, std::span{out}.first(std::size_t(std::max<std::int64_t>(outcome.result, 0))));
+    return true;
+}
+
+void Host::retryWaiting()
+{
+    waiting_ = false;
+    for (auto& [fd, connection] : connections_) {
+        if (connection.read && !tryRead(connection, false))
+            waiting_ = true;
+        if (connection.drains && connection.file->open->node.drain().waits) {
+            waiting_ = true;
+        } else if (connection.drains) {
+            connection.drains = false;
+            answer(connection, 0);
+        }
+    }
+}
+
+void Host::answer(Connection& connection, std::int64_t value, std::span<const std::uint8_t> bytes, std::int64_t other)
+{
+    wire::Head head{};
+    head.kind = wire::Kind::Answer;
+    head.value = value;
+    head.other = other;
+    (void)sendPacket(connection.fd, head, bytes); // a program that is gone is noticed when it is listened to
+}
+
+void Host::follow(int connection, bool json)
+{
+    connections_.at(connection).follows = true;
+    connections_.at(connection).json = json;
+    unit_.journal().listen([this](const Entry& entry) {
+        for (auto& [fd, other] : connections_)
+            if (other.follows)
+                answer(other, 0, bytesOf(other.json ? jsonOf(entry) : lineOf(entry)));
+    });
+}
+
+std::string Host::pathList() const
+{
+    std::string list;
+    for (const auto& [path, node] : unit_.nodes())
+        list += std::string{node.isSerial() ? "S " : node.isText() ? "T " : "D "} + path + '\n';
+    for (const std::string& path : unit_.files())
+        list += "F " + path + '\n';
+    return list;
+}
+
+} // namespace hxsim

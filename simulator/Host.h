@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simulator/interpose/UnitFolder.h"
+#include "simulator/interpose/preloaded/Channel.h"
+#include "simulator/model/Calls.h"
+#include "simulator/model/Unit.h"
+
+namespace hxsim {
+
+/// A unit in real or scaled time, and the programs that use it: one thread, one loop, one connection for each open file
+/// and for each process.
+class Host {
+public:
+    /// Throws BadText for a bad description and std::runtime_error when the unit cannot be put up.
+    Host(const std::string& unit, double scale);
+    ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    void describe(const std::string& text) { unit_.describe(text); }
+    Unit& unit() { return unit_; }
+    [[nodiscard]] const std::string& folder() const { return folder_.path(); }
+    [[nodiscard]] double scale() const { return scale_; }
+
+    /// Serves programs until `stop` is called, or until `alsoWatched` becomes readable and `seen` says to end.
+    void run(int alsoWatched, const std::function<bool()>& seen);
+    void stop() { stopping_ = true; }
+
+    /// Sends what is recorded from now on to this connection, as lines.
+    void follow(int connection, bool json);
+    void advance();
+
+private:
+    /// An open file of the unit, which connections speak for.
+    struct File {
+        std::unique_ptr<OpenFile> open;
+        Caller opener;
+        bool closed = false;
+    };
+    struct WaitingRead {
+        Caller caller;
+        std::size_t size;
+        Time started;
+        std::optional<Time> wakeAt;
+    };
+    struct Connection {
+        int fd;
+        int process = 0; ///< of a control connection
+        std::string name{};
+        std::shared_ptr<File> file{};
+        std::optional<WaitingRead> read{};
+        bool drains = false;
+        bool follows = false;
+        bool json = false;
+    };
+
+    void accept();
+    void receive(int fd);
+    void drop(int fd);
+    /// What a process noted before this moment stands in the journal before what it asks now.
+    void takeNotesOf(int process);
+    void handle(Connection& connection, const Packet& packet);
+    void handleControl(Connection& connection, const Packet& packet);
+    void handleFile(Connection& connection, const Packet& packet);
+    void open(Connection& connection, const Packet& packet);
+    void attach(Connection& connection, const Packet& packet);
+    void shape(Connection& connection, const Packet& packet);
+    void ioctl(Connection& connection, const Packet& packet);
+    void read(Connection& connection, const Packet& packet);
+    void answer(Connection& connection, std::int64_t value, std::span<const std::uint8_t> bytes = {},
+                std::int64_t other = 0);
+    /// Looks at the reads that wait, after anything has changed.
+    void retryWaiting();
+    bool tryRead(Connection& connection, bool first);
+    void closeFile(File& file, Caller caller);
+    [[nodiscard]] std::string pathList() const;
+    [[nodiscard]] int millisecondsToNextDeadline();
+    [[nodiscard]] Time modelNow() const;
+
+    double scale_;
+    UnitFolder folder_;
+    Unit unit_;
+    Calls calls_{unit_};
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    int listener_ = -1;
+    bool stopping_ = false;
+    bool waiting_ = false; ///< some connection has a read that waits
+    std::map<int, Connection> connections_;
+    std::map<int, int> controls_; ///< process to control connection
+    std::vector<std::uint8_t> buffer_;
+};
+
+} // namespace hxsim

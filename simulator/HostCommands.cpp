@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/HostCommands.h"
+
+#include <array>
+#include <cstdio>
+#include <map>
+
+#include <nlohmann/json.hpp>
+
+#include "simulator/Host.h"
+#include "simulator/model/Text.h"
+
+namespace hxsim {
+
+namespace {
+
+using Words = std::vector<std::string>;
+using Json = nlohmann::json;
+
+constexpr char kJson[] = "--json";
+
+bool asksForJson(const Words& words)
+{
+    return words.size() > 1 && words.back() == kJson;
+}
+
+std::string joined(const Words& words, std::size_t from)
+{
+    std::string text;
+    for (std::size_t i = from; i < words.size(); ++i)
+        text += (i == from ? "" : " ") + words[i];
+    return text;
+}
+
+CommandResult setProperty(Host& host, int, const Words& words)
+{
+    for (std::size_t i = 1; i < words.size(); ++i)
+        host.describe(words[i]);
+    return {};
+}
+
+CommandResult getProperty(Host& host, int, const Words& words)
+{
+    std::string text;
+    for (std::size_t i = 1; i < words.size(); ++i)
+        text += host.unit().properties().get(words[i]) + '\n';
+    return {true, text};
+}
+
+CommandResult listProperties(Host& host, int, const Words& words)
+{
+    std::string text;
+    Json all = Json::object();
+    for (const auto& [name, property] : host.unit().properties().all()) {
+        all[name] = {{"value", property.get()}, {"help", property.help}, {"writable", bool(property.set)}};
+        text += name + " = " + property.get() + "    # " + property.help + (property.set ? "" : " (read only)") + '\n';
+    }
+    return {true, asksForJson(words) ? all.dump(2) + '\n' : text};
+}
+
+CommandResult listActions(Host& host, int, const Words& words)
+{
+    std::string text;
+    Json all = Json::object();
+    for (const auto& [name, action] : host.unit().actions().all()) {
+        all[name] = {{"usage", action.usage}, {"help", action.help}};
+        text += name + ' ' + action.usage + "    # " + action.help + '\n';
+    }
+    return {true, asksForJson(words) ? all.dump(2) + '\n' : text};
+}
+
+CommandResult act(Host& host, int, const Words& words)
+{
+    if (words.size() < 2)
+        throw BadText{"an action is missing"};
+    host.unit().actions().run(words[1], {words.begin() + 2, words.end()});
+    return {};
+}
+
+CommandResult fail(Host& host, int, const Words& words)
+{
+    host.unit().faults().add(joined(words, 1));
+    return {};
+}
+
+CommandResult unfail(Host& host, int, const Words& words)
+{
+    if (words.size() < 2)
+        host.unit().faults().clear();
+    else
+        host.unit().faults().clear(words[1]);
+    return {};
+}
+
+CommandResult setAbsent(Host& host, int, const Words& words)
+{
+    for (std::size_t i = 1; i < words.size(); ++i)
+        host.unit().setAbsent(words[i], words[0] == "remove");
+    return {};
+}
+
+CommandResult showLog(Host& host, int, const Words& words)
+{
+    std::string text;
+    for (const Entry& entry : host.unit().journal().entries())
+        text += (asksForJson(words) ? jsonOf(entry) : lineOf(entry)) + '\n';
+    // A packet has an end; the newest lines are what people look for.
+    constexpr std::size_t kRoom = wire::kLargestPacket - 1024;
+    if (text.size() > kRoom) {
+        text.erase(0, text.size() - kRoom);
+        text.erase(0, text.find('\n') + 1);
+    }
+    return {true, text};
+}
+
+CommandResult followLog(Host& host, int connection, const Words& words)
+{
+    host.follow(connection, asksForJson(words));
+    return {};
+}
+
+CommandResult clearLog(Host& host, int, const Words&)
+{
+    host.unit().journal().clear();
+    return {};
+}
+
+CommandResult stop(Host& host, int, const Words&)
+{
+    host.stop();
+    return {};
+}
+
+CommandResult showScale(Host& host, int, const Words&)
+{
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.9g", host.scale());
+    return {true, text.data()};
+}
+
+using Handler = CommandResult (*)(Host&, int, const Words&);
+
+struct Row {
+    const char* name;
+    Handler handler;
+};
+
+constexpr Row kCommands[] = {
+    {"actions", listActions}, {"clear", clearLog},    {"do", act},          {"fail", fail},
+    {"follow", followLog},    {"get", getProperty},   {"log", showLog},     {"properties", listProperties},
+    {"remove", setAbsent},    {"restore", setAbsent}, {"scale", showScale}, {"set", setProperty},
+    {"stop", stop},           {"unfail", unfail},
+};
+
+} // namespace
+
+CommandResult runHostCommand(Host& host, int connection, const std::vector<std::string>& words)
+{
+    if (words.empty())
+        return {false, "no command"};
+    for (const Row& row : kCommands) {
+        if (words[0] != row.name)
+            continue;
+        try {
+            return row.handler(host, connection, words);
+        } catch (const BadText& bad) {
+            return {false, bad.what()};
+        }
+    }
+    return {false, "the unit knows no command '" + words[0] + "'"};
+}
+
+std::string lineOf(const Entry& entry)
+{
+    std::array<char, 64> start{};
+    std::snprintf(start.data(), start.size(), "%12.6f %d/%d ", std::chrono::duration<double>(entry.time).count(),
+                  entry.caller.process, entry.caller.thread);
+    return start.data() + entry.text();
+}
+
+std::string jsonOf(const Entry& entry)
+{
+    Json object{{"time", std::chrono::duration<double>(entry.time).count()},
+                {"process", entry.caller.process},
+                {"thread", entry.caller.thread},
+                {"subject", entry.subject},
+                {"call", entry.call()}};
+    if (entry.kind == Entry::Kind::Ioctl)
+        object["request"] = requestName(entry.request);
+    if (!entry.in.empty())
+        object["in"] = hexBytes(entry.in);
+    if (!entry.out.empty())
+        object["out"] = hexBytes(entry.out);
+    if (entry.error != 0)
+        object["error"] = errnoName(entry.error);
+    return object.dump();
+}
+
+} // namespace hxsim

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "simulator/model/Journal.h"
+
+namespace hxsim {
+
+class Host;
+
+struct CommandResult {
+    bool good = true;
+    std::string text{}; ///< the answer, or what is wrong
+};
+
+/// A command of hx-sim on a running unit: its name, then its words.
+CommandResult runHostCommand(Host& host, int connection, const std::vector<std::string>& words);
+
+/// A line of `hx-sim log`: "12.345678 2711/2712 /dev/backlight 0x40010003: 00 80".
+std::string lineOf(const Entry& entry);
+/// The same as one JSON object.
+std::string jsonOf(const Entry& entry);
+
+} // namespace hxsim

@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/Launch.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "simulator/Host.h"
+#include "simulator/interpose/preloaded/PreloadedLink.h"
+#include "simulator/model/Text.h"
+
+namespace hxsim {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string contentsOf(const std::string& path)
+{
+    std::ifstream stream{path, std::ios::binary};
+    if (!stream)
+        throw BadText{"cannot read " + path};
+    return {std::istreambuf_iterator<char>{stream}, {}};
+}
+
+void describe(Host& host, const UnitOptions& options)
+{
+    for (const std::string& file : options.descriptions) {
+        try {
+            host.describe(contentsOf(file));
+        } catch (const BadText& bad) {
+            throw BadText{file + ": " + bad.what()};
+        }
+    }
+    for (const std::string& line : options.settings)
+        host.describe(line);
+}
+
+/// The folder that holds lib/<ABI>/libhxsim-door.so: beside this program in a build, under lib/ when installed.
+std::string doorFolder()
+{
+    const fs::path own = fs::read_symlink("/proc/self/exe").parent_path();
+    for (const fs::path& folder : {own / "door", own.parent_path() / "door", own.parent_path() / "lib/hx-sim/door"})
+        if (fs::exists(folder / "lib"))
+            return folder;
+    throw BadText{"the door of the simulated unit is not installed beside " + own.string()};
+}
+
+std::string findProgram(const std::string& name)
+{
+    if (name.find('/') != std::string::npos)
+        return name;
+    std::string path = std::getenv("PATH") == nullptr ? "/usr/bin:/bin" : std::getenv("PATH");
+    for (std::size_t at = 0; at <= path.size();) {
+        const std::size_t end = std::min(path.find(':', at), path.size());
+        const std::string file = path.substr(at, end - at) + '/' + name;
+        if (access(file.c_str(), X_OK) == 0)
+            return file;
+        at = end + 1;
+    }
+    return name;
+}
+
+/// The sanitizer's runtime that a program is linked with; it insists on being loaded first.
+std::string sanitizerOf(const std::string& program)
+{
+    std::ifstream stream{program, std::ios::binary};
+    const std::string image{std::istreambuf_iterator<char>{stream}, {}};
+    for (const char* name : {"libasan.so.", "libtsan.so."}) {
+        const std::size_t at = image.find(name);
+        if (at != std::string::npos)
+            return std::string{image.c_str() + at} + ':';
+    }
+    return {};
+}
+
+[[noreturn]] void become(const std::string& folder, double scale, const std::vector<std::string>& command)
+{
+    const std::string program = findProgram(command[0]);
+    std::string preload = sanitizerOf(program) + doorFolder() + "/$LIB/libhxsim-door.so";
+    if (const char* others = std::getenv("LD_PRELOAD"); others != nullptr && *others != '\0')
+        (preload += ':') += others;
+    setenv("LD_PRELOAD", preload.c_str(), 1);
+    setenv(PreloadedLink::kFolderVariable, folder.c_str(), 1);
+    setenv(PreloadedLink::kScaleVariable, std::to_string(scale).c_str(), 1);
+    std::vector<char*> arguments;
+    for (const std::string& word : command)
+        arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    execv(program.c_str(), arguments.data());
+    std::fprintf(stderr, "hx-sim run: cannot start %s: %s\n", command[0].c_str(), std::strerror(errno));
+    _exit(errno == ENOENT ? kCannotStart : kCannotStart - 1);
+}
+
+/// Signals that end a unit or tell of its program come through a descriptor, so that the loop sees them.
+class Signals {
+public:
+    Signals()
+    {
+        sigemptyset(&set_);
+        for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGCHLD})
+            sigaddset(&set_, signal);
+        sigprocmask(SIG_BLOCK, &set_, &before_);
+        fd_ = signalfd(-1, &set_, SFD_CLOEXEC);
+    }
+    Signals(const Signals&) = delete;
+    Signals& operator=(const Signals&) = delete;
+    ~Signals() { close(fd_); }
+
+    [[nodiscard]] int fd() const { return fd_; }
+    [[nodiscard]] int next() const
+    {
+        signalfd_siginfo info{};
+        return ::read(fd_, &info, sizeof info) == sizeof info ? int(info.ssi_signo) : 0;
+    }
+    /// In the child, before it becomes the program.
+    void restore() const { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+private:
+    sigset_t set_{};
+    sigset_t before_{};
+    int fd_ = -1;
+};
+
+int statusOf(int wait)
+{
+    return WIFEXITED(wait) ? WEXITSTATUS(wait) : 128 + WTERMSIG(wait);
+}
+
+std::string ownName()
+{
+    return "run-" + std::to_string(getpid());
+}
+
+void serve(const UnitOptions& options, int ready)
+{
+    const Signals signals;
+    Host host{options.name, options.scale};
+    describe(host, options);
+    (void)!::write(ready, "+", 1);
+    close(ready);
+    host.run(signals.fd(), [&] {
+        const int signal = signals.next();
+        return signal == SIGTERM || signal == SIGINT || signal == SIGHUP;
+    });
+}
+
+/// The unit's own process: its only word on the pipe is "+", or what is wrong.
+[[noreturn]] void becomeHost(const UnitOptions& options, int ready)
+{
+    setsid();
+    const int null = open("/dev/null", O_RDWR);
+    for (int fd = 0; fd < 3; ++fd)
+        dup2(null, fd);
+    try {
+        serve(options, ready);
+    } catch (const std::exception& error) {
+        const std::string text = error.what();
+        (void)!::write(ready, text.data(), text.size());
+        _exit(1);
+    }
+    _exit(0);
+}
+
+} // namespace
+
+int runOnOwnUnit(const UnitOptions& options, const std::vector<std::string>& command)
+{
+    const Signals signals;
+    Host host{options.name.empty() ? ownName() : options.name, options.scale};
+    describe(host, options);
+    const pid_t child = fork();
+    if (child == 0) {
+        signals.restore();
+        become(host.folder(), options.scale, command);
+    }
+    int status = 0;
+    host.run(signals.fd(), [&] {
+        const int signal = signals.next();
+        if (signal == SIGTERM || signal == SIGHUP) // the terminal's own go to the program as well
+            kill(child, signal);
+        return signal == SIGCHLD && waitpid(child, &status, WNOHANG) == child;
+    });
+    return statusOf(status);
+}
+
+int runOnUnit(const std::string& unit, double scale, const std::vector<std::string>& command)
+{
+    become(UnitFolder::pathOf(unit), scale, command);
+}
+
+void startUnit(const UnitOptions& options)
+{
+    int ready[2];
+    if (pipe2(ready, O_CLOEXEC) != 0)
+        throw BadText{"cannot make a pipe"};
+    const pid_t child = fork();
+    if (child == 0) {
+        close(ready[0]);
+        becomeHost(options, ready[1]);
+    }
+    close(ready[1]);
+    std::string word(4096, '\0');
+    const ssize_t got = ::read(ready[0], word.data(), word.size());
+    close(ready[0]);
+    word.resize(got > 0 ? std::size_t(got) : 0);
+    if (word == "+")
+        return;
+    waitpid(child, nullptr, 0);
+    throw BadText{word.empty() ? "the unit ended at once" : word};
+}
+
+} // namespace hxsim

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace hxsim {
+
+struct UnitOptions {
+    std::string name;                        ///< empty: a name is made
+    double scale = 1.0;                      ///< how many times faster than the machine's the unit's time runs
+    std::vector<std::string> descriptions{}; ///< files
+    std::vector<std::string> settings{};     ///< description lines, "key=value"
+};
+
+constexpr int kCannotStart = 127;
+
+/// Runs a program on a unit of its own, which ends with the program. Returns its exit status, or 128 and the signal.
+int runOnOwnUnit(const UnitOptions& options, const std::vector<std::string>& command);
+/// Becomes a program on a running unit. Returns only when it cannot.
+int runOnUnit(const std::string& unit, double scale, const std::vector<std::string>& command);
+/// Starts a unit in the background; returns when programs can use it. Throws what Host's constructor throws.
+void startUnit(const UnitOptions& options);
+
+} // namespace hxsim

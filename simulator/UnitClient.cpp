@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/UnitClient.h"
+
+#include <unistd.h>
+
+#include "simulator/interpose/UnitFolder.h"
+#include "simulator/interpose/preloaded/Channel.h"
+#include "simulator/model/Text.h"
+
+namespace hxsim {
+
+UnitClient::UnitClient(const std::string& unit) : fd_{connectTo(UnitFolder::pathOf(unit), "")}
+{
+    if (fd_ < 0)
+        throw NoUnit{"no unit named '" + unit + "' runs"};
+}
+
+UnitClient::~UnitClient()
+{
+    if (fd_ >= 0)
+        close(fd_);
+}
+
+std::string UnitClient::ask(const std::vector<std::string>& words)
+{
+    std::string text;
+    for (const std::string& word : words)
+        text += word + '\0';
+    wire::Head head{};
+    head.kind = wire::Kind::Command;
+    head.process = getpid();
+    Packet answer;
+    if (!hxsim::ask(fd_, head, bytesOf(text), answer))
+        throw NoUnit{"the unit has ended"};
+    if (answer.head.value != 0)
+        throw BadText{answer.text()};
+    return answer.text();
+}
+
+void UnitClient::listen(const std::function<void(const std::string&)>& take)
+{
+    Packet packet;
+    packet.bytes.resize(wire::kLargestPacket);
+    std::size_t size = 0;
+    while (receivePacket(fd_, packet.head, packet.bytes, size, true) == Received::Packet)
+        take({packet.bytes.begin(), packet.bytes.begin() + std::ptrdiff_t(size)});
+}
+
+std::string UnitClient::choose(const std::string& named)
+{
+    if (!named.empty())
+        return named;
+    const std::vector<std::string> running = UnitFolder::running();
+    if (running.empty())
+        throw NoUnit{"no unit runs; start one with: hx-sim start NAME"};
+    if (running.size() > 1)
+        throw NoUnit{"several units run; say which one with --unit NAME"};
+    return running.front();
+}
+
+} // namespace hxsim

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace hxsim {
+
+/// The connection of a command to a running unit.
+class UnitClient {
+public:
+    /// Throws NoUnit when no such unit runs.
+    explicit UnitClient(const std::string& unit);
+    UnitClient(const UnitClient&) = delete;
+    UnitClient& operator=(const UnitClient&) = delete;
+    ~UnitClient();
+
+    class NoUnit : public std::exception {
+    public:
+        explicit NoUnit(std::string text) : text_{std::move(text)} {}
+        [[nodiscard]] const char* what() const noexcept override { return text_.c_str(); }
+
+    private:
+        std::string text_;
+    };
+
+    /// The unit's answer; throws BadText with its words when it refuses.
+    std::string ask(const std::vector<std::string>& words);
+    /// Hands each further text that the unit sends to `take`, until the unit ends.
+    void listen(const std::function<void(const std::string&)>& take);
+
+    /// The unit that is meant: the one named, or the only one that runs.
+    static std::string choose(const std::string& named);
+
+private:
+    int fd_;
+};
+
+} // namespace hxsim

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "simulator/interpose/Link.h"
+#include "simulator/interpose/preloaded/Channel.h"
+
+namespace hxsim {
+
+/// The preloaded door: this process works on a unit that another process hosts. The unit's folder comes in the
+/// environment. Time is the machine's, or runs by a factor.
+class PreloadedLink : public Link {
+public:
+    static constexpr char kFolderVariable[] = "HXSIM_UNIT";
+    static constexpr char kScaleVariable[] = "HXSIM_SCALE";
+
+    /// Made at the first call of the process that comes by; null when the environment names no unit.
+    static void begin();
+
+    PreloadedLink(std::string folder, double scale);
+
+    Where locate(const std::string& path) override;
+    bool isAbsent(const std::string& name) override;
+    std::string folder() override { return folder_; }
+    Opened open(const std::string& path, int flags) override;
+    int fault(const std::string& subject, const std::string& call) override;
+    void note(const std::string& subject, const std::string& action, int error, Bytes in) override;
+    int sleep(std::int64_t nanoseconds) override;
+    std::string semaphoreName(const std::string& name) override;
+    int wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds) override;
+    int post(sem_t* semaphore) override;
+    int createThread(pthread_t* thread, const pthread_attr_t* attributes, void* (*function)(void*),
+                     void* argument) override;
+    int joinThread(pthread_t thread, void** result) override;
+    std::string jidaLibrary() override;
+
+    /// Head of a packet from this thread.
+    static wire::Head head(wire::Kind kind, std::int64_t value = 0);
+    /// How often this process came out of a fork: connections of its parent are not to be used by it.
+    [[nodiscard]] int forks() const { return forks_; }
+    /// Says once that the host is gone.
+    static void hostIsGone();
+
+private:
+    struct ForkHandlers;
+
+    void learnPaths();
+    void adoptInherited();
+    /// Exchanges a packet on the control connection, which the process makes when it first needs it.
+    bool control(const wire::Head& head, Bytes bytes, Packet* answer);
+    [[nodiscard]] std::set<std::string> absentNames();
+    [[nodiscard]] std::int64_t real(std::int64_t nanoseconds) const
+    {
+        return std::int64_t(double(nanoseconds) / scale_);
+    }
+
+    std::string folder_;
+    double scale_;
+    std::map<std::string, Where> paths_;
+    std::mutex lock_; ///< guards control_
+    int control_ = -1;
+    int forks_ = 0;
+};
+
+} // namespace hxsim

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+
+namespace hxsim::wire {
+
+/// What programs and the host of a unit say to each other on the unit's socket: packets of this head and bytes behind
+/// it, the same for 32- and 64-bit programs. Each connection is either one open file of the unit, or the control
+/// connection of one process.
+enum class Kind : std::uint32_t {
+    Answer, ///< host: value = result or -errno
+
+    // On a control connection.
+    Hello,   ///< answered with a list of paths, a line each: letter, blank, path
+    Locate,  ///< bytes: path; value of the answer: 1 present, 0 absent
+    Absent,  ///< answered with the names the unit lacks, a line each
+    Fault,   ///< bytes: subject, NUL, call; answered with an errno
+    Note,    ///< bytes: subject, NUL, action, NUL, data; value: errno; no answer
+    Command, ///< bytes: words, a NUL after each; value of the answer: 0 or 1, bytes: text
+
+    // On the connection of a file; the first packet is Open or Attach.
+    Open,   ///< value: flags; bytes: name of the file's connection, NUL, path
+    Attach, ///< bytes: name of another connection; from now on this one speaks for its file
+    Shape,  ///< request; answered with value = takes, other = gives, or -1
+    Ioctl,  ///< request; bytes: what the driver takes
+    Read,   ///< value: size, other: 1 does not wait
+    Cancel, ///< ends a Read that waits
+    Write,  ///< bytes
+    Line,   ///< bytes: LineSettings
+    Flush,  ///< value: 1 input, 2 output, 3 both
+    Drain,
+    Readable,
+    Close, ///< the process has closed its last descriptor
+};
+
+struct Head {
+    Kind kind;
+    std::uint32_t request;
+    std::int32_t process;
+    std::int32_t thread;
+    std::int64_t value;
+    std::int64_t other;
+};
+static_assert(sizeof(Head) == 32);
+
+/// More than any driver's block and any chunk of a stream.
+constexpr std::size_t kLargestPacket = 160 * 1024;
+
+} // namespace hxsim::wire
