@@ -11,6 +11,7 @@ public:
     Released& operator=(const Released&) = delete;
 
     Interface* operator->() const { return object_; }
+    Interface& operator*() const { return *object_; }
     Interface* get() const { return object_; }
 
 private:

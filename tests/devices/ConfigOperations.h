@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "hx-aux/Config.h"
+
+/// One row per operation of the configuration, as the supervisor sees it: written down from its register map, not from
+/// the library.
+namespace config {
+
+/// A getter with its value as a number; the number is put into the output before the call.
+using Get = Halvix::eErr (*)(Halvix::Config&, double&);
+using Set = Halvix::eErr (*)(Halvix::Config&, double);
+
+struct Getter {
+    const char* name;
+    Get call;
+    const char* neededVersion; ///< of the supervisor, null for any
+    std::map<std::uint8_t, std::uint16_t> registers;
+    std::vector<std::string> requests;
+    double value;
+};
+
+struct Setter {
+    const char* name;
+    Set call;
+    const char* neededVersion;
+    double value;
+    std::vector<std::string> requests;
+};
+
+inline void PrintTo(const Getter& row, std::ostream* out)
+{
+    *out << row.name;
+}
+inline void PrintTo(const Setter& row, std::ostream* out)
+{
+    *out << row.name;
+}
+
+const std::vector<Getter>& getters();
+const std::vector<Setter>& setters();
+
+} // namespace config
