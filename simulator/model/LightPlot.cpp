@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/model/LightPlot.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+
+#include "simulator/model/LightTrace.h"
+
+namespace hxsim {
+
+namespace {
+
+// Where the two panels lie in the picture.
+constexpr double kWidth = 920;
+constexpr double kHeight = 560;
+constexpr double kLeft = 70;
+constexpr double kRight = kWidth - 20;
+constexpr double kLightTop = 50;
+constexpr double kLightBottom = 270;
+constexpr double kLevelTop = 310;
+constexpr double kLevelBottom = 510;
+constexpr double kDimmestDecade = -1; // 0.1 lux, and everything below
+
+constexpr const char* kStyle = "<style>text{font:13px sans-serif;fill:#333}.t{font-size:16px}.g{stroke:#ddd}"
+                               ".s{stroke:#e69f00;stroke-width:2;fill:none}.r{fill:#0072b2}"
+                               ".l{stroke:#009e73;stroke-width:2;fill:none}</style>\n";
+
+[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...)
+{
+    std::array<char, 512> text{};
+    std::va_list values;
+    va_start(values, format);
+    std::vsnprintf(text.data(), text.size(), format, values);
+    va_end(values);
+    return text.data();
+}
+
+/// Step between grid lines, so that there are about eight of them.
+double niceStep(double range)
+{
+    constexpr double kSteps[] = {0.5, 1,   2,    5,    10,   20,   30,    60,    120,
+                                 300, 600, 1200, 1800, 3600, 7200, 10800, 21600, 43200};
+    for (const double step : kSteps)
+        if (range / step <= 9)
+            return step;
+    return std::ceil(range / 9 / 86400) * 86400;
+}
+
+std::string timeLabel(double seconds, double step)
+{
+    if (step >= 3600)
+        return formatted("%.0f h", seconds / 3600);
+    if (step >= 60)
+        return formatted("%.0f min", seconds / 60);
+    return formatted("%g s", seconds);
+}
+
+class Picture {
+public:
+    Picture(const LightTrace& trace, const std::string& title) : trace_{trace}
+    {
+        if (!trace.readings.empty()) {
+            start_ = trace.readings.front().seconds;
+            end_ = trace.readings.back().seconds;
+        }
+        end_ = std::max(end_, start_ + 1);
+        double brightest = 10;
+        for (const LightTrace::Reading& reading : trace.readings)
+            brightest = std::max({brightest, reading.luxSet, reading.luxReported});
+        decades_ = std::ceil(std::log10(brightest));
+        frame(title);
+    }
+
+    std::string drawn()
+    {
+        timeGrid();
+        lightGrid();
+        levelGrid();
+        light();
+        level();
+        return text_ + "</svg>\n";
+    }
+
+private:
+    [[nodiscard]] double x(double seconds) const
+    {
+        return kLeft + (seconds - start_) / (end_ - start_) * (kRight - kLeft);
+    }
+    [[nodiscard]] double yOfLux(double lux) const
+    {
+        const double decade = std::max(kDimmestDecade, std::log10(std::max(lux, 1e-9)));
+        return kLightBottom - (decade - kDimmestDecade) / (decades_ - kDimmestDecade) * (kLightBottom - kLightTop);
+    }
+    [[nodiscard]] static double yOfLevel(double value)
+    {
+        return kLevelBottom - value / 255 * (kLevelBottom - kLevelTop);
+    }
+
+    void frame(const std::string& title)
+    {
+        text_ =
+            formatted("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%g\" height=\"%g\" viewBox=\"0 0 %g %g\">\n",
+                      kWidth, kHeight, kWidth, kHeight);
+        text_ += kStyle;
+        text_ += formatted("<rect width=\"%g\" height=\"%g\" fill=\"#fff\"/>\n", kWidth, kHeight);
+        label(kLeft, 24, "t", title);
+        label(kRight - 330, 40, "", "line: light as set, dots: as the sensor reports it");
+        label(kRight - 330, kLevelTop - 8, "", "line: level of the backlight as written");
+    }
+    void label(double atX, double atY, const char* kind, const std::string& text)
+    {
+        text_ += formatted("<text x=\"%.1f\" y=\"%.1f\" class=\"%s\">", atX, atY, kind) + text + "</text>\n";
+    }
+    void line(double x1, double y1, double x2, double y2)
+    {
+        text_ += formatted("<line class=\"g\" x1=\"%.1f\" y1=\"%.1f\" x2=\"%.1f\" y2=\"%.1f\"/>\n", x1, y1, x2, y2);
+    }
+
+    void timeGrid()
+    {
+        const double step = niceStep(end_ - start_);
+        for (double seconds = std::ceil(start_ / step) * step; seconds <= end_; seconds += step) {
+            line(x(seconds), kLightTop, x(seconds), kLightBottom);
+            line(x(seconds), kLevelTop, x(seconds), kLevelBottom);
+            label(x(seconds) - 12, kLevelBottom + 20, "", timeLabel(seconds, step));
+        }
+        label(kRight - 90, kHeight - 8, "", "unit's time");
+    }
+    void lightGrid()
+    {
+        for (double decade = kDimmestDecade; decade <= decades_; ++decade) {
+            const double y = yOfLux(std::pow(10, decade));
+            line(kLeft, y, kRight, y);
+            label(8, y + 4, "", formatted("%g lux", std::pow(10, decade)));
+        }
+    }
+    void levelGrid()
+    {
+        for (const int value : {0, 50, 100, 150, 200, 254}) {
+            line(kLeft, yOfLevel(value), kRight, yOfLevel(value));
+            label(38, yOfLevel(value) + 4, "", std::to_string(value));
+        }
+    }
+    /// Points closer than half a dot are left out; a day has a hundred thousand readings.
+    void light()
+    {
+        std::string line;
+        double lastX = -1;
+        double lastY = -1;
+        std::string dots;
+        for (const LightTrace::Reading& reading : trace_.readings) {
+            const double atX = x(reading.seconds);
+            line += formatted("%.1f,%.1f ", atX, yOfLux(reading.luxSet));
+            const double atY = yOfLux(reading.luxReported);
+            if (std::hypot(atX - lastX, atY - lastY) < 0.8)
+                continue;
+            lastX = atX;
+            lastY = atY;
+            dots += formatted("<circle class=\"r\" cx=\"%.1f\" cy=\"%.1f\" r=\"1.6\"/>\n", atX, atY);
+        }
+        text_ += "<polyline class=\"s\" points=\"" + thinned(line) + "\"/>\n" + dots;
+    }
+    void level()
+    {
+        if (trace_.levels.empty())
+            return;
+        std::string line;
+        double before = trace_.levels.front().level;
+        for (const LightTrace::Level& one : trace_.levels) {
+            line += formatted("%.1f,%.1f ", x(one.seconds), yOfLevel(before));
+            line += formatted("%.1f,%.1f ", x(one.seconds), yOfLevel(one.level));
+            before = one.level;
+        }
+        line += formatted("%.1f,%.1f ", kRight, yOfLevel(before));
+        text_ += "<polyline class=\"l\" points=\"" + thinned(line) + "\"/>\n";
+    }
+    /// Without points that repeat the one before.
+    static std::string thinned(const std::string& points)
+    {
+        std::string result;
+        std::string last;
+        for (std::size_t at = 0; at < points.size();) {
+            const std::size_t end = points.find(' ', at) + 1;
+            const std::string point = points.substr(at, end - at);
+            if (point != last)
+                result += point;
+            last = point;
+            at = end;
+        }
+        return result;
+    }
+
+    const LightTrace& trace_;
+    double start_ = 0;
+    double end_ = 0;
+    double decades_ = 1;
+    std::string text_;
+};
+
+} // namespace
+
+std::string lightPlot(const LightTrace& trace, const std::string& title)
+{
+    return Picture{trace, title}.drawn();
+}
+
+} // namespace hxsim
