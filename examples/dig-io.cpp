@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// The four digital inputs.
+
+#include <hx-aux/DigIO.h>
+
+#include <cstddef>
+#include <cstdio>
+
+using namespace Halvix;
+
+// Says what went wrong; true when nothing did.
+static bool worked(const char* what, eErr err)
+{
+    if (err != ERR_SUCCESS)
+        std::printf("%s: %s (%d)\n", what, GetErrorStringA(err), static_cast<int>(err));
+    return err == ERR_SUCCESS;
+}
+
+int main()
+{
+    DigIO* inputs = GetDigIO();
+    if (inputs == NULL)
+        return 1; // memory is out
+    unsigned char state = 0;
+    if (worked("inputs", inputs->getDigIO(&state))) {
+        for (int i = 0; i < 4; ++i)
+            std::printf("input %d: %s\n", i + 1, (state >> i & 1) != 0 ? "active" : "not active");
+    }
+    inputs->Release();
+    return 0;
+}
