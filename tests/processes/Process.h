@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+/// A program that a test started: its output line by line, its end, and its death.
+class Process {
+public:
+    explicit Process(const std::vector<std::string>& command);
+    ~Process(); // kills what still runs
+    Process(Process&& other) noexcept;
+    Process& operator=(Process&&) = delete;
+
+    /// The next line of its output; "(silent)" when none comes in time, "(ended)" when none can come any more.
+    std::string line(std::chrono::milliseconds patience = std::chrono::seconds{60});
+    /// Everything that it still says, until its end.
+    std::string rest();
+    /// Waits for its end: exit status, or 128 and the signal's number.
+    int status();
+    void kill();
+    [[nodiscard]] pid_t pid() const { return pid_; }
+
+private:
+    /// Whether more was read in time.
+    bool more(std::chrono::milliseconds patience);
+
+    pid_t pid_ = -1;
+    int output_ = -1;
+    bool ended_ = false;
+    std::string unread_;
+};
+
+/// A simulated unit of this test alone that several programs share.
+class SharedUnit {
+public:
+    /// Description lines: what differs from a healthy unit.
+    explicit SharedUnit(const std::vector<std::string>& description = {});
+    ~SharedUnit();
+    SharedUnit(const SharedUnit&) = delete;
+    SharedUnit& operator=(const SharedUnit&) = delete;
+
+    /// Starts hx-child on the unit.
+    [[nodiscard]] Process child(const std::vector<std::string>& words) const;
+    /// Runs hxaux on the unit to its end.
+    struct Told {
+        std::string output; ///< standard error as well
+        int status;
+    };
+    [[nodiscard]] Told hxaux(const std::vector<std::string>& words) const;
+    /// A command of hx-sim for this unit, to its end.
+    std::string control(const std::string& command, const std::vector<std::string>& words) const;
+
+    [[nodiscard]] std::string settingsFile() const;
+    [[nodiscard]] std::string settings() const;
+    void writeSettings(const std::string& text) const;
+
+private:
+    [[nodiscard]] std::vector<std::string> onUnit(const std::string& program,
+                                                  const std::vector<std::string>& words) const;
+
+    std::string name_;
+};

@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include <gmock/gmock.h>
+
+#include "tests/processes/Process.h"
+
+using testing::HasSubstr;
+using testing::Not;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr char kUpgrade[] = "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS";
+
+TEST(SharedSemaphore, IsTheSameForASecondProcessAndNotReset)
+{
+    const SharedUnit unit;
+    Process first = unit.child({"take", kUpgrade});
+    ASSERT_EQ(first.line(), "taken");
+
+    Process second = unit.child({"take", kUpgrade});
+
+    EXPECT_EQ(second.line(), "refused");
+}
+
+TEST(SharedSemaphore, IsGivenFromOneProcessToAnother)
+{
+    const SharedUnit unit;
+    Process first = unit.child({"take", kUpgrade});
+    ASSERT_EQ(first.line(), "taken");
+    ASSERT_EQ(unit.child({"post", kUpgrade}).line(), "posted");
+
+    EXPECT_EQ(unit.child({"take", kUpgrade}).line(), "taken");
+}
+
+TEST(SharedSemaphore, StaysTakenWhenItsHolderIsKilled)
+{
+    const SharedUnit unit;
+    Process first = unit.child({"take", kUpgrade});
+    ASSERT_EQ(first.line(), "taken");
+    first.kill();
+
+    EXPECT_EQ(unit.child({"take", kUpgrade}).line(), "refused");
+}
+
+TEST(SharedSemaphore, IsAnotherOneOnAnotherUnit)
+{
+    const SharedUnit here;
+    const SharedUnit there;
+    Process first = here.child({"take", kUpgrade});
+    ASSERT_EQ(first.line(), "taken");
+
+    EXPECT_EQ(there.child({"take", kUpgrade}).line(), "taken");
+}
+
+// hxaux locks.
+
+TEST(LocksTool, ShowsWhoHoldsALock)
+{
+    const SharedUnit unit;
+    Process holder = unit.child({"hold"});
+    ASSERT_EQ(holder.line(), "held");
+
+    const std::string shown = unit.hxaux({"locks"}).output;
+
+    EXPECT_THAT(shown, HasSubstr("FILE_HXAUXINI_IS_IN_USE: taken, value 0, used by " + std::to_string(holder.pid()) +
+                                 " (hx-child)\n"));
+    EXPECT_THAT(shown, HasSubstr("HXAUX_BUZZING_IN_PROGRESS: not made yet\n"));
+}
+
+TEST(LocksTool, ShowsAFreeLockAndNobodyAtIt)
+{
+    const SharedUnit unit;
+    ASSERT_EQ(unit.child({"set", "A", "1"}).status(), 0);
+
+    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1, used by no process"));
+}
+
+TEST(LocksTool, DoesNotCallALockStaleWhileItsHolderLives)
+{
+    const SharedUnit unit;
+    Process holder = unit.child({"hold"});
+    ASSERT_EQ(holder.line(), "held");
+    Process next = unit.child({"set", "A", "1"});
+    ASSERT_EQ(next.line(), "started");
+
+    EXPECT_THAT(unit.hxaux({"locks"}).output, Not(HasSubstr("stale")));
+}
+
+TEST(LocksTool, RefusesToFreeALockInUse)
+{
+    const SharedUnit unit;
+    Process holder = unit.child({"hold"});
+    ASSERT_EQ(holder.line(), "held");
+
+    const SharedUnit::Told told = unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE"});
+
+    EXPECT_EQ(told.status, 5);
+    EXPECT_THAT(told.output, HasSubstr("it is in use by " + std::to_string(holder.pid()) + " (hx-child)"));
+    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: taken"));
+}
+
+TEST(LocksTool, FreesALockInUseByForce)
+{
+    const SharedUnit unit;
+    Process holder = unit.child({"hold"});
+    ASSERT_EQ(holder.line(), "held");
+
+    EXPECT_EQ(unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE", "--force"}).status, 0);
+
+    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
+}
+
+TEST(LocksTool, LeavesAFreeLockAlone)
+{
+    const SharedUnit unit;
+    ASSERT_EQ(unit.child({"set", "A", "1"}).status(), 0);
+
+    const SharedUnit::Told told = unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE", "--force"});
+
+    EXPECT_EQ(told.status, 0);
+    EXPECT_EQ(told.output, "it is free already\n");
+    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
+}
+
+TEST(LocksTool, CallsALockStaleThatNobodyMapsAnyMore)
+{
+    const SharedUnit unit;
+    Process holder = unit.child({"take", kUpgrade});
+    ASSERT_EQ(holder.line(), "taken");
+    holder.kill();
+
+    EXPECT_THAT(unit.hxaux({"locks"}).output,
+                HasSubstr("HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS: stale, value 0, used by no process"));
+}
+
+TEST(LocksTool, ShowsTheNewSettingsAsACounter)
+{
+    const SharedUnit unit;
+    const std::string counter = "Global\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ";
+    Process reader = unit.child({"take", counter});
+    ASSERT_EQ(reader.line(), "taken");
+    reader.kill();
+
+    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr(counter + ": nothing pending, value 0"));
+    ASSERT_EQ(unit.child({"post", counter}).status(), 0);
+    ASSERT_EQ(unit.child({"post", counter}).status(), 0);
+    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr(counter + ": pending, value 2"));
+}
+
+TEST(LocksTool, NeverResetsTheCounter)
+{
+    const SharedUnit unit;
+    const std::string counter = "Global\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ";
+    Process reader = unit.child({"take", counter});
+    ASSERT_EQ(reader.line(), "taken");
+    reader.kill();
+
+    EXPECT_EQ(unit.hxaux({"locks", "reset", counter, "--force"}).status, 2);
+
+    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr(counter + ": nothing pending, value 0"));
+}
+
+TEST(LocksTool, GivesJsonWithTheProcesses)
+{
+    const SharedUnit unit;
+    Process holder = unit.child({"hold"});
+    ASSERT_EQ(holder.line(), "held");
+
+    EXPECT_THAT(unit.hxaux({"locks", "--json"}).output,
+                HasSubstr("\"FILE_HXAUXINI_IS_IN_USE\":{\"state\":\"taken\",\"value\":0,\"taken\":true,\"stale\":false,"
+                          "\"processes\":[{\"pid\":" +
+                          std::to_string(holder.pid()) + ",\"program\":\"hx-child\",\"waits\":false}]}"));
+}
+
+TEST(LocksTool, FreesTheSettingsOfAKilledProgramSoThatTheNextGoesOn)
+{
+    const SharedUnit unit;
+    Process holder = unit.child({"hold"});
+    ASSERT_EQ(holder.line(), "held");
+    holder.kill();
+    Process next = unit.child({"set", "KEY", "kept"});
+    ASSERT_EQ(next.line(), "started");
+    ASSERT_EQ(next.line(500ms), "(silent)"); // it blocks
+
+    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: stale, value 0, used by " +
+                                                        std::to_string(next.pid()) + " (hx-child, waiting)"));
+    EXPECT_EQ(unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE"}).status, 0);
+
+    EXPECT_EQ(next.line(), "done");
+    EXPECT_EQ(next.status(), 0);
+    EXPECT_EQ(unit.settings(), "KEY = kept\n");
+    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
+}
+
+} // namespace
