@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "tests/abi/Library.h"
+#include "tests/support/SimulatedUnit.h"
+
+/// For slots that a driver's single request does not tell: what changes on a whole unit does.
+namespace oldapp {
+
+using testing::Contains;
+using testing::HasSubstr;
+
+inline testing::Matcher<const std::vector<std::string>&> Asks(const char* request)
+{
+    return Contains(HasSubstr(request));
+}
+
+} // namespace oldapp
