@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -179,10 +180,16 @@ int runOnOwnUnit(const UnitOptions& options, const std::vector<std::string>& com
     const Signals signals;
     Host host{options.name.empty() ? ownName() : options.name, options.scale};
     describe(host, options);
+    if (options.before)
+        options.before(host);
     const pid_t child = fork();
     if (child == 0) {
         signals.restore();
         become(host.folder(), options.scale, command);
+    }
+    if (options.endAfter > 0) {
+        const auto time = std::chrono::duration_cast<Time>(std::chrono::duration<double>(options.endAfter));
+        host.unit().clock().after(time, [child] { kill(child, SIGTERM); });
     }
     int status = 0;
     host.run(signals.fd(), [&] {
@@ -191,6 +198,8 @@ int runOnOwnUnit(const UnitOptions& options, const std::vector<std::string>& com
             kill(child, signal);
         return signal == SIGCHLD && waitpid(child, &status, WNOHANG) == child;
     });
+    if (options.afterwards)
+        options.afterwards(host);
     return statusOf(status);
 }
 

@@ -1,16 +1,24 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace hxsim {
+
+class Host;
 
 struct UnitOptions {
     std::string name;                        ///< empty: a name is made
     double scale = 1.0;                      ///< how many times faster than the machine's the unit's time runs
     std::vector<std::string> descriptions{}; ///< files
     std::vector<std::string> settings{};     ///< description lines, "key=value"
+
+    // For a unit that belongs to one program.
+    double endAfter = 0;                     ///< seconds of the unit's time until the program gets a TERM; 0: never
+    std::function<void(Host&)> before{};     ///< is called before the program starts
+    std::function<void(Host&)> afterwards{}; ///< is called when it has ended
 };
 
 constexpr int kCannotStart = 127;

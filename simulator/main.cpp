@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "simulator/Launch.h"
+#include "simulator/Play.h"
 #include "simulator/UnitClient.h"
 #include "simulator/interpose/UnitFolder.h"
 #include "simulator/model/Text.h"
@@ -23,6 +24,7 @@ enum Status { kDone = 0, kRefused = 1, kUsage = 2, kNoUnit = 6 };
 /// What the command line says; each command uses its part.
 struct Choice {
     UnitOptions unit;
+    LightPlay light;
     std::string on; ///< the unit a command is for
     Words words;
     bool json = false;
@@ -186,6 +188,31 @@ void defineTrouble(CLI::App& app, Choice& choice)
     logs->callback([&] { log(choice); });
 }
 
+int playLight(const Choice& choice)
+{
+    if (!choice.words.empty())
+        return playLightWith(choice.light, choice.words);
+    if (!choice.light.plot.empty())
+        throw BadText{"a picture needs a program: --plot FILE -- PROGRAM"};
+    playLightOn(choice.on, choice.light);
+    return kDone;
+}
+
+void definePlays(CLI::App& app, Choice& choice, int& status)
+{
+    CLI::App* const plays = app.add_subcommand("play", "Play something over time on a unit");
+    plays->require_subcommand(1);
+    CLI::App* const lights =
+        onUnit(*plays, choice, "light", "Play a light profile on a running unit, or on one of its own with a program");
+    addUnitOptions(*lights, choice.light.unit);
+    lights->add_option("--plot", choice.light.plot,
+                       "Draw light and level into this SVG file when the program has ended");
+    lights->add_option("--seconds", choice.light.seconds, "End the program after this time of the unit");
+    lights->add_option("profile", choice.light.file, "Lines SECONDS LUX; 'repeat' as the last one")->required();
+    lights->add_option("program", choice.words, "The program and its arguments, after --");
+    lights->callback([&] { status = playLight(choice); });
+}
+
 /// `hx-sim press front` means `hx-sim do press front`.
 Words withVerb(const CLI::App& app, int argc, char** argv)
 {
@@ -225,6 +252,7 @@ int main(int argc, char** argv)
     defineUnits(app, choice, status);
     defineValues(app, choice);
     defineTrouble(app, choice);
+    definePlays(app, choice, status);
     UnitFolder::sweep();
     return execute(app, withVerb(app, argc, argv), status);
 }
