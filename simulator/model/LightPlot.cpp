@@ -16,13 +16,13 @@ namespace {
 // Where the two panels lie in the picture.
 constexpr double kWidth = 920;
 constexpr double kHeight = 560;
-constexpr double kLeft = 70;
+constexpr double kLeft = 80;
 constexpr double kRight = kWidth - 20;
 constexpr double kLightTop = 50;
 constexpr double kLightBottom = 270;
 constexpr double kLevelTop = 310;
 constexpr double kLevelBottom = 510;
-constexpr double kDimmestDecade = -1; // 0.1 lux, and everything below
+constexpr double kDimmest = 0.1; // lux; everything below is drawn there
 
 constexpr const char* kStyle = "<style>text{font:13px sans-serif;fill:#333}.t{font-size:16px}.g{stroke:#ddd}"
                                ".s{stroke:#e69f00;stroke-width:2;fill:none}.r{fill:#0072b2}"
@@ -66,11 +66,17 @@ public:
             start_ = trace.readings.front().seconds;
             end_ = trace.readings.back().seconds;
         }
+        if (!trace.levels.empty())
+            start_ = std::min(start_, trace.levels.front().seconds);
         end_ = std::max(end_, start_ + 1);
+        double dimmest = 10;
         double brightest = 10;
-        for (const LightTrace::Reading& reading : trace.readings)
+        for (const LightTrace::Reading& reading : trace.readings) {
+            dimmest = std::min(dimmest, reading.luxSet);
             brightest = std::max({brightest, reading.luxSet, reading.luxReported});
-        decades_ = std::ceil(std::log10(brightest));
+        }
+        lowestDecade_ = std::floor(std::log10(std::max(dimmest, kDimmest)));
+        decades_ = std::max(std::ceil(std::log10(brightest)), lowestDecade_ + 1);
         frame(title);
     }
 
@@ -91,8 +97,8 @@ private:
     }
     [[nodiscard]] double yOfLux(double lux) const
     {
-        const double decade = std::max(kDimmestDecade, std::log10(std::max(lux, 1e-9)));
-        return kLightBottom - (decade - kDimmestDecade) / (decades_ - kDimmestDecade) * (kLightBottom - kLightTop);
+        const double decade = std::max(lowestDecade_, std::log10(std::max(lux, 1e-9)));
+        return kLightBottom - (decade - lowestDecade_) / (decades_ - lowestDecade_) * (kLightBottom - kLightTop);
     }
     [[nodiscard]] static double yOfLevel(double value)
     {
@@ -131,7 +137,7 @@ private:
     }
     void lightGrid()
     {
-        for (double decade = kDimmestDecade; decade <= decades_; ++decade) {
+        for (double decade = lowestDecade_; decade <= decades_; ++decade) {
             const double y = yOfLux(std::pow(10, decade));
             line(kLeft, y, kRight, y);
             label(8, y + 4, "", formatted("%g lux", std::pow(10, decade)));
@@ -196,7 +202,8 @@ private:
     const LightTrace& trace_;
     double start_ = 0;
     double end_ = 0;
-    double decades_ = 1;
+    double lowestDecade_ = 0;
+    double decades_ = 1; ///< the highest one
     std::string text_;
 };
 

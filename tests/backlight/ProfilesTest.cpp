@@ -141,7 +141,7 @@ TEST(LightPicture, ShowsLightReadingsAndLevels)
     EXPECT_THAT(svg, testing::StartsWith("<svg "));
     EXPECT_THAT(svg, testing::EndsWith("</svg>\n"));
     EXPECT_THAT(svg, testing::HasSubstr("two points"));
-    EXPECT_THAT(svg, testing::ContainsRegex("<polyline class=\"s\" points=\"70.0,[0-9.]+ 900.0,"));
+    EXPECT_THAT(svg, testing::ContainsRegex("<polyline class=\"s\" points=\"80.0,[0-9.]+ 900.0,"));
     EXPECT_EQ(std::count(svg.begin(), svg.end(), '<') - 2, std::count(svg.begin(), svg.end(), '>') - 2);
 }
 

@@ -142,9 +142,14 @@ Process SharedUnit::child(const std::vector<std::string>& words) const
     return Process{onUnit(HXCHILD_PROGRAM, words)};
 }
 
+Process SharedUnit::start(const std::vector<std::string>& words) const
+{
+    return Process{onUnit(HXAUX_PROGRAM, words)};
+}
+
 SharedUnit::Told SharedUnit::hxaux(const std::vector<std::string>& words) const
 {
-    Process tool{onUnit(HXAUX_PROGRAM, words)};
+    Process tool{start(words)};
     std::string output = tool.rest();
     return {output, tool.status()};
 }

@@ -51,6 +51,8 @@ public:
         int status;
     };
     [[nodiscard]] Told hxaux(const std::vector<std::string>& words) const;
+    /// Starts hxaux on the unit.
+    [[nodiscard]] Process start(const std::vector<std::string>& words) const;
     /// A command of hx-sim for this unit, to its end.
     std::string control(const std::string& command, const std::vector<std::string>& words) const;
 
