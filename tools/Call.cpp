@@ -49,6 +49,12 @@ void Call::fail(Exit status, const std::string& text)
     throw Stop{};
 }
 
+void Call::fail(Exit status, const std::string& item, Halvix::eErr code)
+{
+    note(status, {item, static_cast<int>(code), GetErrorStringA(code)});
+    throw Stop{};
+}
+
 void Call::problem(Exit status, const std::string& item, const std::string& text)
 {
     note(status, {item, -1, text});

@@ -38,6 +38,8 @@ public:
     bool attempt(const std::string& item, Halvix::eErr code);
     // Ends the verb for a reason that the tool itself found.
     [[noreturn]] void fail(Exit status, const std::string& text);
+    // Ends the verb with the code's text and a status that is better known here than by the code alone.
+    [[noreturn]] void fail(Exit status, const std::string& item, Halvix::eErr code);
     // Notes such a reason and goes on.
     void problem(Exit status, const std::string& item, const std::string& text);
 
