@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// Signals that end a wait of the library early instead of ending the tool.
+#ifndef HXAUX_CAUGHT_SIGNALS_H
+#define HXAUX_CAUGHT_SIGNALS_H
+
+#include <array>
+#include <csignal>
+
+namespace hxaux {
+
+// While it lives INT, TERM and HUP only interrupt a sleep: the library's call then ends in order, with its lock given
+// back. What arrived takes effect when the object ends, with the handling of before. One exists at a time.
+class CaughtSignals {
+public:
+    CaughtSignals();
+    ~CaughtSignals();
+    CaughtSignals(const CaughtSignals&) = delete;
+    CaughtSignals& operator=(const CaughtSignals&) = delete;
+
+    [[nodiscard]] bool any() const;
+
+private:
+    std::array<struct sigaction, 3> before_{};
+};
+
+} // namespace hxaux
+
+#endif
