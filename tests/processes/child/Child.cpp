@@ -104,6 +104,18 @@ int post(const char* name)
     return 0;
 }
 
+/// NAME: leaves the semaphore with a count of one, whatever its last holder did.
+int setFree(const char* name)
+{
+    int sema = 0;
+    if (!LinuxWrapper::CreateSema(sema, name))
+        return 1;
+    (void)LinuxWrapper::WaitForSema(sema, false);
+    LinuxWrapper::ReleaseSema(sema);
+    LinuxWrapper::CloseSema(sema);
+    return 0;
+}
+
 } // namespace
 
 int main(int count, char** words)
@@ -123,5 +135,7 @@ int main(int count, char** words)
         return take(words[2]);
     if (deed == "post" && count == 3)
         return post(words[2]);
+    if (deed == "free" && count == 3)
+        return setFree(words[2]);
     return 2;
 }
