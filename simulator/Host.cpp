@@ -74,19 +74,21 @@ void Host::advance()
     unit_.clock().advanceTo(modelNow());
 }
 
-int Host::millisecondsToNextDeadline()
+std::optional<timespec> Host::timeToNextDeadline()
 {
     std::optional<Time> next = unit_.clock().nextDeadline();
     for (const auto& [fd, connection] : connections_)
         if (connection.drains)
-            return 1;
+            return timespec{0, 1'000'000};
     for (const auto& [fd, connection] : connections_)
         if (connection.read && connection.read->wakeAt && (!next || *connection.read->wakeAt < *next))
             next = connection.read->wakeAt;
     if (!next)
-        return -1;
-    const double real = double((*next - modelNow()).count()) / scale_ / 1e6;
-    return int(std::clamp(std::ceil(real), 0.0, 60000.0));
+        return std::nullopt;
+    // To the nanosecond: a bus transfer ends when it ends, not at the next millisecond.
+    const double real = std::clamp(double((*next - modelNow()).count()) / scale_, 0.0, 60e9);
+    const auto nanoseconds = std::int64_t(std::ceil(real));
+    return timespec{time_t(nanoseconds / 1'000'000'000), long(nanoseconds % 1'000'000'000)};
 }
 
 void Host::run(int alsoWatched, const std::function<bool()>& seen)
@@ -96,7 +98,8 @@ void Host::run(int alsoWatched, const std::function<bool()>& seen)
         watched.assign({{listener_, POLLIN, 0}, {alsoWatched, POLLIN, 0}});
         for (const auto& [fd, connection] : connections_)
             watched.push_back({fd, POLLIN, 0});
-        if (::poll(watched.data(), watched.size(), millisecondsToNextDeadline()) < 0 && errno != EINTR)
+        const std::optional<timespec> patience = timeToNextDeadline();
+        if (::ppoll(watched.data(), watched.size(), patience ? &*patience : nullptr, nullptr) < 0 && errno != EINTR)
             throw std::runtime_error{"poll failed"};
         advance();
         for (std::size_t i = 2; i < watched.size(); ++i)
@@ -106,6 +109,8 @@ void Host::run(int alsoWatched, const std::function<bool()>& seen)
             accept();
         if (waiting_)
             retryWaiting();
+        if (kept_ != nullptr)
+            kept_->save();
         if (watched[1].revents != 0 && seen())
             break;
     }

@@ -2,12 +2,14 @@
 #pragma once
 
 #include <chrono>
+#include <ctime>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "simulator/KeptMemory.h"
 #include "simulator/interpose/UnitFolder.h"
 #include "simulator/interpose/preloaded/Channel.h"
 #include "simulator/model/Calls.h"
@@ -26,6 +28,8 @@ public:
     Host& operator=(const Host&) = delete;
 
     void describe(const std::string& text) { unit_.describe(text); }
+    /// From now on what the unit's memories hold is kept in this folder.
+    void keepIn(const std::string& folder) { kept_ = std::make_unique<KeptMemory>(unit_, folder); }
     Unit& unit() { return unit_; }
     [[nodiscard]] const std::string& folder() const { return folder_.path(); }
     [[nodiscard]] double scale() const { return scale_; }
@@ -82,12 +86,14 @@ private:
     bool tryRead(Connection& connection, bool first);
     void closeFile(File& file, Caller caller);
     [[nodiscard]] std::string pathList() const;
-    [[nodiscard]] int millisecondsToNextDeadline();
+    /// How long until something falls due; nothing when nothing will.
+    [[nodiscard]] std::optional<timespec> timeToNextDeadline();
     [[nodiscard]] Time modelNow() const;
 
     double scale_;
     UnitFolder folder_;
     Unit unit_;
+    std::unique_ptr<KeptMemory> kept_;
     Calls calls_{unit_};
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     int listener_ = -1;

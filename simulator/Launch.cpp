@@ -36,6 +36,8 @@ std::string contentsOf(const std::string& path)
 
 void describe(Host& host, const UnitOptions& options)
 {
+    if (!options.keep.empty())
+        host.keepIn(options.keep);
     for (const std::string& file : options.descriptions) {
         try {
             host.describe(contentsOf(file));

@@ -14,6 +14,7 @@ struct UnitOptions {
     double scale = 1.0;                      ///< how many times faster than the machine's the unit's time runs
     std::vector<std::string> descriptions{}; ///< files
     std::vector<std::string> settings{};     ///< description lines, "key=value"
+    std::string keep{};                      ///< folder where the memories outlast the unit; empty: they do not
 
     // For a unit that belongs to one program.
     double endAfter = 0;                     ///< seconds of the unit's time until the program gets a TERM; 0: never

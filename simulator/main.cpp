@@ -115,6 +115,7 @@ void addUnitOptions(CLI::App& command, UnitOptions& unit)
 {
     command.add_option("--description,-d", unit.descriptions, "File that says how the unit differs from a healthy one");
     command.add_option("--set,-s", unit.settings, "One line of a description, key=value");
+    command.add_option("--keep", unit.keep, "Folder in which the EEPROMs outlast the unit, for the next one");
     command.add_option("--scale", unit.scale, "How many times faster than real its time runs")
         ->check(CLI::Range(0.001, 100000.0));
 }
