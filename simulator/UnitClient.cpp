@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/UnitClient.h"
 
+#include <cstdlib>
+#include <filesystem>
 #include <unistd.h>
 
 #include "simulator/interpose/UnitFolder.h"
 #include "simulator/interpose/preloaded/Channel.h"
+#include "simulator/interpose/preloaded/PreloadedLink.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
@@ -50,6 +53,8 @@ std::string UnitClient::choose(const std::string& named)
 {
     if (!named.empty())
         return named;
+    if (const char* folder = std::getenv(PreloadedLink::kFolderVariable)) // a command inside 'hx-sim run'
+        return std::filesystem::path{folder}.filename();
     const std::vector<std::string> running = UnitFolder::running();
     if (running.empty())
         throw NoUnit{"no unit runs; start one with: hx-sim start NAME"};

@@ -30,7 +30,7 @@ public:
     /// Hands each further text that the unit sends to `take`, until the unit ends.
     void listen(const std::function<void(const std::string&)>& take);
 
-    /// The unit that is meant: the one named, or the only one that runs.
+    /// The unit that is meant: the one named, the one that this program runs on, or the only one that runs.
     static std::string choose(const std::string& named);
 
 private:

@@ -29,9 +29,10 @@ class Round {
 public:
     void put(const std::string& name, eErr code, Value value, const std::string& unit = "")
     {
-        if (code != Halvix::ERR_SUCCESS)
-            failures[name] = code;
-        fields.push_back({name, code == Halvix::ERR_SUCCESS ? std::move(value) : Value(Absent{}), unit});
+        if (code == Halvix::ERR_SUCCESS)
+            return fields.push_back({name, std::move(value), unit});
+        failures[name] = code;
+        fields.push_back({name, Absent{}});
     }
 
     std::vector<Field> fields;
@@ -117,7 +118,8 @@ private:
         if (code == Halvix::ERR_SUCCESS)
             lux_ = lux;
         const bool converting = code == Halvix::ERR_INVALID_DATA; // no new value yet: the last one stands
-        round.put("light", converting ? Halvix::ERR_SUCCESS : code, lux_ ? Value(*lux_) : Value(Absent{}), "lux");
+        round.put("light", converting ? Halvix::ERR_SUCCESS : code, lux_ ? Value(*lux_) : Value(Absent{}),
+                  lux_ ? "lux" : "");
         unsigned char level = 0;
         const eErr levelCode = backlight_->getIntensity(&level);
         round.put("backlight level", levelCode, level);
