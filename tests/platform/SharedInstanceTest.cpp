@@ -15,6 +15,14 @@ public:
     ~Wiper() { --alive; }
     void Release() { releaseInstance(); }
     static unsigned int users() { return reference_count; }
+    static bool exists() { return theInstance != nullptr; }
+    static void releaseWithoutObject() { releaseInstance(); }
+    static void startAfresh()
+    {
+        delete theInstance;
+        theInstance = nullptr;
+        reference_count = 0;
+    }
 };
 
 } // namespace
@@ -55,4 +63,17 @@ TEST(SharedInstance, CountsEveryGet)
     shared->Release();
     shared->Release();
     EXPECT_EQ(alive, 0);
+}
+
+TEST(SharedInstance, CountsBelowZeroWhenNobodyHoldsItAndThenLivesForEver)
+{
+    Wiper::releaseWithoutObject();
+    EXPECT_EQ(Wiper::users(), ~0U);
+
+    Wiper* shared = Wiper::getInstance();
+    EXPECT_EQ(Wiper::users(), 0U);
+    shared->Release();
+
+    EXPECT_TRUE(Wiper::exists()) << "the count wrapped again instead of reaching zero";
+    Wiper::startAfresh();
 }
