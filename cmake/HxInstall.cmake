@@ -15,5 +15,6 @@ install(FILES ${CMAKE_BINARY_DIR}/hx-aux.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/
 
 # Access to the devices for a group, the folder of the settings, the automatic backlight as a service.
 install(FILES packaging/70-hx-aux.rules DESTINATION lib/udev/rules.d)
+install(FILES packaging/hxaux-backlight.service DESTINATION lib/systemd/system)
 install(FILES packaging/hx-aux.tmpfiles DESTINATION lib/tmpfiles.d RENAME hx-aux.conf)
 install(FILES packaging/hx-aux.sysusers DESTINATION lib/sysusers.d RENAME hx-aux.conf)

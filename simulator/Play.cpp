@@ -49,10 +49,13 @@ std::string asLine(const std::string& text)
     return line;
 }
 
-void draw(Host& host, const LightPlay& play)
+void draw(Host& host, const LightPlay& play, const LightProfile& profile)
 {
+    const auto luxAt = [&](double seconds) {
+        return profile.luxAt(std::chrono::duration_cast<Time>(std::chrono::duration<double>(seconds)));
+    };
     std::ofstream stream{play.plot, std::ios::binary};
-    stream << lightPlot(host.unit().get<LightTrace>(), std::filesystem::path{play.file}.stem().string());
+    stream << lightPlot(host.unit().get<LightTrace>(), std::filesystem::path{play.file}.stem().string(), luxAt);
     if (!stream.flush())
         throw BadText{"cannot write " + play.plot};
 }
@@ -77,7 +80,7 @@ int playLightWith(const LightPlay& play, const std::vector<std::string>& command
     };
     options.afterwards = [&](Host& host) {
         if (!play.plot.empty())
-            draw(host, play);
+            draw(host, play, profile);
     };
     return runOnOwnUnit(options, command);
 }

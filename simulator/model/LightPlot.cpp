@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <utility>
 
 #include "simulator/model/LightTrace.h"
 
@@ -60,7 +61,8 @@ std::string timeLabel(double seconds, double step)
 
 class Picture {
 public:
-    Picture(const LightTrace& trace, const std::string& title) : trace_{trace}
+    Picture(const LightTrace& trace, const std::string& title, std::function<double(double)> luxAt)
+        : trace_{trace}, luxAt_{std::move(luxAt)}
     {
         if (!trace.readings.empty()) {
             start_ = trace.readings.front().seconds;
@@ -150,24 +152,42 @@ private:
             label(38, yOfLevel(value) + 4, "", std::to_string(value));
         }
     }
-    /// Points closer than half a dot are left out; a day has a hundred thousand readings.
     void light()
     {
+        text_ += "<polyline class=\"s\" points=\"" + thinned(luxAt_ ? lightByTime() : lightByReading()) + "\"/>\n";
+        readings();
+    }
+    std::string lightByTime()
+    {
+        constexpr int kPoints = 1600; // two for each column of the picture
         std::string line;
+        for (int i = 0; i <= kPoints; ++i) {
+            const double seconds = start_ + (end_ - start_) * i / kPoints;
+            line += formatted("%.1f,%.1f ", x(seconds), yOfLux(luxAt_(seconds)));
+        }
+        return line;
+    }
+    std::string lightByReading()
+    {
+        std::string line;
+        for (const LightTrace::Reading& reading : trace_.readings)
+            line += formatted("%.1f,%.1f ", x(reading.seconds), yOfLux(reading.luxSet));
+        return line;
+    }
+    /// Points closer than half a dot are left out; a day has a hundred thousand readings.
+    void readings()
+    {
         double lastX = -1;
         double lastY = -1;
-        std::string dots;
         for (const LightTrace::Reading& reading : trace_.readings) {
             const double atX = x(reading.seconds);
-            line += formatted("%.1f,%.1f ", atX, yOfLux(reading.luxSet));
             const double atY = yOfLux(reading.luxReported);
             if (std::hypot(atX - lastX, atY - lastY) < 0.8)
                 continue;
             lastX = atX;
             lastY = atY;
-            dots += formatted("<circle class=\"r\" cx=\"%.1f\" cy=\"%.1f\" r=\"1.6\"/>\n", atX, atY);
+            text_ += formatted("<circle class=\"r\" cx=\"%.1f\" cy=\"%.1f\" r=\"1.6\"/>\n", atX, atY);
         }
-        text_ += "<polyline class=\"s\" points=\"" + thinned(line) + "\"/>\n" + dots;
     }
     void level()
     {
@@ -200,6 +220,7 @@ private:
     }
 
     const LightTrace& trace_;
+    std::function<double(double)> luxAt_;
     double start_ = 0;
     double end_ = 0;
     double lowestDecade_ = 0;
@@ -209,9 +230,10 @@ private:
 
 } // namespace
 
-std::string lightPlot(const LightTrace& trace, const std::string& title)
+std::string lightPlot(const LightTrace& trace, const std::string& title,
+                      const std::function<double(double seconds)>& luxAt)
 {
-    return Picture{trace, title}.drawn();
+    return Picture{trace, title, luxAt}.drawn();
 }
 
 } // namespace hxsim

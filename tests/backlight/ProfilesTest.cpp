@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 
@@ -28,10 +29,10 @@ hxsim::LightProfile profileOf(const std::string& name)
 /// The automatic backlight with its defaults on a profile that begins when everything has settled at its first light.
 class Played {
 public:
-    Played(const std::string& profile, double seconds)
+    Played(const char* profile, double seconds) : Played{profileOf(profile), seconds} {}
+    Played(const hxsim::LightProfile& light, double seconds)
     {
         unit_.set("light.noise", "1");
-        const hxsim::LightProfile light = profileOf(profile);
         unit_.model<hxsim::LightSensor>()->setLux(light.luxAt({}));
         unit_.sleepFor(30000);
         start_ = double(unit_.now()) / 1000;
@@ -58,7 +59,7 @@ public:
         }
         return {lowest, highest};
     }
-    void record(const std::string& figures) { testing::Test::RecordProperty("figures", figures); }
+    void record(const std::string& figures) { std::printf("%s\n", figures.c_str()); }
 
 private:
     SimulatedUnit unit_;
@@ -126,7 +127,26 @@ TEST(LightProfile, HandThatPassesByChangesNothingAndOneThatRestsDoes)
     const double dark = hand.secondsToNinety(60, 75);
     EXPECT_GT(dark, 3);
     EXPECT_LT(dark, 15);
-    hand.record("dark after " + std::to_string(dark) + " s");
+    hand.record("reversals per hour " + std::to_string(hand.reversalsPerHour()) + ", dark after " +
+                std::to_string(dark) + " s");
+}
+
+TEST(LightStep, IsFollowedAfterTheWindowsAndAtTheSpeedOfTheTransition)
+{
+    const struct {
+        const char* profile;
+        double least;
+        double most;
+    } kRows[] = {{"0 25; 10 25; 10 3000; 60 3000", 8, 16}, {"0 3000; 10 3000; 10 25; 60 25", 8, 16}};
+    for (const auto& row : kRows) {
+        Played step{hxsim::LightProfile::parse(row.profile), 60};
+
+        const double seconds = step.secondsToNinety(10, 59);
+
+        EXPECT_GT(seconds, row.least);
+        EXPECT_LT(seconds, row.most);
+        step.record(std::string{row.profile} + " after " + std::to_string(seconds) + " s");
+    }
 }
 
 TEST(LightPicture, ShowsLightReadingsAndLevels)
