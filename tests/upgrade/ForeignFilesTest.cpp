@@ -42,7 +42,7 @@ bool holds(SimulatedUnit& unit, hxsim::Microcontroller hxsim::Microcontrollers::
 
 // As large as real firmware: more than one segment for the supervisor.
 const Bytes kSupervisor = firmware::pattern(70001, 11);
-const Bytes kFront = firmware::pattern(20002, 12);
+const Bytes kFront = firmware::pattern(24002, 12);
 
 struct HexTool {
     const char* name;
