@@ -36,6 +36,20 @@ TEST(AuxVersion, RefusesAVersionOfAnotherLengthThanFourBytes)
     }
 }
 
+TEST(AuxVersion, RefusesASystemVersionThatCannotBeReadAndClosesItsFile)
+{
+    ScriptedDevice device;
+    AuxVersion* versions = GetAuxVersion();
+    unsigned char v[4] = {7, 7, 7, 7};
+
+    EXPECT_EQ(versions->getOSVersion(&v[0], &v[1], &v[2], &v[3]), ERR_COMMAND_FAILED);
+
+    EXPECT_THAT(v, testing::Each(7));
+    EXPECT_EQ(device.closed, 1);
+    EXPECT_EQ(device.opened.back(), "/etc/firmware.ver");
+    versions->Release();
+}
+
 TEST(VersionGates, AreClosedForAVersionOfAnotherLength)
 {
     ScriptedDevice device;
