@@ -23,10 +23,10 @@ int main()
         worked("get", service->getFileSetting("EXAMPLE_KEY", text, sizeof text)))
         std::printf("EXAMPLE_KEY in the settings file: %s\n", text);
 
-    char key[] = "HWVER"; // the operation takes a writable text
+    char key[] = "PCB_REV"; // the operation takes a writable text
     const unsigned char kMainBoard = 1;
-    if (worked("HWVER", service->getEepromProperty(kMainBoard, key, text, sizeof text)))
-        std::printf("HWVER of the main board: %s\n", text);
+    if (worked("PCB_REV", service->getEepromProperty(kMainBoard, key, text, sizeof text)))
+        std::printf("PCB_REV of the main board: %s\n", text);
     char missing[] = "NO_SUCH_KEY";
     if (service->getEepromProperty(kMainBoard, missing, text, sizeof text) == ERR_JIDA_EEPROM)
         std::printf("NO_SUCH_KEY is not there\n");

@@ -58,7 +58,7 @@ std::string markdownOf(const Object& object, const Verb& verb)
     for (const Argument& option : verb.options)
         text += "- `" + optionTerm(option) + "`: " + explanation(option) + "\n";
     if (verb.repeat == Repeat::Watch)
-        text += "- `--watch`, `--every`, `--count`: see above\n";
+        text += "- `--watch`, `--every SECONDS`, `--count TIMES`\n";
     if (text.back() == '\n' && text[text.size() - 2] != '\n')
         text += "\n";
     return text + "Example: `" + std::string(verb.example) + "`\n\n";
@@ -91,12 +91,16 @@ std::string manualPage()
 
 std::string markdownReference()
 {
-    std::string text;
+    std::string text =
+        "# Reference of hxaux\n\nMade from the verb table by `hxaux --reference`. Every call also takes "
+        "`--json` and `--help`; calls with `--watch`\nrepeat until Ctrl-C, every second or `--every` so many, "
+        "or `--count` times.\n\n";
     for (const Object* object : allObjects()) {
         text += "## " + std::string(object->name) + ": " + std::string(object->help) + "\n\n";
         for (const Verb& verb : object->verbs)
             text += markdownOf(*object, verb);
     }
+    text.pop_back(); // the last section needs no empty line behind it
     return text;
 }
 

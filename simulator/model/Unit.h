@@ -82,7 +82,7 @@ private:
     I2cBus i2c_{clock_};
     std::map<std::string, Memory> memories_;
     std::map<std::string, Node> nodes_;
-    std::set<std::string> files_{"/opt/etc/hxaux.ini"};
+    std::set<std::string> files_{"/opt/etc", "/opt/etc/hxaux.ini"};
     std::set<std::string> absent_;
     std::vector<std::unique_ptr<Hardware>> hardware_; // last: its objects use everything above until they are gone
 };

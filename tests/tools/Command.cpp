@@ -115,6 +115,53 @@ Outcome runOnTerminal(const std::string& command)
     return outcome;
 }
 
+Unit::Unit(const std::vector<std::string>& settings)
+{
+    static int made = 0;
+    name_ = "tool-" + std::to_string(getpid()) + "-" + std::to_string(++made);
+    std::string command = "hx-sim start " + name_;
+    for (const std::string& setting : settings)
+        command += " --set '" + setting + "'";
+    const Outcome outcome = hxtest::run(command);
+    EXPECT_EQ(outcome.status, 0) << outcome;
+}
+
+Unit::~Unit()
+{
+    hxtest::run("hx-sim stop " + name_);
+}
+
+std::string Unit::line(const std::string& command) const
+{
+    return "hx-sim run --unit " + name_ + " -- " + command;
+}
+
+Outcome Unit::run(const std::string& command) const
+{
+    return hxtest::run(line(command));
+}
+
+Outcome Unit::runOnTerminal(const std::string& command) const
+{
+    return hxtest::runOnTerminal(line(command));
+}
+
+void Unit::control(const std::string& command) const
+{
+    const auto space = command.find(' ');
+    const Outcome outcome =
+        hxtest::run("hx-sim " + command.substr(0, space) + " --unit " + name_ + command.substr(space));
+    EXPECT_EQ(outcome.status, 0) << outcome;
+}
+
+std::string Unit::property(const std::string& name) const
+{
+    std::string text = hxtest::run("hx-sim get --unit " + name_ + " " + name).output;
+    while (!text.empty() && text.back() == '\n')
+        text.pop_back();
+    return text;
+}
+
 nlohmann::json jsonOf(const Outcome& outcome)
 {
     nlohmann::json document = nlohmann::json::parse(outcome.output, nullptr, false);

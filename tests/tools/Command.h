@@ -25,6 +25,29 @@ Outcome run(const std::string& command);
 // The same with the output on a terminal of 100 columns; standard error goes there as well.
 Outcome runOnTerminal(const std::string& command);
 
+// A simulated unit of its own, healthy but for what the settings say, for as long as the object lives.
+class Unit {
+public:
+    // Lines of a description: "voltage.0=12", "absent=/dev/adc-id".
+    explicit Unit(const std::vector<std::string>& settings = {});
+    ~Unit();
+    Unit(const Unit&) = delete;
+    Unit& operator=(const Unit&) = delete;
+
+    // A program and its words on the unit: run("hxaux voltage 0"). What stands before it is put before hx-sim.
+    [[nodiscard]] Outcome run(const std::string& command) const;
+    [[nodiscard]] Outcome runOnTerminal(const std::string& command) const;
+    // The whole line of shell that does so, for pipes and programs in the background.
+    [[nodiscard]] std::string line(const std::string& command) const;
+
+    // Commands of hx-sim on this unit: control("set voltage.0 12"), control("fail /dev/adc-id open EIO").
+    void control(const std::string& command) const;
+    [[nodiscard]] std::string property(const std::string& name) const;
+
+private:
+    std::string name_;
+};
+
 // The only JSON document of the output; a test failure when it is none.
 nlohmann::json jsonOf(const Outcome& outcome);
 // One document per line.

@@ -17,11 +17,11 @@ Finding look(int network)
     const std::string interface = "can" + std::to_string(network - 1);
     const std::string path = "/sys/class/net/" + interface + "/can_bittiming/bitrate";
     const std::string item = "CAN network " + std::to_string(network);
-    if (access(path.c_str(), F_OK) != 0)
-        return {item, path + " is missing: the driver of " + interface + " is not loaded",
-                "sudo systemctl restart systemd-modules-load && ip link show " + interface};
     if (access(path.c_str(), R_OK | W_OK) != 0)
-        return {item, path + ": " + std::strerror(errno), "sudo udevadm trigger --subsystem-match=net"};
+        return errno == ENOENT
+                   ? Finding{item, path + " is missing: the driver of " + interface + " is not loaded",
+                             "sudo systemctl restart systemd-modules-load && ip link show " + interface}
+                   : Finding{item, path + ": " + std::strerror(errno), "sudo udevadm trigger --subsystem-match=net"};
     std::ifstream file(path);
     std::string text;
     std::getline(file, text);

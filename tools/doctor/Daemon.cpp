@@ -12,6 +12,7 @@ namespace hxaux::doctor {
 namespace {
 
 constexpr const char* kFifo = "/tmp/hxauxd.fifo";
+constexpr const char* kPlainFile = "is a plain file, made by a shell's '>'";
 constexpr const char* kStart = "sudo systemctl restart hxauxd";
 
 // Opening for writing without waiting succeeds only while somebody reads; nothing is written.
@@ -20,8 +21,8 @@ std::string problemOf(const char* path)
     struct stat status {};
     if (stat(path, &status) != 0)
         return errno == ENOENT ? "missing: the daemon has not run yet" : std::strerror(errno);
-    if (!S_ISFIFO(status.st_mode))
-        return "is no FIFO";
+    if (S_ISREG(status.st_mode))
+        return kPlainFile;
     const int descriptor = open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0)
         return errno == ENXIO ? "nobody reads it: the daemon does not run" : std::strerror(errno);
@@ -33,7 +34,7 @@ std::string mendOf(const std::string& problem)
 {
     if (problem == std::strerror(EACCES))
         return "sudo adduser \"$USER\" hxaux   # and log in again";
-    return problem == "is no FIFO" ? std::string("sudo rm ") + kFifo + " && " + kStart : kStart;
+    return problem == kPlainFile ? std::string("sudo rm ") + kFifo + " && " + kStart : kStart;
 }
 
 } // namespace
