@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // What the processes of these tests do, chosen by the first word. Lines of output tell the test how far they are.
+#include "hx-aux/Buzzer.h"
 #include "settings/IniSettings.h"
 
 #include <unistd.h>
@@ -116,6 +117,17 @@ int setFree(const char* name)
     return 0;
 }
 
+/// TIME HOW: beeps, "waiting" or "aside" on a thread, and says what was answered; stays for the thread's sake.
+int beep(int time, const std::string& how)
+{
+    Buzzer* buzzer = GetBuzzer();
+    say("answer " + std::to_string(buzzer->buzze(time, how == "waiting")));
+    if (how == "aside")
+        waitToBeKilled();
+    buzzer->Release();
+    return 0;
+}
+
 } // namespace
 
 int main(int count, char** words)
@@ -127,6 +139,8 @@ int main(int count, char** words)
         return read(words[2], std::atoi(words[3]));
     if (deed == "set" && count == 4)
         return set(words[2], words[3]);
+    if (deed == "beep" && count == 4)
+        return beep(std::atoi(words[2]), words[3]);
     if (deed == "hold")
         return hold();
     if (deed == "rewrite")

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// One beep at a time over all programs of a unit.
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "tests/processes/Process.h"
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr const char* kLongTime = "600000";
+
+/// Looks until it is so; false after a minute.
+template <class Claim>
+bool becomes(Claim claim)
+{
+    for (int i = 0; i < 600; ++i) {
+        if (claim())
+            return true;
+        std::this_thread::sleep_for(100ms);
+    }
+    return false;
+}
+
+bool sounds(const SharedUnit& unit)
+{
+    return becomes([&] { return unit.control("get", {"buzzer.sounding"}).find("on") != std::string::npos; });
+}
+
+TEST(SharedBuzzer, RefusesASecondProgramWhileABeepRunsAside)
+{
+    const SharedUnit unit;
+    Process first = unit.child({"beep", kLongTime, "aside"});
+    ASSERT_EQ(first.line(), "answer 0");
+
+    EXPECT_EQ(unit.child({"beep", "1", "waiting"}).line(), "answer 11");
+    EXPECT_EQ(unit.child({"beep", "1", "aside"}).line(), "answer 11");
+}
+
+TEST(SharedBuzzer, RefusesASecondProgramWhileAnotherWaitsForItsBeep)
+{
+    const SharedUnit unit;
+    Process first = unit.child({"beep", kLongTime, "waiting"});
+    ASSERT_TRUE(sounds(unit));
+
+    EXPECT_EQ(unit.child({"beep", "1", "waiting"}).line(), "answer 11");
+}
+
+TEST(SharedBuzzer, IsFreeForTheNextProgramAfterABeep)
+{
+    const SharedUnit unit;
+    ASSERT_EQ(unit.child({"beep", "20", "waiting"}).line(), "answer 0");
+    Process aside = unit.child({"beep", "20", "aside"});
+    ASSERT_EQ(aside.line(), "answer 0");
+
+    EXPECT_TRUE(becomes([&] { return unit.child({"beep", "20", "waiting"}).line() == "answer 0"; }));
+}
+
+TEST(SharedBuzzer, StaysLockedWhenAProgramIsKilledInItsBeep)
+{
+    const SharedUnit unit;
+    Process first = unit.child({"beep", kLongTime, "waiting"});
+    ASSERT_TRUE(sounds(unit));
+    first.kill();
+
+    EXPECT_EQ(unit.child({"beep", "1", "waiting"}).line(), "answer 11");
+    EXPECT_EQ(unit.hxaux({"buzzer", "beep", "1"}).status, 5);
+}
+
+TEST(SharedBuzzer, SoundsAgainAfterItsLockWasReset)
+{
+    const SharedUnit unit;
+    Process first = unit.child({"beep", kLongTime, "waiting"});
+    ASSERT_TRUE(sounds(unit));
+    first.kill();
+
+    ASSERT_EQ(unit.hxaux({"locks", "reset", "HXAUX_BUZZING_IN_PROGRESS", "--force"}).status, 0);
+
+    EXPECT_EQ(unit.child({"beep", "1", "waiting"}).line(), "answer 0");
+}
+
+} // namespace
