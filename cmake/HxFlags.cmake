@@ -19,8 +19,9 @@ add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=." -fno-omit-frame-po
 
 find_program(HX_CCACHE ccache)
 if(HX_CCACHE)
+  add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>) # lets the cache see through precompiled headers
   set(CMAKE_C_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_NOHASHDIR=1
-      CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} ${HX_CCACHE})
+      CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_SLOPPINESS=pch_defines,time_macros ${HX_CCACHE})
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_C_COMPILER_LAUNCHER})
 endif()
 

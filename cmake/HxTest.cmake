@@ -5,6 +5,12 @@ set(INSTALL_GTEST OFF)
 add_subdirectory(${HX_GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 include(GoogleTest)
 
+# Tests run once: neither optimisation nor more of debugging than line numbers pays.
+set(HX_TEST_OPTIONS -g1)
+if(NOT HX_SANITIZE)
+  list(APPEND HX_TEST_OPTIONS -O0)
+endif()
+
 # hx_add_test(name sources...): a program of GoogleTest cases over the internal archive, with the simulated unit's
 # linked door in front of the C library. Tests are compiled without optimisation: they run once.
 function(hx_add_test name)
@@ -26,13 +32,20 @@ function(hx_add_scripted_test name)
   target_link_libraries(${name} PRIVATE hx-aux-internal)
 endfunction()
 
+# The test framework's headers cost more to compile than most tests: they are compiled once for all programs.
+file(GENERATE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/precompiled.cpp CONTENT "int main() {}\n")
+add_executable(hx_test_precompiled EXCLUDE_FROM_ALL ${CMAKE_CURRENT_BINARY_DIR}/precompiled.cpp)
+target_link_libraries(hx_test_precompiled PRIVATE GTest::gmock hx_warnings)
+target_compile_options(hx_test_precompiled PRIVATE ${HX_TEST_OPTIONS})
+target_precompile_headers(hx_test_precompiled PRIVATE <gmock/gmock.h> <gtest/gtest.h> <array> <functional> <map>
+                          <memory> <optional> <set> <string> <thread> <vector>)
+
 function(hx_add_test_on support name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE ${support} hx_warnings)
-  if(NOT HX_SANITIZE)
-    target_compile_options(${name} PRIVATE -O0)
-  endif()
-  set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+  target_compile_options(${name} PRIVATE ${HX_TEST_OPTIONS})
+  target_precompile_headers(${name} REUSE_FROM hx_test_precompiled)
+  set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON DEFINE_SYMBOL "" RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
   gtest_discover_tests(${name} TEST_PREFIX "${HX_TEST_LABEL}:" DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
 endfunction()
 
