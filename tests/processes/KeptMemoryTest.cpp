@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "tests/processes/Process.h"
+
+namespace {
+
+/// A folder of this test alone.
+class KeptFolder {
+public:
+    KeptFolder()
+    {
+        char pattern[] = "/tmp/hx-kept-XXXXXX";
+        path_ = mkdtemp(pattern);
+    }
+    ~KeptFolder() { std::filesystem::remove_all(path_); }
+    KeptFolder(const KeptFolder&) = delete;
+    KeptFolder& operator=(const KeptFolder&) = delete;
+    [[nodiscard]] const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
+/// Runs hxaux on a unit of its own whose memories are kept in the folder.
+std::string hxauxOn(const KeptFolder& folder, const std::vector<std::string>& words)
+{
+    std::vector<std::string> command{HXSIM_PROGRAM, "run",         "--scale", "10",
+                                     "--keep",      folder.path(), "--",      HXAUX_PROGRAM};
+    command.insert(command.end(), words.begin(), words.end());
+    return Process{command}.rest();
+}
+
+TEST(KeptMemory, OutlastsTheUnit)
+{
+    const KeptFolder folder;
+    ASSERT_EQ(hxauxOn(folder, {"eeprom", "set", "UNIT_SERIAL", "kept"}), "");
+
+    EXPECT_EQ(hxauxOn(folder, {"eeprom", "get", "UNIT_SERIAL"}), "UNIT_SERIAL: kept\n");
+}
+
+TEST(KeptMemory, OutlastsAUnitThatIsKilled)
+{
+    const KeptFolder folder;
+    const std::string name = "kept-" + std::to_string(getpid());
+    ASSERT_EQ((Process{{HXSIM_PROGRAM, "start", "--keep", folder.path(), name}}.status()), 0);
+    (void)Process{{HXSIM_PROGRAM, "do", "--unit", name, "production", "main", "UNIT_SERIAL", "survivor"}}.status();
+    const char* base = std::getenv("XDG_RUNTIME_DIR");
+    std::ifstream stream{std::string{base != nullptr && *base != '\0' ? base : "/tmp"} + "/hx-sim-" +
+                         std::to_string(getuid()) + '/' + name + "/pid"};
+    pid_t host = 0;
+    ASSERT_TRUE(stream >> host);
+    ASSERT_EQ(kill(host, SIGKILL), 0);
+
+    EXPECT_EQ(hxauxOn(folder, {"eeprom", "get", "UNIT_SERIAL"}), "UNIT_SERIAL: survivor\n");
+}
+
+TEST(KeptMemory, RefusesAFileOfAnotherSize)
+{
+    const KeptFolder folder;
+    std::ofstream{folder.path() + "/eeprom-main.bin"} << "short";
+
+    EXPECT_NE(hxauxOn(folder, {"eeprom", "get", "UNIT_SERIAL"}).find("has not the size of this memory"),
+              std::string::npos);
+}
+
+} // namespace
