@@ -52,8 +52,7 @@ void TelematicsBoard::describe()
     properties.readOnly(
         "telematics.wlan", [this] { return wlanRuns() ? "on" : "off"; }, "whether the WLAN module runs");
     properties.readOnly(
-        "telematics.wlan-power", [this] { return wlanPowered() ? "on" : "off"; },
-        "whether the WLAN module has power");
+        "telematics.wlan-power", [this] { return wlanPowered() ? "on" : "off"; }, "whether the WLAN module has power");
     for (const std::uint8_t number : {GpioExpander::kDirections, GpioExpander::kLatch})
         properties.number(number == GpioExpander::kLatch ? "expander.latch" : "expander.directions",
                           expander.registers[number], 0, 255, "register of the GPIO expander");
