@@ -61,7 +61,7 @@ TEST(UpgradeVerb, RefusesABadFileWithoutTheUnit)
 {
     const Folder folder;
     std::string wrong = supervisorText();
-    wrong[wrong.size() - 20] = wrong[wrong.size() - 20] == '0' ? '1' : '0';
+    wrong[30] = wrong[30] == '0' ? '1' : '0';
     const auto check = [&](const std::string& target, const std::string& text) {
         return run("hxaux upgrade " + target + " " + folder.file("bad", text) + " --dry-run");
     };

@@ -79,7 +79,7 @@ std::string intelHex(const Bytes& image, std::uint32_t start)
 std::string intelHexOfSize(std::size_t size, const Bytes& image)
 {
     const std::string text = intelHex(image);
-    return std::string(size - text.size(), '\n') + text;
+    return text + std::string(size - text.size(), '\n');
 }
 
 std::string mcs(const Bytes& image)

@@ -22,7 +22,7 @@ inline constexpr std::string_view kEnd = ":00000001FF\n";
 Bytes pattern(std::size_t size, unsigned seed = 1);
 /// A whole HEX file for the start of the flash, in records of 16 bytes.
 std::string intelHex(const Bytes& image, std::uint32_t start = 0x08000000);
-/// The same, made so long by empty lines that it has the size of a microcontroller's firmware file.
+/// The same, made so long by empty lines behind its end that it has the size of a microcontroller's firmware file.
 std::string intelHexOfSize(std::size_t size, const Bytes& image);
 /// A whole MCS file in full records; the image's size is a multiple of 16.
 std::string mcs(const Bytes& image);

@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// Upgrades through the shared library and the command line tool, on a unit that several processes share.
+#include "tests/processes/Process.h"
+#include "tests/upgrade/FirmwareTexts.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+const std::string kFree = "uart.paced = no";
+
+/// Firmware files of this test alone.
+class Files {
+public:
+    Files()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "hx-upgrade-XXXXXX").string();
+        path_ = mkdtemp(name.data());
+    }
+    ~Files() { std::filesystem::remove_all(path_); }
+    Files(const Files&) = delete;
+    Files& operator=(const Files&) = delete;
+
+    [[nodiscard]] std::string supervisor(std::size_t size) const
+    {
+        return file("ss.hex", firmware::intelHexOfSize(150000, firmware::pattern(size)));
+    }
+    [[nodiscard]] std::string front(std::size_t size) const
+    {
+        return file("front.hex", firmware::intelHexOfSize(90000, firmware::pattern(size)));
+    }
+    [[nodiscard]] std::string fpga(std::size_t size) const
+    {
+        return file("fpga.mcs", firmware::mcs(firmware::pattern(size)));
+    }
+
+private:
+    [[nodiscard]] std::string file(const std::string& name, const std::string& text) const
+    {
+        std::ofstream{path_ / name, std::ios::binary} << text;
+        return path_ / name;
+    }
+
+    std::filesystem::path path_;
+};
+
+/// Starts an upgrade that takes seconds, and waits until it writes.
+Process startedUpgrade(const SharedUnit& unit, const std::string& file)
+{
+    Process run = unit.start({"upgrade", "front", file});
+    for (std::string line = run.line(); line != "phase: writing"; line = run.line())
+        if (line == "(ended)" || line == "(silent)")
+            break;
+    return run;
+}
+
+std::string trimmed(std::string text)
+{
+    while (!text.empty() && text.back() == '\n')
+        text.pop_back();
+    return text;
+}
+
+} // namespace
+
+TEST(UpgradeTool, WritesAndVerifiesEveryTarget)
+{
+    const SharedUnit unit({kFree});
+    const Files files;
+
+    for (const auto& [target, file] : {std::pair{"ss", files.supervisor(30001)}, std::pair{"front", files.front(20000)},
+                                       std::pair{"fpga", files.fpga(8000)}}) {
+        EXPECT_EQ(unit.hxaux({"verify", target, file}).status, 4) << target;
+        const auto written = unit.hxaux({"upgrade", target, file});
+        EXPECT_EQ(written.status, 0) << written.output;
+        EXPECT_THAT(written.output, HasSubstr("written and verified: ")) << target;
+        EXPECT_EQ(unit.hxaux({"verify", target, file}).status, 0) << target;
+    }
+}
+
+TEST(UpgradeTool, TellsThePhasesAsJson)
+{
+    const SharedUnit unit({kFree});
+    const Files files;
+
+    std::istringstream lines{unit.hxaux({"upgrade", "ss", files.supervisor(30000), "--json"}).output};
+
+    std::vector<std::string> phases;
+    nlohmann::json document;
+    for (std::string line; std::getline(lines, line);) {
+        document = nlohmann::json::parse(line);
+        if (document["result"].contains("phase") && (phases.empty() || phases.back() != document["result"]["phase"]))
+            phases.push_back(document["result"]["phase"]);
+    }
+    EXPECT_THAT(phases, testing::IsSupersetOf({"reading file", "writing", "verifying"}));
+    EXPECT_EQ(document["result"]["written and verified"], 30000);
+    EXPECT_EQ(document["status"], 0);
+}
+
+TEST(UpgradeTool, HasNoConnectionWithoutThePort)
+{
+    const SharedUnit unit({kFree, "absent = /dev/ttyS0"});
+    const Files files;
+
+    const auto told = unit.hxaux({"upgrade", "ss", files.supervisor(100)});
+
+    EXPECT_EQ(told.status, 6);
+    EXPECT_THAT(told.output, HasSubstr("connecting: Open failed (1)"));
+}
+
+TEST(UpgradeTool, IsRefusedByAFlashThatIsNotReady)
+{
+    const SharedUnit unit({"fpga.status = 1"});
+    const Files files;
+
+    const auto told = unit.hxaux({"upgrade", "fpga", files.fpga(160)});
+
+    EXPECT_EQ(told.status, 1);
+    EXPECT_THAT(told.output, HasSubstr("preparing: Initialisation failed (13)"));
+}
+
+TEST(UpgradeTool, EndsWithADifferenceWhenABitReadsBackWrongly)
+{
+    const SharedUnit unit({kFree, "front.flip-read-at = 300"});
+    const Files files;
+
+    const auto told = unit.hxaux({"upgrade", "front", files.front(1000)});
+
+    EXPECT_EQ(told.status, 4);
+    EXPECT_THAT(told.output, HasSubstr("verifying: Verify failed (14)"));
+}
+
+TEST(UpgradeTool, RefusesFirmwareForTheOtherMicrocontroller)
+{
+    const SharedUnit unit({kFree});
+    const Files files;
+
+    EXPECT_EQ(unit.hxaux({"upgrade", "front", files.supervisor(100)}).status, 3) << "it is too long";
+    EXPECT_EQ(trimmed(unit.control("get", {"front.state"})), "running");
+}
+
+TEST(UpgradeTool, IsBusyWhileAnotherProcessUpgrades)
+{
+    const SharedUnit unit;
+    const Files files;
+    Process first = startedUpgrade(unit, files.front(12000));
+
+    const auto second = unit.hxaux({"upgrade", "fpga", files.fpga(160)});
+
+    EXPECT_EQ(second.status, 5);
+    EXPECT_THAT(second.output, HasSubstr("Function in progress (11)"));
+    EXPECT_EQ(first.status(), 0) << "the running job is left alone";
+    EXPECT_EQ(unit.hxaux({"upgrade", "fpga", files.fpga(160)}).status, 0);
+}
+
+TEST(UpgradeTool, GoesOnAfterOneSignalAndExplainsWhy)
+{
+    const SharedUnit unit;
+    const Files files;
+    Process run = startedUpgrade(unit, files.front(12000));
+
+    ::kill(run.pid(), SIGINT);
+
+    EXPECT_THAT(run.rest(), HasSubstr("cannot be stopped without leaving the target without firmware"));
+    EXPECT_EQ(run.status(), 0);
+}
+
+TEST(UpgradeTool, EndsAfterASecondSignalAndTellsTheWayOn)
+{
+    const SharedUnit unit;
+    const Files files;
+    const std::string file = files.front(12000);
+    Process run = startedUpgrade(unit, file);
+
+    ::kill(run.pid(), SIGINT);
+    for (std::string line = run.line(); line.find("cannot be stopped") == std::string::npos; line = run.line())
+        ASSERT_NE(line, "(ended)");
+    ::kill(run.pid(), SIGINT);
+
+    EXPECT_THAT(run.rest(), HasSubstr("hxaux locks reset HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS"));
+    EXPECT_EQ(run.status(), 128 + SIGINT);
+    EXPECT_EQ(unit.hxaux({"upgrade", "front", file}).status, 5);
+    EXPECT_EQ(unit.hxaux({"locks", "reset", "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS"}).status, 0);
+    EXPECT_EQ(unit.hxaux({"upgrade", "front", file}).status, 0);
+}
+
+TEST(ShutdownTool, AsksTheDaemon)
+{
+    const SharedUnit unit;
+
+    EXPECT_EQ(unit.hxaux({"shutdown"}).status, 0);
+
+    EXPECT_THAT(unit.control("get", {"daemon.commands"}), HasSubstr("129"));
+}
+
+TEST(ShutdownTool, IsRefusedWithoutTheDaemon)
+{
+    const SharedUnit unit({"daemon.running = no"});
+
+    const auto told = unit.hxaux({"shutdown"});
+
+    EXPECT_EQ(told.status, 1);
+    EXPECT_THAT(told.output, HasSubstr("Failed to execute command (17)"));
+}
