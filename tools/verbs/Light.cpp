@@ -44,7 +44,7 @@ public:
     {
         const Filter filter = storedFilter();
         call.check(sensor_->startAverageCalc(filter.average, filter.reject, filter.spread, filter.mode));
-        std::this_thread::sleep_for(900ms); // the first sample comes after 800 ms
+        waitForFirstSample();
     }
     ~Averaging() { sensor_->stopAverageCalc(); }
     Averaging(const Averaging&) = delete;
@@ -53,6 +53,19 @@ public:
     Lightsensor& sensor() { return *sensor_; }
 
 private:
+    // It comes after 800 ms, later on a busy machine. Until then the average is 0, as it stays in the dark.
+    void waitForFirstSample()
+    {
+        unsigned short average = 0;
+        unsigned short lux = 1;
+        for (int tries = 0; tries < 60 && average == 0; ++tries) {
+            std::this_thread::sleep_for(100ms);
+            (void)sensor_->getAverageIlluminance(&average);
+            if (tries > 20 && sensor_->getIlluminance(&lux) == Halvix::ERR_SUCCESS && lux == 0)
+                return;
+        }
+    }
+
     Interface<Lightsensor> sensor_;
 };
 

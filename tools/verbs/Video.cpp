@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/Video.h"
+#include "hx-aux/HXAuxPrivate.h"
 #include "tools/Call.h"
 #include "tools/Interface.h"
 #include "tools/Objects.h"
@@ -354,6 +355,13 @@ Verb shortVerb(std::string_view name, std::string_view help, std::string_view ex
             .details = kOpening};
 }
 
+void resume(Call& call)
+{
+    const Interface<Halvix::HXAuxPrivate> service(GetHXAuxPrivate());
+    (void)service->resumeVideo(); // answers failure whatever the driver did
+    call.note("request sent; the outcome is not known");
+}
+
 } // namespace
 
 const Object objects::Video{
@@ -393,6 +401,10 @@ const Object objects::Video{
              {real("for", 0.01, 86400, "s", "restores the area after this time, or at a signal").optional()}),
         verb("restore", "Sets the area that this run has minimised: in a run of its own always zeros.",
              "hxaux video restore 1", restore),
+        Verb{.name = "resume",
+             .help = "Asks the driver to resume the video path after it was suspended.",
+             .example = "hxaux video resume",
+             .run = resume},
         verb("snapshot", "Asks for a snapshot; this library supports none.", "hxaux video snapshot 1 file picture.bmp",
              snapshot, {choice("kind", kSnapshots, "what to ask for"), file("path", "where to").optional()}),
     }};
