@@ -1,0 +1,306 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// The microcontrollers' ROM bootloader as the simulated unit has it, asked over the unit's serial node.
+#include <gmock/gmock.h>
+
+#include "simulator/model/FpgaFlash.h"
+#include "simulator/model/Microcontroller.h"
+#include "simulator/model/ServiceUart.h"
+#include "simulator/model/UartRouting.h"
+
+namespace {
+
+using namespace hxsim;
+using Bytes = std::vector<std::uint8_t>;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint8_t kAck = 0x79;
+constexpr std::uint8_t kNack = 0x1F;
+
+/// A unit whose line leads to the supervisor in its bootloader.
+class Line {
+public:
+    explicit Line(bool paced = false)
+    {
+        unit.get<ServiceUart>().paced = paced;
+        settings(115200, 'e');
+        request(0x4001004C, {0x96});
+        request(0x4001004B, {1});
+    }
+
+    void settings(std::uint32_t baud, char parity) { port().setLine(LineSettings{baud, 8, parity, 1, 0, 30, false}); }
+    int request(std::uint32_t code, const Bytes& in)
+    {
+        Node& node = *unit.findNode("/dev/uart-redir");
+        return node.ioctl(*node.open(0), code, in, {});
+    }
+    /// What the target answers to these bytes within a second.
+    Bytes ask(const Bytes& bytes)
+    {
+        const auto file = port().open(0);
+        (void)port().write(*file, bytes);
+        unit.clock().advanceTo(unit.clock().now() + std::chrono::seconds{1});
+        Bytes answer(600);
+        const Outcome outcome = port().read(*file, answer, unit.clock().now());
+        answer.resize(outcome.waits ? 0 : std::size_t(outcome.result));
+        return answer;
+    }
+    Bytes write(std::uint32_t address, const Bytes& data)
+    {
+        if (Bytes answer = at(0x31, address); answer != Bytes{kAck})
+            return answer;
+        Bytes frame{std::uint8_t(data.size() - 1)};
+        frame.insert(frame.end(), data.begin(), data.end());
+        std::uint8_t sum = 0;
+        for (const std::uint8_t byte : frame)
+            sum ^= byte;
+        frame.push_back(sum);
+        return ask(frame);
+    }
+    /// A command with an address; the answer to the address.
+    Bytes at(std::uint8_t command, std::uint32_t address)
+    {
+        EXPECT_THAT(ask({command, std::uint8_t(~command)}), ElementsAre(kAck));
+        const Bytes bytes{std::uint8_t(address >> 24), std::uint8_t(address >> 16), std::uint8_t(address >> 8),
+                          std::uint8_t(address)};
+        return ask({bytes[0], bytes[1], bytes[2], bytes[3], std::uint8_t(bytes[0] ^ bytes[1] ^ bytes[2] ^ bytes[3])});
+    }
+    Microcontroller& chip() { return unit.get<Microcontrollers>().supervisor; }
+
+    Unit unit;
+
+private:
+    Node& port() { return *unit.findNode("/dev/ttyS0"); }
+};
+
+} // namespace
+
+TEST(BootloaderModel, SynchronisesOnceAndThenTakesCommands)
+{
+    Line line;
+
+    EXPECT_THAT(line.ask({0x7F}), ElementsAre(kAck));
+    EXPECT_THAT(line.ask({0x7F, 0x7F}), ElementsAre(kNack)) << "a command without its complement";
+}
+
+TEST(BootloaderModel, DoesNotAnswerAtOtherLineSettings)
+{
+    Line line;
+    line.settings(115200, 'n');
+    EXPECT_THAT(line.ask({0x7F}), IsEmpty());
+    line.settings(230400, 'e');
+    EXPECT_THAT(line.ask({0x7F}), IsEmpty());
+    line.settings(9600, 'e');
+    EXPECT_THAT(line.ask({0x7F}), ElementsAre(kAck)) << "it learns slower rates";
+}
+
+TEST(BootloaderModel, ListsItsCommandsAndItsProduct)
+{
+    Line line;
+    line.ask({0x7F});
+
+    EXPECT_THAT(line.ask({0x00, 0xFF}),
+                ElementsAre(kAck, 11, 0x22, 0x00, 0x01, 0x02, 0x11, 0x21, 0x31, 0x43, 0x63, 0x73, 0x82, 0x92, kAck));
+    EXPECT_THAT(line.ask({0x01, 0xFE}), ElementsAre(kAck, 0x22, 0, 0, kAck));
+    EXPECT_THAT(line.ask({0x02, 0xFD}), ElementsAre(kAck, 1, 0x04, 0x14, kAck));
+}
+
+TEST(BootloaderModel, RefusesAnUnknownCommand)
+{
+    Line line;
+    line.ask({0x7F});
+
+    EXPECT_THAT(line.ask({0x44, 0xBB}), ElementsAre(kNack));
+}
+
+TEST(BootloaderModel, OnlyClearsBitsUntilItErases)
+{
+    Line line;
+    line.ask({0x7F});
+    line.chip().flash[0] = 0xF0;
+    line.chip().flash[1] = 0xFF;
+
+    EXPECT_THAT(line.write(0x08000000, {0x3C, 0x55}), ElementsAre(kAck));
+
+    EXPECT_EQ(line.chip().flash[0], 0x30);
+    EXPECT_EQ(line.chip().flash[1], 0x55);
+    line.ask({0x43, 0xBC});
+    EXPECT_THAT(line.ask({0xFF, 0x00}), ElementsAre(kAck));
+    EXPECT_EQ(line.chip().flash[0], 0xFF);
+}
+
+TEST(BootloaderModel, ErasesSinglePages)
+{
+    Line line;
+    line.ask({0x7F});
+    line.chip().flash[2048] = line.chip().flash[4096] = 0;
+
+    line.ask({0x43, 0xBC});
+    EXPECT_THAT(line.ask({0x00, 0x01, 0x01}), ElementsAre(kAck));
+
+    EXPECT_EQ(line.chip().flash[2048], 0xFF);
+    EXPECT_EQ(line.chip().flash[4096], 0);
+}
+
+TEST(BootloaderModel, RefusesToWriteOutsideFlashAndRam)
+{
+    Line line;
+    line.ask({0x7F});
+
+    EXPECT_THAT(line.write(0x1FFFF800, {1, 2}), ElementsAre(kNack)) << "option bytes";
+    EXPECT_THAT(line.write(0x20000000, {1, 2}), ElementsAre(kNack)) << "the bootloader's own RAM";
+    EXPECT_THAT(line.write(0x08080000, {1, 2}), ElementsAre(kNack)) << "behind the flash";
+    EXPECT_THAT(line.write(0x20000200, {1, 2}), ElementsAre(kAck));
+    EXPECT_EQ(line.chip().ram[0x201], 2);
+}
+
+TEST(BootloaderModel, RefusesWrongChecksumsAndUnevenBlocks)
+{
+    Line line;
+    line.ask({0x7F});
+
+    EXPECT_THAT(line.write(0x08000000, {1, 2, 3}), ElementsAre(kNack)) << "flash is written in half-words";
+    line.at(0x31, 0x08000000);
+    EXPECT_THAT(line.ask({0x01, 0x00, 0x00, 0x00}), ElementsAre(kNack));
+    line.ask({0x31, 0xCE});
+    EXPECT_THAT(line.ask({0x08, 0, 0, 0, 0x09}), ElementsAre(kNack));
+}
+
+TEST(BootloaderModel, ReadsWhatWasWritten)
+{
+    Line line;
+    line.ask({0x7F});
+    line.write(0x20000300, {0xDE, 0xAD});
+
+    line.at(0x11, 0x20000300);
+    EXPECT_THAT(line.ask({1, 0xFE}), ElementsAre(kAck, 0xDE, 0xAD));
+}
+
+TEST(BootloaderModel, StartsAProgramAndIsGoneThen)
+{
+    Line line;
+    line.ask({0x7F});
+
+    EXPECT_THAT(line.at(0x21, 0x20000200), ElementsAre(kAck));
+
+    EXPECT_EQ(line.chip().state, Microcontroller::State::Running);
+    EXPECT_EQ(line.chip().startedAt, 0x20000200U);
+    EXPECT_THAT(line.ask({0x00, 0xFF}), IsEmpty());
+}
+
+TEST(BootloaderModel, ProtectsSectorsFromWritingUntilItIsTold)
+{
+    Line line;
+    line.ask({0x7F});
+    line.chip().flash[0] = line.chip().flash[1] = 0xFF;
+    line.ask({0x63, 0x9C});
+    EXPECT_THAT(line.ask({0x00, 0x00, 0x00}), ElementsAre(kAck));
+    line.ask({0x7F});
+
+    line.write(0x08000000, {0, 0});
+    EXPECT_EQ(line.chip().flash[0], 0xFF);
+
+    EXPECT_THAT(line.ask({0x73, 0x8C}), ElementsAre(kAck, kAck));
+    line.ask({0x7F});
+    line.write(0x08000000, {0, 0});
+    EXPECT_EQ(line.chip().flash[0], 0);
+}
+
+TEST(BootloaderModel, HidesAProtectedFlashAndErasesItWhenTheProtectionGoes)
+{
+    Line line;
+    line.ask({0x7F});
+    EXPECT_THAT(line.ask({0x82, 0x7D}), ElementsAre(kAck, kAck));
+    line.ask({0x7F});
+    EXPECT_THAT(line.ask({0x11, 0xEE}), ElementsAre(kNack));
+
+    EXPECT_THAT(line.ask({0x92, 0x6D}), ElementsAre(kAck, kAck));
+
+    EXPECT_EQ(line.chip().flash[0], 0xFF);
+}
+
+TEST(BootloaderModel, IsHeardOnlyWhereTheLineLeads)
+{
+    Line line;
+    line.request(0x4001004B, {2});
+
+    EXPECT_THAT(line.ask({0x7F}), IsEmpty()) << "the front-panel controller runs its firmware";
+}
+
+TEST(BootloaderModel, OfTheFrontControllerStartsOnlyWhenTheSupervisorLeavesItAlone)
+{
+    Line line;
+    EXPECT_EQ(line.request(0x40010050, {}), -EBUSY);
+
+    EXPECT_EQ(line.request(0x4001004C, {0x0F}), 0);
+    EXPECT_EQ(line.request(0x40010050, {}), 0);
+    line.request(0x4001004B, {2});
+
+    EXPECT_THAT(line.ask({0x7F}), ElementsAre(kAck));
+}
+
+TEST(BootloaderModel, StartsTheFirmwareWhenTheLineTurnsBack)
+{
+    Line line;
+    line.request(0x4001004B, {0});
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "running");
+
+    line.request(0x4001004C, {0x96});
+    line.request(0x4001004B, {1});
+    line.chip().flash.assign(line.chip().flash.size(), 0xFF);
+    line.request(0x4001004B, {0});
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "no firmware");
+}
+
+TEST(PacedWire, TakesElevenBitsForEachByte)
+{
+    Line line{true};
+    const auto file = line.unit.findNode("/dev/ttyS0")->open(0);
+    (void)line.unit.findNode("/dev/ttyS0")->write(*file, Bytes{0x7F});
+    const Time passed{std::int64_t{1'000'000'000} * 11 / 115200};
+
+    EXPECT_EQ(line.unit.clock().nextDeadline(), passed);
+    line.unit.clock().advanceTo(passed);
+    EXPECT_EQ(line.unit.clock().nextDeadline(), 2 * passed) << "the answer";
+}
+
+TEST(PowerOfAMicrocontroller, LeavesHalfOfAnInterruptedErase)
+{
+    Line line;
+    line.ask({0x7F});
+    line.ask({0x43, 0xBC});
+    const auto file = line.unit.findNode("/dev/ttyS0")->open(0);
+    (void)line.unit.findNode("/dev/ttyS0")->write(*file, Bytes{0xFF, 0x00});
+    line.chip().flash.back() = 0x00;
+
+    line.unit.actions().run("cut", {"ss"});
+
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "off");
+    EXPECT_EQ(line.chip().flash.front(), 0xFF);
+    EXPECT_EQ(line.chip().flash.back(), 0x00);
+    line.unit.actions().run("restore", {"ss"});
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "no firmware");
+}
+
+TEST(FpgaFlashModel, RefusesBlocksOutsideItsFlash)
+{
+    Unit unit;
+    Node& node = *unit.findNode("/dev/fpgaflash");
+    const auto file = node.open(0);
+    Bytes block(536);
+    const auto ask = [&](std::uint32_t code, std::uint32_t length, std::uint32_t position) {
+        for (int i = 0; i < 4; ++i) {
+            block[std::size_t(i)] = std::uint8_t(length >> 8 * i);
+            block[std::size_t(i) + 4] = std::uint8_t(position >> 8 * i);
+        }
+        Bytes out(536);
+        return node.ioctl(*file, code, block, out);
+    };
+
+    for (const std::uint32_t code : {0xC218004EU, 0xC218004FU}) {
+        EXPECT_EQ(ask(code, 0, 0), -EINVAL);
+        EXPECT_EQ(ask(code, 529, 0), -EINVAL);
+        EXPECT_EQ(ask(code, 528, 0xFFFFFFFF), -EINVAL);
+        EXPECT_EQ(ask(code, 528, 528), 0);
+    }
+}
