@@ -88,7 +88,7 @@ TEST(FirmwareUpgradeExample, SaysWhatIsWrongWithAFile)
     const Unit unit;
 
     EXPECT_THAT(unit.run(kPrograms + "/firmware-upgrade /nonexistent.hex"),
-                AllOf(outputMatches("failed"), statusIs(1)));
+                AllOf(outputIs("start: Open failed (1)\n"), statusIs(1)));
 }
 
 TEST(Dashboard, ShowsEachLineOnceWhileNothingChanges)
