@@ -118,11 +118,10 @@ void Host::run(int alsoWatched, const std::function<bool()>& seen)
 
 void Host::accept()
 {
-    const int fd = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-    if (fd >= 0) {
+    // Never waits for a program: one that does not listen loses what it is told.
+    const int fd = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    if (fd >= 0)
         connections_.emplace(fd, Connection{fd});
-        receive(fd); // who connects speaks at once
-    }
 }
 
 void Host::receive(int fd)
@@ -132,10 +131,11 @@ void Host::receive(int fd)
         return;
     Packet packet;
     std::size_t size = 0;
-    if (receivePacket(fd, packet.head, buffer_, size, true) != Received::Packet) {
+    const Received received = receivePacket(fd, packet.head, buffer_, size, true);
+    if (received == Received::Gone)
         drop(fd);
-        return;
-    }
+    if (received != Received::Packet)
+        return; // what was announced may have been taken on the way
     packet.bytes.assign(buffer_.begin(), buffer_.begin() + std::ptrdiff_t(size));
     handle(found->second, packet);
 }

@@ -2,13 +2,18 @@
 #include "simulator/interpose/Descriptors.h"
 
 #include <algorithm>
+#include <pthread.h>
 
 namespace hxsim {
 
 Descriptors& Descriptors::table()
 {
-    // Never destroyed: programs close descriptors after the static objects are gone.
-    static auto* const descriptors = new Descriptors;
+    // Never destroyed: programs close descriptors after the static objects are gone. Another thread must not hold the
+    // lock at a fork, or the child would wait for it for ever.
+    static auto* const descriptors = [] {
+        pthread_atfork([] { table().lock_.lock(); }, [] { table().lock_.unlock(); }, [] { table().lock_.unlock(); });
+        return new Descriptors;
+    }();
     return *descriptors;
 }
 
@@ -23,7 +28,7 @@ std::shared_ptr<Descriptor> Descriptors::find(int fd)
 
 void Descriptors::add(int fd, std::shared_ptr<Descriptor> descriptor)
 {
-    if (fd < 0 || fd >= kMost)
+    if (!isValid(fd))
         return;
     const std::lock_guard guard{lock_};
     open_[fd] = std::move(descriptor);

@@ -37,15 +37,27 @@ public:
     /// Forgets the number. Gives the descriptor, and in `last` whether no other number stands for it.
     std::shared_ptr<Descriptor> remove(int fd, bool& last);
 
+    /// Descriptors of the door's own: a program that closes all it does not know must not close them.
+    void protect(int fd) { setProtected(fd, true); }
+    void unprotect(int fd) { setProtected(fd, false); }
+    [[nodiscard]] bool isProtected(int fd) const { return isValid(fd) && protected_[std::size_t(fd)].load(); }
+
 private:
     static constexpr int kMost = 65536;
 
+    static bool isValid(int fd) { return fd >= 0 && fd < kMost; }
+    void setProtected(int fd, bool value)
+    {
+        if (isValid(fd))
+            protected_[std::size_t(fd)].store(value);
+    }
     [[nodiscard]] bool isOurs(int fd) const
     {
-        return fd >= 0 && fd < kMost && ours_[std::size_t(fd)].load(std::memory_order_acquire);
+        return isValid(fd) && ours_[std::size_t(fd)].load(std::memory_order_acquire);
     }
 
     std::array<std::atomic<bool>, kMost> ours_{};
+    std::array<std::atomic<bool>, kMost> protected_{};
     std::mutex lock_;
     std::map<int, std::shared_ptr<Descriptor>> open_;
 };

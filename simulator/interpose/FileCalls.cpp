@@ -9,7 +9,7 @@
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
 #include "simulator/interpose/Terminal.h"
-#include "simulator/model/Calls.h"
+#include "simulator/model/Text.h"
 
 namespace hxsim {
 
@@ -90,6 +90,10 @@ int openOr(const char* path, int flags, unsigned mode, Forward forward)
 template <typename Forward>
 int closeOr(int fd, Forward forward)
 {
+    if (Descriptors::table().isProtected(fd)) {
+        errno = EBADF;
+        return -1;
+    }
     bool last = false;
     const std::shared_ptr<Descriptor> descriptor = Descriptors::table().remove(fd, last);
     if (descriptor == nullptr || !last)

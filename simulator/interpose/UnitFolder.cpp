@@ -26,6 +26,8 @@ std::string startOf(long process)
     std::ifstream stream{"/proc/" + std::to_string(process) + "/stat"};
     const std::string text{std::istreambuf_iterator<char>{stream}, {}};
     std::size_t at = text.rfind(')');
+    if (at == std::string::npos || text.compare(at, 3, ") Z") == 0)
+        return ""; // dead, though nobody has asked for its status yet
     for (int field = 2; field < 22 && at != std::string::npos; ++field)
         at = text.find(' ', at + 1);
     if (at == std::string::npos)

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <string_view>
 
 #include "simulator/model/Requests.h"
@@ -12,16 +11,6 @@
 namespace hxsim {
 
 namespace {
-
-struct FlagName {
-    int flag;
-    const char* name;
-};
-
-constexpr FlagName kFlagNames[] = {
-    {O_CREAT, "creat"},   {O_EXCL, "excl"},         {O_TRUNC, "trunc"},
-    {O_APPEND, "append"}, {O_NONBLOCK, "nonblock"}, {O_NOCTTY, "noctty"},
-};
 
 /// The name under which faults know an ioctl; register requests are also known by their register.
 std::string faultName(std::uint32_t code, std::span<const std::uint8_t> in)
@@ -37,16 +26,6 @@ std::vector<std::uint8_t> copied(std::span<const std::uint8_t> bytes)
 }
 
 } // namespace
-
-std::string openAction(int flags)
-{
-    const int access = flags & O_ACCMODE;
-    std::string text = access == O_RDONLY ? "open rdonly" : access == O_WRONLY ? "open wronly" : "open rdwr";
-    for (const FlagName& row : kFlagNames)
-        if ((flags & row.flag) != 0)
-            (text += ' ') += row.name;
-    return text;
-}
 
 Calls::Opened Calls::open(Caller caller, const std::string& path, int flags)
 {

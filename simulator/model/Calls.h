@@ -41,7 +41,4 @@ private:
     Unit& unit_;
 };
 
-/// "open rdwr nonblock": flags as words, in a fixed order. Flags that concern only the process are left out.
-std::string openAction(int flags);
-
 } // namespace hxsim

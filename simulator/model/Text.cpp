@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <fcntl.h>
 #include <sstream>
 
 namespace hxsim {
@@ -28,6 +29,16 @@ constexpr ErrnoName kErrnoNames[] = {
     {ENOTTY, "ENOTTY"},       {ENXIO, "ENXIO"},   {EPERM, "EPERM"},
     {EPIPE, "EPIPE"},         {ERANGE, "ERANGE"}, {EROFS, "EROFS"},
     {ETIMEDOUT, "ETIMEDOUT"},
+};
+
+struct FlagName {
+    int flag;
+    const char* name;
+};
+
+constexpr FlagName kFlagNames[] = {
+    {O_CREAT, "creat"},   {O_EXCL, "excl"},         {O_TRUNC, "trunc"},
+    {O_APPEND, "append"}, {O_NONBLOCK, "nonblock"}, {O_NOCTTY, "noctty"},
 };
 
 bool isSpace(char c)
@@ -145,6 +156,16 @@ int parseErrno(std::string_view text)
     if (text.starts_with('E'))
         text.remove_prefix(1);
     return int(parseNumber(text, 1, 4095));
+}
+
+std::string openAction(int flags)
+{
+    const int access = flags & O_ACCMODE;
+    std::string text = access == O_RDONLY ? "open rdonly" : access == O_WRONLY ? "open wronly" : "open rdwr";
+    for (const FlagName& row : kFlagNames)
+        if ((flags & row.flag) != 0)
+            (text += ' ') += row.name;
+    return text;
 }
 
 } // namespace hxsim

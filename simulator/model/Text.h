@@ -39,4 +39,7 @@ bool parseFlag(std::string_view text);
 std::string errnoName(int number);
 int parseErrno(std::string_view text);
 
+/// "open rdwr nonblock": flags as words, in a fixed order. Flags that concern only the process are left out.
+std::string openAction(int flags);
+
 } // namespace hxsim

@@ -103,6 +103,8 @@ Received receivePacket(int fd, wire::Head& head, std::span<std::uint8_t> bytes, 
             size = std::size_t(got) - sizeof head;
             return Received::Packet;
         }
+        if (got < 0 && errno == EAGAIN)
+            return Received::Nothing;
         if (got >= 0 || errno != EINTR)
             return Received::Gone;
         if (!retry)

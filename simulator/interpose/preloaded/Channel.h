@@ -26,8 +26,8 @@ std::string newConnectionName();
 
 /// False when the host is gone.
 bool sendPacket(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes);
-enum class Received { Packet, Interrupted, Gone };
-/// `retry` goes on after a signal.
+enum class Received { Packet, Interrupted, Nothing, Gone };
+/// `retry` goes on after a signal. Nothing: the descriptor does not wait, and there is no packet.
 Received receivePacket(int fd, wire::Head& head, std::span<std::uint8_t> bytes, std::size_t& size, bool retry);
 /// Sends and waits for the answer.
 bool ask(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes, Packet& answer);

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Real.h"
 
 namespace hxsim {
@@ -20,14 +21,21 @@ constexpr int kFirstOwnDescriptor = 400;
 int moveOutOfTheWay(int fd)
 {
     const int moved = HXSIM_REAL(fcntl)(fd, F_DUPFD_CLOEXEC, kFirstOwnDescriptor);
-    if (moved < 0)
-        return fd;
+    if (moved >= 0)
+        HXSIM_REAL(close)(fd);
+    const int kept = moved >= 0 ? moved : fd;
+    Descriptors::table().protect(kept);
+    return kept;
+}
+
+void closeOwn(int fd)
+{
+    Descriptors::table().unprotect(fd);
     HXSIM_REAL(close)(fd);
-    return moved;
 }
 
 PreloadedFile::PreloadedFile(PreloadedLink& link, std::string name, int descriptor, bool ofThisProcess)
-    : link_{link}, name_{std::move(name)}, forks_{link.forks()}
+    : link_{link}, name_{std::move(name)}, opener_{ofThisProcess ? link.forks() : -1}, forks_{link.forks()}
 {
     if (ofThisProcess)
         idle_.push_back(descriptor);
@@ -59,7 +67,7 @@ int PreloadedFile::take()
     if (attached)
         further_.push_back(fd);
     else
-        HXSIM_REAL(close)(fd);
+        closeOwn(fd);
     return attached ? fd : -1;
 }
 
@@ -141,10 +149,11 @@ std::int64_t PreloadedFile::write(Bytes in)
 
 void PreloadedFile::close()
 {
-    exchange(PreloadedLink::head(wire::Kind::Close));
+    if (opener_ == link_.forks()) // else it stays open in the process that it came from
+        exchange(PreloadedLink::head(wire::Kind::Close));
     const std::lock_guard guard{lock_};
     for (const int fd : further_)
-        HXSIM_REAL(close)(fd);
+        closeOwn(fd);
     further_.clear();
     idle_.clear();
 }

@@ -35,6 +35,7 @@ private:
 
     PreloadedLink& link_;
     std::string name_;
+    const int opener_; ///< the fork count of the process that opened it; -1: another program did
     int forks_;
     std::mutex lock_; ///< guards what follows
     std::vector<int> idle_;

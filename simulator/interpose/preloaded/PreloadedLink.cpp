@@ -49,7 +49,7 @@ struct PreloadedLink::ForkHandlers {
     static void child()
     {
         if (theLink->control_ >= 0)
-            HXSIM_REAL(close)(theLink->control_); // the parent's
+            closeOwn(theLink->control_); // the parent's
         theLink->control_ = -1;
         ++theLink->forks_;
         theLink->lock_.unlock();
@@ -60,6 +60,12 @@ struct PreloadedLink::ForkHandlers {
 void Link::beforeCurrent()
 {
     pthread_once(&begun, &PreloadedLink::begin);
+}
+
+/// A program may use a file of the unit that it was started with before it does anything else.
+__attribute__((constructor)) static void beginWithTheProgram()
+{
+    (void)Link::current();
 }
 
 void PreloadedLink::begin()
@@ -138,8 +144,6 @@ void PreloadedLink::adoptInherited()
         Descriptors::table().add(fd, std::move(descriptor));
     }
 }
-
-int moveOutOfTheWay(int fd);
 
 bool PreloadedLink::control(const wire::Head& question, Bytes bytes, Packet* answer)
 {

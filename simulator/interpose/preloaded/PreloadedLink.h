@@ -66,4 +66,8 @@ private:
     int forks_ = 0;
 };
 
+/// Connections of the door's own, which the program cannot close.
+int moveOutOfTheWay(int fd);
+void closeOwn(int fd);
+
 } // namespace hxsim
