@@ -24,7 +24,7 @@ int main()
         std::printf("EXAMPLE_KEY in the settings file: %s\n", text);
 
     char key[] = "PCB_REV"; // the operation takes a writable text
-    const unsigned char kMainBoard = 1;
+    const unsigned char kMainBoard = 0;
     if (worked("PCB_REV", service->getEepromProperty(kMainBoard, key, text, sizeof text)))
         std::printf("PCB_REV of the main board: %s\n", text);
     char missing[] = "NO_SUCH_KEY";

@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,7 +23,8 @@ constexpr char kPidFile[] = "/pid";
 std::string startOf(long process)
 {
     std::ifstream stream{"/proc/" + std::to_string(process) + "/stat"};
-    const std::string text{std::istreambuf_iterator<char>{stream}, {}};
+    std::string text;
+    std::getline(stream, text); // a process that ends meanwhile is a read error here, and no exception
     std::size_t at = text.rfind(')');
     if (at == std::string::npos || text.compare(at, 3, ") Z") == 0)
         return ""; // dead, though nobody has asked for its status yet
@@ -67,7 +67,9 @@ void makeBase(const std::string& base)
     struct stat found {};
     if (mkdir(base.c_str(), 0700) != 0 && errno != EEXIST)
         throw std::runtime_error{"cannot make the folder " + base};
-    if (lstat(base.c_str(), &found) != 0 || !S_ISDIR(found.st_mode) || found.st_uid != getuid())
+    if (lstat(base.c_str(), &found) != 0 && errno == ENOENT)
+        return; // the last unit that ended has just removed it; the caller tries again
+    if (!S_ISDIR(found.st_mode) || found.st_uid != getuid())
         throw std::runtime_error{base + " does not belong to this user"};
 }
 

@@ -70,7 +70,7 @@ std::string outputOf(const std::string& command)
     return text;
 }
 
-/// Runs the image in the RAM of an emulated Cortex-M3 for a second, as a bootloader starts it, and tells what the
+/// Runs the image in the RAM of an emulated Cortex-M3 as a bootloader starts it, and tells what the
 /// emulator reports: events, and the last word of the image with the three words behind it. Those held rubbish before.
 std::string emulate(const Image& image)
 {
@@ -83,11 +83,17 @@ std::string emulate(const Image& image)
                                 " -device loader,addr=0x20000200,force-raw=on,file=" + (folder / "image") +
                                 " -device loader,addr=0x200003ac,data=0xdeadbeefdeadbeef,data-len=8"
                                 " -device loader,addr=0x200003b4,data=0xdeadbeef,data-len=4";
+    const std::string report = folder / "report";
+    // A busy machine may need long for the few instructions: it has until it reports the reset, ten seconds at most.
     const std::string commands =
-        R"((echo '{"execute":"qmp_capabilities"}'; sleep 1; )"
+        R"((echo '{"execute":"qmp_capabilities"}'; n=0; )"
+        "until grep -q guest-reset " +
+        report +
+        R"( || [ $n -ge 50 ]; do n=$((n + 1)); sleep 0.2; done; )"
         R"(echo '{"execute":"human-monitor-command","arguments":{"command-line":"xp /4wx 0x200003a8"}}'; )"
         R"(echo '{"execute":"quit"}'; sleep 1))";
-    return outputOf(commands + " | timeout 60 " + machine + " 2>&1");
+    write(report, {}, 0);
+    return outputOf(commands + " | timeout 60 " + machine + " >" + report + " 2>&1; cat " + report);
 }
 
 } // namespace
