@@ -70,7 +70,7 @@ TEST(UpgradeVerb, RefusesABadFileWithoutTheUnit)
     EXPECT_THAT(check("ss", std::string(95000, '\n')), AllOf(errorMatches("end record is missing"), statusIs(3)));
     EXPECT_THAT(check("ss", std::string(95000, 'x')), AllOf(errorMatches("no Intel HEX file"), statusIs(3)));
     EXPECT_THAT(check("ss", ""), AllOf(errorMatches("no supervisor firmware"), statusIs(3)));
-    EXPECT_THAT(check("front", std::string(60000, '\n') + "SystemSupervisor"),
+    EXPECT_THAT(check("front", firmware::filledUpTo(60000, '\n', "SystemSupervisor")),
                 AllOf(errorMatches("no front-panel firmware"), statusIs(3)));
     EXPECT_THAT(check("fpga", ":00000001FF\n"), AllOf(errorMatches("no data record of 16 bytes"), statusIs(3)));
     EXPECT_THAT(check("fpga", std::string(43, '1')), AllOf(errorMatches("checksum is wrong"), statusIs(3)));

@@ -82,6 +82,13 @@ std::string intelHexOfSize(std::size_t size, const Bytes& image)
     return text + std::string(size - text.size(), '\n');
 }
 
+std::string filledUpTo(std::size_t size, char filler, std::string_view word)
+{
+    std::string text(size - word.size(), filler);
+    text.append(word);
+    return text;
+}
+
 std::string mcs(const Bytes& image)
 {
     return records(image, 0) + std::string{kEnd};

@@ -24,6 +24,8 @@ Bytes pattern(std::size_t size, unsigned seed = 1);
 std::string intelHex(const Bytes& image, std::uint32_t start = 0x08000000);
 /// The same, made so long by empty lines behind its end that it has the size of a microcontroller's firmware file.
 std::string intelHexOfSize(std::size_t size, const Bytes& image);
+/// A text of that many characters with a word at its end.
+std::string filledUpTo(std::size_t size, char filler, std::string_view word);
 /// A whole MCS file in full records; the image's size is a multiple of 16.
 std::string mcs(const Bytes& image);
 

@@ -262,7 +262,7 @@ TEST(FirmwareUpgrade, ChecksTheFileOfAMicrocontrollerFirst)
     SimulatedUnit unit;
     const Upgrade upgrade = makeUpgrade();
     const std::string tooShort = firmware::file(unit, std::string(94999, ':'));
-    const std::string foreign = firmware::file(unit, std::string(95000, ':') + "Front_uc", "foreign");
+    const std::string foreign = firmware::file(unit, firmware::filledUpTo(95000, ':', "Front_uc"), "foreign");
     unit.clearJournal();
 
     EXPECT_EQ(upgrade->startSSUpgrade(tooShort.c_str(), true), ERR_DATATYPE_MISMATCH);
@@ -291,7 +291,7 @@ TEST(FirmwareUpgrade, TakesAFrontFileOf50000To110000Characters)
 TEST(FirmwareUpgrade, RefusesFirmwareForTheOtherMicrocontroller)
 {
     SimulatedUnit unit;
-    const std::string supervisor = firmware::file(unit, std::string(100000, '\n') + "SystemSupervisor");
+    const std::string supervisor = firmware::file(unit, firmware::filledUpTo(100000, '\n', "SystemSupervisor"));
 
     EXPECT_EQ(makeUpgrade()->startFrontUpgrade(supervisor.c_str(), true), ERR_DATATYPE_MISMATCH);
     EXPECT_TRUE(lockIsFree());
