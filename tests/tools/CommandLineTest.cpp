@@ -19,7 +19,8 @@ TEST(CommandLine, SuggestsTheNearObjectForAMistypedOne)
 
 TEST(CommandLine, ListsTheObjectsWhenNoneIsNear)
 {
-    EXPECT_THAT(run("hxaux xylophone"), AllOf(errorMatches("the objects are .*inputs.*version, .*voltage"), statusIs(2)));
+    EXPECT_THAT(run("hxaux xylophone"),
+                AllOf(errorMatches("the objects are .*inputs.*version, .*voltage"), statusIs(2)));
 }
 
 TEST(CommandLine, RefusesANumberOutsideItsRangeAndNamesTheRange)

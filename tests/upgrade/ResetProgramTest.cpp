@@ -115,7 +115,7 @@ TEST(ResetProgram, IsWhatItsSourceGives)
         GTEST_SKIP() << "needs clang, lld and binutils";
     const Folder folder;
 
-    ASSERT_EQ(std::system((std::string{HX_RESET_SOURCE} + "/build.sh " + (folder / "image")).c_str()), 0);
+    ASSERT_EQ(std::system(std::string{HX_RESET_SOURCE}.append("/build.sh ").append(folder / "image").c_str()), 0);
 
     std::ifstream file{folder / "image", std::ios::binary};
     const std::string built{std::istreambuf_iterator<char>{file}, {}};
