@@ -21,6 +21,7 @@ public:
 
 private:
     std::array<struct sigaction, 3> before_{};
+    struct sigaction alarmBefore_ {};
 };
 
 } // namespace hxaux
