@@ -53,6 +53,23 @@ std::string joined(const Value::Record& record)
 
 } // namespace
 
+Value::Value() = default;
+Value::Value(const Value& other) = default;
+Value::Value(Value&& other) noexcept = default;
+Value& Value::operator=(const Value& other) = default;
+Value& Value::operator=(Value&& other) noexcept = default;
+Value::~Value() = default;
+
+Value::Value(Any any) : any_(std::move(any)) {}
+Value::Value(Absent) {}
+Value::Value(bool value) : any_(value) {}
+Value::Value(double value, int decimals) : any_(Real{value, decimals}) {}
+Value::Value(std::string value) : any_(std::move(value)) {}
+Value::Value(std::string_view value) : any_(std::string(value)) {}
+Value::Value(const char* value) : any_(std::string(value)) {}
+Value::Value(List value) : any_(std::move(value)) {}
+Value::Value(Record value) : any_(std::move(value)) {}
+
 std::string Value::text() const
 {
     struct Printer {

@@ -28,22 +28,31 @@ public:
     using Record = std::vector<Field>;
     using Any = std::variant<Absent, bool, long long, Real, std::string, List, Record>;
 
-    Value() = default;
-    Value(Absent) {}
-    Value(bool value) : any_(value) {}
+    // Defined where Field is complete.
+    Value();
+    Value(const Value& other);
+    Value(Value&& other) noexcept;
+    Value& operator=(const Value& other);
+    Value& operator=(Value&& other) noexcept;
+    ~Value();
+
+    Value(Absent);
+    Value(bool value);
     template <std::integral Number>
-    requires(!std::same_as<Number, bool>) Value(Number value) : any_(static_cast<long long>(value)) {}
-    Value(double value, int decimals = 3) : any_(Real{value, decimals}) {}
-    Value(std::string value) : any_(std::move(value)) {}
-    Value(std::string_view value) : any_(std::string(value)) {}
-    Value(const char* value) : any_(std::string(value)) {}
-    Value(List value) : any_(std::move(value)) {}
-    Value(Record value) : any_(std::move(value)) {}
+    requires(!std::same_as<Number, bool>) Value(Number value) : Value(Any(static_cast<long long>(value))) {}
+    Value(double value, int decimals = 3);
+    Value(std::string value);
+    Value(std::string_view value);
+    Value(const char* value);
+    Value(List value);
+    Value(Record value);
 
     [[nodiscard]] const Any& any() const { return any_; }
     [[nodiscard]] std::string text() const; // one line
 
 private:
+    explicit Value(Any any);
+
     Any any_;
 };
 
