@@ -109,8 +109,7 @@ void Host::run(int alsoWatched, const std::function<bool()>& seen)
             accept();
         if (waiting_)
             retryWaiting();
-        if (kept_ != nullptr)
-            kept_->save();
+        keep();
         if (watched[1].revents != 0 && seen())
             break;
     }
@@ -350,8 +349,15 @@ void Host::retryWaiting()
     }
 }
 
+void Host::keep()
+{
+    if (kept_ != nullptr)
+        kept_->save();
+}
+
 void Host::answer(Connection& connection, std::int64_t value, std::span<const std::uint8_t> bytes, std::int64_t other)
 {
+    keep(); // what a program was told has been written outlasts the host's end
     wire::Head head{};
     head.kind = wire::Kind::Answer;
     head.value = value;

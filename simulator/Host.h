@@ -79,6 +79,7 @@ private:
     void shape(Connection& connection, const Packet& packet);
     void ioctl(Connection& connection, const Packet& packet);
     void read(Connection& connection, const Packet& packet);
+    void keep();
     void answer(Connection& connection, std::int64_t value, std::span<const std::uint8_t> bytes = {},
                 std::int64_t other = 0);
     /// Looks at the reads that wait, after anything has changed.
