@@ -77,16 +77,17 @@ std::string emulate(const Image& image)
     const Folder folder;
     write(folder / "image", image, image.size());
     write(folder / "vectors", image, 8); // where a start from flash finds stack pointer and entry
-    const std::string machine = "qemu-system-arm -M netduino2 -nographic -serial none -monitor none -qmp stdio "
+    const std::string machine = "qemu-system-arm -S -M netduino2 -nographic -serial none -monitor none -qmp stdio "
                                 "-action reboot=shutdown,shutdown=pause -kernel " +
                                 (folder / "vectors") +
                                 " -device loader,addr=0x20000200,force-raw=on,file=" + (folder / "image") +
                                 " -device loader,addr=0x200003ac,data=0xdeadbeefdeadbeef,data-len=8"
                                 " -device loader,addr=0x200003b4,data=0xdeadbeef,data-len=4";
     const std::string report = folder / "report";
-    // A busy machine may need long for the few instructions: it has until it reports the reset, ten seconds at most.
+    // The processor starts once the emulator reports events: a reset before that would not be heard. A busy machine
+    // may need long for the few instructions: it has until it reports the reset, ten seconds at most.
     const std::string commands =
-        R"((echo '{"execute":"qmp_capabilities"}'; n=0; )"
+        R"((echo '{"execute":"qmp_capabilities"}{"execute":"cont"}'; n=0; )"
         "until grep -q guest-reset " +
         report +
         R"( || [ $n -ge 50 ]; do n=$((n + 1)); sleep 0.2; done; )"
