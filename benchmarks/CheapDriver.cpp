@@ -12,22 +12,39 @@
 
 namespace {
 
-int lastDescriptor = -1;
+std::vector<cheap_driver::Call>* recorded = nullptr;
+int anyDevice = -1;
 
 int openAny(const char* path, int flags)
 {
     const bool device = std::strncmp(path, "/dev/", 5) == 0;
-    const auto handle = static_cast<int>(syscall(SYS_openat, AT_FDCWD, device ? "/dev/null" : path, flags, 0600));
-    if (device)
-        lastDescriptor = handle;
-    return handle;
+    if (device && recorded != nullptr)
+        recorded->push_back({0});
+    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, device ? "/dev/null" : path, flags, 0600));
 }
 
 } // namespace
 
-int cheap_driver::descriptor()
+std::vector<cheap_driver::Call> cheap_driver::callsOf(const std::function<void()>& deed)
 {
-    return lastDescriptor;
+    std::vector<Call> calls;
+    calls.reserve(100);
+    recorded = &calls;
+    deed();
+    recorded = nullptr;
+    return calls;
+}
+
+void cheap_driver::repeat(const std::vector<Call>& calls)
+{
+    if (anyDevice < 0)
+        anyDevice = open("/dev/null", O_RDWR);
+    char block[64] = {};
+    for (const Call& call : calls)
+        if (call.request != 0)
+            ioctl(anyDevice, call.request, block);
+        else
+            close(open("/dev/null", O_RDWR));
 }
 
 extern "C" {
@@ -38,10 +55,14 @@ extern "C" {
     va_start(arguments, request);
     void* block = va_arg(arguments, void*);
     va_end(arguments);
+    if (recorded != nullptr)
+        recorded->push_back({request});
     syscall(SYS_getppid); // what it costs to enter and leave the kernel
     const std::uint16_t value = 1241;
     if (request == 0xC004003A)
         std::memcpy(static_cast<char*>(block) + 2, &value, sizeof value);
+    else if (request >= 0x80040036 && request <= 0x80040038)
+        std::memset(block, 9, 4); // firmware that has everything
     else if (request != 0xC004003B)
         std::memset(block, 1, 1);
     return 0;

@@ -1,11 +1,22 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include <functional>
+#include <vector>
+
 /// This program's own `open` and `ioctl`: every device is there, and each request makes one cheap real system call
-/// before it is answered. The library and the bare loop call the same function on the same descriptor.
+/// before it is answered. The library and the bare loop call the same functions.
 namespace cheap_driver {
 
-/// The descriptor that the last `open` of a device gave.
-int descriptor();
+/// One call at the drivers: a request, or the opening and closing of a device.
+struct Call {
+    unsigned long request; // 0: open and close
+};
+
+/// What a deed asks of the drivers, in order.
+std::vector<Call> callsOf(const std::function<void()>& deed);
+
+/// Makes the same calls without a library.
+void repeat(const std::vector<Call>& calls);
 
 } // namespace cheap_driver

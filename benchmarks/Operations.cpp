@@ -1,106 +1,83 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What an operation costs on top of the requests that it makes: each pair is the operation and its bare requests.
+// What an operation costs on top of the calls that it makes at the drivers: each pair is the operation, and the same
+// calls without a library.
 #include "benchmarks/CheapDriver.h"
 #include "hx-aux/hx-aux.h"
 
 #include <benchmark/benchmark.h>
-#include <sys/ioctl.h>
 
-#include <cstdint>
 #include <cstdlib>
+#include <string>
+
+using namespace Halvix;
 
 namespace {
 
-struct RegisterBlock {
-    std::uint16_t reg;
-    std::uint16_t value;
-};
+// Never released: the program ends with them.
+Adc* const adc = GetAdc();
+DigIO* const inputs = GetDigIO();
+Power* const power = GetPower();
+Config* const config = GetConfig();
+Diagnostic* const diagnostic = GetDiagnostic();
+FrontLED* const led = GetFrontLED();
+Buzzer* const buzzer = GetBuzzer();
+AuxVersion* const version = GetAuxVersion();
 
-void require(Halvix::eErr err)
+void require(eErr err)
 {
-    if (err != Halvix::ERR_SUCCESS)
+    if (err != ERR_SUCCESS)
         std::abort();
 }
 
-void bareRegister(benchmark::State& state)
+template <class Deed>
+void pair(const std::string& name, Deed deed)
 {
-    for (auto _ : state) {
-        RegisterBlock block{0, 0};
-        if (ioctl(cheap_driver::descriptor(), 0xC004003A, &block) < 0)
-            std::abort();
-        benchmark::DoNotOptimize(block);
-    }
+    benchmark::RegisterBenchmark((name + "/library").c_str(), [deed](benchmark::State& state) {
+        for (auto _ : state)
+            require(deed());
+    });
+    benchmark::RegisterBenchmark((name + "/bare").c_str(), [deed](benchmark::State& state) {
+        const auto calls = cheap_driver::callsOf([&] { require(deed()); });
+        for (auto _ : state)
+            cheap_driver::repeat(calls);
+        state.counters["calls"] = static_cast<double>(calls.size());
+    });
 }
 
-void bareByte(benchmark::State& state)
-{
-    for (auto _ : state) {
-        char block[2] = {};
-        if (ioctl(cheap_driver::descriptor(), 0x80010051, block) < 0)
-            std::abort();
-        benchmark::DoNotOptimize(block);
-    }
-}
-
-void voltage(benchmark::State& state)
-{
-    Halvix::Adc* adc = GetAdc();
-    double volts = 0;
-    for (auto _ : state) {
-        require(adc->getVoltage(Halvix::Voltage0, &volts));
-        benchmark::DoNotOptimize(volts);
-    }
-    adc->Release();
-}
-
-void voltageBare(benchmark::State& state)
-{
-    Halvix::Adc* adc = GetAdc();
-    bareRegister(state);
-    adc->Release();
-}
-
-void inputs(benchmark::State& state)
-{
-    Halvix::DigIO* digital = GetDigIO();
-    unsigned char bits = 0;
-    for (auto _ : state) {
-        require(digital->getDigIO(&bits));
-        benchmark::DoNotOptimize(bits);
-    }
-    digital->Release();
-}
-
-void inputsBare(benchmark::State& state)
-{
-    Halvix::DigIO* digital = GetDigIO();
-    bareByte(state);
-    digital->Release();
-}
-
-void power(benchmark::State& state)
-{
-    Halvix::Power* switches = GetPower();
-    Halvix::HXStatus status = Halvix::HXStatusDisabled;
-    for (auto _ : state) {
-        require(switches->getBLPowerStatus(&status));
-        benchmark::DoNotOptimize(status);
-    }
-    switches->Release();
-}
-
-void powerBare(benchmark::State& state)
-{
-    voltageBare(state); // the same single request
-}
+double volts = 0;
+double hertz = 0;
+unsigned char byte = 0;
+unsigned char part[4] = {};
+unsigned short word = 0;
+short celsius = 0;
+HXStatus status = HXStatusDisabled;
+TimerType timers{};
 
 } // namespace
 
-BENCHMARK(voltage)->Name("Adc::getVoltage/library");
-BENCHMARK(voltageBare)->Name("Adc::getVoltage/bare");
-BENCHMARK(inputs)->Name("DigIO::getDigIO/library");
-BENCHMARK(inputsBare)->Name("DigIO::getDigIO/bare");
-BENCHMARK(power)->Name("Power::getBLPowerStatus/library");
-BENCHMARK(powerBare)->Name("Power::getBLPowerStatus/bare");
+int main(int count, char** words)
+{
+    // One request each, of every kind: registers and bytes, read and written, and blocks.
+    pair("Adc::getVoltage", [] { return adc->getVoltage(Voltage0, &volts); });
+    pair("DigIO::getDigIO", [] { return inputs->getDigIO(&byte); });
+    pair("Power::getBLPowerStatus", [] { return power->getBLPowerStatus(&status); });
+    pair("Power::setBLPowerStatus", [] { return power->setBLPowerStatus(HXStatusEnabled); });
+    pair("FrontLED::getOnTime", [] { return led->getOnTime(&byte); });
+    pair("FrontLED::setOnTime", [] { return led->setOnTime(10); });
+    pair("FrontLED::getSignal", [] { return led->getSignal(&hertz, &byte); });
+    pair("FrontLED::setColor", [] { return led->setColor(1, 2, 3); });
+    pair("Buzzer::getFrequency", [] { return buzzer->getFrequency(&word); });
+    pair("Buzzer::setFrequency", [] { return buzzer->setFrequency(1000); });
+    pair("Diagnostic::getPCBTemp", [] { return diagnostic->getPCBTemp(&celsius); });
+    // Several requests.
+    pair("Diagnostic::getTimer", [] { return diagnostic->getTimer(&timers); });
+    pair("AuxVersion::getSSVersion", [] { return version->getSSVersion(&part[0], &part[1], &part[2], &part[3]); });
+    // A gate asks for the firmware's version first, each time.
+    pair("Config::setPowerOnStartup", [] { return config->setPowerOnStartup(HXStatusEnabled); });
 
-BENCHMARK_MAIN();
+    benchmark::Initialize(&count, words);
+    if (benchmark::ReportUnrecognizedArguments(count, words))
+        return 2;
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -78,7 +78,7 @@ void inputs()
     section("Supply voltages and digital inputs");
     Adc* adc = GetAdc();
     for (int i = 0; i < 8; ++i) {
-        char name[16];
+        char name[32];
         double volts = 0;
         std::snprintf(name, sizeof name, "voltage %d", i);
         const eErr err = adc->getVoltage(VoltageEnum(i), &volts);

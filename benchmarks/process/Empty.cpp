@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// A C++ shared object that does nothing: what loading any such object costs.
+#include <string>
+
+extern "C" __attribute__((visibility("default"))) int hxEmpty(const char* text)
+{
+    return static_cast<int>(std::string(text).size());
+}
