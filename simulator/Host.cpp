@@ -53,6 +53,8 @@ int listenAt(const std::string& path)
 Host::Host(const std::string& unit, double scale)
     : scale_{scale}, folder_{unit}, listener_{listenAt(folder_.path() + "/socket")}, buffer_(wire::kLargestPacket)
 {
+    files_ = folder_.path() + "/files";
+    semaphores_ = folder_.unit();
     (void)folder_.fileOf("/opt/etc/hxaux.ini"); // its folder must be there
 }
 
@@ -147,17 +149,19 @@ void Host::drop(int fd)
     const Connection connection = std::move(found->second);
     connections_.erase(found);
     ::close(fd);
+    if (fd == recorderOwner_)
+        (void)endRecord(fd);
     if (connection.process != 0 && controls_[connection.process] == fd)
         controls_.erase(connection.process);
     // Only the connection that opened the file has a name; it goes when the last process has let go of it.
     if (connection.file != nullptr && !connection.name.empty())
-        closeFile(*connection.file, connection.file->opener);
+        closeFile(*connection.file, connection.file->opener, Calls::Closing::WithProgram);
 }
 
-void Host::closeFile(File& file, Caller caller)
+void Host::closeFile(File& file, Caller caller, Calls::Closing closing)
 {
     if (!file.closed)
-        calls_.close(caller, *file.open);
+        calls_->close(caller, *file.open, closing);
     file.closed = true;
 }
 
@@ -188,10 +192,8 @@ void Host::handleControl(Connection& connection, const Packet& packet)
     switch (packet.head.kind) {
     case wire::Kind::Hello:
         return answer(connection, 0, bytesOf(pathList()));
-    case wire::Kind::Locate: {
-        const Node* node = unit_.findNode(packet.text());
-        return answer(connection, node != nullptr ? node->present : !unit_.isAbsent(packet.text()));
-    }
+    case wire::Kind::Locate:
+        return answer(connection, calls_->present(packet.text()));
     case wire::Kind::Absent: {
         std::string names;
         for (const std::string& name : unit_.absent())
@@ -200,12 +202,12 @@ void Host::handleControl(Connection& connection, const Packet& packet)
     }
     case wire::Kind::Fault: {
         const std::vector<std::string> parts = split(packet.text(), 2);
-        return answer(connection, parts.size() == 2 ? calls_.fault(parts[0], parts[1]) : 0);
+        return answer(connection, parts.size() == 2 ? calls_->fault(callerOf(packet), parts[0], parts[1]) : 0);
     }
     case wire::Kind::Note: {
         const std::vector<std::string> parts = split(packet.text(), 3);
         if (parts.size() == 3)
-            calls_.note(callerOf(packet), parts[0], parts[1], bytesOf(parts[2]), int(packet.head.value));
+            calls_->note(callerOf(packet), parts[0], parts[1], bytesOf(parts[2]), int(packet.head.value));
         return;
     }
     default: {
@@ -241,24 +243,24 @@ void Host::handleFile(Connection& connection, const Packet& packet)
         return;
     case wire::Kind::Write:
         waiting_ = true;
-        return answer(connection, calls_.write(callerOf(packet), file, packet.bytes).result);
+        return answer(connection, calls_->write(callerOf(packet), file, packet.bytes).result);
     case wire::Kind::Line: {
         LineSettings settings;
         std::memcpy(&settings, packet.bytes.data(), std::min(sizeof settings, packet.bytes.size()));
-        file.node.setLine(settings);
+        calls_->setLine(file, settings);
         return answer(connection, 0);
     }
     case wire::Kind::Flush:
-        file.node.flush((packet.head.value & 1) != 0, (packet.head.value & 2) != 0);
+        calls_->flush(file, (packet.head.value & 1) != 0, (packet.head.value & 2) != 0);
         return answer(connection, 0);
     case wire::Kind::Drain:
         connection.drains = true;
         waiting_ = true;
         return;
     case wire::Kind::Readable:
-        return answer(connection, file.node.readable(file, unit_.clock().now()));
+        return answer(connection, calls_->readable(file));
     default:
-        closeFile(*connection.file, callerOf(packet));
+        closeFile(*connection.file, callerOf(packet), Calls::Closing::ByProgram);
         return answer(connection, 0);
     }
 }
@@ -268,7 +270,7 @@ void Host::open(Connection& connection, const Packet& packet)
     const std::vector<std::string> parts = split(packet.text(), 2);
     if (parts.size() != 2)
         return answer(connection, -EINVAL);
-    Calls::Opened opened = calls_.open(callerOf(packet), parts[1], int(packet.head.value));
+    Calls::Opened opened = calls_->open(callerOf(packet), parts[1], int(packet.head.value));
     if (opened.file == nullptr)
         return answer(connection, -opened.error);
     connection.name = parts[0];
@@ -292,8 +294,8 @@ void Host::attach(Connection& connection, const Packet& packet)
 
 void Host::shape(Connection& connection, const Packet& packet)
 {
-    const Node::Shape* shape = connection.file->open->node.shape(packet.head.request);
-    if (shape == nullptr)
+    const std::optional<Node::Shape> shape = calls_->shape(*connection.file->open, packet.head.request);
+    if (!shape)
         return answer(connection, -1);
     answer(connection, std::int64_t(shape->takes), {}, std::int64_t(shape->gives));
 }
@@ -301,9 +303,9 @@ void Host::shape(Connection& connection, const Packet& packet)
 void Host::ioctl(Connection& connection, const Packet& packet)
 {
     OpenFile& file = *connection.file->open;
-    const Node::Shape* shape = file.node.shape(packet.head.request);
-    std::vector<std::uint8_t> out(shape == nullptr ? 0 : shape->gives);
-    const std::int64_t result = calls_.ioctl(callerOf(packet), file, packet.head.request, packet.bytes, out);
+    const std::optional<Node::Shape> shape = calls_->shape(file, packet.head.request);
+    std::vector<std::uint8_t> out(shape ? shape->gives : 0);
+    const std::int64_t result = calls_->ioctl(callerOf(packet), file, packet.head.request, packet.bytes, out);
     answer(connection, result, result < 0 ? std::span<const std::uint8_t>{} : out);
 }
 
@@ -324,7 +326,7 @@ bool Host::tryRead(Connection& connection, bool first)
 {
     WaitingRead& read = *connection.read;
     std::vector<std::uint8_t> out(read.size);
-    const Outcome outcome = calls_.read(read.caller, *connection.file->open, out, read.started, first);
+    const Outcome outcome = calls_->read(read.caller, *connection.file->open, out, read.started, first);
     if (outcome.waits) {
         read.wakeAt = outcome.wakeAt;
         return false;
@@ -340,7 +342,7 @@ void Host::retryWaiting()
     for (auto& [fd, connection] : connections_) {
         if (connection.read && !tryRead(connection, false))
             waiting_ = true;
-        if (connection.drains && connection.file->open->node.drain().waits) {
+        if (connection.drains && calls_->drain(*connection.file->open).waits) {
             waiting_ = true;
         } else if (connection.drains) {
             connection.drains = false;
@@ -374,16 +376,6 @@ void Host::follow(int connection, bool json)
             if (other.follows)
                 answer(other, 0, bytesOf(other.json ? jsonOf(entry) : lineOf(entry)));
     });
-}
-
-std::string Host::pathList() const
-{
-    std::string list;
-    for (const auto& [path, node] : unit_.nodes())
-        list += std::string{node.isSerial() ? "S " : node.isText() ? "T " : "D "} + path + '\n';
-    for (const std::string& path : unit_.files())
-        list += "F " + path + '\n';
-    return list;
 }
 
 } // namespace hxsim

@@ -14,6 +14,7 @@
 #include "simulator/interpose/preloaded/Channel.h"
 #include "simulator/model/Calls.h"
 #include "simulator/model/Unit.h"
+#include "simulator/record/Recorder.h"
 
 namespace hxsim {
 
@@ -23,6 +24,11 @@ class Host {
 public:
     /// Throws BadText for a bad description and std::runtime_error when the unit cannot be put up.
     Host(const std::string& unit, double scale);
+    /// From now on these answer the calls of programs, not the model.
+    void answerWith(std::unique_ptr<Calls> calls) { calls_ = std::move(calls); }
+    Calls& calls() { return *calls_; }
+    /// Programs find the machine's files and semaphores, or those of the unit that this program itself runs on.
+    void standAside();
     ~Host();
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
@@ -38,6 +44,10 @@ public:
     void run(int alsoWatched, const std::function<bool()>& seen);
     void stop() { stopping_ = true; }
 
+    /// Writes what this process and its children ask from now on into a file, until the connection goes.
+    void record(int connection, const std::string& file, int process);
+    /// Ends that; how many calls there were.
+    std::size_t endRecord(int connection);
     /// Sends what is recorded from now on to this connection, as lines.
     void follow(int connection, bool json);
     void advance();
@@ -85,8 +95,9 @@ private:
     /// Looks at the reads that wait, after anything has changed.
     void retryWaiting();
     bool tryRead(Connection& connection, bool first);
-    void closeFile(File& file, Caller caller);
-    [[nodiscard]] std::string pathList() const;
+    void closeFile(File& file, Caller caller, Calls::Closing closing);
+    [[nodiscard]] std::string pathList();
+    [[nodiscard]] Recording recordingHead();
     /// How long until something falls due; nothing when nothing will.
     [[nodiscard]] std::optional<timespec> timeToNextDeadline();
     [[nodiscard]] Time modelNow() const;
@@ -95,7 +106,12 @@ private:
     UnitFolder folder_;
     Unit unit_;
     std::unique_ptr<KeptMemory> kept_;
-    Calls calls_{unit_};
+    std::unique_ptr<Calls> calls_ = std::make_unique<Calls>(unit_);
+    std::unique_ptr<Recorder> recorder_;
+    int recorderOwner_ = -1; ///< the connection that asked for the recording
+    std::string files_;      ///< folder in which the unit's files lie under their own paths
+    std::string semaphores_; ///< the unit whose semaphores programs get; empty: the machine's
+    bool standsAside_ = false;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     int listener_ = -1;
     bool stopping_ = false;

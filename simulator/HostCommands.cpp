@@ -125,6 +125,19 @@ CommandResult clearLog(Host& host, int, const Words&)
     return {};
 }
 
+CommandResult record(Host& host, int connection, const Words& words)
+{
+    if (words.size() != 3)
+        throw BadText{"a file and a process are missing"};
+    host.record(connection, words[1], int(parseNumber(words[2], 1, INT32_MAX)));
+    return {};
+}
+
+CommandResult endRecord(Host& host, int connection, const Words&)
+{
+    return {true, std::to_string(host.endRecord(connection))};
+}
+
 CommandResult stop(Host& host, int, const Words&)
 {
     host.stop();
@@ -146,10 +159,12 @@ struct Row {
 };
 
 constexpr Row kCommands[] = {
-    {"actions", listActions}, {"clear", clearLog},    {"do", act},          {"fail", fail},
-    {"follow", followLog},    {"get", getProperty},   {"log", showLog},     {"properties", listProperties},
-    {"remove", setAbsent},    {"restore", setAbsent}, {"scale", showScale}, {"set", setProperty},
-    {"stop", stop},           {"unfail", unfail},
+    {"actions", listActions},  {"clear", clearLog},   {"do", act},
+    {"end-record", endRecord}, {"fail", fail},        {"follow", followLog},
+    {"get", getProperty},      {"log", showLog},      {"properties", listProperties},
+    {"record", record},        {"remove", setAbsent}, {"restore", setAbsent},
+    {"scale", showScale},      {"set", setProperty},  {"stop", stop},
+    {"unfail", unfail},
 };
 
 } // namespace

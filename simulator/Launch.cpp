@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string_view>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -78,6 +79,8 @@ void append(const char* variable, const std::string& value)
 {
     const char* const before = std::getenv(variable);
     const bool isSet = before != nullptr && *before != '\0';
+    if (isSet && std::string_view{before}.find(value) != std::string_view::npos)
+        return; // a program on a unit starts a unit
     setenv(variable, (isSet ? before + (':' + value) : value).c_str(), 1);
 }
 
@@ -181,6 +184,8 @@ int runOnOwnUnit(const UnitOptions& options, const std::vector<std::string>& com
         signals.restore();
         become(host.folder(), options.scale, command);
     }
+    if (options.started)
+        options.started(child);
     if (options.endAfter > 0) {
         const auto time = std::chrono::duration_cast<Time>(std::chrono::duration<double>(options.endAfter));
         host.unit().clock().after(time, [child] { kill(child, SIGTERM); });
@@ -200,6 +205,24 @@ int runOnOwnUnit(const UnitOptions& options, const std::vector<std::string>& com
 int runOnUnit(const std::string& unit, double scale, const std::vector<std::string>& command)
 {
     become(UnitFolder::pathOf(unit), scale, command);
+}
+
+int runOnUnitAndWait(const std::string& unit, double scale, const std::vector<std::string>& command)
+{
+    const Signals signals;
+    const pid_t child = fork();
+    if (child == 0) {
+        signals.restore();
+        become(UnitFolder::pathOf(unit), scale, command);
+    }
+    int status = 0;
+    for (;;) {
+        const int signal = signals.next();
+        if (signal == SIGTERM || signal == SIGHUP) // the terminal's own go to the program as well
+            kill(child, signal);
+        if (signal == SIGCHLD && waitpid(child, &status, WNOHANG) == child)
+            return statusOf(status);
+    }
 }
 
 void startUnit(const UnitOptions& options)

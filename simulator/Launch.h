@@ -19,6 +19,7 @@ struct UnitOptions {
     // For a unit that belongs to one program.
     double endAfter = 0;                     ///< seconds of the unit's time until the program gets a TERM; 0: never
     std::function<void(Host&)> before{};     ///< is called before the program starts
+    std::function<void(int)> started{};      ///< is called with its process number
     std::function<void(Host&)> afterwards{}; ///< is called when it has ended
 };
 
@@ -28,6 +29,8 @@ constexpr int kCannotStart = 127;
 int runOnOwnUnit(const UnitOptions& options, const std::vector<std::string>& command);
 /// Becomes a program on a running unit. Returns only when it cannot.
 int runOnUnit(const std::string& unit, double scale, const std::vector<std::string>& command);
+/// The same in a process of its own. Returns as runOnOwnUnit does.
+int runOnUnitAndWait(const std::string& unit, double scale, const std::vector<std::string>& command);
 /// Starts a unit in the background; returns when programs can use it. Throws what Host's constructor throws.
 void startUnit(const UnitOptions& options);
 

@@ -10,6 +10,7 @@
 
 #include "simulator/Launch.h"
 #include "simulator/Play.h"
+#include "simulator/Record.h"
 #include "simulator/UnitClient.h"
 #include "simulator/interpose/UnitFolder.h"
 #include "simulator/model/Text.h"
@@ -19,13 +20,15 @@ namespace {
 using namespace hxsim;
 using Words = std::vector<std::string>;
 
-enum Status { kDone = 0, kRefused = 1, kUsage = 2, kNoUnit = 6 };
+enum Status { kDone = 0, kRefused = 1, kUsage = 2, kBadFile = 3, kNoUnit = 6 };
 
 /// What the command line says; each command uses its part.
 struct Choice {
     UnitOptions unit;
     LightPlay light;
-    std::string on; ///< the unit a command is for
+    RecordOptions record;
+    std::string recording; ///< to be replayed
+    std::string on;        ///< the unit a command is for
     Words words;
     bool json = false;
     bool follow = false;
@@ -214,6 +217,24 @@ void definePlays(CLI::App& app, Choice& choice, int& status)
     lights->callback([&] { status = playLight(choice); });
 }
 
+void defineRecords(CLI::App& app, Choice& choice, int& status)
+{
+    CLI::App* const records = app.add_subcommand("record", "Write down what a program asks of a unit");
+    records->add_option("--unit,-u", choice.record.on, "The running unit; without it one of the program's own")
+        ->excludes(records->add_flag("--machine", choice.record.machine, "The devices of this machine"));
+    addUnitOptions(*records, choice.record.unit);
+    records->add_option("--output,-o", choice.record.file, "File; without it PROGRAM.recording");
+    records->add_option("program", choice.words, "The program and its arguments, after --")->required();
+    records->callback([&] { status = record(choice.record, choice.words); });
+
+    CLI::App* const replays = app.add_subcommand("replay", "Run a program on the answers of a recording");
+    replays->add_option("--scale", choice.unit.scale, "How many times faster than real the program's sleeps are")
+        ->check(CLI::Range(0.001, 100000.0));
+    replays->add_option("file", choice.recording, "The recording")->required();
+    replays->add_option("program", choice.words, "The program and its arguments, after --")->required();
+    replays->callback([&] { status = replay(choice.recording, choice.unit.scale, choice.words); });
+}
+
 /// `hx-sim press front` means `hx-sim do press front`.
 Words withVerb(const CLI::App& app, int argc, char** argv)
 {
@@ -236,6 +257,9 @@ int execute(CLI::App& app, Words words, const int& status)
     } catch (const UnitClient::NoUnit& none) {
         std::fprintf(stderr, "hx-sim: %s\n", none.what());
         return kNoUnit;
+    } catch (const BadRecording& error) {
+        std::fprintf(stderr, "hx-sim: %s\n", error.what());
+        return kBadFile;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "hx-sim: %s\n", error.what());
         return kRefused;
@@ -254,6 +278,7 @@ int main(int argc, char** argv)
     defineValues(app, choice);
     defineTrouble(app, choice);
     definePlays(app, choice, status);
+    defineRecords(app, choice, status);
     UnitFolder::sweep();
     return execute(app, withVerb(app, argc, argv), status);
 }

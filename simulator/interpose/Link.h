@@ -67,13 +67,15 @@ public:
         bool present = true;
         bool text = false;
         bool serial = false;
-        std::string file; ///< for Place::File: where it is kept on this machine
+        std::string file; ///< where it is on this machine; of a device: empty unless it is the machine's own
     };
     [[nodiscard]] virtual Where locate(const std::string& path) = 0;
     /// Nothing the unit has: the caller's business; a library that the unit lacks.
     [[nodiscard]] virtual bool isAbsent(const std::string& name) = 0;
-    /// Folder that stands for the unit's root directory where new files are made.
+    /// A folder of the unit's own.
     [[nodiscard]] virtual std::string folder() = 0;
+    /// Folder that stands for the unit's root directory where new files are made.
+    [[nodiscard]] virtual std::string root() { return folder(); }
 
     struct Opened {
         int descriptor = -1; ///< or -errno

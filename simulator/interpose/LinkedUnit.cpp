@@ -203,7 +203,7 @@ Link::Opened LinkedUnit::open(const std::string& path, int flags)
 int LinkedUnit::fault(const std::string& subject, const std::string& call)
 {
     const Turn turn = enter();
-    return calls_.fault(subject, call);
+    return calls_.fault(caller(), subject, call);
 }
 
 void LinkedUnit::note(const std::string& subject, const std::string& action, int error, Bytes in)

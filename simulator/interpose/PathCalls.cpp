@@ -45,9 +45,9 @@ int onPath(const char* path, const std::string& action, bool& outside, Call call
     outside = false;
     int result = where.present ? -link->fault(path, action.substr(0, action.find(' '))) : -ENOENT;
     if (result == 0) {
-        const std::string real = generated                          ? link->folder() + path
-                                 : where.place == Link::Place::File ? where.file
-                                                                    : standIn(*link, where.text);
+        const std::string real = generated            ? link->root() + path
+                                 : where.file.empty() ? standIn(*link, where.text)
+                                                      : where.file;
         result = call(real.c_str()) == 0 ? 0 : -errno;
     }
     link->note(shownName(path), action, -result);
@@ -88,13 +88,13 @@ int makeTemporary(char* pattern, bool& outside)
         return -1;
     KeepErrno keep;
     const std::string shown = pattern;
-    std::string real = link->folder() + pattern;
+    std::string real = link->root() + pattern;
     int result = -link->fault(shown, "mkstemp");
     if (result == 0) {
         result = HXSIM_REAL(mkstemp64)(real.data());
         if (result < 0)
             result = -errno;
-        std::memcpy(pattern, real.data() + link->folder().size(), shown.size());
+        std::memcpy(pattern, real.data() + link->root().size(), shown.size());
         rememberGenerated(pattern, shown);
     }
     link->note(shown, "mkstemp", result < 0 ? -result : 0);

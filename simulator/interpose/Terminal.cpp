@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/interpose/Terminal.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace hxsim {
@@ -66,6 +67,21 @@ LineSettings lineOf(const termios& settings)
     line.vtime = settings.c_cc[VTIME];
     line.canonical = (settings.c_lflag & ICANON) != 0;
     return line;
+}
+
+void setLineOf(termios& settings, const LineSettings& line)
+{
+    constexpr tcflag_t kSizes[] = {CS5, CS6, CS7, CS8};
+    cfmakeraw(&settings);
+    settings.c_cflag &= ~tcflag_t{CSIZE | PARENB | PARODD | CSTOPB};
+    settings.c_cflag |= CLOCAL | CREAD | kSizes[std::clamp(line.dataBits, 5, 8) - 5];
+    settings.c_cflag |= line.parity == 'n' ? 0U : line.parity == 'o' ? PARENB | PARODD : PARENB;
+    settings.c_cflag |= line.stopBits == 2 ? CSTOPB : 0U;
+    settings.c_cc[VMIN] = line.vmin;
+    settings.c_cc[VTIME] = line.vtime;
+    for (const BaudRow& row : kBauds)
+        if (row.baud == line.baud)
+            cfsetspeed(&settings, row.code);
 }
 
 } // namespace hxsim

@@ -13,4 +13,7 @@ termios freshTerminal();
 /// What the wire knows of terminal settings.
 LineSettings lineOf(const termios& settings);
 
+/// Makes terminal settings such that the wire has these.
+void setLineOf(termios& settings, const LineSettings& line);
+
 } // namespace hxsim

@@ -20,6 +20,9 @@ std::string faultName(std::uint32_t code, std::span<const std::uint8_t> in)
     return (code == kGetRegister ? "get " : "put ") + std::to_string(in[0] | in[1] << 8);
 }
 
+/// Result of a close that the end of the program brought about.
+constexpr std::int64_t kNotCalled = 1;
+
 std::vector<std::uint8_t> copied(std::span<const std::uint8_t> bytes)
 {
     return {bytes.begin(), bytes.end()};
@@ -27,25 +30,45 @@ std::vector<std::uint8_t> copied(std::span<const std::uint8_t> bytes)
 
 } // namespace
 
-Calls::Opened Calls::open(Caller caller, const std::string& path, int flags)
+Calls::Opened Calls::answerOpen(Caller /*caller*/, Node& node, int flags)
 {
-    Node* node = unit_.findNode(path);
     Opened opened;
-    if (node == nullptr || !node->present)
+    if (!node.present)
         opened.error = ENOENT;
-    else if (opened.error = unit_.faults().take(path, "open"); opened.error == 0 && node->openError)
-        opened.error = node->openError();
+    else if (opened.error = unit_.faults().take(node.path(), "open"); opened.error == 0 && node.openError)
+        opened.error = node.openError();
     if (opened.error == 0)
-        opened.file = node->open(flags);
-    if (node != nullptr)
-        record(caller, *node, Entry{.kind = Entry::Kind::Open, .action = openAction(flags), .error = opened.error});
+        opened.file = node.open(flags);
     return opened;
 }
 
-void Calls::close(Caller caller, OpenFile& file)
+Calls::Opened Calls::open(Caller caller, const std::string& path, int flags)
+{
+    Node* const node = unit_.findNode(path);
+    if (node == nullptr)
+        return {nullptr, ENOENT};
+    Opened opened = answerOpen(caller, *node, flags);
+    record(caller, *node, Entry{.kind = Entry::Kind::Open, .action = openAction(flags), .error = opened.error},
+           -opened.error);
+    return opened;
+}
+
+void Calls::answerClose(Caller /*caller*/, OpenFile& file, Closing /*closing*/)
 {
     file.node.close(file);
-    record(caller, file.node, Entry{.kind = Entry::Kind::Close, .action = "close"});
+}
+
+void Calls::close(Caller caller, OpenFile& file, Closing closing)
+{
+    answerClose(caller, file, closing);
+    const Entry entry{.kind = Entry::Kind::Close, .action = "close"};
+    record(caller, file.node, entry, closing == Closing::ByProgram ? 0 : kNotCalled);
+}
+
+std::int64_t Calls::answerIoctl(Caller /*caller*/, OpenFile& file, std::uint32_t code, std::span<const std::uint8_t> in,
+                                std::span<std::uint8_t> out)
+{
+    return file.node.ioctl(file, code, in, out);
 }
 
 std::int64_t Calls::ioctl(Caller caller, OpenFile& file, std::uint32_t code, std::span<const std::uint8_t> in,
@@ -59,21 +82,27 @@ std::int64_t Calls::ioctl(Caller caller, OpenFile& file, std::uint32_t code, std
         if (const std::string name = faultName(code, in); fault == 0 && name != requestName(code))
             fault = faults.take(file.node.path(), name);
     }
-    const int result = fault != 0 ? -fault : file.node.ioctl(file, code, in, out);
-    if (file.node.recorded())
+    const std::int64_t result = fault != 0 ? -fault : answerIoctl(caller, file, code, in, out);
+    if (file.node.recorded() || listener_)
         record(caller, file.node,
                Entry{.kind = Entry::Kind::Ioctl,
                      .request = code,
                      .in = copied(in),
                      .out = result < 0 ? std::vector<std::uint8_t>{} : copied(out),
-                     .error = result < 0 ? -result : 0});
+                     .error = result < 0 ? int(-result) : 0},
+               result);
     return result;
+}
+
+Outcome Calls::answerRead(Caller /*caller*/, OpenFile& file, std::span<std::uint8_t> out, Time started)
+{
+    return file.node.read(file, out, started);
 }
 
 Outcome Calls::read(Caller caller, OpenFile& file, std::span<std::uint8_t> out, Time started, bool firstTry)
 {
     const int fault = firstTry ? unit_.faults().take(file.node.path(), "read") : 0;
-    const Outcome outcome = fault != 0 ? Outcome{-fault, false, {}} : file.node.read(file, out, started);
+    const Outcome outcome = fault != 0 ? Outcome{-fault, false, {}} : answerRead(caller, file, out, started);
     if (outcome.waits)
         return outcome;
     Entry entry{.kind = Entry::Kind::Read, .action = "read " + std::to_string(out.size())};
@@ -81,21 +110,42 @@ Outcome Calls::read(Caller caller, OpenFile& file, std::span<std::uint8_t> out, 
         entry.error = int(-outcome.result);
     else
         entry.out = copied(out.first(std::size_t(outcome.result)));
-    record(caller, file.node, std::move(entry));
+    record(caller, file.node, std::move(entry), outcome.result);
     return outcome;
+}
+
+Outcome Calls::answerWrite(Caller /*caller*/, OpenFile& file, std::span<const std::uint8_t> in)
+{
+    return file.node.write(file, in);
 }
 
 Outcome Calls::write(Caller caller, OpenFile& file, std::span<const std::uint8_t> in)
 {
     const int fault = unit_.faults().take(file.node.path(), "write");
-    const Outcome outcome = fault != 0 ? Outcome{-fault, false, {}} : file.node.write(file, in);
+    const Outcome outcome = fault != 0 ? Outcome{-fault, false, {}} : answerWrite(caller, file, in);
     if (!outcome.waits)
         record(caller, file.node,
                Entry{.kind = Entry::Kind::Write,
                      .action = "write",
                      .in = copied(in),
-                     .error = outcome.result < 0 ? int(-outcome.result) : 0});
+                     .error = outcome.result < 0 ? int(-outcome.result) : 0},
+               outcome.result);
     return outcome;
+}
+
+int Calls::answerFault(Caller /*caller*/, const std::string& subject, const std::string& call)
+{
+    return unit_.faults().take(subject, call);
+}
+
+int Calls::fault(Caller caller, const std::string& subject, const std::string& call)
+{
+    const int error = answerFault(caller, subject, call);
+    if (error != 0 && listener_)
+        listener_(
+            Entry{.time = unit_.clock().now(), .caller = caller, .subject = subject, .action = call, .error = error},
+            -error);
+    return error;
 }
 
 void Calls::note(Caller caller, const std::string& subject, const std::string& action, std::span<const std::uint8_t> in,
@@ -109,15 +159,33 @@ void Calls::note(Caller caller, const std::string& subject, const std::string& a
                               .error = error});
 }
 
-void Calls::record(Caller caller, const Node& node, Entry entry)
+void Calls::record(Caller caller, const Node& node, Entry entry, std::int64_t result)
 {
-    if (!node.recorded())
-        return;
     entry.time = unit_.clock().now();
     entry.caller = caller;
     entry.subject = node.path();
     entry.asText = node.isText();
-    unit_.journal().add(std::move(entry));
+    if (listener_ && (entry.kind != Entry::Kind::Close || result != kNotCalled))
+        listener_(entry, result);
+    if (node.recorded())
+        unit_.journal().add(std::move(entry));
+}
+
+bool Calls::present(const std::string& path)
+{
+    const Node* const node = unit_.findNode(path);
+    return node != nullptr ? node->present : !unit_.isAbsent(path);
+}
+
+std::optional<Node::Shape> Calls::shape(const OpenFile& file, std::uint32_t code)
+{
+    const Node::Shape* const shape = file.node.shape(code);
+    return shape == nullptr ? std::nullopt : std::optional{*shape};
+}
+
+bool Calls::readable(OpenFile& file)
+{
+    return file.node.readable(file, unit_.clock().now());
 }
 
 } // namespace hxsim

@@ -108,15 +108,24 @@ void PreloadedLink::learnPaths()
     if (!control(head(wire::Kind::Hello), {}, &answer))
         return;
     for (const std::string& line : lines(answer.text())) {
-        Where where;
-        const std::string path = line.substr(2);
-        where.place = line[0] == 'F' ? Place::File : Place::Device;
-        where.text = line[0] == 'F' || line[0] == 'T';
-        where.serial = line[0] == 'S';
-        if (where.place == Place::File)
-            where.file = folder_ + "/files" + path;
-        paths_[path] = where;
+        if (line[0] == 'N')
+            semaphores_ = line.substr(2);
+        else if (line[0] == 'R')
+            root_ = line.substr(2);
+        else
+            learnPath(line[0], line.substr(2));
     }
+}
+
+void PreloadedLink::learnPath(char kind, const std::string& line)
+{
+    const std::size_t end = line.find(' ');
+    Where where;
+    where.place = kind == 'F' ? Place::File : Place::Device;
+    where.text = kind == 'F' || kind == 'T';
+    where.serial = kind == 'S';
+    where.file = end == std::string::npos ? "" : line.substr(end + 1);
+    paths_[line.substr(0, end)] = where;
 }
 
 /// Files of the unit that the process was started with.
@@ -232,7 +241,7 @@ int PreloadedLink::sleep(std::int64_t nanoseconds)
 std::string PreloadedLink::semaphoreName(const std::string& name)
 {
     const std::string plain = name.starts_with('/') ? name.substr(1) : name;
-    return UnitFolder::semaphorePrefix(folder_.substr(folder_.rfind('/') + 1)) + plain;
+    return semaphores_.empty() ? '/' + plain : UnitFolder::semaphorePrefix(semaphores_) + plain;
 }
 
 int PreloadedLink::wait(sem_t* semaphore, const std::string& /*name*/, std::optional<std::int64_t> nanoseconds)

@@ -26,6 +26,7 @@ public:
     Where locate(const std::string& path) override;
     bool isAbsent(const std::string& name) override;
     std::string folder() override { return folder_; }
+    std::string root() override { return root_; }
     Opened open(const std::string& path, int flags) override;
     int fault(const std::string& subject, const std::string& call) override;
     void note(const std::string& subject, const std::string& action, int error, Bytes in) override;
@@ -49,6 +50,7 @@ private:
     struct ForkHandlers;
 
     void learnPaths();
+    void learnPath(char kind, const std::string& line);
     void adoptInherited();
     /// Exchanges a packet on the control connection, which the process makes when it first needs it.
     bool control(const wire::Head& head, Bytes bytes, Packet* answer);
@@ -60,6 +62,8 @@ private:
 
     std::string folder_;
     double scale_;
+    std::string root_;       ///< learnt from the host, as what follows
+    std::string semaphores_; ///< the unit whose semaphores programs get; empty: the machine's own
     std::map<std::string, Where> paths_;
     std::mutex lock_; ///< guards control_
     int control_ = -1;

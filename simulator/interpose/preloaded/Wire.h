@@ -12,7 +12,9 @@ enum class Kind : std::uint32_t {
     Answer, ///< host: value = result or -errno
 
     // On a control connection.
-    Hello,   ///< answered with a list of paths, a line each: letter, blank, path
+    Hello,   ///< answered with where things are, a line each: "D", "S", "T" or "F" for a device, serial port, attribute
+             ///< or file, its path, and where it is on this machine if it is; "N" the unit whose semaphores are used;
+             ///< "R" what stands for the root directory
     Locate,  ///< bytes: path; value of the answer: 1 present, 0 absent
     Absent,  ///< answered with the names the unit lacks, a line each
     Fault,   ///< bytes: subject, NUL, call; answered with an errno

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <fstream>
+#include <map>
+#include <vector>
+
+#include "simulator/record/Recording.h"
+
+namespace hxsim {
+
+/// Writes the calls of a process and its children into a file as they are answered.
+class Recorder {
+public:
+    /// Throws BadText when the file cannot be made. Process 0 means every one.
+    Recorder(const std::string& file, int process, const Recording& head);
+
+    void add(const Entry& entry, std::int64_t result);
+    [[nodiscard]] std::size_t count() const { return count_; }
+    /// False when something could not be written.
+    [[nodiscard]] bool finish();
+
+private:
+    struct Process {
+        int number = 0; ///< 0: none of those to be recorded
+        std::vector<int> threads{};
+    };
+    Process& processOf(int process);
+
+    std::ofstream file_;
+    int root_;
+    int processes_ = 0;
+    std::map<int, Process> known_;
+    std::size_t count_ = 0;
+};
+
+} // namespace hxsim

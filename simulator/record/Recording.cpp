@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/record/Recording.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdio>
+
+#include "simulator/jida/Protocol.h"
+#include "simulator/model/Text.h"
+
+namespace hxsim {
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr char kTitle[] = "hx-sim recording ";
+constexpr int kVersion = 1;
+constexpr char kBoardLibrary[] = "libjida.so"; // as people know what lies behind its node
+
+Bytes bytesOf(std::string_view text)
+{
+    return {text.begin(), text.end()};
+}
+
+/// Reads a line from its left to its right.
+class Cursor {
+public:
+    explicit Cursor(std::string_view text) : rest_{text} {}
+
+    [[nodiscard]] bool atEnd() const { return rest_.empty(); }
+    bool skip(std::string_view text)
+    {
+        const bool there = rest_.starts_with(text);
+        if (there)
+            rest_.remove_prefix(text.size());
+        return there;
+    }
+    std::string_view upTo(std::string_view mark)
+    {
+        const std::string_view taken = rest_.substr(0, rest_.find(mark));
+        rest_.remove_prefix(taken.size());
+        return taken;
+    }
+    std::string_view word()
+    {
+        const std::string_view taken = upTo(" ");
+        skip(" ");
+        if (taken.empty())
+            throw BadText{"a word is missing"};
+        return taken;
+    }
+    /// The call itself, up to what came with it.
+    std::string_view call()
+    {
+        std::size_t end = rest_.size();
+        for (const std::string_view mark : {": ", " -> ", " = ", " !"})
+            end = std::min(end, rest_.find(mark));
+        const std::string_view taken = rest_.substr(0, end);
+        rest_.remove_prefix(end);
+        if (taken.empty())
+            throw BadText{"the call is missing"};
+        return taken;
+    }
+    [[nodiscard]] bool atText() const { return rest_.starts_with('"'); }
+    /// Hexadecimal pairs, or a quoted text.
+    Bytes bytes() { return skip("\"") ? quotedBytes() : pairs(); }
+
+private:
+    [[nodiscard]] std::uint8_t pair() const
+    {
+        return std::uint8_t(parseNumber("0x" + std::string{rest_.substr(0, 2)}, 0, 0xFF));
+    }
+    Bytes pairs()
+    {
+        Bytes bytes;
+        do {
+            bytes.push_back(pair());
+            rest_.remove_prefix(std::min<std::size_t>(2, rest_.size()));
+        } while (rest_.size() > 2 && rest_[0] == ' ' && std::isxdigit(static_cast<unsigned char>(rest_[1])) != 0 &&
+                 skip(" "));
+        return bytes;
+    }
+    Bytes quotedBytes()
+    {
+        Bytes bytes;
+        while (!skip("\"")) {
+            if (rest_.empty())
+                throw BadText{"the closing quote is missing"};
+            if (skip("\\n")) {
+                bytes.push_back('\n');
+            } else if (skip("\\x")) {
+                bytes.push_back(pair());
+                rest_.remove_prefix(2);
+            } else {
+                (void)skip("\\");
+                bytes.push_back(std::uint8_t(rest_.empty() ? 0 : rest_[0]));
+                rest_.remove_prefix(rest_.empty() ? 0 : 1);
+            }
+        }
+        return bytes;
+    }
+
+    std::string_view rest_;
+};
+
+/// What the answer of a successful call is unless the line says otherwise.
+std::int64_t usualResult(const Entry& entry)
+{
+    if (entry.kind == Entry::Kind::Read)
+        return std::int64_t(entry.out.size());
+    return entry.kind == Entry::Kind::Write ? std::int64_t(entry.in.size()) : 0;
+}
+
+Entry::Kind kindOf(const std::string& action)
+{
+    if (action == "close")
+        return Entry::Kind::Close;
+    if (action == "write")
+        return Entry::Kind::Write;
+    if (action.starts_with("open "))
+        return Entry::Kind::Open;
+    if (action.starts_with("read "))
+        return Entry::Kind::Read;
+    return action.starts_with("0x") ? Entry::Kind::Ioctl : Entry::Kind::Other;
+}
+
+void parseBytes(Cursor& cursor, std::string_view mark, Entry& entry, Bytes& bytes)
+{
+    if (!cursor.skip(mark))
+        return;
+    entry.asText = cursor.atText();
+    bytes = cursor.bytes();
+}
+
+void parseCall(Cursor& cursor, RecordedCall& call)
+{
+    Entry& entry = call.entry;
+    entry.subject = cursor.word();
+    entry.action = cursor.call();
+    if (entry.action.starts_with("fault "))
+        entry.action.erase(0, sizeof "fault " - 1);
+    else if (entry.kind = kindOf(entry.action); entry.kind == Entry::Kind::Other)
+        throw BadText{"there is no call '" + entry.action + "'"};
+    if (entry.kind == Entry::Kind::Ioctl)
+        entry.request = std::uint32_t(parseNumber(entry.action, 0, 0xFFFFFFFF));
+    if (entry.kind != Entry::Kind::Other && entry.subject == kBoardLibrary)
+        entry.subject = jida::kNode;
+    parseBytes(cursor, ": ", entry, entry.in);
+    parseBytes(cursor, " -> ", entry, entry.out);
+    call.result = cursor.skip(" = ") ? parseNumber(cursor.upTo(" "), 0, INT32_MAX) : usualResult(entry);
+    if (cursor.skip(" !")) {
+        entry.error = parseErrno(cursor.upTo(" "));
+        call.result = -entry.error;
+    }
+    if (!cursor.atEnd())
+        throw BadText{"'" + std::string{cursor.upTo("\n")} + "' is not understood"};
+}
+
+RecordedCall parseCallLine(std::string_view text)
+{
+    Cursor cursor{text};
+    RecordedCall call;
+    call.process = int(parseNumber(cursor.upTo("."), 1, INT32_MAX));
+    if (!cursor.skip("."))
+        throw BadText{"PROCESS.THREAD is missing"};
+    call.thread = int(parseNumber(cursor.word(), 1, INT32_MAX));
+    const std::chrono::duration<double> seconds{parseReal(cursor.word())};
+    call.entry.time = std::chrono::duration_cast<Time>(seconds);
+    parseCall(cursor, call);
+    return call;
+}
+
+void parseLine(Recording& recording, const std::string& line, std::size_t number)
+{
+    Cursor cursor{line};
+    if (cursor.skip("absent ")) {
+        recording.absent.emplace_back(cursor.upTo("\n"));
+    } else if (cursor.skip("file ")) {
+        const std::string path{cursor.word()};
+        const Bytes content = cursor.bytes();
+        recording.files[path] = {content.begin(), content.end()};
+    } else {
+        recording.calls.push_back(parseCallLine(line));
+        recording.calls.back().line = number;
+    }
+}
+
+void parseTitle(std::string_view line)
+{
+    Cursor cursor{line};
+    if (!cursor.skip(kTitle))
+        throw BadText{"this is no recording: its first line is not '" + (kTitle + std::to_string(kVersion)) + "'"};
+    if (const auto version = parseNumber(cursor.upTo(" "), 1, INT32_MAX); version != kVersion)
+        throw BadText{"the recording has version " + std::to_string(version) + "; this hx-sim knows version " +
+                      std::to_string(kVersion)};
+}
+
+} // namespace
+
+bool RecordedCall::asksTheSameAs(const RecordedCall& other) const
+{
+    return entry.kind == other.entry.kind && entry.subject == other.entry.subject &&
+           entry.request == other.entry.request && entry.in == other.entry.in &&
+           (entry.kind == Entry::Kind::Ioctl || entry.action == other.entry.action);
+}
+
+std::string RecordedCall::text() const
+{
+    const auto shown = [&](const Bytes& bytes) { return entry.asText ? quoted(bytes) : hexBytes(bytes); };
+    std::string text = (entry.subject == jida::kNode ? kBoardLibrary : entry.subject) + ' ';
+    if (entry.kind == Entry::Kind::Ioctl)
+        text += requestName(entry.request);
+    else
+        text += (entry.kind == Entry::Kind::Other ? "fault " : "") + entry.action;
+    if (!entry.in.empty())
+        text += ": " + shown(entry.in);
+    if (!entry.out.empty())
+        text += " -> " + shown(entry.out);
+    if (result >= 0 && result != usualResult(entry))
+        text += " = " + std::to_string(result);
+    return result < 0 ? text + " !" + errnoName(int(-result)) : text;
+}
+
+std::string RecordedCall::lineText() const
+{
+    std::array<char, 64> start{};
+    std::snprintf(start.data(), start.size(), "%d.%d %.6f ", process, thread,
+                  std::chrono::duration<double>(entry.time).count());
+    return start.data() + text();
+}
+
+std::string Recording::headText() const
+{
+    std::string text = kTitle + std::to_string(kVersion) + '\n';
+    for (const std::string& name : absent)
+        text += "absent " + name + '\n';
+    for (const auto& [path, content] : files)
+        text += "file " + path + ' ' + quoted(bytesOf(content)) + '\n';
+    return text;
+}
+
+Recording Recording::parse(std::string_view text)
+{
+    Recording recording;
+    std::size_t number = 0;
+    while (!text.empty()) {
+        const std::string line{text.substr(0, text.find('\n'))};
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        ++number;
+        try {
+            if (number == 1)
+                parseTitle(line);
+            else if (!line.empty() && !line.starts_with('#'))
+                parseLine(recording, line, number);
+        } catch (const BadText& bad) {
+            throw BadText{std::to_string(number) + ": " + bad.what()};
+        }
+    }
+    if (number == 0)
+        throw BadText{"1: the file is empty"};
+    return recording;
+}
+
+} // namespace hxsim

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <deque>
+#include <map>
+#include <utility>
+
+#include "simulator/model/Calls.h"
+#include "simulator/record/Recording.h"
+
+namespace hxsim {
+
+/// Answers programs from a recording. Each thread of a program takes the part of a recorded one whose first call was
+/// the same, and from then on has to ask what that one asked, in its order; the threads among each other may go in any
+/// order. After the first difference every call answers EIO.
+class ReplayedCalls : public Calls {
+public:
+    /// `differs` is called once, with what the program did instead.
+    ReplayedCalls(Unit& unit, const Recording& recording, std::function<void(const std::string&)> differs);
+
+    /// The program has ended: what it should have asked besides is a difference too.
+    void finish();
+    [[nodiscard]] bool differed() const { return differed_; }
+
+    std::optional<Node::Shape> shape(const OpenFile& file, std::uint32_t code) override;
+    void setLine(OpenFile& /*file*/, const LineSettings& /*settings*/) override {}
+    void flush(OpenFile& /*file*/, bool /*input*/, bool /*output*/) override {}
+    Outcome drain(OpenFile& /*file*/) override { return {}; }
+    bool readable(OpenFile& /*file*/) override { return true; }
+
+protected:
+    Opened answerOpen(Caller caller, Node& node, int flags) override;
+    void answerClose(Caller caller, OpenFile& file, Closing closing) override;
+    std::int64_t answerIoctl(Caller caller, OpenFile& file, std::uint32_t code, std::span<const std::uint8_t> in,
+                             std::span<std::uint8_t> out) override;
+    Outcome answerRead(Caller caller, OpenFile& file, std::span<std::uint8_t> out, Time started) override;
+    Outcome answerWrite(Caller caller, OpenFile& file, std::span<const std::uint8_t> in) override;
+    int answerFault(Caller caller, const std::string& subject, const std::string& call) override;
+
+private:
+    /// The recorded calls of one thread; those that were replayed are taken off.
+    struct Part {
+        int process;
+        std::deque<const RecordedCall*> calls{};
+        bool taken = false;
+    };
+
+    /// The recorded call that answers this one, or null after a difference.
+    const RecordedCall* next(Caller caller, Entry entry);
+    Part* partOf(Caller caller, const RecordedCall& call);
+    [[nodiscard]] bool mayTake(int process, const Part& part) const;
+    const RecordedCall* differ(const RecordedCall* recorded, const RecordedCall& call);
+    [[nodiscard]] const RecordedCall* firstLeft() const;
+
+    const Recording& recording_;
+    std::function<void(const std::string&)> differs_;
+    std::vector<Part> parts_;
+    std::map<std::pair<int, int>, Part*> taken_; ///< process and thread
+    std::map<int, int> processes_;               ///< process to its recorded number
+    bool differed_ = false;
+};
+
+} // namespace hxsim
