@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <map>
+#include <string_view>
 
 #include <nlohmann/json.hpp>
 
@@ -34,8 +35,15 @@ std::string joined(const Words& words, std::size_t from)
 
 CommandResult setProperty(Host& host, int, const Words& words)
 {
-    for (std::size_t i = 1; i < words.size(); ++i)
-        host.describe(words[i]);
+    constexpr std::string_view kOnlyLine = "line 1: ";
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        try {
+            host.describe(words[i]);
+        } catch (const BadText& bad) {
+            const std::string_view text = bad.what();
+            throw BadText{std::string{text.starts_with(kOnlyLine) ? text.substr(kOnlyLine.size()) : text}};
+        }
+    }
     return {};
 }
 
@@ -67,6 +75,44 @@ CommandResult listActions(Host& host, int, const Words& words)
         text += name + ' ' + action.usage + "    # " + action.help + '\n';
     }
     return {true, asksForJson(words) ? all.dump(2) + '\n' : text};
+}
+
+/// A bar would end the cell of a table.
+std::string cell(const std::string& text)
+{
+    std::string shown;
+    for (const char c : text)
+        (shown += c == '|' ? "\\" : "") += c;
+    return shown;
+}
+
+/// The page docs/unit-properties.md.
+CommandResult listAsPage(Host& host, int, const Words&)
+{
+    std::string text = "# Properties and actions of a simulated unit\n\nMade by `hx-sim properties --markdown` on a "
+                       "healthy unit. A description, `--set`, `hx-sim set` and `hx-sim get`\nuse these names; "
+                       "[simulator.md](simulator.md#descriptions) tells how.\n\n## Properties\n\n"
+                       "| Name | Healthy | Meaning |\n|---|---|---|\n";
+    for (const auto& [name, property] : host.unit().properties().all()) {
+        const std::string value = property.get();
+        text += "| `" + name + "` | " + (value.empty() ? "" : '`' + cell(value) + '`') + " | " + cell(property.help) +
+                (property.set ? "" : "; read only") + " |\n";
+    }
+    text += "\n## Actions\n\n`hx-sim press front`, or `do = press front` in a description.\n\n"
+            "| Action | Effect |\n|---|---|\n";
+    for (const auto& [name, action] : host.unit().actions().all())
+        text +=
+            "| `" + name + (action.usage.empty() ? "" : ' ' + cell(action.usage)) + "` | " + cell(action.help) + " |\n";
+    return {true, text};
+}
+
+CommandResult listDevices(Host& host, int, const Words&)
+{
+    Json all = Json::object();
+    for (const auto& [path, node] : host.unit().nodes())
+        if (node.recorded())
+            all[path] = node.present ? "a device of the unit" : "taken away";
+    return {true, all.dump() + '\n'};
 }
 
 CommandResult act(Host& host, int, const Words& words)
@@ -159,11 +205,23 @@ struct Row {
 };
 
 constexpr Row kCommands[] = {
-    {"actions", listActions},  {"clear", clearLog},   {"do", act},
-    {"end-record", endRecord}, {"fail", fail},        {"follow", followLog},
-    {"get", getProperty},      {"log", showLog},      {"properties", listProperties},
-    {"record", record},        {"remove", setAbsent}, {"restore", setAbsent},
-    {"scale", showScale},      {"set", setProperty},  {"stop", stop},
+    {"actions", listActions},
+    {"clear", clearLog},
+    {"devices", listDevices},
+    {"do", act},
+    {"end-record", endRecord},
+    {"fail", fail},
+    {"follow", followLog},
+    {"get", getProperty},
+    {"log", showLog},
+    {"properties", listProperties},
+    {"properties-page", listAsPage},
+    {"record", record},
+    {"remove", setAbsent},
+    {"restore", setAbsent},
+    {"scale", showScale},
+    {"set", setProperty},
+    {"stop", stop},
     {"unfail", unfail},
 };
 
