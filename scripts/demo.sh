@@ -20,7 +20,11 @@ mkdir -p build
 }
 
 unit="demo-$$"
-cleanup() { build/i386/hx-sim stop "$unit" >/dev/null 2>&1 || true; }
+folder=$(mktemp -d)
+cleanup() {
+    build/i386/hx-sim stop "$unit" >/dev/null 2>&1 || true
+    rm -rf "$folder"
+}
 trap cleanup EXIT
 
 echo "== Starting the simulated unit \"$unit\""
@@ -37,3 +41,25 @@ for request in "version" "voltage 0" "inputs" "info" "backlight get"; do
     # shellcheck disable=SC2086
     build/i386/hx-sim run --unit "$unit" -- build/i386/hxaux $request | sed 's/^/  /'
 done
+
+# An Intel HEX file of 20000 bytes, as a linker would make it for the front panel's microcontroller.
+awk 'BEGIN {
+    print ":020000040800F2"
+    for (address = 0; address < 20000; address += 16) {
+        line = sprintf(":10%04X00", address)
+        sum = 16 + int(address / 256) + address % 256
+        for (i = 0; i < 16; i++) {
+            byte = (address / 16 + 7 * i) % 256
+            line = line sprintf("%02X", byte)
+            sum += byte
+        }
+        printf "%s%02X\n", line, (256 - sum % 256) % 256
+    }
+    print ":00000001FF"
+}' >"$folder/front.hex"
+
+echo
+echo "== New firmware for the front panel, over the serial line and the bootloader; time runs 20 times faster"
+echo "\$ hxaux upgrade front front.hex"
+build/i386/hx-sim run --scale 20 -- build/i386/hxaux upgrade front "$folder/front.hex" |
+    grep -v '^done' | uniq | sed 's/^/  /'

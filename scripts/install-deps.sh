@@ -11,7 +11,7 @@
 # package  building and checking the Debian packages
 set -euo pipefail
 
-build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev)
+build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev libedit2)
 tests=("${build[@]}" googletest binutils clang lld srecord qemu-system-arm)
 checks=("${tests[@]}" clang lld clang-format clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
     gcovr shellcheck codespell libbenchmark-dev libbenchmark-dev:i386)

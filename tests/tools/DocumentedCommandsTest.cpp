@@ -23,9 +23,6 @@ namespace fs = std::filesystem;
 
 const fs::path kDocs = HX_DOCS;
 
-/// The page's compiler makes programs for this build of the library.
-constexpr const char* kCompiler = sizeof(void*) == 4 ? "g++() { command g++ -m32 \"$@\"; }; " : "";
-
 struct Shown {
     std::string command;
     bool onUnit = false;
@@ -133,15 +130,20 @@ bool matches(const std::string& pattern, const std::string& text)
     return false;
 }
 
+/// Pages tell the status of a command that failed, pictures show what a terminal does.
+enum class Statuses { Shown, Hidden };
+
 /// A folder for a page's commands and a place for its units.
 class Place {
 public:
-    Place() : folder_{fs::temp_directory_path() / ("hx-documents-" + std::to_string(getpid()))}
+    explicit Place(Statuses statuses = Statuses::Shown)
+        : statuses_{statuses}, folder_{fs::temp_directory_path() / ("hx-documents-" + std::to_string(getpid()))}
     {
         fs::create_directories(folder_ / "units");
         fs::create_directories(folder_ / "work/build");
         fs::create_symlink(kDocs.parent_path() / "include", work() / "include");
         fs::create_symlink(fs::path{HX_EXAMPLE_PROGRAMS}.parent_path(), work() / "build/x86_64");
+        makeCompiler();
         setenv("XDG_RUNTIME_DIR", (folder_ / "units").c_str(), 1);
     }
     Place(const Place&) = delete;
@@ -156,17 +158,63 @@ public:
 
     [[nodiscard]] std::string outputOf(const Shown& shown) const
     {
-        std::ofstream{folder_ / "command"} << "exec 2>&1; " << kCompiler << "cd " << work().string() << "; "
-                                           << shown.command << "\n";
+        std::ofstream{folder_ / "command"} << "exec 2>&1; PATH=" << (folder_ / "bin").string() << ":$PATH; cd "
+                                           << work().string() << "; " << shown.command << "\n";
         const std::string shell = "sh " + (folder_ / "command").string();
         const Outcome outcome = run(shown.onUnit ? "hx-sim run --unit page -- " + shell : shell);
         return outcome.output + outcome.error +
-               (outcome.status == 0 ? "" : "[status " + std::to_string(outcome.status) + "]\n");
+               (outcome.status == 0 || statuses_ == Statuses::Hidden
+                    ? ""
+                    : "[status " + std::to_string(outcome.status) + "]\n");
     }
 
 private:
+    /// The page's compiler makes programs for this build of the library.
+    void makeCompiler() const
+    {
+        const fs::path compiler = folder_ / "bin/g++";
+        fs::create_directory(compiler.parent_path());
+        std::ofstream{compiler} << "#!/bin/sh\nexec /usr/bin/g++ " << (sizeof(void*) == 4 ? "-m32" : "") << " \"$@\"\n";
+        fs::permissions(compiler, fs::perms::owner_all);
+    }
+
+    Statuses statuses_;
     fs::path folder_;
 };
+
+void replaceAll(std::string& text, const std::string& from, const std::string& to)
+{
+    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+}
+
+/// A picture of a terminal as the page that shows the same.
+Page readPicture(const fs::path& file)
+{
+    std::ifstream stream{file};
+    std::string page = "```console\n";
+    for (std::string line; std::getline(stream, line);) {
+        const std::size_t begin = line.rfind("<text ");
+        if (begin == std::string::npos)
+            continue;
+        const std::size_t text = line.find('>', begin) + 1;
+        page += line.substr(text, line.rfind("</text>") - text) + "\n";
+    }
+    for (const auto& [entity, meaning] : {std::pair{"&lt;", "<"}, {"&gt;", ">"}, {"&amp;", "&"}})
+        replaceAll(page, entity, meaning);
+    std::istringstream lines{page};
+    return Reader{lines}.page;
+}
+
+void expectWhatIsShown(const Page& page, const Place& place)
+{
+    for (const Shown& shown : page.commands) {
+        const std::string output = place.outputOf(shown);
+        EXPECT_TRUE(matches(shown.output, output)) << "$ " << shown.command << "\nis shown with\n"
+                                                   << shown.output << "and prints\n"
+                                                   << output;
+    }
+}
 
 class DocumentedCommands : public testing::TestWithParam<fs::path> {};
 
@@ -187,11 +235,19 @@ TEST_P(DocumentedCommands, PrintWhatThePageShows)
         EXPECT_EQ(run("hx-sim start page").status, 0);
     }
 
-    for (const Shown& shown : page.commands) {
-        const std::string output = place.outputOf(shown);
-        EXPECT_TRUE(matches(shown.output, output)) << "$ " << shown.command << "\nis shown with\n"
-                                                   << shown.output << "and prints\n"
-                                                   << output;
+    expectWhatIsShown(page, place);
+}
+
+TEST(Pictures, ShowWhatTheCommandsPrint)
+{
+    for (const auto& entry : fs::directory_iterator(kDocs / "pictures")) {
+        if (entry.path().extension() != ".session")
+            continue;
+        SCOPED_TRACE("scripts/terminal-picture " + entry.path().string() + " draws it anew");
+        const Place place(Statuses::Hidden);
+        const Page page = readPicture(fs::path{entry.path()}.replace_extension(".svg"));
+        EXPECT_FALSE(page.commands.empty());
+        expectWhatIsShown(page, place);
     }
 }
 
