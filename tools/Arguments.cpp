@@ -118,7 +118,7 @@ std::vector<Argument> optionsOf(const Verb& verb)
     return options;
 }
 
-std::string placeholder(const Argument& argument)
+std::string metavariable(const Argument& argument)
 {
     std::string name;
     for (const char character : argument.name)
@@ -132,7 +132,7 @@ std::string usageLine(const Object& object, const Verb& verb)
 {
     std::string line = "hxaux " + spoken(object, verb);
     for (const Argument& value : verb.values)
-        line += " " + placeholder(value);
+        line += " " + metavariable(value);
     return line;
 }
 

@@ -51,7 +51,7 @@ std::vector<Argument> optionsOf(const Verb& verb);
 // "hxaux backlight set LEVEL": the call with its values.
 std::string usageLine(const Object& object, const Verb& verb);
 // "LEVEL", "[NUMBER]", "FILE...".
-std::string placeholder(const Argument& argument);
+std::string metavariable(const Argument& argument);
 // "0 to 255", "off, on", or nothing.
 std::string allowedValues(const Argument& argument);
 

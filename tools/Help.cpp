@@ -29,7 +29,7 @@ Rows rowsOf(const std::vector<Argument>& arguments, const std::string& prefix)
 {
     Rows rows;
     for (const Argument& argument : arguments) {
-        std::string left = prefix.empty() ? placeholder(argument) : prefix + std::string(argument.name);
+        std::string left = prefix.empty() ? metavariable(argument) : prefix + std::string(argument.name);
         if (!prefix.empty() && argument.kind != Kind::Flag)
             left += " VALUE";
         rows.emplace_back(left, explanation(argument));

@@ -41,7 +41,7 @@ std::string manualOf(const Object& object, const Verb& verb)
         text += "\n" + troff(verb.details);
     text += "\n.RS\n";
     for (const Argument& value : verb.values)
-        text += item(placeholder(value), explanation(value));
+        text += item(metavariable(value), explanation(value));
     for (const Argument& option : verb.options)
         text += item(optionTerm(option), explanation(option));
     return text + ".PP\nExample:\n.B " + troff(verb.example) + "\n.RE\n";
@@ -54,7 +54,7 @@ std::string markdownOf(const Object& object, const Verb& verb)
         text += " " + std::string(verb.details);
     text += "\n\n";
     for (const Argument& value : verb.values)
-        text += "- `" + placeholder(value) + "`: " + explanation(value) + "\n";
+        text += "- `" + metavariable(value) + "`: " + explanation(value) + "\n";
     for (const Argument& option : verb.options)
         text += "- `" + optionTerm(option) + "`: " + explanation(option) + "\n";
     if (verb.repeat == Repeat::Watch)
