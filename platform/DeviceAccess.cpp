@@ -13,7 +13,8 @@ namespace Halvix {
 
 bool LinuxWrapper::open(int& handle, const char* path, bool readWrite)
 {
-    handle = ::open(path, (readWrite ? O_RDWR : O_RDONLY) | O_NONBLOCK);
+    // Applications' file names end here unchecked; the C library must not see a null one.
+    handle = path == nullptr ? -1 : ::open(path, (readWrite ? O_RDWR : O_RDONLY) | O_NONBLOCK);
     return handle >= 0;
 }
 
