@@ -25,6 +25,7 @@ SampleRing* makeSampleRing(std::uint32_t window)
     if (entries > std::numeric_limits<std::uint32_t>::max() ||
         words > std::numeric_limits<std::size_t>::max() / sizeof(std::uint32_t))
         return nullptr;
+    // The entries follow the head; both are counted in words. NOLINTNEXTLINE(clang-analyzer-unix.MallocSizeof)
     auto* ring = static_cast<SampleRing*>(std::calloc(static_cast<std::size_t>(words), sizeof(std::uint32_t)));
     if (ring != nullptr)
         ring->size = static_cast<std::uint32_t>(entries);

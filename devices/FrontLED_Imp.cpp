@@ -5,6 +5,7 @@
 #include "platform/X86Convert.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
@@ -33,7 +34,7 @@ constexpr int kColors = 6;
 /// The row of the table as it is now: programs change it.
 const unsigned char* rowOf(int color)
 {
-    return stdColor + 3 * color;
+    return stdColor + std::ptrdiff_t{3} * color;
 }
 
 } // namespace
