@@ -112,6 +112,8 @@ public:
     [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] bool recorded() const { return recorded_; }
     [[nodiscard]] bool isText() const { return text_; }
+    /// What is looked at by its path is a plain file from now on, or is none.
+    void showAsFile(bool isFile) { text_ = isFile; }
     [[nodiscard]] bool isSerial() const { return bool(lineChanged_); }
 
     /// The answer to open: present in the unit unless the description says otherwise.

@@ -11,8 +11,10 @@ namespace hxsim {
 ServiceDaemon::ServiceDaemon(Unit& unit)
 {
     Node& node = unit.addNode("/tmp/hxauxd.fifo");
-    node.openError = [this] { return running ? 0 : ENXIO; }; // nobody reads
+    node.openError = [this] { return running || plainFile ? 0 : ENXIO; }; // nobody reads
     node.onWrite([this](OpenFile&, std::span<const std::uint8_t> in) -> Outcome {
+        if (plainFile)
+            return {std::int64_t(in.size()), false, {}};
         if (!running)
             return {-EPIPE, false, {}};
         if (full)
@@ -22,6 +24,13 @@ ServiceDaemon::ServiceDaemon(Unit& unit)
     });
     unit.properties().flag("daemon.running", running, "whether the service daemon reads its FIFO");
     unit.properties().flag("daemon.full", full, "whether the FIFO is full and not read");
+    unit.properties().add(
+        "daemon.plain-file", [this] { return plainFile ? "on" : "off"; },
+        [this, &node](const std::string& text) {
+            plainFile = parseFlag(text);
+            node.showAsFile(plainFile);
+        },
+        "whether a plain file lies where the FIFO should be; programs that run already do not see a change");
     unit.properties().readOnly(
         "daemon.commands", [this] { return shown(); }, "commands that the daemon got, in order");
 }

@@ -15,7 +15,8 @@ public:
     explicit ServiceDaemon(Unit& unit);
 
     bool running = true;
-    bool full = false; ///< the FIFO holds as much as it can: nothing is read from it
+    bool plainFile = false; ///< somebody made a file there before the daemon made its FIFO
+    bool full = false;      ///< the FIFO holds as much as it can: nothing is read from it
     std::vector<std::int32_t> commands;
 
 private:
