@@ -136,6 +136,8 @@ bool LinuxWrapper::CreateSema(int& sema, const char* name)
         sema = handle;
     else
         std::printf("sem_open failed with error: %s\n", std::strerror(errno));
+    if (handle == 0 && semaphore != nullptr) // no memory for a handle
+        ::sem_close(semaphore);
     if (name == nullptr)
         ::sem_unlink(finalName); // private to this process from here on
     return handle != 0;

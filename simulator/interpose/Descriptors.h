@@ -21,6 +21,7 @@ struct Descriptor {
     std::atomic<int> flags;
     bool text = false;
     bool serial = false;
+    bool stream = false;                ///< of a C stream: the journal shows the stream's opening alone
     std::shared_ptr<DeviceFile> device; ///< null: a real file in the unit's folder
     std::mutex lock;                    ///< guards `terminal`
     termios terminal{};

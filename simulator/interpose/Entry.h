@@ -8,13 +8,19 @@
 
 namespace hxsim {
 
-/// A call that succeeds leaves errno alone, whatever we had to do for it.
+/// A call that succeeds leaves errno alone, whatever we had to do for it. While one lives this thread works for the door
+/// and not for the program: tests that let memory run out ask it.
 class KeepErrno {
 public:
-    KeepErrno() : kept_{errno} {}
+    KeepErrno() : kept_{errno} { ++depth; }
     KeepErrno(const KeepErrno&) = delete;
     KeepErrno& operator=(const KeepErrno&) = delete;
-    ~KeepErrno() { errno = kept_; }
+    ~KeepErrno()
+    {
+        --depth;
+        errno = kept_;
+    }
+    [[nodiscard]] static bool isAtWork() { return depth > 0; }
 
     /// A result in the kernel's form becomes one in the C library's.
     template <typename Result>
@@ -34,6 +40,7 @@ public:
     }
 
 private:
+    static inline thread_local int depth = 0;
     int kept_;
 };
 

@@ -9,6 +9,8 @@
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
 #include "simulator/interpose/Terminal.h"
+#include "simulator/jida/Protocol.h"
+#include "simulator/model/CallWatch.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
@@ -99,11 +101,18 @@ int closeOr(int fd, Forward forward)
     if (descriptor == nullptr || !last)
         return forward();
     KeepErrno keep;
-    if (descriptor->device != nullptr)
+    int error = 0;
+    Link* const link = Link::current();
+    if (descriptor->device != nullptr) {
+        if (descriptor->path != jida::kNode) // its hardware has calls of its own
+            error = -watched(descriptor->path, "close");
         descriptor->device->close();
-    else if (Link* link = Link::current())
-        link->note(descriptor->path, "close", 0);
-    return forward();
+    } else if (link != nullptr && !descriptor->stream) {
+        error = -link->fault(descriptor->path, "close");
+        link->note(descriptor->path, "close", -error);
+    }
+    const int result = forward();
+    return error != 0 ? keep.answer(error) : result;
 }
 
 /// The new number stands for what the old one stands for.

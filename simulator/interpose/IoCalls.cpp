@@ -54,7 +54,7 @@ std::int64_t fileWrite(const Descriptor& descriptor, int fd, Bytes bytes)
         result = HXSIM_REAL(write)(fd, bytes.data(), bytes.size());
     if (result == -1)
         result = -errno;
-    if (link != nullptr)
+    if (link != nullptr && !descriptor.stream)
         link->note(descriptor.path, "write", result < 0 ? int(-result) : 0, bytes);
     return result;
 }
@@ -67,7 +67,7 @@ std::int64_t fileRead(const Descriptor& descriptor, int fd, Space space)
         result = HXSIM_REAL(read)(fd, space.data(), space.size());
     if (result == -1)
         result = -errno;
-    if (link != nullptr)
+    if (link != nullptr && !descriptor.stream)
         link->note(descriptor.path, "read " + std::to_string(space.size()), result < 0 ? int(-result) : 0);
     return result;
 }
@@ -139,12 +139,13 @@ HXSIM_ENTRY ssize_t writev(int fd, const iovec* parts, int count)
 {
     if (Descriptors::table().find(fd) == nullptr)
         return HXSIM_REAL(writev)(fd, parts, count);
+    KeepErrno keep;
     std::vector<std::uint8_t> joined;
     for (int i = 0; i < count; ++i) {
         const auto* const from = static_cast<const std::uint8_t*>(parts[i].iov_base);
         joined.insert(joined.end(), from, from + parts[i].iov_len);
     }
-    return write(fd, joined.data(), joined.size());
+    return keep.pass(write(fd, joined.data(), joined.size()));
 }
 
 #define HXSIM_IOCTL(name)                                                                                              \

@@ -8,8 +8,9 @@
 #include <unistd.h>
 #include <vector>
 
+#include "simulator/interpose/Entry.h"
 #include "simulator/interpose/LinkedFile.h"
-#include "simulator/interpose/Real.h"
+#include "simulator/model/CallWatch.h"
 
 namespace hxsim {
 
@@ -153,6 +154,7 @@ void LinkedUnit::changed()
 
 void LinkedUnit::observe(std::int64_t nanoseconds)
 {
+    const KeepErrno keep;
     Turn turn = enter();
     time_.wait(turn.lock, fromNow(nanoseconds), &mark, VirtualTime::Rank::Observer, "the test");
 }
@@ -203,7 +205,8 @@ Link::Opened LinkedUnit::open(const std::string& path, int flags)
 int LinkedUnit::fault(const std::string& subject, const std::string& call)
 {
     const Turn turn = enter();
-    return calls_.fault(caller(), subject, call);
+    const int error = watched(subject, call);
+    return error != 0 ? error : calls_.fault(caller(), subject, call);
 }
 
 void LinkedUnit::note(const std::string& subject, const std::string& action, int error, Bytes in)

@@ -122,6 +122,19 @@ FILE* streamOfAttribute(Link& link, const std::string& path, bool& refused)
     return stream;
 }
 
+/// Programs that read and write by the stream's descriptor can then be made to fail.
+FILE* streamOfFile(const std::string& path, const char* mode, const std::string& file)
+{
+    FILE* const stream = HXSIM_REAL(fopen64)(file.c_str(), mode);
+    if (stream == nullptr)
+        return nullptr;
+    auto descriptor = std::make_shared<Descriptor>(path, 0);
+    descriptor->text = true;
+    descriptor->stream = true;
+    Descriptors::table().add(fileno(stream), std::move(descriptor));
+    return stream;
+}
+
 FILE* openStream(Link& link, const std::string& path, const char* mode, const Link::Where& where)
 {
     const std::string action = std::string{"fopen "} + mode;
@@ -131,7 +144,7 @@ FILE* openStream(Link& link, const std::string& path, const char* mode, const Li
     if (error != 0)
         errno = error;
     else if (where.place == Link::Place::File)
-        stream = HXSIM_REAL(fopen64)(where.file.c_str(), mode);
+        stream = streamOfFile(path, mode, where.file);
     else if (where.text && mode[0] == 'r' && std::strchr(mode, '+') == nullptr)
         stream = streamOfAttribute(link, path, recorded);
     else
@@ -172,6 +185,20 @@ HXSIM_ENTRY FILE* fopen(const char* path, const char* mode)
 HXSIM_ENTRY FILE* fopen64(const char* path, const char* mode)
 {
     return fopenOr(path, mode, [&] { return HXSIM_REAL(fopen64)(path, mode); });
+}
+
+HXSIM_ENTRY int fclose(FILE* stream)
+{
+    bool last = false;
+    const std::shared_ptr<Descriptor> descriptor =
+        stream == nullptr ? nullptr : Descriptors::table().remove(fileno(stream), last);
+    if (descriptor == nullptr)
+        return HXSIM_REAL(fclose)(stream);
+    KeepErrno keep;
+    Link* const link = Link::current();
+    const int error = link == nullptr ? 0 : link->fault(descriptor->path, "fclose");
+    const int result = HXSIM_REAL(fclose)(stream);
+    return error != 0 ? keep.answer(-error) : keep.pass(result);
 }
 
 HXSIM_ENTRY int mkstemp(char* pattern)

@@ -53,9 +53,10 @@ private:
     std::map<sem_t*, Row> rows_;
 };
 
-sem_t* openSemaphore(Link& link, const std::string& name, int flags, mode_t mode, unsigned value)
+sem_t* openSemaphore(Link& link, const char* text, int flags, mode_t mode, unsigned value)
 {
     KeepErrno keep;
+    const std::string name = text;
     std::string action = "sem_open";
     action += (flags & O_CREAT) != 0 ? " creat" : "";
     action += (flags & O_EXCL) != 0 ? " excl" : "";

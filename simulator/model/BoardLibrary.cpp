@@ -8,6 +8,7 @@
 #include <cstring>
 #include <utility>
 
+#include "simulator/model/CallWatch.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
@@ -144,7 +145,10 @@ void BoardLibrary::describe()
 /// Whether the call was asked to fail; a handler asks when it has put down the call's words, before it does anything.
 bool BoardLibrary::fails(Work& work)
 {
-    work.error = unit_.faults().take("libjida.so", row(work.call.function).name);
+    const char* const name = row(work.call.function).name;
+    work.error = watched("libjida.so", name);
+    if (work.error == 0)
+        work.error = unit_.faults().take("libjida.so", name);
     return work.error != 0;
 }
 

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <string_view>
 
+#include "simulator/model/CallWatch.h"
 #include "simulator/model/Requests.h"
 #include "simulator/model/Text.h"
 
@@ -18,6 +19,13 @@ std::string faultName(std::uint32_t code, std::span<const std::uint8_t> in)
     if ((code != kGetRegister && code != kPutRegister) || in.size() < 2)
         return requestName(code);
     return (code == kGetRegister ? "get " : "put ") + std::to_string(in[0] | in[1] << 8);
+}
+
+/// The errno with which a call must fail, or 0.
+int fate(Faults& faults, const Node& node, const std::string& call)
+{
+    const int error = node.recorded() ? watched(node.path(), call) : 0;
+    return error != 0 ? error : faults.take(node.path(), call);
 }
 
 /// Result of a close that the end of the program brought about.
@@ -35,7 +43,7 @@ Calls::Opened Calls::answerOpen(Caller /*caller*/, Node& node, int flags)
     Opened opened;
     if (!node.present)
         opened.error = ENOENT;
-    else if (opened.error = unit_.faults().take(node.path(), "open"); opened.error == 0 && node.openError)
+    else if (opened.error = fate(unit_.faults(), node, "open"); opened.error == 0 && node.openError)
         opened.error = node.openError();
     if (opened.error == 0)
         opened.file = node.open(flags);
@@ -76,11 +84,12 @@ std::int64_t Calls::ioctl(Caller caller, OpenFile& file, std::uint32_t code, std
 {
     Faults& faults = unit_.faults();
     int fault = 0;
-    if (!faults.empty()) {
-        fault = faults.take(file.node.path(), requestName(code));
+    if (!faults.empty() || callsAreWatched()) {
+        const std::string name = faultName(code, in);
+        fault = fate(faults, file.node, name);
         // A request without a name of its own is one call, also for a fault that lets some calls pass.
-        if (const std::string name = faultName(code, in); fault == 0 && name != requestName(code))
-            fault = faults.take(file.node.path(), name);
+        if (fault == 0 && name != requestName(code))
+            fault = faults.take(file.node.path(), requestName(code));
     }
     const std::int64_t result = fault != 0 ? -fault : answerIoctl(caller, file, code, in, out);
     if (file.node.recorded() || listener_)
@@ -101,7 +110,7 @@ Outcome Calls::answerRead(Caller /*caller*/, OpenFile& file, std::span<std::uint
 
 Outcome Calls::read(Caller caller, OpenFile& file, std::span<std::uint8_t> out, Time started, bool firstTry)
 {
-    const int fault = firstTry ? unit_.faults().take(file.node.path(), "read") : 0;
+    const int fault = firstTry ? fate(unit_.faults(), file.node, "read") : 0;
     const Outcome outcome = fault != 0 ? Outcome{-fault, false, {}} : answerRead(caller, file, out, started);
     if (outcome.waits)
         return outcome;
@@ -121,7 +130,7 @@ Outcome Calls::answerWrite(Caller /*caller*/, OpenFile& file, std::span<const st
 
 Outcome Calls::write(Caller caller, OpenFile& file, std::span<const std::uint8_t> in)
 {
-    const int fault = unit_.faults().take(file.node.path(), "write");
+    const int fault = fate(unit_.faults(), file.node, "write");
     const Outcome outcome = fault != 0 ? Outcome{-fault, false, {}} : answerWrite(caller, file, in);
     if (!outcome.waits)
         record(caller, file.node,

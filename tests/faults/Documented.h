@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+
+/// What the public headers say of an interface.
+namespace documented {
+
+struct Interface {
+    std::map<std::string, std::set<std::string>> codes; ///< operation: its error codes by name; overloads together
+    std::map<std::string, int> overloads;               ///< operation: how often it is declared
+    bool factoryThrows = false;                         ///< std::bad_alloc
+};
+
+Interface interface(const std::string& name);
+
+/// "ERR_OPEN_FAILED" for 1, empty for what is no error code.
+std::string nameOf(int code);
+
+} // namespace documented
