@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// All operations of all interfaces, in any order and with any arguments, on a system that answers anything. Pointers
+// are good and have exactly the room that the headers ask for.
+#include "backlight/BacklightController.h"
+#include "fuzz/Require.h"
+#include "fuzz/system/System.h"
+#include "tests/support/EveryOperation.h"
+
+#include <cstdlib>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <vector>
+
+using namespace Halvix;
+
+namespace {
+
+constexpr unsigned long kLargestWindow = 4096; // of the light sensor: larger ones only cost memory
+constexpr std::size_t kLongestText = 300;
+constexpr std::int64_t kLongerThanAnyBeep = std::int64_t{1} << 33;
+
+/// Arguments of one call; what its pointers point at lives as long as this object.
+class Arguments {
+public:
+    explicit Arguments(Input& input) : input_{input} {}
+
+    template <class Parameter>
+    Parameter next()
+    {
+        if constexpr (std::is_same_v<Parameter, char*> || std::is_same_v<Parameter, const char*>)
+            return text();
+        else if constexpr (std::is_pointer_v<Parameter>)
+            return room<std::remove_pointer_t<Parameter>>();
+        else if constexpr (std::is_same_v<Parameter, bool>)
+            return input_.byte() % 2 != 0;
+        else if constexpr (std::is_same_v<Parameter, int>)
+            return integer();
+        else if constexpr (std::is_same_v<Parameter, unsigned long>)
+            return input_.number<unsigned long>() % kLargestWindow;
+        else if constexpr (std::is_enum_v<Parameter>)
+            return static_cast<Parameter>(input_.byte() % 4 != 0 ? input_.byte() % 16 : input_.number<int>());
+        else
+            return input_.number<Parameter>();
+    }
+
+private:
+    /// Text in a block that ends with it; an `int` behind it is its size.
+    char* text()
+    {
+        const std::string content = input_.text(kLongestText);
+        textSize_ = static_cast<int>(content.size());
+        auto block = std::make_unique<char[]>(content.size() + 1);
+        content.copy(block.get(), content.size());
+        texts_.push_back(std::move(block));
+        return texts_.back().get();
+    }
+    int integer()
+    {
+        if (textSize_ < 0)
+            return input_.number<int>();
+        return input_.byte() % 8 != 0 ? textSize_ : -input_.number<short>() % (textSize_ + 1);
+    }
+    template <class Type>
+    Type* room()
+    {
+        rooms_.emplace_back(std::calloc(1, sizeof(Type)), &std::free);
+        return static_cast<Type*>(rooms_.back().get());
+    }
+
+    Input& input_;
+    int textSize_ = -1;
+    std::vector<std::unique_ptr<char[]>> texts_;
+    std::vector<std::unique_ptr<void, decltype(&std::free)>> rooms_;
+};
+
+/// Before an object goes, what runs on its behalf has to end.
+template <class Interface>
+void end(Interface&)
+{
+}
+
+void end(Lightsensor& sensor)
+{
+    (void)sensor.stopAverageCalc();
+    fuzzed::pass(1000);
+}
+
+void end(Buzzer&)
+{
+    fuzzed::pass(kLongerThanAnyBeep);
+    fuzzed::pass(1);
+}
+
+/// One object of each interface at most, made when it is first used.
+template <class Interface>
+class Holder {
+public:
+    static Interface& get()
+    {
+        if (object == nullptr)
+            object = every::Operations<Interface>::make();
+        return *object;
+    }
+    static void release()
+    {
+        if (object == nullptr)
+            return;
+        end(*object);
+        object->Release();
+        object = nullptr;
+    }
+
+private:
+    static inline Interface* object = nullptr;
+};
+
+using Deed = std::function<void(Input&)>;
+
+template <class Interface, class... Parameters>
+void call(Input& input, eErr (Interface::*operation)(Parameters...))
+{
+    Arguments arguments{input};
+    std::tuple<Parameters...> all{arguments.next<Parameters>()...};
+    const eErr err =
+        std::apply([&](Parameters... parameters) { return (Holder<Interface>::get().*operation)(parameters...); }, all);
+    REQUIRE(err >= ERR_SUCCESS && err <= ERR_MEM_ALLOC_FAIL);
+    REQUIRE(GetErrorStringA(err) != nullptr && GetErrorStringW(err) != nullptr);
+}
+
+template <class Interface>
+void add(std::vector<Deed>& deeds)
+{
+    const auto visit = [&](std::string_view name, auto operation) {
+        if (name == "freeBmpBuffer") // takes its argument over
+            deeds.emplace_back(
+                [](Input&) { (void)Holder<Video>::get().freeBmpBuffer(static_cast<char*>(std::malloc(8))); });
+        else
+            deeds.emplace_back([operation](Input& input) { call(input, operation); });
+    };
+    every::Operations<Interface>::visit(visit);
+    deeds.emplace_back([](Input&) { Holder<Interface>::release(); });
+}
+
+template <class... Interfaces>
+struct All {
+    static std::vector<Deed> deeds()
+    {
+        std::vector<Deed> all;
+        (..., add<Interfaces>(all));
+        return all;
+    }
+    static void release() { (..., Holder<Interfaces>::release()); }
+};
+
+using Everything =
+    All<About, Adc, AuxVersion, Backlight, Buzzer, CanSetting, Config, Diagnostic, DigIO, FirmwareUpgrade, FrontLED,
+        HXAuxPrivate, Lightsensor, Power, Telematics, TouchScreen, TouchScreenCalib, Video>;
+
+std::vector<Deed> allDeeds()
+{
+    std::vector<Deed> deeds = Everything::deeds();
+    deeds.emplace_back([](Input& input) { fuzzed::pass(input.byte() * 16); });
+    deeds.emplace_back([](Input& input) { fuzzed::writeSettings(input.text(255)); });
+    for (const auto gate :
+         {&DoesSystemHaveAtLeastFPGAVersion, &DoesSystemHaveAtLeastSSVersion, &DoesSystemHaveAtLeastFrontVersion})
+        deeds.emplace_back([gate](Input& input) {
+            unsigned char parts[4];
+            for (unsigned char& part : parts)
+                part = input.byte();
+            (void)gate(parts[0], parts[1], parts[2], parts[3]);
+        });
+    deeds.emplace_back([](Input& input) {
+        const auto code = input.number<std::uint16_t>();
+        REQUIRE(GetHwErrorStatusStringA(code) != nullptr && GetHwErrorStatusStringW(code) != nullptr);
+        REQUIRE(GetStartupReasonStringA(code) != nullptr && GetStartupReasonStringW(code) != nullptr);
+    });
+    return deeds;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    static const std::vector<Deed> deeds = allDeeds();
+    Input input{data, size};
+    fuzzed::begin(input);
+    fuzzed::refuseThread(&BacklightController::threadProc); // AutomaticBacklight has it
+    while (!input.isEmpty()) {
+        deeds[input.number<std::uint16_t>() % deeds.size()](input);
+        REQUIRE(fuzzed::countOf("FILE_HXAUXINI_IS_IN_USE") == 1);
+    }
+    Everything::release();
+    fuzzed::pass(kLongerThanAnyBeep);
+    fuzzed::endThreads();
+    REQUIRE(fuzzed::countOf("FILE_HXAUXINI_IS_IN_USE") == 1);
+    // A camera that is opened again leaves the earlier handle open; programs rely on it.
+    REQUIRE(fuzzed::openFiles("/dev/analog-video") == 0);
+    return 0;
+}
