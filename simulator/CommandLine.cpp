@@ -347,7 +347,9 @@ int CommandLine::execute(std::vector<std::string> words)
         (void)app_->exit(success);
         return kDone;
     } catch (const CLI::ParseError& error) {
-        return fail(kUsage, error.what());
+        std::string text = error.what();
+        std::ranges::replace(text, '\n', ' ');
+        return fail(kUsage, (text + (inShell_ ? "; 'help' tells more" : "; 'hx-sim --help' tells more")).c_str());
     } catch (const UnitClient::NoUnit& none) {
         return fail(kNoUnit, none.what());
     } catch (const BadRecording& bad) {
