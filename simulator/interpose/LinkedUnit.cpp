@@ -94,7 +94,7 @@ void LinkedUnit::end(LinkedUnit* world)
         world->over_ = true;
         world->time_.stop();
         inUse = --world->threads_ > 0 || world->files_ > 0;
-        world->folder_.reset();
+        world->folder_->remove(); // the object stays: a thread on its way here asks for names
     }
     if (inUse)
         kept->push_back(world);

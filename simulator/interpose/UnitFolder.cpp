@@ -99,6 +99,11 @@ UnitFolder::UnitFolder(const std::string& unit) : unit_{unit}, path_{pathOf(unit
 
 UnitFolder::~UnitFolder()
 {
+    remove();
+}
+
+void UnitFolder::remove() const
+{
     std::error_code ignored;
     fs::remove_all(path_, ignored);
     removeSemaphores(unit_);

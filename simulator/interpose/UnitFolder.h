@@ -17,6 +17,9 @@ public:
     UnitFolder& operator=(const UnitFolder&) = delete;
     ~UnitFolder();
 
+    /// Takes everything off the machine already; the names stay good for whoever still asks.
+    void remove() const;
+
     [[nodiscard]] const std::string& path() const { return path_; }
     /// Where a file of the unit is kept; its folder is there.
     [[nodiscard]] std::string fileOf(const std::string& unitPath) const;
