@@ -37,7 +37,7 @@ public:
             rest_.remove_prefix(text.size());
         return there;
     }
-    std::string_view upTo(std::string_view mark)
+    std::string_view until(std::string_view mark)
     {
         const std::string_view taken = rest_.substr(0, rest_.find(mark));
         rest_.remove_prefix(taken.size());
@@ -45,7 +45,7 @@ public:
     }
     std::string_view word()
     {
-        const std::string_view taken = upTo(" ");
+        const std::string_view taken = until(" ");
         skip(" ");
         if (taken.empty())
             throw BadText{"a word is missing"};
@@ -149,20 +149,20 @@ void parseCall(Cursor& cursor, RecordedCall& call)
         entry.subject = jida::kNode;
     parseBytes(cursor, ": ", entry, entry.in);
     parseBytes(cursor, " -> ", entry, entry.out);
-    call.result = cursor.skip(" = ") ? parseNumber(cursor.upTo(" "), 0, INT32_MAX) : usualResult(entry);
+    call.result = cursor.skip(" = ") ? parseNumber(cursor.until(" "), 0, INT32_MAX) : usualResult(entry);
     if (cursor.skip(" !")) {
-        entry.error = parseErrno(cursor.upTo(" "));
+        entry.error = parseErrno(cursor.until(" "));
         call.result = -entry.error;
     }
     if (!cursor.atEnd())
-        throw BadText{"'" + std::string{cursor.upTo("\n")} + "' is not understood"};
+        throw BadText{"'" + std::string{cursor.until("\n")} + "' is not understood"};
 }
 
 RecordedCall parseCallLine(std::string_view text)
 {
     Cursor cursor{text};
     RecordedCall call;
-    call.process = int(parseNumber(cursor.upTo("."), 1, INT32_MAX));
+    call.process = int(parseNumber(cursor.until("."), 1, INT32_MAX));
     if (!cursor.skip("."))
         throw BadText{"PROCESS.THREAD is missing"};
     call.thread = int(parseNumber(cursor.word(), 1, INT32_MAX));
@@ -176,7 +176,7 @@ void parseLine(Recording& recording, const std::string& line, std::size_t number
 {
     Cursor cursor{line};
     if (cursor.skip("absent ")) {
-        recording.absent.emplace_back(cursor.upTo("\n"));
+        recording.absent.emplace_back(cursor.until("\n"));
     } else if (cursor.skip("file ")) {
         const std::string path{cursor.word()};
         const Bytes content = cursor.bytes();
@@ -192,7 +192,7 @@ void parseTitle(std::string_view line)
     Cursor cursor{line};
     if (!cursor.skip(kTitle))
         throw BadText{"this is no recording: its first line is not '" + (kTitle + std::to_string(kVersion)) + "'"};
-    if (const auto version = parseNumber(cursor.upTo(" "), 1, INT32_MAX); version != kVersion)
+    if (const auto version = parseNumber(cursor.until(" "), 1, INT32_MAX); version != kVersion)
         throw BadText{"the recording has version " + std::to_string(version) + "; this hx-sim knows version " +
                       std::to_string(kVersion)};
 }
