@@ -43,6 +43,12 @@ TEST_F(HxSimShell, GoesOnAfterAnErrorAndTellsItsLine)
                 AllOf(outputMatches("^[0-9.]+\n$"), errorIs("hx-sim: line 3: the unit has no property 'nothing'\n")));
 }
 
+TEST_F(HxSimShell, SuggestsTheNearPropertyForAMistypedOne)
+{
+    EXPECT_THAT(shell("'get volage.0'"),
+                errorIs("hx-sim: line 1: the unit has no property 'volage.0'; did you mean 'voltage.0'?\n"));
+}
+
 TEST_F(HxSimShell, EndsWithTheStatusOfTheFirstLineThatFailed)
 {
     EXPECT_THAT(shell("'set light' 'jump' 'get light'"), statusIs(1));
