@@ -139,6 +139,12 @@ std::vector<std::size_t> choose(const Recording& recording, Kind kind)
         places.push_back(
             numbers.emplace(std::tuple{call.subject, call.name, call.place}, numbers.size()).first->second);
     std::vector<std::size_t> chosen = firstSecondAndLast(places);
+    int pages = 0;
+    for (std::size_t i = 0; kind == Kind::Kill && i < places.size(); ++i) // a memory may be half written
+        if (recording.calls[i].name == "JidaI2CWrite" && ++pages % 4 == 0 &&
+            std::ranges::find(chosen, i) == chosen.end())
+            chosen.push_back(i);
+    std::sort(chosen.begin(), chosen.end());
     if (kind == Kind::Interrupted)
         std::erase_if(chosen, [&](std::size_t n) { return !canBeInterrupted(recording.calls[n].name); });
     return chosen;

@@ -1,0 +1,368 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// A program that is killed in front of each system call of an operation: what the unit's locks, settings file, memories
+// and hardware are then, seen from outside. docs/locks-and-processes.md tells the states of this table.
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+#include <iterator>
+#include <map>
+#include <new>
+#include <numeric>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+#include "simulator/interpose/LinkedUnit.h"
+#include "simulator/model/Buzzer.h"
+#include "simulator/model/CallWatch.h"
+#include "simulator/model/FpgaFlash.h"
+#include "simulator/model/Microcontroller.h"
+#include "simulator/model/TelematicsBoard.h"
+#include "tests/faults/Arguments.h"
+#include "tests/faults/Forked.h"
+#include "tests/faults/Injector.h"
+#include "tests/faults/World.h"
+#include "tests/support/EveryOperation.h"
+
+using namespace Halvix;
+using namespace faults;
+using testing::IsEmpty;
+
+namespace {
+
+/// What the unit of a killed program held. Its model dies with the program, so this is written down in the last moment.
+struct Hardware {
+    std::size_t eeprom; ///< sums
+    std::size_t flash;
+    bool sounds;
+    bool keyHeld; ///< of the GSM module
+};
+
+Hardware* lastHardware = nullptr; // shared with the program that dies
+
+/// The parts of the unit; used without its lock, which the dying thread has.
+struct Parts {
+    const std::vector<std::uint8_t>* eeprom;
+    const hxsim::Microcontrollers* microcontrollers;
+    const hxsim::FpgaFlash* fpga;
+    const hxsim::Buzzer* buzzer;
+    const hxsim::TelematicsBoard* telematics;
+};
+
+Parts parts;
+
+std::size_t sum(std::size_t before, const std::vector<std::uint8_t>& bytes)
+{
+    return std::accumulate(bytes.begin(), bytes.end(), before,
+                           [](std::size_t total, std::uint8_t byte) { return total * 31 + byte; });
+}
+
+void writeDown()
+{
+    const auto& both = *parts.microcontrollers;
+    *lastHardware = {sum(1, *parts.eeprom),
+                     sum(sum(sum(1, both.supervisor.flash), both.front.flash), parts.fpga->content),
+                     parts.buzzer->trigger != 0, parts.telematics->keyHeld};
+}
+
+void watchHardware(SimulatedUnit& unit)
+{
+    lastHardware =
+        new (mmap(nullptr, sizeof(Hardware), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Hardware{};
+    // One at a time: each expression holds the unit's lock.
+    auto& world = dynamic_cast<hxsim::LinkedUnit&>(*hxsim::Link::current());
+    parts.eeprom = &world.unit()->memories().at("eeprom-main").bytes;
+    parts.microcontrollers = &*unit.model<hxsim::Microcontrollers>();
+    parts.fpga = &*unit.model<hxsim::FpgaFlash>();
+    parts.buzzer = &*unit.model<hxsim::Buzzer>();
+    parts.telematics = &*unit.model<hxsim::TelematicsBoard>();
+    beforeDeath(writeDown);
+}
+
+/// What a life left. Goes from the child to the test as a text; a settings file has no tabs.
+struct State {
+    std::string settings;
+    Hardware hardware{};
+    std::string locks; ///< "NAME VALUE, ..."
+};
+
+std::string textOf(const State& state)
+{
+    std::ostringstream text;
+    text << state.settings << '\t' << state.locks << '\t' << state.hardware.eeprom << ' ' << state.hardware.flash << ' '
+         << state.hardware.sounds << ' ' << state.hardware.keyHeld;
+    return text.str();
+}
+
+State stateOf(const std::string& told)
+{
+    State state;
+    std::istringstream text{told};
+    std::getline(text, state.settings, '\t');
+    std::getline(text, state.locks, '\t');
+    text >> state.hardware.eeprom >> state.hardware.flash >> state.hardware.sounds >> state.hardware.keyHeld;
+    return state;
+}
+
+/// One way to call one operation, ready for any number of lives.
+class Life {
+public:
+    using Deed = std::function<void()>;
+
+    Life(Try tried, std::function<Deed()> makeDeed) : try_{std::move(tried)}, makeDeed_{std::move(makeDeed)} {}
+
+    /// Numbers of the calls to be killed at.
+    [[nodiscard]] std::vector<std::size_t> calls() const
+    {
+        const Ended ended = inAChild([&] {
+            SimulatedUnit unit;
+            begin(unit);
+            live(unit, [&] { startRecording(try_.scope); });
+            std::ostringstream text;
+            for (const std::size_t number : choose(recording_, Kind::Kill))
+                text << number << ' ';
+            return text.str();
+        });
+        std::istringstream text{ended.told};
+        return {std::istream_iterator<std::size_t>{text}, {}};
+    }
+
+    /// What is left when it is killed there; beyond its last call: when it ends.
+    [[nodiscard]] State killedAt(std::size_t number) const
+    {
+        return stateOf(inAChild([&] {
+                           SimulatedUnit unit;
+                           begin(unit);
+                           watchHardware(unit);
+                           const pid_t program = fork();
+                           if (program == 0) {
+                               live(unit, [&] { startFailing(Kind::Kill, try_.scope, number); });
+                               writeDown();
+                               _exit(0);
+                           }
+                           int status = 0;
+                           waitpid(program, &status, 0);
+                           return textOf({unit.settings(), *lastHardware, joined(locksTaken())});
+                       }).told);
+    }
+
+private:
+    static std::string joined(const std::set<std::string>& names)
+    {
+        std::string text;
+        for (const std::string& name : names)
+            text += (text.empty() ? "" : ", ") + name;
+        return text;
+    }
+    void begin(SimulatedUnit& unit) const
+    {
+        thisIsTheCaller();
+        furnish(unit, try_);
+        hxsim::watchCalls(onCall);
+    }
+    void live(SimulatedUnit& unit, const std::function<void()>& start) const
+    {
+        const Deed deed = makeDeed_();
+        start();
+        deed();
+        if (try_.milliseconds != 0)
+            unit.sleepFor(try_.milliseconds);
+        recording_ = stop();
+    }
+
+    Try try_;
+    std::function<Deed()> makeDeed_;
+    mutable Recording recording_;
+};
+
+std::string oldOrNew(bool isOld, bool isNew, const char* what)
+{
+    return std::string{isOld ? "old " : isNew ? "new " : "partly new "} + what;
+}
+
+/// One state in words, by what it was at first and what it is in the end.
+std::string told(const State& state, const State& first, const State& last)
+{
+    std::vector<std::string> words;
+    if (state.settings.empty())
+        words.emplace_back("empty file");
+    else if (first.settings != last.settings)
+        words.push_back(oldOrNew(state.settings == first.settings, state.settings == last.settings, "file"));
+    if (first.hardware.eeprom != last.hardware.eeprom)
+        words.push_back(oldOrNew(state.hardware.eeprom == first.hardware.eeprom,
+                                 state.hardware.eeprom == last.hardware.eeprom, "EEPROM"));
+    if (first.hardware.flash != last.hardware.flash)
+        words.push_back(oldOrNew(state.hardware.flash == first.hardware.flash,
+                                 state.hardware.flash == last.hardware.flash, "flash"));
+    if (state.hardware.sounds)
+        words.emplace_back("sounds");
+    if (state.hardware.keyHeld)
+        words.emplace_back("key held");
+    if (!state.locks.empty())
+        words.push_back(state.locks);
+    std::string text;
+    for (const std::string& word : words)
+        text += (text.empty() ? "" : ", ") + word;
+    return text.empty() ? "nothing" : text;
+}
+
+using States = std::vector<std::string>;
+
+/// The states from the first call to the end, equal neighbours once.
+States statesOf(const Life& life, int& kills)
+{
+    std::vector<State> states;
+    for (const std::size_t number : life.calls())
+        states.push_back(life.killedAt(number));
+    kills += static_cast<int>(states.size());
+    states.push_back(life.killedAt(static_cast<std::size_t>(-1)));
+    States all;
+    for (const State& state : states)
+        if (const std::string words = told(state, states.front(), states.back()); all.empty() || all.back() != words)
+            all.push_back(words);
+    return all;
+}
+
+/// By operation, with the number of the way of use if there are several: "buzze 2".
+using Table = std::map<std::string, States>;
+
+const States kReads{"nothing", "FILE_HXAUXINI_IS_IN_USE 0", "nothing"};
+const States kWrites{"old file", "old file, FILE_HXAUXINI_IS_IN_USE 0", "empty file, FILE_HXAUXINI_IS_IN_USE 0",
+                     "new file, FILE_HXAUXINI_IS_IN_USE 0", "new file"};
+
+/// Kills at each call of each operation of the interface that begins so; one that is not in the table leaves nothing.
+template <class Interface>
+void killEverywhere(const Table& expected, const std::string& beginning = "")
+{
+    const std::string interface = every::Operations<Interface>::kName;
+    int kills = 0;
+    std::vector<std::string> wrong;
+    const auto visit = [&](const std::string& operation, auto member) {
+        if (!operation.starts_with(beginning))
+            return;
+        const std::vector<Try> tries = triesOf(interface + '.' + operation);
+        for (std::size_t i = 0; i < tries.size(); ++i) {
+            const auto makeDeed = [&tried = tries[i], member] {
+                auto* const object = every::Operations<Interface>::make();
+                return Life::Deed{[&tried, member, object] {
+                    Arguments arguments{tried.numbers, tried.texts};
+                    (void)arguments.call(*object, member);
+                }};
+            };
+            const std::string name = tries.size() == 1 ? operation : operation + ' ' + std::to_string(i + 1);
+            const auto row = expected.find(name);
+            const States states = statesOf(Life{tries[i], makeDeed}, kills);
+            if (states != (row == expected.end() ? States{"nothing"} : row->second))
+                wrong.push_back(name + " leaves " + testing::PrintToString(states));
+        }
+    };
+    every::Operations<Interface>::visit(visit);
+    std::printf("[  KILLS   ] %s: %d\n", (interface + beginning).c_str(), kills);
+    testing::Test::RecordProperty("kills", kills);
+    EXPECT_THAT(wrong, IsEmpty());
+}
+
+TEST(Kill, LeavesOfBacklight)
+{
+    killEverywhere<Backlight>(
+        {{"getAutomaticBLStatus", kReads},
+         {"getAutomaticBLParams", kReads},
+         {"getAutomaticBLFilter", kReads},
+         {"getLedDimming", kReads},
+         // The file says so already: its text is the same before and after.
+         {"startAutomaticBL",
+          {"nothing", "FILE_HXAUXINI_IS_IN_USE 0", "empty file, FILE_HXAUXINI_IS_IN_USE 0", "FILE_HXAUXINI_IS_IN_USE 0",
+           "nothing"}},
+         {"stopAutomaticBL", kWrites},
+         {"setAutomaticBLParams", kWrites},
+         {"setLedDimming", kWrites},
+         // One writing of the whole file for each of the four settings.
+         {"setAutomaticBLFilter",
+          {"old file", "old file, FILE_HXAUXINI_IS_IN_USE 0", "empty file, FILE_HXAUXINI_IS_IN_USE 0",
+           "old file, FILE_HXAUXINI_IS_IN_USE 0", "empty file, FILE_HXAUXINI_IS_IN_USE 0",
+           "partly new file, FILE_HXAUXINI_IS_IN_USE 0", "empty file, FILE_HXAUXINI_IS_IN_USE 0",
+           "new file, FILE_HXAUXINI_IS_IN_USE 0", "new file"}}});
+}
+
+TEST(Kill, LeavesOfBuzzer)
+{
+    const std::string taken = "HXAUX_BUZZING_IN_PROGRESS 0";
+    killEverywhere<Buzzer>({{"setTrigger", {"nothing", "sounds"}},
+                            {"buzze 1", {"nothing", taken, "sounds, " + taken, taken, "nothing"}},
+                            {"buzze 2", {"nothing", taken, "nothing"}},
+                            {"buzze 3", {taken, "sounds, " + taken, taken, "nothing"}}});
+}
+
+TEST(Kill, LeavesOfHXAuxPrivate)
+{
+    const std::string averages = "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED 0";
+    const std::string reads = "FILE_HXAUXINI_IS_IN_USE 0";
+    killEverywhere<HXAuxPrivate>(
+        {{"getFileSetting", kReads},
+         {"setFileSetting", kWrites},
+         {"setEepromProperty", {"old EEPROM", "partly new EEPROM", "new EEPROM"}},
+         {"automaticBacklightInit 1", {"nothing", averages}},
+         {"automaticBacklightInit 2", {"nothing", reads, "nothing", averages, reads + ", " + averages, averages}}});
+}
+
+TEST(Kill, LeavesOfLightsensor)
+{
+    const std::string averages = "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED 0";
+    killEverywhere<Lightsensor>({{"startAverageCalc 1", {"nothing", averages}},
+                                 {"startAverageCalc 2", {averages}},
+                                 {"setOperatingRange", {"nothing", averages, "nothing"}}});
+}
+
+TEST(Kill, LeavesOfTelematics)
+{
+    killEverywhere<Telematics>({{"setGPRSStartUpPowerStatus", kWrites},
+                                {"setWLANStartUpPowerStatus", kWrites},
+                                {"setGPRSPowerStatus 1", {"nothing", "key held", "nothing"}}},
+                               "set");
+}
+
+TEST(Kill, LeavesOfTouchScreenCalib)
+{
+    killEverywhere<TouchScreenCalib>({});
+}
+
+TEST(Kill, LeavesOfCanSetting)
+{
+    killEverywhere<CanSetting>({});
+}
+
+const std::string kUpgrading = "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS 0";
+const States kVerifies{"nothing", kUpgrading, "nothing"};
+const States kProgrammes{"old flash", "old flash, " + kUpgrading, "partly new flash, " + kUpgrading,
+                         "new flash, " + kUpgrading, "new flash"};
+/// Killed before its thread starts, or not at all.
+const States kStartsProgramming{"old flash", "old flash, " + kUpgrading, "new flash"};
+
+TEST(Kill, LeavesOfFpgaUpgrades)
+{
+    killEverywhere<FirmwareUpgrade>(
+        {{"startFpgaUpgrade 1", kProgrammes},
+         {"startFpgaUpgrade 2", kStartsProgramming},
+         {"startFpgaUpgrade 3", {kProgrammes.begin() + 1, kProgrammes.end()}}, // the lock came with the thread
+         {"startFpgaVerification 1", kVerifies},
+         {"startFpgaVerification 2", kVerifies}},
+        "startFpga");
+}
+
+TEST(Kill, LeavesOfSupervisorUpgrades)
+{
+    killEverywhere<FirmwareUpgrade>({{"startSSUpgrade 1", kProgrammes},
+                                     {"startSSUpgrade 2", kStartsProgramming},
+                                     {"startSSVerification", kVerifies}},
+                                    "startSS");
+}
+
+TEST(Kill, LeavesOfFrontUpgrades)
+{
+    killEverywhere<FirmwareUpgrade>({{"startFrontUpgrade", kProgrammes}, {"startFrontVerification", kVerifies}},
+                                    "startFront");
+}
+
+} // namespace
