@@ -159,7 +159,7 @@ TEST(Hostile, SettingsThatCannotBeWrittenAreEmptyAndNobodyIsTold)
 {
     SimulatedUnit unit;
     unit.writeSettings("OTHER=1\n");
-    unit.fail("/opt/etc/hxaux.ini", "write", ENOSPC, 1);
+    unit.fail("/opt/etc/hxaux.ini", "write", ENOSPC);
 
     EXPECT_EQ(setKey("1"), ERR_SUCCESS);
 
