@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// The version gates with each of their calls and allocations failing: they answer no, and never more than that.
+#include <gtest/gtest.h>
+
+#include "hx-aux/hx-aux.h"
+#include "simulator/model/CallWatch.h"
+#include "tests/faults/Forked.h"
+#include "tests/faults/Injector.h"
+#include "tests/support/SimulatedUnit.h"
+
+using namespace faults;
+
+namespace {
+
+using Gate = bool (*)(unsigned char, unsigned char, unsigned char, unsigned char);
+
+class EveryGate : public testing::TestWithParam<Gate> {};
+INSTANTIATE_TEST_SUITE_P(Faults, EveryGate,
+                         testing::Values(&DoesSystemHaveAtLeastFPGAVersion, &DoesSystemHaveAtLeastSSVersion,
+                                         &DoesSystemHaveAtLeastFrontVersion));
+
+/// "yes", "no" or "threw"; and "unfailed" when the gate made no such call.
+std::string askedWith(Gate gate, Kind kind, std::size_t number)
+{
+    return inAChild([&] {
+               thisIsTheCaller();
+               SimulatedUnit unit;
+               hxsim::watchCalls(onCall);
+               startFailing(kind, Scope::Caller, number);
+               std::string answer = "threw";
+               try {
+                   answer = gate(0, 0, 0, 0) ? "yes" : "no";
+               } catch (...) {
+               }
+               (void)stop();
+               return hasFired() ? answer : "unfailed";
+           })
+        .told;
+}
+
+TEST_P(EveryGate, AnswersNoWhenTheVersionCannotBeRead)
+{
+    const std::string open = askedWith(GetParam(), Kind::Call, 0);
+    const std::string request = askedWith(GetParam(), Kind::Call, 1);
+    const std::string close = askedWith(GetParam(), Kind::Call, 2);
+
+    EXPECT_EQ(open + ' ' + request + ' ' + close, "no no yes"); // a failed close changes nothing
+    EXPECT_EQ(askedWith(GetParam(), Kind::Call, 3), "unfailed");
+    EXPECT_EQ(askedWith(GetParam(), Kind::Interrupted, 1), "no");
+    EXPECT_EQ(askedWith(GetParam(), Kind::Allocation, 0), "no");
+    EXPECT_EQ(askedWith(GetParam(), Kind::Allocation, 1), "unfailed");
+}
+
+} // namespace
