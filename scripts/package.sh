@@ -3,8 +3,9 @@
 # Builds the Debian packages for i386 and amd64, each in a root of its own architecture, so that their dependencies are
 # named as there; checks them with lintian; installs, uses and removes them in a fresh root.
 #
-#   scripts/package.sh [i386|amd64]...      results in build/packages/
+#   scripts/package.sh [--try] [i386|amd64]...      results in build/packages/
 #
+# With --try it only installs, uses and removes what an earlier run built. Half an hour for both architectures.
 # Needs root (for the roots), and takes the package mirrors that this machine is set up with.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -15,6 +16,11 @@ scripts/install-deps.sh package
     exit 1
 }
 
+build=yes
+if [ "${1:-}" = --try ]; then
+    build=no
+    shift
+fi
 architectures=("$@")
 [ ${#architectures[@]} -gt 0 ] || architectures=(i386 amd64)
 version=$(sed -n 's/^project(HXAux VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
@@ -29,17 +35,23 @@ in_root() { # root, command
 }
 
 release_root() { umount "$1/proc" 2>/dev/null || true; }
+release_all() {
+    for root in "$work"/root-* "$work"/try-*; do release_root "$root"; done
+}
+trap release_all EXIT
 
 # A minimal system, kept as an archive for the next run.
 fresh_root() { # architecture, place
     local archive="$work/base-$1.tar"
     if [ ! -e "$archive" ]; then
         echo "   a minimal $1 system"
+        release_root "$2"
         rm -rf "$2"
         debootstrap --arch="$1" --variant=minbase bookworm "$2" "$mirror" >"$work/debootstrap-$1.log"
         cp /etc/apt/apt.conf.d/* "$2/etc/apt/apt.conf.d/" 2>/dev/null || true
         tar -C "$2" -cf "$archive" .
     fi
+    release_root "$2" # an interrupted run may have left it
     rm -rf "$2" && mkdir -p "$2" && tar -C "$2" -xf "$archive"
     cp /etc/hosts /etc/resolv.conf "$2/etc/"
     mount -t proc proc "$2/proc"
@@ -58,7 +70,6 @@ build_in_root() { # architecture
         cd /build/$source && apt-get build-dep -y -qq . >/dev/null 2>&1 && dpkg-buildpackage -us -uc $indep" \
         >"$work/build-$1.log" 2>&1 || {
         tail -n 60 "$work/build-$1.log"
-        release_root "$root"
         return 1
     }
     echo "   lintian for $1"
@@ -75,18 +86,17 @@ try_in_root() { # architecture
     cp "$work"/*_"$1".deb "$work"/*_all.deb "$root/packages/" 2>/dev/null || true
     cp packaging/try-packages.sh "$root/packages/"
     echo "   trying the $1 packages"
-    in_root "$root" "/packages/try-packages.sh" || {
-        release_root "$root"
-        return 1
-    }
+    in_root "$root" "/packages/try-packages.sh"
     release_root "$root"
     rm -rf "$root"
 }
 
-for architecture in "${architectures[@]}"; do
-    echo "== $architecture"
-    build_in_root "$architecture"
-done
+if [ "$build" = yes ]; then
+    for architecture in "${architectures[@]}"; do
+        echo "== $architecture"
+        build_in_root "$architecture"
+    done
+fi
 for architecture in "${architectures[@]}"; do
     echo "== $architecture, installed"
     try_in_root "$architecture"
