@@ -36,7 +36,10 @@ in_root() { # root, command
 
 release_root() { umount "$1/proc" 2>/dev/null || true; }
 release_all() {
-    for root in "$work"/root-* "$work"/try-*; do release_root "$root"; done
+    for architecture in "${architectures[@]}"; do
+        release_root "$work/root-$architecture"
+        release_root "$work/try-$architecture"
+    done
 }
 trap release_all EXIT
 
