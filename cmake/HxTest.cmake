@@ -12,6 +12,8 @@ if(HX_SANITIZE MATCHES "undefined")
   list(APPEND HX_TEST_OPTIONS -fno-sanitize=undefined)
 endif()
 
+set(HX_TEST_TIMEOUT 120) # seconds; thousands of cases in one test may have more
+
 # hx_add_test(name sources...): a program of GoogleTest cases over the internal archive, with the simulated unit's
 # linked door in front of the C library. Tests are compiled without optimisation: they run once.
 function(hx_add_test name)
@@ -47,7 +49,7 @@ function(hx_add_test_on support name)
   target_compile_options(${name} PRIVATE ${HX_TEST_OPTIONS})
   target_precompile_headers(${name} REUSE_FROM hx_test_precompiled)
   set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON DEFINE_SYMBOL "" RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
-  gtest_discover_tests(${name} TEST_PREFIX "${HX_TEST_LABEL}:" DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(${name} TEST_PREFIX "${HX_TEST_LABEL}:" DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${HX_TEST_TIMEOUT})
 endfunction()
 
 if(HX_SANITIZE MATCHES "thread")
