@@ -3,7 +3,8 @@
 //
 //     hx-sim run -- hx-bench-upgrade [--check]
 //
-// With --check the status is 1 when it takes more than 1.02 times that.
+// The wire's time is measured in the same run, by waiting for it piece by piece, as often as the line turns: a machine
+// wakes up late from each. With --check the status is 1 when the upgrade takes more than 1.02 times that.
 #include "hx-aux/FirmwareUpgrade.h"
 #include "tests/upgrade/FirmwareTexts.h"
 
@@ -12,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <thread>
 
 namespace {
 
@@ -21,6 +23,16 @@ constexpr double kSecondsPerByte = 11 / 115200.0; // start, eight data bits, par
 constexpr double kWire = 2 * kBlocks * kBytesPerBlock * kSecondsPerByte;
 constexpr double kErase = 0.040;   // what the simulated part takes for its whole flash
 constexpr double kRouting = 0.200; // the library's pauses while the line is switched over
+
+/// The time of the wire alone: command, address and data of each block, each answered, either way.
+double bareSeconds()
+{
+    const auto start = std::chrono::steady_clock::now();
+    for (int block = 0; block < 2 * kBlocks; ++block)
+        for (const double bytes : {3.0, 6.0, kBytesPerBlock - 9.0})
+            std::this_thread::sleep_for(std::chrono::duration<double>(bytes * kSecondsPerByte));
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
 
 double secondsOfAnUpgrade(const char* path)
 {
@@ -46,8 +58,9 @@ int main(int count, char** words)
         std::fprintf(stderr, "the upgrade failed; is this a simulated unit?\n");
         return 2;
     }
-    const double ratio = (seconds - kErase - kRouting) / kWire;
-    std::printf("  %-28s %10.2f s\n  %-28s %10.2f s, %.3f times the wire's %.2f s\n", "upgrade of 128 KiB", seconds,
-                "without erase and pauses", seconds - kErase - kRouting, ratio, kWire);
+    const double bare = bareSeconds();
+    const double ratio = (seconds - kErase - kRouting) / bare;
+    std::printf("  %-28s %10.2f s\n  %-28s %10.2f s\n  %-28s %10.2f s, %.3f times that without erase and pauses\n",
+                "the wire's time", kWire, "waiting as long, bare", bare, "upgrade of 128 KiB", seconds, ratio);
     return count > 1 && std::strcmp(words[1], "--check") == 0 && ratio > 1.02 ? 1 : 0;
 }
