@@ -27,13 +27,13 @@ for abi in i386 x86_64; do
 done
 
 bench_operations() { # abi
-    echo "  nanoseconds an operation, medians of 15 runs"
+    echo "  nanoseconds an operation, the fastest of 15 runs"
     "$folder/hx-bench" --benchmark_repetitions=15 --benchmark_report_aggregates_only=true \
         --benchmark_enable_random_interleaving=true --benchmark_min_time=0.05 --benchmark_format=csv 2>/dev/null |
         awk -F, -v limit="$limit" -v check="${check[*]}" '
             { gsub(/"/, "", $1) }
-            $1 ~ /_median$/ {
-                sub(/_median$/, "", $1)
+            $1 ~ /_fastest$/ {
+                sub(/_fastest$/, "", $1)
                 kind = $1; sub(/.*\//, "", kind); name = substr($1, 1, length($1) - length(kind) - 1)
                 time[name, kind] = $4
                 if (kind == "bare") calls[name] = $NF
