@@ -11,28 +11,6 @@
 
 using namespace Halvix;
 
-// The lock is this file's own: nobody else uses the settings.
-
-bool LinuxWrapper::CreateSema(int& sema, const char*)
-{
-    sema = 1;
-    return true;
-}
-
-void* LinuxWrapper::CreateSemaHelper(const char*)
-{
-    return nullptr;
-}
-
-bool LinuxWrapper::WaitForSema(int, bool)
-{
-    return true;
-}
-
-void LinuxWrapper::ReleaseSema(int) {}
-
-void LinuxWrapper::CloseSema(int) {}
-
 namespace {
 
 const int file = memfd_create("settings", 0);

@@ -11,28 +11,6 @@
 
 using namespace Halvix;
 
-// The lock is this file's own: no file is read or written.
-
-bool LinuxWrapper::CreateSema(int& sema, const char*)
-{
-    sema = 1;
-    return true;
-}
-
-void* LinuxWrapper::CreateSemaHelper(const char*)
-{
-    return nullptr;
-}
-
-bool LinuxWrapper::WaitForSema(int, bool)
-{
-    return true;
-}
-
-void LinuxWrapper::ReleaseSema(int) {}
-
-void LinuxWrapper::CloseSema(int) {}
-
 namespace {
 
 std::string withoutBlanks(std::string text)

@@ -50,6 +50,7 @@ int freeIndex()
         if (table[i] == nullptr)
             return i;
     const int grown = tableSize == 0 ? 16 : tableSize * 2;
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): the elements are pointers
     void* memory = std::realloc(table, static_cast<std::size_t>(grown) * sizeof *table);
     if (memory == nullptr)
         return 0;

@@ -14,6 +14,7 @@ guest=yes
 [ "${1:-}" = --no-guest ] && guest=no
 
 scripts/install-deps.sh test
+mkdir -p build
 {
     cmake --preset i386 -DHX_TESTS=ON
     cmake --build --preset i386 -j "$(nproc)"

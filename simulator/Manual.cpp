@@ -4,30 +4,14 @@
 #include <CLI/CLI.hpp>
 
 #include "simulator/Verbs.h"
+#include "tools/Troff.h"
 
 namespace hxsim {
 
+using troff::item;
+using troff::literal;
+
 namespace {
-
-// A text as troff shows it literally: no line may begin with a control character, no minus may become a hyphen.
-std::string troff(std::string_view text)
-{
-    std::string shown = text.starts_with(".") || text.starts_with("'") ? "\\&" : "";
-    for (const char character : text) {
-        if (character == '\\')
-            shown += "\\e";
-        else if (character == '-')
-            shown += "\\-";
-        else
-            shown += character;
-    }
-    return shown;
-}
-
-std::string item(const std::string& term, const std::string& text)
-{
-    return ".TP\n.B " + troff(term) + '\n' + troff(text) + '\n';
-}
 
 std::string optionItem(const CLI::Option& option)
 {
@@ -58,8 +42,8 @@ std::string manualPage(const CLI::App& app)
                        "sensors, EEPROMs and serial port. Programs run on it unchanged and without root.\n"
                        ".SH COMMANDS\n";
     for (const Verb& verb : kVerbs)
-        text += ".SS " + troff(verb.name) + '\n' + troff(verb.help) + '\n' + optionsOf(*app.get_subcommand(verb.name)) +
-                ".PP\nExample:\n.B " + troff(verb.example) + '\n';
+        text += ".SS " + literal(verb.name) + '\n' + literal(verb.help) + '\n' +
+                optionsOf(*app.get_subcommand(verb.name)) + ".PP\nExample:\n.B " + literal(verb.example) + '\n';
     text += ".SH EXIT STATUS\n";
     for (const StatusMeaning& each : kStatusMeanings)
         text += item(std::to_string(each.status), each.meaning);

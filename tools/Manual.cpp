@@ -4,30 +4,14 @@
 #include "tools/Arguments.h"
 #include "tools/Help.h"
 #include "tools/Objects.h"
+#include "tools/Troff.h"
 
 namespace hxaux {
 
+using troff::item;
+using troff::literal;
+
 namespace {
-
-// A text as troff shows it literally: no line may begin with a control character, no minus may become a hyphen.
-std::string troff(std::string_view text)
-{
-    std::string shown = text.starts_with(".") || text.starts_with("'") ? "\\&" : "";
-    for (const char character : text) {
-        if (character == '\\')
-            shown += "\\e";
-        else if (character == '-')
-            shown += "\\-";
-        else
-            shown += character;
-    }
-    return shown;
-}
-
-std::string item(const std::string& term, std::string_view text)
-{
-    return ".TP\n.B " + troff(term) + "\n" + troff(text) + "\n";
-}
 
 std::string optionTerm(const Argument& option)
 {
@@ -36,15 +20,15 @@ std::string optionTerm(const Argument& option)
 
 std::string manualOf(const Object& object, const Verb& verb)
 {
-    std::string text = ".TP\n.B " + troff(usageLine(object, verb)) + "\n" + troff(verb.help);
+    std::string text = ".TP\n.B " + literal(usageLine(object, verb)) + "\n" + literal(verb.help);
     if (!verb.details.empty())
-        text += "\n" + troff(verb.details);
+        text += "\n" + literal(verb.details);
     text += "\n.RS\n";
     for (const Argument& value : verb.values)
         text += item(metavariable(value), explanation(value));
     for (const Argument& option : verb.options)
         text += item(optionTerm(option), explanation(option));
-    return text + ".PP\nExample:\n.B " + troff(verb.example) + "\n.RE\n";
+    return text + ".PP\nExample:\n.B " + literal(verb.example) + "\n.RE\n";
 }
 
 std::string markdownOf(const Object& object, const Verb& verb)
@@ -76,7 +60,7 @@ std::string manualPage()
         ".SH DESCRIPTION\nEvery operation of the unit's hardware library has a verb. Results are lines of a "
         "name, a colon, the value and its unit.\n.SH OBJECTS\n";
     for (const Object* object : allObjects()) {
-        text += ".SS " + troff(object->name) + "\n" + troff(object->help) + ".\n";
+        text += ".SS " + literal(object->name) + "\n" + literal(object->help) + ".\n";
         for (const Verb& verb : object->verbs)
             text += manualOf(*object, verb);
     }

@@ -161,6 +161,8 @@ BoardLibrary::Done BoardLibrary::call(const jida::Call& asked, std::span<const s
     Work work{asked, bytes, done};
     const std::string name = entry.name;
     (this->*entry.handler)(work);
+    if (work.error == 0)
+        showAnswer(done.answer);
 
     std::string action = name + work.words;
     if (work.showsResult)

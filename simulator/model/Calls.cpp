@@ -92,6 +92,8 @@ std::int64_t Calls::ioctl(Caller caller, OpenFile& file, std::uint32_t code, std
             fault = faults.take(file.node.path(), requestName(code));
     }
     const std::int64_t result = fault != 0 ? -fault : answerIoctl(caller, file, code, in, out);
+    if (result >= 0 && file.node.recorded())
+        showAnswer(out);
     if (file.node.recorded() || listener_)
         record(caller, file.node,
                Entry{.kind = Entry::Kind::Ioctl,
@@ -114,6 +116,8 @@ Outcome Calls::read(Caller caller, OpenFile& file, std::span<std::uint8_t> out, 
     const Outcome outcome = fault != 0 ? Outcome{-fault, false, {}} : answerRead(caller, file, out, started);
     if (outcome.waits)
         return outcome;
+    if (outcome.result > 0 && file.node.recorded())
+        showAnswer(out.first(std::size_t(outcome.result)));
     Entry entry{.kind = Entry::Kind::Read, .action = "read " + std::to_string(out.size())};
     if (outcome.result < 0)
         entry.error = int(-outcome.result);

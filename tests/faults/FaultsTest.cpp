@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Every operation of every interface, with each of its system calls and allocations failing in turn.
+// Every operation of every interface, with each of its system calls and allocations failing in turn, and
+// with each answer of the system being one that no healthy unit gives.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -101,6 +102,7 @@ std::string textOf(const Outcome& outcome)
         text.put(call.subject);
         text.put(call.name);
         text.put(call.place);
+        text.put(std::size_t{call.answered});
     }
     text.put(outcome.recording.allocations.size());
     for (const std::size_t place : outcome.recording.allocations)
@@ -128,6 +130,7 @@ Outcome outcomeOf(const Ended& ended)
         call.subject = text.get();
         call.name = text.get();
         call.place = text.number();
+        call.answered = text.number() != 0;
         outcome.recording.calls.push_back(call);
     }
     for (std::size_t left = text.number(); left > 0; --left)
@@ -161,6 +164,7 @@ private:
         SimulatedUnit unit;
         furnish(unit, try_);
         hxsim::watchCalls(onCall);
+        hxsim::watchAnswers(onAnswer);
         Outcome outcome;
         const std::size_t descriptors = openDescriptors();
         trackMemory();
@@ -222,15 +226,15 @@ private:
 class Findings {
 public:
     explicit Findings(std::string interface) : interface_{std::move(interface)} {}
-    void count(Kind kind) { ++(kind == Kind::Allocation ? allocations_ : calls_); }
+    void count(Kind kind) { ++(kind == Kind::Allocation ? allocations_ : isFalsified(kind) ? answers_ : calls_); }
     void add(const std::string& text) { complaints_.push_back(text); }
     [[nodiscard]] const std::vector<std::string>& complaints() const { return complaints_; }
     void operationDone() { ++operations_; }
     void print() const
     {
-        std::printf("[  FAULTS  ] %s: %d ways of use, %d calls failed, %d allocations failed\n", interface_.c_str(),
-                    operations_, calls_, allocations_);
-        testing::Test::RecordProperty("cases", calls_ + allocations_);
+        std::printf("[  FAULTS  ] %s: %d ways of use, %d calls failed, %d allocations failed, %d answers falsified\n",
+                    interface_.c_str(), operations_, calls_, allocations_, answers_);
+        testing::Test::RecordProperty("cases", calls_ + allocations_ + answers_);
     }
 
 private:
@@ -239,6 +243,7 @@ private:
     int operations_ = 0;
     int calls_ = 0;
     int allocations_ = 0;
+    int answers_ = 0;
 };
 
 /// Judges one run with a fault against the same run without.
@@ -254,7 +259,7 @@ public:
     {
         call_ = kind == Kind::Allocation ? "allocation" : nameOf(healthy_.recording.calls.at(number));
         case_ = try_.operation + (kind == Kind::Allocation ? " allocation " : " call ") + std::to_string(number) +
-                " (" + call_ + (kind == Kind::Interrupted ? ", interrupted): " : "): ");
+                " (" + call_ + wordsOf(kind);
         findings_.count(kind);
         if (mayWaitForEver(call_) && outcome.errors.find("every thread of the program waits") != std::string::npos)
             return;
@@ -279,6 +284,21 @@ public:
     }
 
 private:
+    static const char* wordsOf(Kind kind)
+    {
+        switch (kind) {
+        case Kind::Interrupted:
+            return ", interrupted): ";
+        case Kind::Zeros:
+            return ", answered by zeros): ";
+        case Kind::Ones:
+            return ", answered by ones): ";
+        case Kind::AnyBytes:
+            return ", answered by anything): ";
+        default:
+            return "): ";
+        }
+    }
     static std::string nameOf(const Call& call) { return call.subject + ' ' + call.name; }
     void complain(const std::string& what) { findings_.add(case_ + what); }
 
@@ -326,7 +346,7 @@ void tryAll(const documented::Interface& interface, const Try& tried, Part part,
     if (!runsForGood(tried.operation) && (healthy.threw || !healthy.locks.empty() || healthy.descriptors != 0))
         findings.add(tried.operation + ": leaves something without any fault");
     Judge judge{interface, tried, part, healthy, findings};
-    for (const Kind kind : {Kind::Call, Kind::Interrupted, Kind::Allocation})
+    for (const Kind kind : {Kind::Call, Kind::Interrupted, Kind::Allocation, Kind::Zeros, Kind::Ones, Kind::AnyBytes})
         for (const std::size_t number : choose(healthy.recording, kind))
             judge(kind, number, run([&] { startFailing(kind, tried.scope, number); }));
     findings.operationDone();

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <map>
+#include <random>
 #include <tuple>
 
 #include "tests/faults/Allocations.h"
@@ -19,6 +20,7 @@ namespace {
 enum class Mode { Off, Recording, Failing };
 
 thread_local bool isCaller = false;
+thread_local std::size_t callInProgress = 0; ///< of this thread: its answer belongs to it
 
 struct State {
     Mode mode = Mode::Off;
@@ -122,6 +124,11 @@ void beforeDeath(void (*deed)())
     state.beforeDeath = deed;
 }
 
+bool isFalsified(Kind kind)
+{
+    return kind == Kind::Zeros || kind == Kind::Ones || kind == Kind::AnyBytes;
+}
+
 bool canBeInterrupted(std::string_view name)
 {
     static constexpr std::string_view kNames[] = {"open", "read", "write", "close", "sem_wait", "sem_trywait"};
@@ -145,6 +152,8 @@ std::vector<std::size_t> choose(const Recording& recording, Kind kind)
             std::ranges::find(chosen, i) == chosen.end())
             chosen.push_back(i);
     std::sort(chosen.begin(), chosen.end());
+    if (isFalsified(kind))
+        std::erase_if(chosen, [&](std::size_t n) { return !recording.calls[n].answered; });
     if (kind == Kind::Interrupted)
         std::erase_if(chosen, [&](std::size_t n) { return !canBeInterrupted(recording.calls[n].name); });
     return chosen;
@@ -155,11 +164,12 @@ int onCall(std::string_view subject, std::string_view name)
     if (!counts())
         return 0;
     const std::size_t number = state.calls++;
+    callInProgress = number;
     if (state.mode == Mode::Recording) {
         state.recording.calls.push_back({std::string{subject}, std::string{name}, place()});
         return 0;
     }
-    if (state.kind == Kind::Allocation || number != state.failAt)
+    if (state.kind == Kind::Allocation || isFalsified(state.kind) || number != state.failAt)
         return 0;
     state.fired = true;
     if (state.kind == Kind::Kill) {
@@ -168,6 +178,22 @@ int onCall(std::string_view subject, std::string_view name)
         kill(getpid(), SIGKILL);
     }
     return state.kind == Kind::Interrupted ? EINTR : errorOf(subject, name);
+}
+
+void onAnswer(std::span<std::uint8_t> answer)
+{
+    if (!counts() || answer.empty())
+        return;
+    if (state.mode == Mode::Recording) {
+        state.recording.calls.at(callInProgress).answered = true;
+        return;
+    }
+    if (!isFalsified(state.kind) || callInProgress != state.failAt)
+        return;
+    state.fired = true;
+    std::minstd_rand anything{static_cast<unsigned>(state.failAt)};
+    for (std::uint8_t& byte : answer)
+        byte = state.kind == Kind::Zeros ? 0 : state.kind == Kind::Ones ? 0xFF : static_cast<std::uint8_t>(anything());
 }
 
 bool onAllocation()

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +19,9 @@ enum class Kind {
     Interrupted, ///< a system call that a signal can end fails with EINTR
     Allocation,  ///< operator new, malloc, calloc or realloc finds no memory
     Kill,        ///< the process dies in front of a system call
+    Zeros,       ///< a system call answers zeros in place of what it read
+    Ones,        ///< the same with all bits set
+    AnyBytes,    ///< the same with bytes that mean nothing
 };
 
 /// Whose calls count: the test's own thread's or those of the threads that the library starts.
@@ -26,6 +31,7 @@ struct Call {
     std::string subject;
     std::string name;
     std::size_t place = 0; ///< the stack, as a number
+    bool answered = false; ///< it gave bytes
 };
 
 /// What happened while it was on.
@@ -47,12 +53,15 @@ bool hasFired();
 /// Is called in front of the call that the process dies at.
 void beforeDeath(void (*deed)());
 
+[[nodiscard]] bool isFalsified(Kind kind);
 [[nodiscard]] bool canBeInterrupted(std::string_view name);
 /// Numbers of the calls, or allocations, to fail.
 [[nodiscard]] std::vector<std::size_t> choose(const Recording& recording, Kind kind);
 
 /// For hxsim::watchCalls.
 int onCall(std::string_view subject, std::string_view name);
+/// For hxsim::watchAnswers.
+void onAnswer(std::span<std::uint8_t> answer);
 
 /// Memory that the library took since `trackMemory` and did not give back, as numbers of blocks.
 void trackMemory();

@@ -20,6 +20,7 @@
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
 #include "simulator/model/TelematicsBoard.h"
+#include "simulator/model/UartRouting.h"
 #include "tests/faults/Arguments.h"
 #include "tests/faults/Forked.h"
 #include "tests/faults/Injector.h"
@@ -38,6 +39,8 @@ struct Hardware {
     std::size_t flash;
     bool sounds;
     bool keyHeld; ///< of the GSM module
+    bool routed;  ///< the service UART, to a microcontroller
+    bool aside;   ///< the supervisor does not work as usual
 };
 
 Hardware* lastHardware = nullptr; // shared with the program that dies
@@ -49,6 +52,7 @@ struct Parts {
     const hxsim::FpgaFlash* fpga;
     const hxsim::Buzzer* buzzer;
     const hxsim::TelematicsBoard* telematics;
+    const hxsim::UartRouting* routing;
 };
 
 Parts parts;
@@ -62,9 +66,10 @@ std::size_t sum(std::size_t before, const std::vector<std::uint8_t>& bytes)
 void writeDown()
 {
     const auto& both = *parts.microcontrollers;
-    *lastHardware = {sum(1, *parts.eeprom),
-                     sum(sum(sum(1, both.supervisor.flash), both.front.flash), parts.fpga->content),
-                     parts.buzzer->trigger != 0, parts.telematics->keyHeld};
+    *lastHardware = {
+        sum(1, *parts.eeprom),         sum(sum(sum(1, both.supervisor.flash), both.front.flash), parts.fpga->content),
+        parts.buzzer->trigger != 0,    parts.telematics->keyHeld,
+        parts.routing->direction != 0, parts.routing->mode != 0xC3};
 }
 
 void watchHardware(SimulatedUnit& unit)
@@ -78,6 +83,7 @@ void watchHardware(SimulatedUnit& unit)
     parts.fpga = &*unit.model<hxsim::FpgaFlash>();
     parts.buzzer = &*unit.model<hxsim::Buzzer>();
     parts.telematics = &*unit.model<hxsim::TelematicsBoard>();
+    parts.routing = &*unit.model<hxsim::UartRouting>();
     beforeDeath(writeDown);
 }
 
@@ -92,7 +98,8 @@ std::string textOf(const State& state)
 {
     std::ostringstream text;
     text << state.settings << '\t' << state.locks << '\t' << state.hardware.eeprom << ' ' << state.hardware.flash << ' '
-         << state.hardware.sounds << ' ' << state.hardware.keyHeld;
+         << state.hardware.sounds << ' ' << state.hardware.keyHeld << ' ' << state.hardware.routed << ' '
+         << state.hardware.aside;
     return text.str();
 }
 
@@ -102,7 +109,8 @@ State stateOf(const std::string& told)
     std::istringstream text{told};
     std::getline(text, state.settings, '\t');
     std::getline(text, state.locks, '\t');
-    text >> state.hardware.eeprom >> state.hardware.flash >> state.hardware.sounds >> state.hardware.keyHeld;
+    text >> state.hardware.eeprom >> state.hardware.flash >> state.hardware.sounds >> state.hardware.keyHeld >>
+        state.hardware.routed >> state.hardware.aside;
     return state;
 }
 
@@ -200,6 +208,10 @@ std::string told(const State& state, const State& first, const State& last)
         words.emplace_back("sounds");
     if (state.hardware.keyHeld)
         words.emplace_back("key held");
+    if (state.hardware.routed)
+        words.emplace_back("line routed");
+    if (state.hardware.aside)
+        words.emplace_back("supervisor stands aside");
     if (!state.locks.empty())
         words.push_back(state.locks);
     std::string text;
@@ -334,35 +346,51 @@ TEST(Kill, LeavesOfCanSetting)
 }
 
 const std::string kUpgrading = "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS 0";
-const States kVerifies{"nothing", kUpgrading, "nothing"};
-const States kProgrammes{"old flash", "old flash, " + kUpgrading, "partly new flash, " + kUpgrading,
-                         "new flash, " + kUpgrading, "new flash"};
+const std::string kAside = "supervisor stands aside, " + kUpgrading;
+const std::string kRouted = "line routed, " + kAside;
 /// Killed before its thread starts, or not at all.
 const States kStartsProgramming{"old flash", "old flash, " + kUpgrading, "new flash"};
 
 TEST(Kill, LeavesOfFpgaUpgrades)
 {
+    const States programmes{"old flash",
+                            "old flash, " + kUpgrading,
+                            "old flash, " + kAside,
+                            "partly new flash, " + kAside,
+                            "new flash, " + kAside,
+                            "new flash, " + kUpgrading,
+                            "new flash"};
     killEverywhere<FirmwareUpgrade>(
-        {{"startFpgaUpgrade 1", kProgrammes},
+        {{"startFpgaUpgrade 1", programmes},
          {"startFpgaUpgrade 2", kStartsProgramming},
-         {"startFpgaUpgrade 3", {kProgrammes.begin() + 1, kProgrammes.end()}}, // the lock came with the thread
-         {"startFpgaVerification 1", kVerifies},
-         {"startFpgaVerification 2", kVerifies}},
+         {"startFpgaUpgrade 3", {programmes.begin() + 1, programmes.end()}}, // the lock came with the thread
+         {"startFpgaVerification 1", {"nothing", kUpgrading, kAside, kUpgrading, "nothing"}},
+         {"startFpgaVerification 2", {"nothing", kUpgrading, "nothing"}}},
         "startFpga");
 }
 
 TEST(Kill, LeavesOfSupervisorUpgrades)
 {
-    killEverywhere<FirmwareUpgrade>({{"startSSUpgrade 1", kProgrammes},
-                                     {"startSSUpgrade 2", kStartsProgramming},
-                                     {"startSSVerification", kVerifies}},
-                                    "startSS");
+    // One request turns the line back and starts the new firmware.
+    killEverywhere<FirmwareUpgrade>(
+        {{"startSSUpgrade 1",
+          {"old flash", "old flash, " + kUpgrading, "old flash, " + kAside, "old flash, " + kRouted,
+           "partly new flash, " + kRouted, "new flash, " + kRouted, "new flash, " + kUpgrading, "new flash"}},
+         {"startSSUpgrade 2", kStartsProgramming},
+         {"startSSVerification", {"nothing", kUpgrading, kAside, kRouted, kUpgrading, "nothing"}}},
+        "startSS");
 }
 
 TEST(Kill, LeavesOfFrontUpgrades)
 {
-    killEverywhere<FirmwareUpgrade>({{"startFrontUpgrade", kProgrammes}, {"startFrontVerification", kVerifies}},
-                                    "startFront");
+    const std::string routedOnly = "line routed, " + kUpgrading;
+    killEverywhere<FirmwareUpgrade>(
+        {{"startFrontUpgrade",
+          {"old flash", "old flash, " + kUpgrading, "old flash, " + kAside, "old flash, " + kRouted,
+           "partly new flash, " + kRouted, "new flash, " + kRouted, "new flash, " + routedOnly,
+           "new flash, " + kUpgrading, "new flash"}},
+         {"startFrontVerification", {"nothing", kUpgrading, kAside, kRouted, routedOnly, kUpgrading, "nothing"}}},
+        "startFront");
 }
 
 } // namespace
