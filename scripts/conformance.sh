@@ -17,7 +17,7 @@ scripts/install-deps.sh test
 mkdir -p build
 {
     cmake --preset i386 -DHX_TESTS=ON
-    cmake --build --preset i386 -j "$(nproc)"
+    cmake --build --preset i386 -j "$(nproc)" --target conformance conformance-linked hx-sim hxsim-door
 } >build/conformance.log 2>&1 || {
     tail -n 40 build/conformance.log
     exit 1
@@ -29,7 +29,10 @@ build/i386/tests/conformance-linked >"$work/linked" || true
 build/i386/hx-sim run -- build/i386/tests/conformance >"$work/preloaded" || true
 doors=(linked preloaded)
 if [ "$guest" = yes ]; then
-    scripts/system-test.sh >"$work/system.log" || tail -n 5 "$work/system.log"
+    scripts/system-test.sh >"$work/system.log" || {
+        cat "$work/system.log"
+        exit 1
+    }
     cp build/system/report.txt "$work/devices"
     doors+=(devices)
 fi

@@ -264,7 +264,7 @@ public:
         if (mayWaitForEver(call_) && outcome.errors.find("every thread of the program waits") != std::string::npos)
             return;
         if (outcome.signal != 0)
-            return complain("ends by signal " + std::to_string(outcome.signal));
+            return complain("ends by signal " + std::to_string(outcome.signal) + ' ' + outcome.errors);
         if (!outcome.fired)
             return complain("it was not made in the second run");
         judgeAnswer(kind, outcome);

@@ -6,7 +6,8 @@ namespace conformance {
 int runAll()
 {
     int failed = 0;
-    for (const auto group : {inputsAndVersions, unitInformation, light, supervisor, signals, peripherals, video}) {
+    for (const auto group : {inputsAndVersions, unitInformation, light, supervisor, signals, peripherals, video, texts,
+                             upgrades, automaticBacklight}) {
         for (const Check& check : group()) {
             const std::string got = check.ask();
             const bool passed = got == check.expected;

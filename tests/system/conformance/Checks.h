@@ -111,6 +111,11 @@ Checks supervisor();
 Checks signals();
 Checks peripherals();
 Checks video();
+Checks texts();
+/// With firmware of its own for all three targets: last of those that use the unit as it is.
+Checks upgrades();
+/// Starts a thread that follows the light for as long as the program lives: last of all.
+Checks automaticBacklight();
 
 /// Runs them all and prints "operation<TAB>pass|FAIL<TAB>answer" a line; returns how many failed.
 int runAll();

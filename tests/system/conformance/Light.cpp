@@ -54,6 +54,18 @@ std::string onAndOff()
     return answer(start) + " " + isOn + " " + answer(stop) + " " + answer(off, enabled);
 }
 
+std::string softTransitions()
+{
+    Held backlight{GetBacklight()};
+    Held service{GetHXAuxPrivate()};
+    (void)service->setFileSetting("ABL_k", "50"); // nothing has been learnt yet
+    bool soft = false;
+    double slope = 0;
+    const eErr set = backlight->setAutomaticBLParams(true);
+    const eErr got = backlight->getAutomaticBLParams(&soft, &slope);
+    return answer(set) + " " + answer(got, soft, slope);
+}
+
 } // namespace
 
 Checks light()
@@ -69,7 +81,7 @@ Checks light()
          }},
         {"Backlight.setAutomaticBLFilter", "0 0 7 6 55 1", filter},
         {"Backlight.startAutomaticBL", "0 0 1 0 0 0", onAndOff},
-        sets("Backlight.setAutomaticBLParams", "0", GetBacklight, &Backlight::setAutomaticBLParams, true),
+        {"Backlight.setAutomaticBLParams", "0 0 1 50.00", softTransitions},
         keeps("Backlight.setLedDimming", GetBacklight, &Backlight::setLedDimming, &Backlight::getLedDimming,
               HXStatusDisabled),
         keeps("Lightsensor.setOperatingRange", GetLightsensor, &Lightsensor::setOperatingRange,
@@ -86,6 +98,18 @@ Checks light()
         {"Lightsensor.startAverageCalc", "21 0 0 20 0 21", averages},
         sets("Lightsensor.startAverageCalc 0", "8", GetLightsensor, &Lightsensor::startAverageCalc, 0, 5, 50,
              SamplingModeAuto),
+    };
+}
+
+Checks automaticBacklight()
+{
+    return {
+        {"HXAuxPrivate.automaticBacklightInit", "0 13",
+         [] {
+             Held service{GetHXAuxPrivate()};
+             const eErr first = service->automaticBacklightInit();
+             return answer(first) + " " + answer(service->automaticBacklightInit());
+         }},
     };
 }
 

@@ -64,10 +64,23 @@ Checks peripherals()
              CalibrationModeSettings(5)),
         sets("TouchScreenCalib.SetCalibrationPoint", "21", GetTouchScreenCalib, &TouchScreenCalib::SetCalibrationPoint,
              1),
+        {"TouchScreenCalib.CheckCalibrationPointFinished", "0 0",
+         [] {
+             Held calibration{GetTouchScreenCalib()};
+             bool finished = true;
+             const eErr err = calibration->CheckCalibrationPointFinished(&finished, 3);
+             return answer(err, finished);
+         }},
         {"TouchScreenCalib.SetConfigParam", "0 0 77", configParameter},
         {"CanSetting.setBaudrate", "0 0 250", bitRate},
         sets("CanSetting.setBaudrate 5", "9", GetCanSetting, &CanSetting::setBaudrate, 5, 250),
         sets("CanSetting.setFrameType", "2", GetCanSetting, &CanSetting::setFrameType, 1, CanFrameTypeExtended),
+        {"CanSetting.getFrameType", "2",
+         [] {
+             Held can{GetCanSetting()};
+             CanFrameType type = CanFrameTypeExtended;
+             return answer(can->getFrameType(1, &type));
+         }},
     };
 }
 

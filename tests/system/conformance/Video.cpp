@@ -79,6 +79,12 @@ Checks video()
                     return err != ERR_SUCCESS ? err : input.restore();
                 }),
         onInput("Video.takeSnapshot", "0 2", [](Video& input) { return input.takeSnapshot("/tmp/x", false); }),
+        onInput("Video.activateSnapshot", "0 2", [](Video& input) { return input.activateSnapshot(true); }),
+        onInput("Video.takeSnapshotRaw", "0 2", [](Video& input) { return input.takeSnapshotRaw(nullptr, 0, false); }),
+        onInput("Video.takeSnapshotBmp", "0 2",
+                [](Video& input) { return input.takeSnapshotBmp(nullptr, nullptr, false, false); }),
+        onInput("Video.createBitmap", "0 2",
+                [](Video& input) { return input.createBitmap(nullptr, nullptr, nullptr, 0, false, false); }),
         onInput("Video.freeBmpBuffer", "0 9", [](Video& input) { return input.freeBmpBuffer(nullptr); }),
     };
 }
