@@ -201,4 +201,14 @@ void operator delete[](void* block, std::size_t) noexcept
     give(block);
 }
 
+void operator delete(void* block, const std::nothrow_t&) noexcept // when a constructor threw
+{
+    give(block);
+}
+
+void operator delete[](void* block, const std::nothrow_t&) noexcept
+{
+    give(block);
+}
+
 // NOLINTEND(misc-new-delete-overloads)
