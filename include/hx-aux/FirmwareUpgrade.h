@@ -45,9 +45,8 @@ public:
     /// The flash is erased as it is programmed, and read back at the end. The new configuration takes effect when the
     /// unit is switched on again. The file is not looked at before the run.
     ///
-    /// @param[in] file      Name of an MCS file made of full records (16 bytes each) from flash position 0 on; cut at
-    /// 256
-    ///                      characters.
+    /// @param[in] file      Name of an MCS file made of full records (16 bytes each) from flash position 0 on; cut
+    ///                      at 256 characters.
     /// @param[in] blocking  True: return when the run has ended, with its result. False: run on a thread of its own and
     ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
     /// @retval ERR_SUCCESS                  The run succeeded (@p blocking) or was started.
@@ -70,9 +69,8 @@ public:
     ///
     /// Reads the flash as far as the file's data goes and writes nothing. The file is not looked at before the run.
     ///
-    /// @param[in] file      Name of an MCS file made of full records (16 bytes each) from flash position 0 on; cut at
-    /// 256
-    ///                      characters.
+    /// @param[in] file      Name of an MCS file made of full records (16 bytes each) from flash position 0 on; cut
+    ///                      at 256 characters.
     /// @param[in] blocking  True: return when the run has ended, with its result. False: run on a thread of its own and
     ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
     /// @retval ERR_SUCCESS                  The run succeeded (@p blocking) or was started.
@@ -110,8 +108,7 @@ public:
     /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
     ///                                       of the unit then stays taken until the unit restarts.
     /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or its
-    /// data is larger
-    ///                                       than the flash.
+    ///                                       data is larger than the flash.
     /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
     /// @retval ERR_INIT_FAILED               @p blocking: there is no memory for the file's data.
     /// @retval ERR_DEVICE_WRITE_DATA_FAILED  @p blocking: a block was not taken. The target has no firmware now.
@@ -138,8 +135,7 @@ public:
     /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
     ///                                       of the unit then stays taken until the unit restarts.
     /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or
-    /// addresses that go
-    ///                                       down.
+    ///                                       addresses that go down.
     /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
     /// @retval ERR_INIT_FAILED               @p blocking: there is no memory for the file's data.
     /// @retval ERR_DEVICE_READ_DATA_FAILED   @p blocking: a block could not be read back.
@@ -166,8 +162,7 @@ public:
     /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
     ///                                       of the unit then stays taken until the unit restarts.
     /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or its
-    /// data is larger
-    ///                                       than the flash.
+    ///                                       data is larger than the flash.
     /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
     /// @retval ERR_INIT_FAILED               @p blocking: there is no memory for the file's data.
     /// @retval ERR_DEVICE_WRITE_DATA_FAILED  @p blocking: a block was not taken. The target has no firmware now.
@@ -194,8 +189,7 @@ public:
     /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
     ///                                       of the unit then stays taken until the unit restarts.
     /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or
-    /// addresses that go
-    ///                                       down.
+    ///                                       addresses that go down.
     /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
     /// @retval ERR_INIT_FAILED               @p blocking: there is no memory for the file's data.
     /// @retval ERR_DEVICE_READ_DATA_FAILED   @p blocking: a block could not be read back.
