@@ -18,7 +18,7 @@ mkdir -p "$work"
 echo "== building"
 {
     cmake --preset i386 -DHX_TESTS=ON
-    cmake --build --preset i386 -j "$(nproc)" --target hx-aux conformance hxaux hx-jida
+    cmake --build --preset i386 -j "$(nproc)" --target hx-aux conformance hxaux hx-jida hx-sim hxsim-door
     cmake --preset x86_64 -DHX_TESTS=ON
     cmake --build --preset x86_64 -j "$(nproc)" --target hx-sim-cuse
 } >"$work/build.log" 2>&1 || {
@@ -59,6 +59,9 @@ make_image() {
     put_program build/x86_64/simulator/hx-sim-cuse bin/hx-sim-cuse
     put_program build/i386/tests/conformance bin/conformance
     put_program build/i386/hxaux bin/hxaux
+    put_program build/i386/hx-sim bin/hx-sim
+    install -D build/door/lib/i386-linux-gnu/libhxsim-door.so -t "$work/image/door/lib/i386-linux-gnu"
+    install -D build/i386/jida/libjida.so -t "$work/image/door/lib/i386-linux-gnu/jida"
     install build/i386/jida/libjida.so "$work/image/lib32/"
     (cd "$work/image" && find . | cpio --quiet -o -H newc) | gzip -1 >"$work/image.gz"
 }
@@ -84,7 +87,11 @@ set +e
 run_guest
 emulator=$?
 set -e
-tr -d '\r' <"$work/output.txt" | sed -n '/^== report/,/^== end/p' | grep -v '^== ' >"$work/report.txt" || true
+rm -f "$work"/report.txt "$work"/recording.* "$work"/shown.*
+touch "$work/report.txt"
+tr -d '\r' <"$work/output.txt" | awk -v work="$work" '
+    /^== / { file = $2 == "report" ? "report.txt" : $2 == "recording" || $2 == "shown" ? $2 "." $3 : ""; next }
+    file != "" { print > (work "/" file) }'
 cat "$work/report.txt"
 status=$(((emulator - 1) / 2))
 if [ "$emulator" -eq 124 ]; then
@@ -95,6 +102,15 @@ elif [ "$emulator" -eq 0 ] || [ $((emulator % 2)) -eq 0 ]; then
     tail -n 20 "$work/output.txt"
     status=1
 fi
+for recording in "$work"/recording.*; do
+    verb=${recording##*.}
+    if [ "$verb" != '*' ] && build/i386/hx-sim replay "$recording" -- build/i386/hxaux "$verb" | diff "$work/shown.$verb" -; then
+        echo "hxaux $verb, recorded in the guest: replayed here"
+    else
+        echo "hxaux $verb, recorded in the guest: DIFFERS here"
+        status=1
+    fi
+done
 [ "${1:-}" = --keep ] || rm -rf "$work/image" "$work/image.gz"
 echo "guest: $(grep -c . "$work/report.txt") checks, $((SECONDS - started)) s, status $status"
 exit "$status"
