@@ -24,6 +24,8 @@ bool mayFail = true;
 
 // An input can ask for news as often as it has bytes; an operation that waits on and on comes over that soon.
 constexpr int kMostInterruptions = 1000;
+// Longer than any lock is held, and than an upgrade says nothing. Threads that run for good let time go on for ever.
+constexpr std::int64_t kLongestWait = 60000;
 
 } // namespace
 
@@ -79,7 +81,8 @@ bool LinuxWrapper::WaitForSema(int sema, bool wait)
         return false;
     }
     const std::shared_ptr<Semaphore> semaphore = found->second;
-    while (semaphore->count == 0 && wait && letOthersRun())
+    const std::int64_t until = timeNow() + kLongestWait;
+    while (semaphore->count == 0 && wait && timeNow() < until && letOthersRun())
         continue;
     if (semaphore->count == 0) {
         REQUIRE(semaphore->name != "FILE_HXAUXINI_IS_IN_USE");

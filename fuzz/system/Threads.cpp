@@ -106,6 +106,11 @@ bool letOthersRun()
     return true;
 }
 
+std::int64_t timeNow()
+{
+    return now;
+}
+
 void endThreads()
 {
     ending = true;

@@ -3,6 +3,8 @@
 
 #include "fuzz/system/System.h"
 
+#include <cstdint>
+
 /// What the files of this folder share.
 namespace fuzzed {
 
@@ -17,5 +19,7 @@ void beginThreads();
 void mayEnd();
 /// Lets another thread run for a moment. False when nobody is there whom it could help.
 [[nodiscard]] bool letOthersRun();
+/// In milliseconds since the input began.
+[[nodiscard]] std::int64_t timeNow();
 
 } // namespace fuzzed
