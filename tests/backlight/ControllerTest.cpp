@@ -6,6 +6,7 @@
 using namespace Halvix;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
@@ -354,6 +355,22 @@ TEST(ControllerSwitch, ReadsTheSettingsOnceMoreForTheCountOfAFreshSemaphore)
     unit.settle();
 
     EXPECT_EQ(settingsReads(unit), 2U);
+}
+
+TEST(ControllerSwitch, WaitsOnWhenASignalEndsItsWait)
+{
+    SimulatedUnit unit;
+    unit.fail(kNewSettings, "sem_wait", EINTR, 2);
+    Service service{unit, abl({.on = false})};
+
+    unit.settle();
+    EXPECT_THAT(unit.journal(), Contains(HasSubstr("sem_wait !EINTR")));
+    EXPECT_EQ(settingsReads(unit), 2U);
+    forgetLogs();
+    service.backlight->setAutomaticBLParams(true);
+    unit.settle();
+
+    EXPECT_THAT(controllerLog(), Contains("Read settings\n").Times(1));
 }
 
 TEST(ControllerSwitch, ReadsTheSettingsOnceForEachNotice)
