@@ -111,8 +111,8 @@ std::vector<Candidate> candidates(const std::vector<std::string>& words)
     Candidates all = allCandidates(finished, last.starts_with("-"));
     std::erase_if(all, [&](const Candidate& each) { return !each.word.starts_with(last); });
     std::ranges::stable_sort(all, {}, &Candidate::word);
-    const auto doubles = std::ranges::unique(all, {}, &Candidate::word);
-    all.erase(doubles.begin(), doubles.end());
+    const auto sameWord = [](const Candidate& one, const Candidate& other) { return one.word == other.word; };
+    all.erase(std::unique(all.begin(), all.end(), sameWord), all.end());
     return all;
 }
 

@@ -130,7 +130,9 @@ private:
     void timeGrid()
     {
         const double step = niceStep(end_ - start_);
-        for (double seconds = std::ceil(start_ / step) * step; seconds <= end_; seconds += step) {
+        const auto last = static_cast<long>(std::floor(end_ / step));
+        for (auto number = static_cast<long>(std::ceil(start_ / step)); number <= last; ++number) {
+            const double seconds = static_cast<double>(number) * step;
             line(x(seconds), kLightTop, x(seconds), kLightBottom);
             line(x(seconds), kLevelTop, x(seconds), kLevelBottom);
             label(x(seconds) - 12, kLevelBottom + 20, "", timeLabel(seconds, step));
@@ -139,10 +141,11 @@ private:
     }
     void lightGrid()
     {
-        for (double decade = lowestDecade_; decade <= decades_; ++decade) {
-            const double y = yOfLux(std::pow(10, decade));
+        for (int decade = static_cast<int>(lowestDecade_); decade <= static_cast<int>(decades_); ++decade) {
+            const double lux = std::pow(10, decade);
+            const double y = yOfLux(lux);
             line(kLeft, y, kRight, y);
-            label(8, y + 4, "", formatted("%g lux", std::pow(10, decade)));
+            label(8, y + 4, "", formatted("%g lux", lux));
         }
     }
     void levelGrid()

@@ -134,9 +134,10 @@ void ProductionData::describe(Unit& unit, const std::string& name, Eeprom& part)
         name + ".text", [&part] { return escaped(part.text()); },
         [&part](const std::string& text) { part.setText(unescaped(text)); },
         "the whole production text, with \\r\\n after each line");
+    const std::string prefix = name + '.';
     for (const std::string& key : keysOf(part.text()))
         unit.properties().add(
-            name + '.' + key, [&part, key] { return value(part, key); },
+            prefix + key, [&part, key] { return value(part, key); },
             [&part, key](const std::string& text) { setValue(part, key, text); }, "production data");
 }
 

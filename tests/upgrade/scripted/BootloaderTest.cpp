@@ -332,7 +332,7 @@ class EveryOperation : public testing::TestWithParam<Operation> {};
 
 bool isAcknowledgement(const Operation& operation, std::size_t line)
 {
-    // The lines of data: GET's, GET VERSION's and GET ID's answers, and the block that is read.
+    // The lines of data: answers to GET, GET VERSION and GET ID, and the block that is read.
     const std::string name = operation.dialogue;
     return !(name == "identify" && (line == 3 || line == 6 || line == 9)) && !(name == "read" && line == 4);
 }
