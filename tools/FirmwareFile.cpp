@@ -16,8 +16,6 @@ namespace hxaux {
 
 namespace {
 
-using Halvix::eErr;
-
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };

@@ -21,7 +21,7 @@ std::string columns(const std::string& title, const Rows& rows)
         width = std::max(width, left.size());
     std::string text = "\n" + title + ":\n";
     for (const auto& [left, right] : rows)
-        text += "  " + left + std::string(width - left.size() + 2, ' ') + right + "\n";
+        text.append("  ").append(left).append(width - left.size() + 2, ' ').append(right).append("\n");
     return text;
 }
 

@@ -57,7 +57,7 @@ std::optional<Mapping> findMapping(const fs::path& process, Claim claim)
 {
     std::ifstream maps(process / "maps");
     for (std::string line; std::getline(maps, line);)
-        if (const auto mapping = parsed(line); mapping && claim(*mapping))
+        if (auto mapping = parsed(line); mapping && claim(*mapping))
             return mapping;
     return std::nullopt;
 }

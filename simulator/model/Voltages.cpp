@@ -42,7 +42,9 @@ std::string voltsOf(std::uint16_t counts, double divider)
 
 Voltages::Voltages(Unit& unit) : registers{unit, "/dev/adc-id"}
 {
-    for (std::uint8_t i = 0; i < kSupplies.size(); ++i) {
+    static_assert(kSupplies.size() <= 0xFF);
+    for (std::size_t number = 0; number < kSupplies.size(); ++number) {
+        const auto i = static_cast<std::uint8_t>(number);
         const std::string name = "voltage." + std::to_string(i);
         const double divider = kSupplies[i].divider;
         registers.property(i, name + ".raw", countsOf(kSupplies[i].volts, divider), "converter counts");
