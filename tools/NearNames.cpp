@@ -39,6 +39,7 @@ std::vector<std::string> nearNames(std::string_view word, const std::vector<std:
     std::ranges::stable_sort(near, {}, &std::pair<std::size_t, std::string>::first);
     near.resize(std::min<std::size_t>(near.size(), 3));
     std::vector<std::string> names;
+    names.reserve(near.size());
     for (auto& [distance, name] : near)
         names.push_back(std::move(name));
     return names;

@@ -41,7 +41,7 @@ std::string refusedInProduction(const std::string& text)
         return "it is empty";
     if (has(text, " "))
         return "it contains a blank";
-    if (const std::string reason = refusedAnywhere(text); !reason.empty())
+    if (std::string reason = refusedAnywhere(text); !reason.empty())
         return reason;
     return isPlain(text) ? "" : "it contains a character outside ASCII";
 }

@@ -18,7 +18,6 @@ namespace hxaux {
 namespace {
 
 using namespace std::chrono_literals;
-using Halvix::eErr;
 
 // The one place of the serving process on this unit. The lock lies on the settings file that the automatic backlight
 // works with, so it belongs to the unit and not to the machine, and it is gone with the process however that ends. The

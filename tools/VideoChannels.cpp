@@ -17,7 +17,8 @@ unsigned char channelsOf(Call& call, const std::string& name)
         const std::size_t end = std::min(text.find(',', begin), text.size());
         const auto number = toInteger(text.substr(begin, end - begin));
         if (!number || *number < 1 || *number > 4)
-            call.fail(Exit::Usage, name + ": '" + text + "' is not a list of channels 1 to 4, 'all' or 'none'");
+            call.fail(Exit::Usage, std::string{name}.append(": '").append(text).append(
+                                       "' is not a list of channels 1 to 4, 'all' or 'none'"));
         bits |= 1U << (*number - 1);
         begin = end + 1;
     }

@@ -32,6 +32,7 @@ constexpr std::array<Check, 7> kChecks{{
 
 const Names kCheckNames = [] {
     std::vector<std::pair<long long, std::string_view>> names;
+    names.reserve(kChecks.size());
     for (const Check& check : kChecks)
         names.emplace_back(static_cast<long long>(names.size()), check.name);
     return Names(std::move(names));
