@@ -54,7 +54,7 @@ Host::Host(const std::string& unit, double scale)
     : scale_{scale}, folder_{unit}, listener_{listenAt(folder_.path() + "/socket")}, buffer_(wire::kLargestPacket)
 {
     files_ = folder_.path() + "/files";
-    semaphores_ = folder_.unit();
+    semaphores_ = UnitFolder::markOf(folder_.path());
     (void)folder_.fileOf("/opt/etc/hxaux.ini"); // its folder must be there
 }
 

@@ -110,7 +110,7 @@ private:
     std::unique_ptr<Recorder> recorder_;
     int recorderOwner_ = -1; ///< the connection that asked for the recording
     std::string files_;      ///< folder in which the unit's files lie under their own paths
-    std::string semaphores_; ///< the unit whose semaphores programs get; empty: the machine's
+    std::string semaphores_; ///< mark of the unit whose semaphores programs get; empty: the machine's
     bool standsAside_ = false;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     int listener_ = -1;

@@ -56,7 +56,7 @@ void Host::standAside()
 {
     const char* const outer = std::getenv(PreloadedLink::kFolderVariable);
     files_ = outer == nullptr ? "" : std::string{outer} + "/files";
-    semaphores_ = outer == nullptr ? "" : std::filesystem::path{outer}.filename().string();
+    semaphores_ = outer == nullptr ? "" : UnitFolder::markOf(outer);
     standsAside_ = true;
 }
 

@@ -225,7 +225,7 @@ int LinkedUnit::sleep(std::int64_t nanoseconds)
 std::string LinkedUnit::semaphoreName(const std::string& name)
 {
     const std::string plain = name.starts_with('/') ? name.substr(1) : name;
-    return UnitFolder::semaphorePrefix(folder_->unit()) + plain;
+    return UnitFolder::semaphorePrefix(UnitFolder::markOf(folder_->path())) + plain;
 }
 
 int LinkedUnit::wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds)

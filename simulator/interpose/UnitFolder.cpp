@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -49,9 +50,15 @@ bool isAlive(const fs::path& folder)
     return stream >> process >> start && startOf(process) == start;
 }
 
-void removeSemaphores(const std::string& unit)
+/// What the semaphores of both ABIs begin with.
+std::string semaphoresOf(const std::string& mark)
 {
-    const std::string prefix = "sem.hxsim-" + std::to_string(getuid()) + '-' + unit + '-';
+    return "hxsim-" + std::to_string(getuid()) + '-' + mark + '-';
+}
+
+void removeSemaphores(const fs::path& folder)
+{
+    const std::string prefix = "sem." + semaphoresOf(UnitFolder::markOf(folder));
     std::error_code ignored;
     std::vector<fs::path> left;
     for (const fs::directory_entry& entry : fs::directory_iterator{kSemaphores, ignored})
@@ -106,7 +113,7 @@ void UnitFolder::remove() const
 {
     std::error_code ignored;
     fs::remove_all(path_, ignored);
-    removeSemaphores(unit_);
+    removeSemaphores(path_);
     fs::remove(base(), ignored); // stays while other units are in it
 }
 
@@ -125,10 +132,19 @@ std::string UnitFolder::base()
     return root + "/hx-sim-" + std::to_string(getuid());
 }
 
-std::string UnitFolder::semaphorePrefix(const std::string& unit)
+std::string UnitFolder::markOf(const std::string& folder)
+{
+    const fs::path path = fs::path{folder}.lexically_normal();
+    std::uint32_t hash = 2166136261; // FNV-1a: the same in 32-bit and 64-bit programs
+    for (const char character : path.parent_path().string())
+        hash = (hash ^ static_cast<unsigned char>(character)) * 16777619;
+    return path.filename().string() + '-' + std::to_string(hash);
+}
+
+std::string UnitFolder::semaphorePrefix(const std::string& mark)
 {
     constexpr const char* kAbi = sizeof(void*) == 4 ? "i386" : "x86_64";
-    return "/hxsim-" + std::to_string(getuid()) + '-' + unit + '-' + kAbi + '-';
+    return '/' + semaphoresOf(mark) + kAbi + '-';
 }
 
 std::vector<std::string> UnitFolder::running()
@@ -149,7 +165,7 @@ void UnitFolder::sweep()
         if (!isAlive(entry.path()))
             dead.push_back(entry.path());
     for (const fs::path& path : dead) {
-        removeSemaphores(path.filename());
+        removeSemaphores(path);
         fs::remove_all(path, ignored);
     }
     fs::remove(base(), ignored);

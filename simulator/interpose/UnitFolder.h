@@ -28,9 +28,11 @@ public:
     /// The folder of all units of this user.
     static std::string base();
     static std::string pathOf(const std::string& unit) { return base() + '/' + unit; }
-    /// "/hxsim-<user>-<unit>-<ABI>-": semaphores have another size in 32-bit and 64-bit programs, so each ABI has its
+    /// "<unit>-<number>": tells the unit from those of the same name in other places, which semaphores do not have.
+    static std::string markOf(const std::string& folder);
+    /// "/hxsim-<user>-<mark>-<ABI>-": semaphores have another size in 32-bit and 64-bit programs, so each ABI has its
     /// own.
-    static std::string semaphorePrefix(const std::string& unit);
+    static std::string semaphorePrefix(const std::string& mark);
     /// Names of the units that run.
     static std::vector<std::string> running();
     /// Removes what units left behind whose process is gone.

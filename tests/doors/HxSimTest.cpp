@@ -18,12 +18,24 @@ using HxSim = UnitFixture;
 
 std::string semaphoreFile(const std::string& unit)
 {
-    return "/dev/shm/sem." + hxsim::UnitFolder::semaphorePrefix(unit).substr(1) + "HXAUX_PROBE";
+    return "/dev/shm/sem." +
+           hxsim::UnitFolder::semaphorePrefix(hxsim::UnitFolder::markOf(hxsim::UnitFolder::pathOf(unit))).substr(1) +
+           "HXAUX_PROBE";
 }
 
 TEST_F(HxSim, PassesTheProgramsStatusOn)
 {
     EXPECT_THAT(run("hx-sim run -- sh -c 'exit 7' 2>/dev/null"), statusIs(7));
+}
+
+TEST_F(HxSim, LeavesTheLocksOfAUnitOfTheSameNameElsewhereAlone)
+{
+    const auto outcome = run("elsewhere=$(mktemp -d); hx-sim start twin; XDG_RUNTIME_DIR=$elsewhere hx-sim start twin; "
+                             "hx-sim run --unit twin -- hxaux settings set KEY value >/dev/null; "
+                             "XDG_RUNTIME_DIR=$elsewhere hx-sim stop twin; rmdir $elsewhere; "
+                             "hx-sim run --unit twin -- hxaux locks | grep INI; hx-sim stop twin");
+
+    EXPECT_THAT(outcome, outputIs("FILE_HXAUXINI_IS_IN_USE: free, value 1, used by no process\n"));
 }
 
 TEST_F(HxSim, PassesAKilledProgramsSignalOn)

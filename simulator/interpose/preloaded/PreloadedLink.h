@@ -63,7 +63,7 @@ private:
     std::string folder_;
     double scale_;
     std::string root_;       ///< learnt from the host, as what follows
-    std::string semaphores_; ///< the unit whose semaphores programs get; empty: the machine's own
+    std::string semaphores_; ///< mark of the unit whose semaphores programs get; empty: the machine's own
     std::map<std::string, Where> paths_;
     std::mutex lock_; ///< guards control_
     int control_ = -1;
