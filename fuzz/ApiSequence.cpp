@@ -2,6 +2,7 @@
 // All operations of all interfaces, in any order and with any arguments, on a system that answers anything. Pointers
 // are good and have exactly the room that the headers ask for.
 #include "backlight/BacklightController.h"
+#include "devices/Telematics_Imp.h"
 #include "fuzz/Require.h"
 #include "fuzz/system/System.h"
 #include "tests/support/EveryOperation.h"
@@ -118,6 +119,16 @@ private:
     static inline Interface* object = nullptr;
 };
 
+/// The library asks once per process which modules are fitted: each input is a process of its own.
+class Forgetting : public Telematics_Imp {
+public:
+    static void modules()
+    {
+        for (Availability* module : {&gprs_, &wlan_, &gps_, &bt_})
+            module->computed = false;
+    }
+};
+
 using Deed = std::function<void(Input&)>;
 
 template <class Interface, class... Parameters>
@@ -188,6 +199,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const std::vector<Deed> deeds = allDeeds();
     Input input{data, size};
     fuzzed::begin(input);
+    Forgetting::modules();
     fuzzed::refuseThread(&BacklightController::threadProc); // AutomaticBacklight has it
     while (!input.isEmpty()) {
         deeds[input.number<std::uint16_t>() % deeds.size()](input);

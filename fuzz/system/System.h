@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -27,6 +28,17 @@ using Driver = std::function<int(unsigned long request, unsigned char* block, un
 void setDriver(Driver driver);
 /// Opened and not closed again, but for those whose path begins so.
 [[nodiscard]] int openFiles(const std::string& except);
+
+/// What a target puts in the place of a device or file that answers the input's bytes.
+class OwnFile {
+public:
+    virtual ~OwnFile() = default;
+    /// Up to `size` bytes; 0 at the end, or when nothing came in time.
+    virtual std::size_t read(unsigned char* block, std::size_t size) = 0;
+    virtual void write(const unsigned char* block, std::size_t size) = 0;
+};
+/// It outlives the input.
+void setFile(const std::string& path, OwnFile& file);
 
 // Settings file.
 
