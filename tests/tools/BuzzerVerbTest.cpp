@@ -57,9 +57,10 @@ TEST(BuzzerVerb, BeepsAndIsSilentAfterwards)
 
 TEST(BuzzerVerb, SaysThatAnotherBeepSounds)
 {
-    const Outcome outcome = withUnit("on hxaux buzzer beep 60000 & beep=$!\n" + std::string(kUntilItSounds) +
-                                     "on hxaux buzzer beep 10; second=$?\nkill -TERM $beep; wait $beep\n"
-                                     "echo $second; (exit $second)");
+    const Outcome outcome =
+        withUnit("hx-sim run --unit $unit -- hxaux buzzer beep 60000 & beep=$!\n" + std::string(kUntilItSounds) +
+                 "on hxaux buzzer beep 10; second=$?\nkill -TERM $beep; wait $beep\n"
+                 "echo $second; (exit $second)");
 
     EXPECT_THAT(outcome, AllOf(outputIs("5\n"), statusIs(5), errorMatches("Function in progress \\(11\\)")));
 }
