@@ -1,10 +1,24 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Memory is out where a request is far beyond what the unit has: a settings file may ask for an averaging window of any
-// size. Without a sanitizer nobody reads this.
+// Memory is out where a request is far beyond what a program of the unit asks for: a settings file may want an
+// averaging window of any size. Without a sanitizer nobody reads this.
 
-extern "C" const char* __asan_default_options(); // NOLINT(bugprone-reserved-identifier): the sanitizer's own name
+namespace {
+
+constexpr char kOptions[] = "allocator_may_return_null=1:max_allocation_size_mb=64";
+
+} // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the sanitizers' own names
+extern "C" const char* __asan_default_options();
+extern "C" const char* __tsan_default_options();
 
 extern "C" const char* __asan_default_options()
 {
-    return "allocator_may_return_null=1:max_allocation_size_mb=1024";
+    return kOptions;
 }
+
+extern "C" const char* __tsan_default_options()
+{
+    return kOptions;
+}
+// NOLINTEND(bugprone-reserved-identifier)
