@@ -15,7 +15,6 @@ for preset in i386 x86_64; do
     cmake --build --preset "$preset" -j "$(nproc)" >>"build/$preset.log" 2>&1 || { tail -n 60 "build/$preset.log" && exit 1; }
 done
 
-# One run over both ABIs, so that it closes with one summary. Tests with several real processes wait for one another in
-# real time and may run out of it on a busy machine: a failed test is tried again, and its output shown.
+# One run over both ABIs, so that it closes with one summary.
 echo 'subdirs("i386" "x86_64")' >build/CTestTestfile.cmake
-exec ctest --test-dir build --output-on-failure --repeat until-pass:3 -j "$(nproc)" "$@"
+exec ctest --test-dir build --output-on-failure -j "$(nproc)" "$@"
