@@ -145,6 +145,12 @@ try {
     return ERR_MEM_ALLOC_FAIL;
 }
 
+eErr Backlight_Imp::Release()
+{
+    releaseInstance();
+    return ERR_SUCCESS;
+}
+
 } // namespace Halvix
 
 Halvix::Backlight* GetBacklight()

@@ -82,15 +82,16 @@ bool Lightsensor_Imp::isAverageStarted()
     return false;
 }
 
-void Lightsensor_Imp::Release()
+eErr Lightsensor_Imp::Release()
 {
     if (initialised_)
         LinuxWrapper::close(handle_);
     LinuxWrapper::Sleep(kThreadEndMs);
     if (!sampler_.mayBeDestroyed())
-        return; // the thread uses the rest of the object until the process ends
+        return ERR_SUCCESS; // the thread uses the rest of the object until the process ends
     LinuxWrapper::CloseSema(averagingLock_);
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

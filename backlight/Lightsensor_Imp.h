@@ -26,7 +26,7 @@ public:
     eErr stopAverageCalc() override;
     eErr getOperatingRange(LightSensorOperationRange* range) override;
     eErr setOperatingRange(LightSensorOperationRange range) override;
-    void Release() override;
+    eErr Release() override;
 
     /// Whether any process averages, this one included.
     [[nodiscard]] bool isAverageStarted();

@@ -129,9 +129,10 @@ void Buzzer_Imp::soundPendingBeep(const void* buzzer)
     self->oneBeep_.signal();
 }
 
-void Buzzer_Imp::Release()
+eErr Buzzer_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

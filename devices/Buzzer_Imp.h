@@ -27,7 +27,7 @@ public:
     eErr setVolume(unsigned short volume) override;
     eErr setTrigger(bool on) override;
     eErr buzze(int time, bool blocking) override;
-    void Release() override;
+    eErr Release() override;
 
     /// 1, 7, 6. The driver writes into `*s`: after a failure it holds whatever arrived.
     eErr getSetup(_SetupType* s);

@@ -105,9 +105,10 @@ eErr CanSetting_Imp::setFrameType(unsigned char net, CanFrameType)
     return isNetwork(net) ? ERR_NOT_SUPPORTED : ERR_INVALID_PARAMETER;
 }
 
-void CanSetting_Imp::Release()
+eErr CanSetting_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -19,7 +19,7 @@ public:
     eErr getFrameType(unsigned char net, CanFrameType* type) override;
     eErr setBaudrate(unsigned char net, unsigned short kbit) override;
     eErr setFrameType(unsigned char net, CanFrameType type) override;
-    void Release() override;
+    eErr Release() override;
 };
 
 } // namespace Halvix

@@ -99,9 +99,10 @@ eErr Diagnostic_Imp::clearHwErrorStatus()
     return channel_.command({codes::clearHwErrorStatus});
 }
 
-void Diagnostic_Imp::Release()
+eErr Diagnostic_Imp::Release()
 {
     releaseInstance();
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

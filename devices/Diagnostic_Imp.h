@@ -21,7 +21,7 @@ public:
     eErr getMinMaxTemp(short* first, short* second) override;
     eErr getPowerCycles(unsigned short* cycles) override;
     eErr clearHwErrorStatus() override;
-    void Release() override;
+    eErr Release() override;
 
 protected:
     Diagnostic_Imp() = default; // made by getInstance alone

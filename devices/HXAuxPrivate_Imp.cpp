@@ -105,6 +105,12 @@ eErr HXAuxPrivate_Imp::resumeVideo()
                : ERR_IOCTRL_FAILED;
 }
 
+eErr HXAuxPrivate_Imp::Release()
+{
+    delete this;
+    return ERR_SUCCESS;
+}
+
 } // namespace Halvix
 
 Halvix::HXAuxPrivate* GetHXAuxPrivate()

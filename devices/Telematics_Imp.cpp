@@ -149,9 +149,10 @@ eErr Telematics_Imp::setWLANStartUpPowerStatus(HXStatus status)
     return isWLANAvailable() ? storeWish(kWlanKey, status) : ERR_TELEMATICS_WLAN_NOT_AVAILABLE;
 }
 
-void Telematics_Imp::Release()
+eErr Telematics_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -25,7 +25,7 @@ public:
     eErr setGPRSStartUpPowerStatus(HXStatus status) override;
     eErr setWLANPowerStatus(HXStatus status) override;
     eErr setWLANStartUpPowerStatus(HXStatus status) override;
-    void Release() override;
+    eErr Release() override;
 
     [[nodiscard]] static bool isGPRSAvailable();
     [[nodiscard]] static bool isWLANAvailable();

@@ -172,9 +172,10 @@ eErr FirmwareUpgrade_Imp::shutDown()
     return LinuxWrapper::ControlDaemon(kShutDown) == ERR_SUCCESS ? ERR_SUCCESS : ERR_COMMAND_FAILED;
 }
 
-void FirmwareUpgrade_Imp::Release()
+eErr FirmwareUpgrade_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

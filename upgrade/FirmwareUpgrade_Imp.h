@@ -25,7 +25,7 @@ public:
     eErr startFrontVerification(const char* file, bool blocking) override;
     eErr getUpgradeStatus(UpgradeStatus* status, bool wait) override;
     eErr shutDown() override;
-    void Release() override;
+    eErr Release() override;
 
     /// Entries of the worker thread; the argument is the flasher.
     static void threadProcProgram(const void* flasher);

@@ -108,8 +108,9 @@ public:
     /// @brief Gives the object back: closes its device and its hold of the lock, and deletes it.
     ///
     /// Does not wait for a beep: release only after it is over. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Buzzer() {}

@@ -72,8 +72,9 @@ public:
     virtual eErr setFrameType(unsigned char net, CanFrameType type) = 0;
 
     /// @brief Gives the object back and deletes it. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~CanSetting() {}

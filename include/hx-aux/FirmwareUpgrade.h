@@ -219,8 +219,9 @@ public:
     /// @brief Ends the use of the object, which must not be used afterwards.
     ///
     /// Neither waits for a run on its own thread nor stops it; such a run ends as if the object were still there.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~FirmwareUpgrade() {}

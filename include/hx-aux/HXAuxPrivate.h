@@ -109,8 +109,9 @@ public:
     virtual eErr resumeVideo() = 0;
 
     /// @brief Ends the use of the object.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~HXAuxPrivate() {}

@@ -112,8 +112,9 @@ public:
     ///
     /// Averaging that still runs goes on until the process ends, and the memory it uses with it.
     ///
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Lightsensor() {}

@@ -136,8 +136,9 @@ public:
     virtual eErr setWLANStartUpPowerStatus(HXStatus status) = 0;
 
     /// @brief Gives the object back and deletes it. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Telematics() {}
