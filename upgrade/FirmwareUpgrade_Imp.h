@@ -39,7 +39,7 @@ private:
 
     eErr startMicrocontroller(const char* file, Flasher_STM32::eDeviceType type, Task task, bool blocking);
     eErr startFpga(const char* file, Task task, bool blocking);
-    eErr start(IFlasher& flasher, const char* file, Task task, bool blocking);
+    eErr run(IFlasher& flasher, const char* file, Task task, bool blocking);
     void resetStatus();
 
     UpgradeStatus lastRead_{};
