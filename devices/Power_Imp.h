@@ -3,6 +3,7 @@
 
 #include "hx-aux/Power.h"
 #include "platform/DeviceChannel.h"
+
 #include <cstdint>
 
 namespace Halvix {
