@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "devices/CanSetting_Imp.h"
+#include "hx-aux/CanSetting.h"
 
 #include "platform/LinuxWrapper.h"
 
@@ -69,6 +69,9 @@ bool writeRate(int file, long rate)
 }
 
 } // namespace
+
+CanSetting_Imp::CanSetting_Imp() = default;
+CanSetting_Imp::~CanSetting_Imp() = default;
 
 eErr CanSetting_Imp::getBaudrate(unsigned char net, unsigned short* kbit)
 {
