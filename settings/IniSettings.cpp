@@ -12,13 +12,20 @@ namespace Halvix {
 
 namespace {
 
-// An application's global locale must not change the file, hence the classic one everywhere.
+/// An application's global locale must not change the file; and memory that runs out must not look like a text that is
+/// not a number, or like the end of the file.
+template <class Stream>
+void makeStrict(Stream& stream)
+{
+    stream.imbue(std::locale::classic());
+    stream.exceptions(std::ios::badbit);
+}
 
 template <class Number>
 eErr format(Number value, std::string* text)
 {
     std::ostringstream stream;
-    stream.imbue(std::locale::classic());
+    makeStrict(stream);
     if (!(stream << value))
         return ERR_DATATYPE_MISMATCH;
     *text = stream.str();
@@ -29,7 +36,7 @@ template <class Number>
 eErr scan(Number* value, const std::string& text)
 {
     std::istringstream stream{text};
-    stream.imbue(std::locale::classic());
+    makeStrict(stream);
     Number read{};
     if (!(stream >> read))
         return ERR_DATATYPE_MISMATCH;
@@ -42,8 +49,7 @@ eErr scan(Number* value, const std::string& text)
 // A lock that cannot be had does not stop the settings: they are then used unlocked, and nothing is given back.
 IniSettings::IniSettings() HX_UNCHECKED_LOCKING : lock_{"FILE_HXAUXINI_IS_IN_USE"}, locked_{lock_.wait()}
 {
-    input_.imbue(std::locale::classic());
-    input_.exceptions(std::ios::badbit); // or memory that runs out would look like the end of the file
+    makeStrict(input_);
     output_.imbue(std::locale::classic());
     output_.rdbuf()->pubsetbuf(outputBuffer_, sizeof outputBuffer_); // or it would allocate one with the file emptied
 }

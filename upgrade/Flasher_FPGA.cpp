@@ -58,7 +58,7 @@ try {
     if (result != ERR_SUCCESS)
         return result;
     readBack_.reserve(image_.size()); // memory that runs out does so before the flash is touched
-    *modeChanged = true; // undone even if it could not be sent
+    *modeChanged = true;              // undone even if it could not be sent
     (void)redirector_.setSsMode(0x0F);
     if (write)
         result = flash();

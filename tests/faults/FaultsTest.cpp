@@ -357,6 +357,11 @@ private:
         const std::string name = documented::nameOf(outcome.code);
         if (!interface_.codes.at(operation).contains(name))
             complain("answers " + std::to_string(outcome.code) + " " + name + ", which its header does not name");
+        // Nothing but a lack of memory, a thread that has none, or a version that could not be asked for.
+        static const std::set<int> kLacks{ERR_CREATE_THREAD, ERR_INIT_FAILED, ERR_NEWER_SS_VERSION_REQUIRED,
+                                          ERR_NEWER_FRONT_VERSION_REQUIRED, ERR_MEM_ALLOC_FAIL};
+        if (kind == Kind::Allocation && outcome.code != healthy_.code && !kLacks.contains(outcome.code))
+            complain("answers " + std::to_string(outcome.code) + " " + name + " when memory runs out");
     }
 
     /// Each memory is as it was or completely new, or the header says that it may be torn.
