@@ -183,6 +183,20 @@ TEST(OperatingRange, OfSevenIsInvalidAndNotGiven)
     EXPECT_EQ(range, RangeExtended);
 }
 
+TEST(OperatingRange, OfAnyByteAboveOneIsInvalid)
+{
+    SimulatedUnit unit;
+    Given<Lightsensor> sensor{GetLightsensor()};
+    for (const int byte : {2, 3, 128, 255}) {
+        unit.set("light.range", byte);
+        LightSensorOperationRange range = RangeExtended;
+
+        EXPECT_EQ(sensor->getOperatingRange(&range), ERR_INVALID_DATA) << byte;
+
+        EXPECT_EQ(range, RangeExtended);
+    }
+}
+
 TEST(OperatingRange, IsSentAsOneByteAfterALookAtTheAveragingLock)
 {
     SimulatedUnit unit;

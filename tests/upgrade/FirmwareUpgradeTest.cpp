@@ -63,6 +63,7 @@ struct StartCase {
     eErr (FirmwareUpgrade::*start)(const char* file, bool blocking);
     std::function<std::string(const SimulatedUnit&, const Bytes&)> file;
     bool writes;
+    std::vector<std::string> devices;
 };
 
 std::ostream& operator<<(std::ostream& out, const StartCase& each)
@@ -70,13 +71,16 @@ std::ostream& operator<<(std::ostream& out, const StartCase& each)
     return out << each.name;
 }
 
+const std::vector<std::string> kSerialLine = {"/dev/ttyS0", "/dev/uart-redir"};
+const std::vector<std::string> kFlash = {"/dev/fpgaflash"};
+
 const StartCase kStarts[] = {
-    {"SsUpgrade", &FirmwareUpgrade::startSSUpgrade, firmware::supervisorFile, true},
-    {"SsVerification", &FirmwareUpgrade::startSSVerification, firmware::supervisorFile, false},
-    {"FrontUpgrade", &FirmwareUpgrade::startFrontUpgrade, firmware::frontFile, true},
-    {"FrontVerification", &FirmwareUpgrade::startFrontVerification, firmware::frontFile, false},
-    {"FpgaUpgrade", &FirmwareUpgrade::startFpgaUpgrade, firmware::fpgaFile, true},
-    {"FpgaVerification", &FirmwareUpgrade::startFpgaVerification, firmware::fpgaFile, false},
+    {"SsUpgrade", &FirmwareUpgrade::startSSUpgrade, firmware::supervisorFile, true, kSerialLine},
+    {"SsVerification", &FirmwareUpgrade::startSSVerification, firmware::supervisorFile, false, kSerialLine},
+    {"FrontUpgrade", &FirmwareUpgrade::startFrontUpgrade, firmware::frontFile, true, kSerialLine},
+    {"FrontVerification", &FirmwareUpgrade::startFrontVerification, firmware::frontFile, false, kSerialLine},
+    {"FpgaUpgrade", &FirmwareUpgrade::startFpgaUpgrade, firmware::fpgaFile, true, kFlash},
+    {"FpgaVerification", &FirmwareUpgrade::startFpgaVerification, firmware::fpgaFile, false, kFlash},
 };
 
 class EveryStart : public testing::TestWithParam<StartCase> {
@@ -190,6 +194,19 @@ TEST_P(EveryStart, MayBeReleasedInTheMiddleOfARun)
 
     unit.sleepFor(20000);
     EXPECT_TRUE(lockIsFree());
+}
+
+TEST_P(EveryStart, ReleasesTheLockAfterItsDevicesAreClosed)
+{
+    SimulatedUnit unit;
+    const Upgrade upgrade = makeUpgrade();
+    const std::string file = GetParam().file(unit, firmware::pattern(528));
+
+    EXPECT_EQ(start(upgrade, file, true), expected());
+
+    const std::vector<std::string> journal = unit.journal();
+    for (const std::string& device : GetParam().devices)
+        EXPECT_THAT(journal, InOrder({device + " close", std::string{"/"} + kLock + " sem_post"}));
 }
 
 TEST_P(EveryStart, ResetsTheStatusOfTheRunBefore)

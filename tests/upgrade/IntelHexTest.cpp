@@ -232,6 +232,17 @@ TEST(IntelHex, RefusesARecordThatIsCutShort)
         EXPECT_EQ(parse(whole.substr(0, length)).result, HexResult::WrongSyntax) << length;
 }
 
+TEST(IntelHex, DoesNotUseAHeadThatIsCutShort)
+{
+    const std::string head = ":01FFFF00"; // whole, it asks for 64 KiB
+    for (std::size_t length = 1; length < head.size(); ++length) {
+        const Parsed parsed = parse(":01000000AB54\n" + head.substr(0, length), 1);
+
+        EXPECT_EQ(parsed.result, HexResult::WrongSyntax) << length;
+        EXPECT_THAT(parsed.image, ElementsAre(0xAB)) << length;
+    }
+}
+
 TEST(IntelHex, RefusesFieldsThatAreNoNumbers)
 {
     EXPECT_EQ(parse(":zz000000AB54\n").result, HexResult::WrongSyntax);
