@@ -24,8 +24,8 @@ public:
 
     /// The next `IoCtrl` answers these bytes and this count; the last script is repeated for ever.
     void answers(std::vector<std::uint8_t> bytes, int count);
-    /// The next `IoCtrl` is refused.
-    void refuses();
+    /// The next `IoCtrl` is refused, after the driver has put these bytes into the block.
+    void refuses(std::vector<std::uint8_t> bytes = {});
     /// Forgets the script and what was asked.
     void restart();
     void isAbsent() { absent = true; }
