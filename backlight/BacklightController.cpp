@@ -4,8 +4,7 @@
 #include "backlight/BacklightControllerParts.h"
 #include "backlight/Log.h"
 
-#include <cerrno>
-#include <new>
+#include <exception>
 #include <utility>
 
 namespace Halvix {
@@ -33,13 +32,13 @@ eErr BacklightController::init()
 try {
     if (!LinuxWrapper::WaitForSema(parts_->started.handle(), false))
         return ERR_INIT_FAILED;
-    LinuxWrapper::Sleep(kSettleMs);
+    LinuxWrapper::SleepFully(kSettleMs);
     Lightsensor* const previous = std::exchange(parts_->lightSensor, GetLightsensor());
     if (previous != nullptr)
         previous->Release(); // of an earlier call whose thread could not be started
     parts_->settings = AblSettings{};
     return start();
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
     parts_->started.signal();
     return ERR_MEM_ALLOC_FAIL;
 }
@@ -75,11 +74,7 @@ void BacklightController::execute()
 
 void BacklightController::waitForNewSettings()
 {
-    const int handle = parts_->newSettings.handle();
-    bool taken = LinuxWrapper::WaitForSema(handle, true);
-    while (!taken && errno == EINTR)
-        taken = LinuxWrapper::WaitForSema(handle, true);
-    if (!taken)
+    if (!waitThroughSignals(parts_->newSettings.handle()))
         LinuxWrapper::Sleep(kRetryMs); // without the semaphore nobody can notify: look at the file now and then
 }
 
@@ -105,7 +100,7 @@ bool BacklightController::executeABL()
     logController("executeABL started\n");
     if (InitLightSensor() != ERR_SUCCESS)
         return false; // the sampler is not stopped: a failed start keeps the averaging lock, as callers know
-    LinuxWrapper::Sleep(kSettleMs);
+    LinuxWrapper::SleepFully(kSettleMs);
     while (pass(run)) {
     }
     parts_->lightSensor->stopAverageCalc();

@@ -8,6 +8,8 @@
 
 namespace Halvix {
 
+class IniSettings;
+
 /// Sets the backlight from the ambient light, in a thread of its own that follows the settings file.
 ///
 /// The thread is never stopped: it ends with the process. Everything it uses therefore lies in a block that it shares
@@ -40,9 +42,9 @@ private:
 
     explicit BacklightController(std::shared_ptr<Parts> parts);
     void waitForNewSettings();
-    [[nodiscard]] Texts fetchSettings();
+    [[nodiscard]] static Texts fetchSettings(IniSettings& file);
     [[nodiscard]] bool convertSettings(const Texts& texts);
-    [[nodiscard]] bool repairSettings();
+    [[nodiscard]] bool repairSettings(IniSettings& file);
     [[nodiscard]] bool pass(law::Run& run);
     [[nodiscard]] bool measure(law::Run& run);
     [[nodiscard]] bool changeLevel(law::Run& run);

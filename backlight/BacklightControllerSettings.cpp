@@ -50,23 +50,24 @@ try {
     logController("Read settings\n");
     AblSettings& settings = parts_->settings;
     settings = AblSettings{};
-    bool valid = convertSettings(fetchSettings());
+    // The file is held until a repair is written, so that a setter's value cannot come in between and be lost.
+    IniSettings file;
+    file.load(LinuxWrapper::GetSettingsFileName());
+    bool valid = convertSettings(fetchSettings(file));
     if (!valid)
-        valid = repairSettings();
+        valid = repairSettings(file);
     logController("Mode %d\n", settings.mode);
     logController("Execute %d\n", settings.enabled);
     if (!valid)
         settings.enabled = false;
     return valid;
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
     parts_->settings.enabled = false;
     return false;
 }
 
-BacklightController::Texts BacklightController::fetchSettings()
+BacklightController::Texts BacklightController::fetchSettings(IniSettings& file)
 {
-    IniSettings file;
-    file.load(LinuxWrapper::GetSettingsFileName());
     Texts texts;
     texts.averageWndSize = file.get(keys::averageWndSize);
     texts.rejectWndSize = file.get(keys::rejectWndSize);
@@ -91,7 +92,7 @@ bool BacklightController::convertSettings(const Texts& texts)
     return valid;
 }
 
-bool BacklightController::repairSettings()
+bool BacklightController::repairSettings(IniSettings& file)
 {
     const AblSettings& settings = parts_->settings;
     const auto mode = static_cast<std::uint32_t>(settings.mode);
@@ -102,15 +103,14 @@ bool BacklightController::repairSettings()
         IniSettings::ConvertLongToStr(settings.rejectDeltaInLux, &texts.rejectDeltaInLux) != ERR_SUCCESS ||
         IniSettings::ConvertLongToStr(mode, &texts.mode) != ERR_SUCCESS)
         return false;
-    IniSettings file;
-    file.load(LinuxWrapper::GetSettingsFileName());
-    file.set(keys::slope, texts.k);
-    file.set(keys::averageWndSize, texts.averageWndSize);
-    file.set(keys::rejectWndSize, texts.rejectWndSize);
-    file.set(keys::rejectDeltaInLux, texts.rejectDeltaInLux);
-    file.set(keys::mode, texts.mode);
-    file.set(keys::softTransitions, oneOrZero(settings.bSoftTransitions));
-    file.set(keys::status, oneOrZero(settings.enabled));
+    file.reload(); // without the empty entries that the look-ups made
+    file.set({{keys::slope, texts.k},
+              {keys::averageWndSize, texts.averageWndSize},
+              {keys::rejectWndSize, texts.rejectWndSize},
+              {keys::rejectDeltaInLux, texts.rejectDeltaInLux},
+              {keys::mode, texts.mode},
+              {keys::softTransitions, oneOrZero(settings.bSoftTransitions)},
+              {keys::status, oneOrZero(settings.enabled)}});
     return true;
 }
 
@@ -125,7 +125,7 @@ try {
         settings.set(keys::slope, text);
         return ERR_SUCCESS;
     });
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
     return ERR_MEM_ALLOC_FAIL;
 }
 

@@ -12,18 +12,10 @@ namespace {
 
 constexpr int kLedDimmingChanged = 132; // command of the service daemon
 
-struct Entry {
-    const char* key;
-    std::string value;
-};
-
-/// Rewrites the file once per entry, in this order.
-template <std::size_t Count>
-eErr store(const Entry (&entries)[Count])
+eErr store(std::vector<IniSettings::Setting> changes)
 {
     return withSettings([&](IniSettings& settings) {
-        for (const Entry& entry : entries)
-            settings.set(entry.key, entry.value);
+        settings.set(std::move(changes));
         return ERR_SUCCESS;
     });
 }
@@ -42,12 +34,11 @@ const char* oneOrZero(bool value)
 
 eErr Backlight_Imp::setAndNotify(const char* key, const char* value)
 try {
-    const Entry entry[] = {{key, value}};
-    const eErr err = store(entry);
+    const eErr err = store({{key, value}});
     if (err == ERR_SUCCESS)
         newSettings_.signal();
     return err;
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
     return ERR_MEM_ALLOC_FAIL;
 }
 
@@ -92,17 +83,17 @@ eErr Backlight_Imp::getAutomaticBLParams(bool* softTransitions, double* k)
 eErr Backlight_Imp::setAutomaticBLFilter(unsigned long averageWndSize, unsigned long rejectWndSize,
                                          unsigned long rejectDeltaInLux, LightSensorSamplingMode mode)
 try {
-    Entry entries[] = {
+    std::vector<IniSettings::Setting> changes{
         {keys::averageWndSize, {}}, {keys::rejectWndSize, {}}, {keys::rejectDeltaInLux, {}}, {keys::mode, {}}};
     const unsigned long values[] = {averageWndSize, rejectWndSize, rejectDeltaInLux, static_cast<unsigned int>(mode)};
     for (std::size_t i = 0; i < std::size(values); ++i)
-        if (const eErr err = IniSettings::ConvertLongToStr(values[i], &entries[i].value); err != ERR_SUCCESS)
+        if (const eErr err = IniSettings::ConvertLongToStr(values[i], &changes[i].value); err != ERR_SUCCESS)
             return err;
-    const eErr err = store(entries);
+    const eErr err = store(std::move(changes));
     if (err == ERR_SUCCESS)
         newSettings_.signal();
     return err;
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
     return ERR_MEM_ALLOC_FAIL;
 }
 
@@ -137,12 +128,17 @@ eErr Backlight_Imp::getLedDimming(HXStatus* status)
 
 eErr Backlight_Imp::setLedDimming(HXStatus status)
 try {
-    const Entry entry[] = {{keys::ledDimming, oneOrZero(status == HXStatusEnabled)}};
-    if (const eErr err = store(entry); err != ERR_SUCCESS)
+    if (const eErr err = store({{keys::ledDimming, oneOrZero(status == HXStatusEnabled)}}); err != ERR_SUCCESS)
         return err;
     return LinuxWrapper::ControlDaemon(kLedDimmingChanged) == ERR_SUCCESS ? ERR_SUCCESS : ERR_COMMAND_FAILED;
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
     return ERR_MEM_ALLOC_FAIL;
+}
+
+eErr Backlight_Imp::Release()
+{
+    releaseInstance();
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -31,7 +31,7 @@ public:
                               unsigned long* rejectDeltaInLux, LightSensorSamplingMode* mode) override;
     eErr getLedDimming(HXStatus* status) override;
     eErr setLedDimming(HXStatus status) override;
-    void Release() override { releaseInstance(); }
+    eErr Release() override;
 
 private:
     eErr setAndNotify(const char* key, const char* value);

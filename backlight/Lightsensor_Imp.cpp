@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "backlight/Lightsensor_Imp.h"
 
+#include "backlight/LightsensorIDrv.h"
+#include "backlight/sampler.h"
+
 namespace Halvix {
 
 namespace {
@@ -11,14 +14,24 @@ constexpr unsigned long kThreadEndMs = 70;
 
 } // namespace
 
-Lightsensor_Imp::Lightsensor_Imp()
+/// Closed in the order of the unit's lock, the driver and the sampler's own lock.
+struct Lightsensor_Imp::Averaging {
+    Averaging() = default;
+    ~Averaging() { LinuxWrapper::CloseSema(lock); }
+    Averaging(const Averaging&) = delete;
+    Averaging& operator=(const Averaging&) = delete;
+
+    sampler average;
+    LightsensorIDrv driver;
+    int lock = 0; ///< one averaging at a time on the unit
+};
+
+Lightsensor_Imp::Lightsensor_Imp() : averaging_{std::make_shared<Averaging>()}
 {
     handle_ = openHWConnection();
-    (void)LinuxWrapper::CreateSema(averagingLock_, kAveragingLockName); // without it every start answers 20
-    sampler_.attach(&driver_, averagingLock_);
+    (void)LinuxWrapper::CreateSema(averaging_->lock, kAveragingLockName); // without it every start answers 20
+    averaging_->average.attach(&averaging_->driver, averaging_->lock, averaging_);
 }
-
-Lightsensor_Imp::~Lightsensor_Imp() = default;
 
 int Lightsensor_Imp::openHWConnection()
 {
@@ -37,12 +50,12 @@ eErr Lightsensor_Imp::getIlluminance(unsigned short* lux)
 eErr Lightsensor_Imp::getIlluminance(unsigned short* lux, unsigned char* ch0, unsigned char* ch1)
 {
     LightSensorOperationRange range = RangeStandard;
-    return driver_.getIlluminance(lux, ch0, ch1, &range);
+    return averaging_->driver.getIlluminance(lux, ch0, ch1, &range);
 }
 
 eErr Lightsensor_Imp::getAverageIlluminance(unsigned short* lux)
 {
-    return sampler_.getAverageIlluminance(lux);
+    return averaging_->average.getAverageIlluminance(lux);
 }
 
 eErr Lightsensor_Imp::startAverageCalc(unsigned long averageWndSize, unsigned long rejectWndSize,
@@ -50,47 +63,45 @@ eErr Lightsensor_Imp::startAverageCalc(unsigned long averageWndSize, unsigned lo
 {
     if (averageWndSize == 0 || rejectDeltaInLux == 0)
         return ERR_INVALID_DATA;
-    if (!LinuxWrapper::WaitForSema(averagingLock_, false))
+    if (!LinuxWrapper::WaitForSema(averaging_->lock, false))
         return ERR_AVERAGE_CALC_STARTED;
-    return sampler_.startAverageCalc(averageWndSize, rejectWndSize, rejectDeltaInLux, mode);
+    return averaging_->average.startAverageCalc(averageWndSize, rejectWndSize, rejectDeltaInLux, mode);
 }
 
 eErr Lightsensor_Imp::stopAverageCalc()
 {
-    const eErr err = sampler_.stopAverageCalc();
-    LinuxWrapper::Sleep(kThreadEndMs);
+    const eErr err = averaging_->average.stopAverageCalc();
+    LinuxWrapper::SleepFully(kThreadEndMs);
     return err;
 }
 
 eErr Lightsensor_Imp::getOperatingRange(LightSensorOperationRange* range)
 {
-    return driver_.getOperatingRange(range);
+    return averaging_->driver.getOperatingRange(range);
 }
 
 eErr Lightsensor_Imp::setOperatingRange(LightSensorOperationRange range)
 {
     if (isAverageStarted())
         return ERR_AVERAGE_CALC_STARTED;
-    return driver_.setOperatingRange(range);
+    return averaging_->driver.setOperatingRange(range);
 }
 
 bool Lightsensor_Imp::isAverageStarted()
 {
-    if (!LinuxWrapper::WaitForSema(averagingLock_, false))
+    if (!LinuxWrapper::WaitForSema(averaging_->lock, false))
         return true;
-    LinuxWrapper::ReleaseSema(averagingLock_);
+    LinuxWrapper::ReleaseSema(averaging_->lock);
     return false;
 }
 
-void Lightsensor_Imp::Release()
+eErr Lightsensor_Imp::Release()
 {
     if (initialised_)
         LinuxWrapper::close(handle_);
-    LinuxWrapper::Sleep(kThreadEndMs);
-    if (!sampler_.mayBeDestroyed())
-        return; // the thread uses the rest of the object until the process ends
-    LinuxWrapper::CloseSema(averagingLock_);
+    LinuxWrapper::SleepFully(kThreadEndMs);
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include "backlight/LightsensorIDrv.h"
-#include "backlight/sampler.h"
 #include "hx-aux/Lightsensor.h"
+
+#include <memory>
 
 namespace Halvix {
 
 /// All readings go through the driver object; the second handle of the device is only opened and closed again.
 ///
-/// A sampler thread that still runs at `Release` goes on: the object and what the thread uses then stay until the
-/// process ends.
+/// A sampler thread that still runs at `Release` goes on. What it uses is owned by the object and by the thread
+/// together: the last one out closes it.
 class Lightsensor_Imp : public Lightsensor {
 public:
     Lightsensor_Imp();
-    virtual ~Lightsensor_Imp();
+    virtual ~Lightsensor_Imp() = default;
     Lightsensor_Imp(const Lightsensor_Imp&) = delete;
     Lightsensor_Imp& operator=(const Lightsensor_Imp&) = delete;
 
@@ -26,7 +26,7 @@ public:
     eErr stopAverageCalc() override;
     eErr getOperatingRange(LightSensorOperationRange* range) override;
     eErr setOperatingRange(LightSensorOperationRange range) override;
-    void Release() override;
+    eErr Release() override;
 
     /// Whether any process averages, this one included.
     [[nodiscard]] bool isAverageStarted();
@@ -34,11 +34,11 @@ public:
     int openHWConnection();
 
 private:
+    struct Averaging;
+
     int handle_ = -1;
     bool initialised_ = false;
-    int averagingLock_ = 0;
-    sampler sampler_;
-    LightsensorIDrv driver_;
+    std::shared_ptr<Averaging> averaging_;
 };
 
 } // namespace Halvix

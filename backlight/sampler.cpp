@@ -3,7 +3,7 @@
 
 #include "backlight/Log.h"
 
-#include <cerrno>
+#include <utility>
 
 namespace Halvix {
 
@@ -14,36 +14,26 @@ constexpr unsigned kSaturated = 127; // top of the converter
 constexpr unsigned kDimEnough = 85;  // below it the standard range will do; the gap is the hysteresis
 constexpr int kPauses = 80;
 constexpr unsigned long kPauseMs = 10;
-
-/// A signal does not end the wait: what is posted later must have been taken.
-void take(int lock)
-{
-    while (!LinuxWrapper::WaitForSema(lock, true) && errno == EINTR) {
-    }
-}
+constexpr unsigned long kEndOfThreadMs = 1;
 
 } // namespace
-
-sampler::sampler()
-{
-    (void)LinuxWrapper::CreateSema(lock_, nullptr); // prints its own message; later waits then fail
-}
 
 sampler::~sampler()
 {
     deInitSampler();
 }
 
-void sampler::attach(LightsensorIDrv* driver, int averagingLock)
+void sampler::attach(LightsensorIDrv* driver, int averagingLock, std::weak_ptr<void> owner)
 {
     driver_ = driver;
     averagingLock_ = averagingLock;
+    owner_ = std::move(owner);
 }
 
 eErr sampler::startAverageCalc(unsigned long averageWndSize, unsigned long rejectWndSize,
                                unsigned long rejectDeltaInLux, LightSensorSamplingMode mode)
 {
-    take(lock_);
+    (void)lock_.wait();
     sCtrlData_ = {static_cast<std::uint32_t>(averageWndSize), static_cast<std::uint32_t>(rejectWndSize),
                   static_cast<std::uint32_t>(rejectDeltaInLux)};
     mode_ = mode;
@@ -55,33 +45,42 @@ eErr sampler::startAverageCalc(unsigned long averageWndSize, unsigned long rejec
         stop_ = true;
         result = ERR_INIT_FAILED;
     }
-    LinuxWrapper::ReleaseSema(lock_);
-    if (running_ || result != ERR_SUCCESS)
+    lock_.signal();
+    if (result != ERR_SUCCESS)
         return result; // the averaging lock stays taken after a failure; callers know it so
+    // A thread that has already released the averaging lock takes no more samples: its end is a matter of moments.
+    while (running_ && ending_)
+        LinuxWrapper::Sleep(kEndOfThreadMs);
+    return running_ ? ERR_SUCCESS : startThread();
+}
+
+eErr sampler::startThread()
+{
     logSampler("startThread\n");
     stop_ = false;
-    ++threads_;
-    result = LinuxWrapper::startThread(threadProc, this);
+    ending_ = false;
+    ownerOfThread_ = owner_.lock();
+    const eErr result = LinuxWrapper::startThread(threadProc, this);
     if (result != ERR_SUCCESS)
-        --threads_;
+        ownerOfThread_.reset();
     return result;
 }
 
 eErr sampler::stopAverageCalc()
 {
-    take(lock_);
+    (void)lock_.wait();
     stop_ = true;
-    LinuxWrapper::ReleaseSema(lock_);
+    lock_.signal();
     return ERR_SUCCESS;
 }
 
 eErr sampler::getAverageIlluminance(unsigned short* lux)
 {
-    take(lock_);
+    (void)lock_.wait();
     const bool running = running_;
     if (running)
         *lux = static_cast<unsigned short>(averageLux_);
-    LinuxWrapper::ReleaseSema(lock_);
+    lock_.signal();
     return running ? ERR_SUCCESS : ERR_NOT_RUNNING;
 }
 
@@ -126,23 +125,24 @@ void sampler::threadProc(const void* itself)
 
 void sampler::exec()
 {
+    const std::shared_ptr<void> owner = std::move(ownerOfThread_); // released last: it may destroy this object
     logSampler("Thread started.\n");
     running_ = true;
     for (;;) {
         waitForNextSample();
-        take(lock_);
+        (void)lock_.wait();
         if (stop_)
             break;
         const eErr err = lightSensorSample();
-        LinuxWrapper::ReleaseSema(lock_);
+        lock_.signal();
         if (err != ERR_SUCCESS)
             break; // the lock is posted once more below: callers know that its count is then 2
     }
-    LinuxWrapper::ReleaseSema(lock_);
+    lock_.signal();
+    ending_ = true;
     LinuxWrapper::ReleaseSema(averagingLock_);
-    running_ = false;
+    running_ = false; // from here on another thread may be started
     logSampler("Exit Loop\n");
-    --threads_; // the last step that uses the object
 }
 
 void sampler::waitForNextSample() const

@@ -3,30 +3,32 @@
 
 #include "backlight/LightsensorIDrv.h"
 #include "backlight/SampleRing.h"
+#include "platform/Semaphore.h"
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 
 namespace Halvix {
 
 /// Averages the light sensor in a thread of its own, one sample about every 800 ms.
 ///
-/// The caller holds the unit's averaging lock when it starts the sampler; the thread gives it back when it ends. A
-/// start that fails leaves it taken; callers know it so.
+/// The caller holds the unit's averaging lock when it starts the sampler; the thread releases it when it ends. A start
+/// that fails leaves it taken; callers know it so.
 ///
 /// The private lock guards the fields between the thread and callers. A thread that ends by a fault of the sensor posts
 /// it twice, and it then no longer excludes: what callers read beside a running thread is therefore atomic. The rings
-/// stay safe, because a new start first needs the averaging lock. The private lock is never closed: the thread may use
-/// it to its last step. `mayBeDestroyed` tells when no thread uses the object any more.
+/// stay safe, because a new start first needs the averaging lock. A thread keeps the sampler's owner alive until its
+/// last step; without an owner the sampler must outlive its thread.
 class sampler {
 public:
-    sampler();
+    sampler() = default;
     ~sampler();
     sampler(const sampler&) = delete;
     sampler& operator=(const sampler&) = delete;
 
-    /// What the sampler works with and does not own.
-    void attach(LightsensorIDrv* driver, int averagingLock);
+    /// What the sampler works with and does not own, and who owns the sampler and them.
+    void attach(LightsensorIDrv* driver, int averagingLock, std::weak_ptr<void> owner = {});
 
     /// 0, 13 (no memory), the code of setting the range, or 10 (no thread). A running thread goes on with the new
     /// parameters and empty rings.
@@ -35,8 +37,6 @@ public:
     eErr stopAverageCalc();
     /// 0, or 21 when no thread runs.
     [[nodiscard]] eErr getAverageIlluminance(unsigned short* lux);
-
-    [[nodiscard]] bool mayBeDestroyed() const { return threads_ == 0; }
 
     [[nodiscard]] bool initSampler();
     bool deInitSampler();
@@ -53,6 +53,7 @@ private:
         std::uint32_t rejectDeltaInLux = 0;
     };
 
+    [[nodiscard]] eErr startThread();
     void waitForNextSample() const;
     [[nodiscard]] eErr saturated();
     [[nodiscard]] eErr switchRange(LightSensorOperationRange wanted);
@@ -69,9 +70,11 @@ private:
     CtrlData sCtrlData_;
     std::atomic<std::uint32_t> averageLux_{0};
     std::atomic<bool> running_{false};
-    int lock_ = 0;
+    std::atomic<bool> ending_{false}; ///< the thread takes no more samples; its unit lock may be free already
     std::atomic<bool> stop_{false};
-    std::atomic<int> threads_{0};
+    Semaphore lock_{nullptr};
+    std::weak_ptr<void> owner_;
+    std::shared_ptr<void> ownerOfThread_; ///< handed over from a start to its thread
 };
 
 } // namespace Halvix

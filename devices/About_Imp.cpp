@@ -201,9 +201,10 @@ eErr About_Imp::getIsBTMounted(bool* fitted)
     return getFlag(*addOn_, "BLUETOOTH", fitted);
 }
 
-void About_Imp::Release()
+eErr About_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

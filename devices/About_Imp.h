@@ -34,7 +34,7 @@ public:
     eErr getIsGPSMounted(bool* fitted) override;
     eErr getIsGPRSMounted(bool* fitted) override;
     eErr getIsBTMounted(bool* fitted) override;
-    void Release() override;
+    eErr Release() override;
 
 private:
     std::unique_ptr<EepromConfig> main_;

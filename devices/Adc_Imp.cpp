@@ -51,9 +51,10 @@ eErr Adc_Imp::getVoltage(VoltageEnum which, double* voltage)
     return ERR_SUCCESS;
 }
 
-void Adc_Imp::Release()
+eErr Adc_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -12,7 +12,7 @@ public:
     virtual ~Adc_Imp() = default; // after the interface's slots, so no slot moves
 
     eErr getVoltage(VoltageEnum which, double* voltage) override;
-    void Release() override;
+    eErr Release() override;
 
 private:
     DeviceChannel channel_{"/dev/adc-id"};

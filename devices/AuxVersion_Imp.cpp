@@ -86,9 +86,10 @@ eErr AuxVersion_Imp::getHXAuxDrvVersion(unsigned char* major, unsigned char* min
     return readVersion({codes::versionDrivers}, major, minor, release, build);
 }
 
-void AuxVersion_Imp::Release()
+eErr AuxVersion_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

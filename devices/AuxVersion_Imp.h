@@ -26,7 +26,7 @@ public:
                       unsigned char* build) override;
     eErr getHXAuxDrvVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
                             unsigned char* build) override;
-    void Release() override;
+    eErr Release() override;
 
 private:
     /// What the drivers answer: major, minor, release, build.

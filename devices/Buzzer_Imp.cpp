@@ -18,10 +18,10 @@ constexpr unsigned short kMaxVolume = 51;
 /// On or off, and three bytes that nobody looks at.
 using Trigger = std::array<std::uint8_t, 4>;
 
-/// Milliseconds as the system's sleep takes them; the same on every build.
+/// A negative time is none: taken as unsigned it would sound for 49 days and keep every other program out.
 unsigned long sleepTime(int time)
 {
-    return static_cast<std::uint32_t>(time);
+    return static_cast<unsigned long>(std::max(time, 0));
 }
 
 } // namespace
@@ -117,7 +117,11 @@ eErr Buzzer_Imp::buzze(int time, bool blocking) HX_UNCHECKED_LOCKING
     if (blocking)
         return beep(time);
     pendingTime_ = time;
-    return LinuxWrapper::startThread(soundPendingBeep, this);
+    ++users_;
+    const eErr err = LinuxWrapper::startThread(soundPendingBeep, this);
+    if (err != ERR_SUCCESS)
+        --users_;
+    return err;
 }
 
 void Buzzer_Imp::soundPendingBeep(const void* buzzer)
@@ -127,11 +131,19 @@ void Buzzer_Imp::soundPendingBeep(const void* buzzer)
     LinuxWrapper::Sleep(sleepTime(self->pendingTime_));
     (void)self->setTrigger(false);
     self->oneBeep_.signal();
+    self->leave();
 }
 
-void Buzzer_Imp::Release()
+void Buzzer_Imp::leave()
 {
-    delete this;
+    if (--users_ == 0)
+        delete this;
+}
+
+eErr Buzzer_Imp::Release()
+{
+    leave();
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -5,6 +5,8 @@
 #include "platform/DeviceChannel.h"
 #include "platform/Semaphore.h"
 
+#include <atomic>
+
 namespace Halvix {
 
 /// Tone and volume as the driver takes them.
@@ -14,8 +16,8 @@ struct _SetupType {
 };
 static_assert(sizeof(_SetupType) == 4);
 
-/// A beep without blocking runs on a thread that uses the object after `buzze` has returned: the object must outlive
-/// it.
+/// A beep without blocking runs on a thread that uses the object after `buzze` has returned, and perhaps after
+/// `Release`: the last one out closes and deletes it.
 class Buzzer_Imp : public Buzzer {
 public:
     virtual ~Buzzer_Imp() = default; // after the interface's slots, so no slot moves
@@ -27,7 +29,7 @@ public:
     eErr setVolume(unsigned short volume) override;
     eErr setTrigger(bool on) override;
     eErr buzze(int time, bool blocking) override;
-    void Release() override;
+    eErr Release() override;
 
     /// 1, 7, 6. The driver writes into `*s`: after a failure it holds whatever arrived.
     eErr getSetup(_SetupType* s);
@@ -38,7 +40,10 @@ private:
     [[nodiscard]] eErr beep(int time);
     static void soundPendingBeep(const void* buzzer);
 
-    int pendingTime_ = 0; ///< milliseconds of the beep that its thread has to sound
+    void leave();
+
+    int pendingTime_ = 0;       ///< milliseconds of the beep that its thread has to sound
+    std::atomic<int> users_{1}; ///< the caller, and the thread of a beep
     Semaphore oneBeep_{"HXAUX_BUZZING_IN_PROGRESS"};
     DeviceChannel channel_{"/dev/buzzer"}; // after the semaphore: opened second, closed first
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "devices/CanSetting_Imp.h"
+#include "hx-aux/CanSetting.h"
 
 #include "platform/LinuxWrapper.h"
 
@@ -70,6 +70,9 @@ bool writeRate(int file, long rate)
 
 } // namespace
 
+CanSetting_Imp::CanSetting_Imp() = default;
+CanSetting_Imp::~CanSetting_Imp() = default;
+
 eErr CanSetting_Imp::getBaudrate(unsigned char net, unsigned short* kbit)
 {
     if (kbit == nullptr || !isNetwork(net))
@@ -105,9 +108,10 @@ eErr CanSetting_Imp::setFrameType(unsigned char net, CanFrameType)
     return isNetwork(net) ? ERR_NOT_SUPPORTED : ERR_INVALID_PARAMETER;
 }
 
-void CanSetting_Imp::Release()
+eErr CanSetting_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -290,9 +290,10 @@ eErr Config_Imp::setPowerOnStartup(HXStatus status)
     return channel_.write({codes::setConfPowerOnStartup}, static_cast<Word>(status));
 }
 
-void Config_Imp::Release()
+eErr Config_Imp::Release()
 {
     releaseInstance();
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

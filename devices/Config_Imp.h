@@ -37,7 +37,7 @@ public:
     eErr setStartupVoltageConfig(double volts) override;
     eErr setHeatingTempLimit(short celsius) override;
     eErr setPowerOnStartup(HXStatus status) override;
-    void Release() override;
+    eErr Release() override;
 
 protected:
     Config_Imp() = default; // made by getInstance alone

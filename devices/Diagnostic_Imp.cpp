@@ -44,12 +44,14 @@ eErr Diagnostic_Imp::getPCBTemp(short* temperature)
 
 eErr Diagnostic_Imp::getPMTemp(unsigned char index, short* temperature, JidaSensorType* type)
 {
-    if (!LinuxWrapper::JidaInit(&board_))
+    unsigned long board = 0; // of this call: another thread's would be closed under it
+    if (!LinuxWrapper::JidaInit(&board))
         return ERR_JIDA_TEMP;
+    board_ = board;
     unsigned long milliCelsius = 0;
     unsigned long status = 0;
     unsigned long sensorType = 0;
-    if (!LinuxWrapper::JidaGetTemperature(board_, index, &milliCelsius, &status, &sensorType) || !isValid(status))
+    if (!LinuxWrapper::JidaGetTemperature(board, index, &milliCelsius, &status, &sensorType) || !isValid(status))
         return ERR_JIDA_TEMP;
     *type = static_cast<JidaSensorType>(static_cast<std::uint32_t>(sensorType));
     // The board library's numbers are 32 bits wide, and this one has a sign.
@@ -99,9 +101,10 @@ eErr Diagnostic_Imp::clearHwErrorStatus()
     return channel_.command({codes::clearHwErrorStatus});
 }
 
-void Diagnostic_Imp::Release()
+eErr Diagnostic_Imp::Release()
 {
     releaseInstance();
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -5,6 +5,8 @@
 #include "platform/DeviceChannel.h"
 #include "platform/SharedInstance.h"
 
+#include <atomic>
+
 namespace Halvix {
 
 class Diagnostic_Imp : public Diagnostic, public SharedInstance<Diagnostic_Imp> {
@@ -21,7 +23,7 @@ public:
     eErr getMinMaxTemp(short* first, short* second) override;
     eErr getPowerCycles(unsigned short* cycles) override;
     eErr clearHwErrorStatus() override;
-    void Release() override;
+    eErr Release() override;
 
 protected:
     Diagnostic_Imp() = default; // made by getInstance alone
@@ -33,7 +35,7 @@ private:
     [[nodiscard]] eErr read(Read<Payload> request, Payload* answer);
 
     RetryingChannel channel_{"/dev/diag-id"};
-    unsigned long board_ = 0; ///< of the board library, opened anew by each `getPMTemp`
+    std::atomic<unsigned long> board_{0}; ///< handle of the board library that the last `getPMTemp` opened
 };
 
 } // namespace Halvix

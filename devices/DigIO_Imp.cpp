@@ -24,9 +24,10 @@ eErr DigIO_Imp::getDigIO(unsigned char* inputs)
     return ERR_SUCCESS;
 }
 
-void DigIO_Imp::Release()
+eErr DigIO_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -12,7 +12,7 @@ public:
     virtual ~DigIO_Imp() = default; // after the interface's slots, so no slot moves
 
     eErr getDigIO(unsigned char* inputs) override;
-    void Release() override;
+    eErr Release() override;
 
 private:
     DeviceChannel channel_{"/dev/dig-io"};

@@ -203,9 +203,10 @@ eErr FrontLED_Imp::setEnabledDuringStartup(HXStatus status)
     return channel_.writeUncounted({codes::setLedEnabledDuringStartup}, std::uint8_t{status == HXStatusEnabled});
 }
 
-void FrontLED_Imp::Release()
+eErr FrontLED_Imp::Release()
 {
     releaseInstance();
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

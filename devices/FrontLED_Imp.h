@@ -37,7 +37,7 @@ public:
     eErr setColor(HXAuxColor color) override;
     eErr setOff() override;
     eErr setEnabledDuringStartup(HXStatus status) override;
-    void Release() override;
+    eErr Release() override;
 
     /// 1, 7, 6. The driver writes into `*t`: after a failure it holds whatever arrived.
     eErr getTiming(_TimingType* t);

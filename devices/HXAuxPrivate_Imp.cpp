@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 
 namespace Halvix {
 
@@ -39,14 +40,14 @@ try {
         return ERR_BUFFER_SIZE;
     std::memcpy(value, text, length + 1);
     return ERR_SUCCESS;
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
     return ERR_MEM_ALLOC_FAIL;
 }
 
 eErr HXAuxPrivate_Imp::setEepromProperty(unsigned char store, char* key, char* value)
 try {
     return storeOf(store).UpdateProperty(key, value) ? ERR_SUCCESS : ERR_JIDA_EEPROM;
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
     return ERR_MEM_ALLOC_FAIL;
 }
 
@@ -79,7 +80,8 @@ eErr HXAuxPrivate_Imp::automaticBacklightInit()
 eErr HXAuxPrivate_Imp::setFileSetting(char const* key, char const* value)
 {
     return withSettings([&](IniSettings& settings) {
-        settings.set(key, value);
+        if (key != nullptr)
+            settings.set(key, value != nullptr ? value : "");
         return ERR_SUCCESS;
     });
 }
@@ -87,7 +89,7 @@ eErr HXAuxPrivate_Imp::setFileSetting(char const* key, char const* value)
 eErr HXAuxPrivate_Imp::getFileSetting(char const* key, char* value, int size)
 {
     return withSettings([&](IniSettings& settings) {
-        const std::string text = settings.get(key);
+        const std::string text = key != nullptr ? settings.get(key) : std::string{};
         if (text.empty())
             return ERR_COMMAND_FAILED;
         if (size <= 0 || text.size() >= static_cast<std::size_t>(size))
@@ -103,6 +105,12 @@ eErr HXAuxPrivate_Imp::resumeVideo()
     return LinuxWrapper::IoCtrl(channel_.handle(), codes::resumeVideo, nullptr, 0, nullptr, 0, nullptr)
                ? ERR_SUCCESS
                : ERR_IOCTRL_FAILED;
+}
+
+eErr HXAuxPrivate_Imp::Release()
+{
+    delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -23,7 +23,7 @@ public:
     eErr setFileSetting(char const* key, char const* value) override;
     eErr getFileSetting(char const* key, char* value, int size) override;
     eErr resumeVideo() override;
-    void Release() override { delete this; }
+    eErr Release() override;
 
 private:
     [[nodiscard]] EepromConfig& storeOf(unsigned char store) { return store == 0 ? mainStore_ : addOnStore_; }

@@ -35,17 +35,18 @@ constexpr unsigned char kWlanAuxiliary = 0x80;
 constexpr unsigned long kKeyOnMs = 1100;
 constexpr unsigned long kKeyOffMs = 2100;
 
-/// Boards of version 1 to 9 have the module's status line. Asked afresh each time.
-bool isOldBoard()
+/// Boards of version 1 to 9 have the module's status line. Asked afresh each time. 0, or 32.
+eErr findBoardVariant(bool* oldBoard)
 {
     About* about = GetAbout();
     if (about == nullptr)
-        return true;
+        return ERR_MEM_ALLOC_FAIL;
     constexpr int kLongest = 128;
     std::array<char, kLongest + 1> version{}; // a text of the full length has its terminator behind it
     const eErr err = about->getAddOnHWversion(version.data(), kLongest);
     about->Release();
-    return err != ERR_SUCCESS || version[0] < '1' || version[0] > '9';
+    *oldBoard = err != ERR_SUCCESS || version[0] < '1' || version[0] > '9';
+    return ERR_SUCCESS;
 }
 
 void printValue(unsigned value)
@@ -126,15 +127,16 @@ eErr I2CConfig::ensureInit()
     return initialised_ || Init() ? ERR_SUCCESS : ERR_I2C_EXPANDER_INIT_FAILED;
 }
 
-bool I2CConfig::readGprsState(GprsState* state) const
+eErr I2CConfig::readGprsState(GprsState* state) const
 {
-    state->oldBoard = isOldBoard();
+    if (const eErr err = findBoardVariant(&state->oldBoard); err != ERR_SUCCESS)
+        return err;
     if (!state->oldBoard)
-        return getI2CExpanderGPIO(kGprsStatus, &state->on);
+        return getI2CExpanderGPIO(kGprsStatus, &state->on) ? ERR_SUCCESS : ERR_I2C_EXPANDER_READ_FAILED;
     if (!read(kIodir, &state->directions))
-        return false;
+        return ERR_I2C_EXPANDER_READ_FAILED;
     state->on = (state->directions & kGprsOffOnOldBoard) == 0;
-    return true;
+    return ERR_SUCCESS;
 }
 
 eErr I2CConfig::getGPRSPowerStatus(bool* on)
@@ -142,8 +144,8 @@ eErr I2CConfig::getGPRSPowerStatus(bool* on)
     if (const eErr err = ensureInit(); err != ERR_SUCCESS)
         return err;
     GprsState state{};
-    if (!readGprsState(&state))
-        return ERR_I2C_EXPANDER_READ_FAILED;
+    if (const eErr err = readGprsState(&state); err != ERR_SUCCESS)
+        return err;
     *on = state.on;
     return ERR_SUCCESS;
 }
@@ -153,13 +155,13 @@ eErr I2CConfig::setGPRSPowerStatus(bool on)
     if (const eErr err = ensureInit(); err != ERR_SUCCESS)
         return err;
     GprsState state{};
-    if (!readGprsState(&state))
-        return ERR_I2C_EXPANDER_READ_FAILED;
+    if (const eErr err = readGprsState(&state); err != ERR_SUCCESS)
+        return err;
     if (state.on == on)
         return ERR_SUCCESS;
     if (!setI2CExpanderGPIO(kGprsKey, 0) || !setI2CExpanderGPIO(kGprsKey, 1))
         return ERR_I2C_EXPANDER_WRITE_FAILED;
-    LinuxWrapper::Sleep(on ? kKeyOnMs : kKeyOffMs);
+    LinuxWrapper::SleepFully(on ? kKeyOnMs : kKeyOffMs);
     const int directions = on ? state.directions & ~kGprsOffOnOldBoard : state.directions | kGprsOffOnOldBoard;
     if (state.oldBoard && !write(kIodir, static_cast<unsigned char>(directions)))
         return ERR_I2C_EXPANDER_WRITE_FAILED; // the key stays held

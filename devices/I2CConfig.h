@@ -21,7 +21,8 @@ public:
     [[nodiscard]] bool getI2CExpanderIODIR(unsigned char mask, bool* set) const;
     [[nodiscard]] bool getI2CExpanderGPIO(unsigned char mask, bool* set) const;
 
-    // The modules: 24 when `Init` is needed and fails, 22 for a failed read, 23 for a failed write.
+    // The modules: 24 when `Init` is needed and fails, 32 for a lack of memory, 22 for a failed read, 23 for a failed
+    // write.
     [[nodiscard]] eErr getGPRSPowerStatus(bool* on);
     /// Lasts 1.1 s to switch on, 2.1 s to switch off, nothing when the module is in that state.
     [[nodiscard]] eErr setGPRSPowerStatus(bool on);
@@ -51,7 +52,7 @@ private:
     [[nodiscard]] bool write(unsigned char reg, unsigned char value) const;
     [[nodiscard]] bool setBits(unsigned char reg, unsigned char mask, unsigned char value) const;
     [[nodiscard]] bool getBits(unsigned char reg, unsigned char mask, bool* set) const;
-    [[nodiscard]] bool readGprsState(GprsState* state) const;
+    [[nodiscard]] eErr readGprsState(GprsState* state) const;
     bool printRegister(unsigned char reg, const char* title, const char* failure) const;
     bool printWrite(unsigned char reg, unsigned char value, const char* title, const char* failure) const;
 

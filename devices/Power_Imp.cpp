@@ -101,9 +101,10 @@ eErr Power_Imp::ackPowerRequest()
     return channel_.writeUncounted({codes::ackPowerRequest}, kAcknowledged);
 }
 
-void Power_Imp::Release()
+eErr Power_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -3,6 +3,7 @@
 
 #include "hx-aux/Power.h"
 #include "platform/DeviceChannel.h"
+
 #include <cstdint>
 
 namespace Halvix {
@@ -21,7 +22,7 @@ public:
     eErr setExtFanPowerStatus(HXStatus status) override;
     eErr getButtonPowerTransitionStatus(ButtonPowerTransitionStatus* status) override;
     eErr ackPowerRequest() override;
-    void Release() override;
+    eErr Release() override;
 
 private:
     [[nodiscard]] eErr getStatus(Read<std::uint8_t> request, HXStatus* status);

@@ -5,7 +5,7 @@
 #include "platform/LinuxWrapper.h"
 #include "settings/IniSettings.h"
 
-#include <new>
+#include <exception>
 
 namespace Halvix {
 
@@ -28,7 +28,7 @@ try {
     (void)IniSettings::ConvertStrToLong(&number, settings.get(key)); // stays 0 then
     *status = toStatus(number == 1);
     return ERR_SUCCESS;
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
     return ERR_MEM_ALLOC_FAIL;
 }
 
@@ -38,56 +38,85 @@ try {
     settings.load(LinuxWrapper::GetSettingsFileName());
     settings.set(key, status == HXStatusEnabled ? "1" : "0");
     return ERR_SUCCESS;
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) {
     return ERR_MEM_ALLOC_FAIL;
 }
 
 } // namespace
 
-bool Telematics_Imp::isAvailable(Availability& cached, eErr (About::*ask)(bool*))
+eErr Telematics_Imp::check(Availability& cached, eErr (About::*ask)(bool*), eErr missing)
 {
-    if (cached.computed)
-        return cached.value;
-    bool fitted = false;
-    if (About* about = GetAbout(); about != nullptr) {
-        fitted = (about->*ask)(&fitted) == ERR_SUCCESS && fitted;
+    if (!cached.computed) {
+        About* const about = GetAbout();
+        if (about == nullptr)
+            return ERR_MEM_ALLOC_FAIL;
+        bool fitted = false;
+        cached.value = (about->*ask)(&fitted) == ERR_SUCCESS && fitted;
         about->Release();
+        cached.computed = true;
     }
-    cached.value = fitted;
-    cached.computed = true;
-    return fitted;
+    return cached.value ? ERR_SUCCESS : missing;
+}
+
+eErr Telematics_Imp::checkGPRS()
+{
+    return check(gprs_, &About::getIsGPRSMounted, ERR_TELEMATICS_GPRS_NOT_AVAILABLE);
+}
+
+eErr Telematics_Imp::checkWLAN()
+{
+    return check(wlan_, &About::getIsWLANMounted, ERR_TELEMATICS_WLAN_NOT_AVAILABLE);
+}
+
+eErr Telematics_Imp::checkGPS()
+{
+    return check(gps_, &About::getIsGPSMounted, ERR_TELEMATICS_GPS_NOT_AVAILABLE);
+}
+
+eErr Telematics_Imp::checkBT()
+{
+    return check(bt_, &About::getIsBTMounted, ERR_TELEMATICS_BT_NOT_AVAILABLE);
 }
 
 bool Telematics_Imp::isGPRSAvailable()
 {
-    return isAvailable(gprs_, &About::getIsGPRSMounted);
+    return checkGPRS() == ERR_SUCCESS;
 }
 
 bool Telematics_Imp::isWLANAvailable()
 {
-    return isAvailable(wlan_, &About::getIsWLANMounted);
+    return checkWLAN() == ERR_SUCCESS;
 }
 
 bool Telematics_Imp::isGPSAvailable()
 {
-    return isAvailable(gps_, &About::getIsGPSMounted);
+    return checkGPS() == ERR_SUCCESS;
 }
 
 bool Telematics_Imp::isBTAvailable()
 {
-    return isAvailable(bt_, &About::getIsBTMounted);
+    return checkBT() == ERR_SUCCESS;
 }
 
 eErr Telematics_Imp::getTelematicsAvailable(HXStatus* status)
 {
-    *status = toStatus(isBTAvailable() || isGPSAvailable() || isWLANAvailable() || isGPRSAvailable());
+    bool any = false;
+    for (const auto next : {checkBT, checkGPS, checkWLAN, checkGPRS}) {
+        const eErr err = next();
+        if (err == ERR_MEM_ALLOC_FAIL)
+            return err;
+        any = err == ERR_SUCCESS;
+        if (any)
+            break;
+    }
+    *status = toStatus(any);
     return ERR_SUCCESS;
 }
 
 eErr Telematics_Imp::getGPRSPowerStatus(HXStatus* status)
 {
-    if (!isGPRSAvailable())
-        return ERR_TELEMATICS_GPRS_NOT_AVAILABLE;
+    if (const eErr err = checkGPRS(); err != ERR_SUCCESS)
+        return err;
     bool on = false;
     if (const eErr err = expander_.getGPRSPowerStatus(&on); err != ERR_SUCCESS)
         return err;
@@ -97,13 +126,14 @@ eErr Telematics_Imp::getGPRSPowerStatus(HXStatus* status)
 
 eErr Telematics_Imp::getGPRSStartUpPowerStatus(HXStatus* status)
 {
-    return isGPRSAvailable() ? readWish(kGprsKey, status) : ERR_TELEMATICS_GPRS_NOT_AVAILABLE;
+    const eErr err = checkGPRS();
+    return err == ERR_SUCCESS ? readWish(kGprsKey, status) : err;
 }
 
 eErr Telematics_Imp::getWLANPowerStatus(HXStatus* status)
 {
-    if (!isWLANAvailable())
-        return ERR_TELEMATICS_WLAN_NOT_AVAILABLE;
+    if (const eErr err = checkWLAN(); err != ERR_SUCCESS)
+        return err;
     bool on = false;
     if (const eErr err = expander_.getWLANPowerStatus(&on); err != ERR_SUCCESS)
         return err;
@@ -113,13 +143,14 @@ eErr Telematics_Imp::getWLANPowerStatus(HXStatus* status)
 
 eErr Telematics_Imp::getWLANStartUpPowerStatus(HXStatus* status)
 {
-    return isWLANAvailable() ? readWish(kWlanKey, status) : ERR_TELEMATICS_WLAN_NOT_AVAILABLE;
+    const eErr err = checkWLAN();
+    return err == ERR_SUCCESS ? readWish(kWlanKey, status) : err;
 }
 
 eErr Telematics_Imp::getGPSAntennaStatus(HXStatus* status)
 {
-    if (!isGPSAvailable())
-        return ERR_TELEMATICS_GPS_NOT_AVAILABLE;
+    if (const eErr err = checkGPS(); err != ERR_SUCCESS)
+        return err;
     bool high = false;
     if (const eErr err = expander_.getXANTSHORTPowerStatus(&high); err != ERR_SUCCESS)
         return err;
@@ -129,29 +160,32 @@ eErr Telematics_Imp::getGPSAntennaStatus(HXStatus* status)
 
 eErr Telematics_Imp::setGPRSPowerStatus(HXStatus status)
 {
-    return isGPRSAvailable() ? expander_.setGPRSPowerStatus(status == HXStatusEnabled)
-                             : ERR_TELEMATICS_GPRS_NOT_AVAILABLE;
+    const eErr err = checkGPRS();
+    return err == ERR_SUCCESS ? expander_.setGPRSPowerStatus(status == HXStatusEnabled) : err;
 }
 
 eErr Telematics_Imp::setGPRSStartUpPowerStatus(HXStatus status)
 {
-    return isGPRSAvailable() ? storeWish(kGprsKey, status) : ERR_TELEMATICS_GPRS_NOT_AVAILABLE;
+    const eErr err = checkGPRS();
+    return err == ERR_SUCCESS ? storeWish(kGprsKey, status) : err;
 }
 
 eErr Telematics_Imp::setWLANPowerStatus(HXStatus status)
 {
-    return isWLANAvailable() ? expander_.setWLANPowerStatus(status == HXStatusEnabled)
-                             : ERR_TELEMATICS_WLAN_NOT_AVAILABLE;
+    const eErr err = checkWLAN();
+    return err == ERR_SUCCESS ? expander_.setWLANPowerStatus(status == HXStatusEnabled) : err;
 }
 
 eErr Telematics_Imp::setWLANStartUpPowerStatus(HXStatus status)
 {
-    return isWLANAvailable() ? storeWish(kWlanKey, status) : ERR_TELEMATICS_WLAN_NOT_AVAILABLE;
+    const eErr err = checkWLAN();
+    return err == ERR_SUCCESS ? storeWish(kWlanKey, status) : err;
 }
 
-void Telematics_Imp::Release()
+eErr Telematics_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -25,7 +25,7 @@ public:
     eErr setGPRSStartUpPowerStatus(HXStatus status) override;
     eErr setWLANPowerStatus(HXStatus status) override;
     eErr setWLANStartUpPowerStatus(HXStatus status) override;
-    void Release() override;
+    eErr Release() override;
 
     [[nodiscard]] static bool isGPRSAvailable();
     [[nodiscard]] static bool isWLANAvailable();
@@ -34,7 +34,7 @@ public:
 
 protected:
     /// What the production data said about one module when it was asked first; kept for the process's life, also when
-    /// it could not be read then.
+    /// it could not be read then. A question that ran out of memory is asked again.
     struct Availability {
         std::atomic<bool> computed;
         std::atomic<bool> value;
@@ -42,7 +42,12 @@ protected:
     static inline Availability gprs_{}, wlan_{}, gps_{}, bt_{};
 
 private:
-    [[nodiscard]] static bool isAvailable(Availability& cached, eErr (About::*ask)(bool*));
+    /// 0 when the module is fitted, `missing` when it is not, 32 when memory ran out.
+    [[nodiscard]] static eErr check(Availability& cached, eErr (About::*ask)(bool*), eErr missing);
+    [[nodiscard]] static eErr checkGPRS();
+    [[nodiscard]] static eErr checkWLAN();
+    [[nodiscard]] static eErr checkGPS();
+    [[nodiscard]] static eErr checkBT();
 
     I2CConfig expander_;
 };

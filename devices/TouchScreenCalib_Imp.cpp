@@ -106,9 +106,10 @@ eErr TouchScreenCalib_Imp::SetConfigParam(CalibrationConfigParam parameter, unsi
     return channel_.writeUncounted(kWriteFrontRegister, {*number, value});
 }
 
-void TouchScreenCalib_Imp::Release()
+eErr TouchScreenCalib_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -17,7 +17,7 @@ public:
     eErr CheckCalibrationPointFinished(bool* finished, unsigned char point) override;
     eErr GetConfigParam(CalibrationConfigParam parameter, unsigned short* value) override;
     eErr SetConfigParam(CalibrationConfigParam parameter, unsigned short value) override;
-    void Release() override;
+    eErr Release() override;
 
 private:
     DeviceChannel channel_{"/dev/front-mcu-id"};

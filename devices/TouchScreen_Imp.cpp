@@ -133,9 +133,10 @@ eErr TouchScreen_Imp::getAdvancedSetting(TSAdvancedSettingsParameter parameter, 
     return ERR_SUCCESS;
 }
 
-void TouchScreen_Imp::Release()
+eErr TouchScreen_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

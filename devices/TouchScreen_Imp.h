@@ -17,7 +17,7 @@ public:
     eErr setMouseRightClickTime(unsigned short time) override;
     eErr setAdvancedSetting(TSAdvancedSettingsParameter parameter, unsigned short value) override;
     eErr getAdvancedSetting(TSAdvancedSettingsParameter parameter, unsigned short* value) override;
-    void Release() override;
+    eErr Release() override;
 
 private:
     /// ERR_SUCCESS, 1 or 27, in this order.

@@ -340,9 +340,10 @@ eErr Video_Imp::freeBmpBuffer(char* buffer)
     return ERR_SUCCESS;
 }
 
-void Video_Imp::Release()
+eErr Video_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

@@ -70,7 +70,7 @@ public:
     eErr getDecoderReg(unsigned char reg, unsigned char* value) override;
     eErr setCropping(unsigned char first, unsigned char second, unsigned char third, unsigned char fourth) override;
     eErr getCropping(unsigned char* first, unsigned char* second, unsigned char* third, unsigned char* fourth) override;
-    void Release() override;
+    eErr Release() override;
 
     /// Always 2.
     static eErr initSnapshot(unsigned char device);

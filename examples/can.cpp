@@ -18,9 +18,9 @@ static bool worked(const char* what, eErr err)
 int main()
 {
     CanSetting* can = GetCanSetting();
-    // The kernel takes a new rate only while the interface is down; ERR_IOCTRL_FAILED tells that it is up.
+    // The kernel takes a new rate only while the interface is down; ERR_IOCTRL_FAILED means that it is up.
     worked("set CAN 1", can->setBaudrate(1, 500));
-    for (int network = 1; network <= 4; ++network) {
+    for (int network = CanSetting_Imp::CAN_NET_MIN; network <= CanSetting_Imp::CAN_NET_MAX; ++network) {
         unsigned short kbit = 0;
         if (worked("CAN", can->getBaudrate(static_cast<unsigned char>(network), &kbit)))
             std::printf("CAN %d: %d kbit/s\n", network, kbit);

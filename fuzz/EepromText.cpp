@@ -127,6 +127,8 @@ bool LinuxWrapper::Sleep(unsigned long)
     return true;
 }
 
+void LinuxWrapper::SleepFully(unsigned long) {}
+
 unsigned int LinuxWrapper::umask(unsigned int)
 {
     return 0;

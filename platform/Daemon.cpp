@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "platform/CreationMask.h"
 #include "platform/LinuxWrapper.h"
 
 #include <fcntl.h>
@@ -26,7 +27,7 @@ eErr send(int fifo, std::int32_t command)
             continue;
         if (++full == kAttempts)
             return ERR_COMMAND_FAILED;
-        (void)LinuxWrapper::Sleep(kPauseMs); // a shortened pause only asks earlier
+        LinuxWrapper::SleepFully(kPauseMs); // the daemon gets this time, whatever signals arrive
     }
     return ERR_SUCCESS;
 }
@@ -35,10 +36,13 @@ eErr send(int fifo, std::int32_t command)
 
 int LinuxWrapper::open_write_fifo(const char* path, unsigned int mode)
 {
-    const unsigned int previous = umask(0);
-    if (::mkfifo(path, mode) != 0 && errno != EEXIST)
-        return -1; // the mask stays 0; callers know it so
-    (void)umask(previous);
+    {
+        CreationMask forEverybody{0};
+        if (::mkfifo(path, mode) != 0 && errno != EEXIST) {
+            forEverybody.keep(); // the mask stays 0; callers know it so
+            return -1;
+        }
+    }
     const int fifo = ::open(path, O_WRONLY | O_NONBLOCK);
     return fifo >= 0 ? fifo : -2;
 }

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace Halvix {
 
@@ -41,7 +42,8 @@ bool LinuxWrapper::write(int handle, const char* buffer, int length)
 int LinuxWrapper::getFileSize(int handle)
 {
     struct stat status {};
-    return ::fstat(handle, &status) == 0 ? static_cast<int>(status.st_size) : 0;
+    const bool known = ::fstat(handle, &status) == 0 && status.st_size <= INT32_MAX;
+    return known ? static_cast<int>(status.st_size) : 0;
 }
 
 bool LinuxWrapper::ReadID(int handle, unsigned char reg, unsigned short* value)

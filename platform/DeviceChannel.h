@@ -3,6 +3,7 @@
 
 #include "platform/LinuxWrapper.h"
 
+#include <mutex>
 #include <type_traits>
 
 namespace Halvix {
@@ -141,7 +142,8 @@ private:
     bool initialised_ = false;
 };
 
-/// A channel whose device is opened by the first operation, and tried again by each one until it succeeds.
+/// A channel whose device is opened by the first operation, and tried again by each one until it succeeds. Operations
+/// may come from several threads at once.
 class RetryingChannel : public DeviceChannel {
 public:
     explicit RetryingChannel(const char* path) : path_{path} {}
@@ -149,6 +151,7 @@ public:
     /// Call at the head of every operation: ERR_SUCCESS, or ERR_OPEN_FAILED.
     [[nodiscard]] eErr ensureOpen()
     {
+        const std::lock_guard oneOpens{opening_};
         if (!isOpen())
             open(path_);
         return opened();
@@ -156,6 +159,7 @@ public:
 
 private:
     const char* path_;
+    std::mutex opening_;
 };
 
 /// A channel that is bound to a device later, and may be bound again.

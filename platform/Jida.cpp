@@ -74,11 +74,9 @@ bool LinuxWrapper::JidaGetTemperature(unsigned long board, unsigned long index, 
     if (index >= JidaTemperatureCount(board))
         return false;
     unsigned long value = 0;
-    unsigned long bits = 0;
-    if (JidaTemperatureGetCurrent(board, index, &value, &bits) != 1)
+    if (JidaTemperatureGetCurrent(board, index, &value, status) != 1)
         return false;
     *temperature = value;
-    *status = bits;
     TemperatureInfo info{};
     info.size = sizeof info;
     if (JidaTemperatureGetInfo(board, index, &info) != 1)
@@ -127,7 +125,7 @@ bool LinuxWrapper::EepromWrite(unsigned long board, EepromType which, const char
         const unsigned int chunk = std::min(kPage, length - done);
         unsigned char block[2 + kPage] = {high(done), low(done)};
         std::memcpy(block + 2, buffer + done, chunk);
-        (void)Sleep(kPageWriteMs); // the part does not answer while it writes the page before
+        SleepFully(kPageWriteMs); // the part does not answer while it writes the page before
         if (JidaI2CWrite(board, kBus, address, block, chunk + 2) == 0)
             return false;
         done += chunk;

@@ -11,7 +11,8 @@ enum EepromType HX_32BIT { EepromTypeMain = 1, EepromTypeAddOn = 2 };
 /// The one door to the operating system. Holds no state: any thread may call any member at any time.
 ///
 /// The members come in groups, each in a source file of its own (`DeviceAccess.cpp`, `IoCtrl.cpp`, `Semaphores.cpp`,
-/// `Threads.cpp`, `Daemon.cpp`, `Jida.cpp`), so that a test program may bring its own version of one group.
+/// `Threads.cpp`, `Daemon.cpp`, `Files.cpp`, `Jida.cpp`), so that a test program may bring its own version of one
+/// group.
 class LinuxWrapper {
 public:
     // Device files.
@@ -23,7 +24,7 @@ public:
     [[nodiscard]] static bool read(int handle, char* buffer, int length, unsigned int* count);
     /// One write. A short write counts as success.
     [[nodiscard]] static bool write(int handle, const char* buffer, int length);
-    /// Size in bytes, 0 when it cannot be told.
+    /// Size in bytes; 0 when it cannot be read or is above 2 GiB - 1, on both ABIs.
     [[nodiscard]] static int getFileSize(int handle);
     /// Reads a 16-bit register of the supervisor; the number's meaning depends on the device.
     [[nodiscard]] static bool ReadID(int handle, unsigned char reg, unsigned short* value);
@@ -50,9 +51,14 @@ public:
     // Threads and time.
 
     /// Starts a thread that nobody joins. 0, or 10 when it cannot be created.
+    ///
+    /// The thread detaches itself. It takes no signals but those of its own faults, so that handlers of the application
+    /// never run on it and never cut its waits short.
     [[nodiscard]] static eErr startThread(void (*function)(const void*), const void* argument);
     /// True when the whole time was slept; an interrupted sleep is not resumed.
     static bool Sleep(unsigned long milliseconds);
+    /// Sleeps the whole time, whatever signals arrive: for pauses that hardware or stored data depend on.
+    static void SleepFully(unsigned long milliseconds);
     /// Sets the process's file-creation mask and gives the previous one.
     static unsigned int umask(unsigned int mask);
 
@@ -76,7 +82,11 @@ public:
     [[nodiscard]] static bool EepromWrite(unsigned long board, EepromType which, const char* buffer,
                                           unsigned int length);
 
-    // The settings file.
+    // Plain files.
+
+    /// Whether the path leads to a FIFO, a socket or a device: reading one may wait or never end. False for what does
+    /// not exist or cannot be examined; opening it shows why.
+    [[nodiscard]] static bool isSpecialFile(const char* path);
 
     [[nodiscard]] static const char* GetSettingsFileName();
 };

@@ -8,6 +8,15 @@
 
 namespace Halvix {
 
+/// Blocks until the semaphore is taken. A signal does not end the wait; false only when the semaphore is not open.
+[[nodiscard]] inline bool waitThroughSignals(int semaphore)
+{
+    bool taken = LinuxWrapper::WaitForSema(semaphore, true);
+    while (!taken && errno == EINTR)
+        taken = LinuxWrapper::WaitForSema(semaphore, true);
+    return taken;
+}
+
 /// A named semaphore (or a private one, for a null name), opened here and closed by itself.
 ///
 /// When it cannot be opened every `wait` is false and every `post` only prints: the functions behind it go on.
@@ -23,13 +32,7 @@ public:
     Semaphore& operator=(const Semaphore&) = delete;
 
     /// Blocks until it is taken. A signal does not end the wait; false only when the semaphore is not open.
-    [[nodiscard]] bool wait() HX_TRY_ACQUIRE(true)
-    {
-        bool taken = LinuxWrapper::WaitForSema(handle_, true);
-        while (!taken && errno == EINTR)
-            taken = LinuxWrapper::WaitForSema(handle_, true);
-        return taken;
-    }
+    [[nodiscard]] bool wait() HX_TRY_ACQUIRE(true) { return waitThroughSignals(handle_); }
     /// False at once when somebody holds it.
     [[nodiscard]] bool tryWait() HX_TRY_ACQUIRE(true) { return LinuxWrapper::WaitForSema(handle_, false); }
     void post() HX_RELEASE() { LinuxWrapper::ReleaseSema(handle_); }

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "platform/CreationMask.h"
 #include "platform/LinuxWrapper.h"
+#include "platform/ProcessLocks.h"
 
 #include <fcntl.h>
 #include <semaphore.h>
@@ -40,7 +42,6 @@ void forget(int /*handle*/) {}
 // A pointer does not fit an int: the handle is an index into this table, whose entry 0 stays empty. The table grows and
 // is never freed, because threads of the library outlive the program's static objects.
 
-constinit std::mutex tableLock;
 constinit sem_t** table = nullptr;
 constinit int tableSize = 0;
 
@@ -59,10 +60,10 @@ int freeIndex()
     return std::exchange(tableSize, grown) == 0 ? 1 : grown / 2;
 }
 
-/// 0 when memory is out.
+/// 0 when it runs out of memory.
 int keep(sem_t* semaphore)
 {
-    const std::lock_guard guard{tableLock};
+    const std::lock_guard guard{processlocks::semaphoreTable()};
     const int index = freeIndex();
     if (index != 0)
         table[index] = semaphore;
@@ -71,13 +72,13 @@ int keep(sem_t* semaphore)
 
 sem_t* find(int handle)
 {
-    const std::lock_guard guard{tableLock};
+    const std::lock_guard guard{processlocks::semaphoreTable()};
     return handle > 0 && handle < tableSize ? table[handle] : nullptr;
 }
 
 void forget(int handle)
 {
-    const std::lock_guard guard{tableLock};
+    const std::lock_guard guard{processlocks::semaphoreTable()};
     table[handle] = nullptr;
 }
 
@@ -115,11 +116,10 @@ void makeUniqueName(char (&name)[kNameSize])
 
 void* LinuxWrapper::CreateSemaHelper(const char* name)
 {
-    const unsigned int previous = umask(0);
+    const CreationMask forEverybody{0};
     sem_t* semaphore = ::sem_open(name, O_CREAT | O_EXCL, 0777, 1);
     if (semaphore == SEM_FAILED && errno == EEXIST)
         semaphore = ::sem_open(name, 0);
-    (void)umask(previous);
     return semaphore != SEM_FAILED ? semaphore : nullptr;
 }
 

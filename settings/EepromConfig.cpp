@@ -119,10 +119,10 @@ bool EepromConfig::UpdateProperty(const char* key, const char* value)
     std::fill(end, std::end(image), kEnd);
 
     const bool written = LinuxWrapper::EepromWrite(board_, which_, image, kSize);
-    (void)LinuxWrapper::Sleep(kSettleMs);
+    LinuxWrapper::SleepFully(kSettleMs);
     if (written) {
         Reload();
-        (void)LinuxWrapper::Sleep(kSettleMs);
+        LinuxWrapper::SleepFully(kSettleMs);
     }
     return written;
 }
@@ -133,7 +133,7 @@ bool EepromConfig::TestWriteDefaults() const
     std::fill(std::begin(block), std::end(block), kEnd);
     std::copy(std::begin(kDefaultText), std::end(kDefaultText), block);
     const bool written = LinuxWrapper::EepromWrite(board_, which_, block, sizeof block);
-    (void)LinuxWrapper::Sleep(kDefaultsSettleMs);
+    LinuxWrapper::SleepFully(kDefaultsSettleMs);
     return written;
 }
 

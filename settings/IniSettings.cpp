@@ -1,24 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "settings/IniSettings.h"
 
+#include "platform/CreationMask.h"
+
+#include <cerrno>
 #include <locale>
+#include <new>
 #include <sstream>
 
 namespace Halvix {
 
 namespace {
-
-/// The process's file-creation mask for a scope.
-class CreationMask {
-public:
-    explicit CreationMask(unsigned int mask) : previous_{LinuxWrapper::umask(mask)} {}
-    ~CreationMask() { (void)LinuxWrapper::umask(previous_); }
-    CreationMask(const CreationMask&) = delete;
-    CreationMask& operator=(const CreationMask&) = delete;
-
-private:
-    unsigned int previous_;
-};
 
 // An application's global locale must not change the file, hence the classic one everywhere.
 
@@ -51,7 +43,9 @@ eErr scan(Number* value, const std::string& text)
 IniSettings::IniSettings() HX_UNCHECKED_LOCKING : lock_{"FILE_HXAUXINI_IS_IN_USE"}, locked_{lock_.wait()}
 {
     input_.imbue(std::locale::classic());
+    input_.exceptions(std::ios::badbit); // or memory that runs out would look like the end of the file
     output_.imbue(std::locale::classic());
+    output_.rdbuf()->pubsetbuf(outputBuffer_, sizeof outputBuffer_); // or it would allocate one with the file emptied
 }
 
 IniSettings::~IniSettings() HX_UNCHECKED_LOCKING
@@ -63,17 +57,36 @@ IniSettings::~IniSettings() HX_UNCHECKED_LOCKING
 void IniSettings::load(std::string fileName)
 {
     fileName_ = std::move(fileName);
+    mayWrite_ = !LinuxWrapper::isSpecialFile(fileName_.c_str()) && readFile();
+}
+
+void IniSettings::reload()
+{
+    entries_.clear();
+    load(fileName_);
+}
+
+/// False when the file is there but could not be read to its end.
+bool IniSettings::readFile()
+try {
     input_.open(fileName_);
-    if (!input_.is_open())
-        return;
+    if (!input_.is_open()) {
+        if (errno == ENOMEM)
+            throw std::bad_alloc{};
+        return errno == ENOENT;
+    }
+    stored_.clear();
     std::string line;
     do {
         std::getline(input_, line);
-        if (input_.bad()) // a folder, or a broken disk: it never reports its end
-            break;
         parse(line);
+        stored_.append(line).append(input_.eof() ? "" : "\n");
     } while (input_.good());
     input_.close();
+    return true;
+} catch (const std::ios::failure&) { // a folder, or a broken disk
+    input_.close();
+    return false;
 }
 
 std::string IniSettings::get(std::string key)
@@ -83,17 +96,45 @@ std::string IniSettings::get(std::string key)
 
 void IniSettings::set(std::string key, std::string value)
 {
-    trim(key);
-    trim(value);
-    // All memory is taken before the file is touched.
-    const std::string text = image(key, value);
-    entries_[key] = value;
+    set({{std::move(key), std::move(value)}});
+}
 
+void IniSettings::set(std::vector<Setting> settings)
+{
+    std::vector<std::string> texts;
+    for (auto& [key, value] : settings) {
+        trim(key);
+        trim(value);
+        texts.push_back(image(key, value));
+        entries_[key] = value;
+    }
+    if (!mayWrite_)
+        return;
+    for (std::string& text : texts)
+        writeFile(std::move(text));
+}
+
+/// A file that cannot be opened stays as it is. Where there is no room for the new text, the old one is put back.
+void IniSettings::writeFile(std::string text)
+{
     const CreationMask forEverybody{0};
     output_.open(fileName_, std::ios::out | std::ios::trunc);
+    if (!output_.is_open())
+        return;
+    if (fillFile(text)) {
+        stored_ = std::move(text);
+        return;
+    }
+    output_.open(fileName_, std::ios::out | std::ios::trunc);
+    (void)fillFile(stored_);
+}
+
+bool IniSettings::fillFile(const std::string& text)
+{
     output_ << text;
     output_.flush();
     output_.close();
+    return output_.good();
 }
 
 /// The file with the new value. Readers of the file rely on the form: a key that is new stands in its sorted place with

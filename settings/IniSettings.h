@@ -6,27 +6,40 @@
 #include <fstream>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace Halvix {
 
 /// The settings file, held alone: the constructor waits until no other object of this class exists in any process.
 ///
 /// So: make one, `load`, read and write, destroy it at once. A second one in the same thread never returns. Operations
-/// may run out of memory (`std::bad_alloc`); the file is then as it was and the destructor gives the lock back.
+/// may run out of memory (`std::bad_alloc`); the file is then as it was and the destructor releases the lock.
 class IniSettings {
 public:
+    struct Setting {
+        std::string key;
+        std::string value;
+    };
+
     IniSettings();
     ~IniSettings();
     IniSettings(const IniSettings&) = delete;
     IniSettings& operator=(const IniSettings&) = delete;
 
-    /// Reads the file into the map, on top of what is there, and remembers its name for `set`. A file that cannot be
-    /// opened changes nothing.
+    /// Reads the file into the map, on top of what is there, and remembers its name for `set`.
+    ///
+    /// A file that cannot be opened changes nothing. If it exists all the same, or fails while it is read, or is a
+    /// FIFO, a socket or a device, `set` leaves it alone from then on: writing the few settings known here would lose
+    /// the others.
     void load(std::string fileName);
+    /// Forgets the map and reads the file again.
+    void reload();
     /// A missing key yields an empty text and is in the map from then on, so a later `set` writes it as well.
     std::string get(std::string key);
-    /// Rewrites the whole file with the new value: sorted, comments lost. Whether it could be written is not told.
+    /// Rewrites the whole file with the new value: sorted, comments lost. Whether it could be written is not reported.
     void set(std::string key, std::string value);
+    /// Sets one after the other, each by a rewrite of the file. What runs out of memory does so before the first.
+    void set(std::vector<Setting> settings);
 
     /// Puts one line of the file into the map.
     void parse(std::string line);
@@ -40,6 +53,9 @@ public:
     [[nodiscard]] static eErr ConvertStrToDouble(double* value, std::string text);
 
 private:
+    [[nodiscard]] bool readFile();
+    void writeFile(std::string text);
+    [[nodiscard]] bool fillFile(const std::string& text);
     [[nodiscard]] std::string image(const std::string& key, const std::string& value) const;
 
     Semaphore lock_;
@@ -48,6 +64,9 @@ private:
     std::ifstream input_;
     std::ofstream output_;
     std::string fileName_;
+    std::string stored_; ///< the file's text as it was last read or written
+    bool mayWrite_ = true;
+    char outputBuffer_[1024];
 };
 
 } // namespace Halvix

@@ -3,19 +3,19 @@
 
 #include "settings/IniSettings.h"
 
-#include <new>
+#include <exception>
 
 namespace Halvix {
 
-/// Runs `work(settings)` on the loaded settings file, gives the file back and answers what `work` answered; 32 when
-/// memory is out on the way.
+/// Runs `work(settings)` on the loaded settings file, releases the file and returns what `work` returned; 32 when it
+/// runs out of memory on the way.
 template <class Work>
 [[nodiscard]] eErr withSettings(Work work)
 try {
     IniSettings settings;
     settings.load(LinuxWrapper::GetSettingsFileName());
     return work(settings);
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) { // out of memory; nothing may leave an operation
     return ERR_MEM_ALLOC_FAIL;
 }
 

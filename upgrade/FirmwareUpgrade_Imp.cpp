@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "upgrade/FirmwareUpgrade_Imp.h"
 
-#include "platform/LinuxWrapper.h"
+#include "platform/Semaphore.h"
 #include "upgrade/FirmwareFile.h"
 #include "upgrade/FirmwareText.h"
 #include "upgrade/Flasher_FPGA.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <optional>
 
 namespace Halvix {
 
@@ -16,8 +18,20 @@ struct FirmwareUpgrade_Imp::Job {
     Job(const Job&) = delete;
     Job& operator=(const Job&) = delete;
 
-    Flasher_FPGA fpga;
-    Flasher_STM32 microcontroller;
+    /// Ends the previous run's flasher, with the device and the image it may still hold, and makes a fresh one. Only
+    /// for the holder of the upgrade lock.
+    template <class Flasher, class... Arguments>
+    Flasher& renew(std::optional<Flasher>& place, Arguments... arguments)
+    {
+        fpga.reset();
+        microcontroller.reset();
+        place.emplace(arguments...);
+        place->attach(statusLock, statusSignal, upgradeLock, &status);
+        return *place;
+    }
+
+    std::optional<Flasher_FPGA> fpga;
+    std::optional<Flasher_STM32> microcontroller;
     int statusLock = 0;   ///< guards `status`
     int statusSignal = 0; ///< counts the published changes; starts at 1, so the first wait returns at once
     int upgradeLock = 0;  ///< one run at a time on the unit
@@ -30,8 +44,6 @@ FirmwareUpgrade_Imp::Job::Job()
     (void)LinuxWrapper::CreateSema(statusLock, nullptr);
     (void)LinuxWrapper::CreateSema(statusSignal, nullptr);
     (void)LinuxWrapper::CreateSema(upgradeLock, "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS");
-    fpga.attach(statusLock, statusSignal, upgradeLock, &status);
-    microcontroller.attach(statusLock, statusSignal, upgradeLock, &status);
 }
 
 FirmwareUpgrade_Imp::Job::~Job()
@@ -84,20 +96,19 @@ eErr FirmwareUpgrade_Imp::startMicrocontroller(const char* file, Flasher_STM32::
         LinuxWrapper::ReleaseSema(job_->upgradeLock);
         return err;
     }
-    job_->microcontroller.setDeviceType(type);
-    return start(job_->microcontroller, file, task, blocking);
+    return run(job_->renew(job_->microcontroller, type), file, task, blocking);
 }
 
 eErr FirmwareUpgrade_Imp::startFpga(const char* file, Task task, bool blocking)
 {
     if (!LinuxWrapper::WaitForSema(job_->upgradeLock, false))
         return ERR_IN_PROGRESS;
-    return start(job_->fpga, file, task, blocking);
+    return run(job_->renew(job_->fpga), file, task, blocking);
 }
 
-// From here on the upgrade lock is the flasher's: its run gives it back. A failed thread start leaves it taken, and
-// service staff rely on that: a unit that cannot start threads is not upgraded again before a restart.
-eErr FirmwareUpgrade_Imp::start(IFlasher& flasher, const char* file, Task task, bool blocking)
+// From here on the upgrade lock is the flasher's: its run releases it. Only a thread that could not be started does
+// not.
+eErr FirmwareUpgrade_Imp::run(IFlasher& flasher, const char* file, Task task, bool blocking)
 {
     resetStatus();
     flasher.setFileName(file);
@@ -105,15 +116,18 @@ eErr FirmwareUpgrade_Imp::start(IFlasher& flasher, const char* file, Task task, 
         return flasher.Run(task == Task::Program);
     flasher.holdOwner(job_);
     const eErr err = LinuxWrapper::startThread(task == Task::Program ? threadProcProgram : threadProcVerify, &flasher);
-    if (err != ERR_SUCCESS)
+    if (err != ERR_SUCCESS) {
         (void)flasher.takeOwner();
+        LinuxWrapper::ReleaseSema(job_->upgradeLock); // nothing was touched yet
+    }
     return err;
 }
 
 void FirmwareUpgrade_Imp::resetStatus()
 {
+    const bool locked = waitThroughSignals(job_->statusLock);
     lastRead_ = {};
-    if (LinuxWrapper::WaitForSema(job_->statusLock, true)) {
+    if (locked) {
         job_->status = {};
         LinuxWrapper::ReleaseSema(job_->statusLock);
     }
@@ -146,23 +160,27 @@ eErr FirmwareUpgrade_Imp::CheckFile(const char* file, Flasher_STM32::eDeviceType
     if (!opened.isOpen())
         return ERR_OPEN_FAILED;
     const unsigned size = opened.size();
-    // One byte more than the file holds, so that the search ends with the file.
-    const std::unique_ptr<char, decltype(&std::free)> text{static_cast<char*>(std::calloc(size + std::size_t{1}, 1)),
+    // What cannot be firmware by its size is only read as far as shows whether it can be read at all.
+    const unsigned wanted = isFirmwareSize(size, type) ? size : std::min(size, 1U);
+    // One byte more than is read, so that the search ends with the file.
+    const std::unique_ptr<char, decltype(&std::free)> text{static_cast<char*>(std::calloc(wanted + std::size_t{1}, 1)),
                                                            &std::free};
     if (text == nullptr)
         return ERR_MEM_ALLOC_FAIL;
-    if (!LinuxWrapper::read(opened.handle(), text.get(), static_cast<int>(size), nullptr))
+    if (!LinuxWrapper::read(opened.handle(), text.get(), static_cast<int>(wanted), nullptr))
         return ERR_OPEN_FAILED;
     return checkFirmwareText(text.get(), size, type);
 }
 
 eErr FirmwareUpgrade_Imp::getUpgradeStatus(UpgradeStatus* status, bool wait)
 {
-    if (LinuxWrapper::WaitForSema(job_->statusSignal, wait) && LinuxWrapper::WaitForSema(job_->statusLock, true)) {
-        lastRead_ = job_->status;
-        LinuxWrapper::ReleaseSema(job_->statusLock);
+    if (!LinuxWrapper::WaitForSema(job_->statusSignal, wait) || !waitThroughSignals(job_->statusLock)) {
+        *status = lastRead_;
+        return ERR_SUCCESS;
     }
+    lastRead_ = job_->status;
     *status = lastRead_;
+    LinuxWrapper::ReleaseSema(job_->statusLock);
     return ERR_SUCCESS;
 }
 
@@ -172,9 +190,10 @@ eErr FirmwareUpgrade_Imp::shutDown()
     return LinuxWrapper::ControlDaemon(kShutDown) == ERR_SUCCESS ? ERR_SUCCESS : ERR_COMMAND_FAILED;
 }
 
-void FirmwareUpgrade_Imp::Release()
+eErr FirmwareUpgrade_Imp::Release()
 {
     delete this;
+    return ERR_SUCCESS;
 }
 
 } // namespace Halvix

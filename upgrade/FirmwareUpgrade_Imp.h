@@ -25,7 +25,7 @@ public:
     eErr startFrontVerification(const char* file, bool blocking) override;
     eErr getUpgradeStatus(UpgradeStatus* status, bool wait) override;
     eErr shutDown() override;
-    void Release() override;
+    eErr Release() override;
 
     /// Entries of the worker thread; the argument is the flasher.
     static void threadProcProgram(const void* flasher);
@@ -39,7 +39,7 @@ private:
 
     eErr startMicrocontroller(const char* file, Flasher_STM32::eDeviceType type, Task task, bool blocking);
     eErr startFpga(const char* file, Task task, bool blocking);
-    eErr start(IFlasher& flasher, const char* file, Task task, bool blocking);
+    eErr run(IFlasher& flasher, const char* file, Task task, bool blocking);
     void resetStatus();
 
     UpgradeStatus lastRead_{};

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
+#include <exception>
 
 namespace Halvix {
 
@@ -57,6 +57,7 @@ try {
     eErr result = Mcs2Bin();
     if (result != ERR_SUCCESS)
         return result;
+    readBack_.reserve(image_.size()); // memory that runs out does so before the flash is touched
     *modeChanged = true; // undone even if it could not be sent
     (void)redirector_.setSsMode(0x0F);
     if (write)
@@ -64,9 +65,9 @@ try {
     if (result != ERR_SUCCESS)
         return result;
     updateSharedStatus(UpgradeActionVerify, 0, ERR_SUCCESS);
-    LinuxWrapper::Sleep(50);
+    LinuxWrapper::SleepFully(50);
     return verify();
-} catch (const std::bad_alloc&) {
+} catch (const std::exception&) { // out of memory
     return ERR_MEM_ALLOC_FAIL;
 }
 
@@ -107,6 +108,8 @@ eErr Flasher_FPGA::Mcs2Bin()
 {
     image_.clear();
     updateSharedStatus(UpgradeActionReadFile, 0, ERR_SUCCESS);
+    if (LinuxWrapper::isSpecialFile(fileName())) // it might never end
+        return failed(UpgradeActionReadFile, 0, ERR_OPEN_FAILED);
     const FirmwareFile file{fileName()};
     if (!file.isOpen())
         return failed(UpgradeActionReadFile, 0, ERR_OPEN_FAILED);

@@ -40,7 +40,7 @@ private:
 
     std::vector<unsigned char> image_;
     std::vector<unsigned char> readBack_;
-    bool initialised_ = false; ///< stays set after closing
+    bool initialised_ = false; ///< stays set after closing: an object serves one run
     int handle_ = -1;
 };
 

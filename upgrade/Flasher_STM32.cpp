@@ -70,11 +70,11 @@ eErr Flasher_STM32::prepareSupervisor()
     // The supervisor leaves this mode by itself, so only the direction is restored.
     (void)redirector_.setSsMode(0x96);
     updateSharedStatus(UpgradeActionPrepareHardware, 25, ERR_SUCCESS);
-    LinuxWrapper::Sleep(100);
+    LinuxWrapper::SleepFully(100);
     (void)redirector_.setComDir(1);
     updateSharedStatus(UpgradeActionPrepareHardware, 75, ERR_SUCCESS);
     directionChanged_ = true;
-    LinuxWrapper::Sleep(100);
+    LinuxWrapper::SleepFully(100);
     return ERR_SUCCESS;
 }
 
@@ -83,14 +83,14 @@ eErr Flasher_STM32::prepareFrontController()
     (void)redirector_.setSsMode(0x0F);
     updateSharedStatus(UpgradeActionPrepareHardware, 25, ERR_SUCCESS);
     modeChanged_ = true;
-    LinuxWrapper::Sleep(500);
+    LinuxWrapper::SleepFully(500);
     (void)redirector_.frontBootMode();
     updateSharedStatus(UpgradeActionPrepareHardware, 50, ERR_SUCCESS);
-    LinuxWrapper::Sleep(500);
+    LinuxWrapper::SleepFully(500);
     (void)redirector_.setComDir(2);
     updateSharedStatus(UpgradeActionPrepareHardware, 75, ERR_SUCCESS);
     directionChanged_ = true;
-    LinuxWrapper::Sleep(500);
+    LinuxWrapper::SleepFully(500);
     return ERR_SUCCESS;
 }
 
@@ -146,11 +146,11 @@ stm32_target* Flasher_STM32::connect(serial_port* serial)
     stm32_target* target = stm32_init(serial, STM32_INIT_SYNCHRONISE);
     constexpr int kFurtherCycles = 5;
     for (int i = 0; target == nullptr && i < kFurtherCycles; ++i) {
-        LinuxWrapper::Sleep(500);
+        LinuxWrapper::SleepFully(500);
         target = stm32_init(serial, STM32_INIT_CONTINUE); // it may have synchronised although its answer was lost
         if (target != nullptr)
             break;
-        LinuxWrapper::Sleep(100);
+        LinuxWrapper::SleepFully(100);
         target = stm32_init(serial, STM32_INIT_SYNCHRONISE);
     }
     return target;

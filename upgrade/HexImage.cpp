@@ -11,18 +11,12 @@ bool HexImage::grow(std::uint64_t bytes)
     const std::uint64_t wanted = size + bytes;
     if (wanted > std::min<std::uint64_t>(limit, SIZE_MAX))
         return false;
-    if (wanted > capacity) {
-        // By half more than before, so that a file of many records does not copy the image for each of them.
+    if (wanted > data.size()) {
+        // By half more than before, so that a file of many records does not ask for room at each of them.
         const std::uint64_t roomy = std::min<std::uint64_t>(wanted + wanted / 2, std::max(wanted, limit));
-        auto* larger = static_cast<unsigned char*>(std::realloc(data.get(), static_cast<std::size_t>(roomy)));
-        if (larger == nullptr)
+        if (!data.grow(static_cast<std::size_t>(roomy)))
             return false;
-        (void)data.release(); // realloc has freed or moved it
-        data.reset(larger);
-        capacity = static_cast<std::uint32_t>(roomy);
     }
-    if (bytes != 0)
-        std::memset(data.get() + size, 0, static_cast<std::size_t>(bytes));
     size = static_cast<std::uint32_t>(wanted);
     return true;
 }

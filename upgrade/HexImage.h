@@ -1,24 +1,24 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "upgrade/SparseMemory.h"
+
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 
 namespace Halvix {
 
-/// What an Intel HEX file holds, laid out in one piece from its first data record on. Holes are zero bytes.
+/// What an Intel HEX file holds, laid out in one piece from its first data record on. Holes are zero bytes and take up
+/// no memory.
 struct HexImage {
     std::uint32_t size = 0;
     std::uint32_t position = 0; ///< the next byte that `hex_read` hands out
-    std::unique_ptr<unsigned char[], decltype(&std::free)> data{nullptr, &std::free};
+    SparseMemory data;
     std::uint32_t base = 0;           ///< the first non-zero extended address of the file
-    std::uint32_t capacity = 0;       ///< bytes that `data` has room for
     std::uint64_t limit = UINT32_MAX; ///< larger images count as out of memory
 
     /// Appends zero bytes. False, and nothing changed, when there is no memory for them.
     [[nodiscard]] bool grow(std::uint64_t bytes);
-    /// Copies up to `length` bytes from the position on, moves it and answers how many.
+    /// Copies up to `length` bytes from the position on, moves it and returns how many.
     std::uint32_t read(void* buffer, std::uint32_t length);
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "upgrade/IFlasher.h"
 
-#include "platform/LinuxWrapper.h"
+#include "platform/Semaphore.h"
 
 #include <algorithm>
 #include <cstring>
@@ -30,7 +30,7 @@ void IFlasher::updateSharedStatus(UpgradeAction action, unsigned char percent, e
         return;
     if (published_ && action == lastAction_ && percent == lastPercent_ && error == lastError_)
         return;
-    if (!LinuxWrapper::WaitForSema(statusLock_, true))
+    if (!waitThroughSignals(statusLock_))
         return;
     *status_ = {action, percent, {}, error};
     published_ = true;
@@ -53,7 +53,7 @@ void IFlasher::publishOutcome(eErr result)
 {
     if (result != ERR_SUCCESS) {
         constexpr unsigned long kReadersSeeTheCauseMs = 100;
-        LinuxWrapper::Sleep(kReadersSeeTheCauseMs);
+        LinuxWrapper::SleepFully(kReadersSeeTheCauseMs);
         updateSharedStatus(UpgradeActionFailed, 0, result);
     } else {
         updateSharedStatus(UpgradeActionFinished, 0, ERR_SUCCESS);

@@ -14,7 +14,7 @@ namespace Halvix {
 
 /// What the two flashers have in common: the file's name, the routing of the UART and the published status.
 ///
-/// A run takes place in one thread. The status record is shared with readers and guarded by the status lock.
+/// One object serves one run, in one thread. The status record is shared with readers and guarded by the status lock.
 class IFlasher {
 public:
     virtual eErr Run(bool write) = 0;
@@ -34,9 +34,9 @@ public:
 protected:
     IFlasher() = default;
     [[nodiscard]] const char* fileName() const { return fileName_; }
-    /// The end of every run: tells success or failure as the last change.
+    /// The end of every run: publishes success or failure as the last change.
     void publishOutcome(eErr result);
-    /// From here on another run may start, on this flasher too.
+    /// The last use of this flasher: from here on another run may start, which puts a new flasher in its place.
     void releaseRunLock() const;
 
     UartRedirector redirector_;

@@ -149,6 +149,11 @@ bool LinuxWrapper::Sleep(unsigned long milliseconds)
     return !input().oneIn(32);
 }
 
+void LinuxWrapper::SleepFully(unsigned long milliseconds)
+{
+    Sleep(milliseconds);
+}
+
 unsigned int LinuxWrapper::umask(unsigned int)
 {
     return 0;

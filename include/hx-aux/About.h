@@ -168,7 +168,8 @@ public:
     virtual eErr getIsBTMounted(bool* fitted) = 0;
 
     /// @brief Ends the use of the object. The pointer is invalid afterwards.
-    virtual void Release() = 0;
+    /// @retval ERR_SUCCESS  Always.
+    virtual eErr Release() = 0;
 
 protected:
     ~About() {}

@@ -117,8 +117,9 @@ public:
                                     unsigned char* build) = 0;
 
     /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~AuxVersion() {}

@@ -153,8 +153,9 @@ public:
     virtual eErr setLedDimming(HXStatus status) = 0;
 
     /// @brief Ends the caller's use of the object. The last release in the process destroys it.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Not against GetBacklight() and other releases.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Backlight() {}

@@ -90,11 +90,10 @@ public:
     /// until the lock is reset.
     ///
     /// Without blocking, a thread sounds the beep after the operation has returned; it ignores every error of the
-    /// device. The object must not be released before the beep is over. If the thread cannot be started, the lock stays
-    /// taken.
+    /// device and goes on when the object is released. If the thread cannot be started, the lock stays taken. A
+    /// blocking beep ends early when a signal handler runs on the calling thread.
     ///
-    /// @param[in] time  Milliseconds; 0 switches on and off again at once. A negative value counts as the unsigned
-    ///                  32-bit number of the same bits.
+    /// @param[in] time  Milliseconds; 0 and negative values switch on and off again at once.
     /// @param[in] blocking  True to return when the beep is over.
     /// @retval ERR_SUCCESS        The beep is over, or its thread has started.
     /// @retval ERR_IN_PROGRESS    A timed beep runs already, in this or another program.
@@ -107,9 +106,11 @@ public:
 
     /// @brief Gives the object back: closes its device and its hold of the lock, and deletes it.
     ///
-    /// Does not wait for a beep: release only after it is over. The pointer must not be used afterwards.
+    /// Does not wait for a beep that its thread sounds: that goes on to its end and closes then. The pointer must not
+    /// be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Buzzer() {}

@@ -5,6 +5,7 @@
 #define HX_AUX_CANSETTING_H
 
 #include "hx-aux/errors.h"
+#include "hx-aux/types.h"
 
 namespace Halvix {
 
@@ -19,8 +20,7 @@ enum CanFrameType HX_32BIT {
 ///
 /// Network n is the interface "can<n-1>" of the system: network 1 is can0. Its rate is the text of the file
 /// "/sys/class/net/can<n-1>/can_bittiming/bitrate", in bit/s; this interface counts in kbit/s. Nothing is held open
-/// between two calls. The limits are also exported as data: `Halvix::CanSetting_Imp::CAN_NET_MIN` (1), `CAN_NET_MAX`
-/// (4) and `CAN_MAX_BAUDRATE` (1000 kbit/s).
+/// between two calls. The limits are data of @ref CanSetting_Imp.
 ///
 /// An object comes from @ref GetCanSetting and goes back with @ref Release.
 class CanSetting {
@@ -72,11 +72,31 @@ public:
     virtual eErr setFrameType(unsigned char net, CanFrameType type) = 0;
 
     /// @brief Gives the object back and deletes it. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~CanSetting() {}
+};
+
+/// @brief What implements @ref CanSetting. Applications use its limits; objects come from @ref GetCanSetting alone.
+class CanSetting_Imp : public CanSetting {
+public:
+    HX_EXPORT_MEMBER static const int CAN_NET_MIN;                 ///< The first network, 1.
+    HX_EXPORT_MEMBER static const int CAN_NET_MAX;                 ///< The last network, 4.
+    HX_EXPORT_MEMBER static const unsigned short CAN_MAX_BAUDRATE; ///< The highest bit rate, 1000 kbit/s.
+
+    CanSetting_Imp(); ///< Hidden in the library.
+    /// @brief Hidden in the library. Behind the interface's slots, so no slot moves.
+    /// @threadsafe Between objects.
+    virtual ~CanSetting_Imp();
+
+    eErr getBaudrate(unsigned char net, unsigned short* kbit);
+    eErr getFrameType(unsigned char net, CanFrameType* type);
+    eErr setBaudrate(unsigned char net, unsigned short kbit);
+    eErr setFrameType(unsigned char net, CanFrameType type);
+    eErr Release();
 };
 
 } // namespace Halvix

@@ -358,8 +358,9 @@ public:
     /// @brief Ends the caller's use of the shared object.
     ///
     /// The last user's call closes the device and deletes the object. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe From one thread: @ref GetConfig and this operation do not lock the count of users.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Config() {}

@@ -34,7 +34,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
+    /// @threadsafe Always.
     virtual eErr getSSTemp(short* temperature) = 0;
 
     /// @brief Reads the temperature of the main board.
@@ -45,7 +45,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
+    /// @threadsafe Always.
     virtual eErr getPCBTemp(short* temperature) = 0;
 
     /// @brief Reads a temperature sensor of the processor module through the board library.
@@ -61,7 +61,8 @@ public:
     /// @retval ERR_SUCCESS    Both outputs hold their values.
     /// @retval ERR_JIDA_TEMP  The board library is missing or refuses, there is no sensor @p index, or its value is not
     ///                        valid now.
-    /// @threadsafe From one thread at a time: the object is shared and keeps the board's handle.
+    /// @note Each call opens the board library's boards again and leaves them open, as the library gives no other way.
+    /// @threadsafe Always.
     virtual eErr getPMTemp(unsigned char index, short* temperature, JidaSensorType* type) = 0;
 
     /// @brief Reads why the unit started.
@@ -72,7 +73,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
+    /// @threadsafe Always.
     virtual eErr getStartupReason(unsigned short* reason) = 0;
 
     /// @brief Reads why the unit was last shut down.
@@ -82,7 +83,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
+    /// @threadsafe Always.
     virtual eErr getShutDownReason(unsigned short* reason) = 0;
 
     /// @brief Reads the supervisor's hardware error status.
@@ -93,7 +94,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
+    /// @threadsafe Always.
     virtual eErr getHwErrorStatus(unsigned short* error) = 0;
 
     /// @brief Reads the seven operating times that the supervisor counts.
@@ -104,7 +105,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not 28 bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
+    /// @threadsafe Always.
     virtual eErr getTimer(TimerType* timers) = 0;
 
     /// @brief Reads the lowest and the highest temperature that the supervisor has seen.
@@ -117,7 +118,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
+    /// @threadsafe Always.
     virtual eErr getMinMaxTemp(short* first, short* second) = 0;
 
     /// @brief Reads how often the unit was switched on.
@@ -127,7 +128,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
+    /// @threadsafe Always.
     virtual eErr getPowerCycles(unsigned short* cycles) = 0;
 
     /// @brief Clears the supervisor's hardware error status.
@@ -137,14 +138,15 @@ public:
     /// @retval ERR_SUCCESS        The supervisor has the request.
     /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
+    /// @threadsafe Always.
     virtual eErr clearHwErrorStatus() = 0;
 
     /// @brief Ends the caller's use of the shared object.
     ///
     /// The last user's call closes the device and deletes the object. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe From one thread: @ref GetDiagnostic and this operation do not lock the count of users.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Diagnostic() {}

@@ -28,8 +28,9 @@ public:
     virtual eErr getDigIO(unsigned char* inputs) = 0;
 
     /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~DigIO() {}

@@ -35,8 +35,8 @@ struct UpgradeStatus {
 /// middle leaves the target without firmware, the routing changed and the upgrade lock taken. A target that lost its
 /// firmware is brought back by another upgrade.
 ///
-/// A microcontroller's run routes "/dev/uart-redir" to the target and uses the serial port "/dev/ttyS0"; make a new
-/// object for each such run, since one object routes only once. An object comes from @ref GetFirmwareUpgrade and goes
+/// A microcontroller's run routes "/dev/uart-redir" to the target and uses the serial port "/dev/ttyS0". One object
+/// serves any number of runs of any kind, one after the other. An object comes from @ref GetFirmwareUpgrade and goes
 /// back with @ref Release.
 class FirmwareUpgrade {
 public:
@@ -51,9 +51,9 @@ public:
     ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
     /// @retval ERR_SUCCESS                  The run succeeded (@p blocking) or was started.
     /// @retval ERR_IN_PROGRESS              An upgrade or verification runs already, in this process or in another.
-    /// @retval ERR_CREATE_THREAD            @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                      of the unit then stays taken until the unit restarts.
-    /// @retval ERR_OPEN_FAILED              @p blocking: "/dev/fpgaflash" or the file could not be opened.
+    /// @retval ERR_CREATE_THREAD            @p blocking is false and the thread could not be started; nothing was done.
+    /// @retval ERR_OPEN_FAILED              @p blocking: "/dev/fpgaflash" or the file could not be opened, or the file
+    ///                                      is a FIFO, a socket or a device.
     /// @retval ERR_IOCTRL_FAILED            @p blocking: the driver refused a request or made no progress.
     /// @retval ERR_BUFFER_SIZE              @p blocking: the driver's status is not one byte long.
     /// @retval ERR_INIT_FAILED              @p blocking: the flash is not ready.
@@ -75,9 +75,9 @@ public:
     ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
     /// @retval ERR_SUCCESS                  The run succeeded (@p blocking) or was started.
     /// @retval ERR_IN_PROGRESS              An upgrade or verification runs already, in this process or in another.
-    /// @retval ERR_CREATE_THREAD            @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                      of the unit then stays taken until the unit restarts.
-    /// @retval ERR_OPEN_FAILED              @p blocking: "/dev/fpgaflash" or the file could not be opened.
+    /// @retval ERR_CREATE_THREAD            @p blocking is false and the thread could not be started; nothing was done.
+    /// @retval ERR_OPEN_FAILED              @p blocking: "/dev/fpgaflash" or the file could not be opened, or the file
+    ///                                      is a FIFO, a socket or a device.
     /// @retval ERR_IOCTRL_FAILED            @p blocking: the driver refused a request or made no progress.
     /// @retval ERR_BUFFER_SIZE              @p blocking: the driver's status is not one byte long.
     /// @retval ERR_INIT_FAILED              @p blocking: the flash is not ready.
@@ -105,8 +105,8 @@ public:
     /// @retval ERR_MEM_ALLOC_FAIL            There is no memory for the file's text.
     /// @retval ERR_DATATYPE_MISMATCH         The file's size is outside 95000 to 1000000 bytes, or its text holds
     ///                                       "Front_uc".
-    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                       of the unit then stays taken until the unit restarts.
+    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started; nothing was
+    /// done.
     /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or its
     ///                                       data is larger than the flash.
     /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
@@ -122,6 +122,9 @@ public:
     /// Reads the flash as far as the file's data goes and writes nothing. The supervisor is in its bootloader
     /// meanwhile, and the routing of the service UART is restored afterwards whatever happened.
     ///
+    /// Not compared: flash behind the file's data, data behind the flash's end, and all of it when the bootloader names
+    /// a device that the library does not know. The percent of UpgradeActionVerify then ends below 100.
+    ///
     /// @param[in] file      Name of an Intel HEX file that starts where the flash does; cut at 256 characters.
     /// @param[in] blocking  True: return when the run has ended, with its result. False: run on a thread of its own and
     ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
@@ -132,8 +135,8 @@ public:
     /// @retval ERR_MEM_ALLOC_FAIL            There is no memory for the file's text.
     /// @retval ERR_DATATYPE_MISMATCH         The file's size is outside 95000 to 1000000 bytes, or its text holds
     ///                                       "Front_uc".
-    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                       of the unit then stays taken until the unit restarts.
+    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started; nothing was
+    /// done.
     /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or
     ///                                       addresses that go down.
     /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
@@ -159,8 +162,8 @@ public:
     /// @retval ERR_MEM_ALLOC_FAIL            There is no memory for the file's text.
     /// @retval ERR_DATATYPE_MISMATCH         The file's size is outside 50000 to 110000 bytes, or its text holds
     ///                                       "SystemSupervisor".
-    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                       of the unit then stays taken until the unit restarts.
+    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started; nothing was
+    /// done.
     /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or its
     ///                                       data is larger than the flash.
     /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
@@ -176,6 +179,9 @@ public:
     /// Reads the flash as far as the file's data goes and writes nothing. The front-panel microcontroller is in its
     /// bootloader meanwhile, and the routing of the service UART is restored afterwards whatever happened.
     ///
+    /// Not compared: flash behind the file's data, data behind the flash's end, and all of it when the bootloader names
+    /// a device that the library does not know. The percent of UpgradeActionVerify then ends below 100.
+    ///
     /// @param[in] file      Name of an Intel HEX file that starts where the flash does; cut at 256 characters.
     /// @param[in] blocking  True: return when the run has ended, with its result. False: run on a thread of its own and
     ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
@@ -186,8 +192,8 @@ public:
     /// @retval ERR_MEM_ALLOC_FAIL            There is no memory for the file's text.
     /// @retval ERR_DATATYPE_MISMATCH         The file's size is outside 50000 to 110000 bytes, or its text holds
     ///                                       "SystemSupervisor".
-    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                       of the unit then stays taken until the unit restarts.
+    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started; nothing was
+    /// done.
     /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or
     ///                                       addresses that go down.
     /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
@@ -204,7 +210,9 @@ public:
     /// call on an object returns at once.
     ///
     /// @param[out] status  The state; all zero before the first start. Not checked: must not be null.
-    /// @param[in]  wait    True: wait for the next change. False: return the last one at once.
+    /// @param[in]  wait    True: wait for the next change, or until a signal handler runs. False: return the last one
+    /// at
+    ///                     once.
     /// @retval ERR_SUCCESS  Always. The error of the run is in @p status.
     /// @note A run in another process is not seen here.
     /// @threadsafe Between objects. One thread at a time may ask one object.
@@ -219,8 +227,9 @@ public:
     /// @brief Ends the use of the object, which must not be used afterwards.
     ///
     /// Neither waits for a run on its own thread nor stops it; such a run ends as if the object were still there.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~FirmwareUpgrade() {}

@@ -234,8 +234,9 @@ public:
     ///
     /// The last user's call closes the device and deletes the object. The LED keeps what it shows. The pointer must not
     /// be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe From one thread: @ref GetFrontLED and this operation do not lock the count of users.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~FrontLED() {}

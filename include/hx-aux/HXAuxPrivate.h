@@ -80,8 +80,13 @@ public:
 
     /// @brief Stores any setting in the settings file. Survives a restart.
     ///
-    /// @param[in] key    Name of the setting.
-    /// @param[in] value  Its value; blanks at both ends are cut. A line end breaks the file; it is not checked.
+    /// A file that is there but cannot be read, or is no regular file, stays as it is: its other settings would be
+    /// lost.
+    ///
+    /// @param[in] key    Name of the setting. With null nothing is stored.
+    /// @param[in] value  Its value; blanks at both ends are cut. Null counts as an empty text. A line end breaks the
+    /// file;
+    ///                   it is not checked.
     /// @retval ERR_SUCCESS         Always, also when the file cannot be written.
     /// @retval ERR_MEM_ALLOC_FAIL  Memory is out.
     /// @threadsafe Always.
@@ -89,7 +94,7 @@ public:
 
     /// @brief Reads any setting from the settings file.
     ///
-    /// @param[in]  key    Name of the setting.
+    /// @param[in]  key    Name of the setting; null names none.
     /// @param[out] value  The value with a terminating zero. Untouched on failure.
     /// @param[in]  size   Bytes in @p value, the terminating zero included.
     /// @retval ERR_SUCCESS         @p value holds the setting.
@@ -109,8 +114,9 @@ public:
     virtual eErr resumeVideo() = 0;
 
     /// @brief Ends the use of the object.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~HXAuxPrivate() {}

@@ -110,10 +110,11 @@ public:
 
     /// @brief Ends the use of the object; takes 70 ms. Call stopAverageCalc() first if averaging was started.
     ///
-    /// Averaging that still runs goes on until the process ends, and the memory it uses with it.
+    /// Averaging that still runs goes on until the sensor fails or the process ends, and nobody can stop it any more.
     ///
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Lightsensor() {}

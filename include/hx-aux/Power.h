@@ -37,7 +37,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
+    /// @threadsafe Always.
     virtual eErr getBLPowerStatus(HXStatus* status) = 0;
 
     /// @brief Reads whether the CAN interfaces have power.
@@ -48,7 +48,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
+    /// @threadsafe Always.
     virtual eErr getCanPowerStatus(HXStatus* status) = 0;
 
     /// @brief Reads which video channels have power.
@@ -59,7 +59,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
+    /// @threadsafe Always.
     virtual eErr getVideoPowerStatus(unsigned char* channels) = 0;
 
     /// @brief Reads whether the external fan has power.
@@ -70,7 +70,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
+    /// @threadsafe Always.
     virtual eErr getExtFanPowerStatus(HXStatus* status) = 0;
 
     /// @brief Switches the power of the backlight.
@@ -82,7 +82,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
+    /// @threadsafe Always.
     virtual eErr setBLPowerStatus(HXStatus status) = 0;
 
     /// @brief Switches the power of the CAN interfaces.
@@ -94,7 +94,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
+    /// @threadsafe Always.
     virtual eErr setCanPowerStatus(HXStatus status) = 0;
 
     /// @brief Switches the power of the four video channels.
@@ -107,7 +107,7 @@ public:
     /// @retval ERR_INVALID_DATA   @p channels is above 15; nothing was sent.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
+    /// @threadsafe Always.
     virtual eErr setVideoPowerStatus(unsigned char channels) = 0;
 
     /// @brief Switches the power of the external fan.
@@ -119,7 +119,7 @@ public:
     /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
+    /// @threadsafe Always.
     virtual eErr setExtFanPowerStatus(HXStatus status) = 0;
 
     /// @brief Reads which power transition the front button or the external signal has asked for.
@@ -134,7 +134,7 @@ public:
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                The answer is not one byte long.
     /// @retval ERR_INVALID_DATA               The supervisor answers a value above 6.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
+    /// @threadsafe Always.
     virtual eErr getButtonPowerTransitionStatus(ButtonPowerTransitionStatus* status) = 0;
 
     /// @brief Tells the supervisor that the requested power transition has been taken notice of.
@@ -144,12 +144,13 @@ public:
     /// @retval ERR_SUCCESS        The supervisor has the acknowledgement.
     /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
+    /// @threadsafe Always.
     virtual eErr ackPowerRequest() = 0;
 
     /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Power() {}

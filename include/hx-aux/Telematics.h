@@ -23,7 +23,8 @@ public:
     /// @brief Tells whether any of the four modules is fitted.
     ///
     /// @param[out] status  Enabled if Bluetooth, GPS, WLAN or GSM/GPRS is fitted.
-    /// @retval ERR_SUCCESS  Always; unreadable production data counts as "not fitted".
+    /// @retval ERR_SUCCESS         @p status holds the answer; unreadable production data counts as "not fitted".
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory; @p status is unchanged and the next call asks again.
     /// @threadsafe Always.
     virtual eErr getTelematicsAvailable(HXStatus* status) = 0;
 
@@ -35,6 +36,7 @@ public:
     /// @param[out] status  Enabled while the module is on.
     /// @retval ERR_SUCCESS                        @p status holds the state.
     /// @retval ERR_TELEMATICS_GPRS_NOT_AVAILABLE  No GSM/GPRS module is fitted.
+    /// @retval ERR_MEM_ALLOC_FAIL                 Out of memory.
     /// @retval ERR_I2C_EXPANDER_INIT_FAILED       The board library or the expander could not be set up.
     /// @retval ERR_I2C_EXPANDER_READ_FAILED       The expander cannot be read.
     /// @note On failure @p status is unchanged.
@@ -58,6 +60,7 @@ public:
     /// @param[out] status  Enabled while the module's power line is on.
     /// @retval ERR_SUCCESS                        @p status holds the state.
     /// @retval ERR_TELEMATICS_WLAN_NOT_AVAILABLE  No WLAN module is fitted.
+    /// @retval ERR_MEM_ALLOC_FAIL                 Out of memory.
     /// @retval ERR_I2C_EXPANDER_INIT_FAILED       The board library or the expander could not be set up.
     /// @retval ERR_I2C_EXPANDER_READ_FAILED       The expander cannot be read.
     /// @note On failure @p status is unchanged.
@@ -81,6 +84,7 @@ public:
     /// @param[out] status  Enabled while the line is high.
     /// @retval ERR_SUCCESS                       @p status holds the line's state.
     /// @retval ERR_TELEMATICS_GPS_NOT_AVAILABLE  No GPS module is fitted.
+    /// @retval ERR_MEM_ALLOC_FAIL                Out of memory.
     /// @retval ERR_I2C_EXPANDER_INIT_FAILED      The board library or the expander could not be set up.
     /// @retval ERR_I2C_EXPANDER_READ_FAILED      The expander cannot be read.
     /// @note On failure @p status is unchanged.
@@ -95,6 +99,7 @@ public:
     /// @param[in] status  HXStatusEnabled switches on, every other value switches off.
     /// @retval ERR_SUCCESS                        The pulse was given, or none was needed.
     /// @retval ERR_TELEMATICS_GPRS_NOT_AVAILABLE  No GSM/GPRS module is fitted.
+    /// @retval ERR_MEM_ALLOC_FAIL                 Out of memory.
     /// @retval ERR_I2C_EXPANDER_INIT_FAILED       The board library or the expander could not be set up.
     /// @retval ERR_I2C_EXPANDER_READ_FAILED       The present state cannot be read; no pin was touched.
     /// @retval ERR_I2C_EXPANDER_WRITE_FAILED      A pin could not be switched; the power key may be held down still.
@@ -119,6 +124,7 @@ public:
     /// @param[in] status  HXStatusEnabled switches on, every other value switches off.
     /// @retval ERR_SUCCESS                        The module was switched.
     /// @retval ERR_TELEMATICS_WLAN_NOT_AVAILABLE  No WLAN module is fitted.
+    /// @retval ERR_MEM_ALLOC_FAIL                 Out of memory.
     /// @retval ERR_I2C_EXPANDER_INIT_FAILED       The board library or the expander could not be set up.
     /// @retval ERR_I2C_EXPANDER_WRITE_FAILED      A pin could not be switched; the steps before it stay done.
     /// @threadsafe Between objects. Calls on one object must not overlap.
@@ -136,8 +142,9 @@ public:
     virtual eErr setWLANStartUpPowerStatus(HXStatus status) = 0;
 
     /// @brief Gives the object back and deletes it. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Telematics() {}

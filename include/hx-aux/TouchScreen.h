@@ -123,8 +123,9 @@ public:
     virtual eErr getAdvancedSetting(TSAdvancedSettingsParameter parameter, unsigned short* value) = 0;
 
     /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~TouchScreen() {}

@@ -117,8 +117,9 @@ public:
     ///
     /// A running calibration goes on in the controller.
     ///
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~TouchScreenCalib() {}

@@ -329,8 +329,9 @@ public:
                              unsigned char* fourth) = 0;
 
     /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
+    /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
-    virtual void Release() = 0;
+    virtual eErr Release() = 0;
 
 protected:
     ~Video() {}

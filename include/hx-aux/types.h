@@ -11,6 +11,9 @@
 #error "The interfaces are C++ classes: include this header from C++."
 #endif
 
+/// @brief Makes a member of a class visible outside the shared library.
+#define HX_EXPORT_MEMBER __attribute__((visibility("default")))
+
 /// @def HX_32BIT
 /// @brief Stands behind an enumeration's name and makes it 32 bits wide, able to hold every 32-bit value.
 ///

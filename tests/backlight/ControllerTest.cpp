@@ -101,9 +101,10 @@ TEST(Controller, WithoutItsThreadGivesEverythingBack)
         unit.clearJournal();
     }
 
-    EXPECT_THAT(unit.journal(), Requests("/dev/lightsensor close", "sleep 70 ms", kAveragingLock + " sem_close",
-                                         "/dev/lightsensor close", kNewSettings + " sem_close",
-                                         "/hxSema.XXXXXX sem_close", "/dev/backlight close"));
+    EXPECT_THAT(unit.journal(),
+                Requests("/dev/lightsensor close", "sleep 70 ms", kAveragingLock + " sem_close",
+                         "/dev/lightsensor close", "/hxSema.XXXXXX sem_close", kNewSettings + " sem_close",
+                         "/hxSema.XXXXXX sem_close", "/dev/backlight close"));
 }
 
 TEST(Controller, ThatWasNeverInitialisedClosesItsSemaphoresAndItsDevice)

@@ -155,7 +155,7 @@ TEST(Lightsensor, ReleaseClosesItsHandleWaitsAndClosesTheRest)
     sensor->Release();
 
     EXPECT_THAT(unit.journal(), Requests("/dev/lightsensor close", "sleep 70 ms", kAveragingLock + " sem_close",
-                                         "/dev/lightsensor close"));
+                                         "/dev/lightsensor close", "/hxSema.XXXXXX sem_close"));
 }
 
 TEST(OperatingRange, IsReadAsTheSensorHasIt)
@@ -411,4 +411,42 @@ TEST(Averaging, ThatRunsWhenItsObjectIsReleasedGoesOn)
     const std::vector<std::string> requests = unit.requestsTo(kSensorDevice);
     EXPECT_EQ(requests.size(), 20U); // ten samples, two requests each
     EXPECT_THAT(unit.callsTo(kAveragingLock), Not(Contains("sem_close")));
+}
+
+TEST(Averaging, ThatEndsAfterItsObjectIsReleasedClosesEverything)
+{
+    SimulatedUnit unit;
+    Lightsensor* const sensor = GetLightsensor();
+    ASSERT_EQ(startDefault(sensor), ERR_SUCCESS);
+    sensor->Release();
+    unit.fail(kSensorDevice, 0x80020048);
+    unit.clearJournal();
+
+    unit.sleepFor(1000);
+
+    const std::vector<std::string> journal = unit.journal();
+    ASSERT_GE(journal.size(), 4U);
+    EXPECT_THAT(std::vector<std::string>(journal.end() - 4, journal.end()),
+                Requests(kAveragingLock + " sem_post", kAveragingLock + " sem_close", "/dev/lightsensor close",
+                         "/hxSema.XXXXXX sem_close"));
+}
+
+TEST(Averaging, StartsAgainAtTheVeryMomentWhenItsThreadEnds)
+{
+    SimulatedUnit unit;
+    Given<Lightsensor> sensor{GetLightsensor()};
+    for (int round = 0; round < 200; ++round) {
+        ASSERT_EQ(startDefault(sensor.operator->()), ERR_SUCCESS) << round;
+        unit.fail(kSensorDevice, 0x80020048, EIO, 1); // the thread ends at its first reading
+        eErr err = ERR_AVERAGE_CALC_STARTED;
+        while (err == ERR_AVERAGE_CALC_STARTED) { // as soon as it has released the unit's lock
+            unit.sleepFor(10);
+            err = startDefault(sensor.operator->());
+        }
+        ASSERT_EQ(err, ERR_SUCCESS) << round;
+        unit.sleepFor(1000);
+        unsigned short lux = 0;
+        ASSERT_EQ(sensor->getAverageIlluminance(&lux), ERR_SUCCESS) << "no thread runs in round " << round;
+        sensor->stopAverageCalc();
+    }
 }

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <limits>
 #include <thread>
 
 #include "platform/LinuxWrapper.h"
@@ -52,14 +53,18 @@ TEST(Beep, OfNoTimeSwitchesOnAndOffAgain)
     EXPECT_EQ(unit.get("buzzer.sounding"), "off");
 }
 
-TEST(Beep, OfANegativeTimeLastsAsLongAsItsBitsSay)
+TEST(Beep, OfANegativeTimeSwitchesOnAndOffAtOnce)
 {
     SimulatedUnit unit;
     Released<Buzzer> buzzer{GetBuzzer()};
 
     EXPECT_EQ(buzzer->buzze(-1, true), ERR_SUCCESS);
+    EXPECT_EQ(buzzer->buzze(std::numeric_limits<int>::min(), false), ERR_SUCCESS);
+    unit.settle();
 
-    EXPECT_EQ(unit.now(), 4294967295);
+    EXPECT_EQ(unit.now(), 0);
+    EXPECT_EQ(unit.get("buzzer.beeps"), "2");
+    EXPECT_EQ(unit.get("buzzer.sounding"), "off");
 }
 
 TEST(Beep, GivesTheLockBackWhenItCannotSound)
@@ -118,6 +123,24 @@ TEST(Beep, GoesOnAfterTheCallThatDoesNotWait)
     unit.sleepFor(2);
 
     EXPECT_EQ(unit.get("buzzer.last"), "250 ms at 2000 Hz, volume 25");
+}
+
+TEST(Beep, GoesOnAndClosesWhenItsObjectIsReleased)
+{
+    SimulatedUnit unit;
+    Buzzer* const buzzer = GetBuzzer();
+    ASSERT_EQ(buzzer->buzze(250, false), ERR_SUCCESS);
+    unit.clearJournal();
+
+    buzzer->Release();
+
+    EXPECT_THAT(unit.callsTo(kDevice), testing::Not(testing::Contains("close")));
+    unit.sleepFor(300);
+    EXPECT_EQ(unit.get("buzzer.last"), "250 ms at 2000 Hz, volume 25");
+    EXPECT_EQ(unit.callsTo(kDevice).back(), "close");
+    EXPECT_EQ(unit.callsTo(kLock).back(), "sem_close");
+    Released<Buzzer> next{GetBuzzer()};
+    EXPECT_TRUE(isFree(*next));
 }
 
 TEST(Beep, IsRefusedWhileAnotherRuns)

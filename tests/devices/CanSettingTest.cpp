@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "devices/CanSetting_Imp.h"
+#include "hx-aux/CanSetting.h"
 #include "simulator/model/CanNetworks.h"
 #include "tests/support/Released.h"
 #include "tests/support/SimulatedUnit.h"

@@ -411,15 +411,17 @@ TEST(I2CConfig, LeavesThePowerKeyHeldWhenTheDirectionCannotBeWritten)
     EXPECT_EQ(unit.get("telematics.gsm-key"), "held");
 }
 
-TEST(I2CConfig, GoesOnWhenTheSleepIsInterrupted)
+TEST(I2CConfig, HoldsTheModulesKeyToTheEndWhenSignalsInterruptTheSleep)
 {
     SimulatedUnit unit{kReady, kNewBoard};
-    unit.fail("sleep", "1100 ms", EINTR);
+    unit.fail("sleep", "1100 ms", EINTR, 3);
     I2CConfig expander;
 
     EXPECT_EQ(expander.setGPRSPowerStatus(true), ERR_SUCCESS);
 
+    EXPECT_EQ(unit.now(), 1100);
     EXPECT_EQ(unit.get("telematics.gsm-key"), "free");
+    EXPECT_EQ(unit.get("telematics.gsm"), "on");
 }
 
 // WLAN and antenna.

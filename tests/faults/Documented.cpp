@@ -50,7 +50,8 @@ Interface interface(const std::string& name)
         throws = throws || line.find("bad_alloc") != std::string::npos;
         if (std::regex_search(line, found, kOperation)) {
             result.codes[found[1]].merge(codes);
-            ++result.overloads[found[1]];
+            if (found[1] != "Release")
+                ++result.overloads[found[1]];
         }
         if (line.find("HX_EXPORT") == 0)
             result.factoryThrows = throws;

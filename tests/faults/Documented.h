@@ -10,7 +10,7 @@ namespace documented {
 
 struct Interface {
     std::map<std::string, std::set<std::string>> codes; ///< operation: its error codes by name; overloads together
-    std::map<std::string, int> overloads;               ///< operation: how often it is declared
+    std::map<std::string, int> overloads;               ///< operation but `Release`: how often it is declared
     bool factoryThrows = false;                         ///< std::bad_alloc
 };
 

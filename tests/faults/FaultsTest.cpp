@@ -7,11 +7,16 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <numeric>
 #include <set>
+#include <sstream>
 
 #include <gmock/gmock.h>
 
+#include "simulator/interpose/LinkedUnit.h"
 #include "simulator/model/CallWatch.h"
+#include "simulator/model/FpgaFlash.h"
+#include "simulator/model/Microcontroller.h"
 #include "tests/faults/Arguments.h"
 #include "tests/faults/Documented.h"
 #include "tests/faults/Forked.h"
@@ -47,6 +52,26 @@ std::set<std::string> semaphoresOpen(SimulatedUnit& unit)
     return names;
 }
 
+/// What the unit keeps without power: the settings file, both EEPROMs and the firmware of all targets.
+using Stored = std::map<std::string, std::string>;
+
+constexpr const char* kSettingsFile = "settings file";
+
+Stored storedIn(SimulatedUnit& unit)
+{
+    const auto sumOf = [](const std::vector<std::uint8_t>& bytes) {
+        return std::to_string(std::accumulate(bytes.begin(), bytes.end(), std::uint64_t{1},
+                                              [](auto total, auto byte) { return total * 31 + byte; }));
+    };
+    Stored stored{{kSettingsFile, unit.settings()}};
+    for (const auto& [name, memory] : dynamic_cast<hxsim::LinkedUnit&>(*hxsim::Link::current()).unit()->memories())
+        stored[name] = sumOf(memory.bytes);
+    stored["supervisor"] = sumOf(unit.model<hxsim::Microcontrollers>()->supervisor.flash);
+    stored["front controller"] = sumOf(unit.model<hxsim::Microcontrollers>()->front.flash);
+    stored["FPGA"] = sumOf(unit.model<hxsim::FpgaFlash>()->content);
+    return stored;
+}
+
 /// What a run left. Goes from the child to the test as a text.
 struct Outcome {
     int code = 0;
@@ -57,6 +82,8 @@ struct Outcome {
     std::size_t descriptors = 0;
     std::set<std::string> semaphores{}; ///< "NAME COUNT" of those opened and not closed again
     std::set<std::string> locks{};      ///< "NAME VALUE"
+    Stored before{};
+    Stored after{};
     Recording recording{};
     int signal = 0; ///< that ended the run
     std::string errors{};
@@ -97,6 +124,13 @@ std::string textOf(const Outcome& outcome)
         for (const std::string& name : *names)
             text.put(name);
     }
+    for (const Stored* stored : {&outcome.before, &outcome.after}) {
+        text.put(stored->size());
+        for (const auto& [name, content] : *stored) {
+            text.put(name);
+            text.put(content);
+        }
+    }
     text.put(outcome.recording.calls.size());
     for (const Call& call : outcome.recording.calls) {
         text.put(call.subject);
@@ -125,6 +159,11 @@ Outcome outcomeOf(const Ended& ended)
     for (std::set<std::string>* names : {&outcome.semaphores, &outcome.locks})
         for (std::size_t left = text.number(); left > 0; --left)
             names->insert(text.get());
+    for (Stored* stored : {&outcome.before, &outcome.after})
+        for (std::size_t left = text.number(); left > 0; --left) {
+            const std::string name = text.get();
+            (*stored)[name] = text.get();
+        }
     for (std::size_t left = text.number(); left > 0; --left) {
         Call call;
         call.subject = text.get();
@@ -163,9 +202,10 @@ private:
         thisIsTheCaller();
         SimulatedUnit unit;
         furnish(unit, try_);
+        Outcome outcome;
+        outcome.before = storedIn(unit);
         hxsim::watchCalls(onCall);
         hxsim::watchAnswers(onAnswer);
-        Outcome outcome;
         const std::size_t descriptors = openDescriptors();
         trackMemory();
         live(unit, start, outcome);
@@ -175,6 +215,7 @@ private:
         outcome.descriptors = openDescriptors() - descriptors;
         outcome.semaphores = semaphoresOpen(unit);
         outcome.locks = locksTaken();
+        outcome.after = storedIn(unit);
         return outcome;
     }
 
@@ -268,6 +309,7 @@ public:
         if (!outcome.fired)
             return complain("it was not made in the second run");
         judgeAnswer(kind, outcome);
+        judgeStored(kind, outcome);
         if (mayWaitForEver(call_))
             return;
         if (outcome.descriptors > healthy_.descriptors)
@@ -315,6 +357,38 @@ private:
         const std::string name = documented::nameOf(outcome.code);
         if (!interface_.codes.at(operation).contains(name))
             complain("answers " + std::to_string(outcome.code) + " " + name + ", which its header does not name");
+    }
+
+    /// Each memory is as it was or completely new, or the header says that it may be torn.
+    void judgeStored(Kind kind, const Outcome& outcome)
+    {
+        for (const auto& [memory, content] : outcome.after) {
+            const std::string& before = healthy_.before.at(memory);
+            if (content == before)
+                continue;
+            if (outcome.code == ERR_MEM_ALLOC_FAIL && kind == Kind::Allocation)
+                complain("answers that memory ran out and changes the " + memory);
+            else if (memory == kSettingsFile ? !losesNothing(kind, before, content)
+                                             : content != healthy_.after.at(memory) && !mayBeTorn(kind, try_, memory))
+                complain("leaves the " + memory + " torn");
+        }
+    }
+
+    /// Several settings are written one after the other: each file on the way has every line that was there before,
+    /// changed or not. An answer of the system that falsifies what is read from the file is beyond that.
+    [[nodiscard]] bool losesNothing(Kind kind, const std::string& before, const std::string& content) const
+    {
+        if (isFalsified(kind) && call_.starts_with("/opt/etc/hxaux.ini"))
+            return true;
+        const auto keysOf = [](const std::string& text) {
+            std::set<std::string> keys;
+            std::istringstream lines{text};
+            for (std::string line; std::getline(lines, line);)
+                keys.insert(line.substr(0, line.find_first_of(" =")));
+            return keys;
+        };
+        const std::set<std::string> left = keysOf(content);
+        return std::ranges::includes(left, keysOf(before));
     }
 
     void judgeLocks(const Outcome& outcome)

@@ -144,7 +144,7 @@ TEST(Hostile, FolderInPlaceOfTheSettingsIsAnEmptyFileThatTakesNothing)
     EXPECT_EQ(getKey(value), ERR_COMMAND_FAILED);
 }
 
-TEST(Hostile, SettingsThatCannotBeReadCountAsEmptyAndAreWrittenSo)
+TEST(Hostile, SettingsThatCannotBeReadStayAsTheyAre)
 {
     SimulatedUnit unit;
     unit.writeSettings("OTHER=1\n");
@@ -152,10 +152,21 @@ TEST(Hostile, SettingsThatCannotBeReadCountAsEmptyAndAreWrittenSo)
 
     EXPECT_EQ(setKey("1"), ERR_SUCCESS);
 
-    EXPECT_EQ(unit.settings(), "KEY = 1\n");
+    EXPECT_EQ(unit.settings(), "OTHER=1\n");
 }
 
-TEST(Hostile, SettingsThatCannotBeWrittenAreEmptyAndNobodyIsTold)
+TEST(Hostile, SettingsOfWhichThereIsNoRoomForAChangeStayAsTheyAre)
+{
+    SimulatedUnit unit;
+    unit.writeSettings("; a comment\nOTHER=1");
+    unit.fail("/opt/etc/hxaux.ini", "write", ENOSPC, 1);
+
+    EXPECT_EQ(setKey("1"), ERR_SUCCESS);
+
+    EXPECT_EQ(unit.settings(), "; a comment\nOTHER=1");
+}
+
+TEST(Hostile, SettingsThatCannotBeWrittenAtAllAreEmpty)
 {
     SimulatedUnit unit;
     unit.writeSettings("OTHER=1\n");

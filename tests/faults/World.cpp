@@ -114,10 +114,6 @@ constexpr LockLeft kLocksLeft[] = {
      "a start that fails leaves it taken"},
     {"Lightsensor.startAverageCalc", "allocation", "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED 0",
      "a start that fails leaves it taken"},
-    {"FirmwareUpgrade.start", "thread start", "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS 0",
-     "no thread, nobody to give it back"},
-    {"FirmwareUpgrade.start", "allocation", "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS 0",
-     "the same: the thread's first words need memory"},
 };
 
 } // namespace
@@ -209,6 +205,24 @@ std::set<std::string> locksTaken()
 bool mayWaitForEver(const std::string& call)
 {
     return call == "/hxSema.XXXXXX sem_post";
+}
+
+bool mayBeTorn(Kind kind, const Try& tried, const std::string& memory)
+{
+    struct Torn {
+        const char* operation;
+        const char* memory;
+    };
+    static constexpr Torn kTorn[] = {
+        {"HXAuxPrivate.setEepromProperty", "eeprom"}, // "nothing or not all was written"
+        {"FirmwareUpgrade.startSSUpgrade", "supervisor"},
+        {"FirmwareUpgrade.startFrontUpgrade", "front controller"},
+        {"FirmwareUpgrade.startFpgaUpgrade", "FPGA"},
+    };
+    if (kind == Kind::Allocation) // memory runs out before anything is touched
+        return false;
+    return std::ranges::any_of(
+        kTorn, [&](const Torn& row) { return tried.operation == row.operation && memory.starts_with(row.memory); });
 }
 
 const char* reasonForLock(const Try& tried, const std::string& call, const std::string& lock)

@@ -57,6 +57,9 @@ std::set<std::string> locksTaken();
 /// because the system refused to take it.
 bool mayWaitForEver(const std::string& call);
 
+/// Whether the operation's header says that this fault may leave the memory neither as it was nor as it was to be.
+bool mayBeTorn(Kind kind, const Try& tried, const std::string& memory);
+
 /// Why this fault may leave this lock so ("NAME VALUE"), or null: it may not.
 const char* reasonForLock(const Try& tried, const std::string& call, const std::string& lock);
 

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include <pthread.h>
+#include <signal.h>
 #include <sys/stat.h>
 
 #include <atomic>
+#include <cstring>
 
 #include <gtest/gtest.h>
 
@@ -42,6 +45,81 @@ TEST(Thread, ThatCannotBeCreatedIsAnError)
     unit.settle();
 
     EXPECT_EQ(seen, nullptr);
+}
+
+/// What a new thread finds of itself.
+struct Found {
+    int detachState = -1;
+    sigset_t blocked{};
+};
+Found found;
+
+void lookAtItself(const void*)
+{
+    pthread_attr_t attributes;
+    ASSERT_EQ(::pthread_getattr_np(::pthread_self(), &attributes), 0);
+    ASSERT_EQ(::pthread_attr_getdetachstate(&attributes, &found.detachState), 0);
+    ASSERT_EQ(::pthread_attr_destroy(&attributes), 0);
+    ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, nullptr, &found.blocked), 0);
+}
+
+TEST(Thread, DetachesItself)
+{
+    SimulatedUnit unit;
+    found = {};
+
+    ASSERT_EQ(LinuxWrapper::startThread(lookAtItself, nullptr), ERR_SUCCESS);
+    unit.settle();
+
+    EXPECT_EQ(found.detachState, PTHREAD_CREATE_DETACHED);
+}
+
+TEST(Thread, TakesNoSignalsButThoseOfItsOwnFaults)
+{
+    SimulatedUnit unit;
+    found = {};
+
+    ASSERT_EQ(LinuxWrapper::startThread(lookAtItself, nullptr), ERR_SUCCESS);
+    unit.settle();
+
+    for (const int blocked : {SIGALRM, SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGCHLD, SIGPIPE, SIGRTMIN, SIGRTMAX})
+        EXPECT_EQ(::sigismember(&found.blocked, blocked), 1) << ::strsignal(blocked);
+    for (const int open : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SIGABRT, SIGPROF})
+        EXPECT_EQ(::sigismember(&found.blocked, open), 0) << ::strsignal(open);
+}
+
+TEST(Thread, LeavesTheSignalsOfItsStarterAsTheyWere)
+{
+    SimulatedUnit unit;
+    sigset_t before;
+    sigset_t after;
+    ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, nullptr, &before), 0);
+
+    ASSERT_EQ(LinuxWrapper::startThread(lookAtItself, nullptr), ERR_SUCCESS);
+    unit.settle();
+
+    ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, nullptr, &after), 0);
+    for (int number = 1; number <= SIGRTMAX; ++number)
+        EXPECT_EQ(::sigismember(&after, number), ::sigismember(&before, number)) << number;
+}
+
+TEST(SleepFully, SleepsTheRestAfterAnInterruption)
+{
+    SimulatedUnit unit;
+    unit.fail("sleep", "1500 ms", EINTR, 1);
+
+    LinuxWrapper::SleepFully(1500);
+
+    EXPECT_THAT(unit.journal(), ElementsAre("sleep 1500 ms !EINTR", "sleep 1500 ms")); // nothing had passed
+}
+
+TEST(SleepFully, AsksOnceWhenNothingInterrupts)
+{
+    SimulatedUnit unit;
+
+    LinuxWrapper::SleepFully(1100);
+
+    EXPECT_THAT(unit.journal(), ElementsAre("sleep 1100 ms"));
 }
 
 TEST(Sleep, LastsAsLongAsItIsAskedTo)

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include <string.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <locale>
 
 #include <gtest/gtest.h>
@@ -156,6 +159,57 @@ TEST(SettingsFile, ReadsAnUnreadableFileAsNoSettings)
     EXPECT_EQ(Loaded{}.get("A"), "");
 }
 
+TEST(SettingsFile, IsReadAfreshByAReload)
+{
+    SimulatedUnit unit;
+    unit.writeSettings("A=1\nB=2\n");
+    Loaded settings;
+    (void)settings.get("C");
+    unit.writeSettings("A=3\n");
+
+    settings.reload();
+    settings.set("D", "4");
+
+    EXPECT_EQ(unit.settings(), "A=3\nD = 4\n");
+}
+
+TEST(SettingsFile, IsNeitherReadNorWrittenWhenItIsAFifo)
+{
+    SimulatedUnit unit;
+    ASSERT_EQ(mkfifo(unit.settingsFile().c_str(), 0666), 0);
+    Loaded settings;
+
+    settings.set("A", "1");
+
+    EXPECT_EQ(settings.get("A"), "1");
+    EXPECT_THAT(unit.callsTo("/opt/etc/hxaux.ini"), Not(Contains(testing::StartsWith("fopen"))));
+}
+
+TEST(SettingsFile, IsNeitherReadNorWrittenWhenItIsADevice)
+{
+    SimulatedUnit unit;
+    ASSERT_EQ(symlink("/dev/zero", unit.settingsFile().c_str()), 0);
+    Loaded settings;
+
+    settings.set("A", "1");
+
+    EXPECT_THAT(unit.callsTo("/opt/etc/hxaux.ini"), Not(Contains(testing::StartsWith("fopen"))));
+}
+
+TEST(SettingsFile, IsMadeBehindALinkThatLeadsNowhere)
+{
+    SimulatedUnit unit;
+    const std::string target = unit.folder() + "/target";
+    ASSERT_EQ(symlink(target.c_str(), unit.settingsFile().c_str()), 0);
+
+    Loaded{}.set("A", "1");
+
+    EXPECT_EQ(unit.settings(), "A = 1\n");
+    struct stat status {};
+    ASSERT_EQ(lstat(unit.settingsFile().c_str(), &status), 0);
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+}
+
 TEST(SettingsFile, ReadsTenMegabytes)
 {
     SimulatedUnit unit;
@@ -297,6 +351,36 @@ TEST(SettingsWrite, IsSilentWhenTheFileCannotBeWritten)
 
     EXPECT_EQ(settings.get("A"), "2");
     EXPECT_EQ(unit.settings(), "A=1\n");
+}
+
+class UnreadableSettings : public testing::TestWithParam<int> {};
+
+TEST_P(UnreadableSettings, KeepTheirFileAsItIs)
+{
+    SimulatedUnit unit;
+    unit.writeSettings("A=1\nB=2\n");
+    unit.fail("/opt/etc/hxaux.ini", "fopen", GetParam(), 1);
+    Loaded settings;
+
+    settings.set("A", "3");
+
+    EXPECT_EQ(settings.get("A"), "3") << "for this object";
+    EXPECT_EQ(unit.settings(), "A=1\nB=2\n");
+}
+INSTANTIATE_TEST_SUITE_P(Settings, UnreadableSettings, testing::Values(EMFILE, ENFILE, EACCES, EIO, ELOOP),
+                         [](const auto& each) { return strerrorname_np(each.param); });
+
+TEST(SettingsWrite, StoresSeveralSettingsOneByOne)
+{
+    SimulatedUnit unit;
+    Loaded settings;
+    unit.clearJournal();
+
+    settings.set({{"B", "1"}, {" A ", " 2 "}, {"C", "3"}});
+
+    EXPECT_EQ(unit.settings(), "A=2\nB=1\nC = 3\n");
+    const auto calls = unit.callsTo("/opt/etc/hxaux.ini");
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "fopen w"), 3);
 }
 
 TEST(SettingsWrite, SucceedsAfterAnAttemptThatFailed)

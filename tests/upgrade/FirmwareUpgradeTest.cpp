@@ -7,6 +7,11 @@
 #include "simulator/model/Microcontroller.h"
 #include "upgrade/FirmwareUpgrade_Imp.h"
 
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -15,6 +20,7 @@ using firmware::Bytes;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 
 namespace {
 
@@ -47,6 +53,14 @@ UpgradeStatus statusOf(const Upgrade& upgrade)
     UpgradeStatus status{UpgradeActionReserved, 99, {9, 9, 9}, ERR_NOT_SUPPORTED};
     EXPECT_EQ(upgrade->getUpgradeStatus(&status, false), ERR_SUCCESS);
     return status;
+}
+
+/// The most memory that this process ever used.
+long residentPeakKib()
+{
+    rusage usage{};
+    EXPECT_EQ(::getrusage(RUSAGE_SELF, &usage), 0);
+    return usage.ru_maxrss;
 }
 
 /// Waits for the end of a run on a thread of its own.
@@ -159,7 +173,7 @@ TEST_P(EveryStart, LeavesARunningJobAlone)
     EXPECT_EQ(outcomeOf(first).error, expected());
 }
 
-TEST_P(EveryStart, KeepsTheLockWhenNoThreadCanBeStarted)
+TEST_P(EveryStart, ReleasesTheLockWhenNoThreadCanBeStarted)
 {
     SimulatedUnit unit;
     const std::string file = GetParam().file(unit, firmware::pattern(16));
@@ -168,7 +182,38 @@ TEST_P(EveryStart, KeepsTheLockWhenNoThreadCanBeStarted)
 
     EXPECT_EQ(start(upgrade, file, false), ERR_CREATE_THREAD);
 
-    EXPECT_FALSE(lockIsFree());
+    EXPECT_TRUE(lockIsFree());
+}
+
+TEST_P(EveryStart, RunsAgainOnTheSameObjectAfterEveryOtherKindOfRun)
+{
+    SimulatedUnit unit;
+    const Upgrade upgrade = makeUpgrade();
+    for (const StartCase& other : kStarts)
+        (void)((*upgrade).*other.start)(other.file(unit, firmware::pattern(16)).c_str(), true);
+    unit.clearJournal();
+
+    EXPECT_EQ(start(upgrade, GetParam().file(unit, firmware::pattern(1056)), true), expected());
+
+    EXPECT_THAT(unit.callsTo("/dev/uart-redir"), Contains("open rdwr nonblock"));
+    EXPECT_TRUE(lockIsFree());
+}
+
+TEST_P(EveryStart, PublishesTheBeginningOfEachRun)
+{
+    SimulatedUnit unit;
+    const std::string file = GetParam().file(unit, firmware::pattern(16));
+    const Upgrade upgrade = makeUpgrade();
+    const auto changesOfARun = [&] {
+        unit.clearJournal();
+        (void)start(upgrade, file, true);
+        const std::vector<std::string> calls = unit.callsTo("/hxSema.XXXXXX");
+        return std::ranges::count(calls, "sem_post") / 2; // the lock and the signal
+    };
+    const auto first = changesOfARun();
+    (void)((*upgrade).*kStarts[0].start)(kStarts[0].file(unit, firmware::pattern(16)).c_str(), true);
+
+    EXPECT_EQ(changesOfARun(), first);
 }
 
 TEST_P(EveryStart, MayBeReleasedRightAfterTheFinalStatus)
@@ -362,15 +407,83 @@ TEST(FirmwareUpgrade, CannotShutTheUnitDownWithoutTheDaemon)
     EXPECT_EQ(makeUpgrade()->shutDown(), ERR_COMMAND_FAILED);
 }
 
-TEST(FirmwareUpgrade, CannotRouteASecondRunOfTheSameObject)
+TEST(FirmwareUpgrade, KeepsNoDeviceOpenBeforeARunThatItRefuses)
 {
     SimulatedUnit unit;
     const Upgrade upgrade = makeUpgrade();
-    const std::string file = firmware::supervisorFile(unit, firmware::pattern(16));
-    ASSERT_EQ(upgrade->startSSUpgrade(file.c_str(), true), ERR_SUCCESS);
+    const Upgrade other = makeUpgrade();
+    const std::string file = firmware::fpgaFile(unit, firmware::pattern(16));
+    ASSERT_EQ(upgrade->startFpgaUpgrade(file.c_str(), true), ERR_SUCCESS);
+    ASSERT_EQ(other->startFpgaUpgrade(file.c_str(), false), ERR_SUCCESS);
+    unit.clearJournal();
 
-    EXPECT_EQ(upgrade->startSSUpgrade(file.c_str(), true), ERR_OPEN_FAILED) << "a new object is needed for each run";
-    EXPECT_EQ(makeUpgrade()->startSSUpgrade(file.c_str(), true), ERR_SUCCESS);
+    EXPECT_EQ(upgrade->startFpgaUpgrade(file.c_str(), true), ERR_IN_PROGRESS);
+
+    EXPECT_THAT(unit.callsTo("/dev/uart-redir"), Not(Contains("close")))
+        << "a refused start leaves the last run's state";
+    (void)outcomeOf(other);
+}
+
+TEST(FirmwareUpgrade, AnswersOpenFailedWhenTheFlashIsGoneInASecondRun)
+{
+    SimulatedUnit unit;
+    const Upgrade upgrade = makeUpgrade();
+    const std::string file = firmware::fpgaFile(unit, firmware::pattern(528));
+    ASSERT_EQ(upgrade->startFpgaUpgrade(file.c_str(), true), ERR_SUCCESS);
+    unit.describe("absent = /dev/fpgaflash");
+
+    EXPECT_EQ(upgrade->startFpgaUpgrade(file.c_str(), true), ERR_OPEN_FAILED);
+}
+
+TEST(FirmwareUpgrade, KeepsAPublishedChangeWhenASignalInterruptsTheWaitForTheStatus)
+{
+    SimulatedUnit unit;
+    const Upgrade upgrade = makeUpgrade();
+    const std::string file = firmware::fpgaFile(unit, firmware::pattern(16));
+    unit.fail("/hxSema.XXXXXX", "sem_wait", EINTR, 5);
+    testing::internal::CaptureStdout();
+
+    EXPECT_EQ(upgrade->startFpgaUpgrade(file.c_str(), true), ERR_SUCCESS);
+
+    (void)testing::internal::GetCapturedStdout();
+    EXPECT_EQ(outcomeOf(upgrade).action, UpgradeActionFinished);
+}
+
+TEST(FirmwareUpgrade, RefusesAFileBeyondFourGigabytesByItsSize)
+{
+    SimulatedUnit unit;
+    const Upgrade upgrade = makeUpgrade();
+    const std::string file = firmware::file(unit, "");
+    ASSERT_EQ(::truncate64(file.c_str(), (std::int64_t{1} << 32) + 60000), 0);
+    unit.clearJournal();
+
+    EXPECT_EQ(upgrade->startFrontUpgrade(file.c_str(), true), ERR_DATATYPE_MISMATCH);
+}
+
+TEST(FirmwareUpgrade, ReadsNoMoreThanAByteOfAFileOfAnImpossibleSize)
+{
+    SimulatedUnit unit;
+    const Upgrade upgrade = makeUpgrade();
+    const std::string file = firmware::file(unit, "");
+    ASSERT_EQ(::truncate64(file.c_str(), 1 << 30), 0);
+    const long before = residentPeakKib();
+
+    EXPECT_EQ(upgrade->startSSVerification(file.c_str(), true), ERR_DATATYPE_MISMATCH);
+
+    EXPECT_LT(residentPeakKib() - before, 1024);
+}
+
+TEST(FirmwareUpgrade, CannotOpenAnFpgaFileThatIsNoRegularFile)
+{
+    SimulatedUnit unit;
+    const Upgrade upgrade = makeUpgrade();
+    const std::string fifo = unit.folder() + "/fifo";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+
+    EXPECT_EQ(upgrade->startFpgaUpgrade("/dev/zero", true), ERR_OPEN_FAILED);
+    EXPECT_EQ(upgrade->startFpgaVerification(fifo.c_str(), true), ERR_OPEN_FAILED);
+    EXPECT_EQ(upgrade->startSSVerification("/dev/zero", true), ERR_DATATYPE_MISMATCH) << "by its size, as ever";
+    EXPECT_EQ(upgrade->startSSVerification(fifo.c_str(), true), ERR_DATATYPE_MISMATCH);
 }
 
 TEST(FirmwareUpgrade, ChecksAFileOnItsOwn)

@@ -137,31 +137,6 @@ TEST(FpgaFlasher, TakesAFolderForAnEmptyFile)
     EXPECT_EQ(flasher.Run(true), ERR_INVALID_DATA);
 }
 
-TEST(FpgaFlasher, RunsASecondTimeAndSwitchesTheSupervisorAgain)
-{
-    SimulatedUnit unit;
-    Flasher_FPGA flasher;
-    flasher.setFileName(firmware::fpgaFile(unit, firmware::pattern(528)).c_str());
-    ASSERT_EQ(flasher.Run(true), ERR_SUCCESS);
-    unit.clearJournal();
-
-    EXPECT_EQ(flasher.Run(false), ERR_SUCCESS);
-
-    EXPECT_THAT(unit.callsTo("/dev/uart-redir"), ElementsAre("0x4001004c: 0f", "0x4001004c: c3"));
-    EXPECT_THAT(unit.callsTo(kNode).front(), "open rdwr nonblock");
-}
-
-TEST(FpgaFlasher, AnswersARefusedRequestWhenTheDeviceIsGoneInASecondRun)
-{
-    SimulatedUnit unit;
-    Flasher_FPGA flasher;
-    flasher.setFileName(firmware::fpgaFile(unit, firmware::pattern(528)).c_str());
-    ASSERT_EQ(flasher.Run(true), ERR_SUCCESS);
-    unit.describe("absent = /dev/fpgaflash");
-
-    EXPECT_EQ(flasher.Run(true), ERR_IOCTRL_FAILED);
-}
-
 TEST(FpgaFlasher, ClosesTheRedirectorWhenItGoes)
 {
     SimulatedUnit unit;

@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/resource.h>
+
 using namespace Halvix;
 using firmware::Bytes;
 using testing::Each;
@@ -291,4 +293,43 @@ TEST(HexImage, HandsOutItsBytesPieceByPiece)
     EXPECT_EQ(image.read(piece, 4), 1U);
     EXPECT_EQ(piece[0], 9);
     EXPECT_EQ(image.read(piece, 4), 0U);
+}
+
+namespace {
+
+/// By how much a parse raises the most memory that this process ever used, in KiB.
+long memoryFor(const std::string& text, HexResult expected)
+{
+    const auto peak = [] {
+        rusage usage{};
+        EXPECT_EQ(::getrusage(RUSAGE_SELF, &usage), 0);
+        return usage.ru_maxrss;
+    };
+    const long before = peak();
+    HexImage image;
+    MemorySource source{text};
+    EXPECT_EQ(parseIntelHex(source, image, [](std::uint32_t) {}), expected);
+    return peak() - before;
+}
+
+constexpr long k16MiB = 16 * 1024;
+
+} // namespace
+
+TEST(HexImage, TakesUpNoMemoryForAHoleOfFourGigabytes)
+{
+    // More than a 32-bit process has addresses for.
+    const HexResult expected = sizeof(void*) == 4 ? HexResult::OutOfMemory : HexResult::Complete;
+    const std::string text = kFlash + firmware::data(0, {1}) + firmware::linear(0xFFFF) + firmware::data(0, {2}) + kEnd;
+
+    EXPECT_LT(memoryFor(text, expected), k16MiB);
+}
+
+TEST(HexImage, TakesUpAPageForEachOfManyLonelyBytes)
+{
+    std::string text = kFlash;
+    for (unsigned segment = 0x0801; text.size() < 103000; ++segment)
+        text += firmware::linear(static_cast<std::uint16_t>(segment)) + firmware::data(0, {1});
+
+    EXPECT_LT(memoryFor(text + kEnd, HexResult::Complete), k16MiB);
 }

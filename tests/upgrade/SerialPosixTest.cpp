@@ -213,6 +213,21 @@ TEST(SerialPort, TellsThatASystemCallFailed)
     EXPECT_EQ(serial_write(port.get(), &byte, 1), SERIAL_SYSTEM_CALL_FAILED);
 }
 
+TEST(SerialPort, GoesOnAfterASignal)
+{
+    SimulatedUnit unit;
+    const Port port{serial_open(kPort)};
+    ASSERT_EQ(setUp(port), SERIAL_OK);
+    char byte = 0;
+    unit.fail(kPort, "read", EINTR, 3);
+    unit.fail(kPort, "write", EINTR, 3);
+
+    EXPECT_EQ(serial_write(port.get(), "\x01", 1), SERIAL_OK);
+    EXPECT_EQ(serial_read(port.get(), &byte, 1), SERIAL_NO_DATA);
+
+    EXPECT_THAT(unit.callsTo(kPort), testing::Contains("write: 01"));
+}
+
 TEST(SerialPort, IsFlushedOfInput)
 {
     SimulatedUnit unit;

@@ -9,6 +9,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <iterator>
 
@@ -32,7 +34,10 @@ constexpr tcflag_t kCharacterSizes[] = {CS5, CS6, CS7, CS8};
 constexpr tcflag_t kParities[] = {0, 0x110, 0x310};
 constexpr tcflag_t kStopBits[] = {0, CSTOPB};
 
-constexpr cc_t kReadTimeoutTenths = 30;
+using std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kReadTimeout{3};
+constexpr cc_t kReadTimeoutTenths = 10 * kReadTimeout.count();
 
 int checkParameters(unsigned baud, unsigned bits, unsigned parity, unsigned stop)
 {
@@ -136,6 +141,8 @@ int serial_write(const serial_port* h, const void* buffer, size_t length)
     const auto* next = static_cast<const unsigned char*>(buffer);
     while (length > 0) {
         const ssize_t written = ::write(h->fd, next, length);
+        if (written < 0 && errno == EINTR)
+            continue;
         if (written < 1)
             return SERIAL_SYSTEM_CALL_FAILED;
         next += written;
@@ -148,14 +155,21 @@ int serial_read(const serial_port* h, void* buffer, size_t length)
 {
     assert(h && h->fd > -1 && h->configured);
     auto* next = static_cast<unsigned char*>(buffer);
+    auto lastByte = steady_clock::now();
     while (length > 0) {
         const ssize_t got = ::read(h->fd, next, length);
+        if (got < 0 && errno == EINTR) {
+            if (steady_clock::now() - lastByte >= kReadTimeout)
+                return SERIAL_NO_DATA; // the port's own time-out starts again with each call
+            continue;
+        }
         if (got == 0)
             return SERIAL_NO_DATA;
         if (got < 0)
             return SERIAL_SYSTEM_CALL_FAILED;
         next += got;
         length -= static_cast<size_t>(got);
+        lastByte = steady_clock::now();
     }
     return SERIAL_OK;
 }

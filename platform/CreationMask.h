@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "platform/LinuxWrapper.h"
+#include "platform/ProcessLocks.h"
+
+#include <mutex>
+
+namespace Halvix {
+
+/// The process's file-creation mask for a scope, one scope at a time: of two that overlapped, the later one would
+/// restore the mask of the earlier one for good. Files that the application itself makes in another thread during the
+/// scope get this mask too.
+class CreationMask {
+public:
+    explicit CreationMask(unsigned int mask)
+        : exclusive_{processlocks::creationMask()}, previous_{LinuxWrapper::umask(mask)}
+    {
+    }
+    ~CreationMask()
+    {
+        if (restores_)
+            (void)LinuxWrapper::umask(previous_);
+    }
+    CreationMask(const CreationMask&) = delete;
+    CreationMask& operator=(const CreationMask&) = delete;
+
+    /// Leaves the mask as it is when the scope ends.
+    void keep() { restores_ = false; }
+
+private:
+    std::lock_guard<std::mutex> exclusive_;
+    unsigned int previous_;
+    bool restores_ = true;
+};
+
+} // namespace Halvix

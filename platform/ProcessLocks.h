@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <mutex>
+
+/// The locks that belong to the process as a whole. A fork waits until both are free, so that a child never inherits
+/// one from a thread that it does not have. Nobody holds one while acquiring the other.
+namespace Halvix::processlocks {
+
+/// Guards the file-creation mask while it differs from the application's.
+std::mutex& creationMask();
+/// Guards the table of semaphore handles.
+std::mutex& semaphoreTable();
+
+} // namespace Halvix::processlocks
