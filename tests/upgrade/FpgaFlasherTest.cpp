@@ -2,6 +2,7 @@
 #include "tests/upgrade/FirmwareFile.h"
 
 #include "simulator/model/FpgaFlash.h"
+#include "upgrade/FirmwareFile.h"
 #include "upgrade/Flasher_FPGA.h"
 
 using namespace Halvix;
@@ -144,6 +145,23 @@ TEST(FpgaFlasher, ClosesTheRedirectorWhenItGoes)
     EXPECT_EQ(run(unit, firmware::pattern(16)), ERR_SUCCESS);
 
     EXPECT_EQ(unit.callsTo("/dev/uart-redir").back(), "close");
+}
+
+TEST(BufferedSource, EndsForGoodAtAReadThatFails)
+{
+    SimulatedUnit unit;
+    const std::string name = firmware::file(unit, std::string(10000, 'x'));
+    unit.fail(name, "read", EIO, hxsim::Fault::kAlways, 1);
+    const FirmwareFile file{name.c_str()};
+    BufferedSource source{file};
+    char character = '\0';
+    int count = 0;
+
+    while (source.next(character))
+        ++count;
+
+    EXPECT_EQ(count, 4096) << "what the first read brought";
+    EXPECT_FALSE(source.next(character));
 }
 
 TEST(FpgaFlasher, EmptiesItsImageBeforeAFileThatIsMissing)
