@@ -200,6 +200,19 @@ TEST(Beep, KeepsTheLockWhenItsThreadCannotBeStarted)
     EXPECT_EQ(unit.get("buzzer.beeps"), "0");
 }
 
+TEST(Beep, WithoutAThreadLeavesNothingOpenAfterItsRelease)
+{
+    SimulatedUnit unit;
+    unit.fail("thread", "start", EAGAIN, 1);
+    {
+        Released<Buzzer> buzzer{GetBuzzer()};
+        ASSERT_EQ(buzzer->buzze(250, false), ERR_CREATE_THREAD);
+    }
+
+    EXPECT_EQ(unit.callsTo(kDevice).back(), "close");
+    EXPECT_EQ(unit.callsTo(kLock).back(), "sem_close");
+}
+
 TEST(Beep, DoesNotHoldBackTheUntimedTrigger)
 {
     SimulatedUnit unit;

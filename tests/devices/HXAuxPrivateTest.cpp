@@ -224,6 +224,31 @@ TEST(FileSetting, ThatIsMissingOrEmptyIsACommandThatFailed)
     EXPECT_STREQ(value, "untouched");
 }
 
+TEST(FileSetting, OfANullKeyIsMissingAndIsNotStored)
+{
+    SimulatedUnit unit;
+    unit.writeSettings("A=1\n");
+    Released service{GetHXAuxPrivate()};
+    char value[16] = "untouched";
+
+    EXPECT_EQ(service->getFileSetting(nullptr, value, sizeof value), ERR_COMMAND_FAILED);
+    EXPECT_EQ(service->setFileSetting(nullptr, "1"), ERR_SUCCESS);
+
+    EXPECT_STREQ(value, "untouched");
+    EXPECT_EQ(unit.settings(), "A=1\n");
+}
+
+TEST(FileSetting, OfANullValueIsStoredAsEmpty)
+{
+    SimulatedUnit unit;
+    unit.writeSettings("A=1\n");
+    Released service{GetHXAuxPrivate()};
+
+    EXPECT_EQ(service->setFileSetting("A", nullptr), ERR_SUCCESS);
+
+    EXPECT_EQ(unit.settings(), "A=\n");
+}
+
 TEST(FileSetting, NeedsRoomForItsTerminator)
 {
     SimulatedUnit unit;

@@ -1,13 +1,20 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include <pthread.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
+#include <thread>
 
 #include <gtest/gtest.h>
 
+#include "platform/CreationMask.h"
+#include "platform/DeviceChannel.h"
 #include "platform/LinuxWrapper.h"
 #include "tests/support/SimulatedUnit.h"
 
@@ -103,6 +110,27 @@ TEST(Thread, LeavesTheSignalsOfItsStarterAsTheyWere)
         EXPECT_EQ(::sigismember(&after, number), ::sigismember(&before, number)) << number;
 }
 
+TEST(RetryingChannel, IsOpenedOnceHoweverManyThreadsBegin)
+{
+    constexpr std::size_t kRounds = 200;
+    SimulatedUnit unit;
+
+    for (std::size_t i = 0; i < kRounds; ++i) {
+        RetryingChannel channel{"/dev/diag-id"};
+        std::atomic<int> waiting{2};
+        const auto begin = [&] {
+            for (--waiting; waiting > 0;)
+                ::sched_yield();
+            EXPECT_EQ(channel.ensureOpen(), ERR_SUCCESS);
+        };
+        std::thread other{begin};
+        begin();
+        other.join();
+    }
+
+    EXPECT_EQ(std::ranges::count(unit.callsTo("/dev/diag-id"), "open rdwr nonblock"), kRounds);
+}
+
 TEST(SleepFully, SleepsTheRestAfterAnInterruption)
 {
     SimulatedUnit unit;
@@ -149,6 +177,47 @@ TEST(Sleep, IsNotResumedAfterAnInterruption)
     EXPECT_FALSE(LinuxWrapper::Sleep(1500));
 
     EXPECT_THAT(unit.journal(), ElementsAre("sleep 1500 ms !EINTR"));
+}
+
+TEST(CreationMask, IsTheApplicationsAgainAfterScopesOfTwoThreads)
+{
+    const unsigned int before = LinuxWrapper::umask(027);
+    const auto manyScopes = [] {
+        for (int i = 0; i < 20000; ++i)
+            const CreationMask scope{0};
+    };
+
+    std::thread other{manyScopes};
+    manyScopes();
+    other.join();
+
+    EXPECT_EQ(LinuxWrapper::umask(before), 027U);
+}
+
+TEST(CreationMask, CanBeChangedByAChildOfAForkDuringAnotherThreadsScope)
+{
+    std::atomic<bool> inside{false};
+    std::thread other{[&] {
+        const CreationMask scope{0};
+        inside = true;
+        ::usleep(100000);
+    }};
+    while (!inside)
+        ::sched_yield();
+
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::alarm(20); // ends a child that waits for a thread that it does not have
+        {
+            const CreationMask scope{0};
+        }
+        ::_exit(0);
+    }
+    other.join();
+
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 TEST(CreationMask, IsSetAndThePreviousOneGiven)

@@ -395,6 +395,19 @@ TEST(SettingsWrite, SucceedsAfterAnAttemptThatFailed)
     EXPECT_EQ(unit.settings(), "A=1\nB = 2\n");
 }
 
+TEST(SettingsWrite, PutsTheTextOfTheLastWriteBackWhenThereIsNoRoomForTheNext)
+{
+    SimulatedUnit unit;
+    unit.writeSettings("A=1\n");
+    Loaded settings;
+    settings.set("B", "2");
+    unit.fail("/opt/etc/hxaux.ini", "write", ENOSPC, 1);
+
+    settings.set("C", "3");
+
+    EXPECT_EQ(unit.settings(), "A=1\nB = 2\n");
+}
+
 TEST(SettingsWrite, MakesAFileThatEverybodyMayWrite)
 {
     SimulatedUnit unit;

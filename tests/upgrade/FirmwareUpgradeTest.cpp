@@ -185,6 +185,17 @@ TEST_P(EveryStart, ReleasesTheLockWhenNoThreadCanBeStarted)
     EXPECT_TRUE(lockIsFree());
 }
 
+TEST_P(EveryStart, LeavesNothingOpenWhenNoThreadCanBeStarted)
+{
+    SimulatedUnit unit;
+    const std::string file = GetParam().file(unit, firmware::pattern(16));
+    unit.fail("thread", "start", EAGAIN);
+
+    EXPECT_EQ(start(makeUpgrade(), file, false), ERR_CREATE_THREAD);
+
+    EXPECT_EQ(unit.callsTo(std::string{"/"} + kLock).back(), "sem_close");
+}
+
 TEST_P(EveryStart, RunsAgainOnTheSameObjectAfterEveryOtherKindOfRun)
 {
     SimulatedUnit unit;

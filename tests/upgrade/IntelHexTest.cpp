@@ -281,6 +281,28 @@ TEST(IntelHex, NamesTheCodesThatTheUserGets)
     EXPECT_EQ(errorOf(HexResult::OutOfMemory), ERR_INIT_FAILED);
 }
 
+TEST(HexImage, KeepsItsBytesWhenItHasToMove)
+{
+    // Two images that grow in turn stand in each other's way.
+    HexImage images[2];
+    for (std::uint64_t size = 1 << 20; size <= 16 << 20; size *= 2)
+        for (HexImage& image : images) {
+            ASSERT_TRUE(image.grow(size - image.size));
+            image.data[size - 1] = 7;
+            EXPECT_EQ(image.data[(size / 2) - 1], size == 1 << 20 ? 0 : 7);
+        }
+}
+
+TEST(HexImage, ReleasesItsMemory)
+{
+    // Together more than a process has addresses for.
+    constexpr std::uint64_t kSize = sizeof(void*) == 4 ? 1U << 28 : UINT32_MAX;
+    for (int i = 0; i < 50000; ++i) {
+        HexImage image;
+        ASSERT_TRUE(image.grow(kSize)) << i;
+    }
+}
+
 TEST(HexImage, HandsOutItsBytesPieceByPiece)
 {
     HexImage image;
