@@ -419,7 +419,8 @@ TEST(I2CConfig, HoldsTheModulesKeyToTheEndWhenSignalsInterruptTheSleep)
 
     EXPECT_EQ(expander.setGPRSPowerStatus(true), ERR_SUCCESS);
 
-    EXPECT_EQ(unit.now(), 1100);
+    EXPECT_THAT(unit.callsTo("sleep"),
+                testing::ElementsAre("1100 ms !EINTR", "1100 ms !EINTR", "1100 ms !EINTR", "1100 ms"));
     EXPECT_EQ(unit.get("telematics.gsm-key"), "free");
     EXPECT_EQ(unit.get("telematics.gsm"), "on");
 }
