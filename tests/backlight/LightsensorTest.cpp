@@ -398,6 +398,19 @@ TEST(Averaging, StartWithoutAThreadLeavesTheAveragingTaken)
     EXPECT_EQ(startDefault(sensor.operator->()), ERR_AVERAGE_CALC_STARTED);
 }
 
+TEST(Averaging, StartWithoutAThreadLeavesNothingOpenAfterTheRelease)
+{
+    SimulatedUnit unit;
+    unit.fail("thread", "start", EAGAIN, 1);
+    {
+        Given<Lightsensor> sensor{GetLightsensor()};
+        ASSERT_EQ(startDefault(sensor.operator->()), ERR_CREATE_THREAD);
+    }
+
+    EXPECT_EQ(unit.callsTo(kAveragingLock).back(), "sem_close");
+    EXPECT_EQ(unit.callsTo(kSensorDevice).back(), "close");
+}
+
 TEST(Averaging, ThatRunsWhenItsObjectIsReleasedGoesOn)
 {
     SimulatedUnit unit;

@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <thread>
@@ -14,7 +13,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/CreationMask.h"
-#include "platform/DeviceChannel.h"
 #include "platform/LinuxWrapper.h"
 #include "tests/support/SimulatedUnit.h"
 
@@ -110,27 +108,6 @@ TEST(Thread, LeavesTheSignalsOfItsStarterAsTheyWere)
         EXPECT_EQ(::sigismember(&after, number), ::sigismember(&before, number)) << number;
 }
 
-TEST(RetryingChannel, IsOpenedOnceHoweverManyThreadsBegin)
-{
-    constexpr std::size_t kRounds = 200;
-    SimulatedUnit unit;
-
-    for (std::size_t i = 0; i < kRounds; ++i) {
-        RetryingChannel channel{"/dev/diag-id"};
-        std::atomic<int> waiting{2};
-        const auto begin = [&] {
-            for (--waiting; waiting > 0;)
-                ::sched_yield();
-            EXPECT_EQ(channel.ensureOpen(), ERR_SUCCESS);
-        };
-        std::thread other{begin};
-        begin();
-        other.join();
-    }
-
-    EXPECT_EQ(std::ranges::count(unit.callsTo("/dev/diag-id"), "open rdwr nonblock"), kRounds);
-}
-
 TEST(SleepFully, SleepsTheRestAfterAnInterruption)
 {
     SimulatedUnit unit;
@@ -139,6 +116,32 @@ TEST(SleepFully, SleepsTheRestAfterAnInterruption)
     LinuxWrapper::SleepFully(1500);
 
     EXPECT_THAT(unit.journal(), ElementsAre("sleep 1500 ms !EINTR", "sleep 1500 ms")); // nothing had passed
+}
+
+TEST(SleepFully, EndsAlthoughSignalsGoOn)
+{
+    struct sigaction action {};
+    struct sigaction before {};
+    action.sa_handler = [](int) {};
+    ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0);
+    std::atomic<bool> slept{false};
+    std::atomic<bool> inTime{true};
+    std::thread interrupter{[&, sleeper = ::pthread_self()] {
+        for (int signals = 0; !slept; ++signals) {
+            if (signals == 200) // 20 s: each signal began the sleep again
+                inTime = false;
+            if (inTime)
+                ::pthread_kill(sleeper, SIGUSR1);
+            ::usleep(100000);
+        }
+    }};
+
+    LinuxWrapper::SleepFully(500);
+    slept = true;
+    interrupter.join();
+    ::sigaction(SIGUSR1, &before, nullptr);
+
+    EXPECT_TRUE(inTime);
 }
 
 TEST(SleepFully, AsksOnceWhenNothingInterrupts)
@@ -179,19 +182,26 @@ TEST(Sleep, IsNotResumedAfterAnInterruption)
     EXPECT_THAT(unit.journal(), ElementsAre("sleep 1500 ms !EINTR"));
 }
 
-TEST(CreationMask, IsTheApplicationsAgainAfterScopesOfTwoThreads)
+TEST(CreationMask, IsChangedByOneThreadAtATime)
 {
-    const unsigned int before = LinuxWrapper::umask(027);
-    const auto manyScopes = [] {
-        for (int i = 0; i < 20000; ++i)
-            const CreationMask scope{0};
-    };
+    std::atomic<bool> inside{false};
+    bool overlapped = true;
+    std::thread second{[&] {
+        while (!inside)
+            ::sched_yield();
+        const CreationMask scope{0};
+        overlapped = inside;
+    }};
 
-    std::thread other{manyScopes};
-    manyScopes();
-    other.join();
+    {
+        const CreationMask scope{0};
+        inside = true;
+        ::usleep(200000); // the second thread tries meanwhile
+        inside = false;
+    }
+    second.join();
 
-    EXPECT_EQ(LinuxWrapper::umask(before), 027U);
+    EXPECT_FALSE(overlapped);
 }
 
 TEST(CreationMask, CanBeChangedByAChildOfAForkDuringAnotherThreadsScope)

@@ -185,6 +185,22 @@ TEST_P(EveryStart, ReleasesTheLockWhenNoThreadCanBeStarted)
     EXPECT_TRUE(lockIsFree());
 }
 
+TEST_P(EveryStart, ForgetsWhatWasReadOfTheRunBefore)
+{
+    SimulatedUnit unit;
+    const std::string file = GetParam().file(unit, firmware::pattern(16));
+    const Upgrade upgrade = makeUpgrade();
+    ASSERT_EQ(start(upgrade, file, true), expected());
+    while (statusOf(upgrade).action < UpgradeActionFinished) {
+    }
+    unit.fail("thread", "start", EAGAIN);
+
+    EXPECT_EQ(start(upgrade, file, false), ERR_CREATE_THREAD); // which publishes nothing
+
+    EXPECT_EQ(statusOf(upgrade).action, UpgradeActionPrepareHardware);
+    EXPECT_EQ(statusOf(upgrade).error, ERR_SUCCESS);
+}
+
 TEST_P(EveryStart, LeavesNothingOpenWhenNoThreadCanBeStarted)
 {
     SimulatedUnit unit;

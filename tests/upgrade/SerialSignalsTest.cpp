@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The time limit of a read while signals arrive, on a real terminal and in real time.
+// On a real terminal and in real time: the time limit of a read while signals arrive.
 #include "upgrade/STM32/serial_posix.h"
 
 #include <gmock/gmock.h>
@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <string>
 #include <thread>
 
 namespace {
@@ -37,6 +38,17 @@ public:
     Line& operator=(const Line&) = delete;
 
     [[nodiscard]] const serial_port* port() const { return port_; }
+    /// Of the port, which keeps it to itself.
+    [[nodiscard]] int descriptor() const
+    {
+        char name[64];
+        char other[64];
+        EXPECT_EQ(::ptsname_r(end_, name, sizeof name), 0);
+        for (int fd = 0; fd < 1024; ++fd)
+            if (::ttyname_r(fd, other, sizeof other) == 0 && std::string{name} == other)
+                return fd;
+        return -1;
+    }
     void send(char byte) const { EXPECT_EQ(::write(end_, &byte, 1), 1); }
 
 private:
@@ -75,6 +87,13 @@ private:
 };
 
 } // namespace
+
+TEST(SerialPortOfATerminal, StaysOpenInAProgramStartedByExec)
+{
+    const Line line;
+
+    EXPECT_EQ(::fcntl(line.descriptor(), F_GETFD), 0) << "without FD_CLOEXEC";
+}
 
 TEST(SerialPortUnderSignals, TellsThatNothingCame)
 {

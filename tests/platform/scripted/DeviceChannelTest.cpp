@@ -4,7 +4,12 @@
 
 #include <gmock/gmock.h>
 
+#include <sched.h>
+#include <unistd.h>
+
+#include <atomic>
 #include <cstdint>
+#include <thread>
 
 using namespace Halvix;
 using testing::ElementsAre;
@@ -174,6 +179,27 @@ TEST(RetryingChannel, TriesAtEveryOperationUntilItSucceedsAndThenNoMore)
     EXPECT_EQ(channel.ensureOpen(), ERR_SUCCESS);
 
     EXPECT_EQ(device.opened.size(), 3U);
+}
+
+TEST(RetryingChannel, IsOpenedByOneOfTwoThreads)
+{
+    ScriptedDevice device;
+    RetryingChannel channel{"/dev/wiper"};
+    std::atomic<bool> opening{false};
+    device.whileOpening = [&] {
+        opening = true;
+        ::usleep(200000); // the second thread comes meanwhile
+    };
+    std::thread second{[&] {
+        while (!opening)
+            ::sched_yield();
+        EXPECT_EQ(channel.ensureOpen(), ERR_SUCCESS);
+    }};
+
+    EXPECT_EQ(channel.ensureOpen(), ERR_SUCCESS);
+    second.join();
+
+    EXPECT_EQ(device.opened.size(), 1U);
 }
 
 TEST(RetryingChannel, ClosesWhatItOpened)

@@ -49,6 +49,8 @@ void ScriptedDevice::restart()
 bool ScriptedDevice::open(int& handle, const char* path)
 {
     opened.emplace_back(path);
+    if (whileOpening)
+        whileOpening();
     handle = absent ? -1 : 1000;
     return !absent;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,7 @@ public:
 
     std::vector<Request> requests;
     std::vector<std::string> opened;
+    std::function<void()> whileOpening; ///< called by each open before it answers
     int closed = 0;
 
     bool ioCtrl(unsigned long code, const char* in, int inLength, char* out, int outLength, int* returned);
