@@ -95,7 +95,7 @@ TEST(SerialPortOfATerminal, StaysOpenInAProgramStartedByExec)
     EXPECT_EQ(::fcntl(line.descriptor(), F_GETFD), 0) << "without FD_CLOEXEC";
 }
 
-TEST(SerialPortUnderSignals, TellsThatNothingCame)
+TEST(SerialPortUnderSignals, ReportsThatNothingCame)
 {
     const Line line;
     const Interruptions interruptions;

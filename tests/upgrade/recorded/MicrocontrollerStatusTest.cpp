@@ -209,7 +209,7 @@ TEST(MicrocontrollerStatus, OfAnImageLargerThanTheFlashFailsBeforeErasing)
     EXPECT_EQ(unit.get("ss.flash-crc"), before);
 }
 
-TEST(MicrocontrollerStatus, OfAnImageThatFillsTheFlashIsTold)
+TEST(MicrocontrollerStatus, OfAnImageThatFillsTheFlashSucceeds)
 {
     SimulatedUnit unit{"ss.product-id = 0x412"};
     const Bytes image = firmware::pattern(32 * 1024);
