@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -48,6 +49,18 @@ public:
             if (::ttyname_r(fd, other, sizeof other) == 0 && std::string{name} == other)
                 return fd;
         return -1;
+    }
+    /// How many bytes arrive, up to that many; fewer when ten seconds bring none.
+    [[nodiscard]] std::size_t receive(std::size_t wanted) const
+    {
+        std::size_t count = 0;
+        pollfd arrival{end_, POLLIN, 0};
+        while (count < wanted && ::poll(&arrival, 1, 10000) == 1) {
+            char bytes[1000];
+            const ssize_t got = ::read(end_, bytes, sizeof bytes);
+            count += got > 0 ? static_cast<std::size_t>(got) : 0;
+        }
+        return count;
     }
     void send(char byte) const { EXPECT_EQ(::write(end_, &byte, 1), 1); }
 
@@ -102,6 +115,25 @@ TEST(SerialPortUnderSignals, ReportsThatNothingCame)
     char byte = 0;
 
     EXPECT_EQ(::serial_read(line.port(), &byte, 1), SERIAL_NO_DATA);
+}
+
+TEST(SerialPortUnderSignals, WritesEverything)
+{
+    const Line line;
+    const std::string text(300000, 'x'); // far more than a terminal holds
+    std::size_t received = 0;
+    std::thread receiver{[&] {
+        ::usleep(200000); // the line is full by then, and the write waits
+        received = line.receive(text.size());
+    }};
+    {
+        const Interruptions interruptions;
+
+        EXPECT_EQ(::serial_write(line.port(), text.data(), text.size()), SERIAL_OK);
+    }
+    receiver.join();
+
+    EXPECT_EQ(received, text.size());
 }
 
 TEST(SerialPortUnderSignals, WaitsForEachByteAnew)
