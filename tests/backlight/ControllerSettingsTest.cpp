@@ -131,6 +131,24 @@ TEST(ControllerSettings, AreRepairedInSevenWritesOfTheWholeFile)
         << testing::PrintToString(calls);
 }
 
+TEST(ControllerSettings, AreHeldFromTheReadingToTheLastWriteOfARepair)
+{
+    SimulatedUnit unit;
+
+    serveShortly(unit, "");
+
+    std::vector<std::string> calls;
+    for (const std::string& call : unit.journal())
+        if (call.starts_with(kFileLock + " sem_wait") || call.starts_with(kFileLock + " sem_post") ||
+            call.starts_with("/opt/etc/hxaux.ini fopen w"))
+            calls.push_back(call);
+    ASSERT_GE(calls.size(), 9U);
+    EXPECT_EQ(calls[0], kFileLock + " sem_wait");
+    EXPECT_THAT(std::vector<std::string>(calls.begin() + 1, calls.begin() + 8),
+                testing::Each(testing::StartsWith("/opt/etc/hxaux.ini fopen w")));
+    EXPECT_EQ(calls[8], kFileLock + " sem_post");
+}
+
 TEST(ControllerSettings, WithANonsenseSlopeTakeTheDefaultSlope)
 {
     for (const char* slope : {"nan", "inf", "-inf", "1e999", "steep"}) {

@@ -224,21 +224,21 @@ TEST(FileSetting, ThatIsMissingOrEmptyIsACommandThatFailed)
     EXPECT_STREQ(value, "untouched");
 }
 
-TEST(FileSetting, OfANullKeyIsMissingAndIsNotStored)
+TEST(FileSetting, WithoutANameIsNeitherStoredNorFound)
 {
     SimulatedUnit unit;
-    unit.writeSettings("A=1\n");
+    unit.writeSettings("=x\nA=1\n");
     Released service{GetHXAuxPrivate()};
     char value[16] = "untouched";
 
+    EXPECT_EQ(service->setFileSetting(nullptr, "2"), ERR_SUCCESS);
     EXPECT_EQ(service->getFileSetting(nullptr, value, sizeof value), ERR_COMMAND_FAILED);
-    EXPECT_EQ(service->setFileSetting(nullptr, "1"), ERR_SUCCESS);
 
     EXPECT_STREQ(value, "untouched");
-    EXPECT_EQ(unit.settings(), "A=1\n");
+    EXPECT_EQ(unit.settings(), "=x\nA=1\n");
 }
 
-TEST(FileSetting, OfANullValueIsStoredAsEmpty)
+TEST(FileSetting, OfNullIsAnEmptyText)
 {
     SimulatedUnit unit;
     unit.writeSettings("A=1\n");

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The version gates with each of their calls and allocations failing: they answer no, and never more than that.
+// Questions whose answer others rely on, with each of their calls and allocations failing: the version gates answer no
+// and never more than that; what modules are fitted is asked again when memory ran out.
 #include <gtest/gtest.h>
 
 #include "hx-aux/hx-aux.h"
@@ -49,6 +50,33 @@ TEST_P(EveryGate, AnswersNoWhenTheVersionCannotBeRead)
     EXPECT_EQ(askedWith(GetParam(), Kind::Interrupted, 1), "no");
     EXPECT_EQ(askedWith(GetParam(), Kind::Allocation, 0), "no");
     EXPECT_EQ(askedWith(GetParam(), Kind::Allocation, 1), "unfailed");
+}
+
+/// The answers of two questions, the first of which runs out of memory at one allocation; "unfailed" past the last one.
+std::string askedTwiceFailing(std::size_t allocation)
+{
+    return inAChild([&] {
+               thisIsTheCaller();
+               SimulatedUnit unit;
+               hxsim::watchCalls(onCall);
+               Halvix::Telematics* const telematics = GetTelematics();
+               Halvix::HXStatus status{};
+               startFailing(Kind::Allocation, Scope::Caller, allocation);
+               const Halvix::eErr first = telematics->getWLANPowerStatus(&status);
+               (void)stop();
+               const Halvix::eErr second = telematics->getWLANPowerStatus(&status);
+               telematics->Release();
+               return hasFired() ? std::to_string(first) + ' ' + std::to_string(second) : "unfailed";
+           })
+        .told;
+}
+
+TEST(FittedModules, AreAskedForAgainWhenMemoryRanOut)
+{
+    EXPECT_EQ(askedTwiceFailing(0), "32 0");
+    EXPECT_EQ(askedTwiceFailing(1), "32 0");
+    EXPECT_EQ(askedTwiceFailing(2), "32 0");
+    EXPECT_EQ(askedTwiceFailing(3), "unfailed");
 }
 
 } // namespace

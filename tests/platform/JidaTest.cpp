@@ -347,6 +347,22 @@ TEST(BoardTemperature, FailsWhenTheSensorCannotBeDescribed)
     EXPECT_EQ(reading.type, 77U);
 }
 
+TEST(BoardTemperature, GivesTheBoardLibraryTheCallersOwnStatus)
+{
+    const Pointers pointers;
+    static unsigned long* given = nullptr;
+    pJidaTemperatureCount = [](unsigned long) { return 1U; };
+    pJidaTemperatureGetCurrent = [](unsigned long, unsigned long, unsigned long*, unsigned long* status) {
+        given = status;
+        return 0U;
+    };
+    Reading reading;
+
+    EXPECT_FALSE(reading.read(1, 0));
+
+    EXPECT_EQ(given, &reading.status);
+}
+
 TEST(BoardTemperature, SucceedsOnlyForAResultOfExactlyOne)
 {
     const Pointers pointers;

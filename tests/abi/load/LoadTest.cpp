@@ -152,6 +152,16 @@ TEST(Loading, RunsNothingOfTheLibrary)
     EXPECT_EQ(dlclose(library), 0);
 }
 
+TEST(Unloading, LeavesTheLibraryMappedForItsThreads)
+{
+    void* library = dlopen(HX_LIBRARY, RTLD_NOW);
+    ASSERT_NE(library, nullptr) << dlerror();
+
+    EXPECT_EQ(dlclose(library), 0);
+
+    EXPECT_NE(dlopen(HX_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+}
+
 TEST(Loading, WouldBeNoticedIfItDid)
 {
     void* library = dlopen(HX_LIBRARY, RTLD_NOW);
