@@ -285,11 +285,11 @@ TEST(HexImage, KeepsItsBytesWhenItHasToMove)
 {
     // Two images that grow in turn stand in each other's way.
     HexImage images[2];
-    for (std::uint64_t size = 1 << 20; size <= 16 << 20; size *= 2)
+    for (std::uint32_t size = 1U << 20; size <= 16U << 20; size *= 2)
         for (HexImage& image : images) {
             ASSERT_TRUE(image.grow(size - image.size));
             image.data[size - 1] = 7;
-            EXPECT_EQ(image.data[(size / 2) - 1], size == 1 << 20 ? 0 : 7);
+            EXPECT_EQ(image.data[(size / 2) - 1], size == 1U << 20 ? 0 : 7);
         }
 }
 
