@@ -11,7 +11,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-names=(format shell spelling source layers clang tidy headers docs abi tests conformance asan tsan fuzz coverage)
+names=(format shell spelling source layers clang tidy headers docs abi tests conformance mutants asan tsan fuzz coverage)
 
 sources() { git ls-files '*.cpp' '*.h' '*.c'; }
 
@@ -40,6 +40,8 @@ check_docs() { scripts/docs.sh; }
 check_abi() { scripts/check-abi; }
 check_tests() { scripts/test.sh; }
 check_conformance() { scripts/conformance.sh; }
+# A random dozen; the seed in the log repeats the choice.
+check_mutants() { scripts/mutants --random 12; }
 check_asan() { build_and_test asan; }
 # The library neither joins nor detaches its threads, as its interface says: that is no finding.
 check_tsan() { TSAN_OPTIONS=report_thread_leaks=0 build_and_test tsan; }

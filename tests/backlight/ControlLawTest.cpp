@@ -176,6 +176,12 @@ TEST(ControlRun, BeginsWithAMeasurement)
     EXPECT_TRUE(law::measurementIsDue(law::Run{}));
 }
 
+TEST(ControlRun, MeasuresAgainWhenThePeriodIsOver)
+{
+    EXPECT_FALSE(law::measurementIsDue({.elapsedMs = 799}));
+    EXPECT_TRUE(law::measurementIsDue({.elapsedMs = 800}));
+}
+
 TEST(ControlRun, SleepsAWholePeriodWhenThereIsNothingToChange)
 {
     EXPECT_TRUE(stepsOfOnePeriod(aimed(24, 24), Transition::Soft).empty());

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/backlight/Service.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 using namespace Halvix;
@@ -15,6 +17,15 @@ namespace {
 std::size_t startedThreads(SimulatedUnit& unit)
 {
     return unit.callsTo("thread").size();
+}
+
+/// Descriptors of the light sensor that were opened and not closed.
+std::size_t openSensors(SimulatedUnit& unit)
+{
+    const std::vector<std::string> calls = unit.callsTo("/dev/lightsensor");
+    const auto closed = std::ranges::count(calls, "close");
+    const auto opened = std::ranges::count_if(calls, [](const std::string& call) { return call.starts_with("open "); });
+    return static_cast<std::size_t>(opened - closed);
 }
 
 bool averagingIsFree()
@@ -63,6 +74,21 @@ TEST(Controller, InitWithoutAThreadMayBeRepeated)
     EXPECT_EQ(controller.init(), ERR_SUCCESS);
 
     EXPECT_EQ(controller.init(), ERR_INIT_FAILED);
+}
+
+TEST(Controller, InitThatIsRepeatedHoldsOneLightSensor)
+{
+    SimulatedUnit unit;
+    BacklightController controller;
+    unit.fail("thread", "start", EAGAIN, 2);
+    EXPECT_EQ(controller.init(), ERR_CREATE_THREAD);
+    const std::size_t afterOne = openSensors(unit);
+
+    EXPECT_EQ(controller.init(), ERR_CREATE_THREAD);
+    EXPECT_EQ(openSensors(unit), afterOne);
+    EXPECT_EQ(controller.init(), ERR_SUCCESS);
+
+    EXPECT_EQ(openSensors(unit), afterOne);
 }
 
 TEST(Controller, WithoutItsThreadGivesEverythingBack)

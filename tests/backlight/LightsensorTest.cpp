@@ -183,6 +183,20 @@ TEST(OperatingRange, OfSevenIsInvalidAndNotGiven)
     EXPECT_EQ(range, RangeExtended);
 }
 
+TEST(OperatingRange, OfAnyByteAboveOneIsInvalid)
+{
+    SimulatedUnit unit;
+    Given<Lightsensor> sensor{GetLightsensor()};
+    for (const int byte : {2, 3, 128, 255}) {
+        unit.set("light.range", byte);
+        LightSensorOperationRange range = RangeExtended;
+
+        EXPECT_EQ(sensor->getOperatingRange(&range), ERR_INVALID_DATA) << byte;
+
+        EXPECT_EQ(range, RangeExtended);
+    }
+}
+
 TEST(OperatingRange, IsSentAsOneByteAfterALookAtTheAveragingLock)
 {
     SimulatedUnit unit;
@@ -382,6 +396,19 @@ TEST(Averaging, StartWithoutAThreadLeavesTheAveragingTaken)
     EXPECT_EQ(startDefault(sensor.operator->()), ERR_CREATE_THREAD);
 
     EXPECT_EQ(startDefault(sensor.operator->()), ERR_AVERAGE_CALC_STARTED);
+}
+
+TEST(Averaging, StartWithoutAThreadLeavesNothingOpenAfterTheRelease)
+{
+    SimulatedUnit unit;
+    unit.fail("thread", "start", EAGAIN, 1);
+    {
+        Given<Lightsensor> sensor{GetLightsensor()};
+        ASSERT_EQ(startDefault(sensor.operator->()), ERR_CREATE_THREAD);
+    }
+
+    EXPECT_EQ(unit.callsTo(kAveragingLock).back(), "sem_close");
+    EXPECT_EQ(unit.callsTo(kSensorDevice).back(), "close");
 }
 
 TEST(Averaging, ThatRunsWhenItsObjectIsReleasedGoesOn)

@@ -296,6 +296,20 @@ TEST(SamplerEnd, ByAFailedSwitchToStandardStopsTheAverage)
     EXPECT_EQ(occurrences(samplerLog(), "Error setOperatingRange\n"), 1U);
 }
 
+TEST(SamplerEnd, ByAFailedSwitchDoesNotTakeOverTheRange)
+{
+    SimulatedUnit unit;
+    Averaging averaging{unit, 1, 0, 50};
+    unit.fail(kSensorDevice, 0x4001004A, EIO, 1);
+    averaging.sampleChannels(kTop, kDimmer);
+    averaging->stopAverageCalc();
+    unit.clearJournal();
+
+    EXPECT_EQ(averaging->startAverageCalc(1, 0, 50, static_cast<LightSensorSamplingMode>(7)), ERR_SUCCESS);
+
+    EXPECT_THAT(unit.requestsTo(kSensorDevice), Requests("0x4001004a: 00 00")) << "a mode of 7 keeps the range";
+}
+
 TEST(SamplerEnd, ByAnErrorPostsThePrivateLockTwiceThenTheAveraging)
 {
     SimulatedUnit unit;
@@ -441,6 +455,18 @@ TEST(SamplerLog, OfTheRangeSwitchesIsExact)
                             "Set range extended\n", "brightness[7825], ch1 [255] ch2[128]\n",
                             "Error light sensor saturation\n", "brightness[1245], ch1 [212] ch2[128]\n",
                             "Set range standard\n", "Exit Loop\n"));
+}
+
+TEST(SamplerLog, OfARejectWindowOfOneNamesNoSuchWindow)
+{
+    SimulatedUnit unit;
+    {
+        Averaging averaging{unit, 1, 1, 50};
+        averaging.sample(100);
+    }
+
+    EXPECT_THAT(samplerLog(), Contains("First sample\n"));
+    EXPECT_THAT(samplerLog(), Not(Contains(testing::StartsWith("pReject"))));
 }
 
 TEST(SamplerLog, SaysWhenThereIsNoMemory)

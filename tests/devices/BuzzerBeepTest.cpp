@@ -8,6 +8,7 @@
 #include <limits>
 #include <thread>
 
+#include "platform/LinuxWrapper.h"
 #include "simulator/model/Buzzer.h"
 #include "tests/support/Released.h"
 #include "tests/support/SimulatedUnit.h"
@@ -199,6 +200,19 @@ TEST(Beep, KeepsTheLockWhenItsThreadCannotBeStarted)
     EXPECT_EQ(unit.get("buzzer.beeps"), "0");
 }
 
+TEST(Beep, WithoutAThreadLeavesNothingOpenAfterItsRelease)
+{
+    SimulatedUnit unit;
+    unit.fail("thread", "start", EAGAIN, 1);
+    {
+        Released<Buzzer> buzzer{GetBuzzer()};
+        ASSERT_EQ(buzzer->buzze(250, false), ERR_CREATE_THREAD);
+    }
+
+    EXPECT_EQ(unit.callsTo(kDevice).back(), "close");
+    EXPECT_EQ(unit.callsTo(kLock).back(), "sem_close");
+}
+
 TEST(Beep, DoesNotHoldBackTheUntimedTrigger)
 {
     SimulatedUnit unit;
@@ -226,6 +240,51 @@ TEST(Beep, AnswersInProgressWhenItsLockCannotBeOpened)
 
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "sem_open failed with error: Permission denied\nsem_trywait failed\n");
+}
+
+/// How often the lock could be taken now; it is left as it was.
+int valueOfTheLock()
+{
+    int lock = 0;
+    EXPECT_TRUE(LinuxWrapper::CreateSema(lock, "HXAUX_BUZZING_IN_PROGRESS"));
+    int value = 0;
+    while (value < 9 && LinuxWrapper::WaitForSema(lock, false))
+        ++value;
+    for (int i = 0; i < value; ++i)
+        LinuxWrapper::ReleaseSema(lock);
+    LinuxWrapper::CloseSema(lock);
+    return value;
+}
+
+TEST(Beep, PostsItsLockOnceHoweverItEnds)
+{
+    for (const bool blocking : {true, false})
+        for (const int refusals : {0, 1, 2}) { // of the request that switches on and of the one that switches off
+            SimulatedUnit unit;
+            Released<Buzzer> buzzer{GetBuzzer()};
+            if (refusals != 0)
+                unit.fail(kDevice, 0x40010041, EIO, refusals);
+
+            (void)buzzer->buzze(250, blocking);
+            unit.sleepFor(300);
+
+            EXPECT_EQ(valueOfTheLock(), 1) << "blocking " << blocking << ", refusals " << refusals;
+        }
+}
+
+TEST(Beep, ThatIsRefusedPostsNothing)
+{
+    SimulatedUnit unit;
+    Released<Buzzer> first{GetBuzzer()};
+    Released<Buzzer> second{GetBuzzer()};
+    ASSERT_EQ(first->buzze(250, false), ERR_SUCCESS);
+
+    EXPECT_EQ(second->buzze(10, true), ERR_IN_PROGRESS);
+    EXPECT_EQ(second->buzze(10, false), ERR_IN_PROGRESS);
+
+    EXPECT_EQ(valueOfTheLock(), 0);
+    unit.sleepFor(300);
+    EXPECT_EQ(valueOfTheLock(), 1);
 }
 
 /// A buzzer whose trigger is elsewhere.

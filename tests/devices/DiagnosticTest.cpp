@@ -3,6 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <thread>
+
 #include "simulator/model/Supervisor.h"
 #include "tests/support/Released.h"
 #include "tests/support/SimulatedUnit.h"
@@ -292,6 +295,23 @@ TEST(ModuleTemperature, CutsTheFractionOffTowardZero)
 
         EXPECT_EQ(readSensor(0).temperature, whole) << celsius;
     }
+}
+
+TEST(ModuleTemperature, IsReadByTwoThreadsAtOnce)
+{
+    SimulatedUnit unit{"temperature.pm.0 = 45"};
+    std::atomic<int> wrong{0};
+    const auto readOften = [&wrong] {
+        for (int i = 0; i < 1000; ++i)
+            if (const Sensor sensor = readSensor(0); sensor.err != ERR_SUCCESS || sensor.temperature != 45)
+                ++wrong;
+    };
+
+    std::thread other{readOften};
+    readOften();
+    other.join();
+
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(ModuleTemperature, TakesOnlyValuesOfStatusOneAndTwo)

@@ -85,6 +85,16 @@ TEST(DaemonCommand, IsTriedSixTimesAtAFullFifo)
                             "write: 81 00 00 00 !EAGAIN", "write: 81 00 00 00 !EAGAIN", "close"));
 }
 
+TEST(DaemonCommand, WaitsInFullForAFullFifoWhenSignalsInterrupt)
+{
+    SimulatedUnit unit{"daemon.full = yes"};
+    unit.fail("sleep", "200 ms", EINTR, 1);
+
+    EXPECT_EQ(LinuxWrapper::ControlDaemon(129), ERR_COMMAND_FAILED);
+
+    EXPECT_EQ(unit.now(), 1000);
+}
+
 TEST(DaemonCommand, SucceedsAtTheSixthAttempt)
 {
     SimulatedUnit unit;

@@ -489,6 +489,18 @@ TEST(EepromWrite, Of33BytesTakesTwoPagesEachAfterAPause)
                 Requests("sleep 10 ms", firstPage, "sleep 10 ms", "libjida.so JidaI2CWrite handle 2 0xae: 00 20 64"));
 }
 
+TEST(EepromWrite, PausesInFullWhenSignalsInterrupt)
+{
+    SimulatedUnit unit;
+    const unsigned long board = boardOf(unit);
+    unit.fail("sleep", "10 ms", EINTR, 2);
+
+    EXPECT_TRUE(LinuxWrapper::EepromWrite(board, EepromTypeMain, "d", 1));
+
+    EXPECT_THAT(unit.journal(), Requests("sleep 10 ms !EINTR", "sleep 10 ms !EINTR", "sleep 10 ms",
+                                         "libjida.so JidaI2CWrite handle 2 0xae: 00 00 64"));
+}
+
 TEST(EepromWrite, SendsTheOffsetsHighByteFirst)
 {
     SimulatedUnit unit;

@@ -2,9 +2,11 @@
 #include <algorithm>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "platform/LinuxWrapper.h"
 #include "platform/Semaphore.h"
+#include "simulator/interpose/UnitFolder.h"
 #include "tests/support/SimulatedUnit.h"
 
 using namespace Halvix;
@@ -28,6 +30,15 @@ int opened(const char* name)
     EXPECT_TRUE(LinuxWrapper::CreateSema(sema, name));
     EXPECT_NE(sema, 0);
     return sema;
+}
+
+/// Of the file that the system keeps a unit's semaphore in.
+unsigned permissionsOf(const SimulatedUnit& unit, const std::string& semaphore)
+{
+    const std::string prefix = hxsim::UnitFolder::semaphorePrefix(hxsim::UnitFolder::markOf(unit.folder()));
+    struct stat status {};
+    EXPECT_EQ(::stat(("/dev/shm/sem." + prefix.substr(1) + semaphore).c_str(), &status), 0);
+    return status.st_mode & 07777U;
 }
 
 // Names.
@@ -81,6 +92,18 @@ TEST(NamedSemaphore, IsCreatedWithTheMaskAtZeroAndTheMaskIsRestored)
 
     EXPECT_THAT(unit.journal(), ElementsAre("umask 0", "/a sem_open creat excl 1", "umask 027", "/a sem_close"));
     EXPECT_EQ(LinuxWrapper::umask(before), 027U);
+}
+
+TEST(NamedSemaphore, MayBeOpenedByEveryUser)
+{
+    SimulatedUnit unit;
+    const unsigned int before = LinuxWrapper::umask(077);
+
+    const int sema = opened("a");
+
+    (void)LinuxWrapper::umask(before);
+    EXPECT_EQ(permissionsOf(unit, "a"), 0777U);
+    LinuxWrapper::CloseSema(sema);
 }
 
 TEST(NamedSemaphore, IsOpenedWhenItExistsAndKeepsItsValue)

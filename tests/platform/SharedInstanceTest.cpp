@@ -65,6 +65,23 @@ TEST(SharedInstance, CountsEveryGet)
     EXPECT_EQ(alive, 0);
 }
 
+TEST(SharedInstance, LivesUntilTheLastOf257UsersReleasesIt)
+{
+    constexpr int kUsers = 257; // more than a byte counts
+    for (int i = 0; i < kUsers; ++i)
+        (void)Wiper::getInstance();
+    Wiper* shared = Wiper::getInstance();
+    shared->Release();
+
+    for (int i = 1; i < kUsers; ++i) {
+        shared->Release();
+        ASSERT_EQ(alive, 1) << i << " of " << kUsers << " have released it";
+    }
+    shared->Release();
+
+    EXPECT_EQ(alive, 0);
+}
+
 TEST(SharedInstance, CountsBelowZeroWhenNobodyHoldsItAndThenLivesForEver)
 {
     Wiper::releaseWithoutObject();

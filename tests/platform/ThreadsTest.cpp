@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include <pthread.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cstring>
+#include <thread>
 
 #include <gtest/gtest.h>
 
+#include "platform/CreationMask.h"
 #include "platform/LinuxWrapper.h"
 #include "tests/support/SimulatedUnit.h"
 
@@ -113,6 +118,32 @@ TEST(SleepFully, SleepsTheRestAfterAnInterruption)
     EXPECT_THAT(unit.journal(), ElementsAre("sleep 1500 ms !EINTR", "sleep 1500 ms")); // nothing had passed
 }
 
+TEST(SleepFully, EndsAlthoughSignalsGoOn)
+{
+    struct sigaction action {};
+    struct sigaction before {};
+    action.sa_handler = [](int) {};
+    ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0);
+    std::atomic<bool> slept{false};
+    std::atomic<bool> inTime{true};
+    std::thread interrupter{[&, sleeper = ::pthread_self()] {
+        for (int signals = 0; !slept; ++signals) {
+            if (signals == 200) // 20 s: each signal began the sleep again
+                inTime = false;
+            if (inTime)
+                ::pthread_kill(sleeper, SIGUSR1);
+            ::usleep(100000);
+        }
+    }};
+
+    LinuxWrapper::SleepFully(500);
+    slept = true;
+    interrupter.join();
+    ::sigaction(SIGUSR1, &before, nullptr);
+
+    EXPECT_TRUE(inTime);
+}
+
 TEST(SleepFully, AsksOnceWhenNothingInterrupts)
 {
     SimulatedUnit unit;
@@ -149,6 +180,54 @@ TEST(Sleep, IsNotResumedAfterAnInterruption)
     EXPECT_FALSE(LinuxWrapper::Sleep(1500));
 
     EXPECT_THAT(unit.journal(), ElementsAre("sleep 1500 ms !EINTR"));
+}
+
+TEST(CreationMask, IsChangedByOneThreadAtATime)
+{
+    std::atomic<bool> inside{false};
+    bool overlapped = true;
+    std::thread second{[&] {
+        while (!inside)
+            ::sched_yield();
+        const CreationMask scope{0};
+        overlapped = inside;
+    }};
+
+    {
+        const CreationMask scope{0};
+        inside = true;
+        ::usleep(200000); // the second thread tries meanwhile
+        inside = false;
+    }
+    second.join();
+
+    EXPECT_FALSE(overlapped);
+}
+
+TEST(CreationMask, CanBeChangedByAChildOfAForkDuringAnotherThreadsScope)
+{
+    std::atomic<bool> inside{false};
+    std::thread other{[&] {
+        const CreationMask scope{0};
+        inside = true;
+        ::usleep(100000);
+    }};
+    while (!inside)
+        ::sched_yield();
+
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::alarm(20); // ends a child that waits for a thread that it does not have
+        {
+            const CreationMask scope{0};
+        }
+        ::_exit(0);
+    }
+    other.join();
+
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 TEST(CreationMask, IsSetAndThePreviousOneGiven)

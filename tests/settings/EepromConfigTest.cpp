@@ -321,6 +321,27 @@ TEST(ProductionProperty, IsFoundByTheFirst253CharactersOfALongKey)
     EXPECT_EQ(property(EepromConfig{EepromTypeMain}, (key + "more").c_str()), "found");
 }
 
+TEST(ProductionProperty, IsToldApartByThe253rdCharacterOfItsKey)
+{
+    const std::string same(252, 'k');
+    UnitWithText unit{"FILLER:filler filler\r\n" + same + "a:first\r\n" + same + "b:second\r\n"};
+    const EepromConfig store{EepromTypeMain};
+
+    EXPECT_EQ(property(store, (same + "a").c_str()), "first");
+    EXPECT_EQ(property(store, (same + "b").c_str()), "second");
+}
+
+TEST(ProductionProperty, IsNotToldApartByLaterCharactersOfItsKey)
+{
+    const std::string same(253, 'k');
+    UnitWithText unit{"FILLER:filler filler\r\n" + same + "ax:first\r\n" + same + "bx:second\r\n"};
+    const EepromConfig store{EepromTypeMain};
+
+    EXPECT_EQ(property(store, (same + "b").c_str()), "first") << "254 characters";
+    EXPECT_EQ(property(store, (same + "bx").c_str()), "first") << "255 characters";
+    EXPECT_EQ(property(store, (same + "bxy").c_str()), "first") << "256 characters";
+}
+
 TEST(ProductionProperty, IsNotLookedForBehindTheTextsEnd)
 {
     UnitWithText unit{std::string{kDefaultText} + "\xFF\nHIDDEN:1\r\n"};

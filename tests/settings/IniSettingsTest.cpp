@@ -370,6 +370,18 @@ TEST_P(UnreadableSettings, KeepTheirFileAsItIs)
 INSTANTIATE_TEST_SUITE_P(Settings, UnreadableSettings, testing::Values(EMFILE, ENFILE, EACCES, EIO, ELOOP),
                          [](const auto& each) { return strerrorname_np(each.param); });
 
+TEST(SettingsFile, StaysAsItIsWhenItCannotBeReadToItsEnd)
+{
+    SimulatedUnit unit;
+    unit.writeSettings("A=1\nB=2\n");
+    unit.fail("/opt/etc/hxaux.ini", "read", EIO, 1);
+    Loaded settings;
+
+    settings.set("A", "3");
+
+    EXPECT_EQ(unit.settings(), "A=1\nB=2\n");
+}
+
 TEST(SettingsWrite, StoresSeveralSettingsOneByOne)
 {
     SimulatedUnit unit;
@@ -391,6 +403,19 @@ TEST(SettingsWrite, SucceedsAfterAnAttemptThatFailed)
     settings.set("A", "1");
 
     settings.set("B", "2");
+
+    EXPECT_EQ(unit.settings(), "A=1\nB = 2\n");
+}
+
+TEST(SettingsWrite, PutsTheTextOfTheLastWriteBackWhenThereIsNoRoomForTheNext)
+{
+    SimulatedUnit unit;
+    unit.writeSettings("A=1\n");
+    Loaded settings;
+    settings.set("B", "2");
+    unit.fail("/opt/etc/hxaux.ini", "write", ENOSPC, 1);
+
+    settings.set("C", "3");
 
     EXPECT_EQ(unit.settings(), "A=1\nB = 2\n");
 }

@@ -77,6 +77,7 @@ struct StartCase {
     eErr (FirmwareUpgrade::*start)(const char* file, bool blocking);
     std::function<std::string(const SimulatedUnit&, const Bytes&)> file;
     bool writes;
+    std::vector<std::string> devices;
 };
 
 std::ostream& operator<<(std::ostream& out, const StartCase& each)
@@ -84,13 +85,16 @@ std::ostream& operator<<(std::ostream& out, const StartCase& each)
     return out << each.name;
 }
 
+const std::vector<std::string> kSerialLine = {"/dev/ttyS0", "/dev/uart-redir"};
+const std::vector<std::string> kFlash = {"/dev/fpgaflash"};
+
 const StartCase kStarts[] = {
-    {"SsUpgrade", &FirmwareUpgrade::startSSUpgrade, firmware::supervisorFile, true},
-    {"SsVerification", &FirmwareUpgrade::startSSVerification, firmware::supervisorFile, false},
-    {"FrontUpgrade", &FirmwareUpgrade::startFrontUpgrade, firmware::frontFile, true},
-    {"FrontVerification", &FirmwareUpgrade::startFrontVerification, firmware::frontFile, false},
-    {"FpgaUpgrade", &FirmwareUpgrade::startFpgaUpgrade, firmware::fpgaFile, true},
-    {"FpgaVerification", &FirmwareUpgrade::startFpgaVerification, firmware::fpgaFile, false},
+    {"SsUpgrade", &FirmwareUpgrade::startSSUpgrade, firmware::supervisorFile, true, kSerialLine},
+    {"SsVerification", &FirmwareUpgrade::startSSVerification, firmware::supervisorFile, false, kSerialLine},
+    {"FrontUpgrade", &FirmwareUpgrade::startFrontUpgrade, firmware::frontFile, true, kSerialLine},
+    {"FrontVerification", &FirmwareUpgrade::startFrontVerification, firmware::frontFile, false, kSerialLine},
+    {"FpgaUpgrade", &FirmwareUpgrade::startFpgaUpgrade, firmware::fpgaFile, true, kFlash},
+    {"FpgaVerification", &FirmwareUpgrade::startFpgaVerification, firmware::fpgaFile, false, kFlash},
 };
 
 class EveryStart : public testing::TestWithParam<StartCase> {
@@ -181,6 +185,33 @@ TEST_P(EveryStart, ReleasesTheLockWhenNoThreadCanBeStarted)
     EXPECT_TRUE(lockIsFree());
 }
 
+TEST_P(EveryStart, ForgetsWhatWasReadOfTheRunBefore)
+{
+    SimulatedUnit unit;
+    const std::string file = GetParam().file(unit, firmware::pattern(16));
+    const Upgrade upgrade = makeUpgrade();
+    ASSERT_EQ(start(upgrade, file, true), expected());
+    for (int i = 0; i < 1000; ++i) // more than it published
+        ASSERT_GE(statusOf(upgrade).action, UpgradeActionFinished);
+    unit.fail("thread", "start", EAGAIN);
+
+    EXPECT_EQ(start(upgrade, file, false), ERR_CREATE_THREAD); // which publishes nothing
+
+    EXPECT_EQ(statusOf(upgrade).action, UpgradeActionPrepareHardware);
+    EXPECT_EQ(statusOf(upgrade).error, ERR_SUCCESS);
+}
+
+TEST_P(EveryStart, LeavesNothingOpenWhenNoThreadCanBeStarted)
+{
+    SimulatedUnit unit;
+    const std::string file = GetParam().file(unit, firmware::pattern(16));
+    unit.fail("thread", "start", EAGAIN);
+
+    EXPECT_EQ(start(makeUpgrade(), file, false), ERR_CREATE_THREAD);
+
+    EXPECT_EQ(unit.callsTo(std::string{"/"} + kLock).back(), "sem_close");
+}
+
 TEST_P(EveryStart, RunsAgainOnTheSameObjectAfterEveryOtherKindOfRun)
 {
     SimulatedUnit unit;
@@ -235,6 +266,19 @@ TEST_P(EveryStart, MayBeReleasedInTheMiddleOfARun)
 
     unit.sleepFor(20000);
     EXPECT_TRUE(lockIsFree());
+}
+
+TEST_P(EveryStart, ReleasesTheLockAfterItsDevicesAreClosed)
+{
+    SimulatedUnit unit;
+    const Upgrade upgrade = makeUpgrade();
+    const std::string file = GetParam().file(unit, firmware::pattern(528));
+
+    EXPECT_EQ(start(upgrade, file, true), expected());
+
+    const std::vector<std::string> journal = unit.journal();
+    for (const std::string& device : GetParam().devices)
+        EXPECT_THAT(journal, InOrder({device + " close", std::string{"/"} + kLock + " sem_post"}));
 }
 
 TEST_P(EveryStart, ResetsTheStatusOfTheRunBefore)

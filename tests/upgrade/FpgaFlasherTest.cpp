@@ -2,7 +2,11 @@
 #include "tests/upgrade/FirmwareFile.h"
 
 #include "simulator/model/FpgaFlash.h"
+#include "upgrade/FirmwareFile.h"
 #include "upgrade/Flasher_FPGA.h"
+
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace Halvix;
 using firmware::Bytes;
@@ -144,6 +148,23 @@ TEST(FpgaFlasher, ClosesTheRedirectorWhenItGoes)
     EXPECT_EQ(run(unit, firmware::pattern(16)), ERR_SUCCESS);
 
     EXPECT_EQ(unit.callsTo("/dev/uart-redir").back(), "close");
+}
+
+TEST(BufferedSource, EndsForGoodAtAReadThatFails)
+{
+    SimulatedUnit unit;
+    const FirmwareFile file{firmware::file(unit, std::string(10000, 'x')).c_str()};
+    BufferedSource source{file};
+    char character = '\0';
+    for (int i = 0; i < 4096; ++i) // what one read brings
+        ASSERT_TRUE(source.next(character));
+
+    const int unreadable = ::open("/dev/null", O_WRONLY);
+    ASSERT_EQ(::dup2(unreadable, file.handle()), file.handle());
+    ::close(unreadable);
+
+    EXPECT_FALSE(source.next(character));
+    EXPECT_FALSE(source.next(character));
 }
 
 TEST(FpgaFlasher, EmptiesItsImageBeforeAFileThatIsMissing)

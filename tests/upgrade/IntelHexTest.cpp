@@ -234,6 +234,17 @@ TEST(IntelHex, RefusesARecordThatIsCutShort)
         EXPECT_EQ(parse(whole.substr(0, length)).result, HexResult::WrongSyntax) << length;
 }
 
+TEST(IntelHex, DoesNotUseAHeadThatIsCutShort)
+{
+    const std::string head = ":01FFFF00"; // whole, it asks for 64 KiB
+    for (std::size_t length = 1; length < head.size(); ++length) {
+        const Parsed parsed = parse(":01000000AB54\n" + head.substr(0, length), 1);
+
+        EXPECT_EQ(parsed.result, HexResult::WrongSyntax) << length;
+        EXPECT_THAT(parsed.image, ElementsAre(0xAB)) << length;
+    }
+}
+
 TEST(IntelHex, RefusesFieldsThatAreNoNumbers)
 {
     EXPECT_EQ(parse(":zz000000AB54\n").result, HexResult::WrongSyntax);
@@ -268,6 +279,28 @@ TEST(IntelHex, NamesTheCodesThatTheUserGets)
     EXPECT_EQ(errorOf(HexResult::EndRecordMissing), ERR_INVALID_DATA);
     EXPECT_EQ(errorOf(HexResult::WrongChecksum), ERR_CHECKSUM);
     EXPECT_EQ(errorOf(HexResult::OutOfMemory), ERR_INIT_FAILED);
+}
+
+TEST(HexImage, KeepsItsBytesWhenItHasToMove)
+{
+    // Two images that grow in turn stand in each other's way.
+    HexImage images[2];
+    for (std::uint32_t size = 1U << 20; size <= 16U << 20; size *= 2)
+        for (HexImage& image : images) {
+            ASSERT_TRUE(image.grow(size - image.size));
+            image.data[size - 1] = 7;
+            EXPECT_EQ(image.data[(size / 2) - 1], size == 1U << 20 ? 0 : 7);
+        }
+}
+
+TEST(HexImage, ReleasesItsMemory)
+{
+    // Together more than a process has addresses for.
+    constexpr std::uint64_t kSize = sizeof(void*) == 4 ? 1U << 28 : UINT32_MAX;
+    for (int i = 0; i < 50000; ++i) {
+        HexImage image;
+        ASSERT_TRUE(image.grow(kSize)) << i;
+    }
 }
 
 TEST(HexImage, HandsOutItsBytesPieceByPiece)

@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -62,6 +63,21 @@ bool parse(const std::string& content)
     return parse(content, parts);
 }
 
+/// Starts another program in a child and asks it for the descriptor.
+bool isOpenAfterExec(int handle)
+{
+    const std::string descriptor = "/proc/self/fd/" + std::to_string(handle);
+    const pid_t child = fork();
+    if (child == 0) {
+        execl("/bin/sh", "sh", "-c", "test -e \"$0\"", descriptor.c_str(), nullptr);
+        _exit(127);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) <= 1) << "the shell did not run";
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
 constexpr int kAccessAndMode = O_ACCMODE | O_NONBLOCK;
 
 } // namespace
@@ -87,6 +103,17 @@ TEST(Open, OpensForReadingAloneWithoutWaiting)
 
     EXPECT_EQ(script.lastOpenFlags() & kAccessAndMode, O_RDONLY | O_NONBLOCK);
     LinuxWrapper::close(handle);
+}
+
+TEST(Open, GivesADescriptorThatAProgramStartedByExecStillHas)
+{
+    int handle = -1;
+    ASSERT_TRUE(LinuxWrapper::open(handle, "/proc/self/exe", false));
+
+    EXPECT_TRUE(isOpenAfterExec(handle));
+
+    LinuxWrapper::close(handle);
+    EXPECT_FALSE(isOpenAfterExec(handle));
 }
 
 TEST(Open, StoresTheNegativeDescriptorOfAnAbsentDevice)

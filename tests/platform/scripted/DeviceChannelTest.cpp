@@ -4,7 +4,12 @@
 
 #include <gmock/gmock.h>
 
+#include <sched.h>
+#include <unistd.h>
+
+#include <atomic>
 #include <cstdint>
+#include <thread>
 
 using namespace Halvix;
 using testing::ElementsAre;
@@ -14,6 +19,7 @@ namespace {
 constexpr Read<std::uint16_t> kRead{0x8002FFFF};
 constexpr Write<std::uint16_t> kWrite{0x4002FFFF};
 constexpr Request<std::uint8_t, std::uint16_t> kQuery{0x8002FFFE};
+constexpr Request<std::uint16_t, std::uint16_t> kExchange{0x4002FFFE};
 
 } // namespace
 
@@ -71,6 +77,48 @@ TEST(DeviceChannel, AnswersIoctrlFailedWhenTheDriverRefuses)
     EXPECT_EQ(channel.query(kQuery, std::uint8_t{1}, &value), ERR_IOCTRL_FAILED);
 
     EXPECT_EQ(value, 7);
+}
+
+TEST(DeviceChannel, KeepsWhatARefusingDriverWroteFromTheCaller)
+{
+    ScriptedDevice device;
+    device.refuses({1, 2});
+    const DeviceChannel channel{"/dev/wiper"};
+    std::uint16_t value = 7;
+
+    EXPECT_EQ(channel.read(kRead, &value), ERR_IOCTRL_FAILED);
+    EXPECT_EQ(channel.readUncounted(kRead, &value), ERR_IOCTRL_FAILED);
+    EXPECT_EQ(channel.query(kQuery, std::uint8_t{1}, &value), ERR_IOCTRL_FAILED);
+    EXPECT_EQ(channel.exchange(kExchange, &value), ERR_IOCTRL_FAILED);
+
+    EXPECT_EQ(value, 7);
+}
+
+TEST(DeviceChannel, GivesWhatARefusingDriverWroteWhenItReadsThrough)
+{
+    ScriptedDevice device;
+    device.refuses({1, 2});
+    const DeviceChannel channel{"/dev/wiper"};
+    std::uint16_t value = 7;
+
+    EXPECT_EQ(channel.readThrough(kRead, &value), ERR_IOCTRL_FAILED);
+
+    EXPECT_EQ(value, 0x0201);
+}
+
+TEST(DeviceChannel, ExpectsTheLengthOfTheAnswerAndNotOfWhatItSent)
+{
+    ScriptedDevice device;
+    device.answers({0x34, 0x12}, 1); // as long as what was sent
+    device.answers({0x34, 0x12}, 2);
+    const DeviceChannel channel{"/dev/wiper"};
+    std::uint16_t value = 7;
+
+    EXPECT_EQ(channel.query(kQuery, std::uint8_t{1}, &value), ERR_BUFFER_SIZE);
+    EXPECT_EQ(value, 7);
+    EXPECT_EQ(channel.query(kQuery, std::uint8_t{1}, &value), ERR_SUCCESS);
+
+    EXPECT_EQ(value, 0x1234);
 }
 
 TEST(DeviceChannel, AnswersBufferSizeForAnotherCountUnlessNobodyLooksAtIt)
@@ -131,6 +179,27 @@ TEST(RetryingChannel, TriesAtEveryOperationUntilItSucceedsAndThenNoMore)
     EXPECT_EQ(channel.ensureOpen(), ERR_SUCCESS);
 
     EXPECT_EQ(device.opened.size(), 3U);
+}
+
+TEST(RetryingChannel, IsOpenedByOneOfTwoThreads)
+{
+    ScriptedDevice device;
+    RetryingChannel channel{"/dev/wiper"};
+    std::atomic<bool> opening{false};
+    device.whileOpening = [&] {
+        opening = true;
+        ::usleep(200000); // the second thread comes meanwhile
+    };
+    std::thread second{[&] {
+        while (!opening)
+            ::sched_yield();
+        EXPECT_EQ(channel.ensureOpen(), ERR_SUCCESS);
+    }};
+
+    EXPECT_EQ(channel.ensureOpen(), ERR_SUCCESS);
+    second.join();
+
+    EXPECT_EQ(device.opened.size(), 1U);
 }
 
 TEST(RetryingChannel, ClosesWhatItOpened)

@@ -31,7 +31,8 @@ bool isDevice(const char* path)
 /// What belongs to the unit and not to the machine that runs the test.
 bool isOfTheUnit(const char* path)
 {
-    return (isDevice(path) && std::strcmp(path, "/dev/null") != 0) || std::strcmp(path, "/etc/firmware.ver") == 0;
+    return (isDevice(path) && std::strcmp(path, "/dev/null") != 0) || std::strcmp(path, "/etc/firmware.ver") == 0 ||
+           std::strncmp(path, "/sys/class/net/", 15) == 0;
 }
 
 void put(std::ostream& out, const Bytes& bytes)
@@ -178,10 +179,15 @@ int Script::openFile(const char* path) const
         return -1;
     }
     const int handle = memfd_create("file", 0);
-    if (::write(handle, found->second.data(), found->second.size()) < 0)
+    if (syscall(SYS_write, handle, found->second.data(), found->second.size()) < 0)
         return -1;
     lseek(handle, 0, SEEK_SET);
     return handle;
+}
+
+long Script::write(int handle, const void* bytes, std::size_t count)
+{
+    return writesAnswer ? *writesAnswer : syscall(SYS_write, handle, bytes, count);
 }
 
 std::string Script::complaint() const
@@ -269,5 +275,11 @@ int hx_driver_open_2(const char* path, int flags)
 int hx_driver_open64_2(const char* path, int flags)
 {
     return driver::openFile(path, flags, 0);
+}
+
+ssize_t write(int handle, const void* bytes, size_t count)
+{
+    return driver::current != nullptr ? driver::current->write(handle, bytes, count)
+                                      : syscall(SYS_write, handle, bytes, count);
 }
 }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -59,6 +60,9 @@ public:
     /// A plain file of the unit, such as /etc/firmware.ver; without it the path does not exist.
     void file(const std::string& path, std::string content) { files[path] = std::move(content); }
 
+    /// Every `write` of the library answers this and writes nothing.
+    void answerWritesWith(long answer) { writesAnswer = answer; }
+
     /// What was asked, in order.
     [[nodiscard]] const std::vector<Exchange>& calls() const { return made; }
     /// The first disagreement with what was expected, or an empty text.
@@ -68,6 +72,7 @@ public:
 
     int ioctl(unsigned long request, void* argument);
     int open(const char* path, int openFlags);
+    long write(int handle, const void* bytes, std::size_t count);
 
 private:
     [[nodiscard]] Block kindOf(const void* argument) const;
@@ -80,6 +85,7 @@ private:
     std::string firstComplaint;
     const std::uint8_t* blockBegin = nullptr;
     std::size_t blockSize = 0;
+    std::optional<long> writesAnswer;
     int flags = 0;
     bool absent = false;
 };

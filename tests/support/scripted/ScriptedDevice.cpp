@@ -34,9 +34,9 @@ void ScriptedDevice::answers(std::vector<std::uint8_t> bytes, int count)
     script_.push_back({std::move(bytes), count, true});
 }
 
-void ScriptedDevice::refuses()
+void ScriptedDevice::refuses(std::vector<std::uint8_t> bytes)
 {
-    script_.push_back({{}, 0, false});
+    script_.push_back({std::move(bytes), 0, false});
 }
 
 void ScriptedDevice::restart()
@@ -49,6 +49,8 @@ void ScriptedDevice::restart()
 bool ScriptedDevice::open(int& handle, const char* path)
 {
     opened.emplace_back(path);
+    if (whileOpening)
+        whileOpening();
     handle = absent ? -1 : 1000;
     return !absent;
 }
@@ -59,9 +61,9 @@ bool ScriptedDevice::ioCtrl(unsigned long code, const char* in, int inLength, ch
     if (script_.empty())
         return false;
     const Answer& answer = script_[std::min(next_++, script_.size() - 1)];
+    std::copy_n(answer.bytes.begin(), std::min(answer.bytes.size(), static_cast<std::size_t>(outLength)), out);
     if (!answer.result)
         return false;
-    std::copy_n(answer.bytes.begin(), std::min(answer.bytes.size(), static_cast<std::size_t>(outLength)), out);
     if (returned != nullptr)
         *returned = answer.count;
     return true;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,8 @@ public:
 
     /// The next `IoCtrl` answers these bytes and this count; the last script is repeated for ever.
     void answers(std::vector<std::uint8_t> bytes, int count);
-    /// The next `IoCtrl` is refused.
-    void refuses();
+    /// The next `IoCtrl` is refused, after the driver has put these bytes into the block.
+    void refuses(std::vector<std::uint8_t> bytes = {});
     /// Forgets the script and what was asked.
     void restart();
     void isAbsent() { absent = true; }
@@ -33,6 +34,7 @@ public:
 
     std::vector<Request> requests;
     std::vector<std::string> opened;
+    std::function<void()> whileOpening; ///< called by each open before it answers
     int closed = 0;
 
     bool ioCtrl(unsigned long code, const char* in, int inLength, char* out, int outLength, int* returned);

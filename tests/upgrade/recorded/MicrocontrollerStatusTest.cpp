@@ -5,6 +5,9 @@
 #include "simulator/model/Microcontroller.h"
 #include "upgrade/Flasher_STM32.h"
 
+#include <algorithm>
+#include <span>
+
 using namespace Halvix;
 using firmware::Bytes;
 using testing::ElementsAre;
@@ -127,6 +130,18 @@ TEST(MicrocontrollerStatus, OfAFileThatIsNotHexFailsInReading)
     EXPECT_EQ(run.story, kPrepared + "3 0, 3 0 !8, 7 0 !8");
 }
 
+TEST(MicrocontrollerStatus, OfAFileThatEndsInARecordsHeadFailsInReading)
+{
+    for (const char* const head : {":", ":0", ":01", ":0100", ":01000", ":010000", ":0100000"}) {
+        SimulatedUnit unit;
+
+        const Outcome run = runOn(unit, std::string{":01000000AB54\n"} + head);
+
+        EXPECT_EQ(run.result, ERR_INVALID_DATA) << head;
+        EXPECT_THAT(run.story, testing::EndsWith(", 3 0 !8, 7 0 !8")) << head;
+    }
+}
+
 TEST(MicrocontrollerStatus, OfAWrongChecksumFailsInReading)
 {
     SimulatedUnit unit;
@@ -192,6 +207,19 @@ TEST(MicrocontrollerStatus, OfAnImageLargerThanTheFlashFailsBeforeErasing)
     EXPECT_EQ(run.result, ERR_INVALID_DATA);
     EXPECT_THAT(run.story, testing::EndsWith(", 1 0..100, 4 0, 4 0 !8, 7 0 !8"));
     EXPECT_EQ(unit.get("ss.flash-crc"), before);
+}
+
+TEST(MicrocontrollerStatus, OfAnImageThatFillsTheFlashSucceeds)
+{
+    SimulatedUnit unit{"ss.product-id = 0x412"};
+    const Bytes image = firmware::pattern(32 * 1024);
+
+    const Outcome run = runOn(unit, firmware::intelHex(image));
+
+    EXPECT_EQ(run.result, ERR_SUCCESS);
+    EXPECT_THAT(run.story, testing::EndsWith(", 1 0..100, 4 0..100, 5 0..100, 6 0"));
+    const auto both = unit.model<hxsim::Microcontrollers>();
+    EXPECT_TRUE(std::ranges::equal(image, std::span{both->supervisor.flash}.first(image.size())));
 }
 
 TEST(MicrocontrollerStatus, OfAnUnknownProductFailsBeforeErasing)

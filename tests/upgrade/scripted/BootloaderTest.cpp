@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <malloc.h>
+
 #include <array>
 #include <functional>
 #include <memory>
@@ -292,6 +294,16 @@ TEST(Bootloader, SwapsAValueForTheWire)
 {
     EXPECT_TRUE(cpu_le());
     EXPECT_EQ(be_u32(0x01020304), 0x04030201U);
+}
+
+TEST(Bootloader, ReleasesItsMemory)
+{
+    const std::size_t before = ::mallinfo2().uordblks;
+
+    for (int i = 0; i < 1000; ++i)
+        stm32_close(stm32_init(nullptr, STM32_INIT_NONE));
+
+    EXPECT_LT(::mallinfo2().uordblks, before + 1000);
 }
 
 TEST(Bootloader, IsClosedWithoutATarget)

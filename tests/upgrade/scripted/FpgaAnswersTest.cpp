@@ -1,11 +1,23 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Answers of the configuration flash that no driver path can give.
 #include "tests/support/scripted/ScriptedDevice.h"
+#include "upgrade/FirmwareFile.h"
 #include "upgrade/Flasher_FPGA.h"
 
 #include <gtest/gtest.h>
 
 using namespace Halvix;
+
+TEST(FirmwareFile, IsClosedOnce)
+{
+    ScriptedDevice device;
+    {
+        const FirmwareFile file{"firmware.mcs"};
+        EXPECT_TRUE(file.isOpen());
+    }
+
+    EXPECT_EQ(device.closed, 1);
+}
 
 TEST(FpgaAnswers, OfAStatusThatIsNotOneByteLongAreRefused)
 {
