@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <new>
 
 namespace hxaux {
@@ -72,25 +73,27 @@ std::string verbMistake(const Object& object, const Words& words)
 Exit watch(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen)
 {
     const HeldSignals held;
+    std::shared_ptr<void> kept;
     const std::chrono::milliseconds pause(
         arguments.has("every") ? static_cast<long long>(arguments.real("every") * 1000) : 1000);
     long long rounds = arguments.has("count") ? arguments.integer("count") : std::numeric_limits<long long>::max();
     screen.redrawInPlace();
     for (;;) {
-        Call call(object, verb, arguments, screen);
+        Call call(object, verb, arguments, screen, kept);
         try {
             verb.run(call);
         } catch (const Stop&) {
         }
         call.show();
-        if (call.status() != Exit::Done || --rounds == 0 || held.take(pause) || !Screen::flushed())
+        if (call.status() != Exit::Done || --rounds == 0 || held.await(pause) || !Screen::flushed())
             return call.status();
     }
 }
 
 Exit once(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen)
 {
-    Call call(object, verb, arguments, screen);
+    std::shared_ptr<void> kept;
+    Call call(object, verb, arguments, screen, kept);
     try {
         verb.run(call);
     } catch (const Stop&) {
