@@ -235,3 +235,13 @@ TEST(SettingsPathThatIsNoFile, DoesNotKeepTheDoctorWaiting)
     EXPECT_THAT(unit.run("hxaux doctor settings-file"),
                 AllOf(outputMatches("/opt/etc/hxaux.ini: it is not a regular file"), statusIs(1)));
 }
+
+// A device that takes the place of a closed output must not get what was meant for it.
+TEST(ClosedOutput, IsReportedAndNotTakenForADevice)
+{
+    const Unit unit;
+
+    EXPECT_THAT(unit.run("sh -c 'hxaux monitor --count 1 >&-; echo status $? >&2'"),
+                errorIs("hxaux: standard output cannot be written\nstatus 3\n"));
+    EXPECT_THAT(unit.run("sh -c 'hxaux backlight set 300 2>&-; echo status $?'"), outputIs("status 2\n"));
+}
