@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <memory>
 #include <new>
+#include <system_error>
 
 namespace hxaux {
 
@@ -132,7 +133,9 @@ int runObject(const Object& object, Words words)
     } catch (const UsageError& mistake) {
         return report(words, Exit::Usage, name, std::string(verb->name), mistake.what());
     } catch (const std::bad_alloc&) {
-        return report(words, Exit::Refused, name, std::string(verb->name), "memory is out");
+        return report(words, Exit::Refused, name, std::string(verb->name), "out of memory");
+    } catch (const std::system_error& mistake) { // no thread can be started
+        return report(words, Exit::Refused, name, std::string(verb->name), mistake.what());
     }
 }
 
