@@ -117,6 +117,44 @@ TEST(HostileValue, IsRefusedByEachVerbInOneLine)
     EXPECT_GT(refused, 500) << "the table of verbs was not walked";
 }
 
+TEST(MistakenValue, OutsideItsRangeIsRefusedByEachVerb)
+{
+    int refused = 0;
+    for (const Object* object : allObjects())
+        for (const Verb& verb : object->verbs)
+            for (const auto* group : {&verb.values, &verb.options})
+                for (const Argument& argument : *group) {
+                    if (argument.kind != Kind::Integer && argument.kind != Kind::Real)
+                        continue;
+                    for (const double outside : {argument.least - 1, argument.most + 1}) {
+                        const std::string number = std::to_string(static_cast<long long>(outside));
+                        EXPECT_THAT(run(callWith(*object, verb, argument, number)), refusedWith(2));
+                        ++refused;
+                    }
+                }
+    EXPECT_GT(refused, 50) << "the table of verbs was not walked";
+}
+
+TEST(MistakenCall, WithoutARequiredValueOrWithOneTooManyIsRefusedByEachVerb)
+{
+    for (const Object* object : allObjects())
+        for (const Verb& verb : object->verbs) {
+            std::string whole = "hxaux " + spoken(*object, verb);
+            bool takesMore = false;
+            for (const Argument& value : verb.values) {
+                if (value.presence != Presence::Optional) {
+                    EXPECT_THAT(run(whole), refusedWith(2));
+                }
+                whole += " " + quoted(goodValue(value));
+                takesMore = takesMore || value.presence == Presence::Repeated;
+            }
+            if (!takesMore) {
+                EXPECT_THAT(run(whole + " extra"), refusedWith(2));
+            }
+            EXPECT_THAT(run(whole + " --nonsense"), refusedWith(2));
+        }
+}
+
 TEST(HostileWord, IsRefusedAsObjectVerbOptionAndValueTooMany)
 {
     for (const std::string& word : kNoValues) {
@@ -158,6 +196,15 @@ TEST(HostileText, IsNotStoredAndChangesNothing)
         EXPECT_THAT(unit.run("hxaux settings set " + quoted(key) + " 1"), refusedWith(2));
     for (const char* text : {"", "a b", "\xc3\xbc", "\xff"})
         EXPECT_THAT(unit.run("hxaux eeprom set PCB_REV " + quoted(text)), refusedWith(2));
+    for (const std::string& word : kNoValues) {
+        if (word == "--")
+            continue;
+        EXPECT_THAT(unit.run("hxaux power video " + quoted(word)), refusedWith(2));
+        EXPECT_THAT(unit.run("hxaux config video " + quoted(word)), refusedWith(2));
+    }
+    for (const std::string& key : {std::string(), std::string("\x1b[31m"), std::string("1\n2"), std::string("1 ")})
+        for (const char* const store : {"settings", "eeprom"})
+            EXPECT_THAT(unit.run(std::string("hxaux ") + store + " get " + quoted(key)), refusedWith(2));
     EXPECT_THAT(unit.run("hxaux eeprom set A:B 1"), refusedWith(2));
     EXPECT_THAT(unit.run("hxaux locks reset /etc/passwd"), refusedWith(2));
     EXPECT_THAT(unit.run("hxaux locks reset ''"), refusedWith(2));
