@@ -52,13 +52,16 @@ std::optional<Record> parsed(std::string_view text)
     const auto count = hexNumber(text.substr(1, 2));
     const auto offset = hexNumber(text.substr(3, 4));
     const auto type = hexNumber(text.substr(7, 2));
-    if (!count || !offset || !type || text.size() < kHead + 2 * (*count + 1))
+    if (!count || !offset || !type)
         return std::nullopt;
-    const std::string_view digits = text.substr(kHead, 2 * (*count + 1)); // the checksum among them
+    const std::size_t dataDigits = std::size_t{2} * *count;
+    const std::string_view digits = text.substr(kHead, dataDigits + 2); // the checksum among them
+    if (digits.size() != dataDigits + 2)
+        return std::nullopt;
     for (std::size_t i = 0; i < digits.size(); i += 2)
         if (!hexNumber(digits.substr(i, 2)))
             return std::nullopt;
-    return Record{*count, *offset, *type, digits.substr(0, 2 * *count)};
+    return Record{*count, *offset, *type, digits.substr(0, dataDigits)};
 }
 
 std::string address(std::uint64_t value)
