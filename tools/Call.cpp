@@ -22,8 +22,9 @@ Exit statusOf(Halvix::eErr code)
     }
 }
 
-Call::Call(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen)
-    : arguments_(arguments), screen_(screen)
+Call::Call(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen,
+           std::shared_ptr<void>& kept)
+    : arguments_(arguments), screen_(screen), kept_(kept)
 {
     report_.object = object.name;
     report_.verb = verb.name;

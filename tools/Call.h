@@ -8,6 +8,7 @@
 #include "tools/Report.h"
 #include "tools/Screen.h"
 
+#include <memory>
 #include <string>
 
 namespace hxaux {
@@ -17,7 +18,8 @@ struct Stop {};
 
 class Call {
 public:
-    Call(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen);
+    Call(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen,
+         std::shared_ptr<void>& kept);
 
     // The values; a row's range and names were checked before.
     [[nodiscard]] bool has(std::string_view name) const { return arguments_.has(name); }
@@ -56,6 +58,16 @@ public:
     [[nodiscard]] bool asJson() const { return screen_.form() == Form::Json; }
     [[nodiscard]] Screen& screen() { return screen_; }
 
+    // What a verb needs over all rounds of --watch: made from this call when it is first asked for, ended with the last
+    // round, before held signals take effect.
+    template <typename Kind>
+    Kind& kept()
+    {
+        if (kept_ == nullptr)
+            kept_ = std::make_shared<Kind>(*this);
+        return *static_cast<Kind*>(kept_.get());
+    }
+
     [[nodiscard]] Exit status() const { return report_.status; }
 
 private:
@@ -63,6 +75,7 @@ private:
 
     const Arguments& arguments_;
     Screen& screen_;
+    std::shared_ptr<void>& kept_;
     Report report_;
     bool shown_ = false; // something was printed already
 };

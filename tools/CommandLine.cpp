@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <new>
+#include <system_error>
 
 namespace hxaux {
 
@@ -72,25 +74,27 @@ std::string verbMistake(const Object& object, const Words& words)
 Exit watch(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen)
 {
     const HeldSignals held;
+    std::shared_ptr<void> kept;
     const std::chrono::milliseconds pause(
         arguments.has("every") ? static_cast<long long>(arguments.real("every") * 1000) : 1000);
     long long rounds = arguments.has("count") ? arguments.integer("count") : std::numeric_limits<long long>::max();
     screen.redrawInPlace();
     for (;;) {
-        Call call(object, verb, arguments, screen);
+        Call call(object, verb, arguments, screen, kept);
         try {
             verb.run(call);
         } catch (const Stop&) {
         }
         call.show();
-        if (call.status() != Exit::Done || --rounds == 0 || held.take(pause) || !Screen::flushed())
+        if (call.status() != Exit::Done || --rounds == 0 || held.await(pause) || !Screen::flushed())
             return call.status();
     }
 }
 
 Exit once(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen)
 {
-    Call call(object, verb, arguments, screen);
+    std::shared_ptr<void> kept;
+    Call call(object, verb, arguments, screen, kept);
     try {
         verb.run(call);
     } catch (const Stop&) {
@@ -129,7 +133,9 @@ int runObject(const Object& object, Words words)
     } catch (const UsageError& mistake) {
         return report(words, Exit::Usage, name, std::string(verb->name), mistake.what());
     } catch (const std::bad_alloc&) {
-        return report(words, Exit::Refused, name, std::string(verb->name), "memory is out");
+        return report(words, Exit::Refused, name, std::string(verb->name), "out of memory");
+    } catch (const std::system_error& mistake) { // no thread can be started
+        return report(words, Exit::Refused, name, std::string(verb->name), mistake.what());
     }
 }
 

@@ -13,12 +13,15 @@ namespace hxaux {
 enum class FirmwareTarget { Supervisor = 0, Front = 1, Fpga = 2 };
 
 struct FirmwareCheck {
-    Halvix::eErr code = Halvix::ERR_SUCCESS; // what the library would answer
-    std::string problem;                     // in words, when something is wrong
-    unsigned long imageSize = 0;             // bytes that would be written
+    std::string text;            // the file's contents
+    std::string problem;         // what is wrong with it; empty when it is good
+    unsigned long imageSize = 0; // bytes that would be written
+    std::size_t lastByteAt =
+        0; // of Intel HEX: where the text has the image's last byte, its record's checksum behind it
 };
 
-// The checks that an upgrade makes before it touches the target: size, foreign name, every record.
+// The checks that an upgrade makes before it touches the target (size, foreign name, every record), and those that it
+// does not make: a HEX file has data, and the unit writes each byte to the address that the file gives it.
 FirmwareCheck checkFirmwareFile(FirmwareTarget target, const std::string& name);
 
 } // namespace hxaux

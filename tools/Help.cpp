@@ -49,6 +49,9 @@ const std::vector<std::pair<int, const char*>>& exitMeanings()
         {4, "verification found a difference"},
         {5, "busy: the same function is at work already"},
         {6, "no connection"},
+        {129, "ended by HUP"},
+        {130, "ended by INT (Ctrl-C)"},
+        {143, "ended by TERM"},
     };
     return meanings;
 }

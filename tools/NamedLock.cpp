@@ -84,17 +84,25 @@ bool waitsIn(const std::string& call, const Mapping& semaphore)
     return std::ranges::find(kFutexCalls, number) != std::end(kFutexCalls) && semaphore.holds(value);
 }
 
+// A process may end while its entries are read; what was seen until then counts.
+template <typename Look>
+void forEachEntry(const fs::path& folder, Look look)
+{
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+        look(entry->path());
+}
+
 LockUser userOf(const fs::path& process, int pid, const Mapping& semaphore)
 {
     LockUser user{pid, contentOf(process / "comm")};
     if (!user.program.empty() && user.program.back() == '\n')
         user.program.pop_back();
-    std::error_code error;
-    for (const auto& thread : fs::directory_iterator(process / "task", error)) {
-        const std::string call = contentOf(thread.path() / "syscall");
+    forEachEntry(process / "task", [&](const fs::path& thread) {
+        const std::string call = contentOf(thread / "syscall");
         user.visible = user.visible && !call.empty();
         user.waits = user.waits || waitsIn(call, semaphore);
-    }
+    });
     return user;
 }
 
@@ -155,18 +163,16 @@ LockState NamedLock::look() const
     sem_getvalue(semaphore_, &value);
     state.value = static_cast<unsigned>(std::max(value, 0));
     const bool sharedWithOthers = file.st_uid != geteuid();
-    std::error_code error;
-    for (const auto& process : fs::directory_iterator("/proc", error)) {
-        const auto pid = pidOf(process.path());
+    forEachEntry("/proc", [&](const fs::path& process) {
+        const auto pid = pidOf(process);
         if (!pid)
-            continue;
-        const auto theirs =
-            findMapping(process.path(), [&](const Mapping& mapping) { return mapping.sameFile(*mine); });
+            return;
+        const auto theirs = findMapping(process, [&](const Mapping& mapping) { return mapping.sameFile(*mine); });
         if (theirs)
-            state.users.push_back(userOf(process.path(), *pid, *theirs));
-        else if (sharedWithOthers && isHidden(process.path()))
+            state.users.push_back(userOf(process, *pid, *theirs));
+        else if (sharedWithOthers && isHidden(process))
             state.everyoneSeen = false;
-    }
+    });
     std::ranges::sort(state.users, {}, &LockUser::pid);
     return state;
 }

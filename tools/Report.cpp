@@ -3,9 +3,12 @@
 
 #include "hx-aux/errors.h"
 #include "tools/ErrorNames.h"
+#include "tools/Printable.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <nlohmann/json.hpp>
 
 namespace hxaux {
@@ -76,6 +79,25 @@ Json jsonOf(const Problem& problem)
     return object;
 }
 
+// The control characters that JSON allows within a text, DEL and C1, as escapes: a terminal must not obey them. In
+// UTF-8 the bytes C2 80 to C2 9F are C1 and nothing else.
+std::string withoutControls(const std::string& json)
+{
+    std::string safe;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const bool isC1 = json[i] == '\xC2' && static_cast<unsigned char>(json[i + 1]) < 0xA0;
+        if (!isC1 && json[i] != '\x7F') {
+            safe += json[i];
+            continue;
+        }
+        i += isC1 ? 1 : 0;
+        std::array<char, 7> escape{};
+        std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned char>(json[i]));
+        safe += escape.data();
+    }
+    return safe;
+}
+
 // When everything failed for one reason, the reason is said once.
 std::vector<Problem> worthSaying(const Report& report)
 {
@@ -101,17 +123,17 @@ std::string asJson(const Report& report)
                         {"units", unitsOf(report.result)},
                         {"notes", report.notes},
                         {"errors", problems}};
-    // Bytes that are no UTF-8 come from EEPROMs and files; they must not keep the document from being one.
-    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    // Bytes that are not UTF-8 come from EEPROMs and files; they must not keep the document from being one.
+    return withoutControls(whole.dump(-1, ' ', false, Json::error_handler_t::replace)) + "\n";
 }
 
 std::string asText(const Report& report)
 {
     std::string text;
     for (const Field& field : report.result)
-        text += field.name + ": " + field.value.text() + (field.unit.empty() ? "" : " " + field.unit) + "\n";
+        text += printable(field.name) + ": " + field.value.text() + (field.unit.empty() ? "" : " " + field.unit) + "\n";
     for (const std::string& note : report.notes)
-        text += note + "\n";
+        text += printable(note) + "\n";
     return text;
 }
 
@@ -120,8 +142,9 @@ std::string problemLines(const Report& report)
     const std::string where = report.object + (report.verb.empty() ? "" : " " + report.verb) + ": ";
     std::string lines;
     for (const Problem& problem : worthSaying(report)) {
-        lines += (report.object.empty() ? "hxaux: " : where) + (problem.item.empty() ? "" : problem.item + ": ");
-        lines += problem.text + (problem.code < 0 ? "" : " (" + std::to_string(problem.code) + ")") + "\n";
+        lines +=
+            (report.object.empty() ? "hxaux: " : where) + (problem.item.empty() ? "" : printable(problem.item) + ": ");
+        lines += printable(problem.text) + (problem.code < 0 ? "" : " (" + std::to_string(problem.code) + ")") + "\n";
     }
     return lines;
 }

@@ -25,7 +25,8 @@ using namespace std::chrono_literals;
 class ServingPlace {
 public:
     explicit ServingPlace(Call& call)
-        : file_(::open("/opt/etc/hxaux.ini", O_RDONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH))
+        : file_(::open("/opt/etc/hxaux.ini", O_RDONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC,
+                       S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH))
     {
         if (file_ < 0)
             call.fail(Exit::File, "the settings file /opt/etc/hxaux.ini cannot be opened");
@@ -98,9 +99,14 @@ void serveBacklight(Call& call)
     call.check(service->automaticBacklightInit());
     call.note("serving the automatic backlight");
     call.show();
-    while (!signals.take(1h)) {
+    while (!signals.await(1h)) {
     }
-    endInOrder(call, *service, signals);
+    try {
+        endInOrder(call, *service, signals);
+    } catch (const Stop&) {
+        call.show(); // the signal leaves no time for it later
+        throw;
+    }
 }
 
 } // namespace hxaux

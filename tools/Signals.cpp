@@ -2,10 +2,14 @@
 #include "tools/Signals.h"
 
 #include <cerrno>
+#include <condition_variable>
+#include <csignal>
 #include <cstdio>
 #include <fstream>
+#include <mutex>
 #include <string>
 #include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 namespace hxaux {
@@ -42,18 +46,50 @@ bool isPending(const sigset_t& set)
     return false;
 }
 
+bool isIgnored(int number)
+{
+    struct sigaction action {};
+    return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 } // namespace
 
-HeldSignals::HeldSignals() : holder_(static_cast<pid_t>(syscall(SYS_gettid)))
+class HeldSignals::Hold {
+public:
+    Hold();
+    ~Hold();
+    Hold(const Hold&) = delete;
+    Hold& operator=(const Hold&) = delete;
+
+    std::optional<int> take(std::chrono::milliseconds wait) const;
+    std::optional<int> await(std::chrono::milliseconds wait);
+
+private:
+    void endWhenStuck();
+
+    sigset_t held_{};
+    sigset_t before_{};
+    std::optional<int> awaited_;
+    pid_t holder_;
+    std::mutex mutex_;
+    std::condition_variable ended_;
+    bool end_ = false;
+    std::thread observer_;
+};
+
+HeldSignals::Hold::Hold() : holder_(static_cast<pid_t>(syscall(SYS_gettid)))
 {
     sigemptyset(&held_);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&held_, number);
-    pthread_sigmask(SIG_BLOCK, &held_, &before_);
+        if (!isIgnored(number)) // a blocked one would arrive all the same
+            sigaddset(&held_, number);
+    sigset_t blocked = held_;
+    sigaddset(&blocked, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &blocked, &before_);
     observer_ = std::thread([this] { endWhenStuck(); });
 }
 
-HeldSignals::~HeldSignals()
+HeldSignals::Hold::~Hold()
 {
     {
         const std::lock_guard lock(mutex_);
@@ -62,9 +98,11 @@ HeldSignals::~HeldSignals()
     ended_.notify_all();
     observer_.join();
     pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    if (awaited_)
+        std::raise(*awaited_);
 }
 
-void HeldSignals::endWhenStuck()
+void HeldSignals::Hold::endWhenStuck()
 {
     std::unique_lock lock(mutex_);
     int looks = 0;
@@ -78,7 +116,14 @@ void HeldSignals::endWhenStuck()
     }
 }
 
-std::optional<int> HeldSignals::take(std::chrono::milliseconds wait) const
+std::optional<int> HeldSignals::Hold::await(std::chrono::milliseconds wait)
+{
+    if (!awaited_)
+        awaited_ = take(wait);
+    return awaited_;
+}
+
+std::optional<int> HeldSignals::Hold::take(std::chrono::milliseconds wait) const
 {
     using std::chrono::steady_clock;
     const auto until = steady_clock::now() + wait;
@@ -95,6 +140,29 @@ std::optional<int> HeldSignals::take(std::chrono::milliseconds wait) const
         if (errno != EINTR)
             return std::nullopt;
     }
+}
+
+HeldSignals::HeldSignals()
+{
+    static std::weak_ptr<Hold> theHold;
+    hold_ = theHold.lock();
+    if (hold_ == nullptr)
+        theHold = hold_ = std::make_shared<Hold>();
+}
+
+std::optional<int> HeldSignals::take(std::chrono::milliseconds wait) const
+{
+    return hold_->take(wait);
+}
+
+std::optional<int> HeldSignals::await(std::chrono::milliseconds wait) const
+{
+    return hold_->await(wait);
+}
+
+Exit exitOf(int signal)
+{
+    return static_cast<Exit>(128 + signal);
 }
 
 } // namespace hxaux

@@ -8,6 +8,7 @@
 #include "tools/Verb.h"
 
 #include <chrono>
+#include <optional>
 #include <string>
 
 namespace hxaux {
@@ -18,8 +19,16 @@ enum class UpgradeTask { Upgrade, Verify };
 
 void runUpgrade(Call& call, UpgradeTask task, FirmwareTarget target, const std::string& file);
 
-// The exit status of a run that ended with this code while it did this.
-Exit statusOfRun(Halvix::UpgradeAction failedIn, Halvix::eErr code);
+// Why a run failed, as far as its error code tells: the file was checked, and cannot change any more, before it began.
+struct Cause {
+    std::optional<Halvix::UpgradeAction> phase; // none for a code that belongs to several
+    Exit status = Exit::Done;
+};
+Cause causeOf(UpgradeTask task, FirmwareTarget target, Halvix::eErr code);
+// The exit status of a run that was not even started.
+Exit statusOfStart(Halvix::eErr code);
+// The text of a HEX file whose image differs in its last byte alone.
+std::string withOtherLastByte(const FirmwareCheck& check);
 // "writing": what a bar is labelled with.
 std::string phaseName(Halvix::UpgradeAction action);
 // "12.3 KB/s", or nothing when too little is known.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/Value.h"
 
+#include "tools/Printable.h"
+
 #include <array>
 #include <cstdio>
 
@@ -15,23 +17,6 @@ std::string decimals(const Real& real)
     return text.data();
 }
 
-// Control characters and line ends of foreign texts must not break the one line that a result is.
-std::string printable(const std::string& text)
-{
-    std::string shown;
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte >= 0x20 && byte != 0x7F) {
-            shown += character;
-            continue;
-        }
-        std::array<char, 5> escaped{};
-        std::snprintf(escaped.data(), escaped.size(), "\\x%02x", byte);
-        shown += escaped.data();
-    }
-    return shown;
-}
-
 std::string joined(const Value::List& list)
 {
     std::string text;
@@ -44,7 +29,7 @@ std::string joined(const Value::Record& record)
 {
     std::string text;
     for (const Field& field : record) {
-        text += (text.empty() ? "" : ", ") + field.name + " " + field.value.text();
+        text += (text.empty() ? "" : ", ") + printable(field.name) + " " + field.value.text();
         if (!field.unit.empty())
             text += " " + field.unit;
     }

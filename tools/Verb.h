@@ -14,8 +14,19 @@ namespace hxaux {
 
 class Call;
 
-// Exit statuses of the tool.
-enum class Exit { Done = 0, Refused = 1, Usage = 2, File = 3, Difference = 4, Busy = 5, NoConnection = 6 };
+// Exit statuses of the tool. A signal ends it as signals do, which a shell reports as 128 and the signal's number.
+enum class Exit {
+    Done = 0,
+    Refused = 1,
+    Usage = 2,
+    File = 3,
+    Difference = 4,
+    Busy = 5,
+    NoConnection = 6,
+    HungUp = 129,
+    Interrupted = 130,
+    Terminated = 143
+};
 
 enum class Kind { Flag, Integer, Real, Choice, Text, File };
 enum class Presence { Required, Optional, Repeated };

@@ -110,13 +110,13 @@ TEST(AutomaticBacklightService, HasTheAveragingToItself)
     EXPECT_THAT(other.output, HasSubstr("(20)"));
 }
 
-TEST(AutomaticBacklightService, EndsInOrderOnEachSignal)
+TEST(AutomaticBacklightService, EndsInOrderAndByTheSignalOnEachSignal)
 {
-    for (const int signal : {SIGTERM, SIGINT}) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         ServedUnit served{kQuick};
         ASSERT_TRUE(served.reaches("218"));
 
-        EXPECT_EQ(served.end(signal), 0);
+        EXPECT_EQ(served.end(signal), 128 + signal);
 
         EXPECT_THAT(served.unit.settings(), HasSubstr("ABL_status=1\n"));
         EXPECT_EQ(served.unit.hxaux({"light", "--average"}).status, 0);
@@ -127,7 +127,7 @@ TEST(AutomaticBacklightService, CanBeRestarted)
 {
     ServedUnit served{kQuick};
     ASSERT_TRUE(served.reaches("218"));
-    ASSERT_EQ(served.end(), 0);
+    ASSERT_EQ(served.end(), 128 + SIGTERM);
 
     Process again = served.unit.start({"backlight", "serve"});
     EXPECT_EQ(again.line(), "serving the automatic backlight");
@@ -140,7 +140,7 @@ TEST(AutomaticBacklightService, ThatIsSwitchedOffEndsWithTheSettingsAsTheyAre)
 {
     ServedUnit served{"ABL_status=0\n"};
 
-    EXPECT_EQ(served.end(), 0);
+    EXPECT_EQ(served.end(), 128 + SIGTERM);
 
     EXPECT_THAT(served.unit.settings(), HasSubstr("ABL_status=0\n"));
 }

@@ -110,11 +110,11 @@ void Process::kill()
     (void)status();
 }
 
-SharedUnit::SharedUnit(const std::vector<std::string>& description)
+SharedUnit::SharedUnit(const std::vector<std::string>& description, int scale)
 {
     static int made = 0;
     name_ = "processes-" + std::to_string(getpid()) + '-' + std::to_string(++made);
-    std::vector<std::string> command{HXSIM_PROGRAM, "start"};
+    std::vector<std::string> command{HXSIM_PROGRAM, "start", "--scale", std::to_string(scale)};
     for (const std::string& line : description)
         command.insert(command.end(), {"--set", line});
     command.push_back(name_);

@@ -37,8 +37,8 @@ private:
 /// A simulated unit of this test alone that several programs share.
 class SharedUnit {
 public:
-    /// Description lines: what differs from a healthy unit.
-    explicit SharedUnit(const std::vector<std::string>& description = {});
+    /// Description lines: what differs from a healthy unit; and how many times faster than real its time runs.
+    explicit SharedUnit(const std::vector<std::string>& description = {}, int scale = 1);
     ~SharedUnit();
     SharedUnit(const SharedUnit&) = delete;
     SharedUnit& operator=(const SharedUnit&) = delete;

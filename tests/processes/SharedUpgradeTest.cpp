@@ -15,10 +15,12 @@
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
 const std::string kFree = "uart.paced = no";
+constexpr int kQuick = 200;
 
 /// Firmware files of this test alone.
 class Files {
@@ -34,7 +36,8 @@ public:
 
     [[nodiscard]] std::string supervisor(std::size_t size) const
     {
-        return file("ss.hex", firmware::intelHexOfSize(150000, firmware::pattern(size)));
+        return file("ss.hex",
+                    firmware::intelHexOfSize(std::max<std::size_t>(150000, 3 * size), firmware::pattern(size)));
     }
     [[nodiscard]] std::string front(std::size_t size) const
     {
@@ -139,6 +142,73 @@ TEST(UpgradeTool, EndsWithADifferenceWhenABitReadsBackWrongly)
 
     EXPECT_EQ(told.status, 4);
     EXPECT_THAT(told.output, HasSubstr("verifying: Verify failed (14)"));
+}
+
+// Phases that are over before anybody looks: nothing of the answer may depend on having seen them.
+TEST(UpgradeTool, EndsWithADifferenceHoweverShortThePhasesAre)
+{
+    const SharedUnit unit({kFree}, kQuick);
+    const Files files;
+    const std::string front = files.front(40);
+    const std::string fpga = files.fpga(16);
+
+    for (int i = 0; i < 12; ++i) {
+        for (const auto& [target, file] : {std::pair{"front", front}, std::pair{"fpga", fpga}}) {
+            const auto told = unit.hxaux({"verify", target, file});
+            EXPECT_EQ(told.status, 4) << told.output;
+            EXPECT_THAT(told.output, HasSubstr("verify: verifying: Verify failed (14)"));
+        }
+    }
+}
+
+TEST(UpgradeTool, VerifiesASmallImageHoweverShortThePhasesAre)
+{
+    const SharedUnit unit({kFree}, kQuick);
+    const Files files;
+    const std::string file = files.front(40);
+    ASSERT_EQ(unit.hxaux({"upgrade", "front", file}).status, 0);
+
+    for (int i = 0; i < 12; ++i) {
+        const auto told = unit.hxaux({"verify", "front", file});
+        EXPECT_EQ(told.status, 0) << told.output;
+        EXPECT_THAT(told.output, HasSubstr("verified: 40 bytes"));
+    }
+}
+
+TEST(UpgradeTool, DoesNotCallVerifiedWhatTheFlashIsTooSmallFor)
+{
+    constexpr std::size_t kFlash = 128 * 1024;
+    const SharedUnit unit({kFree, "ss.product-id = 0x410"}, kQuick);
+    const Files files;
+    ASSERT_EQ(unit.hxaux({"upgrade", "ss", files.supervisor(kFlash)}).status, 0);
+
+    const auto told = unit.hxaux({"verify", "ss", files.supervisor(2 * kFlash)});
+
+    EXPECT_EQ(told.status, 4);
+    EXPECT_THAT(told.output, HasSubstr("% of the file could be compared"));
+    EXPECT_THAT(told.output, Not(HasSubstr("verified")));
+}
+
+TEST(UpgradeTool, DoesNotCallVerifiedWhatAnUnknownTargetHas)
+{
+    const SharedUnit unit({kFree, "front.product-id = 0x999"}, kQuick);
+    const Files files;
+
+    const auto told = unit.hxaux({"verify", "front", files.front(100)});
+
+    EXPECT_EQ(told.status, 4);
+    EXPECT_THAT(told.output, HasSubstr("only 0 % of the file could be compared"));
+}
+
+TEST(UpgradeTool, RefusesAnImageThatIsLargerThanTheFlashAsAFile)
+{
+    const SharedUnit unit({kFree, "ss.product-id = 0x412"}, kQuick);
+    const Files files;
+
+    const auto told = unit.hxaux({"upgrade", "ss", files.supervisor(40000)});
+
+    EXPECT_EQ(told.status, 3);
+    EXPECT_THAT(told.output, HasSubstr("writing: "));
 }
 
 TEST(UpgradeTool, RefusesFirmwareForTheOtherMicrocontroller)

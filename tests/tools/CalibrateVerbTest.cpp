@@ -59,7 +59,7 @@ TEST(CalibrateVerb, EndsOnASignalAndLeavesNoPointAwaited)
 {
     EXPECT_THAT(onUnit("hxaux calibrate run & sleep 0.6; kill -TERM $!; wait $!; echo status $?; "
                        "hx-sim log | grep -c \"put 1 = 0\""),
-                AllOf(outputIs("point 1: waiting\nstatus 1\n1\n"), errorMatches("ended by a signal at point 1")));
+                AllOf(outputIs("point 1: waiting\nstatus 143\n1\n"), errorMatches("ended by a signal at point 1")));
 }
 
 TEST(CalibrateVerb, StartsAnewAfterAnInterruptedRun)

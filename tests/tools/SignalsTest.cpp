@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/Signals.h"
 
+#include <csignal>
 #include <functional>
 #include <gmock/gmock.h>
 #include <semaphore.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace hxaux;
@@ -82,4 +84,73 @@ TEST(HeldSignals, CanBeTaken)
 
     EXPECT_EQ(held.take(1s), SIGHUP);
     EXPECT_EQ(held.take(), std::nullopt);
+}
+
+TEST(HeldSignals, TakeEffectAtTheEndWhenTheyWereAwaited)
+{
+    const int status = statusAfterSignal(SIGHUP, [](const auto& ready) {
+        {
+            const HeldSignals held;
+            ready();
+            if (held.await(20s) != SIGHUP || held.await() != SIGHUP)
+                _exit(3);
+        }
+        _exit(4);
+    });
+
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGHUP);
+}
+
+TEST(HeldSignals, WaitForTheEndOfTheLastHoldWhicheverThatIs)
+{
+    const int status = statusAfterSignal(SIGINT, [](const auto& ready) {
+        auto first = std::make_unique<HeldSignals>();
+        const HeldSignals second;
+        ready();
+        (void)first->await(20s);
+        first.reset();
+        _exit(3);
+    });
+
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 3);
+}
+
+// As for a program that nohup starts.
+TEST(HeldSignals, LeaveAnIgnoredSignalIgnored)
+{
+    const int status = statusAfterSignal(SIGHUP, [](const auto& ready) {
+        std::signal(SIGHUP, SIG_IGN);
+        {
+            const HeldSignals held;
+            ready();
+            if (held.await(1s))
+                _exit(4);
+        }
+        _exit(3);
+    });
+
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 3);
+}
+
+TEST(HeldSignals, HoldAReaderBackThatWentAway)
+{
+    const int status = statusAfterSignal(SIGCONT, [](const auto& ready) {
+        ready();
+        int gone[2];
+        (void)!pipe(gone);
+        close(gone[0]);
+        {
+            const HeldSignals held;
+            if (write(gone[1], "x", 1) >= 0)
+                _exit(4);
+            alarm(0);
+        }
+        _exit(3); // not reached: the program ends as one that writes to nobody does
+    });
+
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGPIPE);
 }

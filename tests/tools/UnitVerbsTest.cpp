@@ -132,14 +132,6 @@ TEST(Watch, RedrawsInPlaceOnATerminal)
     EXPECT_THAT(unit.runOnTerminal("hxaux inputs --watch --every 0.05 --count 2"), outputMatches("\x1b\\[4A"));
 }
 
-TEST(Watch, EndsWithSuccessOnASignal)
-{
-    const Unit unit;
-
-    EXPECT_THAT(run("timeout -s INT 1.5 " + unit.line("hxaux inputs --watch --every 0.1") + "; echo \"status $?\""),
-                AllOf(outputMatches("input 4: off\nstatus (0|124)\n$"), errorIs("")));
-}
-
 TEST(Watch, EndsWhenTheUnitRefuses)
 {
     const Unit unit({"absent=/dev/dig-io"});

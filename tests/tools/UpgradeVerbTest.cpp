@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 
 using namespace hxaux;
 using namespace hxtest;
@@ -68,10 +69,11 @@ TEST(UpgradeVerb, RefusesABadFileWithoutTheUnit)
 
     EXPECT_THAT(check("ss", wrong), AllOf(errorMatches("checksum is wrong"), outputIs(""), statusIs(3)));
     EXPECT_THAT(check("ss", std::string(95000, '\n')), AllOf(errorMatches("end record is missing"), statusIs(3)));
-    EXPECT_THAT(check("ss", std::string(95000, 'x')), AllOf(errorMatches("no Intel HEX file"), statusIs(3)));
-    EXPECT_THAT(check("ss", ""), AllOf(errorMatches("no supervisor firmware"), statusIs(3)));
+    EXPECT_THAT(check("ss", std::string(95000, 'x')),
+                AllOf(errorMatches("line 1: .*this is not an Intel HEX file"), statusIs(3)));
+    EXPECT_THAT(check("ss", ""), AllOf(errorMatches("not supervisor firmware"), statusIs(3)));
     EXPECT_THAT(check("front", firmware::filledUpTo(60000, '\n', "SystemSupervisor")),
-                AllOf(errorMatches("no front-panel firmware"), statusIs(3)));
+                AllOf(errorMatches("not front-panel firmware"), statusIs(3)));
     EXPECT_THAT(check("fpga", ":00000001FF\n"), AllOf(errorMatches("no data record of 16 bytes"), statusIs(3)));
     EXPECT_THAT(check("fpga", std::string(43, '1')), AllOf(errorMatches("checksum is wrong"), statusIs(3)));
 }
@@ -105,20 +107,109 @@ TEST(UpgradeVerb, TellsAsJsonWhatADryRunFound)
     EXPECT_EQ(document["result"]["image"], 1000);
 }
 
-TEST(UpgradeRun, EndsWithTheStatusOfTheStepThatFailed)
+TEST(UpgradeVerb, RefusesAFileThatTheUnitWouldMisplaceWithItsLine)
 {
-    using namespace Halvix;
+    const Folder folder;
+    const std::string text = firmware::linear(0) + firmware::data(0, {1, 2}) + firmware::linear(1) +
+                             firmware::data(0, {3, 4}) + std::string(firmware::kEnd) + std::string(95000, '\n');
+    const std::string file = folder.file("misplaced.hex", text);
 
-    EXPECT_EQ(statusOfRun(UpgradeActionConnect, ERR_OPEN_FAILED), Exit::NoConnection);
-    EXPECT_EQ(statusOfRun(UpgradeActionReadFile, ERR_OPEN_FAILED), Exit::File);
-    EXPECT_EQ(statusOfRun(UpgradeActionReadFile, ERR_CHECKSUM), Exit::File);
-    EXPECT_EQ(statusOfRun(UpgradeActionReadFile, ERR_INIT_FAILED), Exit::Refused);
-    EXPECT_EQ(statusOfRun(UpgradeActionPrepareHardware, ERR_OPEN_FAILED), Exit::Refused);
-    EXPECT_EQ(statusOfRun(UpgradeActionPrepareHardware, ERR_INIT_FAILED), Exit::Refused);
-    EXPECT_EQ(statusOfRun(UpgradeActionWrite, ERR_INVALID_DATA), Exit::File);
-    EXPECT_EQ(statusOfRun(UpgradeActionWrite, ERR_DEVICE_WRITE_DATA_FAILED), Exit::Refused);
-    EXPECT_EQ(statusOfRun(UpgradeActionVerify, ERR_VERIFY_FAILED), Exit::Difference);
-    EXPECT_EQ(statusOfRun(UpgradeActionReserved, ERR_IN_PROGRESS), Exit::Busy);
+    for (const char* const command : {"upgrade ss ", "verify ss "})
+        EXPECT_THAT(run(std::string("hx-sim run -- hxaux ") + command + file),
+                    AllOf(errorMatches("misplaced.hex: line 4: its data belongs to address 0x00010000"), outputIs(""),
+                          statusIs(3)));
+}
+
+TEST(UpgradeVerb, RefusesWhatIsNotARegularFileAndDoesNotWaitForIt)
+{
+    const Folder folder;
+    const std::string fifo = folder.path() + "/fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+
+    for (const std::string& name : {fifo, std::string("/dev/zero"), std::string("/dev/full")})
+        for (const char* const command : {"upgrade ss ", "upgrade fpga ", "verify front ", "verify fpga "})
+            EXPECT_THAT(run(std::string("hxaux ") + command + name),
+                        AllOf(errorMatches(name + ": it is not a regular file"), statusIs(3)));
+}
+
+TEST(UpgradeVerb, RefusesAFileWithoutAnEnd)
+{
+    const Folder folder;
+    const std::string file = folder.file("sparse.mcs", "");
+    std::filesystem::resize_file(file, std::uintmax_t{1} << 40);
+
+    EXPECT_THAT(run("hxaux upgrade fpga " + file), AllOf(errorMatches("larger than 64 MiB"), statusIs(3)));
+}
+
+struct Ending {
+    UpgradeTask task;
+    FirmwareTarget target;
+    Halvix::eErr code;
+    std::optional<Halvix::UpgradeAction> phase;
+    Exit status;
+};
+
+class FailedRun : public testing::TestWithParam<Ending> {};
+
+TEST_P(FailedRun, HasThePhaseAndTheStatusOfItsCode)
+{
+    const Cause cause = causeOf(GetParam().task, GetParam().target, GetParam().code);
+
+    EXPECT_EQ(cause.phase, GetParam().phase);
+    EXPECT_EQ(cause.status, GetParam().status);
+}
+
+namespace {
+
+using namespace Halvix;
+constexpr auto kUpgrade = UpgradeTask::Upgrade;
+constexpr auto kVerify = UpgradeTask::Verify;
+constexpr auto kFront = FirmwareTarget::Front;
+constexpr auto kSupervisor = FirmwareTarget::Supervisor;
+constexpr auto kFpga = FirmwareTarget::Fpga;
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, FailedRun,
+    testing::Values(Ending{kUpgrade, kSupervisor, ERR_OPEN_FAILED, UpgradeActionConnect, Exit::NoConnection},
+                    Ending{kVerify, kFront, ERR_OPEN_FAILED, UpgradeActionConnect, Exit::NoConnection},
+                    Ending{kUpgrade, kFpga, ERR_OPEN_FAILED, UpgradeActionPrepareHardware, Exit::Refused},
+                    Ending{kVerify, kFpga, ERR_BUFFER_SIZE, UpgradeActionPrepareHardware, Exit::Refused},
+                    Ending{kUpgrade, kFpga, ERR_INIT_FAILED, UpgradeActionPrepareHardware, Exit::Refused},
+                    Ending{kUpgrade, kFront, ERR_INIT_FAILED, UpgradeActionReadFile, Exit::Refused},
+                    Ending{kUpgrade, kFpga, ERR_CHECKSUM, UpgradeActionReadFile, Exit::File},
+                    Ending{kVerify, kSupervisor, ERR_CHECKSUM, UpgradeActionReadFile, Exit::File},
+                    Ending{kUpgrade, kSupervisor, ERR_INVALID_DATA, UpgradeActionWrite, Exit::File},
+                    Ending{kUpgrade, kFront, ERR_DEVICE_WRITE_DATA_FAILED, UpgradeActionWrite, Exit::Refused},
+                    Ending{kUpgrade, kFront, ERR_DEVICE_READ_DATA_FAILED, UpgradeActionVerify, Exit::Refused},
+                    Ending{kVerify, kFpga, ERR_DEVICE_READ_DATA_FAILED, UpgradeActionVerify, Exit::Refused},
+                    Ending{kUpgrade, kSupervisor, ERR_VERIFY_FAILED, UpgradeActionVerify, Exit::Difference},
+                    Ending{kVerify, kFpga, ERR_VERIFY_FAILED, UpgradeActionVerify, Exit::Difference},
+                    Ending{kVerify, kFpga, ERR_IOCTRL_FAILED, std::nullopt, Exit::Refused},
+                    Ending{kUpgrade, kFpga, ERR_MEM_ALLOC_FAIL, std::nullopt, Exit::Refused}));
+
+TEST(UpgradeRun, ThatIsNotStartedHasTheStatusOfItsCode)
+{
+    EXPECT_EQ(statusOfStart(Halvix::ERR_IN_PROGRESS), Exit::Busy);
+    EXPECT_EQ(statusOfStart(Halvix::ERR_OPEN_FAILED), Exit::File);
+    EXPECT_EQ(statusOfStart(Halvix::ERR_DATATYPE_MISMATCH), Exit::File);
+    EXPECT_EQ(statusOfStart(Halvix::ERR_CREATE_THREAD), Exit::Refused);
+}
+
+TEST(UpgradeRun, MakesAFileThatDiffersInTheLastByteOfItsImageAlone)
+{
+    const Folder folder;
+    FirmwareCheck check = checkFirmwareFile(kSupervisor, folder.file("a.hex", supervisorText(1000)));
+
+    check.text = withOtherLastByte(check);
+
+    const FirmwareCheck other = checkFirmwareFile(kSupervisor, folder.file("b.hex", check.text));
+    EXPECT_EQ(other.problem, "");
+    EXPECT_EQ(other.imageSize, 1000U);
+    auto image = firmware::pattern(1000);
+    image.back() ^= 1;
+    EXPECT_TRUE(other.text == firmware::intelHexOfSize(95000, image));
 }
 
 TEST(UpgradeRun, NamesEachPhase)

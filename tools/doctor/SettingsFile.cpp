@@ -2,11 +2,11 @@
 #include "tools/doctor/Doctor.h"
 
 #include "tools/Names.h"
+#include "tools/RegularFile.h"
 
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <map>
 #include <sstream>
 #include <unistd.h>
@@ -111,11 +111,11 @@ Findings settingsIn(const std::string& content)
 Findings settingsFile()
 {
     Findings findings{fileRights()};
-    std::ifstream file(kFile, std::ios::binary);
-    std::ostringstream content;
-    if (file)
-        content << file.rdbuf();
-    for (Finding& finding : settingsIn(content.str()))
+    std::string content;
+    const std::string problem = readRegularFile(kFile, content);
+    if (findings[0].problem.empty() && !problem.empty() && access(kFile, F_OK) == 0)
+        findings[0] = {kFile, problem, std::string("sudo rm -r ") + kFile};
+    for (Finding& finding : settingsIn(content))
         findings.push_back(std::move(finding));
     return findings;
 }

@@ -68,10 +68,10 @@ private:
         announce(point, count);
         const auto started = Clock::now();
         while (!isTaken(point)) {
-            if (held_.take(kPause))
-                stop("ended by a signal at " + name);
+            if (const auto number = held_.await(kPause))
+                stop(exitOf(*number), "ended by a signal at " + name);
             if (Clock::now() - started > patience())
-                stop(name + " was not touched in time");
+                stop(Exit::Refused, name + " was not touched in time");
         }
         call_.screen().endPassingLine();
         call_.print(name, "taken");
@@ -99,10 +99,11 @@ private:
         return std::chrono::duration<double>(call_.has("timeout") ? call_.real("timeout") : kPatience);
     }
 
-    [[noreturn]] void stop(const std::string& why)
+    [[noreturn]] void stop(Exit status, const std::string& why)
     {
-        call_.screen().endPassingLine();
-        call_.fail(Exit::Refused, why + "; the calibration is not complete, 'hxaux calibrate run' starts it anew");
+        call_.problem(status, "", why + "; the calibration is not complete, 'hxaux calibrate run' starts it again");
+        call_.show(); // a signal leaves no time for it later
+        throw Stop{};
     }
 
     void conclude()

@@ -38,8 +38,15 @@ Halvix::eErr read(HXAuxPrivate& service, unsigned char store, std::string key, s
     return code;
 }
 
+void checkKey(Call& call)
+{
+    if (const std::string reason = refusedPropertyKey(call.text("key")); !reason.empty())
+        call.fail(Exit::Usage, "the key cannot be used: " + reason);
+}
+
 void get(Call& call)
 {
+    checkKey(call);
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
     std::string value;
     call.check(read(*service, storeOf(call), call.text("key"), value));
@@ -48,8 +55,7 @@ void get(Call& call)
 
 void set(Call& call)
 {
-    if (const std::string reason = refusedPropertyKey(call.text("key")); !reason.empty())
-        call.fail(Exit::Usage, "the key cannot be used: " + reason);
+    checkKey(call);
     if (const std::string reason = refusedProperty(call.text("value")); !reason.empty())
         call.fail(Exit::Usage, "the value cannot be stored: " + reason);
     const HeldSignals held; // a write that is cut short leaves half of the old and half of the new text

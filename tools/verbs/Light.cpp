@@ -37,7 +37,7 @@ Filter storedFilter()
     return code == Halvix::ERR_SUCCESS && stored.average != 0 && stored.spread != 0 ? stored : Filter{};
 }
 
-// Averages from its making to its end. It must be ended: nobody gives the averaging back for a program that died.
+// Averages from its making to its end. It must be ended: nobody releases the averaging for a program that died.
 class Averaging {
 public:
     explicit Averaging(Call& call) : sensor_(GetLightsensor())
@@ -66,14 +66,14 @@ private:
         }
     }
 
+    HeldSignals held_;
     Interface<Lightsensor> sensor_;
 };
 
 void readAverage(Call& call)
 {
-    static Averaging averaging(call); // over all rounds of --watch; ends with the program
     unsigned short lux = 0;
-    call.check(averaging.sensor().getAverageIlluminance(&lux));
+    call.check(call.kept<Averaging>().sensor().getAverageIlluminance(&lux));
     call.print("average", lux, "lux");
 }
 

@@ -191,7 +191,7 @@ void monitor(Call& call)
     long long rounds = call.has("count") ? call.integer("count") : std::numeric_limits<long long>::max();
     do {
         reporter.show(probes.read());
-    } while (--rounds > 0 && !held.take(pause) && Screen::flushed());
+    } while (--rounds > 0 && !held.await(pause) && Screen::flushed());
 }
 
 } // namespace

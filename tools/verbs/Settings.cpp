@@ -27,8 +27,15 @@ Halvix::eErr read(HXAuxPrivate& service, const std::string& key, std::string& va
     return code;
 }
 
+void checkKey(Call& call)
+{
+    if (const std::string reason = refusedSettingKey(call.text("key")); !reason.empty())
+        call.fail(Exit::Usage, "the key cannot be used: " + reason);
+}
+
 void get(Call& call)
 {
+    checkKey(call);
     const HeldSignals held;
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
     std::string value;
@@ -41,8 +48,7 @@ void get(Call& call)
 
 void set(Call& call)
 {
-    if (const std::string reason = refusedSettingKey(call.text("key")); !reason.empty())
-        call.fail(Exit::Usage, "the key cannot be used: " + reason);
+    checkKey(call);
     if (const std::string reason = refusedSetting(call.text("value")); !reason.empty())
         call.fail(Exit::Usage, "the value cannot be stored: " + reason);
     const HeldSignals held;

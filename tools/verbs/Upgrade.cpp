@@ -13,7 +13,7 @@ const Names kTargets = namesOf<FirmwareTarget>(
 void dryRun(Call& call, FirmwareTarget target, const std::string& file)
 {
     const FirmwareCheck check = checkFirmwareFile(target, file);
-    if (check.code != Halvix::ERR_SUCCESS)
+    if (!check.problem.empty())
         call.fail(Exit::File, file + ": " + check.problem);
     call.print("image", check.imageSize, "bytes");
     call.note("the file is good; the unit was not touched");

@@ -217,7 +217,7 @@ void minimize(Call& call)
     call.check(video->minimize());
     if (call.has("for")) {
         const HeldSignals held;
-        (void)held.take(std::chrono::milliseconds(static_cast<long long>(call.real("for") * 1000)));
+        (void)held.await(std::chrono::milliseconds(static_cast<long long>(call.real("for") * 1000)));
         return call.check(video->restore());
     }
     call.print("area before", list({before[0], before[1], before[2], before[3]}));
