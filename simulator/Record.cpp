@@ -27,6 +27,11 @@ void tellCount(const std::string& count, const std::string& file)
     std::fprintf(stderr, "hx-sim record: %s calls in %s\n", count.c_str(), file.c_str());
 }
 
+bool describesUnit(const UnitOptions& unit)
+{
+    return !unit.descriptions.empty() || !unit.settings.empty() || !unit.keep.empty() || unit.scale != 1.0;
+}
+
 int recordOnRunningUnit(const std::string& name, const std::string& file, const std::vector<std::string>& command)
 {
     UnitClient client{name};
@@ -81,7 +86,11 @@ int record(const RecordOptions& options, const std::vector<std::string>& command
     const std::string file =
         options.file.empty() ? fs::path{command[0]}.filename().string() + ".recording" : options.file;
     const char* const around = std::getenv(PreloadedLink::kFolderVariable);
-    if (!options.on.empty() || (around != nullptr && !options.machine))
+    const bool onRunning = !options.on.empty() || (around != nullptr && !options.machine);
+    if (onRunning && describesUnit(options.unit))
+        throw BadUsage{"the unit around this command is recorded; --description, --set, --keep and --scale are for a "
+                       "unit of the program's own"};
+    if (onRunning)
         return recordOnRunningUnit(UnitClient::choose(options.on), file, command);
     UnitOptions unit = options.unit;
     if (options.machine)

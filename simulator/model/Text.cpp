@@ -102,6 +102,11 @@ std::string quoted(std::span<const std::uint8_t> bytes)
     return text + '"';
 }
 
+std::string inQuotes(std::string_view text)
+{
+    return quoted({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
 std::int64_t parseNumber(std::string_view text, std::int64_t low, std::int64_t high)
 {
     const bool negative = text.starts_with('-');
