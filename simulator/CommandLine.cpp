@@ -10,14 +10,15 @@
 #include <thread>
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 #include "simulator/Completion.h"
+#include "simulator/Json.h"
 #include "simulator/Launch.h"
 #include "simulator/Manual.h"
 #include "simulator/Play.h"
 #include "simulator/Record.h"
 #include "simulator/Shell.h"
+#include "simulator/Show.h"
 #include "simulator/UnitClient.h"
 #include "simulator/Verbs.h"
 #include "simulator/interpose/UnitFolder.h"
@@ -50,7 +51,7 @@ void tell(const Choice& choice, Words words)
     if (choice.json)
         words.emplace_back("--json");
     const std::string text = UnitClient{UnitClient::choose(choice.on)}.ask(words);
-    std::fputs(text.c_str(), stdout);
+    show(stdout, text);
 }
 
 Words with(const std::string& first, const Words& rest)
@@ -75,7 +76,7 @@ void list(const Choice& choice)
 {
     const Words running = UnitFolder::running();
     if (choice.json)
-        std::printf("%s\n", nlohmann::json(running).dump().c_str());
+        std::printf("%s\n", written(running).c_str());
     else
         for (const std::string& name : running)
             std::printf("%s\n", name.c_str());
@@ -102,7 +103,7 @@ void log(const Choice& choice)
     UnitClient client{UnitClient::choose(choice.on)};
     client.ask(choice.json ? Words{"follow", "--json"} : Words{"follow"});
     client.listen([](const std::string& line) {
-        std::printf("%s\n", line.c_str());
+        show(stdout, line + '\n');
         std::fflush(stdout);
     });
 }
@@ -291,6 +292,10 @@ void CommandLine::defineTrouble()
         ->required();
     fails.callback([this] { tell(*choice_, with("fail", choice_->words)); });
 
+    CLI::App& faults = addOnUnit("faults");
+    faults.add_flag("--json", choice_->json, "As JSON");
+    faults.callback([this] { tell(*choice_, {"faults"}); });
+
     CLI::App& unfails = addOnUnit("unfail");
     unfails.add_option("node", choice_->words, "The node whose calls fail no more; without one all")->expected(0, 1);
     unfails.callback([this] { tell(*choice_, with("unfail", choice_->words)); });
@@ -387,7 +392,7 @@ int CommandLine::execute(std::vector<std::string> words)
         words.insert(words.begin(), "do");    // "press front" means "do press front"
     std::reverse(words.begin(), words.end()); // as the parser takes them
     const auto fail = [this](int status, const char* text) {
-        std::fprintf(stderr, "%s%s\n", place_.c_str(), text);
+        show(stderr, place_ + text + '\n');
         return status;
     };
     try {
