@@ -10,14 +10,14 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "simulator/Host.h"
+#include "simulator/PlainFile.h"
+#include "simulator/Show.h"
 #include "simulator/interpose/preloaded/PreloadedLink.h"
 #include "simulator/model/Text.h"
 
@@ -27,21 +27,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string contentsOf(const std::string& path)
-{
-    std::ifstream stream{path, std::ios::binary};
-    if (!stream)
-        throw BadText{"cannot read " + path};
-    return {std::istreambuf_iterator<char>{stream}, {}};
-}
-
 void describe(Host& host, const UnitOptions& options)
 {
     if (!options.keep.empty())
         host.keepIn(options.keep);
     for (const std::string& file : options.descriptions) {
         try {
-            host.describe(contentsOf(file));
+            host.describe(contentOf(file));
         } catch (const BadText& bad) {
             throw BadText{file + ": " + bad.what()};
         }
@@ -96,8 +88,9 @@ void append(const char* variable, const std::string& value)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
     execv(program.c_str(), arguments.data());
-    std::fprintf(stderr, "hx-sim run: cannot start %s: %s\n", command[0].c_str(), std::strerror(errno));
-    _exit(errno == ENOENT ? kCannotStart : kCannotStart - 1);
+    const int error = errno;
+    show(stderr, "hx-sim run: cannot start " + command[0] + ": " + std::strerror(error) + '\n');
+    _exit(error == ENOENT ? kCannotStart : kCannotStart - 1);
 }
 
 /// Signals that end a unit or tell of its program come through a descriptor, so that the loop sees them.
@@ -108,7 +101,10 @@ public:
         sigemptyset(&set_);
         for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGCHLD})
             sigaddset(&set_, signal);
-        sigprocmask(SIG_BLOCK, &set_, &before_);
+        sigset_t blocked = set_;
+        for (const int signal : {SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF, SIGPIPE, SIGIO, SIGXFSZ})
+            sigaddset(&blocked, signal); // a stray one ends no unit
+        sigprocmask(SIG_BLOCK, &blocked, &before_);
         fd_ = signalfd(-1, &set_, SFD_CLOEXEC);
     }
     Signals(const Signals&) = delete;

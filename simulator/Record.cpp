@@ -6,10 +6,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <unistd.h>
 
 #include "simulator/Host.h"
+#include "simulator/PlainFile.h"
+#include "simulator/Show.h"
 #include "simulator/UnitClient.h"
 #include "simulator/interpose/preloaded/PreloadedLink.h"
 #include "simulator/model/Text.h"
@@ -22,9 +23,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void tellCount(const std::string& count, const std::string& file)
+constexpr int kNothing = 1; ///< status where there is nothing to compare
+
+/// A recording without calls tests nothing: that is said, and no success.
+int statusWith(const std::string& count, const std::string& file, int status)
 {
-    std::fprintf(stderr, "hx-sim record: %s calls in %s\n", count.c_str(), file.c_str());
+    show(stderr, "hx-sim record: " + count + " calls in " + file + '\n');
+    if (count != "0")
+        return status;
+    show(stderr, "hx-sim record: the program asked nothing of the unit's devices; a replay would compare nothing\n");
+    return status == 0 ? kNothing : status;
 }
 
 bool describesUnit(const UnitOptions& unit)
@@ -38,8 +46,7 @@ int recordOnRunningUnit(const std::string& name, const std::string& file, const 
     const double scale = parseReal(client.ask({"scale"}));
     client.ask({"record", fs::absolute(file), std::to_string(getpid())});
     const int status = runOnUnitAndWait(name, scale, command);
-    tellCount(client.ask({"end-record"}), file);
-    return status;
+    return statusWith(client.ask({"end-record"}), file, status);
 }
 
 /// The devices of this machine; within 'hx-sim run' those are that unit's, whose time the program keeps.
@@ -55,13 +62,17 @@ double scaleOfMachine()
     return scale == nullptr ? 1.0 : std::atof(scale);
 }
 
+/// Whole and checked, before anything of it is used.
 Recording readRecording(const std::string& file)
 {
-    std::ifstream stream{file, std::ios::binary};
-    if (!stream || fs::is_directory(file))
-        throw BadRecording{"cannot read " + file};
+    std::string text;
     try {
-        return Recording::parse(std::string{std::istreambuf_iterator<char>{stream}, {}});
+        text = contentOf(file);
+    } catch (const BadText& bad) {
+        throw BadRecording{bad.what()};
+    }
+    try {
+        return Recording::parse(text, Unit{});
     } catch (const BadText& bad) {
         throw BadRecording{file + ':' + bad.what()};
     }
@@ -103,8 +114,7 @@ int record(const RecordOptions& options, const std::vector<std::string>& command
     };
     unit.afterwards = [&](Host& host) { count = host.endRecord(-1); };
     const int status = runOnOwnUnit(unit, command);
-    tellCount(std::to_string(count), file);
-    return status;
+    return statusWith(std::to_string(count), file, status);
 }
 
 int replay(const std::string& file, double scale, const std::vector<std::string>& command)
@@ -112,7 +122,7 @@ int replay(const std::string& file, double scale, const std::vector<std::string>
     const Recording recording = readRecording(file);
     int program = 0;
     const auto differs = [&](const std::string& what) {
-        std::fprintf(stderr, "hx-sim replay: %s:%s\n", file.c_str(), what.c_str());
+        show(stderr, "hx-sim replay: " + file + ':' + what + '\n');
         if (program > 0)
             kill(program, SIGTERM); // nothing that it does from here on can be compared
     };
@@ -133,7 +143,11 @@ int replay(const std::string& file, double scale, const std::vector<std::string>
         differed = calls->differed();
     };
     const int status = runOnOwnUnit(unit, command);
-    return differed ? kDiffers : status;
+    if (differed)
+        return kDiffers;
+    if (recording.calls.empty())
+        show(stderr, "hx-sim replay: " + file + ": the recording has no calls: nothing was compared\n");
+    return recording.calls.empty() && status == 0 ? kNothing : status;
 }
 
 } // namespace hxsim
