@@ -94,6 +94,18 @@ void Unit::addFault(std::string_view text)
     faults_.add(std::move(fault));
 }
 
+void Unit::failSupply()
+{
+    for (const auto& effect : onSupplyFailure_)
+        effect();
+}
+
+void Unit::returnSupply()
+{
+    for (const auto& effect : onSupplyReturn_)
+        effect();
+}
+
 void Unit::setAbsent(const std::string& name, bool absent)
 {
     if (Node* node = findNode(name))

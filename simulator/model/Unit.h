@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -58,6 +59,12 @@ public:
     /// "NODE CALL [ERRNO] [COUNT]". Throws BadText for what this unit does not have.
     void addFault(std::string_view text);
 
+    /// What its parts do when the supply goes, and when it comes back.
+    void whenSupplyFails(std::function<void()> effect) { onSupplyFailure_.push_back(std::move(effect)); }
+    void whenSupplyReturns(std::function<void()> effect) { onSupplyReturn_.push_back(std::move(effect)); }
+    void failSupply();
+    void returnSupply();
+
     Clock& clock() { return clock_; }
     Journal& journal() { return journal_; }
     Properties& properties() { return properties_; }
@@ -90,6 +97,8 @@ private:
     std::set<std::string> files_{"/opt/etc", "/opt/etc/hxaux.ini"};
     std::set<std::string> functions_;
     std::set<std::string> absent_;
+    std::vector<std::function<void()>> onSupplyFailure_;
+    std::vector<std::function<void()>> onSupplyReturn_;
     std::vector<std::unique_ptr<Hardware>> hardware_; // last: its objects use everything above until they are gone
 };
 
