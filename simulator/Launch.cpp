@@ -17,6 +17,7 @@
 
 #include "simulator/Host.h"
 #include "simulator/PlainFile.h"
+#include "simulator/ProgramCheck.h"
 #include "simulator/Show.h"
 #include "simulator/interpose/preloaded/PreloadedLink.h"
 #include "simulator/model/Text.h"
@@ -52,21 +53,6 @@ std::string doorFolder()
     throw BadText{"the door of the simulated unit is not installed beside " + own.string()};
 }
 
-std::string findProgram(const std::string& name)
-{
-    if (name.find('/') != std::string::npos)
-        return name;
-    std::string path = std::getenv("PATH") == nullptr ? "/usr/bin:/bin" : std::getenv("PATH");
-    for (std::size_t at = 0; at <= path.size();) {
-        const std::size_t end = std::min(path.find(':', at), path.size());
-        const std::string file = path.substr(at, end - at) + '/' + name;
-        if (access(file.c_str(), X_OK) == 0)
-            return file;
-        at = end + 1;
-    }
-    return name;
-}
-
 void append(const char* variable, const std::string& value)
 {
     const char* const before = std::getenv(variable);
@@ -79,7 +65,10 @@ void append(const char* variable, const std::string& value)
 [[noreturn]] void become(const std::string& folder, double scale, const std::vector<std::string>& command)
 {
     const std::string program = findProgram(command[0]);
-    append("LD_PRELOAD", doorFolder() + "/$LIB/libhxsim-door.so");
+    const std::string preload = doorFolder();
+    if (const std::string why = whyNotSimulated(program, preload); !why.empty())
+        show(stderr, "hx-sim run: " + command[0] + ' ' + why + ": it will not see the unit\n");
+    append("LD_PRELOAD", preload + "/$LIB/libhxsim-door.so");
     append("ASAN_OPTIONS", "verify_asan_link_order=0"); // the door replaces no memory functions
     setenv(PreloadedLink::kFolderVariable, folder.c_str(), 1);
     setenv(PreloadedLink::kScaleVariable, std::to_string(scale).c_str(), 1);

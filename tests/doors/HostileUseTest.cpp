@@ -130,6 +130,28 @@ TEST_F(HostileUse, LeavesTheSimulatorsFolderOfAnotherPlaceAlone)
     EXPECT_TRUE(fs::exists(sentinel() + "/unit/made-by-hx-sim"));
 }
 
+/// What is given as a file and is none.
+TEST_F(HostileUse, RefusesWhatIsNotAFileWithoutWaiting)
+{
+    const std::string fifo = sentinel() + "/fifo";
+    const std::string kept = sentinel() + "/kept";
+    run("mkfifo " + fifo + "; mkdir " + kept + "; mkfifo " + kept + "/eeprom-main");
+
+    for (const char* const command : {"run -d %s -- true", "start x -d %s", "play light %s -- true"}) {
+        EXPECT_THAT(run(with(command, fifo)), AllOf(statusIs(1), errorMatches("is a FIFO, not a file\n$")));
+        EXPECT_THAT(run(with(command, "/dev/zero")), AllOf(statusIs(1), errorMatches("is a device, not a file\n$")));
+        EXPECT_THAT(run(with(command, "/tmp")), AllOf(statusIs(1), errorMatches("is a folder, not a file\n$")));
+        EXPECT_THAT(run(with(command, "/nonexistent")), AllOf(statusIs(1), errorMatches("cannot read /nonexistent")));
+    }
+    EXPECT_THAT(
+        run("printf '0 1\n1 2\n' >" + kept + "/p; hx-sim play light --plot " + fifo + ' ' + kept + "/p -- true"),
+        AllOf(statusIs(1), errorMatches("is a FIFO, not a file\n$")));
+    EXPECT_THAT(run("hx-sim run --keep " + sentinel() + "/file -- true"),
+                AllOf(statusIs(1), errorMatches("nothing can be kept in")));
+    EXPECT_TRUE(nothingIsLost());
+    EXPECT_THAT(run("hx-sim list"), outputIs(""));
+}
+
 /// Options that would otherwise be ignored.
 constexpr const char* kRefusedOptions[] = {
     "run --unit only --set light=1 -- true",
