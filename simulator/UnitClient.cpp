@@ -63,7 +63,7 @@ std::string UnitClient::ask(const std::vector<std::string>& words)
 
 void UnitClient::listen(const std::function<void(const std::string&)>& take)
 {
-    waitAtMost(fd_, {}); // for ever
+    waitAtMost(fd_, {}); // forever
     Packet packet;
     packet.bytes.resize(wire::kLargestPacket);
     std::size_t size = 0;

@@ -166,8 +166,8 @@ UnitFolder::~UnitFolder()
 
 void UnitFolder::remove() const
 {
-    removeMarked(path_);
     removeSemaphores(path_);
+    removeMarked(path_); // last: who waits for the end waits for this
     (void)::rmdir(base().c_str()); // stays while other units are in it
 }
 

@@ -197,11 +197,14 @@ void check(const Unit& unit, const RecordedCall& call)
 /// Files are made when the recording is replayed: among the unit's own, and nowhere else.
 void checkFile(const Recording& recording, const Unit& unit, const std::string& path)
 {
-    const std::set<std::string>& known = unit.files();
-    const auto isBelow = [&](const std::string& other) { return other.starts_with(path + '/'); };
-    if (!known.contains(path) || std::ranges::any_of(known, isBelow))
-        throw BadText{"the unit has no file " + inQuotes(path) +
-                      suggestion(path, std::vector<std::string>(known.begin(), known.end()))};
+    std::vector<std::string> known;
+    for (const std::string& file : unit.files()) // folders stand before what is in them
+        if (!known.empty() && file.starts_with(known.back() + '/'))
+            known.back() = file;
+        else
+            known.push_back(file);
+    if (std::ranges::find(known, path) == known.end())
+        throw BadText{"the unit has no file " + inQuotes(path) + suggestion(path, known)};
     if (recording.files.contains(path))
         throw BadText{"the file " + path + " is there twice"};
 }
