@@ -89,7 +89,7 @@ std::optional<Executable> executableIn(const Image& image)
     for (std::size_t i = 0; i < std::min<std::size_t>(header->e_phnum, kMostHeaders); ++i) {
         const auto segment = image.at<Segment>(std::uint64_t{header->e_phoff} + i * sizeof(Segment));
         if (segment && segment->p_type == PT_INTERP)
-            found.loader = image.text(segment->p_offset, std::min<std::size_t>(segment->p_filesz, 4096));
+            found.loader = image.text(segment->p_offset, std::size_t(std::min<std::uint64_t>(segment->p_filesz, 4096)));
         if (segment && segment->p_type == PT_DYNAMIC)
             found.hasName = hasLibraryName<Dynamic>(image, segment->p_offset, segment->p_filesz);
     }

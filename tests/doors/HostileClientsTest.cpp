@@ -112,10 +112,12 @@ TEST_F(HostileClients, SendEveryKindWithAnyValueInAnyState)
             const Raw control = client();
             control.say(wire::Kind::Hello);
             control.say(wire::Kind{kind}, std::string(3, '\0'), value);
-            const Raw file = client();
-            file.say(wire::Kind::Open, kOpen, 2);
-            file.say(wire::Kind{kind}, std::string(5, '\xff'), value);
-            file.say(wire::Kind{kind}, "", value);
+            for (const char* const device : {"/dev/adc-id", "/dev/ttyS0", "/dev/fpgaflash", "/dev/.hxsim-jida"}) {
+                const Raw file = client();
+                file.say(wire::Kind::Open, std::string{"name"} + '\0' + device, 2);
+                for (const std::size_t size : {0, 5, 64})
+                    file.say(wire::Kind{kind}, std::string(size, '\xff'), value);
+            }
         }
     (void)client().say(wire::Kind{0xFFFFFFFF});
 
