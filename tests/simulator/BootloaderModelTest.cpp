@@ -153,6 +153,7 @@ TEST(BootloaderModel, RefusesToWriteOutsideFlashAndRam)
     EXPECT_THAT(line.write(0x1FFFF800, {1, 2}), ElementsAre(kNack)) << "option bytes";
     EXPECT_THAT(line.write(0x20000000, {1, 2}), ElementsAre(kNack)) << "the bootloader's own RAM";
     EXPECT_THAT(line.write(0x08080000, {1, 2}), ElementsAre(kNack)) << "behind the flash";
+    EXPECT_THAT(line.write(0x0807FFFE, {1, 2, 3, 4}), ElementsAre(kNack)) << "half of it behind the flash";
     EXPECT_THAT(line.write(0x20000200, {1, 2}), ElementsAre(kAck));
     EXPECT_EQ(line.chip().ram[0x201], 2);
 }
@@ -253,6 +254,18 @@ TEST(BootloaderModel, StartsTheFirmwareWhenTheLineTurnsBack)
     line.chip().flash.assign(line.chip().flash.size(), 0xFF);
     line.request(0x4001004B, {0});
     EXPECT_EQ(line.unit.properties().get("ss.state"), "no firmware");
+}
+
+TEST(BootloaderModel, CountsNoBytesThatTheFirmwareGets)
+{
+    Line line;
+    line.request(0x4001004B, {0});
+    line.request(0x4001004B, {1}); // the line leads to the running firmware
+    line.unit.properties().set("ss.cut-at-byte", "1");
+
+    EXPECT_THAT(line.ask({0x7F}), IsEmpty());
+
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "running");
 }
 
 TEST(PacedWire, TakesElevenBitsForEachByte)
