@@ -167,7 +167,7 @@ UnitFolder::~UnitFolder()
 void UnitFolder::remove() const
 {
     removeSemaphores(path_);
-    removeMarked(path_); // last: who waits for the end waits for this
+    removeMarked(path_);           // last: who waits for the end waits for this
     (void)::rmdir(base().c_str()); // stays while other units are in it
 }
 

@@ -224,4 +224,52 @@ TEST_F(HostileUse, HonoursOrRefusesEachOption)
     EXPECT_THAT(run("hx-sim list"), outputIs("only\n"));
 }
 
+struct Mistake {
+    const char* command;
+    int status;
+    const char* message;
+};
+
+constexpr Mistake kMistakes[] = {
+    {"set light", 1, "is not of the form: key = value"},
+    {"set light abc", 1, "light: 'abc' is not a number"},
+    {"set light nan", 1, "'nan' is not"},
+    {"set ligth 1", 1, "no property 'ligth'; did you mean 'light'\\?"},
+    {"set led.lit on", 1, "led.lit can only be read"},
+    {"set '=' 1", 1, "the unit has no property ''"},
+    {"set \"$(printf 'light\\0331')\" 1", 1, "the unit has no property"},
+    {"get ligth", 1, "no property 'ligth'; did you mean 'light'\\?"},
+    {"get ''", 1, "no property ''"},
+    {"do prses front", 1, "no action 'prses'; did you mean 'press'\\?"},
+    {"prses front", 1, "no action 'prses'; did you mean 'press'\\?"},
+    {"press back", 1, "press front"},
+    {"supply maybe", 1, "'maybe' is neither on nor off"},
+    {"remove /dev/backligth", 1, "did you mean '/dev/backlight'\\?"},
+    {"remove /dev/backlight /dev/nope", 1, "\"/dev/nope\""},
+    {"restore ss", 1, "no device, file, library or function \"ss\""},
+    {"fail /dev/nope open", 1, "nothing on the unit is called \"/dev/nope\""},
+    {"fail /dev/backlight oepn", 1, "did you mean 'open'\\?"},
+    {"fail /dev/backlight open EOI", 1, "did you mean 'EIO'\\?"},
+    {"fail /dev/backlight open EIO -1", 1, "-1 is outside 1 to 1000000"},
+    {"unfail /dev/nope", 1, "nothing on the unit is called \"/dev/nope\""},
+    {"get --unit other light", 6, "no unit named 'other' runs"},
+    {"start only", 1, "'only' runs already"},
+    {"run -- /nonexistent", 127, "cannot start /nonexistent"},
+    {"run -- /tmp", 126, "cannot start /tmp"},
+    {"run -- ''", 126, "cannot start"},
+};
+
+TEST_F(HostileUse, AnswersEachMistakeWithAStatusAndWords)
+{
+    run("hx-sim start only");
+
+    for (const Mistake& each : kMistakes)
+        EXPECT_THAT(run("hx-sim " + std::string{each.command}),
+                    AllOf(statusIs(each.status), outputIs(""), errorMatches(each.message)));
+
+    EXPECT_THAT(run("hx-sim run --unit only -- hx-probe get /dev/adc-id 0"), statusIs(0));
+    EXPECT_THAT(run("hx-sim log | grep -c backlight"), outputIs("0\n")) << "nothing of a refused command was done";
+    EXPECT_TRUE(nothingIsLost());
+}
+
 } // namespace
