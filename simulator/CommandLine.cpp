@@ -4,18 +4,21 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <iterator>
 #include <thread>
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 #include "simulator/Completion.h"
+#include "simulator/Json.h"
 #include "simulator/Launch.h"
 #include "simulator/Manual.h"
 #include "simulator/Play.h"
 #include "simulator/Record.h"
 #include "simulator/Shell.h"
+#include "simulator/Show.h"
 #include "simulator/UnitClient.h"
 #include "simulator/Verbs.h"
 #include "simulator/interpose/UnitFolder.h"
@@ -48,7 +51,7 @@ void tell(const Choice& choice, Words words)
     if (choice.json)
         words.emplace_back("--json");
     const std::string text = UnitClient{UnitClient::choose(choice.on)}.ask(words);
-    std::fputs(text.c_str(), stdout);
+    show(stdout, text);
 }
 
 Words with(const std::string& first, const Words& rest)
@@ -73,7 +76,7 @@ void list(const Choice& choice)
 {
     const Words running = UnitFolder::running();
     if (choice.json)
-        std::printf("%s\n", nlohmann::json(running).dump().c_str());
+        std::printf("%s\n", written(running).c_str());
     else
         for (const std::string& name : running)
             std::printf("%s\n", name.c_str());
@@ -84,8 +87,7 @@ void stop(const Choice& choice)
     const std::string name = UnitClient::choose(choice.on);
     UnitClient{name}.ask({"stop"});
     for (int i = 0; i < 500; ++i) { // until its folder is gone
-        const Words running = UnitFolder::running();
-        if (std::find(running.begin(), running.end(), name) == running.end())
+        if (!std::filesystem::exists(UnitFolder::pathOf(name)))
             return;
         std::this_thread::sleep_for(std::chrono::milliseconds{10});
     }
@@ -101,7 +103,7 @@ void log(const Choice& choice)
     UnitClient client{UnitClient::choose(choice.on)};
     client.ask(choice.json ? Words{"follow", "--json"} : Words{"follow"});
     client.listen([](const std::string& line) {
-        std::printf("%s\n", line.c_str());
+        show(stdout, line + '\n');
         std::fflush(stdout);
     });
 }
@@ -118,19 +120,58 @@ int playLight(const Choice& choice)
 {
     if (!choice.words.empty())
         return playLightWith(choice.light, choice.words);
-    if (!choice.light.plot.empty())
-        throw BadText{"a picture needs a program: --plot FILE -- PROGRAM"};
     playLightOn(choice.on, choice.light);
     return kDone;
 }
 
+constexpr char kScale[] = "--scale";
+constexpr char kUnitHelp[] = "The unit's name; may be left out when only one runs";
+
+/// What describes a unit that is made for the command.
+constexpr const char* kUnitOptions[] = {"--description", "--set", "--keep", kScale};
+
+const CLI::Validator kUnitName{UnitFolder::whatIsWrongWith, "", "name of a unit"};
+const CLI::Validator kNotEmpty{[](std::string& text) { return text.empty() ? std::string{"it is empty"} : ""; }, ""};
+
+/// The range check of the parser takes "nan" for a number that is in every range.
+CLI::Validator between(double low, double high)
+{
+    return {[low, high](std::string& text) {
+                char* end = nullptr;
+                const double value = std::strtod(text.c_str(), &end);
+                const bool good = !text.empty() && *end == '\0' && value >= low && value <= high;
+                return good ? std::string{}
+                            : inQuotes(text) + " is not a number from " + CLI::detail::to_string(low) + " to " +
+                                  CLI::detail::to_string(high);
+            },
+            ""};
+}
+
+void addScale(CLI::App& command, double& scale, const char* help)
+{
+    command.add_option(kScale, scale, help)->check(between(0.001, 100000));
+}
+
 void addUnitOptions(CLI::App& command, UnitOptions& unit)
 {
-    command.add_option("--description,-d", unit.descriptions, "File that says how the unit differs from a healthy one");
-    command.add_option("--set,-s", unit.settings, "One line of a description, key=value");
-    command.add_option("--keep", unit.keep, "Folder in which the EEPROMs outlast the unit, for the next one");
-    command.add_option("--scale", unit.scale, "How many times faster than real its time runs")
-        ->check(CLI::Range(0.001, 100000.0));
+    command.add_option("--description,-d", unit.descriptions, "File that says how the unit differs from a healthy one")
+        ->check(kNotEmpty);
+    command.add_option("--set,-s", unit.settings, "One line of a description, key=value")->check(kNotEmpty);
+    command.add_option("--keep", unit.keep, "Folder in which the EEPROMs outlast the unit, for the next one")
+        ->check(kNotEmpty);
+    addScale(command, unit.scale, "How many times faster than real its time runs");
+}
+
+CLI::Option* addUnit(CLI::App& command, std::string& name, const char* help)
+{
+    return command.add_option("--unit,-u", name, help)->check(kUnitName);
+}
+
+/// What describes a unit cannot be given together with this: there is no unit to be made.
+void excludeUnitOptions(CLI::App& command, CLI::Option* option)
+{
+    for (const char* const name : kUnitOptions)
+        option->excludes(command.get_option(name));
 }
 
 CLI::Option* addProgram(CLI::App& command, Words& words)
@@ -160,6 +201,7 @@ void CommandLine::defineAll()
 {
     app_ = std::make_unique<CLI::App>("hx-sim: simulated units and the programs on them", inShell_ ? "" : "hx-sim");
     app_->require_subcommand(1);
+    app_->parse_complete_callback(&UnitFolder::sweep); // what is refused has not touched the disk
     defineUnits();
     defineValues();
     defineActions();
@@ -182,26 +224,27 @@ CLI::App& CommandLine::add(const char* name)
 CLI::App& CommandLine::addOnUnit(const char* name)
 {
     CLI::App& command = add(name);
-    command.add_option("--unit,-u", choice_->on, "The unit's name; may be left out when only one runs");
+    addUnit(command, choice_->on, kUnitHelp);
     return command;
 }
 
 void CommandLine::defineUnits()
 {
     CLI::App& runs = add("run");
-    runs.add_option("--unit,-u", choice_->on, "A running unit instead of one of the program's own");
+    CLI::Option* const on = addUnit(runs, choice_->on, "A running unit instead of one of the program's own");
     addUnitOptions(runs, choice_->unit);
+    excludeUnitOptions(runs, on);
     addProgram(runs, choice_->words)->required();
     runs.positionals_at_end();
     runs.callback([this] { choice_->status = run(*choice_); });
 
     CLI::App& starts = add("start");
     addUnitOptions(starts, choice_->unit);
-    starts.add_option("name", choice_->unit.name, "Its name")->required();
+    starts.add_option("name", choice_->unit.name, "Its name")->required()->check(kUnitName);
     starts.callback([this] { startUnit(choice_->unit); });
 
     CLI::App& stops = add("stop");
-    stops.add_option("name", choice_->on, "Its name; may be left out when only one runs");
+    stops.add_option("name", choice_->on, "Its name; may be left out when only one runs")->check(kUnitName);
     stops.callback([this] { stop(*choice_); });
 
     CLI::App& lists = add("list");
@@ -221,9 +264,10 @@ void CommandLine::defineValues()
 
     for (const char* const name : {"properties", "actions"}) {
         CLI::App& shows = addOnUnit(name);
-        shows.add_flag("--json", choice_->json, "As JSON");
+        CLI::Option* const json = shows.add_flag("--json", choice_->json, "As JSON");
         if (*name == 'p')
-            shows.add_flag("--markdown", choice_->markdown, "All of them and all actions, as a page of a document");
+            shows.add_flag("--markdown", choice_->markdown, "All of them and all actions, as a page of a document")
+                ->excludes(json);
         shows.callback([this, name] { tell(*choice_, {choice_->markdown ? "properties-page" : name}); });
     }
 }
@@ -248,17 +292,21 @@ void CommandLine::defineTrouble()
         ->required();
     fails.callback([this] { tell(*choice_, with("fail", choice_->words)); });
 
+    CLI::App& faults = addOnUnit("faults");
+    faults.add_flag("--json", choice_->json, "As JSON");
+    faults.callback([this] { tell(*choice_, {"faults"}); });
+
     CLI::App& unfails = addOnUnit("unfail");
-    unfails.add_option("node", choice_->words, "The node whose calls fail no more; without one all");
+    unfails.add_option("node", choice_->words, "The node whose calls fail no more; without one all")->expected(0, 1);
     unfails.callback([this] { tell(*choice_, with("unfail", choice_->words)); });
 }
 
 void CommandLine::defineLog()
 {
     CLI::App& logs = addOnUnit("log");
-    logs.add_flag("--follow,-f", choice_->follow, "Go on with each new call");
-    logs.add_flag("--clear", choice_->clear, "Forget what was asked until now");
-    logs.add_flag("--json", choice_->json, "One JSON object a line");
+    CLI::Option* const follow = logs.add_flag("--follow,-f", choice_->follow, "Go on with each new call");
+    CLI::Option* const json = logs.add_flag("--json", choice_->json, "One JSON object a line");
+    logs.add_flag("--clear", choice_->clear, "Forget what was asked until now")->excludes(follow)->excludes(json);
     logs.callback([this] { log(*choice_); });
 }
 
@@ -268,13 +316,18 @@ void CommandLine::definePlay()
     plays.require_subcommand(1);
     CLI::App* const lights =
         plays.add_subcommand("light", "Plays a light profile on a running unit, or on one of its own with a program.");
-    lights->add_option("--unit,-u", choice_->on, "The unit's name; may be left out when only one runs");
+    CLI::Option* const on = addUnit(*lights, choice_->on, kUnitHelp);
     addUnitOptions(*lights, choice_->light.unit);
-    lights->add_option("--plot", choice_->light.plot,
-                       "Draw light and level into this SVG file when the program has ended");
-    lights->add_option("--seconds", choice_->light.seconds, "End the program after this time of the unit");
+    lights
+        ->add_option("--plot", choice_->light.plot,
+                     "Draw light and level into this SVG file when the program has ended")
+        ->check(kNotEmpty);
+    lights->add_option("--seconds", choice_->light.seconds, "End the program after this time of the unit")
+        ->check(between(0.001, 1e9));
     lights->add_option("profile", choice_->light.file, "Lines SECONDS LUX; 'repeat' as the last one")->required();
-    addProgram(*lights, choice_->words);
+    on->excludes(addProgram(*lights, choice_->words));
+    for (const char* const name : {"--description", "--set", "--keep", kScale, "--plot", "--seconds"})
+        lights->get_option(name)->needs("program");
     lights->callback([this] { choice_->status = playLight(*choice_); });
 }
 
@@ -283,10 +336,13 @@ void CommandLine::defineRecord()
     CLI::App& records = add("record");
     CLI::Option* const machine = records.add_flag("--machine", choice_->record.machine,
                                                   "The devices of this machine instead of a simulated unit");
-    records.add_option("--unit,-u", choice_->record.on, "A running unit instead of one of the program's own")
-        ->excludes(machine);
+    CLI::Option* const on =
+        addUnit(records, choice_->record.on, "A running unit instead of one of the program's own")->excludes(machine);
     addUnitOptions(records, choice_->record.unit);
-    records.add_option("--output,-o", choice_->record.file, "The recording; without it PROGRAM.recording");
+    excludeUnitOptions(records, on);
+    excludeUnitOptions(records, machine);
+    records.add_option("--output,-o", choice_->record.file, "The recording; without it PROGRAM.recording")
+        ->check(kNotEmpty);
     addProgram(records, choice_->words)->required();
     records.callback([this] { choice_->status = record(choice_->record, choice_->words); });
 }
@@ -294,8 +350,7 @@ void CommandLine::defineRecord()
 void CommandLine::defineReplay()
 {
     CLI::App& replays = add("replay");
-    replays.add_option("--scale", choice_->unit.scale, "How many times faster than real the program's sleeps are")
-        ->check(CLI::Range(0.001, 100000.0));
+    addScale(replays, choice_->unit.scale, "How many times faster than real the program's sleeps are");
     replays.add_option("file", choice_->recording, "The recording")->required();
     addProgram(replays, choice_->words)->required();
     replays.callback([this] { choice_->status = replay(choice_->recording, choice_->unit.scale, choice_->words); });
@@ -337,7 +392,7 @@ int CommandLine::execute(std::vector<std::string> words)
         words.insert(words.begin(), "do");    // "press front" means "do press front"
     std::reverse(words.begin(), words.end()); // as the parser takes them
     const auto fail = [this](int status, const char* text) {
-        std::fprintf(stderr, "%s%s\n", place_.c_str(), text);
+        show(stderr, place_ + text + '\n');
         return status;
     };
     try {
@@ -350,6 +405,8 @@ int CommandLine::execute(std::vector<std::string> words)
         std::string text = error.what();
         std::ranges::replace(text, '\n', ' ');
         return fail(kUsage, (text + (inShell_ ? "; 'help' tells more" : "; 'hx-sim --help' tells more")).c_str());
+    } catch (const BadUsage& bad) {
+        return fail(kUsage, bad.what());
     } catch (const UnitClient::NoUnit& none) {
         return fail(kNoUnit, none.what());
     } catch (const BadRecording& bad) {

@@ -152,13 +152,15 @@ std::string completionFor(const CLI::App& app, const Words& asked)
         const bool isMarked = asked.size() > 1 && asked[1] == "--";
         return wordsFor(app, {asked.begin() + (isMarked ? 2 : 1), asked.end()});
     }
+    if (asked.size() > 1)
+        throw BadUsage{"too many arguments: " + inQuotes(asked[1])};
     if (asked[0] == "bash")
         return kBash;
     if (asked[0] == "zsh")
         return kZsh;
     if (asked[0] == "fish")
         return kFish;
-    throw BadText{"there is no shell '" + asked[0] + "': bash, fish or zsh"};
+    throw BadUsage{"there is no shell '" + asked[0] + "': bash, fish or zsh"};
 }
 
 } // namespace hxsim

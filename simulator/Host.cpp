@@ -35,6 +35,23 @@ std::vector<std::string> split(const std::string& text, std::size_t most)
     return parts;
 }
 
+/// One client's trouble is not the others'.
+template <typename Work>
+void guarded(Work work)
+{
+    try {
+        work();
+    } catch (const std::exception&) {
+        return; // who waits for an answer gets it with the guard around its own request
+    }
+}
+
+/// More than a process notes between two calls; one that floods does not hold up the others.
+constexpr int kMostNotes = 10000;
+
+/// So many bytes of a read fit into an answer.
+constexpr std::size_t kMostRead = wire::kLargestPacket - sizeof(wire::Head);
+
 int listenAt(const std::string& path)
 {
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
@@ -51,7 +68,7 @@ int listenAt(const std::string& path)
 } // namespace
 
 Host::Host(const std::string& unit, double scale)
-    : scale_{scale}, folder_{unit}, listener_{listenAt(folder_.path() + "/socket")}, buffer_(wire::kLargestPacket)
+    : scale_{scale}, folder_{unit}, listener_{listenAt(folder_.path() + "/socket")}, buffer_(2 * wire::kLargestPacket)
 {
     files_ = folder_.path() + "/files";
     semaphores_ = UnitFolder::markOf(folder_.path());
@@ -78,6 +95,8 @@ void Host::advance()
 
 std::optional<timespec> Host::timeToNextDeadline()
 {
+    if (full_)
+        return timespec{0, 50'000'000}; // then somebody may have gone
     std::optional<Time> next = unit_.clock().nextDeadline();
     for (const auto& [fd, connection] : connections_)
         if (connection.drains)
@@ -97,21 +116,22 @@ void Host::run(int alsoWatched, const std::function<bool()>& seen)
 {
     std::vector<pollfd> watched;
     while (!stopping_) {
-        watched.assign({{listener_, POLLIN, 0}, {alsoWatched, POLLIN, 0}});
+        watched.assign({{full_ ? -1 : listener_, POLLIN, 0}, {alsoWatched, POLLIN, 0}});
         for (const auto& [fd, connection] : connections_)
             watched.push_back({fd, POLLIN, 0});
         const std::optional<timespec> patience = timeToNextDeadline();
         if (::ppoll(watched.data(), watched.size(), patience ? &*patience : nullptr, nullptr) < 0 && errno != EINTR)
             throw std::runtime_error{"poll failed"};
+        full_ = false;
         advance();
         for (std::size_t i = 2; i < watched.size(); ++i)
             if (watched[i].revents != 0)
-                receive(watched[i].fd);
+                guarded([&] { receive(watched[i].fd); });
         if (watched[0].revents != 0)
             accept();
         if (waiting_)
-            retryWaiting();
-        keep();
+            guarded([&] { retryWaiting(); });
+        guarded([&] { keep(); });
         if (watched[1].revents != 0 && seen())
             break;
     }
@@ -123,6 +143,7 @@ void Host::accept()
     const int fd = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (fd >= 0)
         connections_.emplace(fd, Connection{fd});
+    full_ = fd < 0 && (errno == EMFILE || errno == ENFILE || errno == ENOMEM || errno == ENOBUFS);
 }
 
 void Host::receive(int fd)
@@ -137,8 +158,23 @@ void Host::receive(int fd)
         drop(fd);
     if (received != Received::Packet)
         return; // what was announced may have been taken on the way
+    if (size > wire::kLargestPacket)
+        return drop(fd); // no program of ours
     packet.bytes.assign(buffer_.begin(), buffer_.begin() + std::ptrdiff_t(size));
-    handle(found->second, packet);
+    handleGuarded(found->second, packet);
+}
+
+/// Whatever a client sends, it ends at most its own request.
+void Host::handleGuarded(Connection& connection, const Packet& packet)
+{
+    try {
+        handle(connection, packet);
+    } catch (const std::exception& error) {
+        connection.read.reset();
+        if (packet.head.kind == wire::Kind::Command)
+            return answer(connection, 1, bytesOf(error.what()));
+        answer(connection, -EIO);
+    }
 }
 
 void Host::drop(int fd)
@@ -165,21 +201,27 @@ void Host::closeFile(File& file, Caller caller, Calls::Closing closing)
     file.closed = true;
 }
 
-void Host::takeNotesOf(int process)
+void Host::takeNotesOf(const Connection& asking, int process)
 {
     const auto control = controls_.find(process);
-    if (control == controls_.end())
+    // A client that mixes the two kinds of connections, or says that it is another, gets no further than this.
+    if (control == controls_.end() || control->second == asking.fd || takingNotes_)
         return;
+    takingNotes_ = true;
     std::uint8_t probe = 0;
-    while (controls_.contains(process) && recv(control->second, &probe, 1, MSG_PEEK | MSG_DONTWAIT) > 0)
+    for (int i = 0; i < kMostNotes && controls_.contains(process); ++i) {
+        if (recv(control->second, &probe, 1, MSG_PEEK | MSG_DONTWAIT) <= 0)
+            break;
         receive(control->second);
+    }
+    takingNotes_ = false;
 }
 
 void Host::handle(Connection& connection, const Packet& packet)
 {
     if (packet.head.kind < wire::Kind::Open)
         return handleControl(connection, packet);
-    takeNotesOf(packet.head.process);
+    takeNotesOf(connection, packet.head.process);
     handleFile(connection, packet);
 }
 
@@ -311,7 +353,9 @@ void Host::ioctl(Connection& connection, const Packet& packet)
 
 void Host::read(Connection& connection, const Packet& packet)
 {
-    const std::size_t size = std::min(std::size_t(packet.head.value), buffer_.size());
+    if (packet.head.value < 0)
+        return answer(connection, -EINVAL);
+    const std::size_t size = std::min(std::size_t(packet.head.value), kMostRead);
     connection.read = WaitingRead{callerOf(packet), size, unit_.clock().now(), {}};
     if (tryRead(connection, true))
         return;
@@ -332,7 +376,8 @@ bool Host::tryRead(Connection& connection, bool first)
         return false;
     }
     connection.read.reset();
-    answer(connection, outcome.result, std::span{out}.first(std::size_t(std::max<std::int64_t>(outcome.result, 0))));
+    const std::int64_t count = std::clamp<std::int64_t>(outcome.result, 0, std::int64_t(out.size()));
+    answer(connection, outcome.result, std::span{out}.first(std::size_t(count)));
     return true;
 }
 
@@ -364,6 +409,11 @@ void Host::answer(Connection& connection, std::int64_t value, std::span<const st
     head.kind = wire::Kind::Answer;
     head.value = value;
     head.other = other;
+    static constexpr std::string_view kTooLong = "the answer is too long";
+    if (bytes.size() > wire::kLargestPacket - sizeof head) {
+        head.value = 1;
+        bytes = {reinterpret_cast<const std::uint8_t*>(kTooLong.data()), kTooLong.size()};
+    }
     (void)sendPacket(connection.fd, head, bytes); // a program that is gone is noticed when it is listened to
 }
 

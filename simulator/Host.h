@@ -80,7 +80,8 @@ private:
     void receive(int fd);
     void drop(int fd);
     /// What a process noted before this moment stands in the journal before what it asks now.
-    void takeNotesOf(int process);
+    void takeNotesOf(const Connection& asking, int process);
+    void handleGuarded(Connection& connection, const Packet& packet);
     void handle(Connection& connection, const Packet& packet);
     void handleControl(Connection& connection, const Packet& packet);
     void handleFile(Connection& connection, const Packet& packet);
@@ -115,7 +116,9 @@ private:
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     int listener_ = -1;
     bool stopping_ = false;
-    bool waiting_ = false; ///< some connection has a read that waits
+    bool full_ = false;        ///< no descriptor is left for another connection
+    bool takingNotes_ = false; ///< inside takeNotesOf
+    bool waiting_ = false;     ///< some connection has a read that waits
     std::map<int, Connection> connections_;
     std::map<int, int> controls_; ///< process to control connection
     std::vector<std::uint8_t> buffer_;

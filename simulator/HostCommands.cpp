@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/HostCommands.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <map>
 #include <string_view>
 
-#include <nlohmann/json.hpp>
-
 #include "simulator/Host.h"
+#include "simulator/Json.h"
+#include "simulator/model/NameCheck.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
@@ -63,7 +64,7 @@ CommandResult listProperties(Host& host, int, const Words& words)
         all[name] = {{"value", property.get()}, {"help", property.help}, {"writable", bool(property.set)}};
         text += name + " = " + property.get() + "    # " + property.help + (property.set ? "" : " (read only)") + '\n';
     }
-    return {true, asksForJson(words) ? all.dump(2) + '\n' : text};
+    return {true, asksForJson(words) ? written(all, 2) + '\n' : text};
 }
 
 CommandResult listActions(Host& host, int, const Words& words)
@@ -74,7 +75,7 @@ CommandResult listActions(Host& host, int, const Words& words)
         all[name] = {{"usage", action.usage}, {"help", action.help}};
         text += name + ' ' + action.usage + "    # " + action.help + '\n';
     }
-    return {true, asksForJson(words) ? all.dump(2) + '\n' : text};
+    return {true, asksForJson(words) ? written(all, 2) + '\n' : text};
 }
 
 /// A bar would end the cell of a table.
@@ -112,7 +113,7 @@ CommandResult listDevices(Host& host, int, const Words&)
     for (const auto& [path, node] : host.unit().nodes())
         if (node.recorded())
             all[path] = node.present ? "a device of the unit" : "taken away";
-    return {true, all.dump() + '\n'};
+    return {true, written(all) + '\n'};
 }
 
 CommandResult act(Host& host, int, const Words& words)
@@ -125,21 +126,44 @@ CommandResult act(Host& host, int, const Words& words)
 
 CommandResult fail(Host& host, int, const Words& words)
 {
-    host.unit().faults().add(joined(words, 1));
+    host.unit().addFault(joined(words, 1));
     return {};
+}
+
+CommandResult listFaults(Host& host, int, const Words& words)
+{
+    std::string text;
+    Json all = Json::array();
+    for (const Fault& fault : host.unit().faults().all()) {
+        const std::string error = errnoName(fault.error);
+        text += fault.subject + ' ' + fault.call + ' ' + error + ": " + fault.state() + '\n';
+        all.push_back({{"node", fault.subject},
+                       {"call", fault.call},
+                       {"error", error},
+                       {"left", fault.count == Fault::kAlways ? Json{} : Json(fault.count)},
+                       {"hits", fault.hits}});
+    }
+    return {true, asksForJson(words) ? written(all, 2) + '\n' : text};
 }
 
 CommandResult unfail(Host& host, int, const Words& words)
 {
-    if (words.size() < 2)
-        host.unit().faults().clear();
-    else
-        host.unit().faults().clear(words[1]);
+    Faults& faults = host.unit().faults();
+    if (words.size() < 2) {
+        faults.clear();
+        return {};
+    }
+    const auto isOn = [&](const Fault& fault) { return fault.subject == words[1]; };
+    if (std::ranges::none_of(faults.all(), isOn))
+        checkSubject(host.unit(), words[1]);
+    faults.clear(words[1]);
     return {};
 }
 
 CommandResult setAbsent(Host& host, int, const Words& words)
 {
+    for (std::size_t i = 1; i < words.size(); ++i)
+        checkPart(host.unit(), words[i]);
     for (std::size_t i = 1; i < words.size(); ++i)
         host.unit().setAbsent(words[i], words[0] == "remove");
     return {};
@@ -211,6 +235,7 @@ constexpr Row kCommands[] = {
     {"do", act},
     {"end-record", endRecord},
     {"fail", fail},
+    {"faults", listFaults},
     {"follow", followLog},
     {"get", getProperty},
     {"log", showLog},
@@ -266,7 +291,7 @@ std::string jsonOf(const Entry& entry)
         object["out"] = hexBytes(entry.out);
     if (entry.error != 0)
         object["error"] = errnoName(entry.error);
-    return object.dump();
+    return written(object);
 }
 
 } // namespace hxsim

@@ -2,10 +2,9 @@
 // What a host does for recordings: it writes what programs ask, and steps aside for the devices of the machine.
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "simulator/Host.h"
+#include "simulator/PlainFile.h"
 #include "simulator/interpose/preloaded/PreloadedLink.h"
 #include "simulator/model/Text.h"
 
@@ -15,6 +14,7 @@ void Host::record(int connection, const std::string& file, int process)
 {
     if (recorder_ != nullptr)
         throw BadText{"this unit is being recorded already"};
+    checkWritable(file);
     recorder_ = std::make_unique<Recorder>(file, process, recordingHead());
     recorderOwner_ = connection;
     calls_->listen([this](const Entry& entry, std::int64_t result) { recorder_->add(entry, result); });
@@ -45,9 +45,9 @@ Recording Host::recordingHead()
         if (unit_.findNode(name) == nullptr)
             head.absent.push_back(name);
     for (const std::string& path : unit_.files()) {
-        std::ifstream stream{files_ + path, std::ios::binary};
-        if (std::filesystem::is_regular_file(files_ + path) && stream)
-            head.files[path] = {std::istreambuf_iterator<char>{stream}, {}};
+        std::error_code ignored;
+        if (std::filesystem::is_regular_file(files_ + path, ignored))
+            head.files[path] = contentOf(files_ + path);
     }
     return head;
 }

@@ -3,8 +3,8 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
+#include "simulator/PlainFile.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
@@ -18,10 +18,9 @@ KeptMemory::KeptMemory(Unit& unit, const std::string& folder) : unit_{unit}, fol
     if (!fs::is_directory(folder))
         throw BadText{"nothing can be kept in " + folder};
     for (auto& [name, memory] : unit.memories()) {
-        std::ifstream stream{fileOf(name), std::ios::binary};
-        if (!stream)
+        if (!fs::exists(fileOf(name), error))
             continue;
-        const std::vector<char> bytes{std::istreambuf_iterator<char>{stream}, {}};
+        const std::string bytes = contentOf(fileOf(name));
         if (bytes.size() != memory.bytes.size())
             throw BadText{fileOf(name) + " has not the size of this memory"};
         memory.bytes.assign(bytes.begin(), bytes.end());
@@ -35,10 +34,11 @@ void KeptMemory::save()
         if (!memory.changed)
             continue;
         const std::string fresh = fileOf(name) + ".new";
+        std::error_code error;
+        fs::remove(fresh, error); // whatever it is: nothing is written through a link or into a FIFO
         std::ofstream stream{fresh, std::ios::binary};
         stream.write(reinterpret_cast<const char*>(memory.bytes.data()), std::streamsize(memory.bytes.size()));
         stream.close();
-        std::error_code error;
         if (stream)
             fs::rename(fresh, fileOf(name), error);
         memory.changed = false;

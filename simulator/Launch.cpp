@@ -10,14 +10,15 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "simulator/Host.h"
+#include "simulator/PlainFile.h"
+#include "simulator/ProgramCheck.h"
+#include "simulator/Show.h"
 #include "simulator/interpose/preloaded/PreloadedLink.h"
 #include "simulator/model/Text.h"
 
@@ -27,21 +28,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string contentsOf(const std::string& path)
-{
-    std::ifstream stream{path, std::ios::binary};
-    if (!stream)
-        throw BadText{"cannot read " + path};
-    return {std::istreambuf_iterator<char>{stream}, {}};
-}
-
 void describe(Host& host, const UnitOptions& options)
 {
     if (!options.keep.empty())
         host.keepIn(options.keep);
     for (const std::string& file : options.descriptions) {
         try {
-            host.describe(contentsOf(file));
+            host.describe(contentOf(file));
         } catch (const BadText& bad) {
             throw BadText{file + ": " + bad.what()};
         }
@@ -60,21 +53,6 @@ std::string doorFolder()
     throw BadText{"the door of the simulated unit is not installed beside " + own.string()};
 }
 
-std::string findProgram(const std::string& name)
-{
-    if (name.find('/') != std::string::npos)
-        return name;
-    std::string path = std::getenv("PATH") == nullptr ? "/usr/bin:/bin" : std::getenv("PATH");
-    for (std::size_t at = 0; at <= path.size();) {
-        const std::size_t end = std::min(path.find(':', at), path.size());
-        const std::string file = path.substr(at, end - at) + '/' + name;
-        if (access(file.c_str(), X_OK) == 0)
-            return file;
-        at = end + 1;
-    }
-    return name;
-}
-
 void append(const char* variable, const std::string& value)
 {
     const char* const before = std::getenv(variable);
@@ -87,7 +65,10 @@ void append(const char* variable, const std::string& value)
 [[noreturn]] void become(const std::string& folder, double scale, const std::vector<std::string>& command)
 {
     const std::string program = findProgram(command[0]);
-    append("LD_PRELOAD", doorFolder() + "/$LIB/libhxsim-door.so");
+    const std::string preload = doorFolder();
+    if (const std::string why = whyNotSimulated(program, preload); !why.empty())
+        show(stderr, "hx-sim run: " + command[0] + ' ' + why + ": it will not see the unit\n");
+    append("LD_PRELOAD", preload + "/$LIB/libhxsim-door.so");
     append("ASAN_OPTIONS", "verify_asan_link_order=0"); // the door replaces no memory functions
     setenv(PreloadedLink::kFolderVariable, folder.c_str(), 1);
     setenv(PreloadedLink::kScaleVariable, std::to_string(scale).c_str(), 1);
@@ -96,8 +77,9 @@ void append(const char* variable, const std::string& value)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);
     execv(program.c_str(), arguments.data());
-    std::fprintf(stderr, "hx-sim run: cannot start %s: %s\n", command[0].c_str(), std::strerror(errno));
-    _exit(errno == ENOENT ? kCannotStart : kCannotStart - 1);
+    const int error = errno;
+    show(stderr, "hx-sim run: cannot start " + command[0] + ": " + std::strerror(error) + '\n');
+    _exit(error == ENOENT ? kCannotStart : kCannotStart - 1);
 }
 
 /// Signals that end a unit or tell of its program come through a descriptor, so that the loop sees them.
@@ -108,7 +90,10 @@ public:
         sigemptyset(&set_);
         for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGCHLD})
             sigaddset(&set_, signal);
-        sigprocmask(SIG_BLOCK, &set_, &before_);
+        sigset_t blocked = set_;
+        for (const int signal : {SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF, SIGPIPE, SIGIO, SIGXFSZ})
+            sigaddset(&blocked, signal); // a stray one ends no unit
+        sigprocmask(SIG_BLOCK, &blocked, &before_);
         fd_ = signalfd(-1, &set_, SFD_CLOEXEC);
     }
     Signals(const Signals&) = delete;

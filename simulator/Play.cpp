@@ -3,9 +3,9 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include "simulator/Host.h"
+#include "simulator/PlainFile.h"
 #include "simulator/UnitClient.h"
 #include "simulator/model/LightPlot.h"
 #include "simulator/model/LightSensor.h"
@@ -18,18 +18,10 @@ namespace {
 
 constexpr int kRounds = 20; // of a profile that repeats
 
-std::string contentsOf(const std::string& path)
-{
-    std::ifstream stream{path, std::ios::binary};
-    if (!stream)
-        throw BadText{"cannot read " + path};
-    return {std::istreambuf_iterator<char>{stream}, {}};
-}
-
 LightProfile profileOf(const LightPlay& play)
 {
     try {
-        return LightProfile::parse(contentsOf(play.file));
+        return LightProfile::parse(contentOf(play.file));
     } catch (const BadText& bad) {
         throw BadText{play.file + ": " + bad.what()};
     }
@@ -54,6 +46,7 @@ void draw(Host& host, const LightPlay& play, const LightProfile& profile)
     const auto luxAt = [&](double seconds) {
         return profile.luxAt(std::chrono::duration_cast<Time>(std::chrono::duration<double>(seconds)));
     };
+    checkWritable(play.plot);
     std::ofstream stream{play.plot, std::ios::binary};
     stream << lightPlot(host.unit().get<LightTrace>(), std::filesystem::path{play.file}.stem().string(), luxAt);
     if (!stream.flush())
@@ -65,7 +58,7 @@ void draw(Host& host, const LightPlay& play, const LightProfile& profile)
 void playLightOn(const std::string& unit, const LightPlay& play)
 {
     (void)profileOf(play); // what is wrong with the file is told with its name
-    UnitClient{UnitClient::choose(unit)}.ask({"set", asLine(contentsOf(play.file))});
+    UnitClient{UnitClient::choose(unit)}.ask({"set", asLine(contentOf(play.file))});
 }
 
 int playLightWith(const LightPlay& play, const std::vector<std::string>& command)

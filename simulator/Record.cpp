@@ -6,10 +6,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <unistd.h>
 
 #include "simulator/Host.h"
+#include "simulator/PlainFile.h"
+#include "simulator/Show.h"
 #include "simulator/UnitClient.h"
 #include "simulator/interpose/preloaded/PreloadedLink.h"
 #include "simulator/model/Text.h"
@@ -22,9 +23,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
-void tellCount(const std::string& count, const std::string& file)
+constexpr int kNothing = 1; ///< status where there is nothing to compare
+
+/// A recording without calls tests nothing: that is said, and no success.
+int statusWith(const std::string& count, const std::string& file, int status)
 {
-    std::fprintf(stderr, "hx-sim record: %s calls in %s\n", count.c_str(), file.c_str());
+    show(stderr, "hx-sim record: " + count + " calls in " + file + '\n');
+    if (count != "0")
+        return status;
+    show(stderr, "hx-sim record: the program asked nothing of the unit's devices; a replay would compare nothing\n");
+    return status == 0 ? kNothing : status;
+}
+
+bool describesUnit(const UnitOptions& unit)
+{
+    return !unit.descriptions.empty() || !unit.settings.empty() || !unit.keep.empty() || unit.scale != 1.0;
 }
 
 int recordOnRunningUnit(const std::string& name, const std::string& file, const std::vector<std::string>& command)
@@ -33,8 +46,7 @@ int recordOnRunningUnit(const std::string& name, const std::string& file, const 
     const double scale = parseReal(client.ask({"scale"}));
     client.ask({"record", fs::absolute(file), std::to_string(getpid())});
     const int status = runOnUnitAndWait(name, scale, command);
-    tellCount(client.ask({"end-record"}), file);
-    return status;
+    return statusWith(client.ask({"end-record"}), file, status);
 }
 
 /// The devices of this machine; within 'hx-sim run' those are that unit's, whose time the program keeps.
@@ -50,13 +62,17 @@ double scaleOfMachine()
     return scale == nullptr ? 1.0 : std::atof(scale);
 }
 
+/// Whole and checked, before anything of it is used.
 Recording readRecording(const std::string& file)
 {
-    std::ifstream stream{file, std::ios::binary};
-    if (!stream || fs::is_directory(file))
-        throw BadRecording{"cannot read " + file};
+    std::string text;
     try {
-        return Recording::parse(std::string{std::istreambuf_iterator<char>{stream}, {}});
+        text = contentOf(file);
+    } catch (const BadText& bad) {
+        throw BadRecording{bad.what()};
+    }
+    try {
+        return Recording::parse(text, Unit{});
     } catch (const BadText& bad) {
         throw BadRecording{file + ':' + bad.what()};
     }
@@ -81,7 +97,11 @@ int record(const RecordOptions& options, const std::vector<std::string>& command
     const std::string file =
         options.file.empty() ? fs::path{command[0]}.filename().string() + ".recording" : options.file;
     const char* const around = std::getenv(PreloadedLink::kFolderVariable);
-    if (!options.on.empty() || (around != nullptr && !options.machine))
+    const bool onRunning = !options.on.empty() || (around != nullptr && !options.machine);
+    if (onRunning && describesUnit(options.unit))
+        throw BadUsage{"the unit around this command is recorded; --description, --set, --keep and --scale are for a "
+                       "unit of the program's own"};
+    if (onRunning)
         return recordOnRunningUnit(UnitClient::choose(options.on), file, command);
     UnitOptions unit = options.unit;
     if (options.machine)
@@ -94,8 +114,7 @@ int record(const RecordOptions& options, const std::vector<std::string>& command
     };
     unit.afterwards = [&](Host& host) { count = host.endRecord(-1); };
     const int status = runOnOwnUnit(unit, command);
-    tellCount(std::to_string(count), file);
-    return status;
+    return statusWith(std::to_string(count), file, status);
 }
 
 int replay(const std::string& file, double scale, const std::vector<std::string>& command)
@@ -103,7 +122,7 @@ int replay(const std::string& file, double scale, const std::vector<std::string>
     const Recording recording = readRecording(file);
     int program = 0;
     const auto differs = [&](const std::string& what) {
-        std::fprintf(stderr, "hx-sim replay: %s:%s\n", file.c_str(), what.c_str());
+        show(stderr, "hx-sim replay: " + file + ':' + what + '\n');
         if (program > 0)
             kill(program, SIGTERM); // nothing that it does from here on can be compared
     };
@@ -124,7 +143,11 @@ int replay(const std::string& file, double scale, const std::vector<std::string>
         differed = calls->differed();
     };
     const int status = runOnOwnUnit(unit, command);
-    return differed ? kDiffers : status;
+    if (differed)
+        return kDiffers;
+    if (recording.calls.empty())
+        show(stderr, "hx-sim replay: " + file + ": the recording has no calls: nothing was compared\n");
+    return recording.calls.empty() && status == 0 ? kNothing : status;
 }
 
 } // namespace hxsim

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "simulator/CommandLine.h"
+#include "simulator/Show.h"
 #include "simulator/UnitClient.h"
 #include "simulator/model/Text.h"
 
@@ -131,7 +132,7 @@ int lineStatus(const std::string& unit, const std::string& place, const std::str
         }
         return carryOut(unit, place, std::move(words));
     } catch (const BadText& bad) {
-        std::fprintf(stderr, "%s%s\n", place.c_str(), bad.what());
+        show(stderr, place + bad.what() + '\n');
         return kUsage;
     }
 }

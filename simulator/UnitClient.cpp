@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/UnitClient.h"
 
+#include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include "simulator/interpose/UnitFolder.h"
@@ -12,10 +16,25 @@
 
 namespace hxsim {
 
+namespace {
+
+/// A unit answers a command at once; one that is stopped or stuck must not hold its user up.
+constexpr std::chrono::seconds kPatience{10};
+
+void waitAtMost(int fd, std::chrono::seconds time)
+{
+    const timeval limit{.tv_sec = time_t(time.count()), .tv_usec = 0};
+    (void)setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    (void)setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+}
+
+} // namespace
+
 UnitClient::UnitClient(const std::string& unit) : fd_{connectTo(UnitFolder::pathOf(unit), "")}
 {
     if (fd_ < 0)
         throw NoUnit{"no unit named '" + unit + "' runs"};
+    waitAtMost(fd_, kPatience);
 }
 
 UnitClient::~UnitClient()
@@ -29,12 +48,14 @@ std::string UnitClient::ask(const std::vector<std::string>& words)
     std::string text;
     for (const std::string& word : words)
         text += word + '\0';
+    if (text.size() > wire::kLargestPacket - sizeof(wire::Head))
+        throw BadText{"the command is too long"};
     wire::Head head{};
     head.kind = wire::Kind::Command;
     head.process = getpid();
     Packet answer;
     if (!hxsim::ask(fd_, head, bytesOf(text), answer))
-        throw NoUnit{"the unit has ended"};
+        throw NoUnit{errno == EAGAIN ? "the unit does not answer" : "the unit has ended"};
     if (answer.head.value != 0)
         throw BadText{answer.text()};
     return answer.text();
@@ -42,6 +63,7 @@ std::string UnitClient::ask(const std::vector<std::string>& words)
 
 void UnitClient::listen(const std::function<void(const std::string&)>& take)
 {
+    waitAtMost(fd_, {}); // forever
     Packet packet;
     packet.bytes.resize(wire::kLargestPacket);
     std::size_t size = 0;

@@ -15,6 +15,7 @@ constexpr Verb kVerbs[] = {
     {"completion", "Prints the script that completes command lines in a shell.", "hx-sim completion bash"},
     {"do", "Does something to a unit; 'do' may be left out.", "hx-sim do press front"},
     {"fail", "Lets calls of programs fail.", "hx-sim fail /dev/backlight 0x40010003 EIO 3"},
+    {"faults", "Lists injected failures: what is left and how often each was hit.", "hx-sim faults"},
     {"get", "Shows properties of a unit.", "hx-sim get voltage.0"},
     {"list", "Shows the units that run.", "hx-sim list"},
     {"log", "Shows what programs asked of a unit.", "hx-sim log --follow"},

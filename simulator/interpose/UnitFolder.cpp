@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/interpose/UnitFolder.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -11,6 +12,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "simulator/model/Text.h"
+
 namespace hxsim {
 
 namespace fs = std::filesystem;
@@ -19,6 +22,48 @@ namespace {
 
 constexpr char kSemaphores[] = "/dev/shm";
 constexpr char kPidFile[] = "/pid";
+constexpr char kMarkFile[] = "/made-by-hx-sim";
+
+bool isOwnFolder(const std::string& path)
+{
+    struct stat found {};
+    return lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && found.st_uid == getuid();
+}
+
+/// Whether a unit has made this folder; no other one is ever removed.
+bool isMarked(const fs::path& folder)
+{
+    struct stat found {};
+    const std::string mark = folder.string() + kMarkFile;
+    return isOwnFolder(folder) && lstat(mark.c_str(), &found) == 0 && S_ISREG(found.st_mode);
+}
+
+/// The mark goes last: what is left of a removal that was cut short can still be removed.
+void removeMarked(const fs::path& folder)
+{
+    if (!isMarked(folder))
+        return;
+    std::error_code ignored;
+    std::vector<fs::path> inside;
+    for (const fs::directory_entry& entry : fs::directory_iterator{folder, ignored})
+        if (entry.path() != folder.string() + kMarkFile)
+            inside.push_back(entry.path());
+    for (const fs::path& path : inside)
+        fs::remove_all(path, ignored);
+    fs::remove_all(folder, ignored);
+}
+
+/// The folders of this user's units, whether they run or not.
+std::vector<fs::path> markedFolders()
+{
+    std::vector<fs::path> folders;
+    std::error_code ignored;
+    if (isOwnFolder(UnitFolder::base()))
+        for (const fs::directory_entry& entry : fs::directory_iterator{UnitFolder::base(), ignored})
+            if (isMarked(entry.path()))
+                folders.push_back(entry.path());
+    return folders;
+}
 
 /// When a process was started: tells it from a later one with the same number.
 std::string startOf(long process)
@@ -71,36 +116,46 @@ void removeSemaphores(const fs::path& folder)
 /// The base folder must be ours alone, or another user could stand in for a unit.
 void makeBase(const std::string& base)
 {
-    struct stat found {};
     if (mkdir(base.c_str(), 0700) != 0 && errno != EEXIST)
         throw std::runtime_error{"cannot make the folder " + base};
+    struct stat found {};
     if (lstat(base.c_str(), &found) != 0 && errno == ENOENT)
         return; // the last unit that ended has just removed it; the caller tries again
-    if (!S_ISDIR(found.st_mode) || found.st_uid != getuid())
+    if (!isOwnFolder(base))
         throw std::runtime_error{base + " does not belong to this user"};
+}
+
+/// The folder of a unit before it has its name.
+std::string makeUnfinished(const std::string& unit)
+{
+    const std::string folder = UnitFolder::base() + '/' + kUnfinished + std::to_string(getpid()) + '-' + unit;
+    std::error_code error;
+    for (int attempt = 0; attempt < 10; ++attempt) { // the last unit that ends removes the base folder
+        makeBase(UnitFolder::base());
+        fs::create_directories(folder, error);
+        if (!error)
+            break;
+    }
+    std::ofstream{folder + kMarkFile} << "hx-sim made this folder for a unit and removes it with the unit.\n";
+    std::ofstream{folder + kPidFile} << getpid() << ' ' << startOf(getpid()) << '\n';
+    fs::create_directories(folder + "/files", error);
+    return folder;
 }
 
 } // namespace
 
 UnitFolder::UnitFolder(const std::string& unit) : unit_{unit}, path_{pathOf(unit)}
 {
-    const std::string unfinished = pathOf(kUnfinished + std::to_string(getpid()) + '-' + unit);
+    const std::string unfinished = makeUnfinished(unit);
+    const bool taken = isMarked(path_) && isAlive(path_);
     std::error_code error;
-    for (int attempt = 0; attempt < 10; ++attempt) { // the last unit that ends removes the base folder
-        makeBase(base());
-        fs::create_directories(unfinished + "/files", error);
-        if (!error)
-            break;
-    }
-    std::ofstream{unfinished + kPidFile} << getpid() << ' ' << startOf(getpid()) << '\n';
-    const bool taken = isAlive(path_);
     if (!taken) {
-        fs::remove_all(path_, error);
+        removeMarked(path_);
         fs::rename(unfinished, path_, error);
     }
     if (!taken && !error)
         return;
-    fs::remove_all(unfinished, error);
+    removeMarked(unfinished);
     throw std::runtime_error{taken ? "a unit named '" + unit + "' runs already" : "cannot make the folder " + path_};
 }
 
@@ -111,10 +166,28 @@ UnitFolder::~UnitFolder()
 
 void UnitFolder::remove() const
 {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
     removeSemaphores(path_);
-    fs::remove(base(), ignored); // stays while other units are in it
+    removeMarked(path_);           // last: who waits for the end waits for this
+    (void)::rmdir(base().c_str()); // stays while other units are in it
+}
+
+std::string UnitFolder::whatIsWrongWith(const std::string& unit)
+{
+    const auto isLetter = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    };
+    const auto mayFollow = [&](char c) { return isLetter(c) || c == '.' || c == '_' || c == '-'; };
+    if (!unit.empty() && isLetter(unit.front()) && std::ranges::all_of(unit, mayFollow))
+        return {};
+    return "a unit's name is made of letters, digits, '.', '_' and '-' and begins with a letter or digit; " +
+           inQuotes(unit) + " is not";
+}
+
+std::string UnitFolder::pathOf(const std::string& unit)
+{
+    if (const std::string wrong = whatIsWrongWith(unit); !wrong.empty())
+        throw BadUsage{wrong};
+    return base() + '/' + unit;
 }
 
 std::string UnitFolder::fileOf(const std::string& unitPath) const
@@ -150,25 +223,20 @@ std::string UnitFolder::semaphorePrefix(const std::string& mark)
 std::vector<std::string> UnitFolder::running()
 {
     std::vector<std::string> units;
-    std::error_code ignored;
-    for (const fs::directory_entry& entry : fs::directory_iterator{base(), ignored})
-        if (isAlive(entry.path()) && !entry.path().filename().string().starts_with(kUnfinished))
-            units.push_back(entry.path().filename());
+    for (const fs::path& folder : markedFolders())
+        if (whatIsWrongWith(folder.filename()).empty() && isAlive(folder))
+            units.push_back(folder.filename());
     return units;
 }
 
 void UnitFolder::sweep()
 {
-    std::vector<fs::path> dead;
-    std::error_code ignored;
-    for (const fs::directory_entry& entry : fs::directory_iterator{base(), ignored})
-        if (!isAlive(entry.path()))
-            dead.push_back(entry.path());
-    for (const fs::path& path : dead) {
-        removeSemaphores(path);
-        fs::remove_all(path, ignored);
-    }
-    fs::remove(base(), ignored);
+    for (const fs::path& folder : markedFolders())
+        if (!isAlive(folder)) {
+            removeSemaphores(folder);
+            removeMarked(folder);
+        }
+    (void)::rmdir(base().c_str());
 }
 
 } // namespace hxsim

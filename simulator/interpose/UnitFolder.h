@@ -8,7 +8,7 @@ namespace hxsim {
 
 /// The place on this machine that belongs to one unit while it runs: a folder "hx-sim-<user>/<unit>/" under
 /// $XDG_RUNTIME_DIR or /tmp, and the named semaphores that begin with its prefix. Gone when the object goes; what a
-/// killed unit left is removed by `sweep`.
+/// killed unit left is removed by `sweep`. Folders without the mark that is made with them are never removed.
 class UnitFolder {
 public:
     /// Throws std::runtime_error when a unit of this name runs already or the folder cannot be made.
@@ -25,9 +25,12 @@ public:
     [[nodiscard]] std::string fileOf(const std::string& unitPath) const;
     [[nodiscard]] const std::string& unit() const { return unit_; }
 
+    /// What is wrong with the name of a unit, or nothing. Names are [A-Za-z0-9][A-Za-z0-9._-]*.
+    static std::string whatIsWrongWith(const std::string& unit);
     /// The folder of all units of this user.
     static std::string base();
-    static std::string pathOf(const std::string& unit) { return base() + '/' + unit; }
+    /// Throws BadUsage when no unit can have this name.
+    static std::string pathOf(const std::string& unit);
     /// "<unit>-<number>": tells the unit from those of the same name in other places, which semaphores do not have.
     static std::string markOf(const std::string& folder);
     /// "/hxsim-<user>-<mark>-<ABI>-": semaphores have another size in 32-bit and 64-bit programs, so each ABI has its

@@ -3,6 +3,7 @@
 
 #include <cassert>
 
+#include "simulator/model/Suggestion.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
@@ -17,7 +18,7 @@ void Actions::run(const std::string& name, const Words& arguments) const
 {
     const auto found = actions_.find(name);
     if (found == actions_.end())
-        throw BadText{"the unit has no action '" + name + "'"};
+        throw BadText{"the unit has no action '" + name + "'" + suggestionFrom(name, actions_)};
     found->second.effect(arguments);
 }
 

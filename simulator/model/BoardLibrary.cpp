@@ -112,6 +112,8 @@ BoardLibrary::BoardLibrary(Unit& unit) : unit_{unit}
         std::copy_n(bytes.begin(), count, out.begin());
         return {std::int64_t(count), false, {}};
     });
+    for (int i = 0; i <= int(jida::Function::TemperatureGetInfo); ++i)
+        unit.addFunction(row(jida::Function(i)).name);
     describe();
 }
 
@@ -132,8 +134,8 @@ void BoardLibrary::describe()
             name, [&sensor] { return degrees(sensor.milliCelsius); },
             [&sensor](const std::string& text) {
                 const double value = parseReal(text);
-                if (!(std::fabs(value) < 2e6))
-                    throw BadText{"'" + text + "' is no temperature"};
+                if (value < -273.15 || value > 2e6)
+                    throw BadText{"'" + text + "' is not a temperature"};
                 sensor.milliCelsius = std::int32_t(std::lround(value * 1000));
             },
             "sensor of the processor module, in degrees Celsius");

@@ -41,6 +41,8 @@ Buzzer::Buzzer(Unit& unit) : unit_{unit}
         return 0;
     });
 
+    unit.whenSupplyFails([this] { sound(0); });
+
     Properties& properties = unit.properties();
     properties.number("buzzer.frequency", frequency, 0, 0xFFFF, "hertz");
     properties.number("buzzer.volume", volume, 0, 0xFFFF, "0 to 51 are in use");

@@ -36,12 +36,27 @@ bool isNumbered(std::string_view call)
 
 } // namespace
 
-void Faults::add(std::string_view text)
+std::string Fault::state() const
+{
+    const std::string left = count == kAlways ? "all" : count == 0 ? "none left" : std::to_string(count) + " left";
+    return left + ", hit " + std::to_string(hits) + (hits == 1 ? " time" : " times");
+}
+
+/// What is used up gives way to a new one of its kind, so that a test that injects for days keeps a short list.
+void Faults::add(Fault fault)
+{
+    std::erase_if(faults_, [&](const Fault& old) {
+        return old.count == 0 && old.subject == fault.subject && old.call == fault.call;
+    });
+    faults_.push_back(std::move(fault));
+}
+
+Fault Faults::parse(std::string_view text)
 {
     const std::vector<std::string> parts = words(text);
     if (parts.size() < 2)
         throw BadText{"a fault is written as: NODE CALL [ERRNO] [COUNT]"};
-    Fault fault{parts[0], callName(parts[1]), EIO, Fault::kAlways, 0};
+    Fault fault{.subject = parts[0], .call = callName(parts[1]), .error = EIO};
     std::size_t next = 2;
     if (isNumbered(parts[1]) && next < parts.size() && !parts[next].starts_with('E'))
         fault.call += ' ' + std::to_string(parseNumber(parts[next++], 0, 255));
@@ -51,7 +66,7 @@ void Faults::add(std::string_view text)
         fault.count = int(parseNumber(parts[next++], 1, 1000000));
     if (next < parts.size())
         throw BadText{"'" + parts[next] + "' is too much: NODE CALL [ERRNO] [COUNT]"};
-    add(std::move(fault));
+    return fault;
 }
 
 void Faults::clear(std::string_view subject)
@@ -61,17 +76,16 @@ void Faults::clear(std::string_view subject)
 
 int Faults::take(std::string_view subject, std::string_view call)
 {
-    for (auto fault = faults_.begin(); fault != faults_.end(); ++fault) {
-        if (!matches(*fault, subject, call))
+    for (Fault& fault : faults_) {
+        if (fault.count == 0 || !matches(fault, subject, call))
             continue;
-        if (fault->skip > 0) {
-            --fault->skip;
+        if (fault.skip > 0) {
+            --fault.skip;
             continue;
         }
-        const int error = fault->error;
-        if (fault->count != Fault::kAlways && --fault->count == 0)
-            faults_.erase(fault);
-        return error;
+        fault.count -= fault.count == Fault::kAlways ? 0 : 1;
+        ++fault.hits;
+        return fault.error;
     }
     return 0;
 }

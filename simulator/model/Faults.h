@@ -16,14 +16,18 @@ struct Fault {
     int error = 5;       ///< errno; EIO
     int count = kAlways;
     int skip = 0;
+    int hits = 0; ///< how many calls it has failed
+
+    /// "2 left, hit 1 time"
+    [[nodiscard]] std::string state() const;
 };
 
-/// The faults that were asked for. A fault that has failed its count of calls is gone.
+/// The faults that were asked for. One that has failed its count of calls stays to be seen, with nothing left.
 class Faults {
 public:
-    void add(Fault fault) { faults_.push_back(std::move(fault)); }
+    void add(Fault fault);
     /// "NODE CALL [ERRNO] [COUNT]", as in a description or on the command line. Throws BadText.
-    void add(std::string_view text);
+    static Fault parse(std::string_view text);
     void clear() { faults_.clear(); }
     /// Removes what was asked for the subject.
     void clear(std::string_view subject);

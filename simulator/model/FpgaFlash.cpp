@@ -35,6 +35,10 @@ FpgaFlash::FpgaFlash(Unit& unit) : content(kPages * kPage, 0xFF)
         .request(0xC218004E, Takes{kBlock}, Gives{kBlock}, [this](Request& request) { return write(request); })
         .request(0xC218004F, Takes{kBlock}, Gives{kBlock}, [this](Request& request) { return read(request); });
     addProperties(unit);
+    unit.whenSupplyReturns([this] {
+        hasPower = true;
+        configured = !incomplete_;
+    });
 }
 
 void FpgaFlash::addProperties(Unit& unit)
@@ -46,6 +50,9 @@ void FpgaFlash::addProperties(Unit& unit)
     properties.number("fpga.flip-read-at", flipReadAt, 0, INT32_MAX, "fault: flip a bit of that byte read back");
     properties.number("fpga.cut-at-block", cutAtBlock, 0, INT32_MAX,
                       "fault: power of the flash fails in the middle of that block");
+    properties.readOnly(
+        "fpga.configured", [this] { return configured ? "on" : "off"; },
+        "whether the FPGA took a whole configuration when it got power");
     properties.flag("fpga.power", hasPower, "whether the configuration flash has power");
 }
 
@@ -58,20 +65,28 @@ void FpgaFlash::program(std::size_t position, std::span<const std::uint8_t> byte
     }
 }
 
+int FpgaFlash::fail(int error)
+{
+    failed_ = true;
+    return -error;
+}
+
 int FpgaFlash::write(Request& request)
 {
     const std::size_t length = request.u32(kLength);
     const std::size_t position = request.u32(kPosition);
     if (!hasPower)
-        return -EIO;
+        return fail(EIO);
     if (length == 0 || length > kPage || position > content.size() || length > content.size() - position)
-        return -EINVAL;
+        return fail(EINVAL);
+    incomplete_ = true;
     if (countsDown(cutAtBlock)) {
         program(position, request.in.subspan(kData, length / 2));
         hasPower = false;
-        return -EIO;
+        return fail(EIO);
     }
     const std::size_t taken = std::min(length, std::size_t(accepts));
+    failed_ = failed_ || taken == 0;
     program(position, request.in.subspan(kData, taken));
     std::copy(request.in.begin(), request.in.end(), request.out.begin());
     request.put32(kPosition, std::uint32_t(position + taken));

@@ -22,12 +22,23 @@ public:
     std::int64_t flipReadAt = 0; ///< fault: the byte that is read wrongly, counted from the next one
     std::int64_t cutAtBlock = 0; ///< fault: power fails in the middle of that block
     bool hasPower = true;
+    /// Whether the FPGA took a whole configuration when it got power. It keeps that one while the flash is written.
+    bool configured = true;
+
+    /// The supervisor leaves the flash alone, or works as usual again: a run of writing begins and ends so. What was
+    /// written in a run that did not end, or in which a block failed, is no configuration.
+    void beginRun() { failed_ = false; }
+    void endRun() { incomplete_ = incomplete_ && failed_; }
 
 private:
     int write(Request& request);
+    int fail(int error);
     int read(Request& request);
     void program(std::size_t position, std::span<const std::uint8_t> bytes);
     void addProperties(Unit& unit);
+
+    bool incomplete_ = false; ///< what lies in the flash is part of a configuration
+    bool failed_ = false;     ///< a block of this run
 };
 
 } // namespace hxsim

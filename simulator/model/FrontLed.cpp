@@ -24,14 +24,14 @@ std::string shown(const std::array<std::uint8_t, Size>& bytes)
 }
 
 template <std::size_t Size>
-void parseInto(std::array<std::uint8_t, Size>& bytes, const std::string& text)
+void parseInto(std::array<std::uint8_t, Size>& bytes, const std::string& text, std::uint8_t most)
 {
     const std::vector<std::string> numbers = words(text);
     if (numbers.size() != Size)
         throw BadText{"'" + text + "' is not " + std::to_string(Size) + " numbers"};
     std::array<std::uint8_t, Size> parsed;
     for (std::size_t i = 0; i < Size; ++i)
-        parsed[i] = std::uint8_t(parseNumber(numbers[i], 0, 255));
+        parsed[i] = std::uint8_t(parseNumber(numbers[i], 0, most));
     bytes = parsed;
 }
 
@@ -78,13 +78,13 @@ FrontLed::FrontLed(Unit& unit) : unit_{unit}
     properties.add(
         "led.timing", [this] { return shown(timing); },
         [this](const std::string& text) {
-            parseInto(timing, text);
+            parseInto(timing, text, 255);
             since_ = unit_.clock().now();
         },
         "on, off and rest in units of 10 ms, and the number of pulses");
     properties.add(
-        "led.color", [this] { return shown(color); }, [this](const std::string& text) { parseInto(color, text); },
-        "red, green and blue, each 0 to 15");
+        "led.color", [this] { return shown(color); },
+        [this](const std::string& text) { parseInto(color, text, kBrightest); }, "red, green and blue, each 0 to 15");
     properties.flag("led.startup", duringStartup, "whether it shows its pattern while the unit starts");
     properties.readOnly(
         "led.lit", [this] { return lit() ? "on" : "off"; }, "whether it shines at this moment");

@@ -80,6 +80,7 @@ LightSensor::LightSensor(Unit& unit) : clock_{unit.clock()}
         range = request.u8(1);
         return 0;
     });
+    unit.whenSupplyFails([this] { range = 0; });
     describe(unit);
 }
 

@@ -121,6 +121,7 @@ void Microcontroller::startBootloader()
     interrupt();
     state = State::Bootloader;
     acknowledgements = 0;
+    erased_ = changeRefused_ = false;
     bootloader_.start();
 }
 
@@ -134,7 +135,14 @@ void Microcontroller::startFirmware()
     if (state == State::Off)
         return;
     interrupt();
-    state = hasFirmware() ? State::Running : State::NoFirmware;
+    if (erased_ && !changeRefused_)
+        changed_ = false; // whoever had the line has given it back
+    boot();
+}
+
+void Microcontroller::boot()
+{
+    state = hasFirmware() && !changed_ ? State::Running : State::NoFirmware;
     startedAt = kFlashStart;
 }
 
@@ -147,8 +155,7 @@ void Microcontroller::cutPower()
 void Microcontroller::restorePower()
 {
     cutAtByte = cutAtAck = 0;
-    state = State::NoFirmware;
-    startFirmware();
+    boot();
 }
 
 void Microcontroller::receive(std::uint8_t byte)
@@ -224,12 +231,14 @@ void Microcontroller::write(std::uint32_t address, std::span<const std::uint8_t>
 
 void Microcontroller::programFlash(std::uint32_t offset, std::uint8_t value)
 {
+    changed_ = true;
     if (!protectedSectors.contains(std::uint8_t(offset / kSectorSize)))
         flash[offset] &= value;
 }
 
 void Microcontroller::eraseRange(std::size_t first, std::size_t last)
 {
+    changed_ = erased_ = true;
     for (std::size_t i = first; i < std::min(last, flash.size()); ++i)
         if (!protectedSectors.contains(std::uint8_t(i / kSectorSize)))
             flash[i] = 0xFF;
@@ -263,6 +272,14 @@ void Microcontroller::jumpTo(std::uint32_t address)
 
 Microcontrollers::Microcontrollers(Unit& unit) : supervisor{unit, "ss", 0x414}, front{unit, "front", 0x410}
 {
+    unit.whenSupplyFails([this] {
+        supervisor.cutPower();
+        front.cutPower();
+    });
+    unit.whenSupplyReturns([this] {
+        supervisor.restorePower();
+        front.restorePower();
+    });
     unit.actions().add(
         "cut", "ss|front", [this](const Actions::Words& words) { named(words).cutPower(); },
         "cuts a microcontroller's power");

@@ -14,8 +14,9 @@ namespace hxsim {
 
 /// One STM32 of the unit: its memories, its boot pin, its power, and what can go wrong with it.
 ///
-/// Flash holds 0xFF after erasing, and programming only clears bits. Faults count from the moment in which they are
-/// asked for; 0 means that they are not asked for.
+/// Flash holds 0xFF after erasing, and programming only clears bits. What a session with the bootloader changed is
+/// firmware only if the session erased, was refused no write, and came to its end: else the chip starts nothing. Faults
+/// count from the moment in which they are asked for; 0 means that they are not asked for.
 class Microcontroller {
 public:
     Microcontroller(Unit& unit, const std::string& name, std::uint16_t itsProductId);
@@ -32,6 +33,9 @@ public:
     void restorePower();
     /// A byte from the serial line, good only at the line settings that the bootloader uses.
     void receive(std::uint8_t byte);
+
+    /// Whether its firmware is there to answer.
+    [[nodiscard]] bool runs() const { return state == State::Running; }
 
     State state = State::Running;
     std::uint32_t startedAt = kFlashStart; ///< where the running program lies
@@ -56,6 +60,8 @@ public:
     void sendMemory(std::uint32_t address);
     void acknowledge();
     void nack();
+    /// A command that changes the flash was refused.
+    void refusedChange() { changeRefused_ = true; }
     /// Counts a command; true if this is the one to be refused.
     bool refusesCommand() { return countsDown(nackAt); }
     [[nodiscard]] bool isReadable(std::uint32_t address) const;
@@ -71,13 +77,17 @@ private:
     void programFlash(std::uint32_t offset, std::uint8_t value);
     void eraseRange(std::size_t first, std::size_t last);
     void interrupt();
+    void boot();
     [[nodiscard]] bool hasFirmware() const;
     static bool countsDown(std::int64_t& counter) { return counter > 0 && --counter == 0; }
 
     Unit& unit_;
     RomBootloader bootloader_{*this};
     bool erasing_ = false;
-    std::uint64_t starts_ = 0; ///< tells the end of an erase that a reset or a power failure has overtaken
+    bool changed_ = false;       ///< the flash, and nothing says yet that it was to the end
+    bool erased_ = false;        ///< in this session with the bootloader
+    bool changeRefused_ = false; ///< in this session
+    std::uint64_t starts_ = 0;   ///< tells the end of an erase that a reset or a power failure has overtaken
 };
 
 /// The unit's two microcontrollers.

@@ -108,6 +108,14 @@ const Node::Shape* Node::shape(std::uint32_t code) const
     return row == requests_.end() ? nullptr : &row->second.shape;
 }
 
+std::vector<std::uint32_t> Node::requests() const
+{
+    std::vector<std::uint32_t> codes;
+    for (const auto& [code, row] : requests_)
+        codes.push_back(code);
+    return codes;
+}
+
 std::unique_ptr<OpenFile> Node::open(int flags)
 {
     return opener_ ? opener_(flags) : std::make_unique<OpenFile>(*this, flags);

@@ -123,6 +123,7 @@ public:
 
     /// Null for a request that this driver does not know.
     [[nodiscard]] const Shape* shape(std::uint32_t code) const;
+    [[nodiscard]] std::vector<std::uint32_t> requests() const;
     [[nodiscard]] std::unique_ptr<OpenFile> open(int flags);
     void close(OpenFile& file) const;
     int ioctl(OpenFile& file, std::uint32_t code, std::span<const std::uint8_t> in, std::span<std::uint8_t> out) const;

@@ -1,50 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Properties.h"
 
-#include <algorithm>
 #include <array>
 #include <cassert>
 #include <charconv>
-#include <numeric>
-#include <utility>
-#include <vector>
 
+#include "simulator/model/Suggestion.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
 
 namespace {
-
-/// How many letters to put in, take out or change.
-std::size_t editDistance(const std::string& from, const std::string& to)
-{
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 1; i <= from.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i);
-        for (std::size_t j = 1; j <= to.size(); ++j) {
-            const std::size_t change = diagonal + (from[i - 1] == to[j - 1] ? 0 : 1);
-            diagonal = std::exchange(row[j], std::min({change, row[j] + 1, row[j - 1] + 1}));
-        }
-    }
-    return row[to.size()];
-}
-
-/// The nearest name there is, if one is near.
-template <typename Rows>
-std::string suggestion(const std::string& name, const Rows& rows)
-{
-    std::size_t least = name.size() / 3 + 1;
-    std::string nearest;
-    for (const auto& [known, row] : rows) {
-        const std::size_t distance = known.starts_with(name) ? 0 : editDistance(name, known);
-        if (distance < least) {
-            least = distance;
-            nearest = known;
-        }
-    }
-    return nearest.empty() ? "" : "; did you mean '" + nearest + "'?";
-}
 
 std::string shortest(double value)
 {
@@ -108,7 +74,7 @@ const Properties::Property& Properties::find(const std::string& name) const
 {
     const auto found = properties_.find(name);
     if (found == properties_.end())
-        throw BadText{"the unit has no property '" + name + "'" + suggestion(name, properties_)};
+        throw BadText{"the unit has no property '" + name + "'" + suggestionFrom(name, properties_)};
     return found->second;
 }
 

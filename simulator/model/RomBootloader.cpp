@@ -53,6 +53,8 @@ void RomBootloader::start()
 void RomBootloader::refuse()
 {
     expect_ = Expect::Command;
+    if (command_ == kErase || command_ == kWriteMemory)
+        chip_.refusedChange();
     chip_.nack();
 }
 

@@ -235,12 +235,19 @@ void Supervisor::giveSignal(Time duration)
 void Supervisor::supply(bool on)
 {
     const bool was = std::exchange(supplied_, on);
-    if (!on && state_ != State::Off) {
+    if (on == was)
+        return;
+    if (on) {
+        unit_.returnSupply();
+        if (configuration.read(SupervisorSettings::PowerOn) != 0)
+            start(PowerApplied);
+        return;
+    }
+    if (state_ != State::Off) {
         diagnostics[kShutDownReason] = PowerApplied;
         switchOff();
-    } else if (on && !was && configuration.read(SupervisorSettings::PowerOn) != 0) {
-        start(PowerApplied);
     }
+    unit_.failSupply();
 }
 
 void Supervisor::restart()

@@ -18,7 +18,7 @@ namespace hxsim {
 /// A request for a transition shows in register 4 of the power device: 1 and 2 for a short press that asks to suspend
 /// or to shut down, 3 and 4 for a long press, 5 and 6 for the external signal. It is carried out two seconds after a
 /// program acknowledged it, or after a minute if none does. A unit that is off still answers requests: the programs of
-/// the simulation go on.
+/// the simulation go on. One without its supply does not: its microcontrollers have no power.
 class Supervisor : public Hardware {
 public:
     enum class State { Running, Suspended, Heating, Off };

@@ -1,19 +1,30 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/SupervisorRegisters.h"
 
+#include <cerrno>
+
+#include "simulator/model/Microcontroller.h"
 #include "simulator/model/Requests.h"
 
 namespace hxsim {
 
-SupervisorRegisters::SupervisorRegisters(Unit& unit, const std::string& path) : unit_{unit}, node_{unit.addNode(path)}
+SupervisorRegisters::SupervisorRegisters(Unit& unit, const std::string& path, Owner owner)
+    : unit_{unit}, node_{unit.addNode(path)}
 {
-    node_.request(kGetRegister, Takes{4}, Gives{4}, [this](Request& request) {
+    const auto isThere = [&unit, owner] {
+        const auto& both = unit.get<Microcontrollers>();
+        return (owner == Owner::Front ? both.front : both.supervisor).runs();
+    };
+    node_.request(kGetRegister, Takes{4}, Gives{4}, [this, isThere](Request& request) {
+        if (!isThere())
+            return -EIO;
         request.put16(0, request.u16(0));
         request.put16(2, read(std::uint8_t(request.u16(0))));
         return 0;
     });
-    node_.request(kPutRegister, Takes{4}, Gives{0},
-                  [this](Request& request) { return write(std::uint8_t(request.u16(0)), request.u16(2)); });
+    node_.request(kPutRegister, Takes{4}, Gives{0}, [this, isThere](Request& request) {
+        return isThere() ? write(std::uint8_t(request.u16(0)), request.u16(2)) : -EIO;
+    });
 }
 
 std::uint16_t SupervisorRegisters::read(std::uint8_t number) const

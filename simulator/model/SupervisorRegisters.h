@@ -20,7 +20,10 @@ public:
     /// Returns 0, or -errno when the supervisor refuses the value.
     using WriteHook = std::function<int(std::uint16_t value)>;
 
-    SupervisorRegisters(Unit& unit, const std::string& path);
+    /// The microcontroller whose firmware answers; while it does not run, the driver's requests fail with EIO.
+    enum class Owner { Supervisor, Front };
+
+    SupervisorRegisters(Unit& unit, const std::string& path, Owner owner = Owner::Supervisor);
     SupervisorRegisters(const SupervisorRegisters&) = delete;
     SupervisorRegisters& operator=(const SupervisorRegisters&) = delete;
 

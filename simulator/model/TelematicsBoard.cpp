@@ -34,6 +34,11 @@ TelematicsBoard::TelematicsBoard(Unit& unit) : unit_{unit}
     unit.i2c().attach(kAddress, expander);
     expander.inputs = [this] { return inputs(); };
     expander.changed = [this](Time now) { follow(now); };
+    unit.whenSupplyFails([this] {
+        expander.registers = {0xFF};
+        follow(unit_.clock().now());
+        gsmOn = false;
+    });
     describe();
 }
 

@@ -8,6 +8,8 @@
 #include <fcntl.h>
 #include <sstream>
 
+#include "simulator/model/Suggestion.h"
+
 namespace hxsim {
 
 namespace {
@@ -102,6 +104,11 @@ std::string quoted(std::span<const std::uint8_t> bytes)
     return text + '"';
 }
 
+std::string inQuotes(std::string_view text)
+{
+    return quoted({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
 std::int64_t parseNumber(std::string_view text, std::int64_t low, std::int64_t high)
 {
     const bool negative = text.starts_with('-');
@@ -153,9 +160,13 @@ int parseErrno(std::string_view text)
     for (const ErrnoName& row : kErrnoNames)
         if (text == row.name)
             return row.number;
-    if (text.starts_with('E'))
-        text.remove_prefix(1);
-    return int(parseNumber(text, 1, 4095));
+    std::vector<std::string> names;
+    for (const ErrnoName& row : kErrnoNames)
+        names.emplace_back(row.name);
+    const std::string_view digits = text.starts_with('E') ? text.substr(1) : text;
+    if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos)
+        throw BadText{"there is no errno '" + std::string{text} + "'" + suggestion(std::string{text}, names)};
+    return int(parseNumber(digits, 1, 4095));
 }
 
 std::string openAction(int flags)

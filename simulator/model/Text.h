@@ -19,6 +19,12 @@ private:
     std::string text_;
 };
 
+/// A command line that cannot be meant as it is written.
+class BadUsage : public BadText {
+public:
+    using BadText::BadText;
+};
+
 std::string trimmed(std::string_view text);
 std::vector<std::string> words(std::string_view text);
 
@@ -28,6 +34,7 @@ std::string requestName(std::uint32_t request);
 std::string hexBytes(std::span<const std::uint8_t> bytes);
 /// "\"2.1.0.5\\n\"": bytes as a C string literal.
 std::string quoted(std::span<const std::uint8_t> bytes);
+std::string inQuotes(std::string_view text);
 
 /// Decimal, or hexadecimal after 0x. Throws BadText unless the whole text is a number within the range.
 std::int64_t parseNumber(std::string_view text, std::int64_t low, std::int64_t high);

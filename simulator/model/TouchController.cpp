@@ -64,7 +64,8 @@ constexpr std::array<Setting, 15> kSettings{{
 
 } // namespace
 
-TouchController::TouchController(Unit& unit) : registers{unit, "/dev/front-mcu-id"}, unit_{unit}
+TouchController::TouchController(Unit& unit)
+    : registers{unit, "/dev/front-mcu-id", SupervisorRegisters::Owner::Front}, unit_{unit}
 {
     registers.node().request(0x8001006A, Takes{0}, Gives{1}, [this](Request& request) {
         request.put8(0, calibration);

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
 
 namespace hxsim {
@@ -26,6 +27,10 @@ UartRouting::UartRouting(Unit& unit) : unit_{unit}
         .request(0x4001004B, Takes{1}, Gives{0}, [this](Request& request) { return setDirection(request.u8(0)); })
         .request(0x4001004C, Takes{1}, Gives{0}, [this](Request& request) { return setMode(request.u8(0)); })
         .request(0x40010050, Takes{0}, Gives{0}, [this](Request&) { return startFrontBootloader(); });
+    unit.whenSupplyFails([this] {
+        mode = kNormal;
+        direction = kToNobody;
+    });
     unit.properties().readOnly(
         "uart.direction", [this] { return std::to_string(direction); }, "0 nobody, 1 supervisor, 2 front panel");
     unit.properties().readOnly(
@@ -64,6 +69,10 @@ int UartRouting::setMode(std::uint8_t value)
         return -EINVAL;
     if (value == kBootSupervisor)
         both.supervisor.startBootloader();
+    if (value == kHandsOff)
+        unit_.get<FpgaFlash>().beginRun();
+    if (value == kNormal && mode == kHandsOff)
+        unit_.get<FpgaFlash>().endRun();
     if (value == kNormal && mode == kHandsOff && both.front.state != Microcontroller::State::Running)
         both.front.startFirmware();
     mode = value;

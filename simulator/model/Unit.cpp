@@ -2,6 +2,7 @@
 #include "simulator/model/Unit.h"
 
 #include "simulator/model/Hardware.h"
+#include "simulator/model/NameCheck.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
@@ -56,9 +57,10 @@ void Unit::describeLine(const std::string& line)
     const std::string key = trimmed(line.substr(0, equals));
     const std::string value = trimmed(line.substr(equals + 1));
     if (key == "absent") {
+        checkPart(*this, value);
         setAbsent(value, true);
     } else if (key == "fail") {
-        faults_.add(value);
+        addFault(value);
     } else if (key == "do") {
         std::vector<std::string> action = words(value);
         if (action.empty())
@@ -83,6 +85,25 @@ Node* Unit::findNode(const std::string& path)
 {
     const auto found = nodes_.find(path);
     return found == nodes_.end() ? nullptr : &found->second;
+}
+
+void Unit::addFault(std::string_view text)
+{
+    Fault fault = Faults::parse(text);
+    checkFault(*this, fault);
+    faults_.add(std::move(fault));
+}
+
+void Unit::failSupply()
+{
+    for (const auto& effect : onSupplyFailure_)
+        effect();
+}
+
+void Unit::returnSupply()
+{
+    for (const auto& effect : onSupplyReturn_)
+        effect();
 }
 
 void Unit::setAbsent(const std::string& name, bool absent)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -48,10 +49,21 @@ public:
     void addFile(const std::string& path) { files_.insert(path); }
     [[nodiscard]] const std::set<std::string>& files() const { return files_; }
     [[nodiscard]] bool hasFile(const std::string& path) const { return files_.contains(path); }
+    /// A function of the board library, which the unit can lack by itself.
+    void addFunction(const std::string& name) { functions_.insert(name); }
+    [[nodiscard]] const std::set<std::string>& functions() const { return functions_; }
     /// A name that the unit can lack but that is no node: a library, for example.
     [[nodiscard]] bool isAbsent(const std::string& name) const { return absent_.contains(name); }
     [[nodiscard]] const std::set<std::string>& absent() const { return absent_; }
     void setAbsent(const std::string& name, bool absent);
+    /// "NODE CALL [ERRNO] [COUNT]". Throws BadText for what this unit does not have.
+    void addFault(std::string_view text);
+
+    /// What its parts do when the supply goes, and when it comes back.
+    void whenSupplyFails(std::function<void()> effect) { onSupplyFailure_.push_back(std::move(effect)); }
+    void whenSupplyReturns(std::function<void()> effect) { onSupplyReturn_.push_back(std::move(effect)); }
+    void failSupply();
+    void returnSupply();
 
     Clock& clock() { return clock_; }
     Journal& journal() { return journal_; }
@@ -83,7 +95,10 @@ private:
     std::map<std::string, Memory> memories_;
     std::map<std::string, Node> nodes_;
     std::set<std::string> files_{"/opt/etc", "/opt/etc/hxaux.ini"};
+    std::set<std::string> functions_;
     std::set<std::string> absent_;
+    std::vector<std::function<void()>> onSupplyFailure_;
+    std::vector<std::function<void()>> onSupplyReturn_;
     std::vector<std::unique_ptr<Hardware>> hardware_; // last: its objects use everything above until they are gone
 };
 

@@ -2,7 +2,11 @@
 #include "simulator/model/Versions.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <utility>
 
+#include "simulator/model/FpgaFlash.h"
+#include "simulator/model/Microcontroller.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
@@ -36,10 +40,17 @@ Versions::Version parsed(std::string text)
 Versions::Versions(Unit& unit)
 {
     Node& node = unit.addNode("/dev/fpga-version");
-    version(unit, node, 0x80040036, "version.fpga", fpga, "FPGA configuration");
-    version(unit, node, 0x80040037, "version.ss", supervisor, "supervisor firmware");
-    version(unit, node, 0x80040038, "version.front", front, "front-panel microcontroller's firmware");
-    version(unit, node, 0x80040064, "version.drv", drivers, "kernel drivers");
+    version(
+        unit, node, 0x80040036, "version.fpga", fpga, [&unit] { return unit.get<FpgaFlash>().configured; },
+        "FPGA configuration");
+    version(
+        unit, node, 0x80040037, "version.ss", supervisor,
+        [&unit] { return unit.get<Microcontrollers>().supervisor.runs(); }, "supervisor firmware");
+    version(
+        unit, node, 0x80040038, "version.front", front, [&unit] { return unit.get<Microcontrollers>().front.runs(); },
+        "front-panel microcontroller's firmware");
+    version(
+        unit, node, 0x80040064, "version.drv", drivers, [] { return true; }, "kernel drivers");
     unit.addNode("/etc/firmware.ver").attribute([this] { return osText; });
     unit.properties().add(
         "version.os", [this] { return trimmed(osText); }, [this](const std::string& text) { osText = text + "\n"; },
@@ -47,9 +58,11 @@ Versions::Versions(Unit& unit)
 }
 
 void Versions::version(Unit& unit, Node& node, std::uint32_t code, const std::string& name, Version& version,
-                       const std::string& help)
+                       std::function<bool()> isThere, const std::string& help)
 {
-    node.request(code, Takes{0}, Gives{4}, [&version](Request& request) {
+    node.request(code, Takes{0}, Gives{4}, [&version, isThere = std::move(isThere)](Request& request) {
+        if (!isThere())
+            return -EIO;
         std::copy(version.begin(), version.end(), request.out.begin());
         return 0;
     });

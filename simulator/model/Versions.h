@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "simulator/model/Hardware.h"
@@ -25,7 +26,7 @@ public:
 
 private:
     void version(Unit& unit, Node& node, std::uint32_t code, const std::string& name, Version& version,
-                 const std::string& help);
+                 std::function<bool()> isThere, const std::string& help);
 };
 
 } // namespace hxsim

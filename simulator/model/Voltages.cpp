@@ -21,21 +21,22 @@ struct Supply {
 constexpr std::array<Supply, 8> kSupplies{
     {{12.0, 24.0}, {12.0, 12.0}, {5.0, 5.0}, {5.0, 5.0}, {2.0, 3.3}, {2.0, 3.3}, {2.0, 1.8}, {2.0, 1.2}}};
 
+constexpr std::uint16_t kMostCounts = 4095;
 constexpr double kVoltsPerCount = 3.3 / 4096.0;
-
-std::uint16_t countsOf(double volts, double divider)
-{
-    const double counts = std::round(volts / divider / kVoltsPerCount);
-    if (counts < 0 || counts > 0xFFFF)
-        throw BadText{"this voltage is beyond the converter's range"};
-    return std::uint16_t(counts);
-}
 
 std::string voltsOf(std::uint16_t counts, double divider)
 {
     std::array<char, 32> text{};
     std::snprintf(text.data(), text.size(), "%.3f", counts * kVoltsPerCount * divider);
     return text.data();
+}
+
+std::uint16_t countsOf(double volts, double divider)
+{
+    const double counts = std::round(volts / divider / kVoltsPerCount);
+    if (counts < 0 || counts > kMostCounts)
+        throw BadText{"the converter measures 0 to " + voltsOf(kMostCounts, divider) + " volts here"};
+    return std::uint16_t(counts);
 }
 
 } // namespace

@@ -5,8 +5,11 @@
 #include <array>
 #include <cctype>
 #include <cstdio>
+#include <sys/ioctl.h>
 
 #include "simulator/jida/Protocol.h"
+#include "simulator/model/NameCheck.h"
+#include "simulator/model/Suggestion.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
@@ -17,6 +20,8 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr char kTitle[] = "hx-sim recording ";
 constexpr int kVersion = 1;
+constexpr double kLongestSeconds = 1e9;
+constexpr std::size_t kMostBytes = 65536;      ///< of a call: what the preloaded library passes on at once
 constexpr char kBoardLibrary[] = "libjida.so"; // as people know what lies behind its node
 
 Bytes bytesOf(std::string_view text)
@@ -158,6 +163,52 @@ void parseCall(Cursor& cursor, RecordedCall& call)
         throw BadText{"'" + std::string{cursor.until("\n")} + "' is not understood"};
 }
 
+/// A replay puts these bytes into a program's memory: no more of them than the program makes room for.
+void checkBytes(const Unit& unit, const RecordedCall& call)
+{
+    const Entry& entry = call.entry;
+    if (entry.in.size() > kMostBytes || entry.out.size() > kMostBytes)
+        throw BadText{"more than " + std::to_string(kMostBytes) + " bytes in one call"};
+    const std::size_t asked =
+        entry.kind == Entry::Kind::Read
+            ? std::size_t(parseNumber(std::string_view{entry.action}.substr(sizeof "read " - 1), 0, INT32_MAX))
+            : kMostBytes;
+    if (entry.out.size() > asked || (entry.kind == Entry::Kind::Read && call.result > std::int64_t(entry.out.size())))
+        throw BadText{"the read gives more than the program asked for"};
+    if (entry.kind == Entry::Kind::Write && call.result > std::int64_t(entry.in.size()))
+        throw BadText{"more is written than the program gave"};
+    const bool isKnown =
+        entry.kind != Entry::Kind::Ioctl || unit.nodes().at(entry.subject).shape(entry.request) != nullptr;
+    const std::size_t declared = _IOC_SIZE(entry.request);
+    if (!isKnown && (entry.in.size() > declared || entry.out.size() > declared))
+        throw BadText{"more bytes than the number of the request declares"};
+}
+
+void check(const Unit& unit, const RecordedCall& call)
+{
+    if (call.entry.kind == Entry::Kind::Other)
+        return; // injected failures are on anything
+    if (!unit.nodes().contains(call.entry.subject))
+        throw BadText{"the unit has no device " + inQuotes(call.entry.subject) +
+                      suggestionFrom(call.entry.subject, unit.nodes())};
+    checkBytes(unit, call);
+}
+
+/// Files are made when the recording is replayed: among the unit's own, and nowhere else.
+void checkFile(const Recording& recording, const Unit& unit, const std::string& path)
+{
+    std::vector<std::string> known;
+    for (const std::string& file : unit.files()) // folders stand before what is in them
+        if (!known.empty() && file.starts_with(known.back() + '/'))
+            known.back() = file;
+        else
+            known.push_back(file);
+    if (std::ranges::find(known, path) == known.end())
+        throw BadText{"the unit has no file " + inQuotes(path) + suggestion(path, known)};
+    if (recording.files.contains(path))
+        throw BadText{"the file " + path + " is there twice"};
+}
+
 RecordedCall parseCallLine(std::string_view text)
 {
     Cursor cursor{text};
@@ -167,23 +218,31 @@ RecordedCall parseCallLine(std::string_view text)
         throw BadText{"PROCESS.THREAD is missing"};
     call.thread = int(parseNumber(cursor.word(), 1, INT32_MAX));
     const std::chrono::duration<double> seconds{parseReal(cursor.word())};
+    if (!(seconds.count() >= 0 && seconds.count() < kLongestSeconds))
+        throw BadText{"the time is outside 0 to " + std::to_string(int(kLongestSeconds)) + " seconds"};
     call.entry.time = std::chrono::duration_cast<Time>(seconds);
     parseCall(cursor, call);
     return call;
 }
 
-void parseLine(Recording& recording, const std::string& line, std::size_t number)
+void parseLine(Recording& recording, const Unit& unit, const std::string& line, std::size_t number)
 {
     Cursor cursor{line};
     if (cursor.skip("absent ")) {
-        recording.absent.emplace_back(cursor.until("\n"));
+        const std::string name{cursor.until("\n")};
+        checkPart(unit, name);
+        recording.absent.push_back(name);
     } else if (cursor.skip("file ")) {
         const std::string path{cursor.word()};
         const Bytes content = cursor.bytes();
+        if (!cursor.atEnd())
+            throw BadText{"'" + std::string{cursor.until("\n")} + "' is not understood"};
+        checkFile(recording, unit, path);
         recording.files[path] = {content.begin(), content.end()};
     } else {
         recording.calls.push_back(parseCallLine(line));
         recording.calls.back().line = number;
+        check(unit, recording.calls.back());
     }
 }
 
@@ -241,7 +300,7 @@ std::string Recording::headText() const
     return text;
 }
 
-Recording Recording::parse(std::string_view text)
+Recording Recording::parse(std::string_view text, const Unit& unit)
 {
     Recording recording;
     std::size_t number = 0;
@@ -253,7 +312,7 @@ Recording Recording::parse(std::string_view text)
             if (number == 1)
                 parseTitle(line);
             else if (!line.empty() && !line.starts_with('#'))
-                parseLine(recording, line, number);
+                parseLine(recording, unit, line, number);
         } catch (const BadText& bad) {
             throw BadText{std::to_string(number) + ": " + bad.what()};
         }

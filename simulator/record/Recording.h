@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "simulator/model/Journal.h"
+#include "simulator/model/Unit.h"
 
 namespace hxsim {
 
@@ -34,8 +35,8 @@ struct Recording {
 
     /// The lines in front of the calls.
     [[nodiscard]] std::string headText() const;
-    /// Throws BadText naming the line.
-    static Recording parse(std::string_view text);
+    /// The whole text, checked: what a replay then uses is among what this unit has. Throws BadText naming the line.
+    static Recording parse(std::string_view text, const Unit& unit);
 };
 
 } // namespace hxsim

@@ -49,7 +49,7 @@ TEST(Backlight, IsMadeAfreshAfterTheLastRelease)
 {
     SimulatedUnit unit{"absent = /dev/backlight"};
     GetBacklight()->Release();
-    unit.describe("absent = /dev/nothing");
+    unit.describe("absent = /dev/buzzer");
     unsigned char level = 0;
 
     Given<Backlight> backlight{GetBacklight()};

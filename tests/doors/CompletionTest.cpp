@@ -108,5 +108,5 @@ TEST_F(HxSimCompletion, WorksInZsh)
 TEST_F(HxSimCompletion, RefusesAShellThatItDoesNotKnow)
 {
     EXPECT_THAT(run("hx-sim completion tcsh"),
-                AllOf(errorIs("hx-sim: there is no shell 'tcsh': bash, fish or zsh\n"), statusIs(1)));
+                AllOf(errorIs("hx-sim: there is no shell 'tcsh': bash, fish or zsh\n"), statusIs(2)));
 }

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The microcontrollers' ROM bootloader as the simulated unit has it, asked over the unit's serial node.
+#include <array>
+#include <cerrno>
+
 #include <gmock/gmock.h>
 
 #include "simulator/model/FpgaFlash.h"
@@ -150,6 +153,7 @@ TEST(BootloaderModel, RefusesToWriteOutsideFlashAndRam)
     EXPECT_THAT(line.write(0x1FFFF800, {1, 2}), ElementsAre(kNack)) << "option bytes";
     EXPECT_THAT(line.write(0x20000000, {1, 2}), ElementsAre(kNack)) << "the bootloader's own RAM";
     EXPECT_THAT(line.write(0x08080000, {1, 2}), ElementsAre(kNack)) << "behind the flash";
+    EXPECT_THAT(line.write(0x0807FFFE, {1, 2, 3, 4}), ElementsAre(kNack)) << "half of it behind the flash";
     EXPECT_THAT(line.write(0x20000200, {1, 2}), ElementsAre(kAck));
     EXPECT_EQ(line.chip().ram[0x201], 2);
 }
@@ -252,6 +256,18 @@ TEST(BootloaderModel, StartsTheFirmwareWhenTheLineTurnsBack)
     EXPECT_EQ(line.unit.properties().get("ss.state"), "no firmware");
 }
 
+TEST(BootloaderModel, CountsNoBytesThatTheFirmwareGets)
+{
+    Line line;
+    line.request(0x4001004B, {0});
+    line.request(0x4001004B, {1}); // the line leads to the running firmware
+    line.unit.properties().set("ss.cut-at-byte", "1");
+
+    EXPECT_THAT(line.ask({0x7F}), IsEmpty());
+
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "running");
+}
+
 TEST(PacedWire, TakesElevenBitsForEachByte)
 {
     Line line{true};
@@ -280,6 +296,210 @@ TEST(PowerOfAMicrocontroller, LeavesHalfOfAnInterruptedErase)
     EXPECT_EQ(line.chip().flash.back(), 0x00);
     line.unit.actions().run("restore", {"ss"});
     EXPECT_EQ(line.unit.properties().get("ss.state"), "no firmware");
+}
+
+/// What a driver answers for the supervisor's firmware: its version and a register.
+int supervisorAnswers(Unit& unit)
+{
+    Bytes version(4);
+    Node& versions = *unit.findNode("/dev/fpga-version");
+    const int first = versions.ioctl(*versions.open(0), 0x80040037, {}, version);
+    Bytes word(4);
+    Node& registers = *unit.findNode("/dev/adc-id");
+    const int second = registers.ioctl(*registers.open(0), 0xC004003A, Bytes(4), word);
+    EXPECT_EQ(first, second);
+    return first;
+}
+
+constexpr std::array<std::uint8_t, 8> kVectors{0x00, 0x10, 0x00, 0x20, 0x01, 0x01, 0x00, 0x08};
+
+/// Erases everything and programs the beginning of a firmware.
+void eraseAndBegin(Line& line)
+{
+    line.ask({0x7F});
+    line.ask({0x43, 0xBC});
+    EXPECT_THAT(line.ask({0xFF, 0x00}), ElementsAre(kAck));
+    EXPECT_THAT(line.write(0x08000000, Bytes(kVectors.begin(), kVectors.end())), ElementsAre(kAck));
+}
+
+TEST(KilledUpgrade, LeavesTheSupervisorInItsBootloaderWhereItAnswersNoDriver)
+{
+    Line line;
+    eraseAndBegin(line);
+
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "bootloader");
+    EXPECT_EQ(supervisorAnswers(line.unit), -EIO);
+}
+
+TEST(KilledUpgrade, LeavesNoFirmwareToStartWhenThePowerComesBack)
+{
+    Line line;
+    eraseAndBegin(line);
+
+    line.unit.actions().run("supply", {"off"});
+    line.unit.actions().run("supply", {"on"});
+
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "no firmware");
+    EXPECT_EQ(line.unit.properties().get("uart.mode"), "0xc3");
+    EXPECT_EQ(supervisorAnswers(line.unit), -EIO);
+    EXPECT_EQ(line.unit.properties().get("front.state"), "running");
+}
+
+TEST(KilledUpgrade, IsRepairedByOneThatComesToItsEndAndByNoVerification)
+{
+    Line line;
+    eraseAndBegin(line);
+    line.unit.actions().run("supply", {"off"});
+    line.unit.actions().run("supply", {"on"});
+
+    line.request(0x4001004C, {0x96});
+    line.request(0x4001004B, {1});
+    line.ask({0x7F});
+    line.request(0x4001004B, {0});
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "no firmware") << "nothing was written";
+
+    line.request(0x4001004C, {0x96});
+    line.request(0x4001004B, {1});
+    eraseAndBegin(line);
+    line.request(0x4001004B, {0});
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "running");
+    EXPECT_EQ(supervisorAnswers(line.unit), 0);
+}
+
+TEST(KilledUpgrade, IsLikeOneInWhichABlockWasRefused)
+{
+    Line line;
+    eraseAndBegin(line);
+    EXPECT_THAT(line.write(0x08000008, {1, 2, 3}), ElementsAre(kNack)); // half a half-word
+
+    line.request(0x4001004B, {0});
+
+    EXPECT_EQ(line.unit.properties().get("ss.state"), "no firmware");
+}
+
+TEST(SupplyOff, TakesThePowerOfBothMicrocontrollersAndGivesItBack)
+{
+    Unit unit;
+    unit.actions().run("supply", {"off"});
+    EXPECT_EQ(unit.properties().get("ss.state"), "off");
+    EXPECT_EQ(unit.properties().get("front.state"), "off");
+    EXPECT_EQ(supervisorAnswers(unit), -EIO);
+
+    unit.actions().run("supply", {"on"});
+    EXPECT_EQ(unit.properties().get("ss.state"), "running");
+    EXPECT_EQ(unit.properties().get("front.state"), "running");
+    EXPECT_EQ(supervisorAnswers(unit), 0);
+}
+
+TEST(SupplyOff, ForgetsWhatNoMemoryHolds)
+{
+    Unit unit;
+    unit.describe("light.range = 1\nexpander.directions = 0\nexpander.latch = 255\ntelematics.gsm = on\n");
+
+    unit.actions().run("supply", {"off"});
+    unit.actions().run("supply", {"on"});
+
+    EXPECT_EQ(unit.properties().get("light.range"), "0");
+    EXPECT_EQ(unit.properties().get("expander.directions"), "255");
+    EXPECT_EQ(unit.properties().get("expander.latch"), "0");
+    EXPECT_EQ(unit.properties().get("telematics.gsm"), "off");
+}
+
+/// The FPGA's flash and who else takes part in writing it.
+class Fpga {
+public:
+    int write(std::uint32_t position, std::uint32_t length, std::uint8_t value)
+    {
+        return ask(0xC218004E, position, length, value);
+    }
+    int ask(std::uint32_t code, std::uint32_t position, std::uint32_t length, std::uint8_t value = 0)
+    {
+        Bytes block(536, value);
+        for (int i = 0; i < 4; ++i) {
+            block[std::size_t(i)] = std::uint8_t(length >> 8 * i);
+            block[std::size_t(i) + 4] = std::uint8_t(position >> 8 * i);
+        }
+        Bytes out(536);
+        Node& node = *unit.findNode("/dev/fpgaflash");
+        return node.ioctl(*node.open(0), code, block, out);
+    }
+    void mode(std::uint8_t value)
+    {
+        Node& node = *unit.findNode("/dev/uart-redir");
+        EXPECT_EQ(node.ioctl(*node.open(0), 0x4001004C, Bytes{value}, {}), 0);
+    }
+    void supplyOffAndOn()
+    {
+        unit.actions().run("supply", {"off"});
+        unit.actions().run("supply", {"on"});
+    }
+    int version()
+    {
+        Bytes out(4);
+        Node& node = *unit.findNode("/dev/fpga-version");
+        return node.ioctl(*node.open(0), 0x80040036, {}, out);
+    }
+    std::vector<std::uint8_t>& content() { return unit.get<FpgaFlash>().content; }
+
+    Unit unit;
+};
+
+TEST(FpgaFlashModel, ErasesAPageWithItsFirstByteAndOnlyClearsBitsInsideOne)
+{
+    Fpga fpga;
+    ASSERT_EQ(fpga.write(528, 528, 0x0F), 0);
+    ASSERT_EQ(fpga.content()[528 + 100], 0x0F);
+
+    EXPECT_EQ(fpga.write(528 + 100, 4, 0x3C), 0);
+    EXPECT_EQ(fpga.content()[528 + 100], 0x0C);
+    EXPECT_EQ(fpga.content()[528 + 104], 0x0F);
+
+    EXPECT_EQ(fpga.write(528, 4, 0x3C), 0);
+    EXPECT_EQ(fpga.content()[528], 0x3C);
+    EXPECT_EQ(fpga.content()[528 + 4], 0xFF) << "the rest of the page is erased";
+    EXPECT_EQ(fpga.content()[0], 0x5A) << "the page before is not";
+    EXPECT_EQ(fpga.content()[2 * 528], 0x5A) << "nor the one behind";
+}
+
+TEST(FpgaFlashModel, KeepsItsConfigurationWhileTheFlashIsWritten)
+{
+    Fpga fpga;
+    fpga.mode(0x0F);
+    fpga.write(0, 528, 0x11);
+
+    EXPECT_EQ(fpga.version(), 0);
+}
+
+TEST(FpgaFlashModel, HasNoConfigurationAfterARunThatDidNotEndAndAPowerCut)
+{
+    Fpga fpga;
+    fpga.mode(0x0F);
+    fpga.write(0, 528, 0x11);
+
+    fpga.supplyOffAndOn();
+    EXPECT_EQ(fpga.version(), -EIO);
+    EXPECT_EQ(fpga.unit.properties().get("fpga.configured"), "off");
+
+    fpga.mode(0x0F);
+    fpga.write(0, 528, 0x11);
+    fpga.mode(0xC3);
+    EXPECT_EQ(fpga.version(), -EIO) << "it takes its configuration when it gets power";
+    fpga.supplyOffAndOn();
+    EXPECT_EQ(fpga.version(), 0);
+}
+
+TEST(FpgaFlashModel, HasNoConfigurationAfterARunInWhichABlockFailed)
+{
+    Fpga fpga;
+    fpga.unit.properties().set("fpga.cut-at-block", "2");
+    fpga.mode(0x0F);
+    EXPECT_EQ(fpga.write(0, 528, 0x11), 0);
+    EXPECT_EQ(fpga.write(528, 528, 0x11), -EIO);
+    fpga.mode(0xC3);
+
+    fpga.supplyOffAndOn();
+
+    EXPECT_EQ(fpga.version(), -EIO);
 }
 
 TEST(FpgaFlashModel, RefusesBlocksOutsideItsFlash)

@@ -285,6 +285,92 @@ TEST(Replay, RefusesWhatIsNoRecordingAndNamesTheLine)
     EXPECT_EQ(refusal(title + "1.1 0\n"), ":2: a word is missing\n");
 }
 
+/// What somebody may send as a recording, and the line and words with which it is refused.
+struct HostileLine {
+    const char* line;
+    const char* refusal;
+};
+
+constexpr HostileLine kHostileLines[] = {
+    {"file /../../../x \"y\"", "the unit has no file \"/../../../x\""},
+    {"file /opt/etc/../../tmp/x \"y\"", "the unit has no file \"/opt/etc/../../tmp/x\""},
+    {"file /opt/etc/hxaux.ini/../x \"y\"",
+     "the unit has no file \"/opt/etc/hxaux.ini/../x\"; did you mean '/opt/etc/hxaux.ini'?"},
+    {"file //opt/etc/hxaux.ini \"y\"",
+     "the unit has no file \"//opt/etc/hxaux.ini\"; did you mean '/opt/etc/hxaux.ini'?"},
+    {"file opt/etc/hxaux.ini \"y\"", "the unit has no file \"opt/etc/hxaux.ini\"; did you mean '/opt/etc/hxaux.ini'?"},
+    {"file /opt/etc \"y\"", "the unit has no file \"/opt/etc\"; did you mean '/opt/etc/hxaux.ini'?"},
+    {"file /tmp/x \"y\"", "the unit has no file \"/tmp/x\""},
+    {"file /opt/etc/hxaux.ini \"y\" z", "' z' is not understood"},
+    {"absent /etc/passwd", "the unit has no device, file, library or function \"/etc/passwd\""},
+    {"1.1 0 /dev/nope open rdwr", "the unit has no device \"/dev/nope\""},
+    {"1.1 0 /dev/ttyS0 read 2 -> 00 01 02", "the read gives more than the program asked for"},
+    {"1.1 0 /dev/ttyS0 read 2 -> 00 = 2", "the read gives more than the program asked for"},
+    {"1.1 0 /dev/ttyS0 write: 00 = 2", "more is written than the program gave"},
+    {"1.1 0 /dev/adc-id 0x80040099 -> 00 00 00 00 00", "more bytes than the number of the request declares"},
+    {"1.1 -1 /dev/adc-id open rdwr", "the time is outside 0 to 1000000000 seconds"},
+    {"1.1 1e300 /dev/adc-id open rdwr", "the time is outside 0 to 1000000000 seconds"},
+    {"0.1 0 /dev/adc-id open rdwr", "0 is outside 1 to 2147483647"},
+};
+
+TEST(Replay, RefusesAHostileRecordingBeforeAnythingOfItIsUsed)
+{
+    const Recordings recordings;
+    for (const HostileLine& each : kHostileLines) {
+        const std::string file = recordings.write(
+            "bad", std::string{"hx-sim recording 1\nfile /opt/etc/hxaux.ini \"x\"\n"} + each.line + '\n');
+        EXPECT_THAT(run("hx-sim replay " + file + " -- touch " + file + ".started"),
+                    AllOf(statusIs(3), errorIs("hx-sim: " + file + ":3: " + each.refusal + '\n')));
+        EXPECT_FALSE(fs::exists(file + ".started"));
+    }
+}
+
+TEST(Replay, RefusesWhatIsNotAFileWithoutWaiting)
+{
+    const Recordings recordings;
+    const std::string fifo = recordings.file("fifo");
+    run("mkfifo " + fifo);
+
+    EXPECT_THAT(run("hx-sim replay " + fifo + " -- true"),
+                AllOf(statusIs(3), errorIs("hx-sim: " + fifo + " is a FIFO, not a file\n")));
+    EXPECT_THAT(run("hx-sim replay /dev/zero -- true"),
+                AllOf(statusIs(3), errorIs("hx-sim: /dev/zero is a device, not a file\n")));
+    EXPECT_THAT(run("hx-sim replay /tmp -- true"),
+                AllOf(statusIs(3), errorIs("hx-sim: /tmp is a folder, not a file\n")));
+}
+
+TEST(Replay, SaysThatARecordingWithoutCallsComparesNothing)
+{
+    const Recordings recordings;
+    const std::string file = recordings.write("empty", "hx-sim recording 1\n");
+
+    EXPECT_THAT(run("hx-sim replay " + file + " -- true"),
+                AllOf(statusIs(1), errorMatches("the recording has no calls: nothing was compared\n$")));
+    EXPECT_THAT(run("hx-sim replay " + file + " -- hxaux voltage 0"), statusIs(4));
+}
+
+TEST(Record, SaysThatAProgramAskedNothing)
+{
+    const Recordings recordings;
+    const std::string file = recordings.file("nothing");
+
+    EXPECT_THAT(run("hx-sim record -o " + file + " -- true"),
+                AllOf(statusIs(1), errorMatches("0 calls in .*\n.*asked nothing of the unit's devices")));
+    EXPECT_THAT(run("hx-sim record -o " + file + " -- sh -c 'exit 5'"), statusIs(5));
+}
+
+TEST(Record, RefusesWhatIsNotAFileWithoutWaiting)
+{
+    const Recordings recordings;
+    const std::string fifo = recordings.file("fifo");
+    run("mkfifo " + fifo);
+
+    EXPECT_THAT(run("hx-sim record -o " + fifo + " -- hxaux voltage 0"),
+                AllOf(statusIs(1), errorIs("hx-sim: " + fifo + " is a FIFO, not a file\n")));
+    EXPECT_THAT(run("hx-sim record -o /tmp -- hxaux voltage 0"),
+                AllOf(statusIs(1), errorIs("hx-sim: /tmp is a folder, not a file\n")));
+}
+
 TEST(Replay, AnswersEachExampleAsItWasRecorded)
 {
     const Recordings recordings;

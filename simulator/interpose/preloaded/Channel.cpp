@@ -7,6 +7,7 @@
 #include <cstring>
 #include <ctime>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/uio.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -43,6 +44,9 @@ int connectTo(const std::string& folder, const std::string& name)
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
     if (fd < 0)
         return -errno;
+    // A unit that is stopped, or has more connections waiting than it takes, must not hold a program up forever.
+    const timeval patience{.tv_sec = 30, .tv_usec = 0};
+    (void)setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     const sockaddr_un address = hostAddress(folder);
     if ((!name.empty() && !giveName(fd, name)) ||
         connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace hxsim {
+
+/// "; did you mean 'NAME'?" with the nearest of the names there are, or nothing when none is near.
+std::string suggestion(const std::string& name, const std::vector<std::string>& names);
+
+/// The same for the keys of a map.
+template <typename Map>
+std::string suggestionFrom(const std::string& name, const Map& rows)
+{
+    std::vector<std::string> names;
+    for (const auto& [known, row] : rows)
+        names.push_back(known);
+    return suggestion(name, names);
+}
+
+} // namespace hxsim
