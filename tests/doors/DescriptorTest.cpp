@@ -23,7 +23,7 @@ std::string kernelsAnswers()
     return run("hx-probe rules zero").output;
 }
 
-constexpr char kStorm[] = "board 1\nasked 3000\nread 200\n";
+constexpr char kStorm[] = "board 1\nasked 3000\nread 200\nslept 1\n";
 
 TEST_F(Descriptors, AreTheKernelsInATestProgram)
 {

@@ -45,17 +45,22 @@ std::vector<std::string> lines(const std::string& text)
 } // namespace
 
 struct PreloadedLink::ForkHandlers {
+    static inline thread_local bool heldBefore = false; ///< a signal handler forks on top of a question
+
     static void prepare()
     {
+        heldBefore = isInControl;
+        if (!heldBefore)
+            theLink->lock_.lock();
         isInControl = true;
-        theLink->lock_.lock();
         theLink->connections_.lock();
     }
     static void parent()
     {
         theLink->connections_.unlock();
-        theLink->lock_.unlock();
-        isInControl = false;
+        if (!heldBefore)
+            theLink->lock_.unlock();
+        isInControl = heldBefore;
     }
     /// The connections are the parent's.
     static void child()
