@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include "simulator/interpose/OnPath.h"
@@ -33,6 +34,21 @@ std::string octal(const char* call, unsigned mode)
     char text[32];
     std::snprintf(text, sizeof text, "%s %#o", call, mode);
     return text;
+}
+
+/// Extended attributes, for which `ls -l` asks.
+template <typename Forward, typename Call>
+ssize_t attributesOr(const char* path, Forward forward, Call call)
+{
+    const UnitPath unit = findPath(AT_FDCWD, path);
+    if (!unit)
+        return forward();
+    if (const int error = unit.error(); error != 0) {
+        errno = error;
+        return -1;
+    }
+    const std::string& file = unit.where.file;
+    return call(file.empty() ? standIn(*unit.link, unit.where.text).c_str() : file.c_str());
 }
 
 /// No path of the unit is a symbolic link.
@@ -169,6 +185,28 @@ HXSIM_ENTRY ssize_t __readlinkat_chk(int folder, const char* path, char* buffer,
         return HXSIM_REAL_AS(Call, "__readlinkat_chk")(folder, path, buffer, size, space);
     });
 }
+
+#define HXSIM_GETXATTR(name)                                                                                           \
+    HXSIM_ENTRY ssize_t name(const char* path, const char* attribute, void* value, std::size_t size) noexcept          \
+    {                                                                                                                  \
+        return attributesOr(                                                                                           \
+            path, [&] { return HXSIM_REAL(name)(path, attribute, value, size); },                                      \
+            [&](const char* real) { return HXSIM_REAL(name)(real, attribute, value, size); });                         \
+    }
+
+HXSIM_GETXATTR(getxattr)
+HXSIM_GETXATTR(lgetxattr)
+
+#define HXSIM_LISTXATTR(name)                                                                                          \
+    HXSIM_ENTRY ssize_t name(const char* path, char* list, std::size_t size) noexcept                                  \
+    {                                                                                                                  \
+        return attributesOr(                                                                                           \
+            path, [&] { return HXSIM_REAL(name)(path, list, size); },                                                  \
+            [&](const char* real) { return HXSIM_REAL(name)(real, list, size); });                                     \
+    }
+
+HXSIM_LISTXATTR(listxattr)
+HXSIM_LISTXATTR(llistxattr)
 
 HXSIM_ENTRY char* realpath(const char* path, char* into) noexcept
 {
