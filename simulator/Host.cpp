@@ -141,7 +141,7 @@ void Host::receive(int fd)
     handle(found->second, packet);
 }
 
-void Host::drop(int fd, std::optional<Caller> closer)
+void Host::drop(int fd)
 {
     const auto found = connections_.find(fd);
     if (found == connections_.end())
@@ -157,8 +157,8 @@ void Host::drop(int fd, std::optional<Caller> closer)
         return;
     const File& file = *connection.opened;
     openFiles_.erase(file.number);
-    const Calls::Closing closing = closer ? Calls::Closing::ByProgram : Calls::Closing::WithProgram;
-    calls_->close(closer.value_or(file.opener), *file.open, closing);
+    const Calls::Closing closing = file.closer ? Calls::Closing::ByProgram : Calls::Closing::WithProgram;
+    calls_->close(file.closer.value_or(file.opener), *file.open, closing);
 }
 
 void Host::takeNotesOf(int process)
@@ -224,6 +224,11 @@ void Host::handleFile(Connection& connection, const Packet& packet)
         return open(connection, packet);
     if (packet.head.kind == wire::Kind::Cancel)
         return cancel(connection);
+    if (packet.head.kind == wire::Kind::Closing) {
+        if (connection.opened != nullptr)
+            connection.opened->closer = callerOf(packet);
+        return;
+    }
     const auto asked = openFiles_.find(packet.head.file);
     if (asked == openFiles_.end())
         return answer(connection, -EBADF);
@@ -263,9 +268,11 @@ void Host::handleFile(Connection& connection, const Packet& packet)
 void Host::close(Connection& connection, const Packet& packet)
 {
     char byte = 0;
-    const int held = connection.file->connection;
-    if (recv(held, &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0)
-        drop(held, callerOf(packet));
+    const std::shared_ptr<File> file = connection.file;
+    file->closer = callerOf(packet);
+    while (openFiles_.contains(file->number) && recv(file->connection, &byte, 1, MSG_PEEK | MSG_DONTWAIT) >= 0)
+        receive(file->connection);
+    file->closer.reset();
     answer(connection, 0);
 }
 

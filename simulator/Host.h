@@ -59,6 +59,7 @@ private:
         Caller opener;
         std::uint64_t number = 0;
         int connection = -1;
+        std::optional<Caller> closer{}; ///< whose call is about to close it
     };
     struct WaitingRead {
         Caller caller;
@@ -80,8 +81,7 @@ private:
 
     void accept();
     void receive(int fd);
-    /// A connection has ended; `closer` says whose call ended it, if one did.
-    void drop(int fd, std::optional<Caller> closer = {});
+    void drop(int fd);
     /// What a process noted before this moment stands in the journal before what it asks now.
     void takeNotesOf(int process);
     void handle(Connection& connection, const Packet& packet);

@@ -179,6 +179,21 @@ Descriptors::Removed Descriptors::removeLocked(int fd)
     return removed;
 }
 
+void Descriptors::announce(int fd)
+{
+    const std::shared_ptr<Descriptor> descriptor = isOurs(fd) && !isBorrowed() ? findDevice(fd) : nullptr;
+    if (descriptor == nullptr)
+        return;
+    bool last = false;
+    {
+        const std::lock_guard guard{lock_};
+        last = isOurs(fd) && slot(fd)->numbers == 1;
+    }
+    const KeepErrno keep;
+    if (last)
+        descriptor->device->closing(fd);
+}
+
 Descriptors::Removed Descriptors::remove(int fd)
 {
     if (!isOurs(fd) || isBorrowed())

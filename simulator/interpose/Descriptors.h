@@ -50,6 +50,8 @@ public:
     /// A number that came from elsewhere: it may be one of the unit's.
     void adopt(Link& link, int fd);
 
+    /// To be called before the number goes: tells the unit if it is the last one.
+    void announce(int fd);
     /// A number that is about to go: what it stands for, and whether it was the last one of this process.
     struct Removed {
         std::shared_ptr<Descriptor> descriptor;

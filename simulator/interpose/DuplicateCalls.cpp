@@ -30,6 +30,7 @@ int copiedOver(int from, int to, Forward forward)
         errno = EBUSY;
         return -1;
     }
+    Descriptors::table().announce(to);
     const int result = forward();
     if (result < 0)
         return result;

@@ -107,6 +107,7 @@ int closeOr(int fd, Forward forward)
         errno = EBADF;
         return -1;
     }
+    Descriptors::table().announce(fd);
     const Descriptors::Removed removed = Descriptors::table().remove(fd);
     if (!removed.last)
         return forward();

@@ -28,6 +28,8 @@ public:
     virtual std::int64_t ioctl(std::uint32_t request, Bytes in, Space out) = 0;
     virtual std::int64_t read(Space out, bool nonblocking) = 0;
     virtual std::int64_t write(Bytes in) = 0;
+    /// This process is about to close its last descriptor, `fd`.
+    virtual void closing(int /*fd*/) {}
     /// This process has closed its last descriptor. The file itself is closed when the kernel knows of no other holder:
     /// a child, a program that it was passed to, a message on its way.
     virtual void close() = 0;

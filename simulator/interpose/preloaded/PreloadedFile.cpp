@@ -126,6 +126,12 @@ std::int64_t PreloadedFile::write(Bytes in)
     return exchange(PreloadedLink::head(wire::Kind::Write), in.first(std::min(in.size(), std::size_t{65536})));
 }
 
+/// The host hears of it before it sees the end, and knows that no program has died.
+void PreloadedFile::closing(int fd)
+{
+    (void)sendPacket(fd, PreloadedLink::head(wire::Kind::Closing), {});
+}
+
 void PreloadedFile::close()
 {
     exchange(PreloadedLink::head(wire::Kind::Close));

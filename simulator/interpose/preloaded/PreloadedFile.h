@@ -16,6 +16,7 @@ public:
     std::int64_t ioctl(std::uint32_t request, Bytes in, Space out) override;
     std::int64_t read(Space out, bool nonblocking) override;
     std::int64_t write(Bytes in) override;
+    void closing(int fd) override;
     void close() override;
     void setLine(const LineSettings& settings) override;
     void flush(bool input, bool output) override;

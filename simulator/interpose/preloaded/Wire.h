@@ -36,7 +36,8 @@ enum class Kind : std::uint32_t {
     Flush,  ///< value: 1 input, 2 output, 3 both
     Drain,
     Readable,
-    Close, ///< the process has closed its last descriptor; the host looks whether somebody else has one
+    Closing, ///< on the file's own connection, before the process closes its last descriptor; no answer
+    Close,   ///< the process has closed its last descriptor; the host looks whether somebody else has one
 };
 
 struct Head {
