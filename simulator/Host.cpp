@@ -189,16 +189,12 @@ void Host::drop(int fd)
         (void)endRecord(fd);
     if (connection.process != 0 && controls_[connection.process] == fd)
         controls_.erase(connection.process);
-    // Only the connection that opened the file has a name; it goes when the last process has let go of it.
-    if (connection.file != nullptr && !connection.name.empty())
-        closeFile(*connection.file, connection.file->opener, Calls::Closing::WithProgram);
-}
-
-void Host::closeFile(File& file, Caller caller, Calls::Closing closing)
-{
-    if (!file.closed)
-        calls_->close(caller, *file.open, closing);
-    file.closed = true;
+    if (connection.opened == nullptr)
+        return;
+    const File& file = *connection.opened;
+    openFiles_.erase(file.number);
+    const Calls::Closing closing = file.closer ? Calls::Closing::ByProgram : Calls::Closing::WithProgram;
+    calls_->close(file.closer.value_or(file.opener), *file.open, closing);
 }
 
 void Host::takeNotesOf(const Connection& asking, int process)
@@ -242,6 +238,8 @@ void Host::handleControl(Connection& connection, const Packet& packet)
             names += name + '\n';
         return answer(connection, 0, bytesOf(names));
     }
+    case wire::Kind::Which:
+        return which(connection, packet);
     case wire::Kind::Fault: {
         const std::vector<std::string> parts = split(packet.text(), 2);
         return answer(connection, parts.size() == 2 ? calls_->fault(callerOf(packet), parts[0], parts[1]) : 0);
@@ -266,10 +264,17 @@ void Host::handleFile(Connection& connection, const Packet& packet)
 {
     if (packet.head.kind == wire::Kind::Open)
         return open(connection, packet);
-    if (packet.head.kind == wire::Kind::Attach)
-        return attach(connection, packet);
-    if (connection.file == nullptr)
+    if (packet.head.kind == wire::Kind::Cancel)
+        return cancel(connection);
+    if (packet.head.kind == wire::Kind::Closing) {
+        if (connection.opened != nullptr)
+            connection.opened->closer = callerOf(packet);
+        return;
+    }
+    const auto asked = openFiles_.find(packet.head.file);
+    if (asked == openFiles_.end())
         return answer(connection, -EBADF);
+    connection.file = asked->second;
     OpenFile& file = *connection.file->open;
     switch (packet.head.kind) {
     case wire::Kind::Shape:
@@ -278,11 +283,6 @@ void Host::handleFile(Connection& connection, const Packet& packet)
         return ioctl(connection, packet);
     case wire::Kind::Read:
         return read(connection, packet);
-    case wire::Kind::Cancel:
-        if (connection.read)
-            answer(connection, -EINTR);
-        connection.read.reset();
-        return;
     case wire::Kind::Write:
         waiting_ = true;
         return answer(connection, calls_->write(callerOf(packet), file, packet.bytes).result);
@@ -302,36 +302,58 @@ void Host::handleFile(Connection& connection, const Packet& packet)
     case wire::Kind::Readable:
         return answer(connection, calls_->readable(file));
     default:
-        closeFile(*connection.file, callerOf(packet), Calls::Closing::ByProgram);
-        return answer(connection, 0);
+        return close(connection, packet);
     }
+}
+
+/// The program has no descriptor left; the kernel has ended the file's connection if nobody else has one.
+void Host::close(Connection& connection, const Packet& packet)
+{
+    char byte = 0;
+    const std::shared_ptr<File> file = connection.file;
+    file->closer = callerOf(packet);
+    while (openFiles_.contains(file->number) && recv(file->connection, &byte, 1, MSG_PEEK | MSG_DONTWAIT) >= 0)
+        receive(file->connection);
+    file->closer.reset();
+    answer(connection, 0);
+}
+
+void Host::cancel(Connection& connection)
+{
+    if (connection.read || connection.drains)
+        answer(connection, -EINTR);
+    connection.read.reset();
+    connection.drains = false;
 }
 
 void Host::open(Connection& connection, const Packet& packet)
 {
     const std::vector<std::string> parts = split(packet.text(), 2);
-    if (parts.size() != 2)
+    if (parts.size() != 2 || connection.opened != nullptr)
         return answer(connection, -EINVAL);
     Calls::Opened opened = calls_->open(callerOf(packet), parts[1], int(packet.head.value));
     if (opened.file == nullptr)
         return answer(connection, -opened.error);
     connection.name = parts[0];
-    connection.file = std::make_shared<File>();
-    connection.file->open = std::move(opened.file);
-    connection.file->opener = callerOf(packet);
-    answer(connection, 0);
+    connection.opened = std::make_shared<File>();
+    File& file = *connection.opened;
+    file.open = std::move(opened.file);
+    file.opener = callerOf(packet);
+    file.number = ++opened_;
+    file.connection = connection.fd;
+    openFiles_[file.number] = connection.opened;
+    answer(connection, 0, {}, 0, file.number);
 }
 
-void Host::attach(Connection& connection, const Packet& packet)
+void Host::which(Connection& connection, const Packet& packet)
 {
     const auto named = std::find_if(connections_.begin(), connections_.end(), [&](const auto& other) {
-        return !other.second.name.empty() && other.second.name == packet.text();
+        return other.second.opened != nullptr && other.second.name == packet.text();
     });
     if (named == connections_.end())
         return answer(connection, -ENOENT);
-    connection.file = named->second.file;
-    const OpenFile& file = *connection.file->open;
-    answer(connection, 0, bytesOf(file.node.path()), file.flags);
+    const File& file = *named->second.opened;
+    answer(connection, 0, bytesOf(file.open->node.path()), file.open->flags, file.number);
 }
 
 void Host::shape(Connection& connection, const Packet& packet)
@@ -402,13 +424,15 @@ void Host::keep()
         kept_->save();
 }
 
-void Host::answer(Connection& connection, std::int64_t value, std::span<const std::uint8_t> bytes, std::int64_t other)
+void Host::answer(Connection& connection, std::int64_t value, std::span<const std::uint8_t> bytes, std::int64_t other,
+                  std::uint64_t file)
 {
     keep(); // what a program was told has been written outlasts the host's end
     wire::Head head{};
     head.kind = wire::Kind::Answer;
     head.value = value;
     head.other = other;
+    head.file = file;
     static constexpr std::string_view kTooLong = "the answer is too long";
     if (bytes.size() > wire::kLargestPacket - sizeof head) {
         head.value = 1;

@@ -53,11 +53,13 @@ public:
     void advance();
 
 private:
-    /// An open file of the unit, which connections speak for.
+    /// An open file of the unit. It is closed when its connection ends: then no program holds a descriptor of it.
     struct File {
         std::unique_ptr<OpenFile> open;
         Caller opener;
-        bool closed = false;
+        std::uint64_t number = 0;
+        int connection = -1;
+        std::optional<Caller> closer{}; ///< whose call is about to close it
     };
     struct WaitingRead {
         Caller caller;
@@ -67,9 +69,10 @@ private:
     };
     struct Connection {
         int fd;
-        int process = 0; ///< of a control connection
-        std::string name{};
-        std::shared_ptr<File> file{};
+        int process = 0;    ///< of a control connection
+        std::string name{}; ///< of the connection of a file
+        std::shared_ptr<File> opened{};
+        std::shared_ptr<File> file{}; ///< what was asked about last
         std::optional<WaitingRead> read{};
         bool drains = false;
         bool follows = false;
@@ -86,17 +89,18 @@ private:
     void handleControl(Connection& connection, const Packet& packet);
     void handleFile(Connection& connection, const Packet& packet);
     void open(Connection& connection, const Packet& packet);
-    void attach(Connection& connection, const Packet& packet);
+    void which(Connection& connection, const Packet& packet);
+    void close(Connection& connection, const Packet& packet);
     void shape(Connection& connection, const Packet& packet);
     void ioctl(Connection& connection, const Packet& packet);
     void read(Connection& connection, const Packet& packet);
+    void cancel(Connection& connection);
     void keep();
     void answer(Connection& connection, std::int64_t value, std::span<const std::uint8_t> bytes = {},
-                std::int64_t other = 0);
+                std::int64_t other = 0, std::uint64_t file = 0);
     /// Looks at the reads that wait, after anything has changed.
     void retryWaiting();
     bool tryRead(Connection& connection, bool first);
-    void closeFile(File& file, Caller caller, Calls::Closing closing);
     [[nodiscard]] std::string pathList();
     [[nodiscard]] Recording recordingHead();
     /// How long until something falls due; nothing when nothing will.
@@ -120,6 +124,8 @@ private:
     bool takingNotes_ = false; ///< inside takeNotesOf
     bool waiting_ = false;     ///< some connection has a read that waits
     std::map<int, Connection> connections_;
+    std::map<std::uint64_t, std::shared_ptr<File>> openFiles_;
+    std::uint64_t opened_ = 0;    ///< files so far
     std::map<int, int> controls_; ///< process to control connection
     std::vector<std::uint8_t> buffer_;
 };

@@ -1,54 +1,242 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/interpose/Descriptors.h"
 
-#include <algorithm>
+#include <cstdlib>
+#include <fcntl.h>
 #include <pthread.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <utility>
+
+#include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Terminal.h"
 
 namespace hxsim {
 
+namespace {
+
+constexpr int kFirstOwnDescriptor = 400;
+
+} // namespace
+
+std::uint64_t socketNumber(int fd)
+{
+    std::uint64_t number = 0;
+    socklen_t size = sizeof number;
+    return getsockopt(fd, SOL_SOCKET, SO_COOKIE, &number, &size) == 0 ? number : 0;
+}
+
+int keptFlags(int flags)
+{
+    constexpr int kLargeFile = sizeof(long) == 8 ? 0100000 : 0; // the kernel adds it for 64-bit programs
+    if ((flags & O_PATH) != 0)
+        return flags & (O_PATH | O_DIRECTORY | O_NOFOLLOW);
+    return kLargeFile | (flags & ~(O_CREAT | O_EXCL | O_NOCTTY | O_TRUNC | O_CLOEXEC));
+}
+
 Descriptors& Descriptors::table()
 {
-    // Never destroyed: programs close descriptors after the static objects are gone. Another thread must not hold the
-    // lock at a fork, or the child would wait for it for ever.
+    // Never destroyed: programs close descriptors after the static objects are gone.
     static auto* const descriptors = [] {
-        pthread_atfork([] { table().lock_.lock(); }, [] { table().lock_.unlock(); }, [] { table().lock_.unlock(); });
+        pthread_atfork([] { table().lock_.lock(); }, [] { table().lock_.unlock(); },
+                       [] {
+                           table().process_ = getpid();
+                           table().lock_.unlock();
+                       });
         return new Descriptors;
     }();
     return *descriptors;
+}
+
+/// Zeroed pages cost nothing until they are used.
+Descriptors::Descriptors()
+    : slots_{static_cast<std::atomic<Entry*>*>(std::calloc(kMost, sizeof(std::atomic<Entry*>)))}, process_{getpid()}
+{
+    if (slots_ == nullptr)
+        std::abort();
+}
+
+bool Descriptors::isBorrowed() const
+{
+    return process_ != getpid();
+}
+
+void Descriptors::set(int fd, Entry* entry)
+{
+    if (fd < 0 || fd >= kMost)
+        return;
+    slots_[fd].store(entry, std::memory_order_release);
+    if (highest_ < fd)
+        highest_ = fd;
 }
 
 std::shared_ptr<Descriptor> Descriptors::find(int fd)
 {
     if (!isOurs(fd))
         return nullptr;
-    const std::lock_guard guard{lock_};
-    const auto found = open_.find(fd);
-    return found == open_.end() ? nullptr : found->second;
+    const KeepErrno keep;
+    const std::uint64_t socket = socketNumber(fd);
+    Removed stale;
+    {
+        const std::lock_guard guard{lock_};
+        if (!isOurs(fd))
+            return nullptr;
+        const std::shared_ptr<Descriptor>& found = slot(fd)->descriptor;
+        if (found->socket == socket)
+            return found;
+        if (isBorrowed())
+            return nullptr;
+        stale = removeLocked(fd); // closed, or replaced, by a call that did not pass here
+    }
+    stale.release();
+    return nullptr;
+}
+
+std::shared_ptr<Descriptor> Descriptors::findDevice(int fd)
+{
+    std::shared_ptr<Descriptor> descriptor = find(fd);
+    return descriptor != nullptr && descriptor->device != nullptr ? descriptor : nullptr;
+}
+
+void Descriptors::buryDead()
+{
+    while (dead_ != nullptr)
+        delete std::exchange(dead_, dead_->nextDead);
 }
 
 void Descriptors::add(int fd, std::shared_ptr<Descriptor> descriptor)
 {
-    if (!isValid(fd))
+    if (isBorrowed() || fd >= kMost)
         return;
-    const std::lock_guard guard{lock_};
-    open_[fd] = std::move(descriptor);
-    ours_[std::size_t(fd)].store(true, std::memory_order_release);
+    descriptor->socket = descriptor->device == nullptr ? 0 : socketNumber(fd);
+    Removed stale;
+    {
+        const std::lock_guard guard{lock_};
+        buryDead();
+        stale = removeLocked(fd);
+        set(fd, new Entry{std::move(descriptor), 1});
+    }
+    stale.release();
 }
 
-std::shared_ptr<Descriptor> Descriptors::remove(int fd, bool& last)
+void Descriptors::copy(int from, int to)
 {
-    last = false;
-    if (!isOurs(fd))
-        return nullptr;
+    if (!isOurs(from) || isBorrowed() || from == to)
+        return;
+    Removed stale;
+    {
+        const std::lock_guard guard{lock_};
+        if (!isOurs(from))
+            return;
+        stale = removeLocked(to);
+        ++slot(from)->numbers;
+        set(to, slot(from));
+    }
+    stale.release();
+}
+
+/// A number that this process has already for the same file; -1: none.
+int Descriptors::numberOf(std::uint64_t socket)
+{
     const std::lock_guard guard{lock_};
-    const auto found = open_.find(fd);
-    if (found == open_.end())
-        return nullptr;
-    const std::shared_ptr<Descriptor> descriptor = found->second;
-    open_.erase(found);
-    ours_[std::size_t(fd)].store(false, std::memory_order_release);
-    last = std::none_of(open_.begin(), open_.end(), [&](const auto& other) { return other.second == descriptor; });
-    return descriptor;
+    for (int fd = 0; fd <= highest_; ++fd)
+        if (isOurs(fd) && slot(fd)->descriptor->socket == socket)
+            return fd;
+    return -1;
+}
+
+void Descriptors::adopt(Link& link, int fd)
+{
+    const KeepErrno keep;
+    const std::uint64_t socket = socketNumber(fd);
+    if (socket == 0)
+        return;
+    if (const int known = numberOf(socket); known >= 0)
+        return copy(known, fd);
+    std::optional<Link::Adopted> adopted = link.adopt(fd);
+    if (!adopted)
+        return;
+    auto descriptor = std::make_shared<Descriptor>(adopted->path, keptFlags(adopted->flags));
+    const Link::Where where = link.locate(adopted->path);
+    descriptor->text = where.text;
+    descriptor->serial = where.serial;
+    descriptor->terminal = freshTerminal();
+    descriptor->device = std::move(adopted->file);
+    add(fd, std::move(descriptor));
+}
+
+Descriptors::Removed Descriptors::removeLocked(int fd)
+{
+    if (!isOurs(fd))
+        return {};
+    Entry* const entry = slot(fd);
+    set(fd, nullptr);
+    Removed removed{entry->descriptor, --entry->numbers == 0};
+    if (removed.last) {
+        entry->nextDead = dead_;
+        dead_ = entry;
+    }
+    return removed;
+}
+
+void Descriptors::announce(int fd)
+{
+    const std::shared_ptr<Descriptor> descriptor = isOurs(fd) && !isBorrowed() ? findDevice(fd) : nullptr;
+    if (descriptor == nullptr)
+        return;
+    bool last = false;
+    {
+        const std::lock_guard guard{lock_};
+        last = isOurs(fd) && slot(fd)->numbers == 1;
+    }
+    const KeepErrno keep;
+    if (last)
+        descriptor->device->closing(fd);
+}
+
+Descriptors::Removed Descriptors::remove(int fd)
+{
+    if (!isOurs(fd) || isBorrowed())
+        return {};
+    const std::lock_guard guard{lock_};
+    return removeLocked(fd);
+}
+
+std::vector<Descriptors::Removed> Descriptors::removeAll(unsigned first, unsigned last)
+{
+    std::vector<Removed> all;
+    if (isBorrowed())
+        return all;
+    const std::lock_guard guard{lock_};
+    for (int fd = 0; fd <= highest_; ++fd)
+        if (unsigned(fd) >= first && unsigned(fd) <= last && isOurs(fd))
+            all.push_back(removeLocked(fd));
+    return all;
+}
+
+std::vector<unsigned> Descriptors::protectedIn(unsigned first, unsigned last) const
+{
+    std::vector<unsigned> all;
+    for (int fd = 0; fd <= highest_; ++fd)
+        if (unsigned(fd) >= first && unsigned(fd) <= last && isProtected(fd))
+            all.push_back(unsigned(fd));
+    return all;
+}
+
+int Descriptors::moveOutOfTheWay(int fd)
+{
+    const int moved = HXSIM_REAL(fcntl)(fd, F_DUPFD_CLOEXEC, kFirstOwnDescriptor);
+    if (moved >= 0)
+        HXSIM_REAL(close)(fd);
+    const int kept = moved >= 0 ? moved : fd;
+    set(kept, &own_);
+    return kept;
+}
+
+void Descriptors::closeOwn(int fd)
+{
+    set(fd, nullptr);
+    HXSIM_REAL(close)(fd);
 }
 
 } // namespace hxsim

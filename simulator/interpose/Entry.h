@@ -51,9 +51,6 @@ struct Timespec64 {
     std::int32_t padding;
 };
 
-/// What any spelling of open comes to.
-int openAnywhere(const char* path, int flags, unsigned mode, bool& outside);
-
 constexpr std::int64_t kNanosecondsPerSecond = 1000000000;
 
 } // namespace hxsim

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// open, close, dup and fcntl, in every spelling that programs use.
+// open and close, in every spelling that programs use.
 #include <cstdarg>
-#include <cstdio>
-#include <cstring>
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Paths.h"
 #include "simulator/interpose/Terminal.h"
 #include "simulator/jida/Protocol.h"
 #include "simulator/model/CallWatch.h"
@@ -17,36 +17,55 @@ namespace hxsim {
 
 namespace {
 
-int openDevice(Link& link, const std::string& path, int flags, const Link::Where& where)
+/// What the kernel refuses before it asks a driver.
+int refusal(const UnitPath& unit, int flags)
 {
-    Link::Opened opened = link.open(path, flags);
-    if (opened.descriptor < 0)
-        return opened.descriptor;
-    auto descriptor = std::make_shared<Descriptor>(path, flags);
+    if (const int error = unit.error(); error != 0)
+        return error == ENOENT ? 0 : error; // the unit itself says, and records, what is absent
+    if ((flags & (O_CREAT | O_EXCL)) == (O_CREAT | O_EXCL))
+        return EEXIST;
+    if ((flags & O_DIRECTORY) != 0)
+        return ENOTDIR;
+    return !unit.where.text && (flags & O_DIRECT) != 0 ? EINVAL : 0;
+}
+
+int openDevice(const UnitPath& unit, int flags)
+{
+    if (const int error = refusal(unit, flags); error != 0)
+        return -error;
+    Link::Opened opened = unit.link->open(unit.path, flags);
+    const int fd = opened.descriptor;
+    if (fd < 0)
+        return fd;
+    (void)shutdown(fd, SHUT_RD); // a program without this library reads an end of file from it, and does not wait
+    HXSIM_REAL(fcntl)(fd, F_SETFL, flags & (O_NONBLOCK | O_APPEND));
+    if ((flags & O_CLOEXEC) == 0)
+        HXSIM_REAL(fcntl)(fd, F_SETFD, 0);
+    auto descriptor = std::make_shared<Descriptor>(unit.path, keptFlags(flags));
     descriptor->device = std::move(opened.file);
-    descriptor->text = where.text;
-    descriptor->serial = where.serial;
-    if (where.serial) {
+    descriptor->text = unit.where.text;
+    descriptor->serial = unit.where.serial;
+    if (unit.where.serial) {
         descriptor->terminal = freshTerminal();
         descriptor->device->setLine(lineOf(descriptor->terminal));
     }
-    Descriptors::table().add(opened.descriptor, std::move(descriptor));
-    return opened.descriptor;
+    Descriptors::table().add(fd, std::move(descriptor));
+    return fd;
 }
 
-int openFile(Link& link, const std::string& path, int flags, unsigned mode, const Link::Where& where)
+int openFile(const UnitPath& unit, int flags, unsigned mode)
 {
-    int result = -link.fault(path, "open");
+    int result = -unit.link->fault(unit.path, "open");
     if (result == 0) {
-        result = HXSIM_REAL(open64)(where.file.c_str(), flags, mode);
+        result = HXSIM_REAL(open64)(unit.where.file.c_str(), flags, mode);
         if (result < 0)
             result = -errno;
     }
-    link.note(path, openAction(flags), result < 0 ? -result : 0);
+    unit.link->note(unit.path, openAction(flags), result < 0 ? -result : 0);
     if (result < 0)
         return result;
-    auto descriptor = std::make_shared<Descriptor>(path, flags);
-    descriptor->text = where.text;
+    auto descriptor = std::make_shared<Descriptor>(unit.path, flags);
+    descriptor->text = unit.where.text;
     Descriptors::table().add(result, std::move(descriptor));
     return result;
 }
@@ -56,37 +75,29 @@ bool needsMode(int flags)
     return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
 }
 
-} // namespace
-
-int openAnywhere(const char* path, int flags, unsigned mode, bool& outside)
+template <typename Forward>
+int openOr(int folder, const char* path, int flags, unsigned mode, Forward forward)
 {
-    outside = true;
-    if (path == nullptr || path[0] != '/')
-        return -1;
-    KeepErrno keep;
-    Link* const link = Link::current();
-    if (link == nullptr) {
-        if (isProductPath(path))
-            dieOutsideAUnit(path);
-        return -1;
+    const UnitPath unit = findPath(folder, path);
+    if (!unit) {
+        guardTheMachine(path);
+        return forward();
     }
-    const Link::Where where = link->locate(path);
-    if (where.place == Link::Place::Outside)
-        return -1;
-    outside = false;
-    if (where.place == Link::Place::Device)
-        return keep.answer(openDevice(*link, path, flags, where));
-    return keep.answer(openFile(*link, path, flags, mode, where));
+    KeepErrno keep;
+    return keep.answer(unit.where.place == Link::Place::Device ? openDevice(unit, flags) : openFile(unit, flags, mode));
 }
 
-namespace {
-
-template <typename Forward>
-int openOr(const char* path, int flags, unsigned mode, Forward forward)
+/// The call of a program that the unit hears of; the errno with which it must fail, or 0.
+int closing(const Descriptor& descriptor)
 {
-    bool outside = false;
-    const int result = openAnywhere(path, flags, mode, outside);
-    return outside ? forward() : result;
+    if (descriptor.device != nullptr) // the board library's hardware has calls of its own
+        return descriptor.path == jida::kNode ? 0 : watched(descriptor.path, "close");
+    Link* const link = Link::current();
+    if (link == nullptr || descriptor.stream)
+        return 0;
+    const int error = link->fault(descriptor.path, "close");
+    link->note(descriptor.path, "close", error);
+    return error;
 }
 
 template <typename Forward>
@@ -96,62 +107,37 @@ int closeOr(int fd, Forward forward)
         errno = EBADF;
         return -1;
     }
-    bool last = false;
-    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().remove(fd, last);
-    if (descriptor == nullptr || !last)
+    Descriptors::table().announce(fd);
+    const Descriptors::Removed removed = Descriptors::table().remove(fd);
+    if (!removed.last)
         return forward();
     KeepErrno keep;
-    int error = 0;
-    Link* const link = Link::current();
-    if (descriptor->device != nullptr) {
-        if (descriptor->path != jida::kNode) // its hardware has calls of its own
-            error = -watched(descriptor->path, "close");
-        descriptor->device->close();
-    } else if (link != nullptr && !descriptor->stream) {
-        error = -link->fault(descriptor->path, "close");
-        link->note(descriptor->path, "close", -error);
-    }
+    const int error = closing(*removed.descriptor);
     const int result = forward();
-    return error != 0 ? keep.answer(error) : result;
+    removed.release();
+    return error != 0 ? keep.answer(-error) : result;
 }
 
-/// The new number stands for what the old one stands for.
-int copied(int from, int to)
+/// Closes a range of numbers but for our own.
+template <typename Range>
+int closeRange(unsigned first, unsigned last, Range range)
 {
-    if (to >= 0)
-        if (auto descriptor = Descriptors::table().find(from))
-            Descriptors::table().add(to, std::move(descriptor));
-    return to;
-}
-
-void forget(int fd)
-{
-    bool last = false;
-    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().remove(fd, last);
-    if (descriptor != nullptr && last && descriptor->device != nullptr)
-        descriptor->device->close();
-}
-
-/// O_NONBLOCK and its like belong to the open file of the unit, not to the descriptor that carries it.
-template <typename Forward>
-int fcntlOr(int fd, int command, long argument, Forward forward)
-{
-    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
-    if (descriptor == nullptr || descriptor->device == nullptr)
-        return forward();
-    constexpr int kChangeable = O_APPEND | O_NONBLOCK | O_ASYNC | O_DIRECT | O_NOATIME;
-    switch (command) {
-    case F_GETFL:
-        return descriptor->flags & ~(O_CREAT | O_EXCL | O_NOCTTY | O_TRUNC | O_CLOEXEC);
-    case F_SETFL:
-        descriptor->flags = (descriptor->flags & ~kChangeable) | (int(argument) & kChangeable);
-        return 0;
-    case F_DUPFD:
-    case F_DUPFD_CLOEXEC:
-        return copied(fd, forward());
-    default:
-        return forward();
+    Descriptors& table = Descriptors::table();
+    const std::vector<Descriptors::Removed> all = table.removeAll(first, last);
+    for (const Descriptors::Removed& one : all)
+        if (one.last)
+            (void)closing(*one.descriptor);
+    int result = 0;
+    for (const unsigned own : table.protectedIn(first, last)) {
+        if (own > first)
+            result = range(first, own - 1);
+        first = own + 1;
     }
+    if (result == 0 && first <= last)
+        result = range(first, last);
+    for (const Descriptors::Removed& one : all)
+        one.release();
+    return result;
 }
 
 unsigned modeArgument(int flags, va_list arguments)
@@ -165,56 +151,59 @@ unsigned modeArgument(int flags, va_list arguments)
 
 using namespace hxsim;
 
-#define HXSIM_OPEN(name)                                                                                               \
+#define HXSIM_OPEN(name, size)                                                                                         \
     HXSIM_ENTRY int name(const char* path, int flags, ...)                                                             \
     {                                                                                                                  \
         va_list arguments;                                                                                             \
         va_start(arguments, flags);                                                                                    \
         const unsigned mode = modeArgument(flags, arguments);                                                          \
         va_end(arguments);                                                                                             \
-        return openOr(path, flags, mode, [&] { return HXSIM_REAL(name)(path, flags, mode); });                         \
+        return openOr(AT_FDCWD, path, flags | (size), mode, [&] { return HXSIM_REAL(name)(path, flags, mode); });      \
     }
 
-HXSIM_OPEN(open)
-HXSIM_OPEN(open64)
+HXSIM_OPEN(open, 0)
+HXSIM_OPEN(open64, O_LARGEFILE)
 
-#define HXSIM_OPENAT(name)                                                                                             \
+#define HXSIM_OPENAT(name, size)                                                                                       \
     HXSIM_ENTRY int name(int folder, const char* path, int flags, ...)                                                 \
     {                                                                                                                  \
         va_list arguments;                                                                                             \
         va_start(arguments, flags);                                                                                    \
         const unsigned mode = modeArgument(flags, arguments);                                                          \
         va_end(arguments);                                                                                             \
-        return openOr(path, flags, mode, [&] { return HXSIM_REAL(name)(folder, path, flags, mode); });                 \
+        return openOr(folder, path, flags | (size), mode,                                                              \
+                      [&] { return HXSIM_REAL(name)(folder, path, flags, mode); });                                    \
     }
 
-HXSIM_OPENAT(openat)
-HXSIM_OPENAT(openat64)
+HXSIM_OPENAT(openat, 0)
+HXSIM_OPENAT(openat64, O_LARGEFILE)
 
 // What _FORTIFY_SOURCE makes of an open without a mode.
-#define HXSIM_OPEN_2(name)                                                                                             \
+#define HXSIM_OPEN_2(name, size)                                                                                       \
     HXSIM_ENTRY int name(const char* path, int flags)                                                                  \
     {                                                                                                                  \
-        return openOr(path, flags, 0, [&] { return HXSIM_REAL_AS(int (*)(const char*, int), #name)(path, flags); });   \
+        return openOr(AT_FDCWD, path, flags | (size), 0,                                                               \
+                      [&] { return HXSIM_REAL_AS(int (*)(const char*, int), #name)(path, flags); });                   \
     }
 
-HXSIM_OPEN_2(__open_2)
-HXSIM_OPEN_2(__open64_2)
+HXSIM_OPEN_2(__open_2, 0)
+HXSIM_OPEN_2(__open64_2, O_LARGEFILE)
 
-#define HXSIM_OPENAT_2(name)                                                                                           \
+#define HXSIM_OPENAT_2(name, size)                                                                                     \
     HXSIM_ENTRY int name(int folder, const char* path, int flags)                                                      \
     {                                                                                                                  \
-        return openOr(path, flags, 0,                                                                                  \
+        return openOr(folder, path, flags | (size), 0,                                                                 \
                       [&] { return HXSIM_REAL_AS(int (*)(int, const char*, int), #name)(folder, path, flags); });      \
     }
 
-HXSIM_OPENAT_2(__openat_2)
-HXSIM_OPENAT_2(__openat64_2)
+HXSIM_OPENAT_2(__openat_2, 0)
+HXSIM_OPENAT_2(__openat64_2, O_LARGEFILE)
 
 #define HXSIM_CREAT(name)                                                                                              \
     HXSIM_ENTRY int name(const char* path, mode_t mode)                                                                \
     {                                                                                                                  \
-        return openOr(path, O_CREAT | O_WRONLY | O_TRUNC, mode, [&] { return HXSIM_REAL(name)(path, mode); });         \
+        return openOr(AT_FDCWD, path, O_CREAT | O_WRONLY | O_TRUNC, mode,                                              \
+                      [&] { return HXSIM_REAL(name)(path, mode); });                                                   \
     }
 
 HXSIM_CREAT(creat)
@@ -225,38 +214,14 @@ HXSIM_ENTRY int close(int fd)
     return closeOr(fd, [&] { return HXSIM_REAL(close)(fd); });
 }
 
-HXSIM_ENTRY int dup(int fd) noexcept
+HXSIM_ENTRY int close_range(unsigned first, unsigned last, int flags) noexcept
 {
-    return copied(fd, HXSIM_REAL(dup)(fd));
+    if (first > last || flags != 0) // refused, or nothing is closed yet
+        return HXSIM_REAL(close_range)(first, last, flags);
+    return closeRange(first, last, [](unsigned from, unsigned to) { return HXSIM_REAL(close_range)(from, to, 0); });
 }
 
-HXSIM_ENTRY int dup2(int from, int to) noexcept
+HXSIM_ENTRY void closefrom(int first) noexcept
 {
-    if (from != to)
-        forget(to);
-    return copied(from, HXSIM_REAL(dup2)(from, to));
+    (void)close_range(unsigned(first < 0 ? 0 : first), ~0U, 0);
 }
-
-HXSIM_ENTRY int dup3(int from, int to, int flags) noexcept
-{
-    if (from != to)
-        forget(to);
-    return copied(from, HXSIM_REAL(dup3)(from, to, flags));
-}
-
-#define HXSIM_FCNTL(name)                                                                                              \
-    HXSIM_ENTRY int name(int fd, int command, ...)                                                                     \
-    {                                                                                                                  \
-        va_list arguments;                                                                                             \
-        va_start(arguments, command);                                                                                  \
-        const long argument = va_arg(arguments, long);                                                                 \
-        va_end(arguments);                                                                                             \
-        return fcntlOr(fd, command, argument,                                                                          \
-                       [&] { return HXSIM_REAL_AS(int (*)(int, int, ...), #name)(fd, command, argument); });           \
-    }
-
-HXSIM_FCNTL(fcntl)
-HXSIM_FCNTL(fcntl64)
-#if defined(__i386__)
-HXSIM_FCNTL(__fcntl_time64)
-#endif

@@ -3,15 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cstdarg>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/ioctl.h>
-#include <sys/uio.h>
 #include <unistd.h>
-#include <vector>
 
+#include "simulator/interpose/CallerMemory.h"
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Transfers.h"
 
 namespace hxsim {
 
@@ -20,9 +19,12 @@ namespace {
 /// The largest block that any driver exchanges; requests beyond it would be a defect of the model.
 constexpr std::size_t kLargestBlock = 4096;
 
-bool isNonblocking(const Descriptor& descriptor)
+/// One call moves no more than this, as a program has to expect.
+constexpr std::size_t kLargestTransfer = 65536;
+
+bool isNonblocking(int fd)
 {
-    return (descriptor.flags & O_NONBLOCK) != 0;
+    return (HXSIM_REAL(fcntl)(fd, F_GETFL) & O_NONBLOCK) != 0;
 }
 
 std::int64_t deviceIoctl(DeviceFile& device, std::uint32_t request, void* argument)
@@ -36,12 +38,12 @@ std::int64_t deviceIoctl(DeviceFile& device, std::uint32_t request, void* argume
         return -EFAULT;
     std::array<std::uint8_t, kLargestBlock> in;
     std::array<std::uint8_t, kLargestBlock> out;
-    if (shape->takes > 0)
-        std::memcpy(in.data(), argument, shape->takes);
+    if (!copyFromCaller(in.data(), argument, shape->takes))
+        return -EFAULT;
     std::fill_n(out.begin(), shape->gives, std::uint8_t{0});
     const std::int64_t result = device.ioctl(request, Bytes{in}.first(shape->takes), Space{out}.first(shape->gives));
-    if (result >= 0 && shape->gives > 0)
-        std::memcpy(argument, out.data(), shape->gives);
+    if (result >= 0 && !copyToCaller(argument, out.data(), shape->gives))
+        return -EFAULT;
     return result;
 }
 
@@ -72,6 +74,55 @@ std::int64_t fileRead(const Descriptor& descriptor, int fd, Space space)
     return result;
 }
 
+/// Requests that the kernel answers for every file, whatever its driver knows.
+bool isOfEveryFile(unsigned long request)
+{
+    return request == FIOCLEX || request == FIONCLEX || request == FIONBIO;
+}
+
+template <typename Forward>
+int ioctlOr(int fd, unsigned long request, void* argument, Forward forward)
+{
+    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().findDevice(fd);
+    if (descriptor == nullptr || (isOfEveryFile(request) && (descriptor->flags & O_PATH) == 0))
+        return forward();
+    KeepErrno keep;
+    if ((descriptor->flags & O_PATH) != 0)
+        return int(keep.answer(-EBADF));
+    return int(keep.answer(deviceIoctl(*descriptor->device, std::uint32_t(request), argument)));
+}
+
+} // namespace
+
+std::int64_t readUnit(const Descriptor& descriptor, int fd, Space space)
+{
+    if (descriptor.device == nullptr)
+        return fileRead(descriptor, fd, space);
+    if ((descriptor.flags & O_PATH) != 0 || (descriptor.flags & O_ACCMODE & ~O_RDWR) != 0)
+        return -EBADF;
+    if (!isReachable(space.data(), space.size()))
+        return -EFAULT;
+    return descriptor.device->read(space.first(std::min(space.size(), kLargestTransfer)), isNonblocking(fd));
+}
+
+std::int64_t writeUnit(const Descriptor& descriptor, int fd, Bytes bytes)
+{
+    if (descriptor.device == nullptr)
+        return fileWrite(descriptor, fd, bytes);
+    const int mode = descriptor.flags & O_ACCMODE;
+    if ((descriptor.flags & O_PATH) != 0 || (mode != O_WRONLY && mode != O_RDWR))
+        return -EBADF;
+    if (!isReachable(bytes.data(), bytes.size()))
+        return -EFAULT;
+    return descriptor.device->write(bytes.first(std::min(bytes.size(), kLargestTransfer)));
+}
+
+} // namespace hxsim
+
+using namespace hxsim;
+
+namespace {
+
 template <typename Forward>
 ssize_t readOr(int fd, void* buffer, std::size_t size, Forward forward)
 {
@@ -79,44 +130,10 @@ ssize_t readOr(int fd, void* buffer, std::size_t size, Forward forward)
     if (descriptor == nullptr)
         return forward();
     KeepErrno keep;
-    const Space space{static_cast<std::uint8_t*>(buffer), size};
-    if (descriptor->device == nullptr)
-        return ssize_t(keep.answer(fileRead(*descriptor, fd, space)));
-    if ((descriptor->flags & O_ACCMODE) == O_WRONLY)
-        return ssize_t(keep.answer(std::int64_t{-EBADF}));
-    return ssize_t(keep.answer(descriptor->device->read(space, isNonblocking(*descriptor))));
-}
-
-template <typename Forward>
-ssize_t writeOr(int fd, const void* buffer, std::size_t size, Forward forward)
-{
-    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
-    if (descriptor == nullptr)
-        return forward();
-    KeepErrno keep;
-    const Bytes bytes{static_cast<const std::uint8_t*>(buffer), size};
-    if (descriptor->device == nullptr)
-        return ssize_t(keep.answer(fileWrite(*descriptor, fd, bytes)));
-    if ((descriptor->flags & O_ACCMODE) == O_RDONLY)
-        return ssize_t(keep.answer(std::int64_t{-EBADF}));
-    return ssize_t(keep.answer(descriptor->device->write(bytes)));
-}
-
-template <typename Forward>
-int ioctlOr(int fd, unsigned long request, void* argument, Forward forward)
-{
-    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
-    if (descriptor == nullptr || descriptor->device == nullptr)
-        return forward();
-    KeepErrno keep;
-    return int(keep.answer(deviceIoctl(*descriptor->device, std::uint32_t(request), argument)));
+    return ssize_t(keep.answer(readUnit(*descriptor, fd, {static_cast<std::uint8_t*>(buffer), size})));
 }
 
 } // namespace
-
-} // namespace hxsim
-
-using namespace hxsim;
 
 HXSIM_ENTRY ssize_t read(int fd, void* buffer, std::size_t size)
 {
@@ -132,20 +149,11 @@ HXSIM_ENTRY ssize_t __read_chk(int fd, void* buffer, std::size_t size, std::size
 
 HXSIM_ENTRY ssize_t write(int fd, const void* buffer, std::size_t size)
 {
-    return writeOr(fd, buffer, size, [&] { return HXSIM_REAL(write)(fd, buffer, size); });
-}
-
-HXSIM_ENTRY ssize_t writev(int fd, const iovec* parts, int count)
-{
-    if (Descriptors::table().find(fd) == nullptr)
-        return HXSIM_REAL(writev)(fd, parts, count);
+    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
+    if (descriptor == nullptr)
+        return HXSIM_REAL(write)(fd, buffer, size);
     KeepErrno keep;
-    std::vector<std::uint8_t> joined;
-    for (int i = 0; i < count; ++i) {
-        const auto* const from = static_cast<const std::uint8_t*>(parts[i].iov_base);
-        joined.insert(joined.end(), from, from + parts[i].iov_len);
-    }
-    return keep.pass(write(fd, joined.data(), joined.size()));
+    return ssize_t(keep.answer(writeUnit(*descriptor, fd, {static_cast<const std::uint8_t*>(buffer), size})));
 }
 
 #define HXSIM_IOCTL(name)                                                                                              \

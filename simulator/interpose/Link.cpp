@@ -55,4 +55,10 @@ void dieOutsideAUnit(const std::string& what)
     std::abort();
 }
 
+void guardTheMachine(const char* path)
+{
+    if (path != nullptr && path[0] == '/' && isProductPath(path) && Link::current() == nullptr)
+        dieOutsideAUnit(path);
+}
+
 } // namespace hxsim

@@ -9,6 +9,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "simulator/model/Node.h"
 
@@ -27,6 +28,10 @@ public:
     virtual std::int64_t ioctl(std::uint32_t request, Bytes in, Space out) = 0;
     virtual std::int64_t read(Space out, bool nonblocking) = 0;
     virtual std::int64_t write(Bytes in) = 0;
+    /// This process is about to close its last descriptor, `fd`.
+    virtual void closing(int /*fd*/) {}
+    /// This process has closed its last descriptor. The file itself is closed when the kernel knows of no other holder:
+    /// a child, a program that it was passed to, a message on its way.
     virtual void close() = 0;
     /// Serial ports only.
     virtual void setLine(const LineSettings& settings) = 0;
@@ -67,9 +72,12 @@ public:
         bool present = true;
         bool text = false;
         bool serial = false;
+        int refused = 0;  ///< errno of every call on it: this process may not reach the unit
         std::string file; ///< where it is on this machine; of a device: empty unless it is the machine's own
     };
     [[nodiscard]] virtual Where locate(const std::string& path) = 0;
+    /// Whether any path of the unit ends in this name: nearly no path that a program names does.
+    [[nodiscard]] virtual bool hasName(std::string_view name) = 0;
     /// Nothing the unit has: the caller's business; a library that the unit lacks.
     [[nodiscard]] virtual bool isAbsent(const std::string& name) = 0;
     /// A folder of the unit's own.
@@ -83,12 +91,20 @@ public:
     };
     virtual Opened open(const std::string& path, int flags) = 0;
 
+    struct Adopted {
+        std::string path;
+        int flags;
+        std::shared_ptr<DeviceFile> file;
+    };
+    /// What a socket that this process was passed or started with stands for; nothing when it is none of the unit's.
+    virtual std::optional<Adopted> adopt(int fd) = 0;
+
     /// The errno with which a call other than on a device must fail, or 0.
     virtual int fault(const std::string& subject, const std::string& call) = 0;
     virtual void note(const std::string& subject, const std::string& action, int error, Bytes in = {}) = 0;
 
-    /// Waits that long in the unit's time; 0 or -errno.
-    virtual int sleep(std::int64_t nanoseconds) = 0;
+    /// Waits that long in the unit's time; 0 or -errno. What is left after a signal goes into `rest`, if there is one.
+    virtual int sleep(std::int64_t nanoseconds, std::int64_t* rest = nullptr) = 0;
 
     /// The name under which a unit's semaphore is known to this machine.
     [[nodiscard]] virtual std::string semaphoreName(const std::string& name) = 0;
@@ -112,5 +128,7 @@ std::string jidaLibraryWithout(const std::string& folder, const std::set<std::st
 bool isProductPath(const std::string& path);
 bool isProductSemaphore(const std::string& name);
 [[noreturn]] void dieOutsideAUnit(const std::string& what);
+/// Dies if a call without a unit is about to reach the product's own file of the machine.
+void guardTheMachine(const char* path);
 
 } // namespace hxsim

@@ -2,6 +2,10 @@
 #include "simulator/interpose/LinkedFile.h"
 
 #include <cerrno>
+#include <sys/socket.h>
+
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
 
 namespace hxsim {
 
@@ -58,10 +62,30 @@ std::int64_t LinkedFile::write(Bytes in)
 void LinkedFile::close()
 {
     if (world_.over_)
-        return;
+        return closeOurs();
     const LinkedUnit::Turn turn = world_.enter();
-    world_.calls_.close(LinkedUnit::caller(), *file_);
-    --world_.files_;
+    if (!closeIfReleased(world_))
+        world_.lingering_.push_back(shared_from_this());
+}
+
+bool LinkedFile::closeIfReleased(LinkedUnit& world)
+{
+    char byte = 0;
+    if (ours_ < 0)
+        return true;
+    if (recv(ours_, &byte, 1, MSG_PEEK | MSG_DONTWAIT) != 0)
+        return false;
+    world.calls_.close(LinkedUnit::caller(), *file_);
+    --world.files_;
+    closeOurs();
+    return true;
+}
+
+void LinkedFile::closeOurs()
+{
+    if (ours_ >= 0)
+        Descriptors::table().closeOwn(ours_);
+    ours_ = -1;
 }
 
 void LinkedFile::setLine(const LineSettings& settings)

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/interpose/LinkedUnit.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
-#include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
-#include <vector>
 
+#include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
 #include "simulator/interpose/LinkedFile.h"
 #include "simulator/model/CallWatch.h"
@@ -138,7 +139,13 @@ LinkedUnit::Turn LinkedUnit::enter()
     std::unique_lock lock{lock_};
     if (mark.world == nullptr)
         enterThread();
+    closeReleased();
     return {std::move(lock), {}};
+}
+
+void LinkedUnit::closeReleased()
+{
+    std::erase_if(lingering_, [this](const std::shared_ptr<LinkedFile>& file) { return file->closeIfReleased(*this); });
 }
 
 Caller LinkedUnit::caller()
@@ -183,6 +190,14 @@ Link::Where LinkedUnit::locate(const std::string& path)
     return where;
 }
 
+bool LinkedUnit::hasName(std::string_view name)
+{
+    const Turn turn = enter();
+    const auto endsInIt = [&](const std::string& path) { return path.substr(path.rfind('/') + 1) == name; };
+    return std::any_of(unit_.nodes().begin(), unit_.nodes().end(), [&](auto& node) { return endsInIt(node.first); }) ||
+           std::any_of(unit_.files().begin(), unit_.files().end(), endsInIt);
+}
+
 bool LinkedUnit::isAbsent(const std::string& name)
 {
     const Turn turn = enter();
@@ -195,11 +210,25 @@ Link::Opened LinkedUnit::open(const std::string& path, int flags)
     Calls::Opened opened = calls_.open(caller(), path, flags);
     if (opened.file == nullptr)
         return {-opened.error, nullptr};
-    const int fd = HXSIM_REAL(open)("/dev/null", O_RDWR | (flags & O_CLOEXEC));
-    if (fd < 0)
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
         return {-errno, nullptr};
+    const int ours = Descriptors::table().moveOutOfTheWay(ends[1]);
     ++files_;
-    return {fd, std::make_shared<LinkedFile>(*this, std::move(opened.file))};
+    return {ends[0], std::make_shared<LinkedFile>(*this, std::move(opened.file), ours, socketNumber(ends[0]))};
+}
+
+std::optional<Link::Adopted> LinkedUnit::adopt(int fd)
+{
+    const std::uint64_t socket = socketNumber(fd);
+    const Turn turn = enter();
+    const auto found =
+        std::find_if(lingering_.begin(), lingering_.end(), [&](const auto& file) { return file->socket() == socket; });
+    if (found == lingering_.end())
+        return std::nullopt;
+    const std::shared_ptr<LinkedFile> file = *found;
+    lingering_.erase(found);
+    return Adopted{file->open().node.path(), file->open().flags, file};
 }
 
 int LinkedUnit::fault(const std::string& subject, const std::string& call)
@@ -215,7 +244,7 @@ void LinkedUnit::note(const std::string& subject, const std::string& action, int
     calls_.note(caller(), subject, action, in, error);
 }
 
-int LinkedUnit::sleep(std::int64_t nanoseconds)
+int LinkedUnit::sleep(std::int64_t nanoseconds, std::int64_t* /*rest*/)
 {
     Turn turn = enter();
     time_.wait(turn.lock, fromNow(nanoseconds), &mark, VirtualTime::Rank::Program, "sleep");

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "simulator/interpose/Link.h"
 #include "simulator/interpose/Locked.h"
@@ -16,6 +17,7 @@
 
 namespace hxsim {
 
+class LinkedFile;
 class LinkedUnit;
 using LinkedUnitPointer = std::unique_ptr<LinkedUnit, void (*)(LinkedUnit*)>;
 
@@ -31,7 +33,12 @@ public:
     ~LinkedUnit() override;
 
     /// The whole unit, locked.
-    Locked<Unit> unit() { return {unit_, std::unique_lock{lock_}}; }
+    Locked<Unit> unit()
+    {
+        std::unique_lock lock{lock_};
+        closeReleased();
+        return {unit_, std::move(lock)};
+    }
     template <typename Type>
     Locked<Type> hardware()
     {
@@ -49,12 +56,14 @@ public:
     [[nodiscard]] std::string fileOf(const std::string& path) const { return folder_->fileOf(path); }
 
     Where locate(const std::string& path) override;
+    bool hasName(std::string_view name) override;
     bool isAbsent(const std::string& name) override;
     std::string folder() override { return folder_->path(); }
     Opened open(const std::string& path, int flags) override;
+    std::optional<Adopted> adopt(int fd) override;
     int fault(const std::string& subject, const std::string& call) override;
     void note(const std::string& subject, const std::string& action, int error, Bytes in) override;
-    int sleep(std::int64_t nanoseconds) override;
+    int sleep(std::int64_t nanoseconds, std::int64_t* rest) override;
     std::string semaphoreName(const std::string& name) override;
     int wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds) override;
     int post(sem_t* semaphore) override;
@@ -78,6 +87,8 @@ private:
         Link::Inside inside;
     };
     Turn enter();
+    /// Closes the files that only descriptors outside this process's table held, and nothing holds any more.
+    void closeReleased();
     void enterThread();
     void leaveThread();
     [[nodiscard]] static Caller caller();
@@ -88,10 +99,11 @@ private:
     Calls calls_{unit_};
     VirtualTime time_{unit_.clock()};
     std::atomic<bool> over_{false};
-    int threads_ = 0;                    ///< of this world, running or waiting
-    int files_ = 0;                      ///< open ones
-    int numbers_ = 0;                    ///< given to threads
-    std::map<pthread_t, bool> finished_; ///< threads made here: whether their function has returned
+    int threads_ = 0;                                    ///< of this world, running or waiting
+    int files_ = 0;                                      ///< open ones
+    std::vector<std::shared_ptr<LinkedFile>> lingering_; ///< held by a child, or on their way through a socket
+    int numbers_ = 0;                                    ///< given to threads
+    std::map<pthread_t, bool> finished_;                 ///< threads made here: whether their function has returned
     std::unique_ptr<UnitFolder> folder_;
 };
 

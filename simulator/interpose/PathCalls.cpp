@@ -1,21 +1,19 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Calls that name a path without opening it, and C streams.
+// Calls that name a path without opening it.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
-#include "simulator/interpose/Descriptors.h"
-#include "simulator/interpose/Entry.h"
-#include "simulator/interpose/Generated.h"
+#include "simulator/interpose/OnPath.h"
 
 namespace hxsim {
 
-namespace {
-
-/// The machine's file whose properties a file of the unit shows: a character device, or a small file.
 std::string standIn(Link& link, bool text)
 {
     if (!text)
@@ -29,38 +27,7 @@ std::string standIn(Link& link, bool text)
     return file;
 }
 
-/// Does `call(path on this machine)` for a path of the unit; `outside` tells that it is none.
-template <typename Call>
-int onPath(const char* path, const std::string& action, bool& outside, Call call)
-{
-    outside = true;
-    Link* const link = path != nullptr && path[0] == '/' ? Link::current() : nullptr;
-    if (link == nullptr)
-        return -1;
-    KeepErrno keep;
-    const Link::Where where = link->locate(path);
-    const bool generated = where.place == Link::Place::Outside && isGenerated(path);
-    if (where.place == Link::Place::Outside && !generated)
-        return -1;
-    outside = false;
-    int result = where.present ? -link->fault(path, action.substr(0, action.find(' '))) : -ENOENT;
-    if (result == 0) {
-        const std::string real = generated            ? link->root() + path
-                                 : where.file.empty() ? standIn(*link, where.text)
-                                                      : where.file;
-        result = call(real.c_str()) == 0 ? 0 : -errno;
-    }
-    link->note(shownName(path), action, -result);
-    return keep.answer(result);
-}
-
-template <typename Forward, typename Call>
-int onPathOr(const char* path, const std::string& action, Forward forward, Call call)
-{
-    bool outside = false;
-    const int result = onPath(path, action, outside, call);
-    return outside ? forward() : result;
-}
+namespace {
 
 std::string octal(const char* call, unsigned mode)
 {
@@ -69,106 +36,61 @@ std::string octal(const char* call, unsigned mode)
     return text;
 }
 
-/// The file whose properties a descriptor shows, or empty when the descriptor itself does.
-std::string shownBy(int fd)
+/// Extended attributes, for which `ls -l` asks.
+template <typename Forward, typename Call>
+ssize_t attributesOr(const char* path, Forward forward, Call call)
 {
-    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
-    Link* const link = Link::current();
-    if (descriptor == nullptr || descriptor->device == nullptr || link == nullptr)
-        return {};
-    return standIn(*link, descriptor->text);
-}
-
-/// mkstemp in the unit's root directory makes the file in the unit's folder.
-int makeTemporary(char* pattern, bool& outside)
-{
-    Link* const link = Link::current();
-    outside = link == nullptr || pattern[0] != '/' || std::strchr(pattern + 1, '/') != nullptr;
-    if (outside)
-        return -1;
-    KeepErrno keep;
-    const std::string shown = pattern;
-    std::string real = link->root() + pattern;
-    int result = -link->fault(shown, "mkstemp");
-    if (result == 0) {
-        result = HXSIM_REAL(mkstemp64)(real.data());
-        if (result < 0)
-            result = -errno;
-        std::memcpy(pattern, real.data() + link->root().size(), shown.size());
-        rememberGenerated(pattern, shown);
-    }
-    link->note(shown, "mkstemp", result < 0 ? -result : 0);
-    return keep.answer(result);
-}
-
-/// An attribute's text in a stream of its own: C++ streams ask a stream for its descriptor, so it must have one.
-FILE* streamOfAttribute(Link& link, const std::string& path, bool& refused)
-{
-    Link::Opened opened = link.open(path, O_RDONLY);
-    refused = opened.descriptor < 0;
-    if (refused) {
-        errno = -opened.descriptor;
-        return nullptr;
-    }
-    std::string text(65536, '\0');
-    const std::int64_t size = opened.file->read({reinterpret_cast<std::uint8_t*>(text.data()), text.size()}, true);
-    opened.file->close();
-    HXSIM_REAL(close)(opened.descriptor);
-    FILE* const stream = HXSIM_REAL(tmpfile64)();
-    if (stream != nullptr && size > 0) {
-        std::fwrite(text.data(), 1, std::size_t(size), stream);
-        std::rewind(stream);
-    }
-    return stream;
-}
-
-/// Programs that read and write by the stream's descriptor can then be made to fail.
-FILE* streamOfFile(const std::string& path, const char* mode, const std::string& file)
-{
-    FILE* const stream = HXSIM_REAL(fopen64)(file.c_str(), mode);
-    if (stream == nullptr)
-        return nullptr;
-    auto descriptor = std::make_shared<Descriptor>(path, 0);
-    descriptor->text = true;
-    descriptor->stream = true;
-    Descriptors::table().add(fileno(stream), std::move(descriptor));
-    return stream;
-}
-
-FILE* openStream(Link& link, const std::string& path, const char* mode, const Link::Where& where)
-{
-    const std::string action = std::string{"fopen "} + mode;
-    const int error = where.present ? link.fault(path, "fopen") : ENOENT;
-    FILE* stream = nullptr;
-    bool recorded = false;
-    if (error != 0)
+    const UnitPath unit = findPath(AT_FDCWD, path);
+    if (!unit)
+        return forward();
+    if (const int error = unit.error(); error != 0) {
         errno = error;
-    else if (where.place == Link::Place::File)
-        stream = streamOfFile(path, mode, where.file);
-    else if (where.text && mode[0] == 'r' && std::strchr(mode, '+') == nullptr)
-        stream = streamOfAttribute(link, path, recorded);
-    else
-        errno = EACCES;
-    if (!recorded)
-        link.note(path, action, stream == nullptr ? errno : 0);
-    return stream;
+        return -1;
+    }
+    const std::string& file = unit.where.file;
+    return call(file.empty() ? standIn(*unit.link, unit.where.text).c_str() : file.c_str());
+}
+
+/// No path of the unit is a symbolic link.
+template <typename Forward>
+ssize_t readlinkOr(int folder, const char* path, Forward forward)
+{
+    const UnitPath unit = findPath(folder, path);
+    if (!unit)
+        return forward();
+    errno = unit.error() != 0 ? unit.error() : EINVAL;
+    return -1;
+}
+
+/// `into` null: a string that the caller frees.
+template <typename Forward>
+char* realpathOr(const char* path, char* into, Forward forward)
+{
+    const UnitPath unit = findPath(AT_FDCWD, path);
+    if (!unit)
+        return forward();
+    if (unit.error() != 0) {
+        errno = unit.error();
+        return nullptr;
+    }
+    return into == nullptr ? strdup(unit.path.c_str()) : std::strcpy(into, unit.path.c_str());
+}
+
+template <typename Forward, typename Call>
+int accessOr(int folder, const char* path, int mode, Forward forward, Call call)
+{
+    return onPathOr(folder, path, "access " + std::to_string(mode), forward, call);
 }
 
 template <typename Forward>
-FILE* fopenOr(const char* path, const char* mode, Forward forward)
+int unlinkOr(int folder, const char* path, Forward forward)
 {
-    Link* const link = path != nullptr && path[0] == '/' ? Link::current() : nullptr;
-    if (link == nullptr) {
-        if (path != nullptr && isProductPath(path))
-            dieOutsideAUnit(path);
-        return forward();
-    }
-    KeepErrno keep;
-    const Link::Where where = link->locate(path);
-    if (where.place == Link::Place::Outside)
-        return keep.pass(forward());
-    FILE* const stream = openStream(*link, path, mode, where);
-    return stream == nullptr ? keep.pass(stream) : stream;
+    return onPathOr(folder, path, "unlink", forward, [](const char* real) {
+        if (std::strcmp(real, "/dev/null") != 0)
+            return HXSIM_REAL(unlink)(real);
+        errno = EPERM; // the unit's devices stay
+        return -1;
+    });
 }
 
 } // namespace
@@ -177,128 +99,128 @@ FILE* fopenOr(const char* path, const char* mode, Forward forward)
 
 using namespace hxsim;
 
-HXSIM_ENTRY FILE* fopen(const char* path, const char* mode)
-{
-    return fopenOr(path, mode, [&] { return HXSIM_REAL(fopen)(path, mode); });
-}
-
-HXSIM_ENTRY FILE* fopen64(const char* path, const char* mode)
-{
-    return fopenOr(path, mode, [&] { return HXSIM_REAL(fopen64)(path, mode); });
-}
-
-HXSIM_ENTRY int fclose(FILE* stream)
-{
-    bool last = false;
-    const std::shared_ptr<Descriptor> descriptor =
-        stream == nullptr ? nullptr : Descriptors::table().remove(fileno(stream), last);
-    if (descriptor == nullptr)
-        return HXSIM_REAL(fclose)(stream);
-    KeepErrno keep;
-    Link* const link = Link::current();
-    const int error = link == nullptr ? 0 : link->fault(descriptor->path, "fclose");
-    const int result = HXSIM_REAL(fclose)(stream);
-    return error != 0 ? keep.answer(-error) : keep.pass(result);
-}
-
-HXSIM_ENTRY int mkstemp(char* pattern)
-{
-    bool outside = false;
-    const int result = makeTemporary(pattern, outside);
-    return outside ? HXSIM_REAL(mkstemp)(pattern) : result;
-}
-
-HXSIM_ENTRY int mkstemp64(char* pattern)
-{
-    bool outside = false;
-    const int result = makeTemporary(pattern, outside);
-    return outside ? HXSIM_REAL(mkstemp64)(pattern) : result;
-}
-
 HXSIM_ENTRY int access(const char* path, int mode) noexcept
 {
-    return onPathOr(
-        path, "access " + std::to_string(mode), [&] { return HXSIM_REAL(access)(path, mode); },
+    return accessOr(
+        AT_FDCWD, path, mode, [&] { return HXSIM_REAL(access)(path, mode); },
         [&](const char* real) { return HXSIM_REAL(access)(real, mode); });
+}
+
+HXSIM_ENTRY int faccessat(int folder, const char* path, int mode, int flags) noexcept
+{
+    return accessOr(
+        folder, path, mode, [&] { return HXSIM_REAL(faccessat)(folder, path, mode, flags); },
+        [&](const char* real) { return HXSIM_REAL(faccessat)(AT_FDCWD, real, mode, flags); });
+}
+
+HXSIM_ENTRY int euidaccess(const char* path, int mode) noexcept
+{
+    return accessOr(
+        AT_FDCWD, path, mode, [&] { return HXSIM_REAL(euidaccess)(path, mode); },
+        [&](const char* real) { return HXSIM_REAL(euidaccess)(real, mode); });
+}
+
+HXSIM_ENTRY int eaccess(const char* path, int mode) noexcept
+{
+    return accessOr(
+        AT_FDCWD, path, mode, [&] { return HXSIM_REAL(eaccess)(path, mode); },
+        [&](const char* real) { return HXSIM_REAL(eaccess)(real, mode); });
 }
 
 HXSIM_ENTRY int unlink(const char* path) noexcept
 {
-    return onPathOr(
-        path, "unlink", [&] { return HXSIM_REAL(unlink)(path); },
-        [&](const char* real) {
-            if (std::strcmp(real, "/dev/null") != 0)
-                return HXSIM_REAL(unlink)(real);
-            errno = EPERM; // the unit's devices stay
-            return -1;
-        });
+    return unlinkOr(AT_FDCWD, path, [&] { return HXSIM_REAL(unlink)(path); });
+}
+
+HXSIM_ENTRY int unlinkat(int folder, const char* path, int flags) noexcept
+{
+    const auto forward = [&] { return HXSIM_REAL(unlinkat)(folder, path, flags); };
+    return flags != 0 ? forward() : unlinkOr(folder, path, forward);
 }
 
 HXSIM_ENTRY int mkfifo(const char* path, mode_t mode) noexcept
 {
     return onPathOr(
-        path, octal("mkfifo", mode),
+        AT_FDCWD, path, octal("mkfifo", mode),
         [&] {
-            if (Link::current() == nullptr && isProductPath(path))
-                dieOutsideAUnit(path);
+            guardTheMachine(path);
             return HXSIM_REAL(mkfifo)(path, mode);
         },
         [&](const char* real) { return HXSIM_REAL(mkfifo)(real, mode); });
 }
 
-// Every spelling of stat: a path of the unit shows its stand-in's properties.
+HXSIM_ENTRY DIR* opendir(const char* path)
+{
+    const UnitPath unit = findPath(AT_FDCWD, path);
+    if (!unit)
+        return HXSIM_REAL(opendir)(path);
+    if (unit.where.place == Link::Place::File && unit.where.present)
+        return HXSIM_REAL(opendir)(unit.where.file.c_str());
+    errno = unit.error() != 0 ? unit.error() : ENOTDIR;
+    return nullptr;
+}
 
-#define HXSIM_STAT(name, Record)                                                                                       \
-    HXSIM_ENTRY int name(const char* path, Record* record) noexcept                                                    \
+HXSIM_ENTRY ssize_t readlink(const char* path, char* buffer, std::size_t size) noexcept
+{
+    return readlinkOr(AT_FDCWD, path, [&] { return HXSIM_REAL(readlink)(path, buffer, size); });
+}
+
+HXSIM_ENTRY ssize_t readlinkat(int folder, const char* path, char* buffer, std::size_t size) noexcept
+{
+    return readlinkOr(folder, path, [&] { return HXSIM_REAL(readlinkat)(folder, path, buffer, size); });
+}
+
+HXSIM_ENTRY ssize_t __readlink_chk(const char* path, char* buffer, std::size_t size, std::size_t space)
+{
+    return readlinkOr(AT_FDCWD, path, [&] {
+        using Call = ssize_t (*)(const char*, char*, std::size_t, std::size_t);
+        return HXSIM_REAL_AS(Call, "__readlink_chk")(path, buffer, size, space);
+    });
+}
+
+HXSIM_ENTRY ssize_t __readlinkat_chk(int folder, const char* path, char* buffer, std::size_t size, std::size_t space)
+{
+    return readlinkOr(folder, path, [&] {
+        using Call = ssize_t (*)(int, const char*, char*, std::size_t, std::size_t);
+        return HXSIM_REAL_AS(Call, "__readlinkat_chk")(folder, path, buffer, size, space);
+    });
+}
+
+#define HXSIM_GETXATTR(name)                                                                                           \
+    HXSIM_ENTRY ssize_t name(const char* path, const char* attribute, void* value, std::size_t size) noexcept          \
     {                                                                                                                  \
-        using Call = int (*)(const char*, Record*);                                                                    \
-        return onPathOr(                                                                                               \
-            path, "stat", [&] { return HXSIM_REAL_AS(Call, #name)(path, record); },                                    \
-            [&](const char* real) { return HXSIM_REAL_AS(Call, #name)(real, record); });                               \
+        return attributesOr(                                                                                           \
+            path, [&] { return HXSIM_REAL(name)(path, attribute, value, size); },                                      \
+            [&](const char* real) { return HXSIM_REAL(name)(real, attribute, value, size); });                         \
     }
 
-#define HXSIM_FSTAT(name, pathName, Record)                                                                            \
-    HXSIM_ENTRY int name(int fd, Record* record) noexcept                                                              \
+HXSIM_GETXATTR(getxattr)
+HXSIM_GETXATTR(lgetxattr)
+
+#define HXSIM_LISTXATTR(name)                                                                                          \
+    HXSIM_ENTRY ssize_t name(const char* path, char* list, std::size_t size) noexcept                                  \
     {                                                                                                                  \
-        const std::string shown = shownBy(fd);                                                                         \
-        if (shown.empty())                                                                                             \
-            return HXSIM_REAL_AS(int (*)(int, Record*), #name)(fd, record);                                            \
-        return HXSIM_REAL_AS(int (*)(const char*, Record*), #pathName)(shown.c_str(), record);                         \
+        return attributesOr(                                                                                           \
+            path, [&] { return HXSIM_REAL(name)(path, list, size); },                                                  \
+            [&](const char* real) { return HXSIM_REAL(name)(real, list, size); });                                     \
     }
 
-// Programs built with an older C library say which form of the record they mean.
-#define HXSIM_XSTAT(name, Record)                                                                                      \
-    HXSIM_ENTRY int name(int form, const char* path, Record* record) noexcept                                          \
-    {                                                                                                                  \
-        using Call = int (*)(int, const char*, Record*);                                                               \
-        return onPathOr(                                                                                               \
-            path, "stat", [&] { return HXSIM_REAL_AS(Call, #name)(form, path, record); },                              \
-            [&](const char* real) { return HXSIM_REAL_AS(Call, #name)(form, real, record); });                         \
-    }
+HXSIM_LISTXATTR(listxattr)
+HXSIM_LISTXATTR(llistxattr)
 
-#define HXSIM_FXSTAT(name, pathName, Record)                                                                           \
-    HXSIM_ENTRY int name(int form, int fd, Record* record) noexcept                                                    \
-    {                                                                                                                  \
-        const std::string shown = shownBy(fd);                                                                         \
-        if (shown.empty())                                                                                             \
-            return HXSIM_REAL_AS(int (*)(int, int, Record*), #name)(form, fd, record);                                 \
-        return HXSIM_REAL_AS(int (*)(int, const char*, Record*), #pathName)(form, shown.c_str(), record);              \
-    }
+HXSIM_ENTRY char* realpath(const char* path, char* into) noexcept
+{
+    return realpathOr(path, into, [&] { return HXSIM_REAL(realpath)(path, into); });
+}
 
-HXSIM_STAT(stat, struct stat)
-HXSIM_STAT(lstat, struct stat)
-HXSIM_STAT(stat64, struct stat64)
-HXSIM_STAT(lstat64, struct stat64)
-HXSIM_FSTAT(fstat, stat, struct stat)
-HXSIM_FSTAT(fstat64, stat64, struct stat64)
-HXSIM_XSTAT(__xstat, struct stat)
-HXSIM_XSTAT(__lxstat, struct stat)
-HXSIM_XSTAT(__xstat64, struct stat64)
-HXSIM_XSTAT(__lxstat64, struct stat64)
-HXSIM_FXSTAT(__fxstat, __xstat, struct stat)
-HXSIM_FXSTAT(__fxstat64, __xstat64, struct stat64)
-#if defined(__i386__)
-HXSIM_STAT(__stat64_time64, void)
-HXSIM_STAT(__lstat64_time64, void)
-HXSIM_FSTAT(__fstat64_time64, __stat64_time64, void)
-#endif
+HXSIM_ENTRY char* __realpath_chk(const char* path, char* into, std::size_t space)
+{
+    return realpathOr(path, into, [&] {
+        return HXSIM_REAL_AS(char* (*)(const char*, char*, std::size_t), "__realpath_chk")(path, into, space);
+    });
+}
+
+HXSIM_ENTRY char* canonicalize_file_name(const char* path) noexcept
+{
+    return realpathOr(path, nullptr, [&] { return HXSIM_REAL(canonicalize_file_name)(path); });
+}

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <poll.h>
 #include <span>
+#include <sys/epoll.h>
 #include <sys/select.h>
 #include <vector>
 
@@ -18,13 +19,14 @@ constexpr std::int64_t kStepNanoseconds = 1000000;
 
 bool isDevice(int fd)
 {
-    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
-    return descriptor != nullptr && descriptor->device != nullptr;
+    return Descriptors::table().findDevice(fd) != nullptr;
 }
 
 short readiness(int fd, short wanted)
 {
-    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
+    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().findDevice(fd);
+    if (descriptor == nullptr)
+        return POLLNVAL; // closed meanwhile
     const bool readable = (wanted & POLLIN) != 0 && descriptor->device->readable();
     return short((wanted & POLLOUT) | (readable ? POLLIN : 0));
 }
@@ -45,26 +47,40 @@ int look(std::span<pollfd> wanted)
     return ready;
 }
 
-int pollUnit(Link& link, std::span<pollfd> wanted, std::int64_t timeoutNanoseconds)
+/// Runs the handlers of signals that came while they were blocked; whether there were any.
+bool letSignalsIn(const sigset_t* mask)
+{
+    const timespec none{};
+    return mask != nullptr && HXSIM_REAL(ppoll)(nullptr, 0, &none, mask) < 0 && errno == EINTR;
+}
+
+int pollUnit(Link& link, std::span<pollfd> wanted, std::int64_t timeoutNanoseconds, const sigset_t* mask)
 {
     const bool endless = timeoutNanoseconds < 0;
     for (std::int64_t left = timeoutNanoseconds;; left -= kStepNanoseconds) {
         const int ready = look(wanted);
         if (ready != 0 || (!endless && left <= 0))
             return ready;
-        link.sleep(kStepNanoseconds);
+        if (letSignalsIn(mask) || link.sleep(kStepNanoseconds) == -EINTR)
+            return -EINTR;
     }
 }
 
 template <typename Forward>
-int pollOr(pollfd* wanted, nfds_t count, std::int64_t timeoutNanoseconds, Forward forward)
+int pollOr(pollfd* wanted, nfds_t count, std::int64_t timeoutNanoseconds, const sigset_t* mask, Forward forward)
 {
     Link* const link = Link::current();
     const std::span all{wanted, std::size_t(count)};
     if (link == nullptr || std::none_of(all.begin(), all.end(), [](const pollfd& one) { return isDevice(one.fd); }))
         return forward();
     KeepErrno keep;
-    return keep.answer(pollUnit(*link, all, timeoutNanoseconds));
+    return keep.answer(pollUnit(*link, all, timeoutNanoseconds, mask));
+}
+
+template <typename Spec>
+std::int64_t nanosecondsOf(const Spec* timeout)
+{
+    return timeout == nullptr ? -1 : std::int64_t{timeout->tv_sec} * kNanosecondsPerSecond + timeout->tv_nsec;
 }
 
 bool has(const fd_set* set, int fd)
@@ -104,6 +120,19 @@ int answered(const std::vector<pollfd>& all, fd_set* readers, fd_set* writers)
     return ready;
 }
 
+template <typename Forward>
+int selectOr(int count, fd_set* readers, fd_set* writers, std::int64_t timeoutNanoseconds, const sigset_t* mask,
+             Forward forward)
+{
+    Link* const link = Link::current();
+    if (link == nullptr || !namesDevice(count, readers, writers))
+        return forward();
+    KeepErrno keep;
+    std::vector<pollfd> all = asked(count, readers, writers);
+    const int ready = pollUnit(*link, all, timeoutNanoseconds, mask);
+    return ready < 0 ? keep.answer(ready) : answered(all, readers, writers);
+}
+
 } // namespace
 
 } // namespace hxsim
@@ -112,25 +141,58 @@ using namespace hxsim;
 
 HXSIM_ENTRY int poll(pollfd* wanted, nfds_t count, int timeoutMs)
 {
-    return pollOr(wanted, count, std::int64_t{timeoutMs} * 1000000,
+    return pollOr(wanted, count, std::int64_t{timeoutMs} * 1000000, nullptr,
                   [&] { return HXSIM_REAL(poll)(wanted, count, timeoutMs); });
 }
 
 HXSIM_ENTRY int __poll_chk(pollfd* wanted, nfds_t count, int timeoutMs, std::size_t size)
 {
-    return pollOr(wanted, count, std::int64_t{timeoutMs} * 1000000,
+    return pollOr(wanted, count, std::int64_t{timeoutMs} * 1000000, nullptr,
                   [&] { return HXSIM_REAL_AS(decltype(&__poll_chk), "__poll_chk")(wanted, count, timeoutMs, size); });
 }
 
+#define HXSIM_PPOLL(name, Spec)                                                                                        \
+    HXSIM_ENTRY int name(pollfd* wanted, nfds_t count, const Spec* timeout, const sigset_t* mask)                      \
+    {                                                                                                                  \
+        return pollOr(wanted, count, nanosecondsOf(timeout), mask, [&] {                                               \
+            using Call = int (*)(pollfd*, nfds_t, const Spec*, const sigset_t*);                                       \
+            return HXSIM_REAL_AS(Call, #name)(wanted, count, timeout, mask);                                           \
+        });                                                                                                            \
+    }
+
+HXSIM_PPOLL(ppoll, timespec)
+#if defined(__i386__)
+HXSIM_PPOLL(__ppoll64, Timespec64)
+#endif
+
 HXSIM_ENTRY int select(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, timeval* timeout)
 {
-    Link* const link = Link::current();
-    if (link == nullptr || !namesDevice(count, readers, writers))
-        return HXSIM_REAL(select)(count, readers, writers, exceptions, timeout);
-    KeepErrno keep;
-    std::vector<pollfd> all = asked(count, readers, writers);
     const std::int64_t nanoseconds =
         timeout == nullptr ? -1 : std::int64_t{timeout->tv_sec} * kNanosecondsPerSecond + timeout->tv_usec * 1000;
-    const int ready = pollUnit(*link, all, nanoseconds);
-    return ready < 0 ? keep.answer(ready) : answered(all, readers, writers);
+    return selectOr(count, readers, writers, nanoseconds, nullptr,
+                    [&] { return HXSIM_REAL(select)(count, readers, writers, exceptions, timeout); });
+}
+
+#define HXSIM_PSELECT(name, Spec)                                                                                      \
+    HXSIM_ENTRY int name(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, const Spec* timeout,         \
+                         const sigset_t* mask)                                                                         \
+    {                                                                                                                  \
+        return selectOr(count, readers, writers, nanosecondsOf(timeout), mask, [&] {                                   \
+            using Call = int (*)(int, fd_set*, fd_set*, fd_set*, const Spec*, const sigset_t*);                        \
+            return HXSIM_REAL_AS(Call, #name)(count, readers, writers, exceptions, timeout, mask);                     \
+        });                                                                                                            \
+    }
+
+HXSIM_PSELECT(pselect, timespec)
+#if defined(__i386__)
+HXSIM_PSELECT(__pselect64, Timespec64)
+#endif
+
+/// The unit's devices cannot be watched that way, as many of the kernel's cannot.
+HXSIM_ENTRY int epoll_ctl(int set, int operation, int fd, epoll_event* event) noexcept
+{
+    if (!isDevice(fd))
+        return HXSIM_REAL(epoll_ctl)(set, operation, fd, event);
+    errno = EPERM;
+    return -1;
 }

@@ -59,12 +59,6 @@ int flushTerminal(const Descriptor& descriptor, int queue)
     return 0;
 }
 
-std::shared_ptr<Descriptor> device(int fd)
-{
-    std::shared_ptr<Descriptor> descriptor = Descriptors::table().find(fd);
-    return descriptor != nullptr && descriptor->device != nullptr ? descriptor : nullptr;
-}
-
 } // namespace
 
 } // namespace hxsim
@@ -73,7 +67,7 @@ using namespace hxsim;
 
 HXSIM_ENTRY int tcgetattr(int fd, termios* settings) noexcept
 {
-    const std::shared_ptr<Descriptor> descriptor = device(fd);
+    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().findDevice(fd);
     if (descriptor == nullptr)
         return HXSIM_REAL(tcgetattr)(fd, settings);
     KeepErrno keep;
@@ -87,7 +81,7 @@ HXSIM_ENTRY int tcgetattr(int fd, termios* settings) noexcept
 
 HXSIM_ENTRY int tcsetattr(int fd, int when, const termios* settings) noexcept
 {
-    const std::shared_ptr<Descriptor> descriptor = device(fd);
+    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().findDevice(fd);
     if (descriptor == nullptr)
         return HXSIM_REAL(tcsetattr)(fd, when, settings);
     KeepErrno keep;
@@ -96,7 +90,7 @@ HXSIM_ENTRY int tcsetattr(int fd, int when, const termios* settings) noexcept
 
 HXSIM_ENTRY int tcflush(int fd, int queue) noexcept
 {
-    const std::shared_ptr<Descriptor> descriptor = device(fd);
+    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().findDevice(fd);
     if (descriptor == nullptr)
         return HXSIM_REAL(tcflush)(fd, queue);
     KeepErrno keep;
@@ -105,7 +99,7 @@ HXSIM_ENTRY int tcflush(int fd, int queue) noexcept
 
 HXSIM_ENTRY int tcdrain(int fd)
 {
-    const std::shared_ptr<Descriptor> descriptor = device(fd);
+    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().findDevice(fd);
     if (descriptor == nullptr)
         return HXSIM_REAL(tcdrain)(fd);
     KeepErrno keep;
@@ -115,7 +109,7 @@ HXSIM_ENTRY int tcdrain(int fd)
 
 HXSIM_ENTRY int isatty(int fd) noexcept
 {
-    const std::shared_ptr<Descriptor> descriptor = device(fd);
+    const std::shared_ptr<Descriptor> descriptor = Descriptors::table().findDevice(fd);
     if (descriptor == nullptr)
         return HXSIM_REAL(isatty)(fd);
     if (descriptor->serial)

@@ -17,13 +17,14 @@ std::string shown(std::int64_t nanoseconds)
     return std::to_string(nanoseconds) + " ns";
 }
 
-/// 0 or -errno.
-int sleepFor(Link& link, std::int64_t nanoseconds)
+/// 0 or -errno; `rest` is what a signal has left of it.
+int sleepFor(Link& link, std::int64_t nanoseconds, std::int64_t& rest)
 {
     const std::string action = shown(nanoseconds);
     const int error = link.fault("sleep", action);
     link.note("sleep", action, error);
-    return error != 0 ? -error : link.sleep(nanoseconds);
+    rest = nanoseconds;
+    return error != 0 ? -error : link.sleep(nanoseconds, &rest);
 }
 
 template <typename Spec>
@@ -51,9 +52,12 @@ int sleepCall(Link& link, const Spec* wanted, Spec* rest)
 {
     if (!isValid(*wanted))
         return -EINVAL;
-    const int result = sleepFor(link, nanosecondsOf(*wanted));
-    if (result == -EINTR && rest != nullptr)
-        *rest = *wanted;
+    std::int64_t left = 0;
+    const int result = sleepFor(link, nanosecondsOf(*wanted), left);
+    if (result == -EINTR && rest != nullptr) {
+        rest->tv_sec = decltype(rest->tv_sec)(left / kNanosecondsPerSecond);
+        rest->tv_nsec = decltype(rest->tv_nsec)(left % kNanosecondsPerSecond);
+    }
     return result;
 }
 
@@ -62,8 +66,9 @@ int clockCall(Link& link, clockid_t clock, int flags, const Spec* wanted, Spec* 
 {
     if (!isValid(*wanted))
         return EINVAL;
+    std::int64_t left = 0;
     if ((flags & TIMER_ABSTIME) != 0)
-        return -sleepFor(link, until(clock, nanosecondsOf(*wanted)));
+        return -sleepFor(link, until(clock, nanosecondsOf(*wanted)), left);
     return -sleepCall(link, wanted, rest);
 }
 
@@ -97,7 +102,8 @@ HXSIM_ENTRY int usleep(useconds_t microseconds)
     if (link == nullptr)
         return HXSIM_REAL(usleep)(microseconds);
     KeepErrno keep;
-    return keep.answer(sleepFor(*link, std::int64_t{microseconds} * 1000));
+    std::int64_t left = 0;
+    return keep.answer(sleepFor(*link, std::int64_t{microseconds} * 1000, left));
 }
 
 HXSIM_ENTRY unsigned sleep(unsigned seconds)
@@ -106,7 +112,10 @@ HXSIM_ENTRY unsigned sleep(unsigned seconds)
     if (link == nullptr)
         return HXSIM_REAL(sleep)(seconds);
     const KeepErrno keep;
-    return sleepFor(*link, std::int64_t{seconds} * kNanosecondsPerSecond) == 0 ? 0 : seconds;
+    std::int64_t left = 0;
+    if (sleepFor(*link, std::int64_t{seconds} * kNanosecondsPerSecond, left) == 0)
+        return 0;
+    return unsigned((left + kNanosecondsPerSecond / 2) / kNanosecondsPerSecond);
 }
 
 #if defined(__i386__)

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <span>
 
@@ -44,13 +45,27 @@ public:
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
+    /// A message goes and comes whole: one that is cut short was none.
     [[nodiscard]] bool exchange(const Message& message, std::size_t length, Answer& answer) const
     {
-        return file_ >= 0 && ::write(file_, &message, length) == ssize_t(length) &&
-               ::read(file_, &answer, sizeof answer) >= ssize_t(sizeof(Reply));
+        if (file_ < 0 || resumed([&] { return ::write(file_, &message, length); }) != ssize_t(length))
+            return false;
+        const ssize_t got = resumed([&] { return ::read(file_, &answer, sizeof answer); });
+        const std::size_t promised = answer.reply.result == 0 ? 0 : message.call.answerSize;
+        return got >= ssize_t(sizeof(Reply) + promised);
     }
 
 private:
+    /// A signal of the application ends a call, not the transfer: the reply waits in the unit until it is taken.
+    template <typename Transfer>
+    static ssize_t resumed(Transfer transfer)
+    {
+        ssize_t result = transfer();
+        while (result < 0 && errno == EINTR)
+            result = transfer();
+        return result;
+    }
+
     int file_;
 };
 

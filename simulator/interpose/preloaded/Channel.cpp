@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/interpose/preloaded/Channel.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <ctime>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/uio.h>
@@ -37,6 +39,23 @@ bool giveName(int fd, const std::string& name)
     return bind(fd, reinterpret_cast<const sockaddr*>(&address), size) == 0;
 }
 
+bool connectThrough(int fd, const sockaddr_un& address)
+{
+    for (;;) {
+        if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+            return true;
+        if (errno != EINTR)
+            return false;
+    }
+}
+
+std::int64_t millisecondsNow()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
+}
+
 } // namespace
 
 int connectTo(const std::string& folder, const std::string& name)
@@ -44,16 +63,14 @@ int connectTo(const std::string& folder, const std::string& name)
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
     if (fd < 0)
         return -errno;
-    // A unit that is stopped, or has more connections waiting than it takes, must not hold a program up forever.
-    const timeval patience{.tv_sec = 30, .tv_usec = 0};
-    (void)setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    const timeval patience{kPatienceSeconds, 0};
+    (void)setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience); // of connect and sendmsg
     const sockaddr_un address = hostAddress(folder);
-    if ((!name.empty() && !giveName(fd, name)) ||
-        connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        HXSIM_REAL(close)(fd);
-        return -EIO;
-    }
-    return fd;
+    if ((name.empty() || giveName(fd, name)) && connectThrough(fd, address))
+        return fd;
+    const int error = errno;
+    HXSIM_REAL(close)(fd);
+    return -error;
 }
 
 std::string connectionName(int fd, const std::string& folder)
@@ -88,7 +105,7 @@ bool sendPacket(int fd, const wire::Head& head, std::span<const std::uint8_t> by
     message.msg_iov = parts;
     message.msg_iovlen = 2;
     for (;;) {
-        if (sendmsg(fd, &message, MSG_NOSIGNAL) >= 0)
+        if (HXSIM_REAL(sendmsg)(fd, &message, MSG_NOSIGNAL) >= 0)
             return true;
         if (errno != EINTR)
             return false;
@@ -102,17 +119,33 @@ Received receivePacket(int fd, wire::Head& head, std::span<std::uint8_t> bytes, 
     message.msg_iov = parts;
     message.msg_iovlen = 2;
     for (;;) {
-        const ssize_t got = recvmsg(fd, &message, 0);
+        const ssize_t got = HXSIM_REAL(recvmsg)(fd, &message, 0);
         if (got >= ssize_t(sizeof head)) {
             size = std::size_t(got) - sizeof head;
             return Received::Packet;
         }
         if (got < 0 && errno == EAGAIN)
             return Received::Nothing;
+        if (got < 0 && errno == EFAULT)
+            return Received::Unplaced;
         if (got >= 0 || errno != EINTR)
             return Received::Gone;
         if (!retry)
             return Received::Interrupted;
+    }
+}
+
+bool comesInTime(int fd)
+{
+    const std::int64_t until = millisecondsNow() + kPatienceSeconds * 1000;
+    pollfd watched{fd, POLLIN, 0};
+    for (;;) {
+        const std::int64_t left = until - millisecondsNow();
+        const int ready = HXSIM_REAL(poll)(&watched, 1, int(std::max<std::int64_t>(left, 0)));
+        if (ready > 0)
+            return true;
+        if (left <= 0 || (ready < 0 && errno != EINTR))
+            return false;
     }
 }
 
@@ -122,7 +155,7 @@ bool ask(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes, Pa
         return false;
     answer.bytes.resize(wire::kLargestPacket);
     std::size_t size = 0;
-    const bool good = receivePacket(fd, answer.head, answer.bytes, size, true) == Received::Packet;
+    const bool good = comesInTime(fd) && receivePacket(fd, answer.head, answer.bytes, size, true) == Received::Packet;
     answer.bytes.resize(good ? size : 0);
     return good;
 }

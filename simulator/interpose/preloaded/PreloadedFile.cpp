@@ -1,104 +1,83 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/interpose/preloaded/PreloadedFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
-
-#include "simulator/interpose/Descriptors.h"
-#include "simulator/interpose/Real.h"
+#include <mutex>
 
 namespace hxsim {
 
 namespace {
 
-/// Connections that the program did not ask for stay out of the way of its descriptors' numbers.
-constexpr int kFirstOwnDescriptor = 400;
+/// A connection for one question. It is used again only if its answer has come: not after a time-out, and not when the
+/// thread is cancelled or leaves by a jump.
+class Question {
+public:
+    explicit Question(Connections& connections) : connections_{connections}, fd_{connections.take()} {}
+    Question(const Question&) = delete;
+    Question& operator=(const Question&) = delete;
+    ~Question()
+    {
+        if (fd_ < 0)
+            return;
+        if (answered_)
+            connections_.giveBack(fd_);
+        else
+            connections_.discard(fd_);
+    }
+
+    [[nodiscard]] int fd() const { return fd_; }
+    void answered() { answered_ = true; }
+
+private:
+    Connections& connections_;
+    const int fd_;
+    bool answered_ = false;
+};
+
+/// The answer may take as long as the unit does; a signal ends the wait.
+bool waitsForTheUnit(wire::Kind kind)
+{
+    return kind == wire::Kind::Read || kind == wire::Kind::Drain;
+}
+
+Received receiveAnswer(int fd, wire::Kind kind, wire::Head& answer, Space out)
+{
+    std::size_t size = 0;
+    if (!waitsForTheUnit(kind))
+        return comesInTime(fd) ? receivePacket(fd, answer, out, size, true) : Received::Nothing;
+    const Received received = receivePacket(fd, answer, out, size, false);
+    if (received != Received::Interrupted)
+        return received;
+    // The host answers now, with what there is or with EINTR.
+    sendPacket(fd, PreloadedLink::head(wire::Kind::Cancel), {});
+    return comesInTime(fd) ? receivePacket(fd, answer, out, size, true) : Received::Nothing;
+}
 
 } // namespace
 
-int moveOutOfTheWay(int fd)
-{
-    const int moved = HXSIM_REAL(fcntl)(fd, F_DUPFD_CLOEXEC, kFirstOwnDescriptor);
-    if (moved >= 0)
-        HXSIM_REAL(close)(fd);
-    const int kept = moved >= 0 ? moved : fd;
-    Descriptors::table().protect(kept);
-    return kept;
-}
-
-void closeOwn(int fd)
-{
-    Descriptors::table().unprotect(fd);
-    HXSIM_REAL(close)(fd);
-}
-
-PreloadedFile::PreloadedFile(PreloadedLink& link, std::string name, int descriptor, bool ofThisProcess)
-    : link_{link}, name_{std::move(name)}, opener_{ofThisProcess ? link.forks() : -1}, forks_{link.forks()}
-{
-    if (ofThisProcess)
-        idle_.push_back(descriptor);
-}
-
-int PreloadedFile::take()
-{
-    {
-        const std::lock_guard guard{lock_};
-        if (forks_ != link_.forks()) { // the parent goes on using these
-            forks_ = link_.forks();
-            idle_.clear();
-            further_.clear();
-        }
-        if (!idle_.empty()) {
-            const int fd = idle_.back();
-            idle_.pop_back();
-            return fd;
-        }
-    }
-    const int fresh = connectTo(link_.folder(), "");
-    if (fresh < 0)
-        return -1;
-    const int fd = moveOutOfTheWay(fresh);
-    Packet answer;
-    const bool attached =
-        ask(fd, PreloadedLink::head(wire::Kind::Attach), bytesOf(name_), answer) && answer.head.value == 0;
-    const std::lock_guard guard{lock_};
-    if (attached)
-        further_.push_back(fd);
-    else
-        closeOwn(fd);
-    return attached ? fd : -1;
-}
-
-void PreloadedFile::giveBack(int fd)
-{
-    const std::lock_guard guard{lock_};
-    idle_.push_back(fd);
-}
-
-std::int64_t PreloadedFile::exchange(const wire::Head& head, Bytes in, Space out, wire::Head& answer)
+std::int64_t PreloadedFile::exchange(wire::Head head, Bytes in, Space out, wire::Head& answer)
 {
     const Link::Inside inside;
-    const int fd = take();
-    std::size_t size = 0;
-    if (fd < 0 || !sendPacket(fd, head, in)) {
-        PreloadedLink::hostIsGone();
-        return -EIO;
+    Question question{link_.connections()};
+    if (question.fd() < 0)
+        return link_.unreachable(-question.fd());
+    head.file = number_;
+    if (!sendPacket(question.fd(), head, in))
+        return errno == EFAULT ? -EFAULT : link_.unreachable(errno);
+    switch (receiveAnswer(question.fd(), head.kind, answer, out)) {
+    case Received::Packet:
+        question.answered();
+        return answer.value;
+    case Received::Unplaced:
+        question.answered();
+        return -EFAULT;
+    case Received::Nothing:
+        return link_.unreachable(EAGAIN);
+    default:
+        return link_.unreachable(ECONNRESET);
     }
-    Received received = receivePacket(fd, answer, out, size, false);
-    while (received == Received::Interrupted) {
-        // Only a read waits; the host answers it now, with what there is or with EINTR.
-        if (head.kind == wire::Kind::Read)
-            sendPacket(fd, PreloadedLink::head(wire::Kind::Cancel), {});
-        received = receivePacket(fd, answer, out, size, true);
-    }
-    if (received == Received::Gone) {
-        PreloadedLink::hostIsGone();
-        return -EIO;
-    }
-    giveBack(fd);
-    return answer.value;
 }
 
 std::int64_t PreloadedFile::exchange(const wire::Head& head, Bytes in, Space out)
@@ -110,7 +89,7 @@ std::int64_t PreloadedFile::exchange(const wire::Head& head, Bytes in, Space out
 std::optional<Node::Shape> PreloadedFile::shape(std::uint32_t request)
 {
     {
-        const std::lock_guard guard{lock_};
+        const std::lock_guard guard{link_.connections()};
         const auto known = shapes_.find(request);
         if (known != shapes_.end())
             return known->second;
@@ -122,7 +101,7 @@ std::optional<Node::Shape> PreloadedFile::shape(std::uint32_t request)
     std::optional<Node::Shape> shape;
     if (takes >= 0)
         shape = Node::Shape{std::size_t(takes), std::size_t(answer.other)};
-    const std::lock_guard guard{lock_};
+    const std::lock_guard guard{link_.connections()};
     shapes_[request] = shape;
     return shape;
 }
@@ -147,15 +126,15 @@ std::int64_t PreloadedFile::write(Bytes in)
     return exchange(PreloadedLink::head(wire::Kind::Write), in.first(std::min(in.size(), std::size_t{65536})));
 }
 
+/// The host hears of it before it sees the end, and knows that no program has died.
+void PreloadedFile::closing(int fd)
+{
+    (void)sendPacket(fd, PreloadedLink::head(wire::Kind::Closing), {});
+}
+
 void PreloadedFile::close()
 {
-    if (opener_ == link_.forks()) // else it stays open in the process that it came from
-        exchange(PreloadedLink::head(wire::Kind::Close));
-    const std::lock_guard guard{lock_};
-    for (const int fd : further_)
-        closeOwn(fd);
-    further_.clear();
-    idle_.clear();
+    exchange(PreloadedLink::head(wire::Kind::Close));
 }
 
 void PreloadedFile::setLine(const LineSettings& settings)

@@ -7,13 +7,12 @@
 #include <cstring>
 #include <ctime>
 #include <dlfcn.h>
-#include <fcntl.h>
+#include <filesystem>
 #include <sstream>
 #include <unistd.h>
 
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
-#include "simulator/interpose/Terminal.h"
 #include "simulator/interpose/UnitFolder.h"
 #include "simulator/interpose/preloaded/PreloadedFile.h"
 
@@ -22,6 +21,8 @@ namespace hxsim {
 namespace {
 
 PreloadedLink* theLink = nullptr;
+/// Whether this thread holds the control connection: a signal handler on top of it makes one of its own.
+thread_local bool isInControl = false;
 pthread_once_t begun = PTHREAD_ONCE_INIT;
 
 timespec timespecOf(std::int64_t nanoseconds)
@@ -44,15 +45,31 @@ std::vector<std::string> lines(const std::string& text)
 } // namespace
 
 struct PreloadedLink::ForkHandlers {
-    static void prepare() { theLink->lock_.lock(); }
-    static void parent() { theLink->lock_.unlock(); }
+    static inline thread_local bool heldBefore = false; ///< a signal handler forks on top of a question
+
+    static void prepare()
+    {
+        heldBefore = isInControl;
+        if (!heldBefore)
+            theLink->lock_.lock();
+        isInControl = true;
+        theLink->connections_.lock();
+    }
+    static void parent()
+    {
+        theLink->connections_.unlock();
+        if (!heldBefore)
+            theLink->lock_.unlock();
+        isInControl = heldBefore;
+    }
+    /// The connections are the parent's.
     static void child()
     {
         if (theLink->control_ >= 0)
-            closeOwn(theLink->control_); // the parent's
+            Descriptors::table().closeOwn(theLink->control_);
         theLink->control_ = -1;
-        ++theLink->forks_;
-        theLink->lock_.unlock();
+        theLink->connections_.closeAll();
+        parent();
     }
 };
 
@@ -78,13 +95,13 @@ void PreloadedLink::begin()
     const char* const scale = std::getenv(kScaleVariable);
     theLink = new PreloadedLink{folder, scale == nullptr ? 1.0 : std::atof(scale)}; // used until the process is gone
     theLink->learnPaths();
-    theLink->adoptInherited();
     pthread_atfork(&ForkHandlers::prepare, &ForkHandlers::parent, &ForkHandlers::child);
+    theLink->adoptInherited();
     setCurrent(theLink);
 }
 
 PreloadedLink::PreloadedLink(std::string folder, double scale)
-    : folder_{std::move(folder)}, scale_{scale > 0 ? scale : 1.0}
+    : folder_{std::move(folder)}, scale_{scale > 0 ? scale : 1.0}, connections_{folder_}
 {
 }
 
@@ -93,18 +110,28 @@ wire::Head PreloadedLink::head(wire::Kind kind, std::int64_t value)
     return {kind, 0, getpid(), gettid(), value, 0};
 }
 
-void PreloadedLink::hostIsGone()
+int PreloadedLink::unreachable(int error)
 {
+    if (error == EMFILE || error == ENFILE || error == ENOMEM)
+        return -error; // this process's own trouble
+    const bool refused = error == EACCES || error == EPERM;
+    const char* const text = refused ? "hx-sim: this program may not reach the simulated unit: Permission denied\n"
+                             : error == EAGAIN
+                                 ? "hx-sim: the simulated unit does not answer; its devices answer EIO\n"
+                                 : "hx-sim: the simulated unit has ended; its devices answer EIO from now on\n";
     static std::atomic<bool> said{false};
-    constexpr char kText[] = "hx-sim: the simulated unit has ended; its devices answer EIO from now on\n";
     if (!said.exchange(true))
-        (void)!HXSIM_REAL(write)(STDERR_FILENO, kText, sizeof kText - 1);
+        (void)!HXSIM_REAL(write)(STDERR_FILENO, text, std::strlen(text));
+    return refused ? -EACCES : -EIO;
 }
 
 /// Where the unit's paths are is asked once: nearly every path that a program names is none of them.
 void PreloadedLink::learnPaths()
 {
     Packet answer;
+    const int fd = connections_.reserve();
+    if (fd == -EACCES || fd == -EPERM)
+        refused_ = EACCES;
     if (!control(head(wire::Kind::Hello), {}, &answer))
         return;
     for (const std::string& line : lines(answer.text())) {
@@ -125,56 +152,94 @@ void PreloadedLink::learnPath(char kind, const std::string& line)
     where.text = kind == 'F' || kind == 'T';
     where.serial = kind == 'S';
     where.file = end == std::string::npos ? "" : line.substr(end + 1);
-    paths_[line.substr(0, end)] = where;
+    const std::string path = line.substr(0, end);
+    paths_[path] = where;
+    names_.insert(path.substr(path.rfind('/') + 1));
 }
 
 /// Files of the unit that the process was started with.
 void PreloadedLink::adoptInherited()
 {
-    constexpr int kLooked = 256;
-    for (int fd = 0; fd < kLooked; ++fd) {
-        const std::string name = connectionName(fd, folder_);
-        if (name.empty())
-            continue;
-        const int side = connectTo(folder_, "");
-        Packet answer;
-        const bool known =
-            side >= 0 && ask(side, head(wire::Kind::Attach), bytesOf(name), answer) && answer.head.value == 0;
-        if (side >= 0)
-            HXSIM_REAL(close)(side);
-        if (!known)
-            continue;
-        auto descriptor = std::make_shared<Descriptor>(answer.text(), int(answer.head.other));
-        const Where where = paths_[descriptor->path];
-        descriptor->text = where.text;
-        descriptor->serial = where.serial;
-        descriptor->terminal = freshTerminal();
-        descriptor->device = std::make_shared<PreloadedFile>(*this, name, fd, false);
-        Descriptors::table().add(fd, std::move(descriptor));
-    }
+    std::vector<int> numbers;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator{"/proc/self/fd", ignored})
+        numbers.push_back(std::atoi(entry.path().filename().c_str()));
+    for (const int fd : numbers)
+        Descriptors::table().adopt(*this, fd);
+}
+
+std::optional<Link::Adopted> PreloadedLink::adopt(int fd)
+{
+    const std::string name = connectionName(fd, folder_);
+    Packet answer;
+    if (name.empty() || !control(head(wire::Kind::Which), bytesOf(name), &answer) || answer.head.value != 0)
+        return std::nullopt;
+    return Adopted{answer.text(), int(answer.head.other), std::make_shared<PreloadedFile>(*this, answer.head.file)};
+}
+
+bool PreloadedLink::askAside(const wire::Head& question, Bytes bytes, Packet* answer)
+{
+    const int fd = connectTo(folder_, "");
+    const bool good =
+        fd >= 0 && (answer == nullptr ? sendPacket(fd, question, bytes) : ask(fd, question, bytes, *answer));
+    const int error = fd < 0 ? -fd : ECONNRESET;
+    if (fd >= 0)
+        HXSIM_REAL(close)(fd);
+    if (!good)
+        unreachable(error);
+    return good;
 }
 
 bool PreloadedLink::control(const wire::Head& question, Bytes bytes, Packet* answer)
 {
     const Inside inside;
+    if (isInControl || Descriptors::table().isBorrowed())
+        return askAside(question, bytes, answer);
+    struct Holding {
+        Holding() { isInControl = true; }
+        ~Holding() { isInControl = false; }
+    } const holding;
     const std::lock_guard guard{lock_};
     if (control_ < 0) {
         const int fd = connectTo(folder_, "");
         if (fd < 0) {
-            hostIsGone();
+            unreachable(-fd);
             return false;
         }
-        control_ = moveOutOfTheWay(fd);
+        control_ = Descriptors::table().moveOutOfTheWay(fd);
     }
     const bool good =
         answer == nullptr ? sendPacket(control_, question, bytes) : ask(control_, question, bytes, *answer);
-    if (!good)
-        hostIsGone();
-    return good;
+    if (good)
+        return true;
+    unreachable(ECONNRESET);
+    Descriptors::table().closeOwn(control_); // an answer may still come
+    control_ = -1;
+    return false;
+}
+
+bool PreloadedLink::hasName(std::string_view name)
+{
+    return refused_ != 0 || names_.contains(name);
+}
+
+/// A process that may not ask where the unit's paths are takes devices that the machine does not have for the unit's.
+static Link::Where locateRefused(const std::string& path, int error)
+{
+    const bool isUnits =
+        isProductPath(path) || (path.starts_with("/dev/") && HXSIM_REAL(access)(path.c_str(), F_OK) != 0);
+    if (!isUnits)
+        return {};
+    Link::Where where;
+    where.place = Link::Place::Device;
+    where.refused = error;
+    return where;
 }
 
 Link::Where PreloadedLink::locate(const std::string& path)
 {
+    if (refused_ != 0)
+        return locateRefused(path, refused_);
     const auto known = paths_.find(path);
     if (known == paths_.end())
         return {};
@@ -201,22 +266,21 @@ bool PreloadedLink::isAbsent(const std::string& name)
 Link::Opened PreloadedLink::open(const std::string& path, int flags)
 {
     const Inside inside;
+    if (const int fd = connections_.reserve(); fd < 0)
+        return {unreachable(-fd), nullptr};
     const std::string name = newConnectionName();
     const int fd = connectTo(folder_, name);
+    if (fd < 0)
+        return {unreachable(-fd), nullptr};
     Packet answer;
-    if (fd < 0 || !ask(fd, head(wire::Kind::Open, flags), bytesOf(name + '\0' + path), answer)) {
-        hostIsGone();
-        if (fd >= 0)
-            HXSIM_REAL(close)(fd);
-        return {-EIO, nullptr};
-    }
-    if (answer.head.value < 0) {
+    const int result = ask(fd, head(wire::Kind::Open, flags), bytesOf(name + '\0' + path), answer)
+                           ? int(answer.head.value)
+                           : unreachable(ECONNRESET);
+    if (result < 0) {
         HXSIM_REAL(close)(fd);
-        return {int(answer.head.value), nullptr};
+        return {result, nullptr};
     }
-    if ((flags & O_CLOEXEC) == 0)
-        HXSIM_REAL(fcntl)(fd, F_SETFD, 0);
-    return {fd, std::make_shared<PreloadedFile>(*this, name, fd, true)};
+    return {fd, std::make_shared<PreloadedFile>(*this, answer.head.file)};
 }
 
 int PreloadedLink::fault(const std::string& subject, const std::string& call)
@@ -232,10 +296,14 @@ void PreloadedLink::note(const std::string& subject, const std::string& action, 
     control(head(wire::Kind::Note, error), bytesOf(text), nullptr);
 }
 
-int PreloadedLink::sleep(std::int64_t nanoseconds)
+int PreloadedLink::sleep(std::int64_t nanoseconds, std::int64_t* rest)
 {
     const timespec time = timespecOf(real(nanoseconds));
-    return -HXSIM_REAL(clock_nanosleep)(CLOCK_MONOTONIC, 0, &time, nullptr);
+    timespec left{};
+    const int error = HXSIM_REAL(clock_nanosleep)(CLOCK_MONOTONIC, 0, &time, &left);
+    if (error == EINTR && rest != nullptr)
+        *rest = std::int64_t(double(left.tv_sec * kNanosecondsPerSecond + left.tv_nsec) * scale_);
+    return -error;
 }
 
 std::string PreloadedLink::semaphoreName(const std::string& name)

@@ -8,6 +8,7 @@
 
 #include "simulator/interpose/Link.h"
 #include "simulator/interpose/preloaded/Channel.h"
+#include "simulator/interpose/preloaded/Connections.h"
 
 namespace hxsim {
 
@@ -24,13 +25,15 @@ public:
     PreloadedLink(std::string folder, double scale);
 
     Where locate(const std::string& path) override;
+    bool hasName(std::string_view name) override;
     bool isAbsent(const std::string& name) override;
     std::string folder() override { return folder_; }
     std::string root() override { return root_; }
     Opened open(const std::string& path, int flags) override;
+    std::optional<Adopted> adopt(int fd) override;
     int fault(const std::string& subject, const std::string& call) override;
     void note(const std::string& subject, const std::string& action, int error, Bytes in) override;
-    int sleep(std::int64_t nanoseconds) override;
+    int sleep(std::int64_t nanoseconds, std::int64_t* rest) override;
     std::string semaphoreName(const std::string& name) override;
     int wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds) override;
     int post(sem_t* semaphore) override;
@@ -41,10 +44,9 @@ public:
 
     /// Head of a packet from this thread.
     static wire::Head head(wire::Kind kind, std::int64_t value = 0);
-    /// How often this process came out of a fork: connections of its parent are not to be used by it.
-    [[nodiscard]] int forks() const { return forks_; }
-    /// Says once that the host is gone.
-    static void hostIsGone();
+    Connections& connections() { return connections_; }
+    /// What a call answers when the host could not be asked, for this reason: -errno. Says why, once.
+    static int unreachable(int error);
 
 private:
     struct ForkHandlers;
@@ -54,6 +56,8 @@ private:
     void adoptInherited();
     /// Exchanges a packet on the control connection, which the process makes when it first needs it.
     bool control(const wire::Head& head, Bytes bytes, Packet* answer);
+    /// The same on a connection for this alone.
+    bool askAside(const wire::Head& head, Bytes bytes, Packet* answer);
     [[nodiscard]] std::set<std::string> absentNames();
     [[nodiscard]] std::int64_t real(std::int64_t nanoseconds) const
     {
@@ -65,13 +69,11 @@ private:
     std::string root_;       ///< learnt from the host, as what follows
     std::string semaphores_; ///< mark of the unit whose semaphores programs get; empty: the machine's own
     std::map<std::string, Where> paths_;
+    std::set<std::string, std::less<>> names_; ///< what paths_ end in
+    int refused_ = 0;                          ///< the errno with which this process may not reach the unit
+    Connections connections_;
     std::mutex lock_; ///< guards control_
     int control_ = -1;
-    int forks_ = 0;
 };
-
-/// Connections of the door's own, which the program cannot close.
-int moveOutOfTheWay(int fd);
-void closeOwn(int fd);
 
 } // namespace hxsim

@@ -6,8 +6,11 @@
 namespace hxsim::wire {
 
 /// What programs and the host of a unit say to each other on the unit's socket: packets of this head and bytes behind
-/// it, the same for 32- and 64-bit programs. Each connection is either one open file of the unit, or the control
-/// connection of one process.
+/// it, the same for 32- and 64-bit programs.
+///
+/// The connection on which a file was opened carries nothing else: it is the program's descriptor, which the kernel
+/// duplicates, inherits and passes on, and its end tells the host that nobody holds the file any more. What is asked of
+/// a file goes over connections that one thread at a time uses, and names the file by its number.
 enum class Kind : std::uint32_t {
     Answer, ///< host: value = result or -errno
 
@@ -20,20 +23,21 @@ enum class Kind : std::uint32_t {
     Fault,   ///< bytes: subject, NUL, call; answered with an errno
     Note,    ///< bytes: subject, NUL, action, NUL, data; value: errno; no answer
     Command, ///< bytes: words, a NUL after each; value of the answer: 0 or 1, bytes: text
+    Which,   ///< bytes: name of a file's connection; answered with the file, other = flags of its opening, bytes: path
 
-    // On the connection of a file; the first packet is Open or Attach.
-    Open,   ///< value: flags; bytes: name of the file's connection, NUL, path
-    Attach, ///< bytes: name of another connection; from now on this one speaks for its file
+    // Files.
+    Open,   ///< value: flags; bytes: name of this connection, NUL, path; answered with the file
     Shape,  ///< request; answered with value = takes, other = gives, or -1
     Ioctl,  ///< request; bytes: what the driver takes
     Read,   ///< value: size, other: 1 does not wait
-    Cancel, ///< ends a Read that waits
+    Cancel, ///< ends a Read or Drain that waits
     Write,  ///< bytes
     Line,   ///< bytes: LineSettings
     Flush,  ///< value: 1 input, 2 output, 3 both
     Drain,
     Readable,
-    Close, ///< the process has closed its last descriptor
+    Closing, ///< on the file's own connection, before the process closes its last descriptor; no answer
+    Close,   ///< the process has closed its last descriptor; the host looks whether somebody else has one
 };
 
 struct Head {
@@ -43,8 +47,9 @@ struct Head {
     std::int32_t thread;
     std::int64_t value;
     std::int64_t other;
+    std::uint64_t file = 0; ///< the number that the host gave it
 };
-static_assert(sizeof(Head) == 32);
+static_assert(sizeof(Head) == 40);
 
 /// More than any driver's block and any chunk of a stream.
 constexpr std::size_t kLargestPacket = 160 * 1024;

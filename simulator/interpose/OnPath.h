@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <string>
+
+#include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Generated.h"
+#include "simulator/interpose/Paths.h"
+
+namespace hxsim {
+
+/// The machine's file whose properties a file of the unit shows: a character device, or a small file.
+std::string standIn(Link& link, bool text);
+
+/// A call that names a path without opening it: `call(path on this machine)` for a path of the unit, else `forward()`.
+template <typename Forward, typename Call>
+int onPathOr(int folder, const char* path, const std::string& action, Forward forward, Call call)
+{
+    UnitPath unit = findPath(folder, path);
+    const bool generated =
+        !unit && path != nullptr && path[0] == '/' && isGenerated(path) && Link::current() != nullptr;
+    if (generated)
+        unit = {Link::current(), path};
+    if (!unit)
+        return forward();
+    KeepErrno keep;
+    const int error = unit.error();
+    int result = error != 0 ? -error : -unit.link->fault(unit.path, action.substr(0, action.find(' ')));
+    if (result == 0) {
+        const std::string real = generated                 ? unit.link->root() + path
+                                 : unit.where.file.empty() ? standIn(*unit.link, unit.where.text)
+                                                           : unit.where.file;
+        result = call(real.c_str()) == 0 ? 0 : -errno;
+    }
+    unit.link->note(shownName(unit.path), action, -result);
+    return keep.answer(result);
+}
+
+} // namespace hxsim

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <string>
+
+#include "simulator/interpose/Link.h"
+
+namespace hxsim {
+
+/// What a path that a program names comes to on the unit: relative to the working directory or to an open one, through
+/// "." and "..", through symbolic links of the machine.
+struct UnitPath {
+    Link* link = nullptr; ///< null: the path is none of the unit's, and the call goes to the machine
+    std::string path{};
+    Link::Where where{};
+    bool asFolder = false; ///< a slash stands behind it
+
+    [[nodiscard]] explicit operator bool() const { return link != nullptr; }
+    /// The errno of a call that needs the path to be there, or 0.
+    [[nodiscard]] int error() const;
+};
+
+/// `folder` is a descriptor of a directory, or AT_FDCWD.
+UnitPath findPath(int folder, const char* path);
+
+} // namespace hxsim

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <csignal>
+#include <mutex>
+#include <pthread.h>
+
+namespace hxsim {
+
+/// A lock held for a few instructions, whose holder no signal handler interrupts: a handler may read, write, duplicate
+/// and close descriptors, and would wait forever for the thread that it stands on. Locked before a fork and unlocked on
+/// both sides of it, no child waits for a thread that it does not have.
+class SignalSafeLock {
+public:
+    void lock()
+    {
+        sigset_t all;
+        sigset_t before;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before);
+        mutex_.lock();
+        before_ = before;
+    }
+    void unlock()
+    {
+        const sigset_t before = before_;
+        mutex_.unlock();
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    }
+
+private:
+    std::mutex mutex_;
+    sigset_t before_{}; ///< of the thread that holds it
+};
+
+} // namespace hxsim

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// C streams, and temporary files.
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <string>
+#include <unistd.h>
+
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Generated.h"
+#include "simulator/interpose/Paths.h"
+
+namespace hxsim {
+
+namespace {
+
+/// mkstemp in the unit's root directory makes the file in the unit's folder.
+int makeTemporary(char* pattern, bool& outside)
+{
+    Link* const link = Link::current();
+    outside = link == nullptr || pattern[0] != '/' || std::strchr(pattern + 1, '/') != nullptr;
+    if (outside)
+        return -1;
+    KeepErrno keep;
+    const std::string shown = pattern;
+    std::string real = link->root() + pattern;
+    int result = -link->fault(shown, "mkstemp");
+    if (result == 0) {
+        result = HXSIM_REAL(mkstemp64)(real.data());
+        if (result < 0)
+            result = -errno;
+        std::memcpy(pattern, real.data() + link->root().size(), shown.size());
+        rememberGenerated(pattern, shown);
+    }
+    link->note(shown, "mkstemp", result < 0 ? -result : 0);
+    return keep.answer(result);
+}
+
+/// An attribute's text in a stream of its own: C++ streams ask a stream for its descriptor, so it must have one.
+FILE* streamOfAttribute(Link& link, const std::string& path, bool& refused)
+{
+    Link::Opened opened = link.open(path, O_RDONLY);
+    refused = opened.descriptor < 0;
+    if (refused) {
+        errno = -opened.descriptor;
+        return nullptr;
+    }
+    std::string text(65536, '\0');
+    const std::int64_t size = opened.file->read({reinterpret_cast<std::uint8_t*>(text.data()), text.size()}, true);
+    opened.file->close();
+    HXSIM_REAL(close)(opened.descriptor);
+    FILE* const stream = HXSIM_REAL(tmpfile64)();
+    if (stream != nullptr && size > 0) {
+        std::fwrite(text.data(), 1, std::size_t(size), stream);
+        std::rewind(stream);
+    }
+    return stream;
+}
+
+/// Programs that read and write by the stream's descriptor can then be made to fail.
+FILE* streamOfFile(const std::string& path, const char* mode, const std::string& file)
+{
+    FILE* const stream = HXSIM_REAL(fopen64)(file.c_str(), mode);
+    if (stream == nullptr)
+        return nullptr;
+    auto descriptor = std::make_shared<Descriptor>(path, 0);
+    descriptor->text = true;
+    descriptor->stream = true;
+    Descriptors::table().add(fileno(stream), std::move(descriptor));
+    return stream;
+}
+
+FILE* openStream(const UnitPath& unit, const char* mode)
+{
+    Link& link = *unit.link;
+    const std::string action = std::string{"fopen "} + mode;
+    const bool isFile = unit.where.place == Link::Place::File;
+    const int absent = unit.error();
+    const int error = absent != 0 ? absent : link.fault(unit.path, "fopen");
+    FILE* stream = nullptr;
+    bool recorded = false;
+    if (error != 0)
+        errno = error;
+    else if (isFile)
+        stream = streamOfFile(unit.path, mode, unit.where.file);
+    else if (unit.where.text && mode[0] == 'r' && std::strchr(mode, '+') == nullptr)
+        stream = streamOfAttribute(link, unit.path, recorded);
+    else
+        errno = EACCES;
+    if (!recorded)
+        link.note(unit.path, action, stream == nullptr ? errno : 0);
+    return stream;
+}
+
+template <typename Forward>
+FILE* fopenOr(const char* path, const char* mode, Forward forward)
+{
+    const UnitPath unit = findPath(AT_FDCWD, path);
+    if (!unit) {
+        guardTheMachine(path);
+        return forward();
+    }
+    KeepErrno keep;
+    FILE* const stream = openStream(unit, mode);
+    return stream == nullptr ? keep.pass(stream) : stream;
+}
+
+} // namespace
+
+} // namespace hxsim
+
+using namespace hxsim;
+
+HXSIM_ENTRY FILE* fopen(const char* path, const char* mode)
+{
+    return fopenOr(path, mode, [&] { return HXSIM_REAL(fopen)(path, mode); });
+}
+
+HXSIM_ENTRY FILE* fopen64(const char* path, const char* mode)
+{
+    return fopenOr(path, mode, [&] { return HXSIM_REAL(fopen64)(path, mode); });
+}
+
+HXSIM_ENTRY int fclose(FILE* stream)
+{
+    const Descriptors::Removed removed =
+        stream == nullptr ? Descriptors::Removed{} : Descriptors::table().remove(fileno(stream));
+    if (removed.descriptor == nullptr)
+        return HXSIM_REAL(fclose)(stream);
+    KeepErrno keep;
+    Link* const link = Link::current();
+    const bool isFile = removed.descriptor->device == nullptr;
+    const int error = link == nullptr || !isFile ? 0 : link->fault(removed.descriptor->path, "fclose");
+    const int result = HXSIM_REAL(fclose)(stream);
+    if (result < 0)
+        (void)keep.pass(result);
+    removed.release();
+    return error != 0 ? keep.answer(-error) : result;
+}
+
+HXSIM_ENTRY int mkstemp(char* pattern)
+{
+    bool outside = false;
+    const int result = makeTemporary(pattern, outside);
+    return outside ? HXSIM_REAL(mkstemp)(pattern) : result;
+}
+
+HXSIM_ENTRY int mkstemp64(char* pattern)
+{
+    bool outside = false;
+    const int result = makeTemporary(pattern, outside);
+    return outside ? HXSIM_REAL(mkstemp64)(pattern) : result;
+}
