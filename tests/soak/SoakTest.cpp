@@ -1,0 +1,377 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// Every operation of every interface, and every factory with its release, over and over: nothing may grow with the
+// number of calls. HX_SOAK_ROUNDS says how often; scripts/check.sh soak takes a million.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "hx-aux/Jida.h"
+#include "tests/faults/Arguments.h"
+#include "tests/faults/World.h"
+#include "tests/soak/Holdings.h"
+#include "tests/support/EveryOperation.h"
+
+using namespace Halvix;
+using faults::Try;
+
+namespace soak {
+
+namespace {
+
+constexpr int kWarmUp = 30;
+
+/// Uses that take milliseconds each. They have fewer rounds.
+struct Slow {
+    std::string_view use; ///< how its name begins
+    int divisor;
+    const char* reason;
+};
+constexpr Slow kSlow[] = {
+    {"FirmwareUpgrade.startFpga", 4, "a whole flash, and a thread that waits for it page by page"},
+    {"FirmwareUpgrade.startSS", 5, "a file of 95 kB and a whole conversation with the bootloader"},
+    {"FirmwareUpgrade.startFront", 5, "a file of 50 kB and a whole conversation with the bootloader"},
+};
+
+/// What the headers say of handles that stay open: growth with each call.
+struct Growth {
+    std::string_view use;
+    std::size_t descriptors;
+    const char* reason;
+};
+constexpr Growth kGrowing[] = {
+    {"Video.init", 1, "the device of an earlier call stays open until the process ends"},
+};
+constexpr int kRoundsOfGrowing = 200;
+
+int roundsOf(const std::string& use)
+{
+    const char* const wanted = std::getenv("HX_SOAK_ROUNDS");
+    int rounds = wanted != nullptr ? std::atoi(wanted) : heapIsExact() ? 2000 : 100;
+    for (const Slow& slow : kSlow)
+        if (use.starts_with(slow.use))
+            rounds = std::max(rounds / slow.divisor, 50);
+    for (const Growth& growing : kGrowing)
+        if (use == growing.use)
+            rounds = std::min(rounds, kRoundsOfGrowing);
+    return rounds;
+}
+
+const Growth* growthOf(const std::string& use)
+{
+    const auto* const found = std::ranges::find(kGrowing, use, &Growth::use);
+    return found != std::end(kGrowing) ? found : nullptr;
+}
+
+// What ends one round, so that the next is like it.
+
+template <class Interface>
+void endRound(Interface&, const Try& tried, const std::string&, SimulatedUnit& unit)
+{
+    if (tried.milliseconds == 0 || faults::runsForGood(tried.operation))
+        return;
+    unit.sleepFor(tried.milliseconds);
+    waitForThreads();
+}
+
+void endRound(Lightsensor& sensor, const Try&, const std::string& name, SimulatedUnit&)
+{
+    if (name == "startAverageCalc") {
+        (void)sensor.stopAverageCalc();
+        waitForThreads();
+    }
+}
+
+void endRound(Telematics& telematics, const Try& tried, const std::string& name, SimulatedUnit&)
+{
+    const HXStatus opposite = !tried.numbers.empty() && tried.numbers[0] == 1 ? HXStatusDisabled : HXStatusEnabled;
+    if (name == "setGPRSPowerStatus")
+        (void)telematics.setGPRSPowerStatus(opposite);
+    if (name == "setWLANPowerStatus")
+        (void)telematics.setWLANPowerStatus(opposite);
+}
+
+/// Threads that work through all rounds: the automatic backlight's own and that of its averaging, or the averaging.
+std::size_t threadsOf(const std::string& use)
+{
+    return faults::runsForGood(use) ? 2 : use == "Lightsensor.getAverageIlluminance" ? 1 : 0;
+}
+
+struct Counter {
+    int uses = 0;
+    long rounds = 0;
+};
+
+/// Calls `round` over and over and compares before and after. `round` answers whether it went as it should.
+void repeat(const std::string& use, SimulatedUnit& unit, const std::function<bool()>& round, Counter& counter)
+{
+    int wrong = 0;
+    const auto times = [&](int rounds) {
+        for (int i = 0; i < rounds; ++i) {
+            wrong += round() ? 0 : 1;
+            digestJournal();
+        }
+    };
+    const int rounds = roundsOf(use);
+    times(kWarmUp);
+    Holdings expected = Holdings::now(unit, threadsOf(use));
+    times(rounds);
+    Holdings found = Holdings::now(unit, threadsOf(use));
+    if (const Growth* const growth = growthOf(use)) {
+        expected.descriptors += growth->descriptors * static_cast<std::size_t>(rounds);
+        expected.heap = found.heap = {}; // the unit's own notes of an open file
+    }
+    EXPECT_EQ(found, expected) << use << " after " << rounds << " rounds";
+    EXPECT_EQ(wrong, 0) << use << " answers otherwise";
+    ++counter.uses;
+    counter.rounds += rounds;
+}
+
+bool isUsual(const Try& tried, int answer)
+{
+    const bool again = faults::runsForGood(tried.operation) && answer == ERR_INIT_FAILED; // it was initialised before
+    return answer == tried.usual || answer == ERR_NOT_SUPPORTED || again;
+}
+
+template <class Interface>
+void soakFactory(Counter& counter)
+{
+    using Operations = every::Operations<Interface>;
+    SimulatedUnit unit;
+    startAnew();
+    const auto round = [] {
+        Interface* const object = Operations::make();
+        return object != nullptr && object->Release() == ERR_SUCCESS;
+    };
+    repeat(std::string{Operations::kName} + ".Get" + Operations::kName, unit, round, counter);
+}
+
+template <class Interface, class Operation>
+void soakOperation(const Try& tried, const std::string& name, Operation operation, Counter& counter)
+{
+    SimulatedUnit unit;
+    faults::furnish(unit, tried);
+    startAnew();
+    Interface* const object = every::Operations<Interface>::make();
+    faults::prepare(*object, name, unit);
+    const auto round = [&] {
+        faults::Arguments arguments{tried.numbers, tried.texts};
+        const bool good = isUsual(tried, arguments.call(*object, operation));
+        endRound(*object, tried, name, unit);
+        return good;
+    };
+    repeat(tried.operation, unit, round, counter);
+    faults::finish(*object, name, unit);
+    object->Release();
+    waitForThreads(faults::runsForGood(tried.operation) ? threadsOf(tried.operation) : 0);
+}
+
+/// With a wait, the second answer would never come.
+std::vector<Try> triesOf(const std::string& operation)
+{
+    if (operation == "FirmwareUpgrade.getUpgradeStatus")
+        return {{operation, {0}}};
+    return faults::triesOf(operation);
+}
+
+std::string partOf(const std::string& operation)
+{
+    for (const char* part : {"Fpga", "SS", "Front"})
+        if (operation.starts_with("start" + std::string{part}))
+            return part;
+    return {};
+}
+
+void print(const std::string& subject, const Counter& counter)
+{
+    std::printf("[  SOAK    ] %s: %d ways of use, %ld rounds\n", subject.c_str(), counter.uses, counter.rounds);
+}
+
+/// One part of an interface's operations; the factory belongs to the nameless one.
+template <class Interface>
+void soak(const std::string& part = "")
+{
+    using Operations = every::Operations<Interface>;
+    const std::string interface = Operations::kName;
+    Counter counter;
+    if (part.empty())
+        soakFactory<Interface>(counter);
+    Operations::visit([&](const char* name, auto operation) {
+        if (partOf(name) != part)
+            return;
+        for (const Try& tried : triesOf(interface + '.' + name))
+            if (tried.scope == faults::Scope::Caller)
+                soakOperation<Interface>(tried, name, operation, counter);
+    });
+    print(interface + part, counter);
+}
+
+} // namespace
+
+// One test for each interface: they run in parallel.
+
+TEST(Soak, LeavesAboutAsItWas)
+{
+    soak<About>();
+}
+TEST(Soak, LeavesAdcAsItWas)
+{
+    soak<Adc>();
+}
+TEST(Soak, LeavesAuxVersionAsItWas)
+{
+    soak<AuxVersion>();
+}
+TEST(Soak, LeavesBacklightAsItWas)
+{
+    soak<Backlight>();
+}
+TEST(Soak, LeavesBuzzerAsItWas)
+{
+    soak<Buzzer>();
+}
+TEST(Soak, LeavesCanSettingAsItWas)
+{
+    soak<CanSetting>();
+}
+TEST(Soak, LeavesConfigAsItWas)
+{
+    soak<Config>();
+}
+TEST(Soak, LeavesDiagnosticAsItWas)
+{
+    soak<Diagnostic>();
+}
+TEST(Soak, LeavesDigIOAsItWas)
+{
+    soak<DigIO>();
+}
+TEST(Soak, LeavesFirmwareUpgradeAsItWas)
+{
+    soak<FirmwareUpgrade>();
+}
+TEST(Soak, LeavesFpgaUpgradesAsTheyWere)
+{
+    soak<FirmwareUpgrade>("Fpga");
+}
+TEST(Soak, LeavesSupervisorUpgradesAsTheyWere)
+{
+    soak<FirmwareUpgrade>("SS");
+}
+TEST(Soak, LeavesFrontUpgradesAsTheyWere)
+{
+    soak<FirmwareUpgrade>("Front");
+}
+TEST(Soak, LeavesFrontLEDAsItWas)
+{
+    soak<FrontLED>();
+}
+TEST(Soak, LeavesHXAuxPrivateAsItWas)
+{
+    soak<HXAuxPrivate>();
+}
+TEST(Soak, LeavesLightsensorAsItWas)
+{
+    soak<Lightsensor>();
+}
+TEST(Soak, LeavesPowerAsItWas)
+{
+    soak<Power>();
+}
+TEST(Soak, LeavesTelematicsAsItWas)
+{
+    soak<Telematics>();
+}
+TEST(Soak, LeavesTouchScreenAsItWas)
+{
+    soak<TouchScreen>();
+}
+TEST(Soak, LeavesTouchScreenCalibAsItWas)
+{
+    soak<TouchScreenCalib>();
+}
+TEST(Soak, LeavesVideoAsItWas)
+{
+    soak<Video>();
+}
+
+/// Runs that end early: threads come and go, thousands of them, without a conversation.
+TEST(Soak, LeavesThreadedRunsThatFailAsTheyWere)
+{
+    using Start = eErr (FirmwareUpgrade::*)(const char*, bool);
+    Counter counter;
+    for (const Start start : {&FirmwareUpgrade::startFpgaUpgrade, &FirmwareUpgrade::startFpgaVerification}) {
+        SimulatedUnit unit{"fpga.status = 1"};
+        startAnew();
+        FirmwareUpgrade* const upgrade = GetFirmwareUpgrade();
+        const auto round = [&] {
+            const eErr answer = (upgrade->*start)("/opt/etc/none.mcs", false);
+            unit.sleepFor(1000);
+            waitForThreads();
+            UpgradeStatus status{};
+            bool failed = false;
+            for (int i = 0; i < 10 && !failed; ++i) {
+                (void)upgrade->getUpgradeStatus(&status, false);
+                failed = status.action == UpgradeActionFailed;
+            }
+            return answer == ERR_SUCCESS && failed;
+        };
+        repeat("threaded run that fails", unit, round, counter);
+        upgrade->Release();
+    }
+    print("threaded runs that fail", counter);
+}
+
+/// The object goes while its thread still works.
+TEST(Soak, LeavesObjectsThatAreReleasedInABeepOrAnAveragingAsTheyWere)
+{
+    Counter counter;
+    SimulatedUnit unit;
+    startAnew();
+    const auto beep = [&] {
+        Buzzer* const buzzer = GetBuzzer();
+        const eErr answer = buzzer->buzze(200, false);
+        buzzer->Release();
+        unit.sleepFor(500);
+        waitForThreads();
+        return answer == ERR_SUCCESS;
+    };
+    repeat("Buzzer released in a beep", unit, beep, counter);
+    const auto average = [&] {
+        Lightsensor* const sensor = GetLightsensor();
+        const eErr answer = sensor->startAverageCalc(2, 2, 50, SamplingModeAuto);
+        (void)sensor->stopAverageCalc();
+        sensor->Release();
+        waitForThreads();
+        return answer == ERR_SUCCESS;
+    };
+    repeat("Lightsensor with an averaging", unit, average, counter);
+    print("objects released early", counter);
+}
+
+TEST(Soak, LeavesTheFunctionsAsTheyWere)
+{
+    SimulatedUnit unit;
+    startAnew();
+    Counter counter;
+    const std::map<std::string, std::function<bool()>> functions{
+        {"GetErrorStringA", [] { return GetErrorStringA(ERR_OPEN_FAILED) != nullptr; }},
+        {"GetErrorStringW", [] { return GetErrorStringW(ERR_OPEN_FAILED) != nullptr; }},
+        {"GetHwErrorStatusStringA", [] { return GetHwErrorStatusStringA(1) != nullptr; }},
+        {"GetHwErrorStatusStringW", [] { return GetHwErrorStatusStringW(1) != nullptr; }},
+        {"GetStartupReasonStringA", [] { return GetStartupReasonStringA(1) != nullptr; }},
+        {"GetStartupReasonStringW", [] { return GetStartupReasonStringW(1) != nullptr; }},
+        {"DoesSystemHaveAtLeastFPGAVersion", [] { return DoesSystemHaveAtLeastFPGAVersion(0, 0, 0, 0); }},
+        {"DoesSystemHaveAtLeastSSVersion", [] { return DoesSystemHaveAtLeastSSVersion(0, 0, 0, 0); }},
+        {"DoesSystemHaveAtLeastFrontVersion", [] { return DoesSystemHaveAtLeastFrontVersion(0, 0, 0, 0); }},
+        {"JidaLinuxInitialize", [] { return JidaLinuxInitialize(); }},
+    };
+    for (const auto& [name, call] : functions)
+        repeat(name, unit, call, counter);
+    print("functions", counter);
+}
+
+} // namespace soak
