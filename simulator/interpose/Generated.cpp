@@ -3,6 +3,7 @@
 
 #include <map>
 #include <mutex>
+#include <pthread.h>
 
 namespace hxsim {
 
@@ -17,6 +18,12 @@ Table& table()
 {
     static auto* const names = new Table; // used until the very end of the program
     return *names;
+}
+
+/// Another thread must not hold the lock at a fork, or the child would wait for it forever.
+__attribute__((constructor)) void keepAcrossForks()
+{
+    pthread_atfork([] { table().lock.lock(); }, [] { table().lock.unlock(); }, [] { table().lock.unlock(); });
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <map>
 #include <mutex>
+#include <pthread.h>
 #include <semaphore.h>
 
 #include "simulator/interpose/Entry.h"
@@ -43,6 +44,12 @@ public:
         static auto* const names = new Names; // programs use semaphores until their very end
         return *names;
     }
+    /// Another thread must not hold the lock at a fork, or the child would wait for it forever. From the start, because
+    /// handlers of a program's own locks, held around its calls, have to come later.
+    static void keepAcrossForks()
+    {
+        pthread_atfork([] { table().lock_.lock(); }, [] { table().lock_.unlock(); }, [] { table().lock_.unlock(); });
+    }
 
 private:
     struct Row {
@@ -52,6 +59,11 @@ private:
     std::mutex lock_;
     std::map<sem_t*, Row> rows_;
 };
+
+__attribute__((constructor)) void keepNamesAcrossForks()
+{
+    Names::keepAcrossForks();
+}
 
 sem_t* openSemaphore(Link& link, const char* text, int flags, mode_t mode, unsigned value)
 {
