@@ -7,7 +7,8 @@
 /// one from a thread that it does not have. Nobody holds one while acquiring the other.
 namespace Halvix::processlocks {
 
-/// Guards the file-creation mask while it differs from the application's.
+/// Guards the file-creation mask while it differs from the application's, and keeps forks out of the C library's calls
+/// that open and close semaphores.
 std::mutex& creationMask();
 /// Guards the table of semaphore handles.
 std::mutex& semaphoreTable();

@@ -172,6 +172,8 @@ void LinuxWrapper::CloseSema(int sema)
     sem_t* semaphore = openSemaphore(sema);
     if (semaphore != nullptr)
         forget(sema);
+    // The C library locks its list of semaphores in sem_open and sem_close, and no fork resets that lock.
+    const std::lock_guard noFork{processlocks::creationMask()};
     if (semaphore == nullptr || ::sem_close(semaphore) != 0)
         complain("failed to close semaphore");
 }
