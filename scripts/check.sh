@@ -11,7 +11,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-names=(format shell spelling source layers clang tidy headers docs abi tests conformance mutants asan tsan fuzz coverage)
+names=(format shell spelling source layers clang tidy headers docs abi tests conformance soak mutants asan tsan fuzz coverage)
 
 sources() { git ls-files '*.cpp' '*.h' '*.c'; }
 
@@ -43,8 +43,12 @@ check_conformance() { scripts/conformance.sh; }
 # A random dozen; the seed in the log repeats the choice.
 check_mutants() { scripts/mutants --random 12; }
 check_asan() { build_and_test asan; }
-# The library neither joins nor detaches its threads, as its interface says: that is no finding.
-check_tsan() { TSAN_OPTIONS=report_thread_leaks=0 build_and_test tsan; }
+check_tsan() { build_and_test tsan; }
+check_soak() {
+    cmake --preset x86_64 -DHX_TESTS=ON
+    cmake --build --preset x86_64 -j "$(nproc)" --target test_soak
+    HX_SOAK_ROUNDS=1000000 build/x86_64/tests/test_soak --gtest_filter='Soak*'
+}
 check_fuzz() { scripts/fuzz.sh all 60; }
 check_coverage() { scripts/coverage.sh; }
 

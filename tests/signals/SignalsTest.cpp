@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// The application's signals, every millisecond, change neither what operations answer nor what is stored.
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "tests/processes/Process.h"
+#include "tests/upgrade/FirmwareTexts.h"
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+/// A unit whose time runs ten times faster than real, in a folder with firmware files, for one program at a time.
+class FastUnit {
+public:
+    explicit FastUnit(const std::vector<std::string>& description)
+    {
+        static int made = 0;
+        name_ = "signals-" + std::to_string(getpid()) + '-' + std::to_string(++made);
+        std::string pattern = (std::filesystem::temp_directory_path() / "hx-signals-XXXXXX").string();
+        folder_ = mkdtemp(pattern.data());
+        std::ofstream{folder_ / "ss.hex"} << firmware::intelHexOfSize(95000, firmware::pattern(5000));
+        std::ofstream{folder_ / "front.hex"} << firmware::intelHexOfSize(50000, firmware::pattern(5000));
+        std::ofstream{folder_ / "fpga.mcs"} << firmware::mcs(firmware::pattern(4000));
+        std::vector<std::string> command{HXSIM_PROGRAM, "start", "--scale", "10"};
+        for (const std::string& line : description)
+            command.insert(command.end(), {"--set", line});
+        command.push_back(name_);
+        EXPECT_EQ(Process{command}.status(), 0);
+    }
+    ~FastUnit()
+    {
+        (void)Process{{HXSIM_PROGRAM, "stop", name_}}.status();
+        std::filesystem::remove_all(folder_);
+    }
+    FastUnit(const FastUnit&) = delete;
+    FastUnit& operator=(const FastUnit&) = delete;
+
+    struct Told {
+        std::string output;
+        int status;
+    };
+    [[nodiscard]] Told carryOut(const std::string& mode, const std::string& scene) const
+    {
+        Process program{{"/bin/sh", "-c",
+                         "cd '" + folder_.string() + "' && exec '" HXSIM_PROGRAM "' run --unit " + name_ +
+                             " -- '" HXDISTURBED_PROGRAM "' " + mode + ' ' + scene + " 2>/dev/null"}};
+        std::string output = program.rest();
+        return {output, program.status()};
+    }
+    /// What the unit keeps: settings, production data, firmware, pins.
+    [[nodiscard]] std::string kept() const
+    {
+        constexpr const char* kWhat =
+            " eeprom.main.text eeprom.addon.text supervisor.flash-crc front.flash-crc expander.directions"
+            " expander.latch expander.pins telematics.gsm telematics.wlan-power uart.direction uart.mode"
+            " daemon.commands buzzer.frequency";
+        Process get{{"/bin/sh", "-c",
+                     "'" HXSIM_PROGRAM "' get --unit " + name_ + kWhat + "; '" HXSIM_PROGRAM "' run --unit " + name_ +
+                         " -- cat /opt/etc/hxaux.ini"}};
+        return get.rest();
+    }
+
+private:
+    std::string name_;
+    std::filesystem::path folder_;
+};
+
+struct Scene {
+    const char* name;
+    std::vector<std::string> description{};
+};
+
+void PrintTo(const Scene& scene, std::ostream* stream)
+{
+    *stream << scene.name;
+}
+
+class Signals : public testing::TestWithParam<std::tuple<Scene, const char*>> {};
+
+TEST_P(Signals, ChangeNoAnswerAndNothingStored)
+{
+    const auto& [scene, mode] = GetParam();
+    std::vector<std::string> description = scene.description;
+    description.push_back("uart.paced = no");
+    const FastUnit undisturbed{description};
+    const FastUnit disturbed{description};
+
+    const FastUnit::Told expected = undisturbed.carryOut("quiet", scene.name);
+    const FastUnit::Told told = disturbed.carryOut(mode, scene.name);
+
+    EXPECT_EQ(expected.status, 0);
+    EXPECT_EQ(told.status, 0);
+    EXPECT_THAT(expected.output, AllOf(Not(testing::IsEmpty()), HasSubstr("signals on other threads 0 0\n")));
+    EXPECT_EQ(told.output, expected.output);
+    EXPECT_EQ(disturbed.kept(), undisturbed.kept());
+}
+
+std::string nameOf(const testing::TestParamInfo<Signals::ParamType>& info)
+{
+    std::string name = std::string{std::get<0>(info.param).name} + '-' + std::get<1>(info.param);
+    std::erase(name, '-');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Every, Signals,
+                         testing::Combine(testing::Values(Scene{"settings"}, Scene{"production-data"}, Scene{"modules"},
+                                                          Scene{"averaging"}, Scene{"upgrades"}, Scene{"front-upgrade"},
+                                                          Scene{"daemon", {"daemon.full = on"}}, Scene{"everything"},
+                                                          Scene{"automatic-backlight"}, Scene{"background"}),
+                                          testing::Values("plain", "restart")),
+                         nameOf);
+
+// The same answers as an undisturbed run are worth something only if that run does what it should.
+
+TEST(WithoutSignals, ModulesAreSwitchedAndUpgradesSucceed)
+{
+    const FastUnit unit{{"uart.paced = no"}};
+
+    EXPECT_THAT(unit.carryOut("quiet", "modules").output,
+                AllOf(HasSubstr("setGPRSPowerStatus 0\ngetGPRSPowerStatus 0 1\n"),
+                      HasSubstr("setGPRSPowerStatus 0\ngetGPRSPowerStatus 0 0\n")));
+    EXPECT_THAT(unit.carryOut("quiet", "upgrades").output,
+                AllOf(HasSubstr("startSSUpgrade 0\nstartSSVerification 0\n"), HasSubstr("startFpgaUpgrade 0\n")));
+    EXPECT_THAT(unit.carryOut("quiet", "averaging").output,
+                AllOf(Not(HasSubstr("startAverageCalc 20")), HasSubstr("descriptors left 0 0\n")));
+    EXPECT_THAT(unit.carryOut("quiet", "background").output, HasSubstr("the beep lasts two seconds 0\n"));
+}
+
+} // namespace
