@@ -134,7 +134,7 @@ TEST_F(HostileClients, SendChance)
             for (char& byte : bytes)
                 byte = char(chance());
             if (bytes.size() >= 4 && chance() % 4 != 0)
-                std::memcpy(bytes.data(), std::array<std::uint32_t, 1>{std::uint32_t(chance() % 18)}.data(), 4);
+                std::memcpy(bytes.data(), std::array<std::uint32_t, 1>{std::uint32_t(chance() % 22)}.data(), 4);
             if (bytes.starts_with(std::string("\6\0\0\0", 4)))
                 bytes[0] = 1; // a command by chance could be "stop"
             (void)one.sendBytes(bytes, MSG_DONTWAIT);
@@ -191,7 +191,7 @@ void liveUntil(const Raw& control, const Raw& file, const Raw& further, int last
         [&] { control.say(wire::Kind::Command, std::string{"follow"} + '\0'); },
         [&] { file.say(wire::Kind::Open, std::string{"n"} + '\0' + "/dev/ttyS0", 2); },
         [&] { (void)file.hears(); },
-        [&] { further.say(wire::Kind::Attach, "n"); },
+        [&] { further.say(wire::Kind::Which, "n"); },
         [&] { further.say(wire::Kind::Read, "", 10); },
         [&] { file.say(wire::Kind::Drain); },
         [&] { file.say(wire::Kind::Close); },
