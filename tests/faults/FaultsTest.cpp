@@ -360,7 +360,9 @@ private:
         // Nothing but a lack of memory, a thread that has none, or a version that could not be asked for.
         static const std::set<int> kLacks{ERR_CREATE_THREAD, ERR_INIT_FAILED, ERR_NEWER_SS_VERSION_REQUIRED,
                                           ERR_NEWER_FRONT_VERSION_REQUIRED, ERR_MEM_ALLOC_FAIL};
-        if (kind == Kind::Allocation && outcome.code != healthy_.code && !kLacks.contains(outcome.code))
+        // The serial port answers with a null handle whether it cannot be opened or has no memory for one.
+        const bool noPort = outcome.code == ERR_OPEN_FAILED && operation.starts_with("start");
+        if (kind == Kind::Allocation && outcome.code != healthy_.code && !kLacks.contains(outcome.code) && !noPort)
             complain("answers " + std::to_string(outcome.code) + " " + name + " when memory runs out");
     }
 
