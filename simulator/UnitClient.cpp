@@ -54,7 +54,7 @@ std::string UnitClient::ask(const std::vector<std::string>& words)
     head.kind = wire::Kind::Command;
     head.process = getpid();
     Packet answer;
-    if (!hxsim::ask(fd_, head, bytesOf(text), answer))
+    if (!hxsim::ask(fd_, head, bytesOf(text), answer, int(kPatience.count())))
         throw NoUnit{errno == EAGAIN ? "the unit does not answer" : "the unit has ended"};
     if (answer.head.value != 0)
         throw BadText{answer.text()};

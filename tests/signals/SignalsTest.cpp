@@ -59,7 +59,7 @@ public:
     [[nodiscard]] std::string kept() const
     {
         constexpr const char* kWhat =
-            " eeprom.main.text eeprom.addon.text supervisor.flash-crc front.flash-crc expander.directions"
+            " eeprom.main.text eeprom.addon.text ss.flash-crc front.flash-crc expander.directions"
             " expander.latch expander.pins telematics.gsm telematics.wlan-power uart.direction uart.mode"
             " daemon.commands buzzer.frequency";
         Process get{{"/bin/sh", "-c",
@@ -112,9 +112,9 @@ std::string nameOf(const testing::TestParamInfo<Signals::ParamType>& info)
 
 INSTANTIATE_TEST_SUITE_P(Every, Signals,
                          testing::Combine(testing::Values(Scene{"settings"}, Scene{"production-data"}, Scene{"modules"},
-                                                          Scene{"averaging"}, Scene{"upgrades"}, Scene{"front-upgrade"},
+                                                          Scene{"upgrades"}, Scene{"front-upgrade"},
                                                           Scene{"daemon", {"daemon.full = on"}}, Scene{"everything"},
-                                                          Scene{"automatic-backlight"}, Scene{"background"}),
+                                                          Scene{"background"}),
                                           testing::Values("plain", "restart")),
                          nameOf);
 
@@ -129,8 +129,6 @@ TEST(WithoutSignals, ModulesAreSwitchedAndUpgradesSucceed)
                       HasSubstr("setGPRSPowerStatus 0\ngetGPRSPowerStatus 0 0\n")));
     EXPECT_THAT(unit.carryOut("quiet", "upgrades").output,
                 AllOf(HasSubstr("startSSUpgrade 0\nstartSSVerification 0\n"), HasSubstr("startFpgaUpgrade 0\n")));
-    EXPECT_THAT(unit.carryOut("quiet", "averaging").output,
-                AllOf(Not(HasSubstr("startAverageCalc 20")), HasSubstr("descriptors left 0 0\n")));
     EXPECT_THAT(unit.carryOut("quiet", "background").output, HasSubstr("the beep lasts two seconds 0\n"));
 }
 

@@ -127,6 +127,10 @@ void repeat(const std::string& use, SimulatedUnit& unit, const std::function<boo
     };
     const int rounds = roundsOf(use);
     times(kWarmUp);
+    if (threadsOf(use) != 0) { // they have to be where they stay
+        unit.sleepFor(5000);
+        digestJournal();
+    }
     Holdings expected = Holdings::now(unit, threadsOf(use));
     times(rounds);
     Holdings found = Holdings::now(unit, threadsOf(use));

@@ -135,28 +135,35 @@ Received receivePacket(int fd, wire::Head& head, std::span<std::uint8_t> bytes, 
     }
 }
 
-bool comesInTime(int fd)
+bool comesInTime(int fd, int seconds)
 {
-    const std::int64_t until = millisecondsNow() + kPatienceSeconds * 1000;
+    const std::int64_t until = millisecondsNow() + std::int64_t{seconds} * 1000;
     pollfd watched{fd, POLLIN, 0};
     for (;;) {
         const std::int64_t left = until - millisecondsNow();
         const int ready = HXSIM_REAL(poll)(&watched, 1, int(std::max<std::int64_t>(left, 0)));
         if (ready > 0)
             return true;
-        if (left <= 0 || (ready < 0 && errno != EINTR))
+        if (ready < 0 && errno != EINTR)
             return false;
+        if (left <= 0) {
+            errno = EAGAIN;
+            return false;
+        }
     }
 }
 
-bool ask(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes, Packet& answer)
+bool ask(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes, Packet& answer, int seconds)
 {
     if (!sendPacket(fd, head, bytes))
         return false;
     answer.bytes.resize(wire::kLargestPacket);
     std::size_t size = 0;
-    const bool good = comesInTime(fd) && receivePacket(fd, answer.head, answer.bytes, size, true) == Received::Packet;
+    const bool good =
+        comesInTime(fd, seconds) && receivePacket(fd, answer.head, answer.bytes, size, true) == Received::Packet;
+    const int error = errno;
     answer.bytes.resize(good ? size : 0);
+    errno = error;
     return good;
 }
 

@@ -33,10 +33,11 @@ enum class Received { Packet, Interrupted, Nothing, Unplaced, Gone };
 /// `retry` goes on after a signal. Nothing: the descriptor does not wait, and there is no packet. Unplaced: the bytes
 /// are lost, because `bytes` is not the caller's memory.
 Received receivePacket(int fd, wire::Head& head, std::span<std::uint8_t> bytes, std::size_t& size, bool retry);
-/// Whether a packet, or the end, has come in time.
-bool comesInTime(int fd);
-/// Sends and waits for the answer; false when there is none in time.
-bool ask(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes, Packet& answer);
+/// Whether a packet, or the end, has come in time; else with EAGAIN.
+bool comesInTime(int fd, int seconds = kPatienceSeconds);
+/// Sends and waits for the answer; false when there is none in time, with EAGAIN then.
+bool ask(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes, Packet& answer,
+         int seconds = kPatienceSeconds);
 
 std::span<const std::uint8_t> bytesOf(const std::string& text);
 
