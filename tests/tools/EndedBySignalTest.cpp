@@ -41,13 +41,13 @@ TEST_P(SignalDuring, EndsItWithTheSignalsStatusAndLeavesNoLock)
 INSTANTIATE_TEST_SUITE_P(
     Each, SignalDuring,
     testing::Combine(
-        testing::Values(Long{"Watch", "voltage 0 --watch --every 0.05", "grep -q voltage out"},
-                        Long{"WatchThatHoldsALock", "light --average --watch --every 0.1", "grep -q average out"},
+        testing::Values(Long{"Watch", "voltage 0 --watch --every 0.05", "grep -qs voltage out"},
+                        Long{"WatchThatHoldsALock", "light --average --watch --every 0.1", "grep -qs average out"},
                         Long{"Averaging", "light --average", "hxaux locks | grep -q \"AVERAGE_LOCKED: taken\""},
-                        Long{"Monitor", "monitor --every 0.05", "grep -q voltage out"},
+                        Long{"Monitor", "monitor --every 0.05", "grep -qs voltage out"},
                         Long{"Beep", "buzzer beep 60000", "test $(hx-sim get buzzer.sounding) = on"},
-                        Long{"Service", "backlight serve", "grep -q serving out"},
-                        Long{"Calibration", "calibrate run", "grep -q waiting out"},
+                        Long{"Service", "backlight serve", "grep -qs serving out"},
+                        Long{"Calibration", "calibrate run", "grep -qs waiting out"},
                         Long{"MinimizedWindow", "video minimize 1 --for 60",
                              "hx-sim get video.1.area | grep -q \"0 0 0 0\""},
                         Long{"PowerKey", "telematics gprs on", "hx-sim log | grep -q -i i2c"}),

@@ -88,7 +88,7 @@ std::string emulate(const Image& image)
     // may need long for the few instructions: it has until it reports the reset, ten seconds at most.
     const std::string commands =
         R"((echo '{"execute":"qmp_capabilities"}{"execute":"cont"}'; n=0; )"
-        "until grep -q guest-reset " +
+        "until grep -qs guest-reset " +
         report +
         R"( || [ $n -ge 50 ]; do n=$((n + 1)); sleep 0.2; done; )"
         R"(echo '{"execute":"human-monitor-command","arguments":{"command-line":"xp /4wx 0x200003a8"}}'; )"
