@@ -2,6 +2,7 @@
 // Every operation of every interface, and every factory with its release, over and over: nothing may grow with the
 // number of calls. HX_SOAK_ROUNDS says how often; scripts/check.sh soak takes a million.
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -23,6 +24,10 @@ namespace soak {
 namespace {
 
 constexpr int kWarmUp = 30;
+
+/// A million rounds are for what is cheap: a use ends when it has taken that long and has had its usual rounds.
+constexpr std::chrono::seconds kLongestUse{30};
+constexpr int kFewestRounds = 2000;
 
 /// Uses that take milliseconds each. They have fewer rounds.
 struct Slow {
@@ -119,20 +124,22 @@ struct Counter {
 void repeat(const std::string& use, SimulatedUnit& unit, const std::function<bool()>& round, Counter& counter)
 {
     int wrong = 0;
-    const auto times = [&](int rounds) {
-        for (int i = 0; i < rounds; ++i) {
+    const auto times = [&](int most) {
+        const auto end = std::chrono::steady_clock::now() + kLongestUse;
+        int done = 0;
+        for (; done < most && (done < kFewestRounds || std::chrono::steady_clock::now() < end); ++done) {
             wrong += round() ? 0 : 1;
             digestJournal();
         }
+        return done;
     };
-    const int rounds = roundsOf(use);
-    times(kWarmUp);
+    (void)times(kWarmUp);
     if (threadsOf(use) != 0) { // they have to be where they stay
         unit.sleepFor(5000);
         digestJournal();
     }
     Holdings expected = Holdings::now(unit, threadsOf(use));
-    times(rounds);
+    const int rounds = times(roundsOf(use));
     Holdings found = Holdings::now(unit, threadsOf(use));
     if (const Growth* const growth = growthOf(use)) {
         expected.descriptors += growth->devices * descriptorsOfADevice(unit) * static_cast<std::size_t>(rounds);
