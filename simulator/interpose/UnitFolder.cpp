@@ -24,10 +24,15 @@ constexpr char kSemaphores[] = "/dev/shm";
 constexpr char kPidFile[] = "/pid";
 constexpr char kMarkFile[] = "/made-by-hx-sim";
 
+bool isFolderOfThisUser(const struct stat& found)
+{
+    return S_ISDIR(found.st_mode) && found.st_uid == getuid();
+}
+
 bool isOwnFolder(const std::string& path)
 {
     struct stat found {};
-    return lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && found.st_uid == getuid();
+    return lstat(path.c_str(), &found) == 0 && isFolderOfThisUser(found);
 }
 
 /// Whether a unit has made this folder; no other one is ever removed.
@@ -113,15 +118,15 @@ void removeSemaphores(const fs::path& folder)
         fs::remove(path, ignored);
 }
 
-/// The base folder must be ours alone, or another user could stand in for a unit.
+/// The base folder must be ours alone, or another user could stand in for a unit. One look decides: the last unit that
+/// ends removes the folder at any time, and then the caller tries again.
 void makeBase(const std::string& base)
 {
     if (mkdir(base.c_str(), 0700) != 0 && errno != EEXIST)
         throw std::runtime_error{"cannot make the folder " + base};
     struct stat found {};
-    if (lstat(base.c_str(), &found) != 0 && errno == ENOENT)
-        return; // the last unit that ended has just removed it; the caller tries again
-    if (!isOwnFolder(base))
+    const bool isGone = lstat(base.c_str(), &found) != 0 && errno == ENOENT;
+    if (!isGone && !isFolderOfThisUser(found))
         throw std::runtime_error{base + " does not belong to this user"};
 }
 
@@ -130,9 +135,9 @@ std::string makeUnfinished(const std::string& unit)
 {
     const std::string folder = UnitFolder::base() + '/' + kUnfinished + std::to_string(getpid()) + '-' + unit;
     std::error_code error;
-    for (int attempt = 0; attempt < 10; ++attempt) { // the last unit that ends removes the base folder
+    for (int attempt = 0; attempt < 100; ++attempt) { // the last unit that ends removes the base folder
         makeBase(UnitFolder::base());
-        fs::create_directories(folder, error);
+        fs::create_directory(folder, error);
         if (!error)
             break;
     }

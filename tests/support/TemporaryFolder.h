@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+/// A folder of a test's own, removed with what is in it.
+class TemporaryFolder {
+public:
+    TemporaryFolder() : path_{std::filesystem::temp_directory_path() / "hx-test-XXXXXX"}
+    {
+        if (mkdtemp(path_.data()) == nullptr)
+            throw std::runtime_error{"cannot create " + path_};
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+};
