@@ -9,6 +9,8 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
 #include <map>
 #include <string>
 #include <type_traits>
@@ -156,6 +158,37 @@ void daemon()
     print("setLedDimming", backlight->setLedDimming(HXStatusEnabled));
 }
 
+std::size_t entriesOf(const char* folder)
+{
+    const std::filesystem::directory_iterator entries{folder};
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+void waitForThreads()
+{
+    while (entriesOf("/proc/self/task") > 1)
+        usleep(1000);
+}
+
+void lightSensor()
+{
+    constexpr int kStarts = 40;
+    for (int i = 0; i < kStarts; ++i) {
+        Released sensor{GetLightsensor()};
+        print("startAverageCalc", sensor->startAverageCalc(3, 2, 50, SamplingModeAuto));
+        if (i == 0) {
+            unsigned short lux = 0;
+            while (lux == 0) // until the first sample
+                (void)sensor->getAverageIlluminance(&lux);
+            print("getAverageIlluminance", sensor->getAverageIlluminance(&lux), [&] { return lux; });
+        }
+        print("stopAverageCalc", sensor->stopAverageCalc());
+        waitForThreads();
+        if (i == 0 || i == kStarts - 1)
+            print("descriptors", 0, [] { return entriesOf("/proc/self/fd"); });
+    }
+}
+
 /// The library's own threads, all at once. Real time is a tenth of the unit's.
 void background()
 {
@@ -219,8 +252,15 @@ void everything()
 int main(int count, char** words)
 {
     const std::map<std::string, void (*)()> scenes{
-        {"settings", settings}, {"production-data", productionData}, {"modules", modules}, {"everything", everything},
-        {"upgrades", upgrades}, {"front-upgrade", frontUpgrade},     {"daemon", daemon},   {"background", background},
+        {"settings", settings},
+        {"production-data", productionData},
+        {"modules", modules},
+        {"everything", everything},
+        {"upgrades", upgrades},
+        {"front-upgrade", frontUpgrade},
+        {"daemon", daemon},
+        {"background", background},
+        {"light-sensor", lightSensor},
     };
     const std::string mode = count == 3 ? words[1] : "";
     const auto scene = scenes.find(count == 3 ? words[2] : "");
