@@ -60,22 +60,37 @@ else()
   set(HX_TEST_LABEL ${HX_ABI})
 endif()
 
-# What every test program has: the matchers and helpers of tests/support and the linked door of the simulated unit.
-file(GLOB HX_SUPPORT_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/support/*.cpp)
+# What every test program has: the in-process backend of the simulated unit and the helpers for it.
+set(HX_TESTING ${CMAKE_SOURCE_DIR}/testing)
 add_library(hx_test_support INTERFACE)
-target_sources(hx_test_support INTERFACE ${HX_SUPPORT_SOURCES})
+target_sources(hx_test_support INTERFACE ${HX_TESTING}/SimulatedUnit.cpp)
 target_include_directories(hx_test_support INTERFACE ${CMAKE_SOURCE_DIR})
-target_link_libraries(hx_test_support INTERFACE GTest::gmock_main)
-if(TARGET hx-sim-linked)
-  target_link_libraries(hx_test_support INTERFACE -Wl,--whole-archive hx-sim-linked -Wl,--no-whole-archive)
-endif()
+target_link_libraries(hx_test_support INTERFACE hx-firmware-files GTest::gmock_main -Wl,--whole-archive hx-sim-linked
+                      -Wl,--no-whole-archive)
 
 add_library(hx_test_driver INTERFACE)
-target_sources(hx_test_driver INTERFACE ${CMAKE_CURRENT_SOURCE_DIR}/support/driver/Driver.cpp)
+target_sources(hx_test_driver INTERFACE ${HX_TESTING}/driver/Driver.cpp)
 target_include_directories(hx_test_driver INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_definitions(hx_test_driver INTERFACE "HX_SOURCE_DIR=\"${CMAKE_SOURCE_DIR}\"")
 target_link_libraries(hx_test_driver INTERFACE GTest::gmock_main)
 
 add_library(hx_test_scripted INTERFACE)
-target_sources(hx_test_scripted INTERFACE ${CMAKE_CURRENT_SOURCE_DIR}/support/scripted/ScriptedDevice.cpp)
+target_sources(hx_test_scripted INTERFACE ${HX_TESTING}/scripted/ScriptedDevice.cpp)
 target_link_libraries(hx_test_scripted INTERFACE hx_test_support)
+
+# Programs that tests start, and the units that they run on.
+set(HX_TEST_PROGRAMS ${CMAKE_BINARY_DIR}/tests)
+add_library(hx-test-processes STATIC ${HX_TESTING}/Command.cpp ${HX_TESTING}/Process.cpp)
+target_include_directories(hx-test-processes PUBLIC ${CMAKE_SOURCE_DIR})
+target_compile_definitions(
+  hx-test-processes PUBLIC HXAUX_TEST_PATH="${HX_TEST_PROGRAMS}:${CMAKE_BINARY_DIR}" HXSIM_PROGRAM="$<TARGET_FILE:hx-sim>"
+                           HXAUX_PROGRAM="$<TARGET_FILE:hxaux>" HXCHILD_PROGRAM="${HX_TEST_PROGRAMS}/hx-child")
+target_compile_options(hx-test-processes PRIVATE ${HX_TEST_OPTIONS})
+target_link_libraries(hx-test-processes PRIVATE hx_warnings PUBLIC hx-firmware-files util)
+add_dependencies(hx-test-processes hx-sim hxaux)
+
+# hx_add_process_test(name sources...): a program of GoogleTest cases about other programs.
+function(hx_add_process_test name)
+  hx_add_test_on(hx-test-processes ${name} ${ARGN})
+  target_link_libraries(${name} PRIVATE GTest::gmock_main)
+endfunction()

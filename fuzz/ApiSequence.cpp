@@ -5,7 +5,7 @@
 #include "devices/Telematics_Imp.h"
 #include "fuzz/Require.h"
 #include "fuzz/system/System.h"
-#include "tests/support/EveryOperation.h"
+#include "testing/EveryOperation.h"
 
 #include <cstdlib>
 #include <functional>

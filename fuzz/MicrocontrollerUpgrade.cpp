@@ -4,7 +4,7 @@
 #include "fuzz/Require.h"
 #include "fuzz/system/System.h"
 #include "platform/LinuxWrapper.h"
-#include "tests/upgrade/FirmwareTexts.h"
+#include "testing/FirmwareTexts.h"
 #include "upgrade/Flasher_STM32.h"
 
 #include <algorithm>

@@ -32,8 +32,7 @@ check_clang() {
 }
 check_tidy() {
     cmake --preset x86_64 -DHX_TESTS=ON >/dev/null
-    git ls-files 'platform/*.cpp' 'settings/*.cpp' 'devices/*.cpp' 'backlight/*.cpp' 'upgrade/*.cpp' 'tools/*.cpp' \
-        'simulator/model/*.cpp' | xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/x86_64
+    git ls-files 'src/*.cpp' 'tools/*.cpp' 'simulator/model/*.cpp' | xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/x86_64
 }
 check_headers() { scripts/test.sh -R '[Hh]eader'; }
 check_docs() { scripts/docs.sh; }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: LicenseRef-HXAux
-# Runs all tests with coverage counters and prints lines and branches of the library, room by room.
+# Runs all tests with coverage counters and prints lines and branches of the library, component by component.
 # Fails below 98 % of lines or 95 % of branches. The page is build/coverage/html/index.html.
 #
 #   scripts/coverage.sh           all tests (20 minutes)
@@ -19,17 +19,16 @@ ctest --test-dir build/coverage --output-on-failure -j "$(nproc)" "${tests[@]}"
 # The branch of an assertion that does not hold is none that can be reached.
 trace=build/coverage/coverage.json
 gcovr --root . --object-directory build/coverage --exclude-throw-branches --exclude-unreachable-branches \
-    --exclude-branches-by-pattern '\s*assert\(.*' --gcov-ignore-parse-errors --filter platform/ --filter settings/ \
-    --filter devices/ --filter backlight/ --filter upgrade/ --json "$trace"
+    --exclude-branches-by-pattern '\s*assert\(.*' --gcov-ignore-parse-errors --filter src/ --json "$trace"
 if [ "${1:-}" = --fuzz ]; then
     gcovr --root . --add-tracefile "$trace"
     exit
 fi
 
 # gcovr removes what stands under the name of its output before it writes: no device may be named here.
-for room in platform settings devices backlight upgrade; do
-    echo "== $room"
-    gcovr --root . --add-tracefile "$trace" --filter "$room/" --print-summary --output "build/coverage/$room.txt"
+for component in platform settings devices backlight upgrade; do
+    echo "== $component"
+    gcovr --root . --add-tracefile "$trace" --filter "src/$component/" --print-summary --output "build/coverage/$component.txt"
 done
 mkdir -p build/coverage/html
 echo "== the library"

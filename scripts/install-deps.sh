@@ -12,9 +12,9 @@
 set -euo pipefail
 
 build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev libedit2)
-tests=("${build[@]}" googletest binutils clang lld srecord qemu-system-arm)
+tests=("${build[@]}" python3 googletest binutils clang lld srecord qemu-system-arm)
 checks=("${tests[@]}" clang lld clang-format clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
-    python3 gcovr shellcheck codespell libbenchmark-dev libbenchmark-dev:i386)
+    gcovr shellcheck codespell libbenchmark-dev libbenchmark-dev:i386)
 system=("${tests[@]}" qemu-system-x86 busybox-static cpio pkg-config libfuse3-dev gzip)
 packages=("${build[@]}" debhelper debootstrap devscripts dpkg-dev lintian fakeroot)
 

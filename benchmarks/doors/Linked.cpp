@@ -2,7 +2,7 @@
 // Requests through the linked door, and how fast virtual time runs while the averaging sampler works.
 #include "benchmarks/doors/Requests.h"
 #include "hx-aux/Lightsensor.h"
-#include "tests/support/SimulatedUnit.h"
+#include "testing/SimulatedUnit.h"
 
 #include <chrono>
 #include <cstdio>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // How fast firmware files are read, in MB of text a second, against the common tools reading the same file. The tools'
 // time is that of their whole process, less that of one that does nothing.
-#include "tests/upgrade/FirmwareTexts.h"
+#include "testing/FirmwareTexts.h"
 #include "upgrade/IntelHex.h"
 #include "upgrade/Mcs.h"
 

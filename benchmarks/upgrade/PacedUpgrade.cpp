@@ -6,7 +6,7 @@
 // The wire's time is measured in the same run, by waiting for it piece by piece, as often as the line turns: a machine
 // wakes up late from each. With --check the status is 1 when the upgrade takes more than 1.02 times that.
 #include "hx-aux/FirmwareUpgrade.h"
-#include "tests/upgrade/FirmwareTexts.h"
+#include "testing/FirmwareTexts.h"
 
 #include <chrono>
 #include <cstdio>

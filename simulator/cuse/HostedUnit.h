@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string>
 
-#include "simulator/model/Calls.h"
+#include "simulator/file/Calls.h"
 #include "simulator/model/Unit.h"
 
 namespace hxsim {

@@ -8,8 +8,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include "simulator/file/Terminal.h"
 #include "simulator/interpose/Entry.h"
-#include "simulator/interpose/Terminal.h"
 
 namespace hxsim {
 

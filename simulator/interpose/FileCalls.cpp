@@ -5,10 +5,10 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "simulator/file/Terminal.h"
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
 #include "simulator/interpose/Paths.h"
-#include "simulator/interpose/Terminal.h"
 #include "simulator/jida/Protocol.h"
 #include "simulator/model/CallWatch.h"
 #include "simulator/model/Text.h"

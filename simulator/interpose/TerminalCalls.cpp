@@ -4,9 +4,9 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include "simulator/file/Terminal.h"
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
-#include "simulator/interpose/Terminal.h"
 
 namespace hxsim {
 

@@ -11,7 +11,7 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include "simulator/interpose/Terminal.h"
+#include "simulator/file/Terminal.h"
 
 namespace hxsim {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include "simulator/model/Calls.h"
+#include "simulator/file/Calls.h"
 #include "simulator/record/MachineBoard.h"
 
 namespace hxsim {

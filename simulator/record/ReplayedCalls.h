@@ -5,7 +5,7 @@
 #include <map>
 #include <utility>
 
-#include "simulator/model/Calls.h"
+#include "simulator/file/Calls.h"
 #include "simulator/record/Recording.h"
 
 namespace hxsim {

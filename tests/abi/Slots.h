@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "testing/driver/Driver.h"
 #include "tests/abi/Library.h"
-#include "tests/support/driver/Driver.h"
 
 #include <gmock/gmock.h>
 

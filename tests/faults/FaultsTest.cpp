@@ -13,16 +13,16 @@
 
 #include <gmock/gmock.h>
 
-#include "simulator/interpose/LinkedUnit.h"
+#include "simulator/inprocess/LinkedUnit.h"
 #include "simulator/model/CallWatch.h"
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
-#include "tests/faults/Arguments.h"
-#include "tests/faults/Documented.h"
+#include "testing/Arguments.h"
+#include "testing/Documented.h"
+#include "testing/EveryOperation.h"
+#include "testing/World.h"
 #include "tests/faults/Forked.h"
 #include "tests/faults/Injector.h"
-#include "tests/faults/World.h"
-#include "tests/support/EveryOperation.h"
 
 using namespace Halvix;
 using namespace faults;

@@ -5,9 +5,9 @@
 
 #include "hx-aux/hx-aux.h"
 #include "simulator/model/CallWatch.h"
+#include "testing/SimulatedUnit.h"
 #include "tests/faults/Forked.h"
 #include "tests/faults/Injector.h"
-#include "tests/support/SimulatedUnit.h"
 
 using namespace faults;
 

@@ -15,9 +15,9 @@
 #include "hx-aux/hx-aux.h"
 #include "platform/LinuxWrapper.h"
 #include "simulator/model/ProductionData.h"
+#include "testing/Released.h"
+#include "testing/SimulatedUnit.h"
 #include "tests/faults/Forked.h"
-#include "tests/support/Released.h"
-#include "tests/support/SimulatedUnit.h"
 
 using namespace Halvix;
 using testing::HasSubstr;

@@ -14,18 +14,18 @@
 
 #include <gmock/gmock.h>
 
-#include "simulator/interpose/LinkedUnit.h"
+#include "simulator/inprocess/LinkedUnit.h"
 #include "simulator/model/Buzzer.h"
 #include "simulator/model/CallWatch.h"
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
 #include "simulator/model/TelematicsBoard.h"
 #include "simulator/model/UartRouting.h"
-#include "tests/faults/Arguments.h"
+#include "testing/Arguments.h"
+#include "testing/EveryOperation.h"
+#include "testing/World.h"
 #include "tests/faults/Forked.h"
 #include "tests/faults/Injector.h"
-#include "tests/faults/World.h"
-#include "tests/support/EveryOperation.h"
 
 using namespace Halvix;
 using namespace faults;

@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/processes/Process.h"
+#include "testing/Process.h"
 
 using testing::HasSubstr;
 

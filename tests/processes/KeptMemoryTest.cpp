@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/processes/Process.h"
+#include "testing/Process.h"
 
 namespace {
 

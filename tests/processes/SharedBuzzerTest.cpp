@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "tests/processes/Process.h"
+#include "testing/Process.h"
 
 using namespace std::chrono_literals;
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include <gmock/gmock.h>
 
-#include "tests/processes/Process.h"
+#include "testing/Process.h"
 
 using testing::HasSubstr;
 using testing::Not;

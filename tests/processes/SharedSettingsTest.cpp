@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/processes/Process.h"
+#include "testing/Process.h"
 
 using testing::AnyOf;
 using testing::HasSubstr;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Upgrades through the shared library and the command line tool, on a unit that several processes share.
-#include "tests/processes/Process.h"
-#include "tests/upgrade/FirmwareTexts.h"
+#include "testing/FirmwareTexts.h"
+#include "testing/Process.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>

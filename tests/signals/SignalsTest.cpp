@@ -8,8 +8,8 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include "tests/processes/Process.h"
-#include "tests/upgrade/FirmwareTexts.h"
+#include "testing/FirmwareTexts.h"
+#include "testing/Process.h"
 
 using testing::AllOf;
 using testing::HasSubstr;

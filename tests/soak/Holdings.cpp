@@ -8,7 +8,7 @@
 #include <string>
 #include <thread>
 
-#include "simulator/interpose/UnitFolder.h"
+#include "simulator/protocol/UnitFolder.h"
 
 namespace soak {
 

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <iosfwd>
 
+#include "testing/SimulatedUnit.h"
 #include "tests/soak/Heap.h"
-#include "tests/support/SimulatedUnit.h"
 
 namespace soak {
 

@@ -13,10 +13,10 @@
 #include <thread>
 #include <vector>
 
-#include "tests/faults/Arguments.h"
-#include "tests/faults/World.h"
+#include "testing/Arguments.h"
+#include "testing/EveryOperation.h"
+#include "testing/World.h"
 #include "tests/soak/Holdings.h"
-#include "tests/support/EveryOperation.h"
 
 using namespace Halvix;
 using faults::Try;

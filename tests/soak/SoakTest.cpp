@@ -11,10 +11,10 @@
 #include <string_view>
 
 #include "hx-aux/Jida.h"
-#include "tests/faults/Arguments.h"
-#include "tests/faults/World.h"
+#include "testing/Arguments.h"
+#include "testing/EveryOperation.h"
+#include "testing/World.h"
 #include "tests/soak/Holdings.h"
-#include "tests/support/EveryOperation.h"
 
 using namespace Halvix;
 using faults::Try;

@@ -10,10 +10,10 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/faults/Arguments.h"
-#include "tests/faults/Documented.h"
-#include "tests/faults/World.h"
-#include "tests/support/EveryOperation.h"
+#include "testing/Arguments.h"
+#include "testing/Documented.h"
+#include "testing/EveryOperation.h"
+#include "testing/World.h"
 #include "tests/threads/Pair.h"
 #include "tests/threads/ThreadWords.h"
 

@@ -14,8 +14,8 @@
 #include <gtest/gtest.h>
 
 #include "hx-aux/hx-aux.h"
-#include "tests/support/Released.h"
-#include "tests/support/SimulatedUnit.h"
+#include "testing/Released.h"
+#include "testing/SimulatedUnit.h"
 #include "tests/threads/Pair.h"
 
 using namespace Halvix;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A program that is not position independent holds its own copy of the library's data: what it changes there, the
 // library must see. Built without -fPIE on purpose; declares the data itself, as an old program does.
-#include "tests/support/driver/Driver.h"
+#include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "testing/FirmwareFile.h"
 #include "tests/abi/unit/World.h"
-#include "tests/upgrade/FirmwareFile.h"
 
 using namespace oldapp;
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "testing/SimulatedUnit.h"
 #include "tests/abi/Library.h"
-#include "tests/support/SimulatedUnit.h"
 
 /// For slots that a driver's single request does not tell: what changes on a whole unit does.
 namespace oldapp {

@@ -17,9 +17,9 @@
 #include <vector>
 
 #include "hx-aux/hx-aux.h"
-#include "tests/faults/Arguments.h"
-#include "tests/support/EveryOperation.h"
-#include "tests/support/Released.h"
+#include "testing/Arguments.h"
+#include "testing/EveryOperation.h"
+#include "testing/Released.h"
 
 using namespace Halvix;
 

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <memory>
 
-#include "tests/upgrade/FirmwareTexts.h"
+#include "testing/FirmwareTexts.h"
 
 namespace conformance {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The conformance checks with the unit inside the program, in virtual time.
-#include "tests/support/SimulatedUnit.h"
+#include "testing/SimulatedUnit.h"
 #include "tests/system/conformance/Checks.h"
 
 int main()

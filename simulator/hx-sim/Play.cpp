@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/hx-sim/Play.h"
+
+#include <filesystem>
+#include <fstream>
+
+#include "simulator/hx-sim/UnitClient.h"
+#include "simulator/model/LightPlot.h"
+#include "simulator/model/LightSensor.h"
+#include "simulator/model/LightTrace.h"
+#include "simulator/model/Text.h"
+#include "simulator/server/Host.h"
+#include "simulator/server/PlainFile.h"
+
+namespace hxsim {
+
+namespace {
+
+constexpr int kRounds = 20; // of a profile that repeats
+
+LightProfile profileOf(const LightPlay& play)
+{
+    try {
+        return LightProfile::parse(contentOf(play.file));
+    } catch (const BadText& bad) {
+        throw BadText{play.file + ": " + bad.what()};
+    }
+}
+
+/// The profile as one line of a description.
+std::string asLine(const std::string& text)
+{
+    std::string line = "light.profile =";
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        const std::string one = trimmed(text.substr(at, std::min(text.find('#', at), end) - at));
+        if (!one.empty())
+            line += ' ' + one + ';';
+        at = end + 1;
+    }
+    return line;
+}
+
+void draw(Host& host, const LightPlay& play, const LightProfile& profile)
+{
+    const auto luxAt = [&](double seconds) {
+        return profile.luxAt(std::chrono::duration_cast<Time>(std::chrono::duration<double>(seconds)));
+    };
+    checkWritable(play.plot);
+    std::ofstream stream{play.plot, std::ios::binary};
+    stream << lightPlot(host.unit().get<LightTrace>(), std::filesystem::path{play.file}.stem().string(), luxAt);
+    if (!stream.flush())
+        throw BadText{"cannot write " + play.plot};
+}
+
+} // namespace
+
+void playLightOn(const std::string& unit, const LightPlay& play)
+{
+    (void)profileOf(play); // what is wrong with the file is told with its name
+    UnitClient{UnitClient::choose(unit)}.ask({"set", asLine(contentOf(play.file))});
+}
+
+int playLightWith(const LightPlay& play, const std::vector<std::string>& command)
+{
+    const LightProfile profile = profileOf(play);
+    const double once = std::chrono::duration<double>(profile.length()).count();
+    UnitOptions options = play.unit;
+    options.endAfter = play.seconds > 0 ? play.seconds : once * (profile.repeats() ? kRounds : 1);
+    options.before = [&](Host& host) {
+        host.unit().get<LightSensor>().play(profile);
+        host.unit().get<LightTrace>().recording = true;
+    };
+    options.afterwards = [&](Host& host) {
+        if (!play.plot.empty())
+            draw(host, play, profile);
+    };
+    return runOnOwnUnit(options, command);
+}
+
+} // namespace hxsim

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "simulator/hx-sim/Launch.h"
+
+namespace hxsim {
+
+/// What `hx-sim play light` was asked for.
+struct LightPlay {
+    std::string file;   ///< the profile
+    std::string plot;   ///< where the picture goes; empty for none
+    double seconds = 0; ///< how long the program runs, in the unit's time; 0 for as long as the profile lasts
+    UnitOptions unit{};
+};
+
+/// Plays the profile on a running unit, from now on.
+void playLightOn(const std::string& unit, const LightPlay& play);
+
+/// Runs a program on a unit of its own while the profile is played, ends it with it, and draws what happened. Returns
+/// the program's exit status.
+int playLightWith(const LightPlay& play, const std::vector<std::string>& command);
+
+} // namespace hxsim

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include "simulator/hx-sim/Launch.h"
+
+namespace hxsim {
+
+struct RecordOptions {
+    UnitOptions unit;
+    std::string on;       ///< the running unit to record on; empty: one of the program's own
+    bool machine = false; ///< the devices of this machine instead of a simulated unit
+    std::string file;     ///< empty: the program's name and ".recording"
+};
+
+/// A recording that cannot be read or is none; what() names the file and the line.
+class BadRecording : public std::exception {
+public:
+    explicit BadRecording(std::string text) : text_{std::move(text)} {}
+    [[nodiscard]] const char* what() const noexcept override { return text_.c_str(); }
+
+private:
+    std::string text_;
+};
+
+/// Runs a program and records what it asks. Returns its status.
+int record(const RecordOptions& options, const std::vector<std::string>& command);
+
+constexpr int kDiffers = 4;
+
+/// Runs a program on the answers of a recording. Returns its status, or kDiffers after telling the first difference.
+int replay(const std::string& file, double scale, const std::vector<std::string>& command);
+
+} // namespace hxsim

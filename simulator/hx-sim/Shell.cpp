@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/hx-sim/Shell.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <iostream>
+#include <optional>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+#include "simulator/hx-sim/CommandLine.h"
+#include "simulator/hx-sim/Show.h"
+#include "simulator/hx-sim/UnitClient.h"
+#include "simulator/model/Text.h"
+
+namespace hxsim {
+
+namespace {
+
+/// Where lines come from. libedit is loaded when there is a terminal for it, so that nothing needs it.
+class Lines {
+public:
+    explicit Lines(const std::string& unit) : prompt_{unit + "> "}
+    {
+        if (!isTerminal_)
+            return;
+        void* const editor = dlopen("libedit.so.2", RTLD_NOW);
+        if (editor == nullptr)
+            return;
+        read_ = reinterpret_cast<Read>(dlsym(editor, "readline"));
+        remember_ = reinterpret_cast<Remember>(dlsym(editor, "add_history"));
+    }
+
+    [[nodiscard]] bool fromTerminal() const { return isTerminal_; }
+    /// Nothing at the end.
+    std::optional<std::string> next()
+    {
+        if (read_ != nullptr && remember_ != nullptr)
+            return edited();
+        if (isTerminal_)
+            std::cout << prompt_ << std::flush;
+        std::string line;
+        return std::getline(std::cin, line) ? std::optional{line} : std::nullopt;
+    }
+
+private:
+    using Read = char* (*)(const char*);
+    using Remember = int (*)(const char*);
+
+    std::optional<std::string> edited() const
+    {
+        char* const typed = read_(prompt_.c_str());
+        if (typed == nullptr)
+            return std::nullopt;
+        std::string line = typed;
+        std::free(typed);
+        if (!line.empty())
+            remember_(line.c_str());
+        return line;
+    }
+
+    std::string prompt_;
+    bool isTerminal_ = isatty(STDIN_FILENO) != 0;
+    Read read_ = nullptr;
+    Remember remember_ = nullptr;
+};
+
+/// Words apart by blanks; quotes hold some together. Throws BadText when one is left open.
+std::vector<std::string> split(const std::string& line)
+{
+    std::vector<std::string> words;
+    std::string word;
+    bool begun = false;
+    char quote = '\0';
+    for (const char c : line + ' ') {
+        if (quote != '\0' ? c == quote : c == '"' || c == '\'') {
+            quote = quote == '\0' ? c : '\0';
+            begun = true;
+        } else if (quote == '\0' && (c == ' ' || c == '\t')) {
+            if (begun)
+                words.push_back(word);
+            word.clear();
+            begun = false;
+        } else {
+            word += c;
+            begun = true;
+        }
+    }
+    if (quote != '\0')
+        throw BadText{"a quote is left open"};
+    return words;
+}
+
+/// One line in a process of its own: programs become that process, and Ctrl-C ends it alone.
+int carryOut(const std::string& unit, const std::string& place, std::vector<std::string> words)
+{
+    std::fflush(stdout);
+    const pid_t child = fork();
+    if (child == 0) {
+        std::signal(SIGINT, SIG_DFL);
+        const int status = CommandLine{unit, place}.execute(std::move(words));
+        std::fflush(stdout);
+        _exit(status);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+bool runs(const std::string& unit)
+{
+    try {
+        (void)UnitClient{unit};
+        return true;
+    } catch (const UnitClient::NoUnit&) {
+        return false;
+    }
+}
+
+int lineStatus(const std::string& unit, const std::string& place, const std::string& line)
+{
+    try {
+        std::vector<std::string> words = split(line);
+        if (words.empty() || words[0].starts_with('#'))
+            return kDone;
+        if (words[0] == "help") {
+            words.erase(words.begin());
+            words.emplace_back("--help");
+        }
+        return carryOut(unit, place, std::move(words));
+    } catch (const BadText& bad) {
+        show(stderr, place + bad.what() + '\n');
+        return kUsage;
+    }
+}
+
+} // namespace
+
+int runShell(const std::string& unit)
+{
+    if (!runs(unit))
+        throw UnitClient::NoUnit{"no unit named '" + unit + "' runs"};
+    Lines lines{unit};
+    std::signal(SIGINT, SIG_IGN);
+    int first = kDone;
+    for (int number = 1;; ++number) {
+        const std::optional<std::string> line = lines.next();
+        if (!line || trimmed(*line) == "exit" || trimmed(*line) == "quit")
+            return first;
+        const std::string place = lines.fromTerminal() ? "" : "hx-sim: line " + std::to_string(number) + ": ";
+        const int status = lineStatus(unit, place, *line);
+        first = first == kDone ? status : first;
+        if (!runs(unit)) {
+            if (trimmed(*line) != "stop")
+                std::fprintf(stderr, "%sthe unit has ended\n", place.c_str());
+            return first;
+        }
+    }
+}
+
+} // namespace hxsim

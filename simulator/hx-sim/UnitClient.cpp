@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/hx-sim/UnitClient.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include "simulator/model/Text.h"
+#include "simulator/protocol/Channel.h"
+#include "simulator/protocol/UnitFolder.h"
+#include "simulator/protocol/Wire.h"
+
+namespace hxsim {
+
+namespace {
+
+/// A unit answers a command at once; one that is stopped or stuck must not hold its user up.
+constexpr std::chrono::seconds kPatience{10};
+
+void waitAtMost(int fd, std::chrono::seconds time)
+{
+    const timeval limit{.tv_sec = time_t(time.count()), .tv_usec = 0};
+    (void)setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    (void)setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+}
+
+} // namespace
+
+UnitClient::UnitClient(const std::string& unit) : fd_{connectTo(UnitFolder::pathOf(unit), "")}
+{
+    if (fd_ < 0)
+        throw NoUnit{"no unit named '" + unit + "' runs"};
+    waitAtMost(fd_, kPatience);
+}
+
+UnitClient::~UnitClient()
+{
+    if (fd_ >= 0)
+        close(fd_);
+}
+
+std::string UnitClient::ask(const std::vector<std::string>& words)
+{
+    std::string text;
+    for (const std::string& word : words)
+        text += word + '\0';
+    if (text.size() > wire::kLargestPacket - sizeof(wire::Head))
+        throw BadText{"the command is too long"};
+    wire::Head head{};
+    head.kind = wire::Kind::Command;
+    head.process = getpid();
+    Packet answer;
+    if (!hxsim::ask(fd_, head, bytesOf(text), answer, int(kPatience.count())))
+        throw NoUnit{errno == EAGAIN ? "the unit does not answer" : "the unit has ended"};
+    if (answer.head.value != 0)
+        throw BadText{answer.text()};
+    return answer.text();
+}
+
+void UnitClient::listen(const std::function<void(const std::string&)>& take)
+{
+    waitAtMost(fd_, {}); // forever
+    Packet packet;
+    packet.bytes.resize(wire::kLargestPacket);
+    std::size_t size = 0;
+    while (receivePacket(fd_, packet.head, packet.bytes, size, true) == Received::Packet)
+        take({packet.bytes.begin(), packet.bytes.begin() + std::ptrdiff_t(size)});
+}
+
+std::string UnitClient::choose(const std::string& named)
+{
+    if (!named.empty())
+        return named;
+    if (const char* folder = std::getenv(wire::kFolderVariable)) // a command inside 'hx-sim run'
+        return std::filesystem::path{folder}.filename();
+    const std::vector<std::string> running = UnitFolder::running();
+    if (running.empty())
+        throw NoUnit{"no unit runs; start one with: hx-sim start NAME"};
+    if (running.size() > 1)
+        throw NoUnit{"several units run; say which one with --unit NAME"};
+    return running.front();
+}
+
+} // namespace hxsim

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/inprocess/LinkedFile.h"
+
+#include <cerrno>
+#include <sys/socket.h>
+
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+
+namespace hxsim {
+
+std::optional<Node::Shape> LinkedFile::shape(std::uint32_t request)
+{
+    const Node::Shape* shape = file_->node.shape(request); // never changes once the unit is built
+    return shape == nullptr ? std::nullopt : std::optional{*shape};
+}
+
+std::int64_t LinkedFile::ioctl(std::uint32_t request, Bytes in, Space out)
+{
+    if (world_.over_)
+        return -ENODEV;
+    const LinkedUnit::Turn turn = world_.enter();
+    const std::int64_t result = world_.calls_.ioctl(LinkedUnit::caller(), *file_, request, in, out);
+    world_.time_.wakeAll(&world_.unit_);
+    return result;
+}
+
+std::int64_t LinkedFile::read(Space out, bool nonblocking)
+{
+    if (world_.over_)
+        return -ENODEV;
+    LinkedUnit::Turn turn = world_.enter();
+    const Time started = world_.unit_.clock().now();
+    for (bool first = true;; first = false) {
+        const Outcome outcome = world_.calls_.read(LinkedUnit::caller(), *file_, out, started, first);
+        if (!outcome.waits)
+            return outcome.result;
+        if (nonblocking)
+            return -EAGAIN;
+        world_.time_.wait(turn.lock, outcome.wakeAt, &world_.unit_, VirtualTime::Rank::Program,
+                          "read from " + file_->node.path(),
+                          [this] { return file_->node.readable(*file_, world_.unit_.clock().now()); });
+    }
+}
+
+std::int64_t LinkedFile::write(Bytes in)
+{
+    if (world_.over_)
+        return -ENODEV;
+    LinkedUnit::Turn turn = world_.enter();
+    for (;;) {
+        const Outcome outcome = world_.calls_.write(LinkedUnit::caller(), *file_, in);
+        if (!outcome.waits) {
+            world_.time_.wakeAll(&world_.unit_);
+            return outcome.result;
+        }
+        world_.time_.wait(turn.lock, outcome.wakeAt, &world_.unit_, VirtualTime::Rank::Program,
+                          "write to " + file_->node.path());
+    }
+}
+
+void LinkedFile::close()
+{
+    if (world_.over_)
+        return closeOurs();
+    const LinkedUnit::Turn turn = world_.enter();
+    if (!closeIfReleased(world_))
+        world_.lingering_.push_back(shared_from_this());
+}
+
+bool LinkedFile::closeIfReleased(LinkedUnit& world)
+{
+    char byte = 0;
+    if (ours_ < 0)
+        return true;
+    if (recv(ours_, &byte, 1, MSG_PEEK | MSG_DONTWAIT) != 0)
+        return false;
+    world.calls_.close(LinkedUnit::caller(), *file_);
+    --world.files_;
+    closeOurs();
+    return true;
+}
+
+void LinkedFile::closeOurs()
+{
+    if (ours_ >= 0)
+        Descriptors::table().closeOwn(ours_);
+    ours_ = -1;
+}
+
+void LinkedFile::setLine(const LineSettings& settings)
+{
+    if (world_.over_)
+        return;
+    const LinkedUnit::Turn turn = world_.enter();
+    file_->node.setLine(settings);
+}
+
+void LinkedFile::flush(bool input, bool output)
+{
+    if (world_.over_)
+        return;
+    const LinkedUnit::Turn turn = world_.enter();
+    file_->node.flush(input, output);
+}
+
+int LinkedFile::drain()
+{
+    if (world_.over_)
+        return -ENODEV;
+    LinkedUnit::Turn turn = world_.enter();
+    for (;;) {
+        const Outcome outcome = file_->node.drain();
+        if (!outcome.waits)
+            return int(outcome.result);
+        world_.time_.wait(turn.lock, outcome.wakeAt, &world_.unit_, VirtualTime::Rank::Program,
+                          "drain of " + file_->node.path());
+    }
+}
+
+bool LinkedFile::readable()
+{
+    if (world_.over_)
+        return true;
+    const LinkedUnit::Turn turn = world_.enter();
+    return file_->node.readable(*file_, world_.unit_.clock().now());
+}
+
+} // namespace hxsim

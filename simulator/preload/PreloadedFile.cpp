@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/preload/PreloadedFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <mutex>
+
+namespace hxsim {
+
+namespace {
+
+/// A connection for one question. It is used again only if its answer has come: not after a time-out, and not when the
+/// thread is cancelled or leaves by a jump.
+class Question {
+public:
+    explicit Question(Connections& connections) : connections_{connections}, fd_{connections.take()} {}
+    Question(const Question&) = delete;
+    Question& operator=(const Question&) = delete;
+    ~Question()
+    {
+        if (fd_ < 0)
+            return;
+        if (answered_)
+            connections_.giveBack(fd_);
+        else
+            connections_.discard(fd_);
+    }
+
+    [[nodiscard]] int fd() const { return fd_; }
+    void answered() { answered_ = true; }
+
+private:
+    Connections& connections_;
+    const int fd_;
+    bool answered_ = false;
+};
+
+/// The answer may take as long as the unit does; a signal ends the wait.
+bool waitsForTheUnit(wire::Kind kind)
+{
+    return kind == wire::Kind::Read || kind == wire::Kind::Drain;
+}
+
+Received receiveAnswer(int fd, wire::Kind kind, wire::Head& answer, Space out)
+{
+    std::size_t size = 0;
+    if (!waitsForTheUnit(kind))
+        return comesInTime(fd) ? receivePacket(fd, answer, out, size, true) : Received::Nothing;
+    const Received received = receivePacket(fd, answer, out, size, false);
+    if (received != Received::Interrupted)
+        return received;
+    // The host answers now, with what there is or with EINTR.
+    sendPacket(fd, PreloadedLink::head(wire::Kind::Cancel), {});
+    return comesInTime(fd) ? receivePacket(fd, answer, out, size, true) : Received::Nothing;
+}
+
+} // namespace
+
+std::int64_t PreloadedFile::exchange(wire::Head head, Bytes in, Space out, wire::Head& answer)
+{
+    const Link::Inside inside;
+    Question question{link_.connections()};
+    if (question.fd() < 0)
+        return link_.unreachable(-question.fd());
+    head.file = number_;
+    if (!sendPacket(question.fd(), head, in))
+        return errno == EFAULT ? -EFAULT : link_.unreachable(errno);
+    switch (receiveAnswer(question.fd(), head.kind, answer, out)) {
+    case Received::Packet:
+        question.answered();
+        return answer.value;
+    case Received::Unplaced:
+        question.answered();
+        return -EFAULT;
+    case Received::Nothing:
+        return link_.unreachable(EAGAIN);
+    default:
+        return link_.unreachable(ECONNRESET);
+    }
+}
+
+std::int64_t PreloadedFile::exchange(const wire::Head& head, Bytes in, Space out)
+{
+    wire::Head answer{};
+    return exchange(head, in, out, answer);
+}
+
+std::optional<Node::Shape> PreloadedFile::shape(std::uint32_t request)
+{
+    {
+        const std::lock_guard guard{link_.connections()};
+        const auto known = shapes_.find(request);
+        if (known != shapes_.end())
+            return known->second;
+    }
+    wire::Head question = PreloadedLink::head(wire::Kind::Shape);
+    question.request = request;
+    wire::Head answer{};
+    const std::int64_t takes = exchange(question, {}, {}, answer);
+    std::optional<Node::Shape> shape;
+    if (takes >= 0)
+        shape = Node::Shape{std::size_t(takes), std::size_t(answer.other)};
+    const std::lock_guard guard{link_.connections()};
+    shapes_[request] = shape;
+    return shape;
+}
+
+std::int64_t PreloadedFile::ioctl(std::uint32_t request, Bytes in, Space out)
+{
+    wire::Head question = PreloadedLink::head(wire::Kind::Ioctl);
+    question.request = request;
+    return exchange(question, in, out);
+}
+
+std::int64_t PreloadedFile::read(Space out, bool nonblocking)
+{
+    const Space space = out.first(std::min(out.size(), std::size_t{65536}));
+    wire::Head question = PreloadedLink::head(wire::Kind::Read, std::int64_t(space.size()));
+    question.other = nonblocking ? 1 : 0;
+    return exchange(question, {}, space);
+}
+
+std::int64_t PreloadedFile::write(Bytes in)
+{
+    return exchange(PreloadedLink::head(wire::Kind::Write), in.first(std::min(in.size(), std::size_t{65536})));
+}
+
+/// The host hears of it before it sees the end, and knows that no program has died.
+void PreloadedFile::closing(int fd)
+{
+    (void)sendPacket(fd, PreloadedLink::head(wire::Kind::Closing), {});
+}
+
+void PreloadedFile::close()
+{
+    exchange(PreloadedLink::head(wire::Kind::Close));
+}
+
+void PreloadedFile::setLine(const LineSettings& settings)
+{
+    std::uint8_t bytes[sizeof settings];
+    std::memcpy(bytes, &settings, sizeof settings);
+    exchange(PreloadedLink::head(wire::Kind::Line), bytes);
+}
+
+void PreloadedFile::flush(bool input, bool output)
+{
+    exchange(PreloadedLink::head(wire::Kind::Flush, (input ? 1 : 0) | (output ? 2 : 0)));
+}
+
+int PreloadedFile::drain()
+{
+    return int(exchange(PreloadedLink::head(wire::Kind::Drain)));
+}
+
+bool PreloadedFile::readable()
+{
+    return exchange(PreloadedLink::head(wire::Kind::Readable)) != 0;
+}
+
+} // namespace hxsim

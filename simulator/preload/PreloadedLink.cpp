@@ -1,0 +1,351 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/preload/PreloadedLink.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <dlfcn.h>
+#include <filesystem>
+#include <sstream>
+#include <unistd.h>
+
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+#include "simulator/preload/PreloadedFile.h"
+#include "simulator/protocol/UnitFolder.h"
+
+namespace hxsim {
+
+namespace {
+
+PreloadedLink* theLink = nullptr;
+/// Whether this thread holds the control connection: a signal handler on top of it makes one of its own.
+thread_local bool isInControl = false;
+pthread_once_t begun = PTHREAD_ONCE_INIT;
+
+timespec timespecOf(std::int64_t nanoseconds)
+{
+    timespec time{};
+    time.tv_sec = time_t(nanoseconds / kNanosecondsPerSecond);
+    time.tv_nsec = long(nanoseconds % kNanosecondsPerSecond);
+    return time;
+}
+
+std::vector<std::string> lines(const std::string& text)
+{
+    std::istringstream stream{text};
+    std::vector<std::string> all;
+    for (std::string line; std::getline(stream, line);)
+        all.push_back(line);
+    return all;
+}
+
+} // namespace
+
+struct PreloadedLink::ForkHandlers {
+    static inline thread_local bool heldBefore = false; ///< a signal handler forks on top of a question
+
+    static void prepare()
+    {
+        heldBefore = isInControl;
+        if (!heldBefore)
+            theLink->lock_.lock();
+        isInControl = true;
+        theLink->connections_.lock();
+    }
+    static void parent()
+    {
+        theLink->connections_.unlock();
+        if (!heldBefore)
+            theLink->lock_.unlock();
+        isInControl = heldBefore;
+    }
+    /// The connections are the parent's.
+    static void child()
+    {
+        if (theLink->control_ >= 0)
+            Descriptors::table().closeOwn(theLink->control_);
+        theLink->control_ = -1;
+        theLink->connections_.closeAll();
+        parent();
+    }
+};
+
+/// Runs before anything of this process reaches the unit, whichever library asks first.
+void Link::beforeCurrent()
+{
+    pthread_once(&begun, &PreloadedLink::begin);
+}
+
+/// A program may use a file of the unit that it was started with before it does anything else.
+__attribute__((constructor)) static void beginWithTheProgram()
+{
+    (void)Link::current();
+}
+
+void PreloadedLink::begin()
+{
+    const KeepErrno keep;
+    const Inside inside;
+    const char* const folder = std::getenv(wire::kFolderVariable);
+    if (folder == nullptr)
+        return;
+    const char* const scale = std::getenv(wire::kScaleVariable);
+    theLink = new PreloadedLink{folder, scale == nullptr ? 1.0 : std::atof(scale)}; // used until the process is gone
+    theLink->learnPaths();
+    pthread_atfork(&ForkHandlers::prepare, &ForkHandlers::parent, &ForkHandlers::child);
+    theLink->adoptInherited();
+    setCurrent(theLink);
+}
+
+PreloadedLink::PreloadedLink(std::string folder, double scale)
+    : folder_{std::move(folder)}, scale_{scale > 0 ? scale : 1.0}, connections_{folder_}
+{
+}
+
+wire::Head PreloadedLink::head(wire::Kind kind, std::int64_t value)
+{
+    return {kind, 0, getpid(), gettid(), value, 0};
+}
+
+int PreloadedLink::unreachable(int error)
+{
+    if (error == EMFILE || error == ENFILE || error == ENOMEM)
+        return -error; // this process's own trouble
+    const bool refused = error == EACCES || error == EPERM;
+    const char* const text = refused ? "hx-sim: this program may not reach the simulated unit: Permission denied\n"
+                             : error == EAGAIN
+                                 ? "hx-sim: the simulated unit does not answer; its devices answer EIO\n"
+                                 : "hx-sim: the simulated unit has ended; its devices answer EIO from now on\n";
+    static std::atomic<bool> said{false};
+    if (!said.exchange(true))
+        (void)!HXSIM_REAL(write)(STDERR_FILENO, text, std::strlen(text));
+    return refused ? -EACCES : -EIO;
+}
+
+/// Where the unit's paths are is asked once: nearly every path that a program names is none of them.
+void PreloadedLink::learnPaths()
+{
+    Packet answer;
+    const int fd = connections_.reserve();
+    if (fd == -EACCES || fd == -EPERM)
+        refused_ = EACCES;
+    if (!control(head(wire::Kind::Hello), {}, &answer))
+        return;
+    for (const std::string& line : lines(answer.text())) {
+        if (line[0] == 'N')
+            semaphores_ = line.substr(2);
+        else if (line[0] == 'R')
+            root_ = line.substr(2);
+        else
+            learnPath(line[0], line.substr(2));
+    }
+}
+
+void PreloadedLink::learnPath(char kind, const std::string& line)
+{
+    const std::size_t end = line.find(' ');
+    Where where;
+    where.place = kind == 'F' ? Place::File : Place::Device;
+    where.text = kind == 'F' || kind == 'T';
+    where.serial = kind == 'S';
+    where.file = end == std::string::npos ? "" : line.substr(end + 1);
+    const std::string path = line.substr(0, end);
+    paths_[path] = where;
+    names_.insert(path.substr(path.rfind('/') + 1));
+}
+
+/// Files of the unit that the process was started with.
+void PreloadedLink::adoptInherited()
+{
+    std::vector<int> numbers;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator{"/proc/self/fd", ignored})
+        numbers.push_back(std::atoi(entry.path().filename().c_str()));
+    for (const int fd : numbers)
+        Descriptors::table().adopt(*this, fd);
+}
+
+std::optional<Link::Adopted> PreloadedLink::adopt(int fd)
+{
+    const std::string name = connectionName(fd, folder_);
+    Packet answer;
+    if (name.empty() || !control(head(wire::Kind::Which), bytesOf(name), &answer) || answer.head.value != 0)
+        return std::nullopt;
+    return Adopted{answer.text(), int(answer.head.other), std::make_shared<PreloadedFile>(*this, answer.head.file)};
+}
+
+bool PreloadedLink::askAside(const wire::Head& question, Bytes bytes, Packet* answer)
+{
+    const int fd = connectTo(folder_, "");
+    const bool good =
+        fd >= 0 && (answer == nullptr ? sendPacket(fd, question, bytes) : ask(fd, question, bytes, *answer));
+    const int error = fd < 0 ? -fd : ECONNRESET;
+    if (fd >= 0)
+        HXSIM_REAL(close)(fd);
+    if (!good)
+        unreachable(error);
+    return good;
+}
+
+bool PreloadedLink::control(const wire::Head& question, Bytes bytes, Packet* answer)
+{
+    const Inside inside;
+    if (isInControl || Descriptors::table().isBorrowed())
+        return askAside(question, bytes, answer);
+    struct Holding {
+        Holding() { isInControl = true; }
+        ~Holding() { isInControl = false; }
+    } const holding;
+    const std::lock_guard guard{lock_};
+    if (control_ < 0) {
+        const int fd = connectTo(folder_, "");
+        if (fd < 0) {
+            unreachable(-fd);
+            return false;
+        }
+        control_ = Descriptors::table().moveOutOfTheWay(fd);
+    }
+    const bool good =
+        answer == nullptr ? sendPacket(control_, question, bytes) : ask(control_, question, bytes, *answer);
+    if (good)
+        return true;
+    unreachable(ECONNRESET);
+    Descriptors::table().closeOwn(control_); // an answer may still come
+    control_ = -1;
+    return false;
+}
+
+bool PreloadedLink::hasName(std::string_view name)
+{
+    return refused_ != 0 || names_.contains(name);
+}
+
+/// A process that may not ask where the unit's paths are takes devices that the machine does not have for the unit's.
+static Link::Where locateRefused(const std::string& path, int error)
+{
+    const bool isUnits =
+        isProductPath(path) || (path.starts_with("/dev/") && HXSIM_REAL(access)(path.c_str(), F_OK) != 0);
+    if (!isUnits)
+        return {};
+    Link::Where where;
+    where.place = Link::Place::Device;
+    where.refused = error;
+    return where;
+}
+
+Link::Where PreloadedLink::locate(const std::string& path)
+{
+    if (refused_ != 0)
+        return locateRefused(path, refused_);
+    const auto known = paths_.find(path);
+    if (known == paths_.end())
+        return {};
+    Where where = known->second;
+    Packet answer;
+    where.present = control(head(wire::Kind::Locate), bytesOf(path), &answer) && answer.head.value == 1;
+    return where;
+}
+
+std::set<std::string> PreloadedLink::absentNames()
+{
+    Packet answer;
+    if (!control(head(wire::Kind::Absent), {}, &answer))
+        return {};
+    const std::vector<std::string> names = lines(answer.text());
+    return {names.begin(), names.end()};
+}
+
+bool PreloadedLink::isAbsent(const std::string& name)
+{
+    return absentNames().contains(name);
+}
+
+Link::Opened PreloadedLink::open(const std::string& path, int flags)
+{
+    const Inside inside;
+    if (const int fd = connections_.reserve(); fd < 0)
+        return {unreachable(-fd), nullptr};
+    const std::string name = newConnectionName();
+    const int fd = connectTo(folder_, name);
+    if (fd < 0)
+        return {unreachable(-fd), nullptr};
+    Packet answer;
+    const int result = ask(fd, head(wire::Kind::Open, flags), bytesOf(name + '\0' + path), answer)
+                           ? int(answer.head.value)
+                           : unreachable(ECONNRESET);
+    if (result < 0) {
+        HXSIM_REAL(close)(fd);
+        return {result, nullptr};
+    }
+    return {fd, std::make_shared<PreloadedFile>(*this, answer.head.file)};
+}
+
+int PreloadedLink::fault(const std::string& subject, const std::string& call)
+{
+    Packet answer;
+    return control(head(wire::Kind::Fault), bytesOf(subject + '\0' + call), &answer) ? int(answer.head.value) : 0;
+}
+
+void PreloadedLink::note(const std::string& subject, const std::string& action, int error, Bytes in)
+{
+    std::string text = subject + '\0' + action + '\0';
+    text.append(in.begin(), in.end());
+    control(head(wire::Kind::Note, error), bytesOf(text), nullptr);
+}
+
+int PreloadedLink::sleep(std::int64_t nanoseconds, std::int64_t* rest)
+{
+    const timespec time = timespecOf(real(nanoseconds));
+    timespec left{};
+    const int error = HXSIM_REAL(clock_nanosleep)(CLOCK_MONOTONIC, 0, &time, &left);
+    if (error == EINTR && rest != nullptr)
+        *rest = std::int64_t(double(left.tv_sec * kNanosecondsPerSecond + left.tv_nsec) * scale_);
+    return -error;
+}
+
+std::string PreloadedLink::semaphoreName(const std::string& name)
+{
+    const std::string plain = name.starts_with('/') ? name.substr(1) : name;
+    return semaphores_.empty() ? '/' + plain : UnitFolder::semaphorePrefix(semaphores_) + plain;
+}
+
+int PreloadedLink::wait(sem_t* semaphore, const std::string& /*name*/, std::optional<std::int64_t> nanoseconds)
+{
+    if (!nanoseconds)
+        return HXSIM_REAL(sem_wait)(semaphore) == 0 ? 0 : -errno;
+    timespec moment{};
+    clock_gettime(CLOCK_REALTIME, &moment);
+    moment = timespecOf(moment.tv_sec * kNanosecondsPerSecond + moment.tv_nsec + real(*nanoseconds));
+    return HXSIM_REAL(sem_timedwait)(semaphore, &moment) == 0 ? 0 : -errno;
+}
+
+int PreloadedLink::post(sem_t* semaphore)
+{
+    return HXSIM_REAL(sem_post)(semaphore) == 0 ? 0 : -errno;
+}
+
+int PreloadedLink::createThread(pthread_t* thread, const pthread_attr_t* attributes, void* (*function)(void*),
+                                void* argument)
+{
+    return HXSIM_REAL(pthread_create)(thread, attributes, function, argument);
+}
+
+int PreloadedLink::joinThread(pthread_t thread, void** result)
+{
+    return HXSIM_REAL(pthread_join)(thread, result);
+}
+
+/// The stand-in library lies beside this one.
+std::string PreloadedLink::jidaLibrary()
+{
+    Dl_info own{};
+    if (dladdr(reinterpret_cast<const void*>(&bytesOf), &own) == 0 || own.dli_fname == nullptr)
+        return {};
+    const std::string path = own.dli_fname;
+    return jidaLibraryWithout(path.substr(0, path.rfind('/')), absentNames());
+}
+
+} // namespace hxsim

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+
+#include "simulator/interpose/Link.h"
+#include "simulator/preload/Connections.h"
+#include "simulator/protocol/Channel.h"
+
+namespace hxsim {
+
+/// The preloaded door: this process works on a unit that another process hosts. The unit's folder comes in the
+/// environment. Time is the machine's, or runs by a factor.
+class PreloadedLink : public Link {
+public:
+    /// Made at the first call of the process that comes by; null when the environment names no unit.
+    static void begin();
+
+    PreloadedLink(std::string folder, double scale);
+
+    Where locate(const std::string& path) override;
+    bool hasName(std::string_view name) override;
+    bool isAbsent(const std::string& name) override;
+    std::string folder() override { return folder_; }
+    std::string root() override { return root_; }
+    Opened open(const std::string& path, int flags) override;
+    std::optional<Adopted> adopt(int fd) override;
+    int fault(const std::string& subject, const std::string& call) override;
+    void note(const std::string& subject, const std::string& action, int error, Bytes in) override;
+    int sleep(std::int64_t nanoseconds, std::int64_t* rest) override;
+    std::string semaphoreName(const std::string& name) override;
+    int wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds) override;
+    int post(sem_t* semaphore) override;
+    int createThread(pthread_t* thread, const pthread_attr_t* attributes, void* (*function)(void*),
+                     void* argument) override;
+    int joinThread(pthread_t thread, void** result) override;
+    std::string jidaLibrary() override;
+
+    /// Head of a packet from this thread.
+    static wire::Head head(wire::Kind kind, std::int64_t value = 0);
+    Connections& connections() { return connections_; }
+    /// What a call answers when the host could not be asked, for this reason: -errno. Says why, once.
+    static int unreachable(int error);
+
+private:
+    struct ForkHandlers;
+
+    void learnPaths();
+    void learnPath(char kind, const std::string& line);
+    void adoptInherited();
+    /// Exchanges a packet on the control connection, which the process makes when it first needs it.
+    bool control(const wire::Head& head, Bytes bytes, Packet* answer);
+    /// The same on a connection for this alone.
+    bool askAside(const wire::Head& head, Bytes bytes, Packet* answer);
+    [[nodiscard]] std::set<std::string> absentNames();
+    [[nodiscard]] std::int64_t real(std::int64_t nanoseconds) const
+    {
+        return std::int64_t(double(nanoseconds) / scale_);
+    }
+
+    std::string folder_;
+    double scale_;
+    std::string root_;       ///< learnt from the host, as what follows
+    std::string semaphores_; ///< mark of the unit whose semaphores programs get; empty: the machine's own
+    std::map<std::string, Where> paths_;
+    std::set<std::string, std::less<>> names_; ///< what paths_ end in
+    int refused_ = 0;                          ///< the errno with which this process may not reach the unit
+    Connections connections_;
+    std::mutex lock_; ///< guards control_
+    int control_ = -1;
+};
+
+} // namespace hxsim

@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/protocol/Channel.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <ctime>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/uio.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "simulator/interpose/Real.h"
+
+namespace hxsim {
+
+namespace {
+
+sockaddr_un hostAddress(const std::string& folder)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string path = folder + "/socket";
+    std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+    return address;
+}
+
+/// Abstract addresses (a NUL in front) need no file, and vanish with the socket.
+bool giveName(int fd, const std::string& name)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path + 1, name.data(), std::min(name.size(), sizeof address.sun_path - 1));
+    const auto size = socklen_t(offsetof(sockaddr_un, sun_path) + 1 + name.size());
+    return bind(fd, reinterpret_cast<const sockaddr*>(&address), size) == 0;
+}
+
+bool connectThrough(int fd, const sockaddr_un& address)
+{
+    for (;;) {
+        if (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
+            return true;
+        if (errno != EINTR)
+            return false;
+    }
+}
+
+std::int64_t millisecondsNow()
+{
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
+}
+
+} // namespace
+
+int connectTo(const std::string& folder, const std::string& name)
+{
+    const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+    if (fd < 0)
+        return -errno;
+    const timeval patience{kPatienceSeconds, 0};
+    (void)setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience); // of connect and sendmsg
+    const sockaddr_un address = hostAddress(folder);
+    if ((name.empty() || giveName(fd, name)) && connectThrough(fd, address))
+        return fd;
+    const int error = errno;
+    HXSIM_REAL(close)(fd);
+    return -error;
+}
+
+std::string connectionName(int fd, const std::string& folder)
+{
+    sockaddr_un peer{};
+    socklen_t size = sizeof peer;
+    if (getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &size) != 0 || peer.sun_family != AF_UNIX ||
+        std::strcmp(peer.sun_path, hostAddress(folder).sun_path) != 0)
+        return {};
+    sockaddr_un own{};
+    size = sizeof own;
+    constexpr std::size_t kBefore = offsetof(sockaddr_un, sun_path) + 1;
+    if (getsockname(fd, reinterpret_cast<sockaddr*>(&own), &size) != 0 || size <= kBefore)
+        return {};
+    return {own.sun_path + 1, size - kBefore};
+}
+
+std::string newConnectionName()
+{
+    static std::atomic<unsigned> made{0};
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return "hxsim-" + std::to_string(getpid()) + '-' + std::to_string(++made) + '-' + std::to_string(now.tv_sec) + '.' +
+           std::to_string(now.tv_nsec);
+}
+
+bool sendPacket(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes)
+{
+    iovec parts[2] = {{const_cast<wire::Head*>(&head), sizeof head},
+                      {const_cast<std::uint8_t*>(bytes.data()), bytes.size()}};
+    msghdr message{};
+    message.msg_iov = parts;
+    message.msg_iovlen = 2;
+    for (;;) {
+        if (HXSIM_REAL(sendmsg)(fd, &message, MSG_NOSIGNAL) >= 0)
+            return true;
+        if (errno != EINTR)
+            return false;
+    }
+}
+
+Received receivePacket(int fd, wire::Head& head, std::span<std::uint8_t> bytes, std::size_t& size, bool retry)
+{
+    iovec parts[2] = {{&head, sizeof head}, {bytes.data(), bytes.size()}};
+    msghdr message{};
+    message.msg_iov = parts;
+    message.msg_iovlen = 2;
+    for (;;) {
+        const ssize_t got = HXSIM_REAL(recvmsg)(fd, &message, 0);
+        if (got >= ssize_t(sizeof head)) {
+            size = std::size_t(got) - sizeof head;
+            return Received::Packet;
+        }
+        if (got < 0 && errno == EAGAIN)
+            return Received::Nothing;
+        if (got < 0 && errno == EFAULT)
+            return Received::Unplaced;
+        if (got >= 0 || errno != EINTR)
+            return Received::Gone;
+        if (!retry)
+            return Received::Interrupted;
+    }
+}
+
+bool comesInTime(int fd, int seconds)
+{
+    const std::int64_t until = millisecondsNow() + std::int64_t{seconds} * 1000;
+    pollfd watched{fd, POLLIN, 0};
+    for (;;) {
+        const std::int64_t left = until - millisecondsNow();
+        const int ready = HXSIM_REAL(poll)(&watched, 1, int(std::max<std::int64_t>(left, 0)));
+        if (ready > 0)
+            return true;
+        if (ready < 0 && errno != EINTR)
+            return false;
+        if (left <= 0) {
+            errno = EAGAIN;
+            return false;
+        }
+    }
+}
+
+bool ask(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes, Packet& answer, int seconds)
+{
+    if (!sendPacket(fd, head, bytes))
+        return false;
+    answer.bytes.resize(wire::kLargestPacket);
+    std::size_t size = 0;
+    const bool good =
+        comesInTime(fd, seconds) && receivePacket(fd, answer.head, answer.bytes, size, true) == Received::Packet;
+    const int error = errno;
+    answer.bytes.resize(good ? size : 0);
+    errno = error;
+    return good;
+}
+
+std::span<const std::uint8_t> bytesOf(const std::string& text)
+{
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+} // namespace hxsim

@@ -1,0 +1,297 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/server/HostCommands.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <map>
+#include <string_view>
+
+#include "simulator/model/NameCheck.h"
+#include "simulator/model/Text.h"
+#include "simulator/server/Host.h"
+#include "tools/cli/Json.h"
+
+namespace hxsim {
+
+namespace {
+
+using Words = std::vector<std::string>;
+using Json = nlohmann::json;
+
+constexpr char kJson[] = "--json";
+
+bool asksForJson(const Words& words)
+{
+    return words.size() > 1 && words.back() == kJson;
+}
+
+std::string joined(const Words& words, std::size_t from)
+{
+    std::string text;
+    for (std::size_t i = from; i < words.size(); ++i)
+        text += (i == from ? "" : " ") + words[i];
+    return text;
+}
+
+CommandResult setProperty(Host& host, int, const Words& words)
+{
+    constexpr std::string_view kOnlyLine = "line 1: ";
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        try {
+            host.describe(words[i]);
+        } catch (const BadText& bad) {
+            const std::string_view text = bad.what();
+            throw BadText{std::string{text.starts_with(kOnlyLine) ? text.substr(kOnlyLine.size()) : text}};
+        }
+    }
+    return {};
+}
+
+CommandResult getProperty(Host& host, int, const Words& words)
+{
+    std::string text;
+    for (std::size_t i = 1; i < words.size(); ++i)
+        text += host.unit().properties().get(words[i]) + '\n';
+    return {true, text};
+}
+
+CommandResult listProperties(Host& host, int, const Words& words)
+{
+    std::string text;
+    Json all = Json::object();
+    for (const auto& [name, property] : host.unit().properties().all()) {
+        all[name] = {{"value", property.get()}, {"help", property.help}, {"writable", bool(property.set)}};
+        text += name + " = " + property.get() + "    # " + property.help + (property.set ? "" : " (read only)") + '\n';
+    }
+    return {true, asksForJson(words) ? written(all, 2) + '\n' : text};
+}
+
+CommandResult listActions(Host& host, int, const Words& words)
+{
+    std::string text;
+    Json all = Json::object();
+    for (const auto& [name, action] : host.unit().actions().all()) {
+        all[name] = {{"usage", action.usage}, {"help", action.help}};
+        text += name + ' ' + action.usage + "    # " + action.help + '\n';
+    }
+    return {true, asksForJson(words) ? written(all, 2) + '\n' : text};
+}
+
+/// A bar would end the cell of a table.
+std::string cell(const std::string& text)
+{
+    std::string shown;
+    for (const char c : text)
+        (shown += c == '|' ? "\\" : "") += c;
+    return shown;
+}
+
+/// The page docs/unit-properties.md.
+CommandResult listAsPage(Host& host, int, const Words&)
+{
+    std::string text = "# Properties and actions of a simulated unit\n\nMade by `hx-sim properties --markdown` on a "
+                       "healthy unit. A description, `--set`, `hx-sim set` and `hx-sim get`\nuse these names; "
+                       "[simulator.md](simulator.md#descriptions) tells how.\n\n## Properties\n\n"
+                       "| Name | Healthy | Meaning |\n|---|---|---|\n";
+    for (const auto& [name, property] : host.unit().properties().all()) {
+        const std::string value = property.get();
+        text += "| `" + name + "` | " + (value.empty() ? "" : '`' + cell(value) + '`') + " | " + cell(property.help) +
+                (property.set ? "" : "; read only") + " |\n";
+    }
+    text += "\n## Actions\n\n`hx-sim press front`, or `do = press front` in a description.\n\n"
+            "| Action | Effect |\n|---|---|\n";
+    for (const auto& [name, action] : host.unit().actions().all())
+        text +=
+            "| `" + name + (action.usage.empty() ? "" : ' ' + cell(action.usage)) + "` | " + cell(action.help) + " |\n";
+    return {true, text};
+}
+
+CommandResult listDevices(Host& host, int, const Words&)
+{
+    Json all = Json::object();
+    for (const auto& [path, node] : host.unit().nodes())
+        if (node.recorded())
+            all[path] = node.present ? "a device of the unit" : "taken away";
+    return {true, written(all) + '\n'};
+}
+
+CommandResult act(Host& host, int, const Words& words)
+{
+    if (words.size() < 2)
+        throw BadText{"an action is missing"};
+    host.unit().actions().run(words[1], {words.begin() + 2, words.end()});
+    return {};
+}
+
+CommandResult fail(Host& host, int, const Words& words)
+{
+    host.unit().addFault(joined(words, 1));
+    return {};
+}
+
+CommandResult listFaults(Host& host, int, const Words& words)
+{
+    std::string text;
+    Json all = Json::array();
+    for (const Fault& fault : host.unit().faults().all()) {
+        const std::string error = errnoName(fault.error);
+        text += fault.subject + ' ' + fault.call + ' ' + error + ": " + fault.state() + '\n';
+        all.push_back({{"node", fault.subject},
+                       {"call", fault.call},
+                       {"error", error},
+                       {"left", fault.count == Fault::kAlways ? Json{} : Json(fault.count)},
+                       {"hits", fault.hits}});
+    }
+    return {true, asksForJson(words) ? written(all, 2) + '\n' : text};
+}
+
+CommandResult unfail(Host& host, int, const Words& words)
+{
+    Faults& faults = host.unit().faults();
+    if (words.size() < 2) {
+        faults.clear();
+        return {};
+    }
+    const auto isOn = [&](const Fault& fault) { return fault.subject == words[1]; };
+    if (std::ranges::none_of(faults.all(), isOn))
+        checkSubject(host.unit(), words[1]);
+    faults.clear(words[1]);
+    return {};
+}
+
+CommandResult setAbsent(Host& host, int, const Words& words)
+{
+    for (std::size_t i = 1; i < words.size(); ++i)
+        checkPart(host.unit(), words[i]);
+    for (std::size_t i = 1; i < words.size(); ++i)
+        host.unit().setAbsent(words[i], words[0] == "remove");
+    return {};
+}
+
+CommandResult showLog(Host& host, int, const Words& words)
+{
+    std::string text;
+    for (const Entry& entry : host.unit().journal().entries())
+        text += (asksForJson(words) ? jsonOf(entry) : lineOf(entry)) + '\n';
+    // A packet has an end; the newest lines are what people look for.
+    constexpr std::size_t kRoom = wire::kLargestPacket - 1024;
+    if (text.size() > kRoom) {
+        text.erase(0, text.size() - kRoom);
+        text.erase(0, text.find('\n') + 1);
+    }
+    return {true, text};
+}
+
+CommandResult followLog(Host& host, int connection, const Words& words)
+{
+    host.follow(connection, asksForJson(words));
+    return {};
+}
+
+CommandResult clearLog(Host& host, int, const Words&)
+{
+    host.unit().journal().clear();
+    return {};
+}
+
+CommandResult record(Host& host, int connection, const Words& words)
+{
+    if (words.size() != 3)
+        throw BadText{"a file and a process are missing"};
+    host.record(connection, words[1], int(parseNumber(words[2], 1, INT32_MAX)));
+    return {};
+}
+
+CommandResult endRecord(Host& host, int connection, const Words&)
+{
+    return {true, std::to_string(host.endRecord(connection))};
+}
+
+CommandResult stop(Host& host, int, const Words&)
+{
+    host.stop();
+    return {};
+}
+
+CommandResult showScale(Host& host, int, const Words&)
+{
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.9g", host.scale());
+    return {true, text.data()};
+}
+
+using Handler = CommandResult (*)(Host&, int, const Words&);
+
+struct Row {
+    const char* name;
+    Handler handler;
+};
+
+constexpr Row kCommands[] = {
+    {"actions", listActions},
+    {"clear", clearLog},
+    {"devices", listDevices},
+    {"do", act},
+    {"end-record", endRecord},
+    {"fail", fail},
+    {"faults", listFaults},
+    {"follow", followLog},
+    {"get", getProperty},
+    {"log", showLog},
+    {"properties", listProperties},
+    {"properties-page", listAsPage},
+    {"record", record},
+    {"remove", setAbsent},
+    {"restore", setAbsent},
+    {"scale", showScale},
+    {"set", setProperty},
+    {"stop", stop},
+    {"unfail", unfail},
+};
+
+} // namespace
+
+CommandResult runHostCommand(Host& host, int connection, const std::vector<std::string>& words)
+{
+    if (words.empty())
+        return {false, "no command"};
+    for (const Row& row : kCommands) {
+        if (words[0] != row.name)
+            continue;
+        try {
+            return row.handler(host, connection, words);
+        } catch (const BadText& bad) {
+            return {false, bad.what()};
+        }
+    }
+    return {false, "the unit knows no command '" + words[0] + "'"};
+}
+
+std::string lineOf(const Entry& entry)
+{
+    std::array<char, 64> start{};
+    std::snprintf(start.data(), start.size(), "%12.6f %d/%d ", std::chrono::duration<double>(entry.time).count(),
+                  entry.caller.process, entry.caller.thread);
+    return start.data() + entry.text();
+}
+
+std::string jsonOf(const Entry& entry)
+{
+    Json object{{"time", std::chrono::duration<double>(entry.time).count()},
+                {"process", entry.caller.process},
+                {"thread", entry.caller.thread},
+                {"subject", entry.subject},
+                {"call", entry.call()}};
+    if (entry.kind == Entry::Kind::Ioctl)
+        object["request"] = requestName(entry.request);
+    if (!entry.in.empty())
+        object["in"] = hexBytes(entry.in);
+    if (!entry.out.empty())
+        object["out"] = hexBytes(entry.out);
+    if (entry.error != 0)
+        object["error"] = errnoName(entry.error);
+    return written(object);
+}
+
+} // namespace hxsim

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/server/KeptMemory.h"
+
+#include <filesystem>
+#include <fstream>
+
+#include "simulator/model/Text.h"
+#include "simulator/server/PlainFile.h"
+
+namespace hxsim {
+
+namespace fs = std::filesystem;
+
+KeptMemory::KeptMemory(Unit& unit, const std::string& folder) : unit_{unit}, folder_{folder}
+{
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (!fs::is_directory(folder))
+        throw BadText{"nothing can be kept in " + folder};
+    for (auto& [name, memory] : unit.memories()) {
+        if (!fs::exists(fileOf(name), error))
+            continue;
+        const std::string bytes = contentOf(fileOf(name));
+        if (bytes.size() != memory.bytes.size())
+            throw BadText{fileOf(name) + " has not the size of this memory"};
+        memory.bytes.assign(bytes.begin(), bytes.end());
+        memory.changed = false;
+    }
+}
+
+void KeptMemory::save()
+{
+    for (auto& [name, memory] : unit_.memories()) {
+        if (!memory.changed)
+            continue;
+        const std::string fresh = fileOf(name) + ".new";
+        std::error_code error;
+        fs::remove(fresh, error); // whatever it is: nothing is written through a link or into a FIFO
+        std::ofstream stream{fresh, std::ios::binary};
+        stream.write(reinterpret_cast<const char*>(memory.bytes.data()), std::streamsize(memory.bytes.size()));
+        stream.close();
+        if (stream)
+            fs::rename(fresh, fileOf(name), error);
+        memory.changed = false;
+    }
+}
+
+} // namespace hxsim

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "testing/Process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+namespace {
+
+void become(const std::vector<std::string>& command)
+{
+    std::vector<char*> words;
+    for (const std::string& word : command)
+        words.push_back(const_cast<char*>(word.c_str()));
+    words.push_back(nullptr);
+    execv(words[0], words.data());
+    _exit(127);
+}
+
+} // namespace
+
+Process::Process(const std::vector<std::string>& command)
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        throw std::runtime_error{"no pipe"};
+    pid_ = fork();
+    if (pid_ == 0) {
+        dup2(ends[1], STDOUT_FILENO);
+        dup2(ends[1], STDERR_FILENO);
+        become(command);
+    }
+    close(ends[1]);
+    output_ = ends[0];
+}
+
+Process::Process(Process&& other) noexcept
+    : pid_{std::exchange(other.pid_, -1)}, output_{std::exchange(other.output_, -1)}, ended_{other.ended_},
+      unread_{std::move(other.unread_)}
+{
+}
+
+Process::~Process()
+{
+    kill();
+    if (output_ >= 0)
+        close(output_);
+}
+
+bool Process::more(std::chrono::milliseconds patience)
+{
+    pollfd watched{output_, POLLIN, 0};
+    if (poll(&watched, 1, static_cast<int>(patience.count())) <= 0)
+        return false;
+    char bytes[4096];
+    const ssize_t count = ::read(output_, bytes, sizeof bytes);
+    ended_ = count <= 0;
+    if (count > 0)
+        unread_.append(bytes, static_cast<std::size_t>(count));
+    return true;
+}
+
+std::string Process::line(std::chrono::milliseconds patience)
+{
+    std::size_t end = unread_.find('\n');
+    while (end == std::string::npos && !ended_) {
+        if (!more(patience))
+            return "(silent)";
+        end = unread_.find('\n');
+    }
+    if (end == std::string::npos)
+        return "(ended)";
+    const std::string found = unread_.substr(0, end);
+    unread_.erase(0, end + 1);
+    return found;
+}
+
+std::string Process::rest()
+{
+    while (!ended_ && more(std::chrono::seconds{120})) {
+    }
+    return std::exchange(unread_, "");
+}
+
+int Process::status()
+{
+    if (pid_ < 0)
+        return -1;
+    int state = 0;
+    while (waitpid(pid_, &state, 0) < 0 && errno == EINTR) {
+    }
+    pid_ = -1;
+    return WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
+}
+
+void Process::kill()
+{
+    if (pid_ < 0)
+        return;
+    ::kill(pid_, SIGKILL);
+    (void)status();
+}
+
+SharedUnit::SharedUnit(const std::vector<std::string>& description, int scale)
+{
+    static int made = 0;
+    name_ = "processes-" + std::to_string(getpid()) + '-' + std::to_string(++made);
+    std::vector<std::string> command{HXSIM_PROGRAM, "start", "--scale", std::to_string(scale)};
+    for (const std::string& line : description)
+        command.insert(command.end(), {"--set", line});
+    command.push_back(name_);
+    Process start{command};
+    const std::string said = start.rest();
+    if (start.status() != 0)
+        throw std::runtime_error{"hx-sim start: " + said};
+}
+
+SharedUnit::~SharedUnit()
+{
+    Process stop{{HXSIM_PROGRAM, "stop", name_}};
+    (void)stop.status();
+}
+
+std::vector<std::string> SharedUnit::onUnit(const std::string& program, const std::vector<std::string>& words) const
+{
+    std::vector<std::string> command{HXSIM_PROGRAM, "run", "--unit", name_, "--", program};
+    command.insert(command.end(), words.begin(), words.end());
+    return command;
+}
+
+Process SharedUnit::child(const std::vector<std::string>& words) const
+{
+    return Process{onUnit(HXCHILD_PROGRAM, words)};
+}
+
+Process SharedUnit::start(const std::vector<std::string>& words) const
+{
+    return Process{onUnit(HXAUX_PROGRAM, words)};
+}
+
+SharedUnit::Told SharedUnit::hxaux(const std::vector<std::string>& words) const
+{
+    Process tool{start(words)};
+    std::string output = tool.rest();
+    return {output, tool.status()};
+}
+
+std::string SharedUnit::control(const std::string& command, const std::vector<std::string>& words) const
+{
+    std::vector<std::string> whole{HXSIM_PROGRAM, command, "--unit", name_};
+    whole.insert(whole.end(), words.begin(), words.end());
+    Process sim{whole};
+    return sim.rest();
+}
+
+std::string SharedUnit::settingsFile() const
+{
+    const char* base = std::getenv("XDG_RUNTIME_DIR");
+    const std::string folder = base != nullptr && *base != '\0' ? base : "/tmp";
+    return folder + "/hx-sim-" + std::to_string(getuid()) + '/' + name_ + "/files/opt/etc/hxaux.ini";
+}
+
+std::string SharedUnit::settings() const
+{
+    std::ifstream stream{settingsFile()};
+    return {std::istreambuf_iterator<char>{stream}, {}};
+}
+
+void SharedUnit::writeSettings(const std::string& text) const
+{
+    std::ofstream{settingsFile()} << text;
+}

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "testing/SimulatedUnit.h"
+
+#include <fstream>
+#include <iterator>
+
+#include "simulator/model/Text.h"
+
+namespace {
+
+std::string joined(std::initializer_list<const char*> lines)
+{
+    std::string text;
+    for (const char* line : lines)
+        (text += line) += '\n';
+    return text;
+}
+
+} // namespace
+
+SimulatedUnit::SimulatedUnit(std::initializer_list<const char*> description)
+    : world_{hxsim::LinkedUnit::make(joined(description))}
+{
+}
+
+void SimulatedUnit::set(const std::string& property, const std::string& value)
+{
+    world_->unit()->properties().set(property, value);
+    world_->changed();
+}
+
+std::string SimulatedUnit::get(const std::string& property)
+{
+    return world_->unit()->properties().get(property);
+}
+
+void SimulatedUnit::describe(const std::string& lines)
+{
+    world_->unit()->describe(lines);
+    world_->changed();
+}
+
+void SimulatedUnit::act(const std::string& action)
+{
+    describe("do = " + action);
+}
+
+void SimulatedUnit::fail(const std::string& subject, const std::string& call, int error, int count, int skip)
+{
+    world_->unit()->faults().add(hxsim::Fault{subject, call, error, count, skip});
+}
+
+void SimulatedUnit::fail(const std::string& subject, std::uint32_t request, int error, int count, int skip)
+{
+    fail(subject, hxsim::requestName(request), error, count, skip);
+}
+
+void SimulatedUnit::stopFailing()
+{
+    world_->unit()->faults().clear();
+}
+
+std::vector<std::string> SimulatedUnit::requestsTo(const std::string& node)
+{
+    std::vector<std::string> lines;
+    for (const hxsim::Entry& entry : entries())
+        if (entry.kind == hxsim::Entry::Kind::Ioctl && entry.subject == node)
+            lines.push_back(entry.call());
+    return lines;
+}
+
+std::vector<std::string> SimulatedUnit::callsTo(const std::string& subject)
+{
+    std::vector<std::string> lines;
+    for (const hxsim::Entry& entry : entries())
+        if (entry.subject == subject)
+            lines.push_back(entry.call());
+    return lines;
+}
+
+std::vector<std::string> SimulatedUnit::journal()
+{
+    std::vector<std::string> lines;
+    for (const hxsim::Entry& entry : entries())
+        lines.push_back(entry.text());
+    return lines;
+}
+
+std::vector<hxsim::Entry> SimulatedUnit::entries()
+{
+    const auto unit = world_->unit();
+    return {unit->journal().entries().begin(), unit->journal().entries().end()};
+}
+
+void SimulatedUnit::clearJournal()
+{
+    world_->unit()->journal().clear();
+}
+
+void SimulatedUnit::sleepFor(std::int64_t milliseconds)
+{
+    world_->observe(milliseconds * 1000000);
+}
+
+std::int64_t SimulatedUnit::now()
+{
+    return world_->unit()->clock().now() / std::chrono::milliseconds{1};
+}
+
+void SimulatedUnit::expectOtherProcesses()
+{
+    world_->expectOutsiders();
+}
+
+std::string SimulatedUnit::folder() const
+{
+    return world_->folder();
+}
+
+std::string SimulatedUnit::fileOf(const std::string& path) const
+{
+    return world_->fileOf(path);
+}
+
+std::string SimulatedUnit::settings() const
+{
+    std::ifstream stream{settingsFile()};
+    return {std::istreambuf_iterator<char>{stream}, {}};
+}
+
+void SimulatedUnit::writeSettings(const std::string& text) const
+{
+    std::ofstream{settingsFile()} << text;
+}

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// hx-sim under careless and hostile use: names of units, options that do not go together, texts from elsewhere.
+#include <filesystem>
+#include <fstream>
+
+#include "tests/simulator/hx-sim/UnitFixture.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+using hxtest::errorMatches;
+using hxtest::Outcome;
+using hxtest::outputIs;
+using hxtest::run;
+using hxtest::statusIs;
+using testing::AllOf;
+
+/// Beside the simulator's own folder lies one that must survive whatever is asked.
+class HostileUse : public UnitFixture {
+protected:
+    HostileUse()
+    {
+        for (const std::string& folder : {sentinel(), folderOf("precious")}) {
+            fs::create_directories(folder);
+            std::ofstream{folder + "/file"} << "precious";
+        }
+    }
+
+    [[nodiscard]] std::string sentinel() const { return fs::path{folderOf("../precious")}.lexically_normal(); }
+    [[nodiscard]] bool nothingIsLost() const
+    {
+        return fs::exists(sentinel() + "/file") && fs::exists(folderOf("precious") + "/file");
+    }
+};
+
+/// As words of a shell.
+constexpr const char* kBadNames[] = {
+    "''",    "' '",       ".",         "..",     "../precious", "../../precious", "/",      "/tmp",
+    "a/b",   "precious/", ".new-1",    "-",      "'a b'",       "'a\n'",          "'*'",    "'$(x)'",
+    "\"'\"", "_a",        "'\033[2J'", "'\xff'", "'\xc3\xa9'",  "'\xc2\x9b'",     "a\\\\b",
+};
+
+/// Every command, %s standing for the name.
+constexpr const char* kNaming[] = {
+    "start -- %s",
+    "stop -- %s",
+    "run --unit %s -- true",
+    "record --unit %s -o /dev/null -- true",
+    "set --unit %s light 1",
+    "get --unit %s light",
+    "properties --unit %s",
+    "actions --unit %s",
+    "do --unit %s lift",
+    "remove --unit %s /dev/backlight",
+    "restore --unit %s /dev/backlight",
+    "fail --unit %s /dev/backlight open",
+    "unfail --unit %s",
+    "log --unit %s",
+    "shell --unit %s",
+    "play light --unit %s /dev/null",
+};
+
+std::string with(std::string command, const std::string& name)
+{
+    return "hx-sim " + command.replace(command.find("%s"), 2, name);
+}
+
+TEST_F(HostileUse, RefusesANameThatNoUnitCanHaveInEveryCommand)
+{
+    run("hx-sim start only"); // the unit that would be meant without a name
+
+    for (const char* const command : kNaming)
+        for (const char* const name : kBadNames)
+            EXPECT_THAT(run(with(command, name)), AllOf(statusIs(2), outputIs(""), errorMatches("a unit's name is")));
+
+    EXPECT_TRUE(nothingIsLost());
+    EXPECT_THAT(run("hx-sim list"), outputIs("only\n"));
+}
+
+TEST_F(HostileUse, RefusesABadNameBeforeAnythingIsMade)
+{
+    fs::remove_all(folderOf(""));
+
+    for (const char* const name : kBadNames)
+        run(with("start -- %s", name));
+
+    EXPECT_FALSE(fs::exists(folderOf("")));
+}
+
+TEST_F(HostileUse, RefusesTheNameOfABadFolderInTheEnvironment)
+{
+    EXPECT_THAT(run("HXSIM_UNIT=/tmp/.. hx-sim get light"), AllOf(statusIs(2), errorMatches("a unit's name is")));
+}
+
+TEST_F(HostileUse, RemovesNoFolderThatItHasNotMade)
+{
+    for (const char* const command : {"start precious", "stop precious", "list", "run --unit precious -- true"})
+        run("hx-sim " + std::string{command});
+
+    EXPECT_TRUE(nothingIsLost());
+    EXPECT_THAT(run("hx-sim start precious"), AllOf(statusIs(1), errorMatches("cannot make the folder .*/precious")));
+    EXPECT_THAT(run("hx-sim stop precious"), AllOf(statusIs(6), errorMatches("no unit named 'precious' runs")));
+}
+
+TEST_F(HostileUse, FollowsNoLinkToAFolderThatItRemoves)
+{
+    run("hx-sim start killed; kill -9 " + hostOf("killed"));
+    run("hx-sim start killed"); // its folder is there again
+    fs::create_directory_symlink(sentinel(), folderOf("link"));
+    std::ofstream{sentinel() + "/made-by-hx-sim"} << "copied";
+
+    run("hx-sim list");
+    run("hx-sim start link");
+
+    EXPECT_TRUE(nothingIsLost());
+    EXPECT_TRUE(fs::is_symlink(folderOf("link")));
+}
+
+TEST_F(HostileUse, LeavesTheSimulatorsFolderOfAnotherPlaceAlone)
+{
+    fs::remove_all(folderOf(""));
+    fs::create_directories(sentinel() + "/unit");
+    std::ofstream{sentinel() + "/unit/made-by-hx-sim"} << "copied";
+    fs::create_directory_symlink(sentinel(), fs::path{folderOf("x")}.parent_path());
+
+    EXPECT_THAT(run("hx-sim list"), outputIs(""));
+    EXPECT_THAT(run("hx-sim start unit"), AllOf(statusIs(1), errorMatches("does not belong to this user")));
+
+    EXPECT_TRUE(fs::exists(sentinel() + "/unit/made-by-hx-sim"));
+}
+
+/// What is given as a file and is none.
+TEST_F(HostileUse, RefusesWhatIsNotAFileWithoutWaiting)
+{
+    const std::string fifo = sentinel() + "/fifo";
+    const std::string kept = sentinel() + "/kept";
+    run("mkfifo " + fifo + "; mkdir " + kept + "; mkfifo " + kept + "/eeprom-main");
+
+    for (const char* const command : {"run -d %s -- true", "start x -d %s", "play light %s -- true"}) {
+        EXPECT_THAT(run(with(command, fifo)), AllOf(statusIs(1), errorMatches("is a FIFO, not a file\n$")));
+        EXPECT_THAT(run(with(command, "/dev/zero")), AllOf(statusIs(1), errorMatches("is a device, not a file\n$")));
+        EXPECT_THAT(run(with(command, "/tmp")), AllOf(statusIs(1), errorMatches("is a folder, not a file\n$")));
+        EXPECT_THAT(run(with(command, "/nonexistent")), AllOf(statusIs(1), errorMatches("cannot read /nonexistent")));
+    }
+    EXPECT_THAT(
+        run("printf '0 1\n1 2\n' >" + kept + "/p; hx-sim play light --plot " + fifo + ' ' + kept + "/p -- true"),
+        AllOf(statusIs(1), errorMatches("is a FIFO, not a file\n$")));
+    EXPECT_THAT(run("hx-sim run --keep " + sentinel() + "/file -- true"),
+                AllOf(statusIs(1), errorMatches("nothing can be kept in")));
+    EXPECT_TRUE(nothingIsLost());
+    EXPECT_THAT(run("hx-sim list"), outputIs(""));
+}
+
+/// Options that would otherwise be ignored.
+constexpr const char* kRefusedOptions[] = {
+    "run --unit only --set light=1 -- true",
+    "run --unit only --description /dev/null -- true",
+    "run --unit only --keep /tmp -- true",
+    "run --unit only --scale 2 -- true",
+    "record --unit only --set light=1 -- true",
+    "record --unit only --description /dev/null -- true",
+    "record --unit only --keep /tmp -- true",
+    "record --unit only --scale 2 -- true",
+    "record --machine --unit only -- true",
+    "record --machine --set light=1 -- true",
+    "record --machine --description /dev/null -- true",
+    "record --machine --keep /tmp -- true",
+    "record --machine --scale 2 -- true",
+    "run --unit only -- hx-sim record --set light=1 -- true",
+    "play light /dev/null --set light=1",
+    "play light /dev/null --description /dev/null",
+    "play light /dev/null --keep /tmp",
+    "play light /dev/null --scale 2",
+    "play light /dev/null --plot x.svg",
+    "play light /dev/null --seconds 1",
+    "play light /dev/null --unit only -- true",
+    "log --clear --follow",
+    "log --clear --json",
+    "properties --json --markdown",
+    "run --scale 0 -- true",
+    "run --scale nan -- true",
+    "run --scale inf -- true",
+    "run --scale 1e9 -- true",
+    "run --scale x -- true",
+    "run --scale '' -- true",
+    "run --keep '' -- true",
+    "run --set '' -- true",
+    "run --description '' -- true",
+    "record -o '' -- true",
+    "replay --scale -1 /dev/null -- true",
+    "play light --seconds nan /dev/null -- true",
+    "start two --json",
+    "start",
+    "start one two",
+    "stop one two",
+    "run",
+    "get",
+    "set",
+    "fail",
+    "remove",
+    "do",
+    "record",
+    "replay",
+    "play",
+    "play sound x",
+    "unfail /dev/backlight /dev/buzzer",
+    "completion",
+    "completion tcsh",
+    "completion bash fish",
+    "list one",
+    "shell only",
+    "--no-such-option",
+};
+
+TEST_F(HostileUse, HonoursOrRefusesEachOption)
+{
+    run("hx-sim start only");
+
+    for (const char* const options : kRefusedOptions)
+        EXPECT_THAT(run("hx-sim " + std::string{options}), AllOf(statusIs(2), errorMatches("^hx-sim: .")));
+
+    EXPECT_TRUE(nothingIsLost());
+    EXPECT_THAT(run("hx-sim list"), outputIs("only\n"));
+}
+
+struct Mistake {
+    const char* command;
+    int status;
+    const char* message;
+};
+
+constexpr Mistake kMistakes[] = {
+    {"set light", 1, "is not of the form: key = value"},
+    {"set light abc", 1, "light: 'abc' is not a number"},
+    {"set light nan", 1, "'nan' is not"},
+    {"set ligth 1", 1, "no property 'ligth'; did you mean 'light'\\?"},
+    {"set led.lit on", 1, "led.lit can only be read"},
+    {"set '=' 1", 1, "the unit has no property ''"},
+    {"set \"$(printf 'light\\0331')\" 1", 1, "the unit has no property"},
+    {"get ligth", 1, "no property 'ligth'; did you mean 'light'\\?"},
+    {"get ''", 1, "no property ''"},
+    {"do prses front", 1, "no action 'prses'; did you mean 'press'\\?"},
+    {"prses front", 1, "no action 'prses'; did you mean 'press'\\?"},
+    {"press back", 1, "press front"},
+    {"supply maybe", 1, "'maybe' is neither on nor off"},
+    {"remove /dev/backligth", 1, "did you mean '/dev/backlight'\\?"},
+    {"remove /dev/backlight /dev/nope", 1, "\"/dev/nope\""},
+    {"restore ss", 1, "no device, file, library or function \"ss\""},
+    {"fail /dev/nope open", 1, "nothing on the unit is called \"/dev/nope\""},
+    {"fail /dev/backlight oepn", 1, "did you mean 'open'\\?"},
+    {"fail /dev/backlight open EOI", 1, "did you mean 'EIO'\\?"},
+    {"fail /dev/backlight open EIO -1", 1, "-1 is outside 1 to 1000000"},
+    {"unfail /dev/nope", 1, "nothing on the unit is called \"/dev/nope\""},
+    {"get --unit other light", 6, "no unit named 'other' runs"},
+    {"start only", 1, "'only' runs already"},
+    {"run -- /nonexistent", 127, "cannot start /nonexistent"},
+    {"run -- /tmp", 126, "cannot start /tmp"},
+    {"run -- ''", 126, "cannot start"},
+};
+
+TEST_F(HostileUse, AnswersEachMistakeWithAStatusAndWords)
+{
+    run("hx-sim start only");
+
+    for (const Mistake& each : kMistakes)
+        EXPECT_THAT(run("hx-sim " + std::string{each.command}),
+                    AllOf(statusIs(each.status), outputIs(""), errorMatches(each.message)));
+
+    EXPECT_THAT(run("hx-sim run --unit only -- hx-probe get /dev/adc-id 0"), statusIs(0));
+    EXPECT_THAT(run("hx-sim log | grep -c backlight"), outputIs("0\n")) << "nothing of a refused command was done";
+    EXPECT_TRUE(nothingIsLost());
+}
+
+} // namespace

@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// hx-probe: small deeds at the system's interface, for tests with real processes.
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <fstream>
+#include <iostream>
+#include <semaphore.h>
+#include <string>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/uio.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include "tests/simulator/preload/DescriptorRules.h"
+#include "tests/simulator/preload/PassedDescriptor.h"
+#include "tests/simulator/preload/Scenario.h"
+#include "tests/simulator/preload/Storm.h"
+
+namespace {
+
+struct RegisterBlock {
+    std::uint16_t number;
+    std::uint16_t value;
+};
+
+int getRegister(int fd, int number)
+{
+    RegisterBlock block{std::uint16_t(number), 0};
+    if (ioctl(fd, 0xC004003A, &block) < 0) {
+        std::cout << std::strerror(errno) << std::endl;
+        return 1;
+    }
+    std::cout << block.value << std::endl;
+    return 0;
+}
+
+/// get PATH NUMBER: reads a register.
+int get(char** words)
+{
+    const int fd = open(words[0], O_RDWR | O_NONBLOCK);
+    if (fd < 0) {
+        std::cout << std::strerror(errno) << std::endl;
+        return 1;
+    }
+    return getRegister(fd, std::atoi(words[1]));
+}
+
+/// get-on FD NUMBER: on a descriptor that the process was started with.
+int getOn(char** words)
+{
+    return getRegister(std::atoi(words[0]), std::atoi(words[1]));
+}
+
+/// fork-get PATH NUMBER: parent and child use one open file.
+int forkGet(char** words)
+{
+    const int fd = open(words[0], O_RDWR);
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(getRegister(fd, std::atoi(words[1])));
+    int status = 0;
+    waitpid(child, &status, 0);
+    return status != 0 ? 1 : getRegister(fd, std::atoi(words[1]));
+}
+
+/// hold PATH: opens it, says so, and waits to be killed.
+int hold(char** words)
+{
+    const int fd = open(words[0], O_RDWR);
+    std::cout << "holding " << (fd >= 0) << std::endl;
+    for (;;)
+        pause();
+}
+
+/// repeat PATH NUMBER: reads a register again and again until that fails.
+int repeat(char** words)
+{
+    const int fd = open(words[0], O_RDWR);
+    RegisterBlock block{std::uint16_t(std::atoi(words[1])), 0};
+    std::cout << "repeating" << std::endl;
+    while (ioctl(fd, 0xC004003A, &block) == 0) {
+    }
+    std::cout << std::strerror(errno) << std::endl;
+    return getRegister(fd, 0);
+}
+
+/// try NAME: whether a lock is free; it stays taken.
+int tryLock(char** words)
+{
+    sem_t* const lock = sem_open(words[0], O_CREAT, 0777, 1);
+    std::cout << (sem_trywait(lock) == 0 ? "free" : "taken") << std::endl;
+    return 0;
+}
+
+/// sleep SECONDS
+int sleepFor(char** words)
+{
+    const timespec time{std::atoi(words[0]), 0};
+    return nanosleep(&time, nullptr) == 0 ? 0 : 1;
+}
+
+/// read FILE: through a C++ stream.
+int readFile(char** words)
+{
+    std::cout << std::ifstream{words[0]}.rdbuf() << std::flush;
+    return 0;
+}
+
+int scenario(char**)
+{
+    playScenario(std::cout);
+    return 0;
+}
+
+/// rules DEVICE
+int rules(char** words)
+{
+    playDescriptorRules(words[0], std::cout);
+    return 0;
+}
+
+/// share PATH NUMBER: a child opens the file, passes it on and ends; its parent reads a register.
+int share(char** words)
+{
+    int ends[2];
+    (void)!socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends);
+    const pid_t child = fork();
+    if (child == 0) {
+        sendDescriptor(ends[1], open(words[0], O_RDWR));
+        _exit(0);
+    }
+    const int fd = receiveDescriptor(ends[0]);
+    waitpid(child, nullptr, 0);
+    return getRegister(fd, std::atoi(words[1]));
+}
+
+/// outlive PATH NUMBER: a child reads a register of a file that its parent, which has ended, opened.
+int outlive(char** words)
+{
+    const int fd = open(words[0], O_RDWR);
+    const pid_t parent = getpid();
+    if (fork() != 0)
+        _exit(0);
+    while (getppid() == parent)
+        usleep(1000);
+    return getRegister(fd, std::atoi(words[1]));
+}
+
+/// forks PATH: while threads use the file, children are made that close it and use one of their own; how many could.
+int forks(char** words)
+{
+    const int fd = open(words[0], O_RDWR);
+    std::atomic<bool> over{false};
+    const auto use = [words] {
+        RegisterBlock block{0, 0};
+        const int own = open(words[0], O_RDWR);
+        return ioctl(own, 0xC004003A, &block) == 0 && close(own) == 0;
+    };
+    std::vector<std::thread> threads(3);
+    for (std::thread& thread : threads)
+        thread = std::thread{[&] {
+            while (!over)
+                use();
+        }};
+    int good = 0;
+    for (int i = 0; i < 200; ++i) {
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(close(fd) == 0 && use() ? 0 : 1);
+        int status = 0;
+        waitpid(child, &status, 0);
+        good += status == 0 ? 1 : 0;
+    }
+    over = true;
+    for (std::thread& thread : threads)
+        thread.join();
+    std::cout << good << std::endl;
+    return 0;
+}
+
+/// exec PATH NUMBER: another program reads a register of a duplicate; the other descriptors close on exec.
+int execute(char** words)
+{
+    const int fd = open(words[0], O_RDWR | O_CLOEXEC);
+    const int copy = fcntl(fd, F_DUPFD, 20);
+    const std::string own = std::to_string(fd);
+    const std::string kept = std::to_string(copy);
+    const std::string command =
+        "hx-probe get-on " + own + ' ' + words[1] + "; exec hx-probe get-on " + kept + ' ' + words[1];
+    execlp("sh", "sh", "-c", command.c_str(), nullptr);
+    return 1;
+}
+
+/// storm: everything that waits for an answer, with a signal each millisecond that restarts nothing.
+int storm(char**)
+{
+    playStorm(std::cout);
+    return 0;
+}
+
+/// readv PATH: the first bytes of a file, in two parts.
+int readParts(char** words)
+{
+    char first[3]{};
+    char second[5]{};
+    const iovec parts[] = {{first, sizeof first - 1}, {second, sizeof second - 1}};
+    const ssize_t count = readv(open(words[0], O_RDONLY), parts, 2);
+    std::cout << count << ' ' << first << '|' << second << std::endl;
+    return 0;
+}
+
+struct Deed {
+    const char* name;
+    int words;
+    int (*run)(char** words);
+};
+
+constexpr Deed kDeeds[] = {
+    {"exec", 2, execute},    {"forks", 1, forks},    {"fork-get", 2, forkGet}, {"get", 2, get},
+    {"get-on", 2, getOn},    {"hold", 1, hold},      {"outlive", 2, outlive},  {"read", 1, readFile},
+    {"readv", 1, readParts}, {"repeat", 2, repeat},  {"rules", 1, rules},      {"scenario", 0, scenario},
+    {"share", 2, share},     {"sleep", 1, sleepFor}, {"storm", 0, storm},      {"try", 1, tryLock},
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    for (const Deed& deed : kDeeds)
+        if (argc == deed.words + 2 && std::strcmp(argv[1], deed.name) == 0)
+            return deed.run(argv + 2);
+    std::cerr << "no such deed\n";
+    return 2;
+}

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// What is the same for every operation of the configuration, row by row.
+#include "hx-aux/Config.h"
+
+#include <gmock/gmock.h>
+
+#include "simulator/model/Supervisor.h"
+#include "testing/Released.h"
+#include "testing/SimulatedUnit.h"
+#include "tests/src/devices/ConfigOperations.h"
+
+using namespace Halvix;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+constexpr const char* kDevice = "/dev/conf-id";
+constexpr double kUntouched = 77;
+
+/// The nearest older version.
+std::string before(const std::string& version)
+{
+    if (version == "0.9.0.0")
+        return "0.8.99.99";
+    return version == "1.0.0.0" ? "0.99.99.99" : "1.0.2.99";
+}
+
+/// "get 3" of "get 3 -> 4660".
+std::string callOf(const std::string& request)
+{
+    return request.substr(0, request.find(' ', request.find(' ') + 1));
+}
+
+template <class Row>
+std::string nameOf(const testing::TestParamInfo<Row>& info)
+{
+    return info.param.name;
+}
+
+/// The rows that only newer supervisors know.
+template <class Row>
+std::vector<Row> gated(std::vector<Row> rows)
+{
+    std::erase_if(rows, [](const Row& row) { return row.neededVersion == nullptr; });
+    return rows;
+}
+
+class ConfigGetter : public testing::TestWithParam<config::Getter> {};
+class NewerConfigGetter : public testing::TestWithParam<config::Getter> {};
+INSTANTIATE_TEST_SUITE_P(Every, NewerConfigGetter, testing::ValuesIn(gated(config::getters())), nameOf<config::Getter>);
+INSTANTIATE_TEST_SUITE_P(Every, ConfigGetter, testing::ValuesIn(config::getters()), nameOf<config::Getter>);
+
+class ConfigSetter : public testing::TestWithParam<config::Setter> {};
+class NewerConfigSetter : public testing::TestWithParam<config::Setter> {};
+INSTANTIATE_TEST_SUITE_P(Every, NewerConfigSetter, testing::ValuesIn(gated(config::setters())), nameOf<config::Setter>);
+INSTANTIATE_TEST_SUITE_P(Every, ConfigSetter, testing::ValuesIn(config::setters()), nameOf<config::Setter>);
+
+TEST_P(ConfigGetter, ReadsItsRegistersInOrder)
+{
+    SimulatedUnit unit;
+    for (const auto& [number, value] : GetParam().registers)
+        unit.model<hxsim::Supervisor>()->configuration[number] = value;
+    Released<Config> config{GetConfig()};
+    double value = kUntouched;
+
+    EXPECT_EQ(GetParam().call(*config, value), ERR_SUCCESS);
+
+    EXPECT_EQ(value, GetParam().value);
+    EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(GetParam().requests));
+}
+
+TEST_P(ConfigGetter, IsRefusedWithoutTheDevice)
+{
+    SimulatedUnit unit{"absent = /dev/conf-id"};
+    unit.set("version.ss", "0.0.0.0"); // the device counts before the version
+    Released<Config> config{GetConfig()};
+    double value = kUntouched;
+
+    EXPECT_EQ(GetParam().call(*config, value), ERR_OPEN_FAILED);
+
+    EXPECT_EQ(value, kUntouched);
+}
+
+TEST_P(NewerConfigGetter, AsksAnOlderSupervisorNothing)
+{
+    SimulatedUnit unit;
+    unit.set("version.ss", before(GetParam().neededVersion));
+    Released<Config> config{GetConfig()};
+    double value = kUntouched;
+
+    EXPECT_EQ(GetParam().call(*config, value), ERR_NEWER_SS_VERSION_REQUIRED);
+
+    EXPECT_EQ(value, kUntouched);
+    EXPECT_THAT(unit.requestsTo(kDevice), IsEmpty());
+}
+
+TEST_P(ConfigGetter, WorksWithTheOldestSupervisorThatKnowsIt)
+{
+    SimulatedUnit unit;
+    unit.set("version.ss", GetParam().neededVersion != nullptr ? GetParam().neededVersion : "0.0.0.0");
+    Released<Config> config{GetConfig()};
+    double value = kUntouched;
+
+    EXPECT_EQ(GetParam().call(*config, value), ERR_SUCCESS);
+}
+
+TEST_P(ConfigGetter, AsksForTheVersionOnlyWhenItMatters)
+{
+    SimulatedUnit unit;
+    Released<Config> config{GetConfig()};
+    double value = kUntouched;
+
+    EXPECT_EQ(GetParam().call(*config, value), ERR_SUCCESS);
+
+    EXPECT_EQ(unit.callsTo("/dev/fpga-version").empty(), GetParam().neededVersion == nullptr);
+}
+
+TEST_P(ConfigGetter, LeavesItsOutputWhenTheDriverRefusesAnyRead)
+{
+    for (int read = 0; read < int(GetParam().requests.size()); ++read) {
+        SimulatedUnit unit;
+        unit.fail(kDevice, callOf(GetParam().requests[std::size_t(read)]));
+        Released<Config> config{GetConfig()};
+        double value = kUntouched;
+
+        EXPECT_EQ(GetParam().call(*config, value), ERR_IOCTRL_FAILED);
+
+        EXPECT_EQ(value, kUntouched);
+        EXPECT_EQ(int(unit.requestsTo(kDevice).size()), read + 1);
+    }
+}
+
+TEST_P(ConfigSetter, WritesItsRegistersInOrder)
+{
+    SimulatedUnit unit;
+    Released<Config> config{GetConfig()};
+
+    EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_SUCCESS);
+
+    EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(GetParam().requests));
+}
+
+TEST_P(ConfigSetter, IsRefusedWithoutTheDevice)
+{
+    SimulatedUnit unit{"absent = /dev/conf-id"};
+    unit.set("version.ss", "0.0.0.0");
+    Released<Config> config{GetConfig()};
+
+    EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_OPEN_FAILED);
+}
+
+TEST_P(NewerConfigSetter, SendsAnOlderSupervisorNothing)
+{
+    SimulatedUnit unit;
+    unit.set("version.ss", before(GetParam().neededVersion));
+    Released<Config> config{GetConfig()};
+
+    EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_NEWER_SS_VERSION_REQUIRED);
+
+    EXPECT_THAT(unit.requestsTo(kDevice), IsEmpty());
+}
+
+TEST_P(ConfigSetter, WorksWithTheOldestSupervisorThatKnowsIt)
+{
+    SimulatedUnit unit;
+    unit.set("version.ss", GetParam().neededVersion != nullptr ? GetParam().neededVersion : "0.0.0.0");
+    Released<Config> config{GetConfig()};
+
+    EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_SUCCESS);
+}
+
+TEST_P(ConfigSetter, EndsAtTheFirstRequestThatTheDriverRefuses)
+{
+    for (int request = 0; request < int(GetParam().requests.size()); ++request) {
+        SimulatedUnit unit;
+        unit.fail(kDevice, callOf(GetParam().requests[std::size_t(request)]));
+        Released<Config> config{GetConfig()};
+
+        EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_IOCTRL_FAILED);
+
+        EXPECT_EQ(int(unit.requestsTo(kDevice).size()), request + 1);
+    }
+}
+
+TEST(Config, AsksForTheVersionBeforeTheDevice)
+{
+    SimulatedUnit unit;
+    Released<Config> config{GetConfig()};
+    unit.clearJournal();
+
+    EXPECT_EQ(config->setLongButtonPressAction(PowerAction1), ERR_SUCCESS);
+
+    EXPECT_THAT(unit.journal(), InOrder({"/dev/fpga-version open rdwr nonblock", "/dev/conf-id put 17 = 1"}));
+}
+
+TEST(Config, OpensItsDeviceOnceAndDoesNotTryAgain)
+{
+    SimulatedUnit unit;
+    unit.fail(kDevice, "open", ENOENT, 1);
+    Released<Config> config{GetConfig()};
+    unsigned short time = 0;
+
+    EXPECT_EQ(config->getSuspendMaxTime(&time), ERR_OPEN_FAILED);
+}
+
+TEST(Config, IsOneObjectForAllItsUsers)
+{
+    SimulatedUnit unit;
+    Config* first = GetConfig();
+    Config* second = GetConfig();
+    EXPECT_EQ(first, second);
+
+    first->Release();
+    EXPECT_EQ(second->setSuspendMaxTime(5), ERR_SUCCESS);
+    second->Release();
+
+    EXPECT_THAT(unit.callsTo(kDevice), testing::ElementsAre("open rdwr nonblock", "put 4 = 5", "close"));
+}
+
+TEST(Config, IsMadeAnewAfterItsLastUser)
+{
+    SimulatedUnit unit;
+    GetConfig()->Release();
+
+    GetConfig()->Release();
+
+    EXPECT_THAT(unit.callsTo(kDevice), Requests("open rdwr nonblock", "close", "open rdwr nonblock", "close"));
+}
+
+TEST(Config, ClosesNothingWhenTheDeviceWasAbsent)
+{
+    SimulatedUnit unit{"absent = /dev/conf-id"};
+
+    GetConfig()->Release();
+
+    EXPECT_THAT(unit.callsTo(kDevice), Not(testing::Contains("close")));
+}
+
+} // namespace

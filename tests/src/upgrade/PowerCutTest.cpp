@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// Power fails at every acknowledgement and every block: an upgrade never claims success with a wrong image, and the
+// next one succeeds.
+#include "testing/FirmwareFile.h"
+
+#include "hx-aux/FirmwareUpgrade.h"
+#include "simulator/model/FpgaFlash.h"
+#include "simulator/model/Microcontroller.h"
+
+using namespace Halvix;
+using firmware::Bytes;
+
+namespace {
+
+const Bytes kImage = firmware::pattern(1000, 5);
+
+struct Target {
+    const char* name;
+    eErr (FirmwareUpgrade::*start)(const char* file, bool blocking);
+    std::string (*file)(const SimulatedUnit&, const Bytes&);
+    hxsim::Microcontroller hxsim::Microcontrollers::*chip;
+};
+
+const Target kTargets[] = {
+    {"ss", &FirmwareUpgrade::startSSUpgrade, firmware::supervisorFile, &hxsim::Microcontrollers::supervisor},
+    {"front", &FirmwareUpgrade::startFrontUpgrade, firmware::frontFile, &hxsim::Microcontrollers::front},
+};
+
+std::ostream& operator<<(std::ostream& out, const Target& target)
+{
+    return out << target.name;
+}
+
+eErr upgrade(const Target& target, const std::string& file)
+{
+    FirmwareUpgrade* object = GetFirmwareUpgrade();
+    const eErr result = (object->*target.start)(file.c_str(), true);
+    object->Release();
+    return result;
+}
+
+bool holdsTheImage(SimulatedUnit& unit, const Target& target)
+{
+    const auto both = unit.model<hxsim::Microcontrollers>();
+    return std::equal(kImage.begin(), kImage.end(), ((*both).*target.chip).flash.begin());
+}
+
+class PowerCut : public testing::TestWithParam<Target> {
+protected:
+    /// How many acknowledgements, or bytes on the line, a whole upgrade takes.
+    static std::int64_t countOf(std::int64_t hxsim::Microcontroller::*counter, std::int64_t start)
+    {
+        SimulatedUnit unit;
+        {
+            const auto both = unit.model<hxsim::Microcontrollers>();
+            ((*both).*GetParam().chip).*counter = start;
+        }
+        EXPECT_EQ(upgrade(GetParam(), GetParam().file(unit, kImage)), ERR_SUCCESS);
+        const auto both = unit.model<hxsim::Microcontrollers>();
+        return std::abs(((*both).*GetParam().chip).*counter - start);
+    }
+
+    static void cutAndTryAgain(const std::string& fault, std::int64_t at)
+    {
+        SCOPED_TRACE(fault + " " + std::to_string(at));
+        SimulatedUnit unit;
+        const std::string file = GetParam().file(unit, kImage);
+        unit.set(std::string{GetParam().name} + "." + fault, at);
+
+        EXPECT_NE(upgrade(GetParam(), file), ERR_SUCCESS);
+        EXPECT_EQ(unit.get("uart.direction"), "0");
+
+        unit.act(std::string{"restore "} + GetParam().name);
+        EXPECT_EQ(upgrade(GetParam(), file), ERR_SUCCESS);
+        EXPECT_TRUE(holdsTheImage(unit, GetParam()));
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Microcontroller, PowerCut, testing::ValuesIn(kTargets),
+                         [](const auto& each) { return each.param.name; });
+
+} // namespace
+
+TEST_P(PowerCut, AtEachAcknowledgementIsAFailureThatTheNextUpgradeMends)
+{
+    const std::int64_t acknowledgements = countOf(&hxsim::Microcontroller::acknowledgements, 0);
+    ASSERT_EQ(acknowledgements, 1 + 3 * 2 + 2 + 4 * 3 + 4 * 3);
+
+    for (std::int64_t at = 1; at <= acknowledgements; ++at)
+        cutAndTryAgain("cut-at-ack", at);
+}
+
+TEST_P(PowerCut, AtBytesAllOverTheUpgradeIsAFailureThatTheNextUpgradeMends)
+{
+    constexpr std::int64_t kMoreThanEnough = 1000000;
+    const std::int64_t bytes = countOf(&hxsim::Microcontroller::cutAtByte, kMoreThanEnough);
+    ASSERT_GT(bytes, 2 * 1000);
+
+    for (std::int64_t at = 1; at <= bytes; at += 61)
+        cutAndTryAgain("cut-at-byte", at);
+}
+
+TEST(PowerCutOfTheFpga, AtEachBlockIsAFailureThatTheNextUpgradeMends)
+{
+    const Bytes image = firmware::pattern(528 * 4 + 160, 6);
+    for (int block = 1; block <= 5; ++block) {
+        SimulatedUnit unit;
+        const std::string file = firmware::fpgaFile(unit, image);
+        unit.set("fpga.cut-at-block", block);
+        const Target fpga{"fpga", &FirmwareUpgrade::startFpgaUpgrade, firmware::fpgaFile, nullptr};
+
+        EXPECT_EQ(upgrade(fpga, file), ERR_IOCTRL_FAILED) << block;
+        EXPECT_EQ(unit.get("uart.mode"), "0xc3");
+
+        unit.set("fpga.power", "on");
+        EXPECT_EQ(upgrade(fpga, file), ERR_SUCCESS);
+        const auto flash = unit.model<hxsim::FpgaFlash>();
+        EXPECT_TRUE(std::equal(image.begin(), image.end(), flash->content.begin()));
+    }
+}

@@ -1,0 +1,370 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "testing/FirmwareFile.h"
+#include "tests/src/upgrade/recorded/Recorder.h"
+
+#include "simulator/model/Microcontroller.h"
+#include "upgrade/Flasher_STM32.h"
+
+#include <algorithm>
+#include <span>
+
+using namespace Halvix;
+using firmware::Bytes;
+using testing::ElementsAre;
+using testing::StartsWith;
+
+namespace {
+
+constexpr auto kSupervisor = Flasher_STM32::Supervisor;
+constexpr auto kFront = Flasher_STM32::FrontController;
+const Bytes kImage = firmware::pattern(1024);
+
+const std::string kPrepared = "0 0..100, ";
+const std::string kRead = kPrepared + "3 0..99, 3 0, ";
+const std::string kConnected = kRead + "1 0..100, ";
+
+struct Outcome {
+    eErr result;
+    std::string story;
+};
+
+/// One run on a unit, upgrade or verification, and everything that it published.
+Outcome runOn(SimulatedUnit& unit, const std::string& text, bool write = true,
+              Flasher_STM32::eDeviceType type = kSupervisor)
+{
+    Recorder recorder;
+    Flasher_STM32 flasher{type};
+    recorder.attach(flasher);
+    flasher.setFileName(firmware::file(unit, text).c_str());
+    const eErr result = flasher.Run(write);
+    EXPECT_EQ(recorder.runsReleased(), 1);
+    return {result, recorder.story()};
+}
+
+Outcome runGoodFileOn(SimulatedUnit& unit, bool write = true)
+{
+    return runOn(unit, firmware::intelHex(kImage), write);
+}
+
+void putIntoFlash(SimulatedUnit& unit, const Bytes& image)
+{
+    const auto both = unit.model<hxsim::Microcontrollers>();
+    std::copy(image.begin(), image.end(), both->supervisor.flash.begin());
+}
+
+} // namespace
+
+TEST(MicrocontrollerStatus, OfAnUpgradeOfTheSupervisorIsToldStepByStep)
+{
+    SimulatedUnit unit;
+    Recorder recorder;
+    Flasher_STM32 flasher{kSupervisor};
+    recorder.attach(flasher);
+    flasher.setFileName(firmware::file(unit, firmware::linear(0x0800) + firmware::data(0, Bytes(200, 7)) +
+                                                 firmware::data(200, Bytes(200, 8)) + std::string{firmware::kEnd})
+                            .c_str());
+
+    EXPECT_EQ(flasher.Run(true), ERR_SUCCESS);
+
+    EXPECT_THAT(recorder.published(),
+                ElementsAre("0 0", "0 25", "0 75", "0 100", "3 0", "3 1", "3 50", "3 98", "3 0", "1 0", "1 50", "1 75",
+                            "1 100", "4 0", "4 64", "4 100", "5 0", "5 64", "5 100", "6 0"));
+}
+
+TEST(MicrocontrollerStatus, OfAnUpgradeOfTheFrontControllerHasOneStepMore)
+{
+    SimulatedUnit unit;
+    Recorder recorder;
+    Flasher_STM32 flasher{kFront};
+    recorder.attach(flasher);
+    flasher.setFileName(firmware::file(unit, firmware::intelHex(Bytes(16, 7))).c_str());
+
+    EXPECT_EQ(flasher.Run(true), ERR_SUCCESS);
+
+    EXPECT_THAT(recorder.published(),
+                ElementsAre("0 0", "0 25", "0 50", "0 75", "0 100", "3 0", "3 20", "3 81", "3 0", "1 0", "1 50", "1 75",
+                            "1 100", "4 0", "4 100", "5 0", "5 100", "6 0"));
+}
+
+TEST(MicrocontrollerStatus, OfAVerificationHasNoWriting)
+{
+    SimulatedUnit unit;
+    putIntoFlash(unit, kImage);
+
+    const Outcome run = runGoodFileOn(unit, false);
+
+    EXPECT_EQ(run.result, ERR_SUCCESS);
+    EXPECT_EQ(run.story, kConnected + "5 0..100, 6 0");
+}
+
+TEST(MicrocontrollerStatus, OfAnUnknownDeviceTypeFailsWithoutAStepOfItsOwn)
+{
+    SimulatedUnit unit;
+
+    const Outcome run = runOn(unit, firmware::intelHex(kImage), true, static_cast<Flasher_STM32::eDeviceType>(2));
+
+    EXPECT_EQ(run.result, ERR_INVALID_PARAMETER);
+    EXPECT_EQ(run.story, "0 0, 7 0 !9");
+}
+
+TEST(MicrocontrollerStatus, OfAMissingFileFailsInReading)
+{
+    SimulatedUnit unit;
+    Recorder recorder;
+    Flasher_STM32 flasher{kSupervisor};
+    recorder.attach(flasher);
+    flasher.setFileName((unit.folder() + "/missing").c_str());
+
+    EXPECT_EQ(flasher.Run(true), ERR_OPEN_FAILED);
+
+    EXPECT_EQ(recorder.story(), kPrepared + "3 0, 3 0 !1, 7 0 !1");
+}
+
+TEST(MicrocontrollerStatus, OfAFileThatIsNotHexFailsInReading)
+{
+    SimulatedUnit unit;
+
+    const Outcome run = runOn(unit, "not HEX");
+
+    EXPECT_EQ(run.result, ERR_INVALID_DATA);
+    EXPECT_EQ(run.story, kPrepared + "3 0, 3 0 !8, 7 0 !8");
+}
+
+TEST(MicrocontrollerStatus, OfAFileThatEndsInARecordsHeadFailsInReading)
+{
+    for (const char* const head : {":", ":0", ":01", ":0100", ":01000", ":010000", ":0100000"}) {
+        SimulatedUnit unit;
+
+        const Outcome run = runOn(unit, std::string{":01000000AB54\n"} + head);
+
+        EXPECT_EQ(run.result, ERR_INVALID_DATA) << head;
+        EXPECT_THAT(run.story, testing::EndsWith(", 3 0 !8, 7 0 !8")) << head;
+    }
+}
+
+TEST(MicrocontrollerStatus, OfAWrongChecksumFailsInReading)
+{
+    SimulatedUnit unit;
+
+    const Outcome run = runOn(unit, ":0100000001FF\n");
+
+    EXPECT_EQ(run.result, ERR_CHECKSUM);
+    EXPECT_EQ(run.story, kPrepared + "3 0, 3 0 !12, 7 0 !12");
+}
+
+TEST(MicrocontrollerStatus, OfAMissingEndRecordFailsAtAHundredPercent)
+{
+    SimulatedUnit unit;
+
+    const Outcome run = runOn(unit, firmware::data(0, {1}));
+
+    EXPECT_EQ(run.result, ERR_INVALID_DATA);
+    EXPECT_EQ(run.story, kPrepared + "3 0..92, 3 100 !8, 7 0 !8");
+}
+
+TEST(MicrocontrollerStatus, OfAMissingPortFailsInConnecting)
+{
+    SimulatedUnit unit{"absent = /dev/ttyS0"};
+
+    const Outcome run = runGoodFileOn(unit);
+
+    EXPECT_EQ(run.result, ERR_OPEN_FAILED);
+    EXPECT_EQ(run.story, kRead + "1 0, 1 0 !1, 7 0 !1");
+}
+
+TEST(MicrocontrollerStatus, OfAPortThatCannotBeSetUpFailsAt55Percent)
+{
+    SimulatedUnit unit;
+    unit.fail("/dev/ttyS0", "tcsetattr");
+
+    const Outcome run = runGoodFileOn(unit);
+
+    EXPECT_EQ(run.result, ERR_OPEN_FAILED);
+    EXPECT_EQ(run.story, kRead + "1 0..50, 1 55 !1, 7 0 !1");
+}
+
+TEST(MicrocontrollerStatus, OfASilentTargetFailsAfterElevenAttempts)
+{
+    SimulatedUnit unit{"ss.silent = on"};
+    const auto before = unit.now();
+
+    const Outcome run = runGoodFileOn(unit);
+
+    EXPECT_EQ(run.result, ERR_OPEN_FAILED);
+    EXPECT_EQ(run.story, kRead + "1 0..75, 1 100 !1, 7 0 !1");
+    // Six attempts of five bytes and five of one command, each given three seconds; the waits in between, before and
+    // after.
+    EXPECT_EQ(unit.now() - before, (6 * 5 + 5) * 3000 + 5 * (500 + 100) + 2 * 100 + 100);
+}
+
+TEST(MicrocontrollerStatus, OfAnImageLargerThanTheFlashFailsBeforeErasing)
+{
+    SimulatedUnit unit{"ss.product-id = 0x412"};
+    const std::string before = unit.get("ss.flash-crc");
+
+    const Outcome run = runOn(unit, firmware::intelHex(firmware::pattern(32 * 1024 + 1)));
+
+    EXPECT_EQ(run.result, ERR_INVALID_DATA);
+    EXPECT_THAT(run.story, testing::EndsWith(", 1 0..100, 4 0, 4 0 !8, 7 0 !8"));
+    EXPECT_EQ(unit.get("ss.flash-crc"), before);
+}
+
+TEST(MicrocontrollerStatus, OfAnImageThatFillsTheFlashSucceeds)
+{
+    SimulatedUnit unit{"ss.product-id = 0x412"};
+    const Bytes image = firmware::pattern(32 * 1024);
+
+    const Outcome run = runOn(unit, firmware::intelHex(image));
+
+    EXPECT_EQ(run.result, ERR_SUCCESS);
+    EXPECT_THAT(run.story, testing::EndsWith(", 1 0..100, 4 0..100, 5 0..100, 6 0"));
+    const auto both = unit.model<hxsim::Microcontrollers>();
+    EXPECT_TRUE(std::ranges::equal(image, std::span{both->supervisor.flash}.first(image.size())));
+}
+
+TEST(MicrocontrollerStatus, OfAnUnknownProductFailsBeforeErasing)
+{
+    SimulatedUnit unit{"ss.product-id = 0x9abc"};
+
+    EXPECT_EQ(runGoodFileOn(unit).story, kConnected + "4 0, 4 0 !8, 7 0 !8");
+}
+
+TEST(MicrocontrollerStatus, OfABlockThatIsRefusedCarriesTheLastPercent)
+{
+    SimulatedUnit unit;
+    // GET, GET VERSION, GET ID, erase, and two blocks go well.
+    unit.set("ss.nack-at", 7);
+
+    const Outcome run = runGoodFileOn(unit);
+
+    EXPECT_EQ(run.result, ERR_DEVICE_WRITE_DATA_FAILED);
+    EXPECT_EQ(run.story, kConnected + "4 0..50, 4 50 !16, 7 0 !16");
+}
+
+TEST(MicrocontrollerStatus, OfAFirstBlockThatIsRefusedCarriesNoPercent)
+{
+    SimulatedUnit unit;
+    unit.set("ss.nack-at", 5);
+
+    EXPECT_EQ(runGoodFileOn(unit).story, kConnected + "4 0, 4 0 !16, 7 0 !16");
+}
+
+TEST(MicrocontrollerStatus, OfAReadThatIsRefusedCarriesTheLastPercentOfVerifying)
+{
+    SimulatedUnit unit;
+    unit.set("ss.nack-at", 4 + 4 + 2);
+
+    const Outcome run = runGoodFileOn(unit);
+
+    EXPECT_EQ(run.result, ERR_DEVICE_READ_DATA_FAILED);
+    EXPECT_EQ(run.story, kConnected + "4 0..100, 5 0..25, 5 25 !15, 7 0 !15");
+}
+
+TEST(MicrocontrollerStatus, OfABitThatReadsBackWronglyFailsInVerifying)
+{
+    SimulatedUnit unit;
+    unit.set("ss.flip-read-at", 512 + 1);
+
+    const Outcome run = runGoodFileOn(unit);
+
+    EXPECT_EQ(run.result, ERR_VERIFY_FAILED);
+    EXPECT_EQ(run.story, kConnected + "4 0..100, 5 0..50, 5 50 !14, 7 0 !14");
+}
+
+TEST(MicrocontrollerStatus, OfAFlashThatWasNotErasedFailsInVerifying)
+{
+    SimulatedUnit unit;
+    unit.set("ss.nack-at", 4); // the erase command; its answer is not looked at
+
+    const Outcome run = runGoodFileOn(unit);
+
+    EXPECT_EQ(run.result, ERR_VERIFY_FAILED);
+    EXPECT_EQ(run.story, kConnected + "4 0..100, 5 0, 5 0 !14, 7 0 !14");
+}
+
+TEST(MicrocontrollerStatus, OfAVerificationThatDiffersFails)
+{
+    SimulatedUnit unit;
+    Bytes other = kImage;
+    other.back() ^= 1;
+    putIntoFlash(unit, other);
+
+    const Outcome run = runGoodFileOn(unit, false);
+
+    EXPECT_EQ(run.result, ERR_VERIFY_FAILED);
+    EXPECT_EQ(run.story, kConnected + "5 0..75, 5 75 !14, 7 0 !14");
+}
+
+TEST(MicrocontrollerStatus, OfAnEmptyImageIsErasedAndSucceeds)
+{
+    SimulatedUnit unit;
+
+    const Outcome run = runOn(unit, std::string{firmware::kEnd});
+
+    EXPECT_EQ(run.result, ERR_SUCCESS);
+    EXPECT_EQ(run.story, kPrepared + "3 0, 1 0..100, 4 0, 5 0, 6 0");
+    EXPECT_EQ(unit.model<hxsim::Microcontrollers>()->supervisor.flash[0], 0xFF);
+}
+
+TEST(MicrocontrollerStatus, OfAVerificationStopsAtTheEndOfTheFlash)
+{
+    SimulatedUnit unit{"ss.product-id = 0x412"};
+    const Bytes image = firmware::pattern(32 * 1024 + 4096);
+    putIntoFlash(unit, image);
+
+    EXPECT_EQ(runOn(unit, firmware::intelHex(image), false).result, ERR_SUCCESS);
+}
+
+TEST(MicrocontrollerStatus, OfAVerificationOfAnUnknownProductReadsNothing)
+{
+    SimulatedUnit unit{"ss.product-id = 0x9abc"};
+
+    const Outcome run = runGoodFileOn(unit, false);
+
+    EXPECT_EQ(run.result, ERR_SUCCESS);
+    EXPECT_EQ(run.story, kConnected + "5 0, 6 0");
+}
+
+TEST(Publishing, OfTheVeryFirstStateIsAChange)
+{
+    Recorder recorder;
+    Flasher_STM32 flasher;
+    recorder.attach(flasher);
+
+    flasher.updateSharedStatus(UpgradeActionPrepareHardware, 0, ERR_SUCCESS);
+
+    EXPECT_THAT(recorder.published(), ElementsAre("0 0"));
+}
+
+TEST(Publishing, SwallowsRepeats)
+{
+    Recorder recorder;
+    Flasher_STM32 flasher;
+    recorder.attach(flasher);
+
+    for (int i = 0; i < 2; ++i)
+        flasher.updateSharedStatus(UpgradeActionWrite, 5, ERR_SUCCESS);
+    flasher.updateSharedStatus(UpgradeActionWrite, 5, ERR_IOCTRL_FAILED);
+    flasher.updateSharedStatus(UpgradeActionVerify, 5, ERR_IOCTRL_FAILED);
+
+    EXPECT_THAT(recorder.published(), ElementsAre("4 5", "4 5 !7", "5 5 !7"));
+}
+
+TEST(Publishing, DoesNothingWhenTheLockCannotBeTaken)
+{
+    Recorder recorder;
+    Flasher_STM32 flasher;
+    recorder.attach(flasher);
+    recorder.breakLock();
+
+    flasher.updateSharedStatus(UpgradeActionWrite, 5, ERR_SUCCESS);
+
+    EXPECT_THAT(recorder.published(), testing::IsEmpty());
+}
+
+TEST(Publishing, DoesNothingWithoutASignal)
+{
+    Flasher_STM32 flasher;
+
+    flasher.updateSharedStatus(UpgradeActionWrite, 5, ERR_SUCCESS);
+}

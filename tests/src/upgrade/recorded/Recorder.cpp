@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tests/src/upgrade/recorded/Recorder.h"
+
+#include "platform/LinuxWrapper.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+using namespace Halvix;
+
+namespace {
+
+enum : int { kLock = 1, kSignal, kRun };
+Recorder* current = nullptr;
+
+Recorder& recorder()
+{
+    if (current == nullptr)
+        std::abort();
+    return *current;
+}
+
+} // namespace
+
+Recorder::Recorder()
+{
+    current = this;
+}
+
+Recorder::~Recorder()
+{
+    current = nullptr;
+}
+
+void Recorder::attach(IFlasher& flasher)
+{
+    flasher.attach(kLock, kSignal, kRun, &status_);
+}
+
+bool Recorder::wait(int semaphore)
+{
+    EXPECT_EQ(semaphore, kLock);
+    EXPECT_FALSE(locked_);
+    locked_ = !lockIsBroken_;
+    return locked_;
+}
+
+void Recorder::post(int semaphore)
+{
+    if (semaphore == kLock)
+        locked_ = false;
+    if (semaphore == kRun)
+        ++runsReleased_;
+    if (semaphore != kSignal)
+        return;
+    EXPECT_FALSE(locked_) << "a reader that is woken must get the lock";
+    std::string text = std::to_string(status_.action) + " " + std::to_string(status_.percent);
+    if (status_.error != ERR_SUCCESS)
+        text += " !" + std::to_string(status_.error);
+    published_.push_back(text);
+}
+
+std::string Recorder::story() const
+{
+    std::string text;
+    for (std::size_t i = 0; i < published_.size(); ++i) {
+        const auto action = [&](std::size_t at) { return published_[at].substr(0, 2); };
+        const auto percent = [&](std::size_t at) { return std::stoi(published_[at].substr(2)); };
+        const auto isPlain = [&](std::size_t at) { return published_[at].find('!') == std::string::npos; };
+        std::size_t last = i;
+        while (last + 1 < published_.size() && action(last + 1) == action(i) && percent(last + 1) > percent(last) &&
+               isPlain(last + 1) && isPlain(i))
+            ++last;
+        text += (text.empty() ? "" : ", ") + published_[i];
+        if (last > i)
+            text += ".." + std::to_string(percent(last));
+        i = last;
+    }
+    return text;
+}
+
+// In place of the library's semaphores, which stay in the archive.
+
+namespace Halvix {
+
+bool LinuxWrapper::CreateSema(int&, const char*)
+{
+    return false;
+}
+
+void* LinuxWrapper::CreateSemaHelper(const char*)
+{
+    return nullptr;
+}
+
+bool LinuxWrapper::WaitForSema(int sema, bool)
+{
+    return recorder().wait(sema);
+}
+
+void LinuxWrapper::ReleaseSema(int sema)
+{
+    recorder().post(sema);
+}
+
+void LinuxWrapper::CloseSema(int) {}
+
+} // namespace Halvix

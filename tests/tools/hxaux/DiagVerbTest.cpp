@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tests/tools/hxaux/SupervisorVerbs.h"
+
+using namespace hxtest;
+using testing::AllOf;
+
+TEST(DiagVerb, ShowsEverything)
+{
+    EXPECT_THAT(onUnit("diag", "--set diagnostics.ss-temp=-5 --set diagnostics.time.2=90"),
+                AllOf(statusIs(0), errorIs(""), outputMatches("^supervisor: -5\nboard: 35\n"),
+                      outputMatches("extremes: lowest 35, highest 35\n"),
+                      outputMatches("startup: code 85, text Front Panel Button\n"), outputMatches("shutdown: 85\n"),
+                      outputMatches("error: code 0, text No Error\ncycles: 42\n"), outputMatches("timer 2: 90 s\n")));
+}
+
+TEST(DiagVerb, TellsTheLowerTemperatureAsTheLowest)
+{
+    EXPECT_THAT(onUnit("diag extremes", "--set diagnostics.lowest=65516 --set diagnostics.highest=80"),
+                outputIs("extremes: lowest -20, highest 80\n"));
+}
+
+TEST(DiagVerb, TellsCodesWithTheirTexts)
+{
+    EXPECT_THAT(onUnit("diag error; diag startup", "--set diagnostics.error=16 --set diagnostics.startup-reason=170"),
+                outputIs("error: code 16, text 24V Out Of Limits\nstartup: code 170, text External Control Signal\n"));
+}
+
+TEST(DiagVerb, ClearsTheHardwareError)
+{
+    EXPECT_THAT(onUnit("diag clear-error; diag error", "--set diagnostics.error=16"),
+                AllOf(statusIs(0), outputIs("error: code 0, text No Error\n")));
+}
+
+TEST(DiagVerb, TellsSingleValues)
+{
+    EXPECT_THAT(onUnit("diag supervisor; diag board; diag shutdown; diag cycles"),
+                outputIs("supervisor: 38\nboard: 35\nshutdown: 85\ncycles: 42\n"));
+}
+
+TEST(DiagVerb, TellsEveryTimer)
+{
+    const Outcome outcome = onUnit("diag timers --json", "--set diagnostics.time.6=428");
+
+    EXPECT_EQ(jsonOf(outcome)["result"]["timer 6"], 428);
+}
+
+TEST(DiagVerb, TellsTheModulesSensorsAsFarAsThereAreAny)
+{
+    const Outcome outcome = onUnit("diag module", "--set jida.sensors=2 --set temperature.pm.0=45.999");
+
+    EXPECT_THAT(outcome, AllOf(statusIs(0), errorIs(""), outputMatches("^module 0: temperature 45 degrees C, type ")));
+    EXPECT_THAT(outcome, testing::Not(outputMatches("module 2")));
+}
+
+TEST(DiagVerb, SaysThatASensorIsMissing)
+{
+    EXPECT_THAT(onUnit("diag module 9", "--set jida.sensors=2"),
+                AllOf(statusIs(1), errorIs("diag module: Failed to read temperature (JIDA) (19)\n")));
+}
+
+TEST(DiagVerb, GoesOnWithTheRestWhenOneValueCannotBeRead)
+{
+    EXPECT_THAT(
+        onUnit("diag", "--set \"fail=/dev/diag-id get 2\""),
+        AllOf(statusIs(1), errorIs("diag: startup: IoCtrl operation failed (7)\n"), outputMatches("cycles: 42\n")));
+}

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// The documents of the tool say what the verb table says.
+#include "simulator/hx-sim/Verbs.h"
+#include "testing/Command.h"
+#include "tools/hxaux/Help.h"
+#include "tools/hxaux/Manual.h"
+#include <hx-aux/hx-aux.h>
+
+#include "tools/hxaux/ErrorNames.h"
+#include "tools/hxaux/Objects.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using namespace hxtest;
+using testing::AllOf;
+using testing::ContainsRegex;
+using testing::HasSubstr;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string page(const std::string& name)
+{
+    std::ifstream stream(std::string(HX_DOCS) + "/" + name);
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return content.str();
+}
+
+/// The words of each call of a tool that stands between backticks.
+std::vector<std::vector<std::string>> callsIn(const std::string& text)
+{
+    std::vector<std::vector<std::string>> calls;
+    for (const char* const tool : {"`hxaux ", "`hx-sim "}) {
+        for (std::size_t at = text.find(tool); at != std::string::npos; at = text.find(tool, at + 1)) {
+            std::istringstream words(text.substr(at + 1, text.find('`', at + 1) - at - 1));
+            calls.emplace_back(std::istream_iterator<std::string>(words), std::istream_iterator<std::string>());
+        }
+    }
+    return calls;
+}
+
+bool isSimulatorVerb(const std::string& word)
+{
+    const auto isIt = [&](const hxsim::Verb& verb) { return word == verb.name; };
+    static const std::string actions = run("hx-sim run -- hx-sim actions").output;
+    return std::ranges::any_of(hxsim::kVerbs, isIt) || ("\n" + actions).find("\n" + word + " ") != std::string::npos;
+}
+
+/// Placeholders and options stand for themselves.
+bool isKnown(const std::vector<std::string>& call)
+{
+    const std::string& word = call[1];
+    if (std::isupper(static_cast<unsigned char>(word[0])) != 0 || word[0] == '-' || word == "recording")
+        return true;
+    if (call[0] == "hx-sim")
+        return isSimulatorVerb(word);
+    const hxaux::Object* const object = hxaux::findObject(word);
+    return object != nullptr &&
+           (call.size() == 2 || hxaux::findVerb(*object, {call.begin() + 2, call.end()}).first != nullptr ||
+            (call.size() > 2 && call[2] == "--help"));
+}
+
+/// Each virtual or exported function of a header with the comment in front of it.
+std::vector<std::pair<std::string, std::string>> operationsIn(const fs::path& header)
+{
+    std::vector<std::pair<std::string, std::string>> all;
+    std::ifstream stream(header);
+    std::string words;
+    std::string ofClass; // a thread word there is each operation's that has none
+    for (std::string line; std::getline(stream, line);) {
+        const std::size_t begin = line.find_first_not_of(' ');
+        const std::string text = begin == std::string::npos ? "" : line.substr(begin);
+        if (text.starts_with("///"))
+            words += text + "\n";
+        else if (text.starts_with("virtual ") ||
+                 (text.starts_with("HX_EXPORT ") && text.find('(') != std::string::npos))
+            all.emplace_back(text, (words.find("@threadsafe") == std::string::npos ? ofClass : "") +
+                                       std::exchange(words, ""));
+        else if (text.starts_with("class "))
+            ofClass = std::exchange(words, "");
+        else
+            words.clear();
+    }
+    return all;
+}
+
+} // namespace
+
+TEST(Reference, IsWhatTheVerbTableSays)
+{
+    EXPECT_TRUE(page("hxaux-reference.md") == hxaux::markdownReference())
+        << "make it anew: build/x86_64/hxaux --reference >docs/hxaux-reference.md";
+}
+
+TEST(CommandLinePage, TellsEveryExitStatus)
+{
+    const std::string text = page("command-line.md");
+    for (const auto& [status, meaning] : hxaux::exitMeanings())
+        EXPECT_THAT(text, HasSubstr("\n| " + std::to_string(status) + " | " + meaning));
+}
+
+TEST(ErrorPage, TellsEachCodeWithItsNameAndItsText)
+{
+    const std::string text = page("errors.md");
+    constexpr int kCodes = 33;
+    for (int code = 0; code < kCodes; ++code)
+        EXPECT_THAT(text, HasSubstr("\n| " + std::to_string(code) + " | `" + hxaux::errorName(code) + "` | " +
+                                    GetErrorStringA(Halvix::eErr(code)) + " | "));
+    EXPECT_EQ(hxaux::errorName(kCodes), std::to_string(kCodes)) << "the page must tell a new code";
+}
+
+TEST(SimulatorPage, TellsEachCommandAndEachStatus)
+{
+    const std::string text = page("simulator.md");
+    for (const hxsim::Verb& verb : hxsim::kVerbs)
+        EXPECT_THAT(text, ContainsRegex("\n\\| [^|]*`" + std::string(verb.name) + "[` ]"));
+    for (const hxsim::StatusMeaning& each : hxsim::kStatusMeanings)
+        EXPECT_THAT(text, HasSubstr("\n| " + std::to_string(each.status) + " | " + each.meaning + " |"));
+}
+
+TEST(UnitPropertiesPage, IsWhatTheSimulatedUnitSays)
+{
+    EXPECT_TRUE(page("unit-properties.md") == run("hx-sim run --scale 0.001 -- hx-sim properties --markdown").output)
+        << "make it anew: hx-sim run --scale 0.001 -- hx-sim properties --markdown >docs/unit-properties.md";
+}
+
+TEST(Pages, AreAllListed)
+{
+    const std::string list = page("README.md");
+    for (const auto& entry : fs::directory_iterator(HX_DOCS)) {
+        const std::string name = entry.path().filename();
+        if (entry.path().extension() == ".md" && name != "README.md" && name != "mainpage.md") {
+            EXPECT_THAT(list, HasSubstr("(" + name + ")"));
+        }
+    }
+}
+
+// Calls in running text, `hxaux voltage 0`, are of verbs that there are.
+TEST(Pages, NameNoVerbThatTheToolsDoNotHave)
+{
+    for (const auto& entry : fs::directory_iterator(HX_DOCS)) {
+        if (entry.path().extension() != ".md")
+            continue;
+        SCOPED_TRACE(entry.path().filename());
+        for (const std::vector<std::string>& call : callsIn(page(entry.path().filename())))
+            EXPECT_TRUE(isKnown(call)) << testing::PrintToString(call);
+    }
+}
+
+// Doxygen refuses what has no words at all; this sees that each operation tells of its codes and its threads.
+TEST(PublicHeaders, TellOfEachOperationWhatItAnswersAndWhoMayCallIt)
+{
+    int operations = 0;
+    for (const auto& entry : fs::directory_iterator(fs::path(HX_DOCS).parent_path() / "include/hx-aux"))
+        for (const auto& [declaration, words] : operationsIn(entry.path())) {
+            SCOPED_TRACE(entry.path().filename().string() + ": " + declaration);
+            const bool isMember = declaration.starts_with("virtual ");
+            EXPECT_THAT(words, AllOf(HasSubstr("@brief"), HasSubstr(isMember ? "@threadsafe" : "")));
+            EXPECT_THAT(words, HasSubstr(declaration.starts_with("virtual eErr ") ? "@retval ERR_" : ""));
+            ++operations;
+        }
+    EXPECT_GT(operations, 200);
+}

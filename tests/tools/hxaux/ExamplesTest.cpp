@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// The examples, run on a simulated unit; what they print is in examples/expected.
+#include "testing/Command.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using namespace hxtest;
+using testing::AllOf;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kSources = HX_EXAMPLE_SOURCES;
+const std::string kPrograms = HX_EXAMPLE_PROGRAMS;
+
+std::string contentOf(const fs::path& file)
+{
+    std::ifstream stream(file);
+    std::ostringstream content;
+    content << stream.rdbuf();
+    return content.str();
+}
+
+std::vector<std::string> namesIn(const fs::path& folder, const std::string& extension)
+{
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        if (entry.path().extension() == extension)
+            names.push_back(entry.path().stem());
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
+class Example : public testing::TestWithParam<std::string> {};
+
+} // namespace
+
+TEST_P(Example, PrintsWhatIsExpected)
+{
+    const std::string& name = GetParam();
+    const Unit unit({"touch.finger=follow"});
+
+    EXPECT_THAT(unit.run(kPrograms + "/" + name),
+                AllOf(outputIs(contentOf(kSources / "expected" / (name + ".txt"))), errorIs(""), statusIs(0)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, Example, testing::ValuesIn(namesIn(kSources / "expected", ".txt")),
+                         [](const auto& each) {
+                             std::string name = each.param;
+                             std::ranges::replace(name, '-', '_');
+                             return name;
+                         });
+
+TEST(Examples, AreAtMostSixtyLinesLong)
+{
+    for (const std::string& name : namesIn(kSources, ".cpp")) {
+        const std::string source = contentOf(kSources / (name + ".cpp"));
+        EXPECT_TRUE(name == "tour" || std::ranges::count(source, '\n') <= 60) << name;
+    }
+}
+
+TEST(Examples, AreAllRun)
+{
+    for (const std::string& name : namesIn(kSources, ".cpp"))
+        EXPECT_TRUE(name == "tour" || name == "firmware-upgrade" || fs::exists(kSources / "expected" / (name + ".txt")))
+            << name;
+}
+
+TEST(Examples, ShowEveryInterface)
+{
+    std::string all;
+    for (const std::string& name : namesIn(kSources, ".cpp"))
+        all += name == "tour" ? "" : contentOf(kSources / (name + ".cpp"));
+    for (const char* factory :
+         {"GetAbout(", "GetAdc(", "GetAuxVersion(", "GetBacklight(", "GetBuzzer(", "GetHXAuxPrivate(", "GetCanSetting(",
+          "GetConfig(", "GetDiagnostic(", "GetDigIO(", "GetFirmwareUpgrade(", "GetFrontLED(", "GetLightsensor(",
+          "GetPower(", "GetTelematics(", "GetTouchScreen(", "GetTouchScreenCalib(", "GetVideo("})
+        EXPECT_THAT(all, testing::HasSubstr(factory));
+}
+
+TEST(FirmwareUpgradeExample, SaysWhatIsWrongWithAFile)
+{
+    const Unit unit;
+
+    EXPECT_THAT(unit.run(kPrograms + "/firmware-upgrade /nonexistent.hex"),
+                AllOf(outputIs("start: Open failed (1)\n"), statusIs(1)));
+}
+
+TEST(Dashboard, ShowsEachLineOnceWhileNothingChanges)
+{
+    const Unit unit({"inputs.3=on"});
+
+    EXPECT_THAT(
+        unit.run(kPrograms + "/dashboard 3"),
+        AllOf(outputIs("light    248 lux\nlevel    128 of 255\nsupply   24.0 V\ninputs   0010\n"), statusIs(0)));
+}
+
+TEST(Dashboard, LightsTheLedRedWhenTheSupplyIsLow)
+{
+    const Unit unit({"voltage.0=11"});
+
+    EXPECT_THAT(unit.run(kPrograms + "/dashboard 1"), outputMatches("supply   11.0 V, low"));
+    EXPECT_THAT(unit.property("led.color"), testing::HasSubstr("15 0 0"));
+}
+
+TEST(Dashboard, AcknowledgesARequestOfTheFrontButtonAndEnds)
+{
+    const Unit unit({"power.transition=2"});
+
+    EXPECT_THAT(unit.run(kPrograms + "/dashboard"),
+                AllOf(outputMatches("power    the front button asks for a change of power\npower    acknowledged\n$"),
+                      statusIs(0)));
+    EXPECT_THAT(unit.property("power.transition"), testing::HasSubstr("0"));
+}
+
+TEST(Dashboard, ShowsTheErrorOfAMissingDevice)
+{
+    const Unit unit({"absent=/dev/backlight"});
+
+    EXPECT_THAT(unit.run(kPrograms + "/dashboard 1"), outputMatches("level    \\(Open failed\\)"));
+}

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// The example of each verb, as --help, manual page and reference show it, does what it should on a simulated unit.
+#include "testing/Command.h"
+#include "tools/hxaux/Objects.h"
+
+#include <algorithm>
+#include <map>
+#include <unistd.h>
+
+using namespace hxtest;
+
+namespace {
+
+constexpr int kGoesOn = 124; // as `timeout` tells
+
+/// Those that do not simply succeed.
+const std::map<std::string, int>& expectations()
+{
+    static const std::map<std::string, int> rows{
+        {"hxaux backlight serve", kGoesOn},
+        {"hxaux can frame-type 1", 1}, // not supported
+        {"hxaux light --watch", kGoesOn},
+        {"hxaux locks reset FILE_HXAUXINI_IS_IN_USE", 1}, // nobody has taken it
+        {"hxaux monitor --every 0.5", kGoesOn},
+        {"hxaux settings get ABL_k", 1},              // a new unit's file has none
+        {"hxaux upgrade ss SystemSupervisor.hex", 3}, // no such file here
+        {"hxaux verify fpga display.mcs", 3},         // no such file here
+        {"hxaux video minimize 1 --for 10", kGoesOn},
+        {"hxaux video snapshot 1 file picture.bmp", 1}, // not supported
+    };
+    return rows;
+}
+
+int expected(const std::string& example)
+{
+    const auto found = expectations().find(example);
+    return found == expectations().end() ? 0 : found->second;
+}
+
+std::vector<const hxaux::Object*> objects()
+{
+    return hxaux::allObjects();
+}
+
+/// A unit whose time runs faster: some examples wait for the hardware.
+class FastUnit {
+public:
+    FastUnit() { EXPECT_EQ(hxtest::run("hx-sim start " + name_ + " --scale 20 --set touch.finger=follow").status, 0); }
+    FastUnit(const FastUnit&) = delete;
+    FastUnit& operator=(const FastUnit&) = delete;
+    ~FastUnit() { hxtest::run("hx-sim stop " + name_); }
+
+    [[nodiscard]] Outcome run(const std::string& command) const
+    {
+        return hxtest::run("hx-sim run --unit " + name_ + " -- " + command);
+    }
+
+private:
+    std::string name_ = "example-" + std::to_string(getpid());
+};
+
+class ReferenceExamples : public testing::TestWithParam<const hxaux::Object*> {};
+
+} // namespace
+
+TEST_P(ReferenceExamples, DoWhatTheyShouldOnAUnit)
+{
+    const FastUnit unit;
+    for (const hxaux::Verb& verb : GetParam()->verbs) {
+        const std::string example(verb.example);
+        const int status = expected(example);
+        const std::string limit = status == kGoesOn ? "timeout 1 " : "";
+
+        const Outcome outcome = unit.run(limit + example);
+
+        EXPECT_EQ(outcome.status, status) << outcome;
+        EXPECT_EQ(outcome.error.empty(), status == 0 || status == kGoesOn) << outcome;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, ReferenceExamples, testing::ValuesIn(objects()), [](const auto& each) {
+    std::string name(each.param->name);
+    std::ranges::replace(name, '-', '_');
+    return name;
+});

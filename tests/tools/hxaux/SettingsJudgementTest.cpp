@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// What `hxaux doctor` says to the contents of a settings file.
+#include "tools/hxaux/doctor/Doctor.h"
+
+#include <gmock/gmock.h>
+
+using namespace hxaux::doctor;
+using testing::AllOf;
+
+using testing::ElementsAre;
+using testing::Field;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+Findings wrongIn(const std::string& content)
+{
+    Findings findings = settingsIn(content);
+    std::erase_if(findings, [](const Finding& finding) { return finding.problem.empty(); });
+    return findings;
+}
+
+auto finding(const std::string& item, const std::string& problem, const std::string& mend)
+{
+    return AllOf(Field("item", &Finding::item, item), Field("problem", &Finding::problem, HasSubstr(problem)),
+                 Field("mend", &Finding::mend, mend));
+}
+
+} // namespace
+
+TEST(SettingsJudgement, FindsNothingInWhatTheLibraryWrites)
+{
+    EXPECT_THAT(wrongIn("ABL_averageWndSize=5\nABL_bSoftTransitions=1\nABL_k = 46.2\nABL_mode=2\nUseLEDDimming=0\n"),
+                IsEmpty());
+}
+
+TEST(SettingsJudgement, FindsNothingInCommentsAndForeignKeys)
+{
+    EXPECT_THAT(wrongIn("; a comment\n\n[\n/\nMY_KEY = some text\n"), IsEmpty());
+}
+
+TEST(SettingsJudgement, FindsNothingInAnEmptyFile)
+{
+    EXPECT_THAT(settingsIn(""), IsEmpty());
+}
+
+TEST(SettingsJudgement, FindsASettingThatIsNoNumber)
+{
+    EXPECT_THAT(wrongIn("ABL_k=steep\n"),
+                ElementsAre(finding("ABL_k", "'steep' is no number", "hxaux settings set ABL_k 50")));
+}
+
+TEST(SettingsJudgement, FindsASettingOutsideItsRange)
+{
+    EXPECT_THAT(wrongIn("ABL_mode=3\n"),
+                ElementsAre(finding("ABL_mode", "'3' is outside its range", "hxaux settings set ABL_mode 2")));
+}
+
+TEST(SettingsJudgement, FindsAWindowOfNothingThatKeepsTheAutomaticBacklightFromStarting)
+{
+    EXPECT_THAT(
+        wrongIn("ABL_averageWndSize=0\nABL_rejectDeltaInLux=0\n"),
+        ElementsAre(Field(&Finding::item, "ABL_averageWndSize"), Field(&Finding::item, "ABL_rejectDeltaInLux")));
+}
+
+TEST(SettingsJudgement, FindsASectionHeadThatBecomesAnEntry)
+{
+    EXPECT_THAT(wrongIn("[ABL]\nABL_k=50\n"),
+                ElementsAre(finding("line 1", "is neither a comment nor KEY=VALUE", "sed -i '1d' /opt/etc/hxaux.ini")));
+}
+
+TEST(SettingsJudgement, FindsAKeyThatIsSetTwice)
+{
+    EXPECT_THAT(wrongIn("ABL_k=50\nABL_k=60\n"), ElementsAre(Field(&Finding::item, "line 2")));
+}
+
+TEST(SettingsJudgement, FindsCarriageReturnsOfAForeignEditor)
+{
+    EXPECT_THAT(wrongIn("MY_KEY=5\r\n"),
+                ElementsAre(finding("line 1", "ends with a carriage return", "sed -i 's/\\r$//' /opt/etc/hxaux.ini")));
+}

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "testing/Command.h"
+#include "testing/FirmwareTexts.h"
+#include "tools/hxaux/UpgradeRun.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sys/stat.h>
+
+using namespace hxaux;
+using namespace hxtest;
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace {
+
+/// A folder of its own for a test's files.
+class Folder {
+public:
+    Folder()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "hxaux-upgrade-XXXXXX").string();
+        path_ = mkdtemp(name.data());
+    }
+    ~Folder() { std::filesystem::remove_all(path_); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    [[nodiscard]] std::string file(const std::string& name, const std::string& text) const
+    {
+        std::ofstream(path_ / name, std::ios::binary) << text;
+        return path_ / name;
+    }
+    [[nodiscard]] std::string path() const { return path_; }
+
+private:
+    std::filesystem::path path_;
+};
+
+std::string supervisorText(std::size_t image = 1000)
+{
+    return firmware::intelHexOfSize(95000, firmware::pattern(image));
+}
+
+} // namespace
+
+TEST(UpgradeVerb, ChecksAGoodFileWithoutTheUnit)
+{
+    const Folder folder;
+
+    EXPECT_THAT(run("hxaux upgrade ss " + folder.file("a.hex", supervisorText()) + " --dry-run"),
+                AllOf(outputIs("image: 1000 bytes\nthe file is good; the unit was not touched\n"), statusIs(0)));
+    EXPECT_THAT(
+        run("hxaux upgrade front " + folder.file("a.hex", firmware::intelHexOfSize(50000, {1, 2})) + " --dry-run"),
+        AllOf(outputMatches("image: 2 bytes"), statusIs(0)));
+    EXPECT_THAT(run("hxaux upgrade fpga " + folder.file("a.mcs", firmware::mcs(firmware::pattern(32))) + " --dry-run"),
+                AllOf(outputMatches("image: 32 bytes"), statusIs(0)));
+}
+
+TEST(UpgradeVerb, RefusesABadFileWithoutTheUnit)
+{
+    const Folder folder;
+    std::string wrong = supervisorText();
+    wrong[30] = wrong[30] == '0' ? '1' : '0';
+    const auto check = [&](const std::string& target, const std::string& text) {
+        return run("hxaux upgrade " + target + " " + folder.file("bad", text) + " --dry-run");
+    };
+
+    EXPECT_THAT(check("ss", wrong), AllOf(errorMatches("checksum is wrong"), outputIs(""), statusIs(3)));
+    EXPECT_THAT(check("ss", std::string(95000, '\n')), AllOf(errorMatches("end record is missing"), statusIs(3)));
+    EXPECT_THAT(check("ss", std::string(95000, 'x')),
+                AllOf(errorMatches("line 1: .*this is not an Intel HEX file"), statusIs(3)));
+    EXPECT_THAT(check("ss", ""), AllOf(errorMatches("not supervisor firmware"), statusIs(3)));
+    EXPECT_THAT(check("front", firmware::filledUpTo(60000, '\n', "SystemSupervisor")),
+                AllOf(errorMatches("not front-panel firmware"), statusIs(3)));
+    EXPECT_THAT(check("fpga", ":00000001FF\n"), AllOf(errorMatches("no data record of 16 bytes"), statusIs(3)));
+    EXPECT_THAT(check("fpga", std::string(43, '1')), AllOf(errorMatches("checksum is wrong"), statusIs(3)));
+}
+
+TEST(UpgradeVerb, CannotReadAMissingFileOrAFolder)
+{
+    const Folder folder;
+
+    for (const char* const verb : {"upgrade", "verify"}) {
+        EXPECT_THAT(run(std::string("hxaux ") + verb + " ss " + folder.path() + "/missing"),
+                    AllOf(errorMatches("missing: No such file"), statusIs(3)));
+        EXPECT_THAT(run(std::string("hxaux ") + verb + " fpga " + folder.path()),
+                    AllOf(errorMatches("Is a directory"), statusIs(3)));
+    }
+}
+
+TEST(UpgradeVerb, RefusesAnUnknownTarget)
+{
+    EXPECT_THAT(run("hxaux upgrade gpu file"), statusIs(2));
+    EXPECT_THAT(run("hxaux upgrade ss"), statusIs(2));
+}
+
+TEST(UpgradeVerb, TellsAsJsonWhatADryRunFound)
+{
+    const Folder folder;
+
+    const auto document =
+        jsonOf(run("hxaux upgrade ss " + folder.file("a.hex", supervisorText()) + " --dry-run --json"));
+
+    EXPECT_EQ(document["status"], 0);
+    EXPECT_EQ(document["result"]["image"], 1000);
+}
+
+TEST(UpgradeVerb, RefusesAFileThatTheUnitWouldMisplaceWithItsLine)
+{
+    const Folder folder;
+    const std::string text = firmware::linear(0) + firmware::data(0, {1, 2}) + firmware::linear(1) +
+                             firmware::data(0, {3, 4}) + std::string(firmware::kEnd) + std::string(95000, '\n');
+    const std::string file = folder.file("misplaced.hex", text);
+
+    for (const char* const command : {"upgrade ss ", "verify ss "})
+        EXPECT_THAT(run(std::string("hx-sim run -- hxaux ") + command + file),
+                    AllOf(errorMatches("misplaced.hex: line 4: its data belongs to address 0x00010000"), outputIs(""),
+                          statusIs(3)));
+}
+
+TEST(UpgradeVerb, RefusesWhatIsNotARegularFileAndDoesNotWaitForIt)
+{
+    const Folder folder;
+    const std::string fifo = folder.path() + "/fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+
+    for (const std::string& name : {fifo, std::string("/dev/zero"), std::string("/dev/full")})
+        for (const char* const command : {"upgrade ss ", "upgrade fpga ", "verify front ", "verify fpga "})
+            EXPECT_THAT(run(std::string("hxaux ") + command + name),
+                        AllOf(errorMatches(name + ": it is not a regular file"), statusIs(3)));
+}
+
+TEST(UpgradeVerb, RefusesAFileWithoutAnEnd)
+{
+    const Folder folder;
+    const std::string file = folder.file("sparse.mcs", "");
+    std::filesystem::resize_file(file, std::uintmax_t{1} << 40);
+
+    EXPECT_THAT(run("hxaux upgrade fpga " + file), AllOf(errorMatches("larger than 64 MiB"), statusIs(3)));
+}
+
+struct Ending {
+    UpgradeTask task;
+    FirmwareTarget target;
+    Halvix::eErr code;
+    std::optional<Halvix::UpgradeAction> phase;
+    Exit status;
+};
+
+class FailedRun : public testing::TestWithParam<Ending> {};
+
+TEST_P(FailedRun, HasThePhaseAndTheStatusOfItsCode)
+{
+    const Cause cause = causeOf(GetParam().task, GetParam().target, GetParam().code);
+
+    EXPECT_EQ(cause.phase, GetParam().phase);
+    EXPECT_EQ(cause.status, GetParam().status);
+}
+
+namespace {
+
+using namespace Halvix;
+constexpr auto kUpgrade = UpgradeTask::Upgrade;
+constexpr auto kVerify = UpgradeTask::Verify;
+constexpr auto kFront = FirmwareTarget::Front;
+constexpr auto kSupervisor = FirmwareTarget::Supervisor;
+constexpr auto kFpga = FirmwareTarget::Fpga;
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, FailedRun,
+    testing::Values(Ending{kUpgrade, kSupervisor, ERR_OPEN_FAILED, UpgradeActionConnect, Exit::NoConnection},
+                    Ending{kVerify, kFront, ERR_OPEN_FAILED, UpgradeActionConnect, Exit::NoConnection},
+                    Ending{kUpgrade, kFpga, ERR_OPEN_FAILED, UpgradeActionPrepareHardware, Exit::Refused},
+                    Ending{kVerify, kFpga, ERR_BUFFER_SIZE, UpgradeActionPrepareHardware, Exit::Refused},
+                    Ending{kUpgrade, kFpga, ERR_INIT_FAILED, UpgradeActionPrepareHardware, Exit::Refused},
+                    Ending{kUpgrade, kFront, ERR_INIT_FAILED, UpgradeActionReadFile, Exit::Refused},
+                    Ending{kUpgrade, kFpga, ERR_CHECKSUM, UpgradeActionReadFile, Exit::File},
+                    Ending{kVerify, kSupervisor, ERR_CHECKSUM, UpgradeActionReadFile, Exit::File},
+                    Ending{kUpgrade, kSupervisor, ERR_INVALID_DATA, UpgradeActionWrite, Exit::File},
+                    Ending{kUpgrade, kFront, ERR_DEVICE_WRITE_DATA_FAILED, UpgradeActionWrite, Exit::Refused},
+                    Ending{kUpgrade, kFront, ERR_DEVICE_READ_DATA_FAILED, UpgradeActionVerify, Exit::Refused},
+                    Ending{kVerify, kFpga, ERR_DEVICE_READ_DATA_FAILED, UpgradeActionVerify, Exit::Refused},
+                    Ending{kUpgrade, kSupervisor, ERR_VERIFY_FAILED, UpgradeActionVerify, Exit::Difference},
+                    Ending{kVerify, kFpga, ERR_VERIFY_FAILED, UpgradeActionVerify, Exit::Difference},
+                    Ending{kVerify, kFpga, ERR_IOCTRL_FAILED, std::nullopt, Exit::Refused},
+                    Ending{kUpgrade, kFpga, ERR_MEM_ALLOC_FAIL, std::nullopt, Exit::Refused}));
+
+TEST(UpgradeRun, ThatIsNotStartedHasTheStatusOfItsCode)
+{
+    EXPECT_EQ(statusOfStart(Halvix::ERR_IN_PROGRESS), Exit::Busy);
+    EXPECT_EQ(statusOfStart(Halvix::ERR_OPEN_FAILED), Exit::File);
+    EXPECT_EQ(statusOfStart(Halvix::ERR_DATATYPE_MISMATCH), Exit::File);
+    EXPECT_EQ(statusOfStart(Halvix::ERR_CREATE_THREAD), Exit::Refused);
+}
+
+TEST(UpgradeRun, MakesAFileThatDiffersInTheLastByteOfItsImageAlone)
+{
+    const Folder folder;
+    FirmwareCheck check = checkFirmwareFile(kSupervisor, folder.file("a.hex", supervisorText(1000)));
+
+    check.text = withOtherLastByte(check);
+
+    const FirmwareCheck other = checkFirmwareFile(kSupervisor, folder.file("b.hex", check.text));
+    EXPECT_EQ(other.problem, "");
+    EXPECT_EQ(other.imageSize, 1000U);
+    auto image = firmware::pattern(1000);
+    image.back() ^= 1;
+    EXPECT_TRUE(other.text == firmware::intelHexOfSize(95000, image));
+}
+
+TEST(UpgradeRun, NamesEachPhase)
+{
+    EXPECT_EQ(phaseName(Halvix::UpgradeActionPrepareHardware), "preparing");
+    EXPECT_EQ(phaseName(Halvix::UpgradeActionConnect), "connecting");
+    EXPECT_EQ(phaseName(Halvix::UpgradeActionReadFile), "reading file");
+    EXPECT_EQ(phaseName(Halvix::UpgradeActionWrite), "writing");
+    EXPECT_EQ(phaseName(Halvix::UpgradeActionVerify), "verifying");
+    EXPECT_EQ(phaseName(Halvix::UpgradeActionFinished), "finished");
+    EXPECT_EQ(phaseName(Halvix::UpgradeActionFailed), "failed");
+    EXPECT_EQ(phaseName(Halvix::UpgradeActionReserved), "action 2");
+}
+
+TEST(UpgradeRun, ShowsTheRateOnceItIsKnown)
+{
+    using std::chrono::milliseconds;
+
+    EXPECT_EQ(transferRate(100000, 50, milliseconds(5000)), "10.0 KB/s");
+    EXPECT_EQ(transferRate(100000, 0, milliseconds(5000)), "");
+    EXPECT_EQ(transferRate(0, 50, milliseconds(5000)), "");
+}

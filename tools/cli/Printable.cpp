@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tools/cli/Printable.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <string_view>
+
+namespace hxaux {
+
+namespace {
+
+using Byte = unsigned char;
+
+// How long a sequence of UTF-8 is by its first byte; 0 for a byte that begins none.
+std::size_t lengthOf(Byte first)
+{
+    if (first < 0x80)
+        return 1;
+    if (first >= 0xC2 && first < 0xE0)
+        return 2;
+    if (first >= 0xE0 && first < 0xF0)
+        return 3;
+    return first >= 0xF0 && first < 0xF5 ? 4 : 0;
+}
+
+// Whether the second byte makes an overlong form, a surrogate or a number behind U+10FFFF.
+bool isForbidden(Byte first, Byte second)
+{
+    return (first == 0xE0 && second < 0xA0) || (first == 0xED && second >= 0xA0) || (first == 0xF0 && second < 0x90) ||
+           (first == 0xF4 && second >= 0x90);
+}
+
+// The length of the character at the start of the text; 0 when it is not UTF-8.
+std::size_t characterLength(std::string_view text)
+{
+    const auto byte = [&](std::size_t i) { return static_cast<Byte>(text[i]); };
+    const std::size_t length = lengthOf(byte(0));
+    if (length == 0 || length > text.size())
+        return 0;
+    for (std::size_t i = 1; i < length; ++i)
+        if ((byte(i) & 0xC0) != 0x80)
+            return 0;
+    return length > 1 && isForbidden(byte(0), byte(1)) ? 0 : length;
+}
+
+bool isControl(std::string_view character)
+{
+    const auto first = static_cast<Byte>(character[0]);
+    if (character.size() == 1)
+        return first < 0x20 || first == 0x7F;
+    return first == 0xC2 && static_cast<Byte>(character[1]) < 0xA0; // U+0080 to U+009F
+}
+
+void appendEscaped(std::string& shown, std::string_view bytes)
+{
+    for (const char byte : bytes) {
+        std::array<char, 5> escaped{};
+        std::snprintf(escaped.data(), escaped.size(), "\\x%02x", static_cast<Byte>(byte));
+        shown += escaped.data();
+    }
+}
+
+} // namespace
+
+std::string printable(const std::string& text)
+{
+    std::string shown;
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::size_t length = characterLength(rest);
+        const std::string_view character = rest.substr(0, length == 0 ? 1 : length);
+        if (length == 0 || isControl(character))
+            appendEscaped(shown, character);
+        else
+            shown += character;
+        rest.remove_prefix(character.size());
+    }
+    return shown;
+}
+
+} // namespace hxaux

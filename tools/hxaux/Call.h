@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// One run of a verb: the values it was called with, and what it has to say.
+#ifndef HXAUX_CALL_H
+#define HXAUX_CALL_H
+
+#include "hx-aux/errors.h"
+#include "tools/hxaux/Arguments.h"
+#include "tools/hxaux/Report.h"
+#include "tools/hxaux/Screen.h"
+
+#include <memory>
+#include <string>
+
+namespace hxaux {
+
+// Ends a verb early; everything to be said is in the report by then.
+struct Stop {};
+
+class Call {
+public:
+    Call(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen,
+         std::shared_ptr<void>& kept);
+
+    // The values; a row's range and names were checked before.
+    [[nodiscard]] bool has(std::string_view name) const { return arguments_.has(name); }
+    [[nodiscard]] const std::string& text(std::string_view name) const { return arguments_.text(name); }
+    [[nodiscard]] const std::vector<std::string>& texts(std::string_view name) const { return arguments_.texts(name); }
+    [[nodiscard]] long long integer(std::string_view name) const { return arguments_.integer(name); }
+    [[nodiscard]] double real(std::string_view name) const { return arguments_.real(name); }
+    // integer() or choice() as the type that an operation takes: call.as<unsigned char>("level").
+    template <typename Type>
+    [[nodiscard]] Type as(std::string_view name) const
+    {
+        return static_cast<Type>(arguments_.integer(name));
+    }
+
+    // Ends the verb with the code's text and status, unless it is success.
+    void check(Halvix::eErr code, const std::string& item = "");
+    // Notes a failure for one item of several and goes on; true when there was none.
+    bool attempt(const std::string& item, Halvix::eErr code);
+    // Ends the verb for a reason that the tool itself found.
+    [[noreturn]] void fail(Exit status, const std::string& text);
+    // Ends the verb with the code's text and a status that is better known here than by the code alone.
+    [[noreturn]] void fail(Exit status, const std::string& item, Halvix::eErr code);
+    // Notes such a reason and goes on.
+    void problem(Exit status, const std::string& item, const std::string& text);
+
+    void print(const std::string& name, Value value, const std::string& unit = "");
+    void document(const std::string& name, const std::string& text); // a text of many lines, printed as it is
+    void note(const std::string& text); // a sentence to the user: "request sent; the outcome is not known"
+
+    // For verbs that tell more than one state: prints what was collected since the last time.
+    void show();
+    // The last of them; for the frame.
+    void end();
+    // Whether a person watches: bars and questions are for them only.
+    [[nodiscard]] bool onTerminal() const { return screen_.onTerminal(); }
+    [[nodiscard]] bool asJson() const { return screen_.form() == Form::Json; }
+    [[nodiscard]] Screen& screen() { return screen_; }
+
+    // What a verb needs over all rounds of --watch: made from this call when it is first asked for, ended with the last
+    // round, before held signals take effect.
+    template <typename Kind>
+    Kind& kept()
+    {
+        if (kept_ == nullptr)
+            kept_ = std::make_shared<Kind>(*this);
+        return *static_cast<Kind*>(kept_.get());
+    }
+
+    [[nodiscard]] Exit status() const { return report_.status; }
+
+private:
+    void note(Exit status, Problem problem);
+
+    const Arguments& arguments_;
+    Screen& screen_;
+    std::shared_ptr<void>& kept_;
+    Report report_;
+    bool shown_ = false; // something was printed already
+};
+
+// The status of an error code when nothing better is known: 11 and 20 are busy, 14 a difference, 12 a bad file.
+Exit statusOf(Halvix::eErr code);
+
+} // namespace hxaux
+
+#endif

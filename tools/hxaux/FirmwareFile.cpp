@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tools/hxaux/FirmwareFile.h"
+
+#include "tools/hxaux/HexFile.h"
+#include "tools/hxaux/RegularFile.h"
+#include "upgrade/ByteSource.h"
+#include "upgrade/FirmwareText.h"
+#include "upgrade/Mcs.h"
+
+#include <vector>
+
+namespace hxaux {
+
+namespace {
+
+void checkMicrocontroller(FirmwareTarget target, FirmwareCheck& check)
+{
+    if (Halvix::checkFirmwareText(check.text.c_str(), check.text.size(), static_cast<int>(target)) !=
+        Halvix::ERR_SUCCESS) {
+        check.problem = target == FirmwareTarget::Supervisor
+                            ? "it is not supervisor firmware (95000 to 1000000 bytes, without 'Front_uc')"
+                            : "it is not front-panel firmware (50000 to 110000 bytes, without 'SystemSupervisor')";
+        return;
+    }
+    const HexCheck hex = checkHex(check.text);
+    check.problem = hex.problem;
+    check.imageSize = hex.imageSize;
+    check.lastByteAt = hex.lastByteAt;
+}
+
+void checkFpga(FirmwareCheck& check)
+{
+    Halvix::MemorySource source(check.text);
+    std::vector<unsigned char> image;
+    std::uint32_t wrongAt = 0;
+    const Halvix::eErr code = Halvix::convertMcs(
+        source, image, [](std::uint32_t) {}, &wrongAt);
+    check.imageSize = image.size();
+    if (code != Halvix::ERR_SUCCESS)
+        check.problem = "a record's checksum is wrong";
+    else if (image.empty())
+        check.problem = "it holds no data record of 16 bytes";
+}
+
+} // namespace
+
+FirmwareCheck checkFirmwareFile(FirmwareTarget target, const std::string& name)
+{
+    FirmwareCheck check;
+    check.problem = readRegularFile(name, check.text);
+    if (!check.problem.empty())
+        return check;
+    if (target == FirmwareTarget::Fpga)
+        checkFpga(check);
+    else
+        checkMicrocontroller(target, check);
+    return check;
+}
+
+} // namespace hxaux

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tools/hxaux/Progress.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace hxaux {
+
+std::string progressBar(int percent, int width)
+{
+    const int shown = std::clamp(percent, 0, 100);
+    const auto full = static_cast<std::size_t>(shown * width / 100);
+    std::array<char, 8> number{};
+    std::snprintf(number.data(), number.size(), "%3d %%", shown);
+    return "[" + std::string(full, '#') + std::string(static_cast<std::size_t>(width) - full, '-') + "] " +
+           number.data();
+}
+
+std::string timeLeft(int percent, std::chrono::milliseconds elapsed)
+{
+    if (percent <= 2 || percent >= 100)
+        return "";
+    const long long seconds = elapsed.count() * (100 - percent) / percent / 1000;
+    std::array<char, 40> text{};
+    std::snprintf(text.data(), text.size(), "%lld:%02lld left", seconds / 60, seconds % 60);
+    return text.data();
+}
+
+void Progress::update(const std::string& phase, int percent, const std::string& extra)
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (phase != phase_) {
+        call_.screen().endPassingLine();
+        began_ = now;
+    } else if (percent == percent_) {
+        return;
+    }
+    phase_ = phase;
+    percent_ = percent;
+    if (!call_.onTerminal()) {
+        call_.print("phase", phase);
+        call_.print("done", percent, "%");
+        call_.show();
+        return;
+    }
+    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - began_);
+    call_.screen().passingLine(phase + " " + progressBar(percent, 40) + " " + extra + " " + timeLeft(percent, elapsed));
+}
+
+} // namespace hxaux

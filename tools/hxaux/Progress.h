@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// How far a long job is: a bar on a terminal, otherwise one report per change.
+#ifndef HXAUX_PROGRESS_H
+#define HXAUX_PROGRESS_H
+
+#include "tools/hxaux/Call.h"
+
+#include <chrono>
+#include <string>
+
+namespace hxaux {
+
+class Progress {
+public:
+    explicit Progress(Call& call) : call_(call) {}
+
+    // To be called as often as something may have changed. The extra text stands behind the bar.
+    void update(const std::string& phase, int percent, const std::string& extra = "");
+    void end() { call_.screen().endPassingLine(); }
+
+private:
+    Call& call_;
+    std::string phase_;
+    int percent_ = -1;
+    std::chrono::steady_clock::time_point began_;
+};
+
+// "[######------]  50 %": pure, so that it can be looked at in a test.
+std::string progressBar(int percent, int width);
+// "1:05 left", or nothing when too little is known.
+std::string timeLeft(int percent, std::chrono::milliseconds elapsed);
+
+} // namespace hxaux
+
+#endif

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tools/hxaux/Report.h"
+
+#include "hx-aux/errors.h"
+#include "tools/cli/Printable.h"
+#include "tools/hxaux/ErrorNames.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace hxaux {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json jsonOf(const Value& value);
+
+Json jsonOf(const Value::Record& fields)
+{
+    Json object = Json::object();
+    for (const Field& field : fields)
+        object[field.name] = jsonOf(field.value);
+    return object;
+}
+
+double rounded(const Real& real)
+{
+    const double scale = std::pow(10.0, real.decimals);
+    const double scaled = std::round(real.value * scale) / scale;
+    return std::isfinite(scaled) ? scaled : real.value;
+}
+
+Json jsonOf(const Value& value)
+{
+    struct Converter {
+        Json operator()(Absent) const { return nullptr; }
+        Json operator()(bool flag) const { return flag; }
+        Json operator()(long long number) const { return number; }
+        Json operator()(const Real& real) const { return rounded(real); }
+        Json operator()(const std::string& text) const { return text; }
+        Json operator()(const Value::List& list) const
+        {
+            Json array = Json::array();
+            for (const Value& each : list)
+                array.push_back(jsonOf(each));
+            return array;
+        }
+        Json operator()(const Value::Record& record) const { return jsonOf(record); }
+    };
+    return std::visit(Converter{}, value.any());
+}
+
+// The units of the fields that have one, nested as the result is.
+Json unitsOf(const std::vector<Field>& fields)
+{
+    Json units = Json::object();
+    for (const Field& field : fields) {
+        if (!field.unit.empty())
+            units[field.name] = field.unit;
+        if (const auto* record = std::get_if<Value::Record>(&field.value.any())) {
+            if (Json inner = unitsOf(*record); !inner.empty())
+                units[field.name] = std::move(inner);
+        }
+    }
+    return units;
+}
+
+Json jsonOf(const Problem& problem)
+{
+    Json object = {{"item", problem.item}, {"code", nullptr}, {"name", nullptr}, {"text", problem.text}};
+    if (problem.code >= 0) {
+        object["code"] = problem.code;
+        object["name"] = errorName(problem.code);
+    }
+    return object;
+}
+
+// The control characters that JSON allows within a text, DEL and C1, as escapes: a terminal must not obey them. In
+// UTF-8 the bytes C2 80 to C2 9F are C1 and nothing else.
+std::string withoutControls(const std::string& json)
+{
+    std::string safe;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const bool isC1 = json[i] == '\xC2' && static_cast<unsigned char>(json[i + 1]) < 0xA0;
+        if (!isC1 && json[i] != '\x7F') {
+            safe += json[i];
+            continue;
+        }
+        i += isC1 ? 1 : 0;
+        std::array<char, 7> escape{};
+        std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned char>(json[i]));
+        safe += escape.data();
+    }
+    return safe;
+}
+
+// When everything failed for one reason, the reason is said once.
+std::vector<Problem> worthSaying(const Report& report)
+{
+    const auto& all = report.problems;
+    const auto likeFirst = [&](const Problem& each) { return each.code == all[0].code && each.text == all[0].text; };
+    if (all.size() < 2 || !report.result.empty() || !std::ranges::all_of(all, likeFirst))
+        return all;
+    return {{"", all[0].code, all[0].text}};
+}
+
+} // namespace
+
+std::string asJson(const Report& report)
+{
+    Json problems = Json::array();
+    for (const Problem& problem : report.problems)
+        problems.push_back(jsonOf(problem));
+    const Json whole = {{"format", kJsonFormat},
+                        {"object", report.object},
+                        {"verb", report.verb},
+                        {"status", static_cast<int>(report.status)},
+                        {"result", jsonOf(report.result)},
+                        {"units", unitsOf(report.result)},
+                        {"notes", report.notes},
+                        {"errors", problems}};
+    // Bytes that are not UTF-8 come from EEPROMs and files; they must not keep the document from being one.
+    return withoutControls(whole.dump(-1, ' ', false, Json::error_handler_t::replace)) + "\n";
+}
+
+std::string asText(const Report& report)
+{
+    std::string text;
+    for (const Field& field : report.result)
+        text += printable(field.name) + ": " + field.value.text() + (field.unit.empty() ? "" : " " + field.unit) + "\n";
+    for (const std::string& note : report.notes)
+        text += printable(note) + "\n";
+    return text;
+}
+
+std::string problemLines(const Report& report)
+{
+    const std::string where = report.object + (report.verb.empty() ? "" : " " + report.verb) + ": ";
+    std::string lines;
+    for (const Problem& problem : worthSaying(report)) {
+        lines +=
+            (report.object.empty() ? "hxaux: " : where) + (problem.item.empty() ? "" : printable(problem.item) + ": ");
+        lines += printable(problem.text) + (problem.code < 0 ? "" : " (" + std::to_string(problem.code) + ")") + "\n";
+    }
+    return lines;
+}
+
+} // namespace hxaux

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// One upgrade or verification, from its start to the moment in which the unit is free for the next one.
+#ifndef HXAUX_UPGRADERUN_H
+#define HXAUX_UPGRADERUN_H
+
+#include "hx-aux/FirmwareUpgrade.h"
+#include "tools/hxaux/FirmwareFile.h"
+#include "tools/hxaux/Verb.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace hxaux {
+
+class Call;
+
+enum class UpgradeTask { Upgrade, Verify };
+
+void runUpgrade(Call& call, UpgradeTask task, FirmwareTarget target, const std::string& file);
+
+// Why a run failed, as far as its error code tells: the file was checked, and cannot change any more, before it began.
+struct Cause {
+    std::optional<Halvix::UpgradeAction> phase; // none for a code that belongs to several
+    Exit status = Exit::Done;
+};
+Cause causeOf(UpgradeTask task, FirmwareTarget target, Halvix::eErr code);
+// The exit status of a run that was not even started.
+Exit statusOfStart(Halvix::eErr code);
+// The text of a HEX file whose image differs in its last byte alone.
+std::string withOtherLastByte(const FirmwareCheck& check);
+// "writing": what a bar is labelled with.
+std::string phaseName(Halvix::UpgradeAction action);
+// "12.3 KB/s", or nothing when too little is known.
+std::string transferRate(unsigned long imageSize, int percent, std::chrono::milliseconds elapsed);
+
+} // namespace hxaux
+
+#endif

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// The four video channels as people write them: "1,3", "none", "all".
+#ifndef HXAUX_VIDEO_CHANNELS_H
+#define HXAUX_VIDEO_CHANNELS_H
+
+#include "tools/hxaux/Call.h"
+
+#include <string>
+
+namespace hxaux {
+
+// One bit per channel, bit 0 for channel 1. Ends the verb with status 2 when the text names no channels.
+unsigned char channelsOf(Call& call, const std::string& name);
+// The numbers of the channels; bits above the fourth are numbers above 4.
+Value listOfChannels(unsigned char bits);
+
+} // namespace hxaux
+
+#endif

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tools/hxaux/doctor/Doctor.h"
+
+#include "tools/hxaux/Names.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <unistd.h>
+
+namespace hxaux::doctor {
+
+namespace {
+
+Finding look(int network)
+{
+    const std::string interface = "can" + std::to_string(network - 1);
+    const std::string path = "/sys/class/net/" + interface + "/can_bittiming/bitrate";
+    const std::string item = "CAN network " + std::to_string(network);
+    if (access(path.c_str(), R_OK | W_OK) != 0)
+        return errno == ENOENT
+                   ? Finding{item, path + " is missing: the driver of " + interface + " is not loaded",
+                             "sudo systemctl restart systemd-modules-load && ip link show " + interface}
+                   : Finding{item, path + ": " + std::strerror(errno), "sudo udevadm trigger --subsystem-match=net"};
+    std::ifstream file(path);
+    std::string text;
+    std::getline(file, text);
+    if (!toInteger(text))
+        return {item, path + " holds '" + text + "', no bit rate", "hxaux can set " + std::to_string(network) + " 250"};
+    return {item, "", ""};
+}
+
+} // namespace
+
+Findings can()
+{
+    return {look(1), look(2), look(3), look(4)};
+}
+
+} // namespace hxaux::doctor

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "tools/hxaux/doctor/Doctor.h"
+
+#include "tools/hxaux/NamedLock.h"
+
+namespace hxaux::doctor {
+
+namespace {
+
+Finding look(const std::string& name)
+{
+    const NamedLock lock(name);
+    const LockState state = lock.look();
+    if (state.kind == LockState::Kind::Refused)
+        return {name, "this user may not use it: " + state.error, "sudo chmod 666 /dev/shm/sem." + name};
+    if (lock.isStale())
+        return {name, "stale: the program that held it died", "hxaux locks reset " + name};
+    return {name, "", ""};
+}
+
+} // namespace
+
+Findings locks()
+{
+    Findings findings;
+    for (const std::string_view name : kLockNames)
+        findings.push_back(look(std::string(name)));
+    return findings;
+}
+
+} // namespace hxaux::doctor

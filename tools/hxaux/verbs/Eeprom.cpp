@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "hx-aux/HXAuxPrivate.h"
+#include "tools/cli/PlainText.h"
+#include "tools/hxaux/Call.h"
+#include "tools/hxaux/Interface.h"
+#include "tools/hxaux/Objects.h"
+#include "tools/hxaux/Signals.h"
+
+#include <array>
+
+namespace hxaux {
+
+namespace {
+
+using Halvix::HXAuxPrivate;
+
+const Names kStores = namesOf<int>({{0, "main"}, {1, "add-on"}});
+
+constexpr std::array kMainKeys = {"DATA",    "PCB_SERIAL", "UNIT_SERIAL", "PCB_ART", "DATE",  "HWVERSION",
+                                  "PCB_REV", "PROD_REV",   "PROD_ART",    "ETH",     "MAC1",  "MAC2",
+                                  "CAN",     "VIDEO",      "USBHOST",     "SERIAL",  "RS232", "CF"};
+constexpr std::array kAddOnKeys = {"DATA", "PCB_SERIAL", "PCB_ART", "DATE",     "PCB_REV",
+                                   "WLAN", "GPS",        "GSM",     "BLUETOOTH"};
+
+unsigned char storeOf(Call& call)
+{
+    return call.has("store") ? call.as<unsigned char>("store") : 0;
+}
+
+// The library takes texts that it may change but never does.
+Halvix::eErr read(HXAuxPrivate& service, unsigned char store, std::string key, std::string& value)
+{
+    std::array<char, 256> text{};
+    const Halvix::eErr code =
+        service.getEepromProperty(store, key.data(), text.data(), static_cast<int>(text.size()) - 1);
+    if (code == Halvix::ERR_SUCCESS)
+        value = text.data();
+    return code;
+}
+
+void checkKey(Call& call)
+{
+    if (const std::string reason = refusedPropertyKey(call.text("key")); !reason.empty())
+        call.fail(Exit::Usage, "the key cannot be used: " + reason);
+}
+
+void get(Call& call)
+{
+    checkKey(call);
+    const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
+    std::string value;
+    call.check(read(*service, storeOf(call), call.text("key"), value));
+    call.print(call.text("key"), value);
+}
+
+void set(Call& call)
+{
+    checkKey(call);
+    if (const std::string reason = refusedProperty(call.text("value")); !reason.empty())
+        call.fail(Exit::Usage, "the value cannot be stored: " + reason);
+    const HeldSignals held; // a write that is cut short leaves half of the old and half of the new text
+    const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
+    std::string key = call.text("key");
+    std::string value = call.text("value");
+    call.check(service->setEepromProperty(storeOf(call), key.data(), value.data()));
+}
+
+template <std::size_t Count>
+bool listKeys(Call& call, HXAuxPrivate& service, unsigned char store, const std::array<const char*, Count>& keys)
+{
+    bool found = false;
+    for (const char* key : keys) {
+        std::string value;
+        if (read(service, store, key, value) != Halvix::ERR_SUCCESS)
+            continue;
+        call.print(key, value);
+        found = true;
+    }
+    return found;
+}
+
+void list(Call& call)
+{
+    const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
+    const unsigned char store = storeOf(call);
+    const bool found =
+        store == 0 ? listKeys(call, *service, store, kMainKeys) : listKeys(call, *service, store, kAddOnKeys);
+    if (!found)
+        call.check(Halvix::ERR_JIDA_EEPROM);
+}
+
+Argument store()
+{
+    return choice("store", kStores, "whose production data; the main board's when it is left out").optional();
+}
+
+} // namespace
+
+const Object objects::Eeprom{
+    "eeprom",
+    "production data in the EEPROMs of main board and add-on board",
+    {
+        {.name = "get",
+         .help = "Reads a property.",
+         .example = "hxaux eeprom get UNIT_SERIAL",
+         .run = get,
+         .values = {text("key", "name of the property")},
+         .options = {store()}},
+        {.name = "set",
+         .help = "Changes the value of a property that exists.",
+         .example = "hxaux eeprom set UNIT_SERIAL 12345",
+         .run = set,
+         .values = {text("key", "name of the property"), text("value", "its new value, without blanks")},
+         .options = {store()},
+         .details = "The whole EEPROM is rewritten, which takes a few seconds; do not switch the unit off meanwhile."},
+        {.name = "list",
+         .help = "Lists the documented properties that are present.",
+         .example = "hxaux eeprom list --store add-on",
+         .run = list,
+         .options = {store()}},
+    }};
+
+} // namespace hxaux
