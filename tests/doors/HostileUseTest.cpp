@@ -282,4 +282,41 @@ TEST_F(HostileUse, AnswersEachMistakeWithAStatusAndWords)
     EXPECT_TRUE(nothingIsLost());
 }
 
+/// Each has a bad part behind good ones.
+constexpr const char* kHalfBad[] = {
+    "set backlight.level=9 nope=1",
+    "set backlight.level=9 light",
+    "set backlight.level=9 light=abc",
+    "set backlight.level=9 absent=/dev/nope",
+    "set backlight.level=9 'do = press back'",
+    "set backlight.level=9 'fail = /dev/backlight oepn'",
+    "set 'backlight.level=9\nlight=abc'",
+    "set backlight.level=9 eeprom.main.PCB_ART=X 'do = forget main NOPE'",
+    "remove /dev/buzzer /dev/nope",
+    "start two --set backlight.level=9 --set nope=1",
+};
+
+TEST_F(HostileUse, DoesNothingOfACommandWithABadPart)
+{
+    run("hx-sim start only --set backlight.level=5");
+    const std::string before = run("hx-sim properties").output;
+
+    for (const char* const command : kHalfBad)
+        EXPECT_THAT(run("hx-sim " + std::string{command}), AllOf(statusIs(1), outputIs("")));
+
+    EXPECT_EQ(run("hx-sim properties").output, before);
+    EXPECT_THAT(run("hx-sim run --unit only -- sh -c 'test -e /dev/buzzer'"), statusIs(0));
+    EXPECT_THAT(run("hx-sim faults"), outputIs(""));
+    EXPECT_THAT(run("hx-sim list"), outputIs("only\n"));
+}
+
+TEST_F(HostileUse, AppliesEachPartToWhatTheUnitHolds)
+{
+    run("hx-sim start only");
+
+    EXPECT_THAT(run("hx-sim do production main OWN_KEY 1; hx-sim set light=7 'do = forget main OWN_KEY'"),
+                AllOf(statusIs(0), hxtest::errorIs("")));
+    EXPECT_THAT(run("hx-sim get light"), outputIs("7\n"));
+}
+
 } // namespace
