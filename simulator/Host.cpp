@@ -49,6 +49,9 @@ void guarded(Work work)
 /// More than a process notes between two calls; one that floods does not hold up the others.
 constexpr int kMostNotes = 10000;
 
+/// After this time a server without a free descriptor looks again whether it can accept.
+constexpr double kAcceptAgainNanoseconds = 50e6;
+
 /// So many bytes of a read fit into an answer.
 constexpr std::size_t kMostRead = wire::kLargestPacket - sizeof(wire::Head);
 
@@ -95,8 +98,6 @@ void Host::advance()
 
 std::optional<timespec> Host::timeToNextDeadline()
 {
-    if (full_)
-        return timespec{0, 50'000'000}; // then somebody may have gone
     std::optional<Time> next = unit_.clock().nextDeadline();
     for (const auto& [fd, connection] : connections_)
         if (connection.drains)
@@ -104,6 +105,10 @@ std::optional<timespec> Host::timeToNextDeadline()
     for (const auto& [fd, connection] : connections_)
         if (connection.read && connection.read->wakeAt && (!next || *connection.read->wakeAt < *next))
             next = connection.read->wakeAt;
+    // A descriptor may have become free anywhere on the machine.
+    const auto nextLook = modelNow() + Time{std::int64_t(kAcceptAgainNanoseconds * scale_)};
+    if (full_ && (!next || nextLook < *next))
+        next = nextLook;
     if (!next)
         return std::nullopt;
     // To the nanosecond: a bus transfer ends when it ends, not at the next millisecond.
