@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "simulator/HostCommands.h"
+#include "simulator/interpose/Terminal.h"
 
 namespace hxsim {
 
@@ -291,12 +292,10 @@ void Host::handleFile(Connection& connection, const Packet& packet)
     case wire::Kind::Write:
         waiting_ = true;
         return answer(connection, calls_->write(callerOf(packet), file, packet.bytes).result);
-    case wire::Kind::Line: {
-        LineSettings settings;
-        std::memcpy(&settings, packet.bytes.data(), std::min(sizeof settings, packet.bytes.size()));
-        calls_->setLine(file, settings);
-        return answer(connection, 0);
-    }
+    case wire::Kind::SetTerminal:
+        return setTerminal(connection, packet);
+    case wire::Kind::GetTerminal:
+        return answer(connection, std::int64_t(file.node.terminal.size()), file.node.terminal);
     case wire::Kind::Flush:
         calls_->flush(file, (packet.head.value & 1) != 0, (packet.head.value & 2) != 0);
         return answer(connection, 0);
@@ -359,6 +358,17 @@ void Host::which(Connection& connection, const Packet& packet)
         return answer(connection, -ENOENT);
     const File& file = *named->second.opened;
     answer(connection, 0, bytesOf(file.open->node.path()), file.open->flags, file.number);
+}
+
+void Host::setTerminal(Connection& connection, const Packet& packet)
+{
+    OpenFile& file = *connection.file->open;
+    const std::optional<termios> settings = terminalFrom(packet.bytes);
+    if (!settings || !file.node.isSerial())
+        return answer(connection, -EINVAL);
+    keepTerminal(file.node, *settings);
+    calls_->setLine(file, lineOf(*settings));
+    answer(connection, 0);
 }
 
 void Host::shape(Connection& connection, const Packet& packet)
