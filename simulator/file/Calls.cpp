@@ -56,6 +56,8 @@ Calls::Opened Calls::open(Caller caller, const std::string& path, int flags)
     if (node == nullptr)
         return {nullptr, ENOENT};
     Opened opened = answerOpen(caller, *node, flags);
+    if (opened.file != nullptr && node->openings++ == 0)
+        node->terminal.clear();
     record(caller, *node, Entry{.kind = Entry::Kind::Open, .action = openAction(flags), .error = opened.error},
            -opened.error);
     return opened;
@@ -69,6 +71,7 @@ void Calls::answerClose(Caller /*caller*/, OpenFile& file, Closing /*closing*/)
 void Calls::close(Caller caller, OpenFile& file, Closing closing)
 {
     answerClose(caller, file, closing);
+    --file.node.openings;
     const Entry entry{.kind = Entry::Kind::Close, .action = "close"};
     record(caller, file.node, entry, closing == Closing::ByProgram ? 0 : kNotCalled);
 }

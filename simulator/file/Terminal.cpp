@@ -2,7 +2,7 @@
 #include "simulator/file/Terminal.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <cstring>
 
 namespace hxsim {
 
@@ -53,6 +53,22 @@ termios freshTerminal()
     settings.c_cc[VMIN] = 1;
     cfsetispeed(&settings, B9600);
     cfsetospeed(&settings, B9600);
+    return settings;
+}
+
+void keepTerminal(Node& node, const termios& settings)
+{
+    node.terminal.resize(sizeof settings);
+    std::memcpy(node.terminal.data(), &settings, sizeof settings);
+}
+
+std::optional<termios> terminalFrom(std::span<const std::uint8_t> bytes)
+{
+    static_assert(sizeof(termios) == 60, "the same in 32-bit and 64-bit programs");
+    termios settings{};
+    if (bytes.size() != sizeof settings)
+        return std::nullopt;
+    std::memcpy(&settings, bytes.data(), sizeof settings);
     return settings;
 }
 

@@ -1,14 +1,22 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <span>
 #include <termios.h>
 
 #include "simulator/model/Node.h"
 
 namespace hxsim {
 
-/// The settings that a serial port has when it is opened: 9600 baud, 8 bits, no parity, line by line.
+/// The settings that a serial port has when nobody else has it open: 9600 baud, 8 bits, no parity, line by line.
 termios freshTerminal();
+
+/// The device keeps these settings as bytes.
+void keepTerminal(Node& node, const termios& settings);
+/// The settings behind such bytes; nothing when they are none.
+std::optional<termios> terminalFrom(std::span<const std::uint8_t> bytes);
 
 /// What the wire knows of terminal settings.
 LineSettings lineOf(const termios& settings);

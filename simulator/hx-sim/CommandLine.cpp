@@ -75,6 +75,8 @@ void set(const Choice& choice)
 void list(const Choice& choice)
 {
     const Words running = UnitFolder::running();
+    if (const std::string why = UnitFolder::whatHidesThem(); !why.empty())
+        throw BadText{why};
     if (choice.json)
         std::printf("%s\n", written(running).c_str());
     else

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -28,12 +29,25 @@ void waitAtMost(int fd, std::chrono::seconds time)
     (void)setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
+std::string whyNotReached(const std::string& unit, int error)
+{
+    switch (error) {
+    case ENOENT:
+    case ECONNREFUSED:
+        return "no unit named '" + unit + "' runs";
+    case EAGAIN:
+        return "the unit '" + unit + "' does not answer";
+    default:
+        return "the unit '" + unit + "' cannot be reached: " + std::strerror(error);
+    }
+}
+
 } // namespace
 
 UnitClient::UnitClient(const std::string& unit) : fd_{connectTo(UnitFolder::pathOf(unit), "")}
 {
     if (fd_ < 0)
-        throw NoUnit{"no unit named '" + unit + "' runs"};
+        throw NoUnit{whyNotReached(unit, -fd_)};
     waitAtMost(fd_, kPatience);
 }
 
@@ -78,6 +92,8 @@ std::string UnitClient::choose(const std::string& named)
     if (const char* folder = std::getenv(wire::kFolderVariable)) // a command inside 'hx-sim run'
         return std::filesystem::path{folder}.filename();
     const std::vector<std::string> running = UnitFolder::running();
+    if (const std::string why = UnitFolder::whatHidesThem(); !why.empty())
+        throw NoUnit{why};
     if (running.empty())
         throw NoUnit{"no unit runs; start one with: hx-sim start NAME"};
     if (running.size() > 1)

@@ -10,7 +10,7 @@ namespace hxsim {
 /// The connection of a command to a running unit.
 class UnitClient {
 public:
-    /// Throws NoUnit when no such unit runs.
+    /// Throws NoUnit when no such unit runs, or when this user may not reach it.
     explicit UnitClient(const std::string& unit);
     UnitClient(const UnitClient&) = delete;
     UnitClient& operator=(const UnitClient&) = delete;

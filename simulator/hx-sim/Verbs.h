@@ -45,7 +45,7 @@ constexpr StatusMeaning kStatusMeanings[] = {
     {2, "wrong usage"},
     {3, "a recording could not be read, or is none"},
     {4, "a program asked something else than was recorded"},
-    {6, "no such unit runs"},
+    {6, "no such unit runs, or it cannot be reached"},
     {126, "the program cannot be started"},
     {127, "there is no such program"},
 };

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <sys/socket.h>
 
+#include "simulator/file/Terminal.h"
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
 
@@ -88,12 +89,21 @@ void LinkedFile::closeOurs()
     ours_ = -1;
 }
 
-void LinkedFile::setLine(const LineSettings& settings)
+void LinkedFile::setTerminal(const termios& settings)
 {
     if (world_.over_)
         return;
     const LinkedUnit::Turn turn = world_.enter();
-    file_->node.setLine(settings);
+    keepTerminal(file_->node, settings);
+    file_->node.setLine(lineOf(settings));
+}
+
+std::optional<termios> LinkedFile::terminal()
+{
+    if (world_.over_)
+        return std::nullopt;
+    const LinkedUnit::Turn turn = world_.enter();
+    return terminalFrom(file_->node.terminal);
 }
 
 void LinkedFile::flush(bool input, bool output)

@@ -24,7 +24,8 @@ public:
     std::int64_t read(Space out, bool nonblocking) override;
     std::int64_t write(Bytes in) override;
     void close() override;
-    void setLine(const LineSettings& settings) override;
+    void setTerminal(const termios& settings) override;
+    std::optional<termios> terminal() override;
     void flush(bool input, bool output) override;
     int drain() override;
     bool readable() override;

@@ -160,7 +160,6 @@ void Descriptors::adopt(Link& link, int fd)
     const Link::Where where = link.locate(adopted->path);
     descriptor->text = where.text;
     descriptor->serial = where.serial;
-    descriptor->terminal = freshTerminal();
     descriptor->device = std::move(adopted->file);
     add(fd, std::move(descriptor));
 }

@@ -3,10 +3,8 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <sys/types.h>
-#include <termios.h>
 #include <utility>
 #include <vector>
 
@@ -27,8 +25,6 @@ struct Descriptor {
     bool stream = false;                ///< of a C stream: the journal shows the stream's opening alone
     std::shared_ptr<DeviceFile> device; ///< null: a real file in the unit's folder
     std::uint64_t socket = 0;           ///< of a device: the kernel's number of the socket that stands for it
-    std::mutex lock;                    ///< guards `terminal`
-    termios terminal{};
 };
 
 /// The descriptors of this process that belong to a unit. Every read and write of the program asks here first, so a

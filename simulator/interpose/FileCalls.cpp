@@ -45,10 +45,8 @@ int openDevice(const UnitPath& unit, int flags)
     descriptor->device = std::move(opened.file);
     descriptor->text = unit.where.text;
     descriptor->serial = unit.where.serial;
-    if (unit.where.serial) {
-        descriptor->terminal = freshTerminal();
-        descriptor->device->setLine(lineOf(descriptor->terminal));
-    }
+    if (unit.where.serial && !descriptor->device->terminal())
+        descriptor->device->setTerminal(freshTerminal());
     Descriptors::table().add(fd, std::move(descriptor));
     return fd;
 }

@@ -10,6 +10,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <termios.h>
 
 #include "simulator/model/Node.h"
 
@@ -34,7 +35,9 @@ public:
     /// a child, a program that it was passed to, a message on its way.
     virtual void close() = 0;
     /// Serial ports only.
-    virtual void setLine(const LineSettings& settings) = 0;
+    virtual void setTerminal(const termios& settings) = 0;
+    /// The device's settings; nothing when nobody has set any since it was first opened.
+    virtual std::optional<termios> terminal() = 0;
     virtual void flush(bool input, bool output) = 0;
     virtual int drain() = 0;
     [[nodiscard]] virtual bool readable() = 0;

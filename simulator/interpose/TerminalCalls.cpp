@@ -34,7 +34,7 @@ std::string actionOf(int when, const termios& settings)
            std::to_string(line.vtime);
 }
 
-int setTerminal(Descriptor& descriptor, int when, const termios& settings)
+int setTerminal(const Descriptor& descriptor, int when, const termios& settings)
 {
     if (const int error = fateOf(descriptor, "tcsetattr", actionOf(when, settings)); error != 0)
         return error;
@@ -42,11 +42,7 @@ int setTerminal(Descriptor& descriptor, int when, const termios& settings)
         descriptor.device->drain();
     if (when == TCSAFLUSH)
         descriptor.device->flush(true, false);
-    {
-        const std::lock_guard guard{descriptor.lock};
-        descriptor.terminal = settings;
-    }
-    descriptor.device->setLine(lineOf(settings));
+    descriptor.device->setTerminal(settings);
     return 0;
 }
 
@@ -74,8 +70,7 @@ HXSIM_ENTRY int tcgetattr(int fd, termios* settings) noexcept
     const int error = fateOf(*descriptor, "tcgetattr", "tcgetattr");
     if (error != 0)
         return keep.answer(error);
-    const std::lock_guard guard{descriptor->lock};
-    *settings = descriptor->terminal;
+    *settings = descriptor->device->terminal().value_or(freshTerminal());
     return 0;
 }
 

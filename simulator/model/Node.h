@@ -120,6 +120,11 @@ public:
     bool present = true;
     /// The errno of an open on a present node, or 0; without it every open succeeds.
     std::function<int()> openError;
+    /// Openings that are not closed yet.
+    int openings = 0;
+    /// Of a serial port: its terminal settings in the C library's form. They belong to the device, so that all openings
+    /// share them; empty when no program has set any since the first of them.
+    std::vector<std::uint8_t> terminal{};
 
     /// Null for a request that this driver does not know.
     [[nodiscard]] const Shape* shape(std::uint32_t code) const;

@@ -62,7 +62,7 @@ Supervisor::Supervisor(Unit& unit)
 void Supervisor::describeLoads()
 {
     const auto load = [this](std::uint8_t number, const std::string& name) {
-        power.property(number, name, "whether it has power now");
+        power.property(number, name, "whether it has power now", {0, 1});
         power.onWrite(number, [this, number](std::uint16_t value) { return writeLoad(number, value != 0); });
     };
     load(kBacklight, "power.backlight");

@@ -42,16 +42,27 @@ int SupervisorRegisters::write(std::uint8_t number, std::uint16_t value)
     return 0;
 }
 
-void SupervisorRegisters::property(std::uint8_t number, const std::string& name, const std::string& help)
+void SupervisorRegisters::property(std::uint8_t number, const std::string& name, const std::string& help,
+                                   RegisterRange range)
 {
-    unit_.properties().number(name, words_[number], 0, 0xFFFF, help);
+    unit_.properties().number(name, words_[number], range.low, range.high, help);
 }
 
 void SupervisorRegisters::property(std::uint8_t number, const std::string& name, std::uint16_t value,
-                                   const std::string& help)
+                                   const std::string& help, RegisterRange range)
 {
     words_[number] = value;
-    property(number, name, help);
+    property(number, name, help, range);
+}
+
+void SupervisorRegisters::limit(std::uint8_t number, RegisterRange range)
+{
+    onWrite(number, [this, number, range](std::uint16_t value) {
+        if (!range.holds(value))
+            return -EINVAL;
+        words_[number] = value;
+        return 0;
+    });
 }
 
 } // namespace hxsim

@@ -11,6 +11,13 @@
 
 namespace hxsim {
 
+/// What a register of the part can hold.
+struct RegisterRange {
+    std::uint16_t low = 0;
+    std::uint16_t high = 0xFFFF;
+    [[nodiscard]] bool holds(std::uint16_t value) const { return value >= low && value <= high; }
+};
+
 /// The register file behind one of the supervisor's "-id" devices: 256 words, each of which remembers what was written
 /// unless a hook says otherwise. Constructing it makes the node answer the two register requests, and gives the unit
 /// the property "<prefix>.<number>" for each register that is named.
@@ -38,9 +45,12 @@ public:
     /// The register's value comes from elsewhere / has an effect. A write hook stores by itself what is to be kept.
     void onRead(std::uint8_t number, ReadHook hook) { reads_[number] = std::move(hook); }
     void onWrite(std::uint8_t number, WriteHook hook) { writes_[number] = std::move(hook); }
-    /// The register can be set and seen from outside under this name.
-    void property(std::uint8_t number, const std::string& name, const std::string& help);
-    void property(std::uint8_t number, const std::string& name, std::uint16_t value, const std::string& help);
+    /// The register can be set within a range, and seen, from outside under this name.
+    void property(std::uint8_t number, const std::string& name, const std::string& help, RegisterRange range = {});
+    void property(std::uint8_t number, const std::string& name, std::uint16_t value, const std::string& help,
+                  RegisterRange range = {});
+    /// Programs are refused what is outside.
+    void limit(std::uint8_t number, RegisterRange range);
 
 private:
     Unit& unit_;

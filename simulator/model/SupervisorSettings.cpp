@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/SupervisorSettings.h"
 
-#include <cerrno>
-
 namespace hxsim {
 
 namespace {
@@ -12,9 +10,15 @@ struct Setting {
     const char* name;
     std::uint16_t healthy;
     const char* help;
+    RegisterRange range{};
 };
 
 using S = SupervisorSettings;
+
+constexpr RegisterRange kCounts{0, 4095}; // the converter has 12 bits
+constexpr RegisterRange kHeat{31, 61};
+constexpr RegisterRange kActions{0, 2};
+constexpr RegisterRange kStarts{1, 3};
 
 constexpr Setting kSettings[] = {
     {S::ButtonDebounce, "config.button-debounce", 50, "ms that the front button is ignored after a change"},
@@ -28,12 +32,13 @@ constexpr Setting kSettings[] = {
     {S::Video3, "config.video.3", 0, "video channel powered at start-up"},
     {S::Video4, "config.video.4", 0, "video channel powered at start-up"},
     {S::ExternalFan, "config.fan", 0, "external fan powered at start-up"},
-    {S::Voltage, "config.voltage", 930, "converter counts of the supply below which the unit does not start"},
-    {S::HeatingLimit, "config.heating", 56, "degrees above -56 below which the unit is heated before it starts"},
-    {S::ShortPress, "config.short-press", 1, "action of a short press: 0 none, 1 suspend, 2 shut down"},
-    {S::LongPress, "config.long-press", 2, "action of a long press: 0 none, 1 suspend, 2 shut down"},
-    {S::OnOffSignal, "config.signal", 2, "action of the external signal: 0 none, 1 suspend, 2 shut down"},
-    {S::StartupTrigger, "config.trigger", 3, "what starts the unit: 1 front button, 2 external signal, 3 both"},
+    {S::Voltage, "config.voltage", 930, "converter counts of the supply below which the unit does not start", kCounts},
+    {S::HeatingLimit, "config.heating", 56, "degrees above -56 below which the unit is heated before it starts", kHeat},
+    {S::ShortPress, "config.short-press", 1, "action of a short press: 0 none, 1 suspend, 2 shut down", kActions},
+    {S::LongPress, "config.long-press", 2, "action of a long press: 0 none, 1 suspend, 2 shut down", kActions},
+    {S::OnOffSignal, "config.signal", 2, "action of the external signal: 0 none, 1 suspend, 2 shut down", kActions},
+    {S::StartupTrigger, "config.trigger", 3, "what starts the unit: 1 front button, 2 external signal, 3 both",
+     kStarts},
     {S::PowerOn, "config.power-on", 0, "whether the unit starts when it gets power"},
 };
 
@@ -44,24 +49,10 @@ constexpr double kDivider = 12.0;
 
 SupervisorSettings::SupervisorSettings(Unit& unit) : SupervisorRegisters{unit, "/dev/conf-id"}
 {
-    for (const Setting& setting : kSettings)
-        property(setting.number, setting.name, setting.healthy, setting.help);
-    within(ShortPress, 0, 2);
-    within(LongPress, 0, 2);
-    within(OnOffSignal, 0, 2);
-    within(StartupTrigger, 1, 3);
-    within(HeatingLimit, 31, 61);
-    within(Voltage, 0, 4095); // the converter has 12 bits
-}
-
-void SupervisorSettings::within(Number number, std::uint16_t low, std::uint16_t high)
-{
-    onWrite(number, [this, number, low, high](std::uint16_t value) {
-        if (value < low || value > high)
-            return -EINVAL;
-        (*this)[number] = value;
-        return 0;
-    });
+    for (const Setting& setting : kSettings) {
+        property(setting.number, setting.name, setting.healthy, setting.help, setting.range);
+        limit(setting.number, setting.range);
+    }
 }
 
 Time SupervisorSettings::buttonTime() const

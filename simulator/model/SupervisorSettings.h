@@ -42,9 +42,6 @@ public:
     [[nodiscard]] double startupVolts() const;
     /// The temperature below which the unit is heated before it starts.
     [[nodiscard]] int heatingCelsius() const;
-
-private:
-    void within(Number number, std::uint16_t low, std::uint16_t high);
 };
 
 } // namespace hxsim

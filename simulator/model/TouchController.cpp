@@ -93,23 +93,15 @@ TouchController::TouchController(Unit& unit)
 
 void TouchController::describeRegisters()
 {
-    registers.property(kMode, "touch.mode", 1, "touch mode, 0 to 3");
+    constexpr RegisterRange kModes{0, 3};
+    registers.property(kMode, "touch.mode", 1, "touch mode, 0 to 3", kModes);
+    registers.limit(kMode, kModes);
     registers.property(kRightClick, "touch.right-click", 800, "time after which a held touch is a right click");
-    registers.onWrite(kMode, [this](std::uint16_t mode) {
-        if (mode > 3)
-            return -EINVAL;
-        registers[kMode] = mode;
-        return 0;
-    });
     for (const Setting& setting : kSettings) {
+        const RegisterRange range{0, setting.highest};
         registers.property(setting.number, "touch.register." + std::to_string(setting.number), setting.initial,
-                           "register of the touch controller");
-        registers.onWrite(setting.number, [this, setting](std::uint16_t value) {
-            if (value > setting.highest)
-                return -EINVAL;
-            registers[setting.number] = value;
-            return 0;
-        });
+                           "register of the touch controller", range);
+        registers.limit(setting.number, range);
     }
     registers.onRead(kPoint, [this] { return std::uint16_t(taken << 8 | awaited); });
     registers.onWrite(kPoint, [this](std::uint16_t value) { return await(std::uint8_t(value)); });

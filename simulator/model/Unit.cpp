@@ -33,6 +33,17 @@ Unit::~Unit() = default;
 
 void Unit::describe(std::string_view text)
 {
+    if (text.find('\n') != std::string_view::npos) {
+        Unit trial; // with the memories of this one: what else it holds refuses nothing
+        for (const auto& [name, memory] : memories_)
+            trial.memories_.at(name).bytes = memory.bytes;
+        trial.describeLines(text);
+    }
+    describeLines(text);
+}
+
+void Unit::describeLines(std::string_view text)
+{
     int number = 0;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());

@@ -34,7 +34,7 @@ public:
 
     /// Applies a description, one statement a line: "key = value" sets a property, "absent = /dev/x" takes a device
     /// away, "fail = NODE CALL ERRNO COUNT" asks for failures, "do = press front" runs an action, "#" begins a comment.
-    /// Throws BadText naming the line.
+    /// Throws BadText naming the line that is bad; then nothing has been applied.
     void describe(std::string_view text);
 
     /// Registers a path. The reference stays good as long as the unit.
@@ -84,6 +84,7 @@ public:
     }
 
 private:
+    void describeLines(std::string_view text);
     void describeLine(const std::string& line);
 
     Clock clock_;

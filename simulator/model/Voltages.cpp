@@ -48,7 +48,8 @@ Voltages::Voltages(Unit& unit) : registers{unit, "/dev/adc-id"}
         const auto i = static_cast<std::uint8_t>(number);
         const std::string name = "voltage." + std::to_string(i);
         const double divider = kSupplies[i].divider;
-        registers.property(i, name + ".raw", countsOf(kSupplies[i].volts, divider), "converter counts");
+        registers.property(i, name + ".raw", countsOf(kSupplies[i].volts, divider), "converter counts",
+                           {0, kMostCounts});
         unit.properties().add(
             name, [this, i, divider] { return voltsOf(registers[i], divider); },
             [this, i, divider](const std::string& text) { registers[i] = countsOf(parseReal(text), divider); },

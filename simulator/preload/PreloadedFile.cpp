@@ -6,6 +6,8 @@
 #include <cstring>
 #include <mutex>
 
+#include "simulator/file/Terminal.h"
+
 namespace hxsim {
 
 namespace {
@@ -137,11 +139,18 @@ void PreloadedFile::close()
     exchange(PreloadedLink::head(wire::Kind::Close));
 }
 
-void PreloadedFile::setLine(const LineSettings& settings)
+void PreloadedFile::setTerminal(const termios& settings)
 {
     std::uint8_t bytes[sizeof settings];
     std::memcpy(bytes, &settings, sizeof settings);
-    exchange(PreloadedLink::head(wire::Kind::Line), bytes);
+    exchange(PreloadedLink::head(wire::Kind::SetTerminal), bytes);
+}
+
+std::optional<termios> PreloadedFile::terminal()
+{
+    std::uint8_t bytes[sizeof(termios)];
+    const std::int64_t size = exchange(PreloadedLink::head(wire::Kind::GetTerminal), {}, bytes);
+    return terminalFrom({bytes, size > 0 && std::size_t(size) <= sizeof bytes ? std::size_t(size) : 0});
 }
 
 void PreloadedFile::flush(bool input, bool output)

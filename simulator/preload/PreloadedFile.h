@@ -18,7 +18,8 @@ public:
     std::int64_t write(Bytes in) override;
     void closing(int fd) override;
     void close() override;
-    void setLine(const LineSettings& settings) override;
+    void setTerminal(const termios& settings) override;
+    std::optional<termios> terminal() override;
     void flush(bool input, bool output) override;
     int drain() override;
     bool readable() override;

@@ -6,6 +6,8 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
+#include <dirent.h>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -123,7 +125,7 @@ void removeSemaphores(const fs::path& folder)
 void makeBase(const std::string& base)
 {
     if (mkdir(base.c_str(), 0700) != 0 && errno != EEXIST)
-        throw std::runtime_error{"cannot make the folder " + base};
+        throw std::runtime_error{"cannot make the folder " + base + ": " + std::strerror(errno)};
     struct stat found {};
     const bool isGone = lstat(base.c_str(), &found) != 0 && errno == ENOENT;
     if (!isGone && !isFolderOfThisUser(found))
@@ -141,6 +143,8 @@ std::string makeUnfinished(const std::string& unit)
         if (!error)
             break;
     }
+    if (error)
+        throw std::runtime_error{"cannot make the folder " + folder + ": " + error.message()};
     std::ofstream{folder + kMarkFile} << "hx-sim made this folder for a unit and removes it with the unit.\n";
     std::ofstream{folder + kPidFile} << getpid() << ' ' << startOf(getpid()) << '\n';
     fs::create_directories(folder + "/files", error);
@@ -232,6 +236,15 @@ std::vector<std::string> UnitFolder::running()
         if (whatIsWrongWith(folder.filename()).empty() && isAlive(folder))
             units.push_back(folder.filename());
     return units;
+}
+
+std::string UnitFolder::whatHidesThem()
+{
+    DIR* const folder = opendir(base().c_str());
+    if (folder == nullptr)
+        return errno == ENOENT ? "" : "the folder " + base() + " cannot be read: " + std::strerror(errno);
+    closedir(folder);
+    return {};
 }
 
 void UnitFolder::sweep()

@@ -38,6 +38,8 @@ public:
     static std::string semaphorePrefix(const std::string& mark);
     /// Names of the units that run.
     static std::vector<std::string> running();
+    /// Why this user's units cannot be seen, whether any run or not; or nothing.
+    static std::string whatHidesThem();
     /// Removes what units left behind whose process is gone.
     static void sweep();
 

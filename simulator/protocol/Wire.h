@@ -30,14 +30,15 @@ enum class Kind : std::uint32_t {
     Which,   ///< bytes: name of a file's connection; answered with the file, other = flags of its opening, bytes: path
 
     // Files.
-    Open,   ///< value: flags; bytes: name of this connection, NUL, path; answered with the file
-    Shape,  ///< request; answered with value = takes, other = gives, or -1
-    Ioctl,  ///< request; bytes: what the driver takes
-    Read,   ///< value: size, other: 1 does not wait
-    Cancel, ///< ends a Read or Drain that waits
-    Write,  ///< bytes
-    Line,   ///< bytes: LineSettings
-    Flush,  ///< value: 1 input, 2 output, 3 both
+    Open,        ///< value: flags; bytes: name of this connection, NUL, path; answered with the file
+    Shape,       ///< request; answered with value = takes, other = gives, or -1
+    Ioctl,       ///< request; bytes: what the driver takes
+    Read,        ///< value: size, other: 1 does not wait
+    Cancel,      ///< ends a Read or Drain that waits
+    Write,       ///< bytes
+    SetTerminal, ///< bytes: termios, which all who have the device open share
+    GetTerminal, ///< answered with the bytes and, as value, their number: 0 until somebody has set them
+    Flush,       ///< value: 1 input, 2 output, 3 both
     Drain,
     Readable,
     Closing, ///< on the file's own connection, before the process closes its last descriptor; no answer

@@ -12,6 +12,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "simulator/file/Terminal.h"
 #include "simulator/server/HostCommands.h"
 
 namespace hxsim {
@@ -48,6 +49,9 @@ void guarded(Work work)
 
 /// More than a process notes between two calls; one that floods does not hold up the others.
 constexpr int kMostNotes = 10000;
+
+/// After this time a server without a free descriptor looks again whether it can accept.
+constexpr double kAcceptAgainNanoseconds = 50e6;
 
 /// So many bytes of a read fit into an answer.
 constexpr std::size_t kMostRead = wire::kLargestPacket - sizeof(wire::Head);
@@ -95,8 +99,6 @@ void Host::advance()
 
 std::optional<timespec> Host::timeToNextDeadline()
 {
-    if (full_)
-        return timespec{0, 50'000'000}; // then somebody may have gone
     std::optional<Time> next = unit_.clock().nextDeadline();
     for (const auto& [fd, connection] : connections_)
         if (connection.drains)
@@ -104,6 +106,10 @@ std::optional<timespec> Host::timeToNextDeadline()
     for (const auto& [fd, connection] : connections_)
         if (connection.read && connection.read->wakeAt && (!next || *connection.read->wakeAt < *next))
             next = connection.read->wakeAt;
+    // A descriptor may have become free anywhere on the machine.
+    const auto nextLook = modelNow() + Time{std::int64_t(kAcceptAgainNanoseconds * scale_)};
+    if (full_ && (!next || nextLook < *next))
+        next = nextLook;
     if (!next)
         return std::nullopt;
     // To the nanosecond: a bus transfer ends when it ends, not at the next millisecond.
@@ -286,12 +292,10 @@ void Host::handleFile(Connection& connection, const Packet& packet)
     case wire::Kind::Write:
         waiting_ = true;
         return answer(connection, calls_->write(callerOf(packet), file, packet.bytes).result);
-    case wire::Kind::Line: {
-        LineSettings settings;
-        std::memcpy(&settings, packet.bytes.data(), std::min(sizeof settings, packet.bytes.size()));
-        calls_->setLine(file, settings);
-        return answer(connection, 0);
-    }
+    case wire::Kind::SetTerminal:
+        return setTerminal(connection, packet);
+    case wire::Kind::GetTerminal:
+        return answer(connection, std::int64_t(file.node.terminal.size()), file.node.terminal);
     case wire::Kind::Flush:
         calls_->flush(file, (packet.head.value & 1) != 0, (packet.head.value & 2) != 0);
         return answer(connection, 0);
@@ -354,6 +358,17 @@ void Host::which(Connection& connection, const Packet& packet)
         return answer(connection, -ENOENT);
     const File& file = *named->second.opened;
     answer(connection, 0, bytesOf(file.open->node.path()), file.open->flags, file.number);
+}
+
+void Host::setTerminal(Connection& connection, const Packet& packet)
+{
+    OpenFile& file = *connection.file->open;
+    const std::optional<termios> settings = terminalFrom(packet.bytes);
+    if (!settings || !file.node.isSerial())
+        return answer(connection, -EINVAL);
+    keepTerminal(file.node, *settings);
+    calls_->setLine(file, lineOf(*settings));
+    answer(connection, 0);
 }
 
 void Host::shape(Connection& connection, const Packet& packet)

@@ -91,6 +91,7 @@ private:
     void open(Connection& connection, const Packet& packet);
     void which(Connection& connection, const Packet& packet);
     void close(Connection& connection, const Packet& packet);
+    void setTerminal(Connection& connection, const Packet& packet);
     void shape(Connection& connection, const Packet& packet);
     void ioctl(Connection& connection, const Packet& packet);
     void read(Connection& connection, const Packet& packet);

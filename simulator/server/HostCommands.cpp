@@ -34,16 +34,17 @@ std::string joined(const Words& words, std::size_t from)
     return text;
 }
 
+/// All of the settings, or none when one is bad.
 CommandResult setProperty(Host& host, int, const Words& words)
 {
-    constexpr std::string_view kOnlyLine = "line 1: ";
-    for (std::size_t i = 1; i < words.size(); ++i) {
-        try {
-            host.describe(words[i]);
-        } catch (const BadText& bad) {
-            const std::string_view text = bad.what();
-            throw BadText{std::string{text.starts_with(kOnlyLine) ? text.substr(kOnlyLine.size()) : text}};
-        }
+    std::string lines;
+    for (std::size_t i = 1; i < words.size(); ++i)
+        lines += (i == 1 ? "" : "\n") + words[i];
+    try {
+        host.describe(lines);
+    } catch (const BadText& bad) { // the number of the line means nothing to who wrote words
+        const std::string text = bad.what();
+        throw BadText{text.substr(text.find(": ") + 2)};
     }
     return {};
 }

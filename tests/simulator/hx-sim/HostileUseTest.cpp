@@ -240,6 +240,16 @@ constexpr Mistake kMistakes[] = {
     {"set \"$(printf 'light\\0331')\" 1", 1, "the unit has no property"},
     {"get ligth", 1, "no property 'ligth'; did you mean 'light'\\?"},
     {"get ''", 1, "no property ''"},
+    {"set voltage.0.raw 4096", 1, "voltage.0.raw: 4096 is outside 0 to 4095"},
+    {"set config.voltage 4096", 1, "4096 is outside 0 to 4095"},
+    {"set config.heating 30", 1, "30 is outside 31 to 61"},
+    {"set config.short-press 3", 1, "3 is outside 0 to 2"},
+    {"set config.long-press 3", 1, "3 is outside 0 to 2"},
+    {"set config.signal 3", 1, "3 is outside 0 to 2"},
+    {"set config.trigger 0", 1, "0 is outside 1 to 3"},
+    {"set power.can 2", 1, "2 is outside 0 to 1"},
+    {"set touch.mode 4", 1, "4 is outside 0 to 3"},
+    {"set touch.register.5 4096", 1, "4096 is outside 0 to 4095"},
     {"do prses front", 1, "no action 'prses'; did you mean 'press'\\?"},
     {"prses front", 1, "no action 'prses'; did you mean 'press'\\?"},
     {"press back", 1, "press front"},
@@ -270,6 +280,60 @@ TEST_F(HostileUse, AnswersEachMistakeWithAStatusAndWords)
     EXPECT_THAT(run("hx-sim run --unit only -- hx-probe get /dev/adc-id 0"), statusIs(0));
     EXPECT_THAT(run("hx-sim log | grep -c backlight"), outputIs("0\n")) << "nothing of a refused command was done";
     EXPECT_TRUE(nothingIsLost());
+}
+
+/// Each has a bad part behind good ones.
+constexpr const char* kHalfBad[] = {
+    "set backlight.level=9 nope=1",
+    "set backlight.level=9 light",
+    "set backlight.level=9 light=abc",
+    "set backlight.level=9 absent=/dev/nope",
+    "set backlight.level=9 'do = press back'",
+    "set backlight.level=9 'fail = /dev/backlight oepn'",
+    "set 'backlight.level=9\nlight=abc'",
+    "set backlight.level=9 eeprom.main.PCB_ART=X 'do = forget main NOPE'",
+    "remove /dev/buzzer /dev/nope",
+    "start two --set backlight.level=9 --set nope=1",
+};
+
+TEST_F(HostileUse, DoesNothingOfACommandWithABadPart)
+{
+    run("hx-sim start only --set backlight.level=5");
+    const std::string before = run("hx-sim properties").output;
+
+    for (const char* const command : kHalfBad)
+        EXPECT_THAT(run("hx-sim " + std::string{command}), AllOf(statusIs(1), outputIs("")));
+
+    EXPECT_EQ(run("hx-sim properties").output, before);
+    EXPECT_THAT(run("hx-sim run --unit only -- sh -c 'test -e /dev/buzzer'"), statusIs(0));
+    EXPECT_THAT(run("hx-sim faults"), outputIs(""));
+    EXPECT_THAT(run("hx-sim list"), outputIs("only\n"));
+}
+
+TEST_F(HostileUse, AppliesEachPartToWhatTheUnitHolds)
+{
+    run("hx-sim start only");
+
+    EXPECT_THAT(run("hx-sim do production main OWN_KEY 1; hx-sim set light=7 'do = forget main OWN_KEY'"),
+                AllOf(statusIs(0), hxtest::errorIs("")));
+    EXPECT_THAT(run("hx-sim get light"), outputIs("7\n"));
+}
+
+TEST_F(HostileUse, NamesAPermissionThatIsRefused)
+{
+    run("hx-sim start only");
+    const std::string units = folderOf("");
+    const auto asOther = [&](const std::string& command) {
+        return geteuid() == 0 ? run("setpriv --reuid 65534 hx-sim " + command)
+                              : run("chmod 0 " + units + "; hx-sim " + command + "; status=$?; chmod 700 " + units +
+                                    "; exit $status");
+    };
+
+    EXPECT_THAT(asOther("get --unit only light"),
+                AllOf(statusIs(6), errorMatches("'only' cannot be reached: Permission denied")));
+    EXPECT_THAT(asOther("get light"), AllOf(statusIs(6), errorMatches("cannot be read: Permission denied")));
+    EXPECT_THAT(asOther("list"), AllOf(statusIs(1), errorMatches("cannot be read: Permission denied")));
+    EXPECT_THAT(asOther("start two"), AllOf(statusIs(1), errorMatches("cannot make the folder .*: Permission denied")));
 }
 
 } // namespace

@@ -19,6 +19,7 @@
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 #include <vector>
 
@@ -531,13 +532,86 @@ constexpr Rule kRules[] = {
      }},
 };
 
-} // namespace
-
-void playDescriptorRules(const std::string& device, std::ostream& results)
+/// An opening of the terminal; without a path of a new one of the kernel's, which goes with this process.
+int terminal()
 {
-    name = device;
-    path = "/dev/" + device;
-    for (const Rule& rule : kRules) {
+    if (path.empty()) {
+        const int other = posix_openpt(O_RDWR | O_NOCTTY);
+        (void)unlockpt(other);
+        path = ptsname(other);
+    }
+    return device(O_RDWR | O_NOCTTY);
+}
+
+/// Sets what no fresh terminal has.
+void setTerminal(int fd)
+{
+    termios settings{};
+    (void)tcgetattr(fd, &settings);
+    cfsetspeed(&settings, B57600);
+    settings.c_cflag |= CSTOPB;
+    settings.c_cc[VMIN] = 7;
+    (void)tcsetattr(fd, TCSANOW, &settings);
+}
+
+/// 1: what was set is seen here.
+int isSet(int fd)
+{
+    termios settings{};
+    if (tcgetattr(fd, &settings) != 0)
+        return -1;
+    const bool all = cfgetospeed(&settings) == B57600 && (settings.c_cflag & CSTOPB) != 0 && settings.c_cc[VMIN] == 7;
+    return all ? 1 : 0;
+}
+
+constexpr Rule kTerminalRules[] = {
+    {"a terminal is opened with other settings", [] { return isSet(terminal()); }},
+    {"the settings are those of a duplicate",
+     [] {
+         const int fd = terminal();
+         setTerminal(fd);
+         return isSet(dup(fd));
+     }},
+    {"the settings are those of another opening",
+     [] {
+         const int fd = terminal();
+         const int other = terminal();
+         setTerminal(fd);
+         return isSet(other);
+     }},
+    {"the settings are those of a later opening",
+     [] {
+         const int fd = terminal();
+         setTerminal(fd);
+         return isSet(terminal());
+     }},
+    {"the settings outlive the opening that set them",
+     [] {
+         const int fd = terminal();
+         const int other = terminal();
+         setTerminal(fd);
+         close(fd);
+         return isSet(other);
+     }},
+    {"the settings go with a descriptor that is passed on",
+     [] {
+         const int fd = terminal();
+         setTerminal(fd);
+         return isSet(passed(fd));
+     }},
+    {"a child sees the settings",
+     [] {
+         const int fd = terminal();
+         setTerminal(fd);
+         return inChild([fd] { return isSet(fd); });
+     }},
+    {"what is no terminal has none", [] { return isSet(open("/dev/null", O_RDWR)); }},
+};
+
+template <std::size_t Count>
+void play(const Rule (&rules)[Count], std::ostream& results)
+{
+    for (const Rule& rule : rules) {
         // What the rule leaves open goes with the process that tried it.
         int answer[2] = {0, 0};
         int pipes[2];
@@ -557,4 +631,19 @@ void playDescriptorRules(const std::string& device, std::ostream& results)
         waitpid(child, nullptr, 0);
         results << rule.claim << ": " << answer[0] << ' ' << std::strerror(answer[1]) << std::endl;
     }
+}
+
+} // namespace
+
+void playDescriptorRules(const std::string& device, std::ostream& results)
+{
+    name = device;
+    path = "/dev/" + device;
+    play(kRules, results);
+}
+
+void playTerminalRules(const std::string& itsPath, std::ostream& results)
+{
+    path = itsPath;
+    play(kTerminalRules, results);
 }

@@ -23,6 +23,12 @@ std::string kernelsAnswers()
     return run("hx-probe rules zero").output;
 }
 
+/// The same for terminals.
+std::string kernelsTerminalAnswers()
+{
+    return run("hx-probe terminal-rules ''").output;
+}
+
 constexpr char kStorm[] = "board 1\nasked 3000\nread 200\nslept 1\n";
 
 TEST_F(Descriptors, AreTheKernelsInATestProgram)
@@ -40,6 +46,35 @@ TEST_F(Descriptors, AreTheKernelsInATestProgram)
 TEST_F(Descriptors, AreTheKernelsInAProgramOnAUnit)
 {
     EXPECT_EQ(run("hx-sim run -- hx-probe rules adc-id").output, kernelsAnswers());
+}
+
+TEST_F(Descriptors, HaveTheTerminalSettingsOfTheirDeviceInATestProgram)
+{
+    std::ostringstream results;
+    {
+        SimulatedUnit unit;
+        unit.expectOtherProcesses();
+        playTerminalRules("/dev/ttyS0", results);
+    }
+
+    EXPECT_EQ(results.str(), kernelsTerminalAnswers());
+}
+
+TEST_F(Descriptors, HaveTheTerminalSettingsOfTheirDeviceInAProgramOnAUnit)
+{
+    EXPECT_EQ(run("hx-sim run -- hx-probe terminal-rules /dev/ttyS0").output, kernelsTerminalAnswers());
+}
+
+TEST_F(Descriptors, HaveTheTerminalSettingsOfTheirDeviceInEachProgramThatInheritsThem)
+{
+    EXPECT_THAT(run("hx-sim run -- sh -c 'exec 0<>/dev/ttyS0; stty 115200; stty speed'"), outputIs("115200\n"));
+}
+
+TEST_F(Descriptors, HaveFreshTerminalSettingsWhenNobodyHadTheDeviceOpen)
+{
+    EXPECT_THAT(run("hx-sim run -- sh -c 'exec 0<>/dev/ttyS0; stty 115200; exec 0</dev/null; exec 0<>/dev/ttyS0; "
+                    "stty speed'"),
+                outputIs("9600\n"));
 }
 
 TEST_F(Descriptors, ArriveFromAChildThatHasEnded)

@@ -217,6 +217,13 @@ int readParts(char** words)
     return 0;
 }
 
+/// terminal-rules PATH: on a terminal; '' is the kernel's.
+int terminalRules(char** words)
+{
+    playTerminalRules(words[0], std::cout);
+    return 0;
+}
+
 struct Deed {
     const char* name;
     int words;
@@ -224,10 +231,23 @@ struct Deed {
 };
 
 constexpr Deed kDeeds[] = {
-    {"exec", 2, execute},    {"forks", 1, forks},    {"fork-get", 2, forkGet}, {"get", 2, get},
-    {"get-on", 2, getOn},    {"hold", 1, hold},      {"outlive", 2, outlive},  {"read", 1, readFile},
-    {"readv", 1, readParts}, {"repeat", 2, repeat},  {"rules", 1, rules},      {"scenario", 0, scenario},
-    {"share", 2, share},     {"sleep", 1, sleepFor}, {"storm", 0, storm},      {"try", 1, tryLock},
+    {"exec", 2, execute},
+    {"forks", 1, forks},
+    {"fork-get", 2, forkGet},
+    {"get", 2, get},
+    {"get-on", 2, getOn},
+    {"hold", 1, hold},
+    {"outlive", 2, outlive},
+    {"read", 1, readFile},
+    {"readv", 1, readParts},
+    {"repeat", 2, repeat},
+    {"rules", 1, rules},
+    {"scenario", 0, scenario},
+    {"share", 2, share},
+    {"sleep", 1, sleepFor},
+    {"storm", 0, storm},
+    {"try", 1, tryLock},
+    {"terminal-rules", 1, terminalRules},
 };
 
 } // namespace

@@ -242,6 +242,29 @@ TEST_F(HostileClients, TakeEveryDescriptorAndGoAgain)
     expectAnswers();
 }
 
+TEST_F(HostileClients, WaitWithoutLoadForADescriptorOfTheServer)
+{
+    run("hx-sim stop unit; ulimit -n 40; hx-sim start unit --set backlight.level=77");
+    const std::string ticks = "awk '{print $14 + $15}' /proc/" + hostOf("unit") + "/stat";
+    std::vector<Raw> crowd;
+    for (int i = 0; i < 100; ++i)
+        crowd.push_back(client());
+    ASSERT_TRUE(crowd.front().say(wire::Kind::Command, std::string{"scale"} + '\0') && crowd.front().hears());
+
+    const int before = std::stoi(run(ticks).output);
+    sleep(2);
+    const int spent = std::stoi(run(ticks).output) - before;
+
+    EXPECT_LT(spent, sysconf(_SC_CLK_TCK) / 4) << "of two seconds";
+    EXPECT_TRUE(crowd.front().say(wire::Kind::Command, std::string{"scale"} + '\0') && crowd.front().hears());
+    std::vector<Raw> staying;
+    for (std::size_t i = 80; i < crowd.size(); ++i)
+        staying.push_back(std::move(crowd[i]));
+    crowd.clear();
+    for (const Raw& one : staying)
+        EXPECT_TRUE(one.say(wire::Kind::Command, std::string{"scale"} + '\0') && one.hears());
+}
+
 TEST_F(HostileClients, SendStraySignals)
 {
     for (const char* const signal : {"USR1", "USR2", "ALRM", "PIPE", "VTALRM", "PROF", "IO", "QUIT", "CHLD", "CONT"})
