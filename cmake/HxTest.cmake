@@ -15,7 +15,7 @@ endif()
 set(HX_TEST_TIMEOUT 120) # seconds; thousands of cases in one test may have more
 
 # hx_add_test(name sources...): a program of GoogleTest cases over the internal archive, with the simulated unit's
-# linked door in front of the C library. Tests are compiled without optimisation: they run once.
+# in-process backend in front of the C library. Tests are compiled without optimisation: they run once.
 function(hx_add_test name)
   hx_add_test_on(hx_test_support ${name} ${ARGN})
   target_link_libraries(${name} PRIVATE hx-aux-internal)
@@ -65,7 +65,7 @@ set(HX_TESTING ${CMAKE_SOURCE_DIR}/testing)
 add_library(hx_test_support INTERFACE)
 target_sources(hx_test_support INTERFACE ${HX_TESTING}/SimulatedUnit.cpp)
 target_include_directories(hx_test_support INTERFACE ${CMAKE_SOURCE_DIR})
-target_link_libraries(hx_test_support INTERFACE hx-firmware-files GTest::gmock_main -Wl,--whole-archive hx-sim-linked
+target_link_libraries(hx_test_support INTERFACE hx-firmware-files GTest::gmock_main -Wl,--whole-archive hx-sim-inprocess
                       -Wl,--no-whole-archive)
 
 add_library(hx_test_driver INTERFACE)

@@ -20,7 +20,7 @@ int main()
 {
     About* about = GetAbout();
     if (about == NULL)
-        return 1; // memory is out
+        return 1; // out of memory
     char text[256] = "";
     if (worked("serial number", about->getUnitSerial(text, sizeof text - 1)))
         std::printf("serial number: %s\n", text);

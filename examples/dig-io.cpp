@@ -20,7 +20,7 @@ int main()
 {
     DigIO* inputs = GetDigIO();
     if (inputs == NULL)
-        return 1; // memory is out
+        return 1; // out of memory
     unsigned char state = 0;
     if (worked("inputs", inputs->getDigIO(&state))) {
         for (int i = 0; i < 4; ++i)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The front LED: a colour and a blink pattern.
+// The front LED: a color and a blink pattern.
 
 #include <hx-aux/FrontLED.h>
 
@@ -18,10 +18,10 @@ static bool worked(const char* what, eErr err)
 int main()
 {
     FrontLED* led = GetFrontLED();
-    worked("colour", led->setColor(ColorOrange));
+    worked("color", led->setColor(ColorOrange));
     worked("blink", led->setSignal(2.0, 50));
     unsigned char red = 0, green = 0, blue = 0;
-    if (worked("colour", led->getColor(&red, &green, &blue)))
+    if (worked("color", led->getColor(&red, &green, &blue)))
         std::printf("red %d, green %d, blue %d of 15\n", red, green, blue);
     double hertz = 0;
     unsigned char duty = 0;

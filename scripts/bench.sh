@@ -6,7 +6,7 @@
 #   scripts/bench.sh --check [SECTION...]     also fail where an aim is missed: 50 ns an operation, 3 % over the floor
 #                                             of an EEPROM change, 1.02 times the wire's time of an upgrade
 #
-# Sections: operations light parsers processes doors eeprom upgrade
+# Sections: operations light parsers processes requests eeprom upgrade
 # shellcheck disable=SC2317  # the sections are called by their names
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -18,7 +18,7 @@ if [ "${1:-}" = --check ]; then
     shift
 fi
 sections=("$@")
-[ ${#sections[@]} -gt 0 ] || sections=(operations light parsers processes doors eeprom upgrade)
+[ ${#sections[@]} -gt 0 ] || sections=(operations light parsers processes requests eeprom upgrade)
 
 scripts/install-deps.sh check
 for abi in i386 x86_64; do
@@ -54,12 +54,12 @@ bench_operations() { # abi
 bench_light() { "$folder/hx-bench-light" 2>/dev/null; }
 bench_parsers() { "$folder/hx-bench-parsers"; }
 bench_processes() {
-    echo "  on a unit, its door in every process"
+    echo "  on a unit, the preload library in every process"
     "build/$abi/hx-sim" run -- "$folder/hx-bench-process" "$folder"
 }
-bench_doors() {
-    "build/$abi/hx-sim" run -- "$folder/hx-bench-door"
-    "$folder/hx-bench-door-linked"
+bench_requests() {
+    "build/$abi/hx-sim" run -- "$folder/hx-bench-preload-request"
+    "$folder/hx-bench-inprocess-request"
 }
 bench_eeprom() { "build/$abi/hx-sim" run -- "$folder/hx-bench-eeprom" "${check[@]}"; }
 bench_upgrade() { "build/$abi/hx-sim" run -- "$folder/hx-bench-upgrade" "${check[@]}"; }

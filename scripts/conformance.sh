@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: LicenseRef-HXAux
-# Asks every operation the same questions through the three doors of the simulated unit and prints the verdicts side by
+# Asks every operation the same questions through the three backends of the simulated unit and prints the verdicts side by
 # side: linked into the program, preloaded into a plain program, and real character devices in an emulated machine.
 #
 #   scripts/conformance.sh             all three (a minute)
 #   scripts/conformance.sh --no-guest  the first two
 #
-# Ends with 1 when an answer is wrong or differs between the doors. The table is left in build/conformance.txt.
+# Ends with 1 when an answer is wrong or differs between the backends. The table is left in build/conformance.txt.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -17,7 +17,7 @@ scripts/install-deps.sh test
 mkdir -p build
 {
     cmake --preset i386 -DHX_TESTS=ON
-    cmake --build --preset i386 -j "$(nproc)" --target conformance conformance-linked hx-sim hxsim-door
+    cmake --build --preset i386 -j "$(nproc)" --target conformance conformance-linked hx-sim hxsim-preload
 } >build/conformance.log 2>&1 || {
     tail -n 40 build/conformance.log
     exit 1
@@ -27,37 +27,37 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 build/i386/tests/conformance-linked >"$work/linked" || true
 build/i386/hx-sim run -- build/i386/tests/conformance >"$work/preloaded" || true
-doors=(linked preloaded)
+backends=(linked preloaded)
 if [ "$guest" = yes ]; then
     scripts/system-test.sh >"$work/system.log" || {
         cat "$work/system.log"
         exit 1
     }
     cp build/system/report.txt "$work/devices"
-    doors+=(devices)
+    backends+=(devices)
 fi
 
-python3 - "$work" "${doors[@]}" <<'END' | tee build/conformance.txt
+python3 - "$work" "${backends[@]}" <<'END' | tee build/conformance.txt
 import pathlib, sys
 
-work, *doors = sys.argv[1:]
+work, *backends = sys.argv[1:]
 answers = {}
-for door in doors:
-    for line in pathlib.Path(work, door).read_text().splitlines():
+for backend in backends:
+    for line in pathlib.Path(work, backend).read_text().splitlines():
         fields = line.split("\t")
         if len(fields) == 3:
-            answers.setdefault(fields[0], {})[door] = (fields[1], fields[2])
+            answers.setdefault(fields[0], {})[backend] = (fields[1], fields[2])
 
-def verdict(row, door):
-    return row.get(door, ("missing", ""))[0]
+def verdict(row, backend):
+    return row.get(backend, ("missing", ""))[0]
 
-print(f"{'operation':<44}" + "".join(f"{door:<12}" for door in doors) + "answer")
+print(f"{'operation':<44}" + "".join(f"{backend:<12}" for backend in backends) + "answer")
 wrong = different = 0
 for operation, row in answers.items():
-    given = {row.get(door, ("", "nothing"))[1] for door in doors}
-    wrong += any(verdict(row, door) != "pass" for door in doors)
+    given = {row.get(backend, ("", "nothing"))[1] for backend in backends}
+    wrong += any(verdict(row, backend) != "pass" for backend in backends)
     different += len(given) > 1
-    print(f"{operation:<44}" + "".join(f"{verdict(row, door):<12}" for door in doors) + " | ".join(sorted(given)))
-print(f"\n{len(answers)} questions, {len(doors)} doors: {wrong} wrong, {different} answered differently")
+    print(f"{operation:<44}" + "".join(f"{verdict(row, backend):<12}" for backend in backends) + " | ".join(sorted(given)))
+print(f"\n{len(answers)} questions, {len(backends)} backends: {wrong} wrong, {different} answered differently")
 END
 grep -q ': 0 wrong, 0 answered differently$' build/conformance.txt

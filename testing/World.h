@@ -53,7 +53,7 @@ bool runsForGood(const std::string& operation);
 /// The named locks as the unit has them now: name and value, only those that are not free.
 std::set<std::string> locksTaken();
 
-/// Whether after this fault the library may wait for ever: for a lock within the process that was not given back
+/// Whether after this fault the library may wait forever: for a lock within the process that was not given back
 /// because the system refused to take it.
 bool mayWaitForEver(const std::string& call);
 

@@ -2,7 +2,7 @@
 // A small complete application to start from: shows light, backlight level, voltages and inputs whenever they change,
 // lights the front LED by the supply's state, and ends in order when the front button asks for power off.
 //
-//   dashboard [ROUNDS]      looks ROUNDS times, or for ever
+//   dashboard [ROUNDS]      looks ROUNDS times, or forever
 
 #include <hx-aux/hx-aux.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Memory is out where a request is far beyond what a program of the unit asks for: a settings file may want an
+// Out of memory where a request is far beyond what a program of the unit asks for: a settings file may want an
 // averaging window of any size. Without a sanitizer nobody reads this.
 
 namespace {

@@ -24,7 +24,7 @@ bool mayFail = true;
 
 // An input can ask for news as often as it has bytes; an operation that waits on and on comes over that soon.
 constexpr int kMostInterruptions = 1000;
-// Longer than any lock is held, and than an upgrade says nothing. Threads that run for good let time go on for ever.
+// Longer than any lock is held, and than an upgrade says nothing. Threads that run for good let time go on forever.
 constexpr std::int64_t kLongestWait = 60000;
 
 } // namespace

@@ -180,7 +180,7 @@ protected:
 /// @brief Reads both EEPROMs and makes an object of their contents.
 ///
 /// It succeeds whatever the EEPROMs hold; operations whose property cannot be read then answer ERR_JIDA_EEPROM.
-/// @return The object, to be given back with Release, or null when memory is out.
+/// @return The object, to be given back with Release, or null when out of memory.
 /// @threadsafe Always.
 HX_EXPORT Halvix::About* GetAbout();
 

@@ -58,14 +58,14 @@ public:
     /// also the way to start it again after a fault of the sensor ended it.
     ///
     /// @retval ERR_SUCCESS         Stored and announced. A file that cannot be written is not noticed.
-    /// @retval ERR_MEM_ALLOC_FAIL  Memory is out; nothing was stored.
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory; nothing was stored.
     /// @threadsafe Always.
     virtual eErr startAutomaticBL() = 0;
 
     /// @brief Switches the automatic backlight off; the level then stays as it is.
     ///
     /// @retval ERR_SUCCESS         Stored and announced. A file that cannot be written is not noticed.
-    /// @retval ERR_MEM_ALLOC_FAIL  Memory is out; nothing was stored.
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory; nothing was stored.
     /// @threadsafe Always.
     virtual eErr stopAutomaticBL() = 0;
 
@@ -74,7 +74,7 @@ public:
     /// @param[out] enabled  1 on, 0 off; 0 as well when the answer is ERR_DATATYPE_MISMATCH. A valid pointer.
     /// @retval ERR_SUCCESS            @p enabled holds the stored setting.
     /// @retval ERR_DATATYPE_MISMATCH  The setting is missing or no number: the service process has not run yet.
-    /// @retval ERR_MEM_ALLOC_FAIL     Memory is out; @p enabled is untouched.
+    /// @retval ERR_MEM_ALLOC_FAIL     Out of memory; @p enabled is untouched.
     /// @threadsafe Always.
     virtual eErr getAutomaticBLStatus(unsigned char* enabled) = 0;
 
@@ -84,7 +84,7 @@ public:
     ///
     /// @param[in] softTransitions  true: one level every 50 ms. false: at once.
     /// @retval ERR_SUCCESS         Stored and announced. A file that cannot be written is not noticed.
-    /// @retval ERR_MEM_ALLOC_FAIL  Memory is out; nothing was stored.
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory; nothing was stored.
     /// @threadsafe Always.
     virtual eErr setAutomaticBLParams(bool softTransitions) = 0;
 
@@ -98,7 +98,7 @@ public:
     /// @param[out] k                The slope, 50 until one is learnt. A valid pointer. Untouched on failure.
     /// @retval ERR_SUCCESS            Both hold the stored settings.
     /// @retval ERR_DATATYPE_MISMATCH  One of the settings is missing or no number.
-    /// @retval ERR_MEM_ALLOC_FAIL     Memory is out; both are untouched.
+    /// @retval ERR_MEM_ALLOC_FAIL     Out of memory; both are untouched.
     /// @threadsafe Always.
     virtual eErr getAutomaticBLParams(bool* softTransitions, double* k) = 0;
 
@@ -113,7 +113,7 @@ public:
     /// @param[in] mode              How the measuring range is chosen.
     /// @retval ERR_SUCCESS            Stored and announced. A file that cannot be written is not noticed.
     /// @retval ERR_DATATYPE_MISMATCH  A value could not be turned into text; nothing was stored.
-    /// @retval ERR_MEM_ALLOC_FAIL     Memory is out; nothing was announced.
+    /// @retval ERR_MEM_ALLOC_FAIL     Out of memory; nothing was announced.
     /// @threadsafe Always.
     virtual eErr setAutomaticBLFilter(unsigned long averageWndSize, unsigned long rejectWndSize,
                                       unsigned long rejectDeltaInLux, LightSensorSamplingMode mode) = 0;
@@ -129,7 +129,7 @@ public:
     /// @param[out] mode              How the measuring range is chosen.
     /// @retval ERR_SUCCESS            All four hold the stored settings.
     /// @retval ERR_DATATYPE_MISMATCH  One of the settings is missing or no number.
-    /// @retval ERR_MEM_ALLOC_FAIL     Memory is out.
+    /// @retval ERR_MEM_ALLOC_FAIL     Out of memory.
     /// @threadsafe Always.
     virtual eErr getAutomaticBLFilter(unsigned long* averageWndSize, unsigned long* rejectWndSize,
                                       unsigned long* rejectDeltaInLux, LightSensorSamplingMode* mode) = 0;
@@ -139,7 +139,7 @@ public:
     /// @param[out] status  Enabled when the setting is missing, empty or 1; disabled for everything else. A valid
     ///                     pointer.
     /// @retval ERR_SUCCESS         @p status holds the setting.
-    /// @retval ERR_MEM_ALLOC_FAIL  Memory is out; @p status is untouched.
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory; @p status is untouched.
     /// @threadsafe Always.
     virtual eErr getLedDimming(HXStatus* status) = 0;
 
@@ -148,7 +148,7 @@ public:
     /// @param[in] status  HXStatusEnabled for on; every other value is off.
     /// @retval ERR_SUCCESS         Stored, and the daemon was told.
     /// @retval ERR_COMMAND_FAILED  Stored, but the daemon could not be told.
-    /// @retval ERR_MEM_ALLOC_FAIL  Memory is out; the daemon was not told.
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory; the daemon was not told.
     /// @threadsafe Always.
     virtual eErr setLedDimming(HXStatus status) = 0;
 
@@ -165,7 +165,7 @@ protected:
 
 /// @brief Gives the process's one backlight object; every call needs a Release() of its own.
 /// @return Never null. When "/dev/backlight" cannot be opened, the level operations answer ERR_OPEN_FAILED.
-/// @throws std::bad_alloc  Memory is out.
+/// @throws std::bad_alloc  Out of memory.
 /// @threadsafe Not against other calls of it and releases.
 HX_EXPORT Halvix::Backlight* GetBacklight();
 

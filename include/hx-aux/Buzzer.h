@@ -123,7 +123,7 @@ protected:
 /// A device that cannot be opened does not matter here: the operations answer ERR_OPEN_FAILED.
 ///
 /// @return A new object, never null. Give it back with `Release()`.
-/// @throws std::bad_alloc  Memory is out.
+/// @throws std::bad_alloc  Out of memory.
 /// @threadsafe Always.
 HX_EXPORT Halvix::Buzzer* GetBuzzer();
 

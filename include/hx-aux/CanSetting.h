@@ -102,7 +102,7 @@ public:
 } // namespace Halvix
 
 /// @brief Makes an object that reads and sets the bit rates of the CAN networks.
-/// @return A new object. Throws `std::bad_alloc` when memory is out. Give it back with `Release()`.
+/// @return A new object. Throws `std::bad_alloc` when out of memory. Give it back with `Release()`.
 /// @threadsafe Always.
 HX_EXPORT Halvix::CanSetting* GetCanSetting();
 

@@ -374,7 +374,7 @@ protected:
 /// ERR_OPEN_FAILED.
 ///
 /// @return The shared object, never null.
-/// @throws std::bad_alloc  Memory is out.
+/// @throws std::bad_alloc  Out of memory.
 /// @threadsafe From one thread: the object and the count of its users are not locked.
 HX_EXPORT Halvix::Config* GetConfig();
 

@@ -51,7 +51,7 @@ public:
     /// @brief Reads a temperature sensor of the processor module through the board library.
     ///
     /// Does not use the supervisor: it works without "/dev/diag-id". The board library is loaded and the board opened
-    /// anew at each call.
+    /// again at each call.
     ///
     /// @param[in] index  Number of the sensor, from 0.
     /// @param[out] temperature  Degrees Celsius, the fraction cut off: 45.999 gives 45 and -1.5 gives -1. A valid
@@ -159,7 +159,7 @@ protected:
 /// Each call needs a `Release()` of its own. The device is opened by the first operation that needs it.
 ///
 /// @return The shared object, never null.
-/// @throws std::bad_alloc  Memory is out.
+/// @throws std::bad_alloc  Out of memory.
 /// @threadsafe From one thread: the object and the count of its users are not locked.
 HX_EXPORT Halvix::Diagnostic* GetDiagnostic();
 

@@ -42,7 +42,7 @@ protected:
 ///
 /// A device that cannot be opened does not matter here: the operations answer ERR_OPEN_FAILED.
 ///
-/// @return A new object, or null when memory is out. Give it back with `Release()`.
+/// @return A new object, or null when out of memory. Give it back with `Release()`.
 /// @threadsafe Always.
 HX_EXPORT Halvix::DigIO* GetDigIO();
 

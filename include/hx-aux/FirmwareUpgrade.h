@@ -238,7 +238,7 @@ protected:
 } // namespace Halvix
 
 /// @brief Makes an object that starts upgrades.
-/// @return The object; never null. Throws std::bad_alloc when memory is out.
+/// @return The object; never null. Throws std::bad_alloc when out of memory.
 /// @threadsafe Always.
 HX_EXPORT Halvix::FirmwareUpgrade* GetFirmwareUpgrade();
 

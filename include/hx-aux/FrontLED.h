@@ -8,7 +8,7 @@
 
 namespace Halvix {
 
-/// @brief The standard colours: rows of @ref stdColor, shown here as they are at first.
+/// @brief The standard colors: rows of @ref stdColor, shown here as they are at first.
 enum HXAuxColor HX_32BIT {
     ColorRed = 0,     ///< 15, 0, 0
     ColorGreen = 1,   ///< 0, 15, 0
@@ -16,11 +16,11 @@ enum HXAuxColor HX_32BIT {
     ColorCyan = 3,    ///< 0, 15, 15
     ColorMagenta = 4, ///< 12, 0, 4
     ColorOrange = 5,  ///< 15, 5, 0
-    ColorOther = 6,   ///< What @ref FrontLED::getColor(HXAuxColor*) answers for a colour that is not in the table.
+    ColorOther = 6,   ///< What @ref FrontLED::getColor(HXAuxColor*) answers for a color that is not in the table.
     HX_32BIT_RANGE(HXAuxColor)
 };
 
-/// @brief Colour and blink pattern of the status LED on the front panel.
+/// @brief Color and blink pattern of the status LED on the front panel.
 ///
 /// The pattern: so many pulses, each the on time and the off time long, then the idle time, over and over. The LED
 /// keeps what was last written; the library stores nothing. All callers in a process share one object, which opens
@@ -80,26 +80,26 @@ public:
     /// @threadsafe Always.
     virtual eErr getNrOfPulses(unsigned char* pulses) = 0;
 
-    /// @brief Reads the colour.
+    /// @brief Reads the color.
     ///
     /// @param[out] red  0 to 15. A valid pointer, it is not checked. Untouched on failure.
     /// @param[out] green  0 to 15. A valid pointer, it is not checked. Untouched on failure.
     /// @param[out] blue  0 to 15. A valid pointer, it is not checked. Untouched on failure.
-    /// @retval ERR_SUCCESS        The outputs hold the colour.
+    /// @retval ERR_SUCCESS        The outputs hold the color.
     /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not three bytes long.
     /// @threadsafe Always.
     virtual eErr getColor(unsigned char* red, unsigned char* green, unsigned char* blue) = 0;
 
-    /// @brief Reads the colour as one of the standard colours.
+    /// @brief Reads the color as one of the standard colors.
     ///
     /// The table @ref stdColor is looked through from its first row, as it is at this moment; the first row that fits
     /// counts.
     ///
-    /// @param[out] color  One of the six, or ColorOther for a colour that is not in the table. A valid pointer, it is
+    /// @param[out] color  One of the six, or ColorOther for a color that is not in the table. A valid pointer, it is
     ///                    not checked. Untouched on failure.
-    /// @retval ERR_SUCCESS        @p color holds the colour.
+    /// @retval ERR_SUCCESS        @p color holds the color.
     /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not three bytes long.
@@ -182,33 +182,33 @@ public:
     /// @threadsafe Always; but of two programs that change it at the same time one may undo the other's change.
     virtual eErr setNrOfPulses(unsigned char pulses) = 0;
 
-    /// @brief Sets the colour.
+    /// @brief Sets the color.
     ///
     /// Takes effect at once. The range is checked before the device.
     ///
     /// @param[in] red  0 to 15.
     /// @param[in] green  0 to 15.
     /// @param[in] blue  0 to 15.
-    /// @retval ERR_SUCCESS            The front panel has the colour.
+    /// @retval ERR_SUCCESS            The front panel has the color.
     /// @retval ERR_INVALID_PARAMETER  A component is above 15; nothing was sent.
     /// @retval ERR_OPEN_FAILED        "/dev/frontled" could not be opened when the object was made.
     /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
     /// @threadsafe Always.
     virtual eErr setColor(unsigned char red, unsigned char green, unsigned char blue) = 0;
 
-    /// @brief Sets one of the standard colours.
+    /// @brief Sets one of the standard colors.
     ///
-    /// Takes effect at once. The colour's row of @ref stdColor counts as it is at this moment.
+    /// Takes effect at once. The color's row of @ref stdColor counts as it is at this moment.
     ///
     /// @param[in] color  0 to 5.
-    /// @retval ERR_SUCCESS            The front panel has the colour.
+    /// @retval ERR_SUCCESS            The front panel has the color.
     /// @retval ERR_INVALID_PARAMETER  @p color is not 0 to 5, or a component of its row is above 15; nothing was sent.
     /// @retval ERR_OPEN_FAILED        "/dev/frontled" could not be opened when the object was made.
     /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
     /// @threadsafe Always.
     virtual eErr setColor(HXAuxColor color) = 0;
 
-    /// @brief Switches the LED off by setting its on time to 0; the rest of the pattern and the colour stay.
+    /// @brief Switches the LED off by setting its on time to 0; the rest of the pattern and the color stay.
     ///
     /// Takes effect at once.
     ///
@@ -244,10 +244,10 @@ protected:
 
 } // namespace Halvix
 
-/// @brief The standard colours, six rows of red, green and blue, each 0 to 15, in the order of @ref Halvix::HXAuxColor.
+/// @brief The standard colors, six rows of red, green and blue, each 0 to 15, in the order of @ref Halvix::HXAuxColor.
 ///
 /// A program may change it; the LED's operations read it at each call.
-/// @threadsafe Not locked: change it while no other thread uses the LED's colours.
+/// @threadsafe Not locked: change it while no other thread uses the LED's colors.
 HX_EXPORT unsigned char stdColor[18];
 
 /// @brief Gives the process's shared LED object, and makes it at the first call.
@@ -256,7 +256,7 @@ HX_EXPORT unsigned char stdColor[18];
 /// ERR_OPEN_FAILED.
 ///
 /// @return The shared object, never null.
-/// @throws std::bad_alloc  Memory is out.
+/// @throws std::bad_alloc  Out of memory.
 /// @threadsafe From one thread: the object and the count of its users are not locked.
 HX_EXPORT Halvix::FrontLED* GetFrontLED();
 

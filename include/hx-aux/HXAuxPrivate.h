@@ -26,7 +26,7 @@ public:
     /// @retval ERR_SUCCESS         @p value holds the value.
     /// @retval ERR_JIDA_EEPROM     The property is missing or empty, or the store could not be read.
     /// @retval ERR_BUFFER_SIZE     The value is longer than @p size.
-    /// @retval ERR_MEM_ALLOC_FAIL  Memory is out.
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory.
     /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr getEepromProperty(unsigned char store, char* key, char* value, int size) = 0;
 
@@ -37,7 +37,7 @@ public:
     /// @param[in] value  New value. A blank or a line end in it breaks the store's structure; it is not checked.
     /// @retval ERR_SUCCESS         The store was written.
     /// @retval ERR_JIDA_EEPROM     The property is missing, or the store could not be read or written.
-    /// @retval ERR_MEM_ALLOC_FAIL  Memory is out; nothing was written.
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory; nothing was written.
     /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr setEepromProperty(unsigned char store, char* key, char* value) = 0;
 
@@ -74,7 +74,7 @@ public:
     /// @retval ERR_SUCCESS         The thread runs.
     /// @retval ERR_INIT_FAILED     This object was initialised before.
     /// @retval ERR_CREATE_THREAD   The thread could not be started; the call may be repeated.
-    /// @retval ERR_MEM_ALLOC_FAIL  Memory is out; the call may be repeated.
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory; the call may be repeated.
     /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr automaticBacklightInit() = 0;
 
@@ -88,7 +88,7 @@ public:
     /// file;
     ///                   it is not checked.
     /// @retval ERR_SUCCESS         Always, also when the file cannot be written.
-    /// @retval ERR_MEM_ALLOC_FAIL  Memory is out.
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory.
     /// @threadsafe Always.
     virtual eErr setFileSetting(char const* key, char const* value) = 0;
 
@@ -100,7 +100,7 @@ public:
     /// @retval ERR_SUCCESS         @p value holds the setting.
     /// @retval ERR_COMMAND_FAILED  The setting is missing or empty.
     /// @retval ERR_BUFFER_SIZE     The value does not fit @p size bytes.
-    /// @retval ERR_MEM_ALLOC_FAIL  Memory is out.
+    /// @retval ERR_MEM_ALLOC_FAIL  Out of memory.
     /// @threadsafe Always.
     virtual eErr getFileSetting(char const* key, char* value, int size) = 0;
 
@@ -126,7 +126,7 @@ protected:
 
 /// @brief Makes a service object; reads both stores of production data, which takes a moment.
 /// @return Never null. Operations whose device or store is missing answer so.
-/// @throws std::bad_alloc  Memory is out.
+/// @throws std::bad_alloc  Out of memory.
 /// @threadsafe Always.
 HX_EXPORT Halvix::HXAuxPrivate* GetHXAuxPrivate();
 

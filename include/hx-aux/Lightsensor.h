@@ -124,7 +124,7 @@ protected:
 
 /// @brief Makes a light sensor object.
 /// @return Never null. When "/dev/lightsensor" cannot be opened, the operations that need it answer ERR_OPEN_FAILED.
-/// @throws std::bad_alloc  Memory is out.
+/// @throws std::bad_alloc  Out of memory.
 /// @threadsafe Always.
 HX_EXPORT Halvix::Lightsensor* GetLightsensor();
 

@@ -160,7 +160,7 @@ protected:
 
 /// @brief Makes an object that switches the power of the loads. The device is opened by the first operation.
 /// @return A new object, never null. Give it back with `Release()`.
-/// @throws std::bad_alloc  Memory is out.
+/// @throws std::bad_alloc  Out of memory.
 /// @threadsafe Always.
 HX_EXPORT Halvix::Power* GetPower();
 

@@ -50,7 +50,7 @@ public:
     /// @param[out] status  Enabled if the wish is stored; disabled if not, also when there is no settings file.
     /// @retval ERR_SUCCESS                        @p status holds the wish.
     /// @retval ERR_TELEMATICS_GPRS_NOT_AVAILABLE  No GSM/GPRS module is fitted.
-    /// @retval ERR_MEM_ALLOC_FAIL                 Memory is out.
+    /// @retval ERR_MEM_ALLOC_FAIL                 Out of memory.
     /// @note On failure @p status is unchanged.
     /// @threadsafe Always. Waits while any process uses the settings file.
     virtual eErr getGPRSStartUpPowerStatus(HXStatus* status) = 0;
@@ -74,7 +74,7 @@ public:
     /// @param[out] status  Enabled if the wish is stored; disabled if not, also when there is no settings file.
     /// @retval ERR_SUCCESS                        @p status holds the wish.
     /// @retval ERR_TELEMATICS_WLAN_NOT_AVAILABLE  No WLAN module is fitted.
-    /// @retval ERR_MEM_ALLOC_FAIL                 Memory is out.
+    /// @retval ERR_MEM_ALLOC_FAIL                 Out of memory.
     /// @note On failure @p status is unchanged.
     /// @threadsafe Always. Waits while any process uses the settings file.
     virtual eErr getWLANStartUpPowerStatus(HXStatus* status) = 0;
@@ -113,7 +113,7 @@ public:
     /// @param[in] status  HXStatusEnabled stores "on", every other value "off".
     /// @retval ERR_SUCCESS                        The wish was handed to the settings file.
     /// @retval ERR_TELEMATICS_GPRS_NOT_AVAILABLE  No GSM/GPRS module is fitted; nothing was stored.
-    /// @retval ERR_MEM_ALLOC_FAIL                 Memory is out.
+    /// @retval ERR_MEM_ALLOC_FAIL                 Out of memory.
     /// @threadsafe Always. Waits while any process uses the settings file.
     virtual eErr setGPRSStartUpPowerStatus(HXStatus status) = 0;
 
@@ -137,7 +137,7 @@ public:
     /// @param[in] status  HXStatusEnabled stores "on", every other value "off".
     /// @retval ERR_SUCCESS                        The wish was handed to the settings file.
     /// @retval ERR_TELEMATICS_WLAN_NOT_AVAILABLE  No WLAN module is fitted; nothing was stored.
-    /// @retval ERR_MEM_ALLOC_FAIL                 Memory is out.
+    /// @retval ERR_MEM_ALLOC_FAIL                 Out of memory.
     /// @threadsafe Always. Waits while any process uses the settings file.
     virtual eErr setWLANStartUpPowerStatus(HXStatus status) = 0;
 
@@ -153,7 +153,7 @@ protected:
 } // namespace Halvix
 
 /// @brief Makes an object that switches the telematics modules.
-/// @return A new object. Throws `std::bad_alloc` when memory is out. Give it back with `Release()`.
+/// @return A new object. Throws `std::bad_alloc` when out of memory. Give it back with `Release()`.
 /// @threadsafe Always.
 HX_EXPORT Halvix::Telematics* GetTelematics();
 

@@ -121,21 +121,21 @@ public:
     /// @threadsafe Between inputs.
     virtual eErr getActiveChannel(VideoChannel* channel) = 0;
 
-    /// @brief Sets the colour through which the video is seen.
+    /// @brief Sets the color through which the video is seen.
     /// @param[in] first   First component, 0 to 255.
     /// @param[in] second  Second component.
     /// @param[in] third   Third component.
-    /// @retval ERR_SUCCESS        The driver has the colour.
+    /// @retval ERR_SUCCESS        The driver has the color.
     /// @retval ERR_OPEN_FAILED    The device is not open.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @threadsafe Between inputs.
     virtual eErr setColorKeys(unsigned char first, unsigned char second, unsigned char third) = 0;
 
-    /// @brief Reads the colour through which the video is seen.
+    /// @brief Reads the color through which the video is seen.
     /// @param[out] first   First component.
     /// @param[out] second  Second component.
     /// @param[out] third   Third component.
-    /// @retval ERR_SUCCESS            The outputs hold the colour.
+    /// @retval ERR_SUCCESS            The outputs hold the color.
     /// @retval ERR_INVALID_PARAMETER  A pointer is null.
     /// @retval ERR_OPEN_FAILED        The device is not open.
     /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
@@ -340,7 +340,7 @@ protected:
 } // namespace Halvix
 
 /// @brief Makes an object for a video input; @ref Halvix::Video::init binds it to one.
-/// @return A new object, or null when memory is out. Give it back with `Release()`.
+/// @return A new object, or null when out of memory. Give it back with `Release()`.
 /// @threadsafe Always.
 HX_EXPORT Halvix::Video* GetVideo();
 

@@ -44,7 +44,7 @@ enum eErr HX_32BIT {
     ERR_TELEMATICS_WLAN_NOT_AVAILABLE = 29, ///< No WLAN module is fitted.
     ERR_TELEMATICS_BT_NOT_AVAILABLE = 30,   ///< Reserved; no operation answers it.
     ERR_TELEMATICS_GPS_NOT_AVAILABLE = 31,  ///< No GPS module is fitted.
-    ERR_MEM_ALLOC_FAIL = 32,                ///< Memory is out inside an operation.
+    ERR_MEM_ALLOC_FAIL = 32,                ///< Out of memory inside an operation.
     HX_32BIT_RANGE(eErr)
 };
 

@@ -12,7 +12,7 @@
 
 namespace hxsim {
 
-/// The calls of programs as they arrive at the unit, by whichever door: each one is checked against the faults that
+/// The calls of programs as they arrive at the unit, by whichever backend: each one is checked against the faults that
 /// were asked for, carried out, and recorded. Results are those of the system call, with -errno for failures.
 ///
 /// This class answers from the model. Others answer from the devices of the machine or from a recording: they override

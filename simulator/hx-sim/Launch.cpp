@@ -43,14 +43,15 @@ void describe(Host& host, const UnitOptions& options)
         host.describe(line);
 }
 
-/// The folder that holds lib/<ABI>/libhxsim-door.so: beside this program in a build, under lib/ when installed.
-std::string doorFolder()
+/// The folder that holds lib/<ABI>/libhxsim-preload.so: beside this program in a build, under lib/ when installed.
+std::string preloadFolder()
 {
     const fs::path own = fs::read_symlink("/proc/self/exe").parent_path();
-    for (const fs::path& folder : {own / "door", own.parent_path() / "door", own.parent_path() / "lib/hx-sim/door"})
+    for (const fs::path& folder :
+         {own / "preload", own.parent_path() / "preload", own.parent_path() / "lib/hx-sim/preload"})
         if (fs::exists(folder / "lib"))
             return folder;
-    throw BadText{"the door of the simulated unit is not installed beside " + own.string()};
+    throw BadText{"the backend of the simulated unit is not installed beside " + own.string()};
 }
 
 void append(const char* variable, const std::string& value)
@@ -65,11 +66,11 @@ void append(const char* variable, const std::string& value)
 [[noreturn]] void become(const std::string& folder, double scale, const std::vector<std::string>& command)
 {
     const std::string program = findProgram(command[0]);
-    const std::string preload = doorFolder();
+    const std::string preload = preloadFolder();
     if (const std::string why = whyNotSimulated(program, preload); !why.empty())
         show(stderr, "hx-sim run: " + command[0] + ' ' + why + ": it will not see the unit\n");
-    append("LD_PRELOAD", preload + "/$LIB/libhxsim-door.so");
-    append("ASAN_OPTIONS", "verify_asan_link_order=0"); // the door replaces no memory functions
+    append("LD_PRELOAD", preload + "/$LIB/libhxsim-preload.so");
+    append("ASAN_OPTIONS", "verify_asan_link_order=0"); // the backend replaces no memory functions
     setenv(wire::kFolderVariable, folder.c_str(), 1);
     setenv(wire::kScaleVariable, std::to_string(scale).c_str(), 1);
     std::vector<char*> arguments;

@@ -22,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kLibraryName[] = "libhxsim-door.so";
+constexpr char kLibraryName[] = "libhxsim-preload.so";
 constexpr int kDeepest = 4; ///< scripts that are interpreters of scripts
 constexpr std::size_t kMostHeaders = 256;
 

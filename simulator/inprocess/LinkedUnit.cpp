@@ -17,7 +17,7 @@ namespace hxsim {
 
 namespace {
 
-/// What the door knows of a thread.
+/// What the backend knows of a thread.
 struct ThreadMark {
     LinkedUnit* world = nullptr;
     int number = 0;

@@ -21,10 +21,10 @@ class LinkedFile;
 class LinkedUnit;
 using LinkedUnitPointer = std::unique_ptr<LinkedUnit, void (*)(LinkedUnit*)>;
 
-/// The linked door: a unit inside the program that uses it, in virtual time. While the object lives, every call of the
-/// program's threads goes to it; one object at a time.
+/// The in-process backend: a unit inside the program that uses it, in virtual time. While the object lives, every call
+/// of the program's threads goes to it; one object at a time.
 ///
-/// Threads that the program leaves behind when the object goes are stopped for ever at their next call: they belong to
+/// Threads that the program leaves behind when the object goes are stopped forever at their next call: they belong to
 /// a world that is over.
 class LinkedUnit : public Link {
 public:

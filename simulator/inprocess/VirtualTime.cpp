@@ -11,7 +11,7 @@ namespace hxsim {
 
 namespace {
 
-/// Hardware that keeps setting timers while every thread waits for an event would turn for ever.
+/// Hardware that keeps setting timers while every thread waits for an event would turn forever.
 constexpr Time kLongestTimerRun = std::chrono::hours{24};
 constexpr auto kPatience = std::chrono::seconds{20};
 

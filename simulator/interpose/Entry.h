@@ -9,7 +9,7 @@
 namespace hxsim {
 
 /// A call that succeeds leaves errno alone, whatever we had to do for it. While one lives this thread works for the
-/// door and not for the program: tests that let memory run out ask it.
+/// backend and not for the program: tests that let memory run out ask it.
 class KeepErrno {
 public:
     KeepErrno() : kept_{errno} { ++depth; }

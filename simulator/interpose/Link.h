@@ -44,7 +44,7 @@ public:
 };
 
 /// How the calls of this process reach a unit. The entry points of the C library work on it alone, so that the linked
-/// and the preloaded door differ only here.
+/// and the preload backend differ only here.
 class Link {
 public:
     /// The unit that this process works on now; null: none, and every call goes to the machine.
@@ -53,7 +53,7 @@ public:
 
     virtual ~Link() = default;
 
-    /// Is called in each thread before it learns which unit is current. Each door has its own.
+    /// Is called in each thread before it learns which unit is current. Each backend has its own.
     static void beforeCurrent();
 
     /// While one lives, the C library calls of this thread are our own and go to the machine.
@@ -111,7 +111,7 @@ public:
 
     /// The name under which a unit's semaphore is known to this machine.
     [[nodiscard]] virtual std::string semaphoreName(const std::string& name) = 0;
-    /// Waits for a real semaphore; 0 or -errno. Without a time-out waits for ever.
+    /// Waits for a real semaphore; 0 or -errno. Without a time-out waits forever.
     virtual int wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds) = 0;
     virtual int post(sem_t* semaphore) = 0;
 

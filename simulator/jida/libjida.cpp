@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The stand-in for the board maker's library on a simulated unit. It holds nothing: every call goes to the unit that
-// the program works on, by whichever door. Outside a unit every call fails as the library does without a board.
+// the program works on, by whichever backend. Outside a unit every call fails as the library does without a board.
 
 #include "simulator/jida/Protocol.h"
 

@@ -11,7 +11,7 @@
 
 namespace hxsim {
 
-/// Who made a call. Threads are numbered by the door in the order in which it meets them, from 1.
+/// Who made a call. Threads are numbered by the backend in the order in which it meets them, from 1.
 struct Caller {
     int process = 0;
     int thread = 0;

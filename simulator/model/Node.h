@@ -53,7 +53,7 @@ struct Request {
     void put32(std::size_t offset, std::uint32_t value) const;
 };
 
-/// Result of a call on a node: 0 or a count, or -errno; or "not yet": the door then asks again when the model has
+/// Result of a call on a node: 0 or a count, or -errno; or "not yet": the backend then asks again when the model has
 /// changed, at the latest at `wakeAt`.
 struct Outcome {
     std::int64_t result = 0;
@@ -103,7 +103,7 @@ public:
     Node& attribute(std::function<std::string()> get, std::function<int(const std::string&)> set = {});
     /// Whether a read would not wait; without it a file is always readable.
     Node& onPoll(std::function<bool(OpenFile&, Time now)> readable);
-    /// A serial port: the door keeps its terminal settings and tells them here.
+    /// A serial port: the backend keeps its terminal settings and tells them here.
     Node& serialLine(std::function<void(const LineSettings&)> changed,
                      std::function<void(bool input, bool output)> flush, std::function<Outcome()> drained);
     /// Calls on this node stay out of the journal: its hardware writes its own lines.

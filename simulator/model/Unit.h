@@ -24,7 +24,7 @@ class Hardware;
 
 /// A whole unit: every piece of hardware, its time, and the record of what it was asked. A new one is healthy; a
 /// description states what differs. Plain data and arithmetic: no system calls, no threads, no locks. Whoever hosts it
-/// (a door) makes sure that one thread at a time is inside.
+/// (a backend) makes sure that one thread at a time is inside.
 class Unit {
 public:
     Unit();

@@ -163,7 +163,7 @@ void VideoInput::describeProperties(Unit& unit, const std::string& name)
     properties.readOnly(
         name + ".cropping", [this] { return list(cropping); }, "cropping bytes");
     properties.readOnly(
-        name + ".color-key", [this] { return list(colorKey); }, "components of the colour key");
+        name + ".color-key", [this] { return list(colorKey); }, "components of the color key");
     properties.add(
         name + ".standard", [this] { return standard(); }, [this](const std::string& text) { setStandard(text); },
         "standard that the decoder detects: ntsc-m, pal, pal-m, pal-n, ntsc-4.43, secam, or 0 to 7");

@@ -12,7 +12,7 @@
 
 namespace hxsim {
 
-/// The preloaded door: this process works on a unit that another process hosts. The unit's folder comes in the
+/// The preload backend: this process works on a unit that another process hosts. The unit's folder comes in the
 /// environment. Time is the machine's, or runs by a factor.
 class PreloadedLink : public Link {
 public:

@@ -184,7 +184,7 @@ void MachineCalls::setLine(OpenFile& file, const LineSettings& settings)
     if (tcgetattr(open.descriptor, &terminal) != 0)
         return;
     setLineOf(terminal, settings);
-    (void)tcsetattr(open.descriptor, TCSANOW, &terminal); // the program reads its own settings back from the door
+    (void)tcsetattr(open.descriptor, TCSANOW, &terminal); // the program reads its own settings back from the backend
 }
 
 void MachineCalls::flush(OpenFile& file, bool input, bool output)

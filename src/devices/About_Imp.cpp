@@ -211,7 +211,7 @@ eErr About_Imp::Release()
 
 Halvix::About* GetAbout()
 {
-    // Null when memory is out, whichever of its parts it is out for.
+    // Null when out of memory, whichever of its parts it is out for.
     try {
         return new (std::nothrow) Halvix::About_Imp;
     } catch (const std::bad_alloc&) {

@@ -8,7 +8,7 @@ namespace Halvix {
 /// Which of the two EEPROMs on the board's I2C bus 0. Any value but 1 means the add-on board's.
 enum EepromType HX_32BIT { EepromTypeMain = 1, EepromTypeAddOn = 2 };
 
-/// The one door to the operating system. Holds no state: any thread may call any member at any time.
+/// The only access to the operating system. Holds no state: any thread may call any member at any time.
 ///
 /// The members come in groups, each in a source file of its own (`DeviceAccess.cpp`, `IoCtrl.cpp`, `Semaphores.cpp`,
 /// `Threads.cpp`, `Daemon.cpp`, `Files.cpp`, `Jida.cpp`), so that a test program may bring its own version of one

@@ -23,7 +23,7 @@ public:
         int outLength;
     };
 
-    /// The next `IoCtrl` answers these bytes and this count; the last script is repeated for ever.
+    /// The next `IoCtrl` answers these bytes and this count; the last script is repeated forever.
     void answers(std::vector<std::uint8_t> bytes, int count);
     /// The next `IoCtrl` is refused, after the driver has put these bytes into the block.
     void refuses(std::vector<std::uint8_t> bytes = {});

@@ -49,7 +49,7 @@ TEST(VideoSlots, ShowDeinterlaceAndMirrorInTheirOrder)
     EXPECT_EQ(slot<void*>(14, {kControl}, &answer), 0);
 }
 
-TEST(VideoSlots, ChooseChannelColourKeysAndAreaInTheirOrder)
+TEST(VideoSlots, ChooseChannelColorKeysAndAreaInTheirOrder)
 {
     Answer a;
     Answer b;

@@ -3,7 +3,7 @@
 
 namespace faults {
 
-/// Is asked for every allocation of the program, except for the door's and the test's own: true lets it fail.
+/// Is asked for every allocation of the program, except for the backend's and the test's own: true lets it fail.
 bool onAllocation();
 
 } // namespace faults

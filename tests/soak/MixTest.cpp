@@ -44,7 +44,7 @@ std::vector<Try> triesOf(const std::string& operation)
     return faults::triesOf(operation);
 }
 
-/// The object of one interface that a thread works with, made anew now and then.
+/// The object of one interface that a thread works with, made again now and then.
 template <class Interface>
 class Worn {
 public:

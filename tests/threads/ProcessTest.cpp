@@ -143,7 +143,7 @@ TEST(TwoThreads, ReadTheModulesTemperatureEveryTime)
     EXPECT_EQ(wrong, 0);
 }
 
-/// 0 when a fresh child can make objects and store a setting; it is killed when it waits for ever.
+/// 0 when a fresh child can make objects and store a setting; it is killed when it waits forever.
 int statusOfAChildThatUsesTheLibrary(HXAuxPrivate& service)
 {
     const pid_t child = fork();

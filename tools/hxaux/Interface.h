@@ -14,7 +14,7 @@ public:
     explicit Interface(Kind* object) : object_(object)
     {
         if (object_ == nullptr)
-            throw std::bad_alloc(); // the factories that answer null do so when memory is out
+            throw std::bad_alloc(); // the factories that answer null do so when out of memory
     }
     ~Interface() { object_->Release(); }
     Interface(const Interface&) = delete;

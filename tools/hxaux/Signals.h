@@ -16,7 +16,7 @@ namespace hxaux {
 // reader of the output that goes away (PIPE) ends the program no earlier either. What the caller told the tool to
 // ignore stays ignored.
 //
-// A thread that only waits for a lock holds none yet, and may wait for ever when the lock is stale: a signal ends the
+// A thread that only waits for a lock holds none yet, and may wait forever when the lock is stale: a signal ends the
 // program then, once it has waited half a second more.
 //
 // Several may live at once, in the main thread; they need not end in the opposite order. The last one lets go.

@@ -55,13 +55,13 @@ TEST(CopiedData, OfTheColoursIsWhatTheLibraryUses)
     stdColor[2] = 3;
     Script script{{local(0x40030045, "010203"_hex), local(0x80030044, "000000"_hex, "010203"_hex)}};
     void* led = GetFrontLED();
-    int colour = 99;
+    int color = 99;
 
     EXPECT_EQ(call<int>(led, 14, 0), 0);
-    EXPECT_EQ(call<int*>(led, 6, &colour), 0);
+    EXPECT_EQ(call<int*>(led, 6, &color), 0);
 
     EXPECT_EQ(script.complaint(), "");
-    EXPECT_EQ(colour, 0);
+    EXPECT_EQ(color, 0);
     call(led, 17);
 }
 

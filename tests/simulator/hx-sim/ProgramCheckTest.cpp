@@ -61,7 +61,7 @@ TEST_F(ProgramCheck, NamesAScriptWithAnInterpreterThatDoesNotSeeTheUnit)
 TEST_F(ProgramCheck, NamesAProgramOfAnAbiWithoutItsPreloadLibrary)
 {
     const std::string bare = file("bare");
-    fs::create_directories(bare + "/door/lib");
+    fs::create_directories(bare + "/preload/lib");
 
     EXPECT_THAT(run("cp $(command -v hx-sim) " + bare + " && " + bare + "/hx-sim run -- true 2>&1"),
                 hxtest::outputMatches("true is a (32|64)-bit program, and the (32|64)-bit preload library is not "

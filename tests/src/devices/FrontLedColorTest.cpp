@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The six standard colours and the table behind them, which programs may change.
+// The six standard colors and the table behind them, which programs may change.
 #include "hx-aux/FrontLED.h"
 
 #include <gmock/gmock.h>

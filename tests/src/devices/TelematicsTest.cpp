@@ -13,7 +13,7 @@ namespace {
 
 constexpr HXStatus kUntouched = static_cast<HXStatus>(-77);
 
-/// The library asks once per process which modules are fitted; a test that needs another answer asks for it anew.
+/// The library asks once per process which modules are fitted; a test that needs another answer asks for it again.
 class Forgetting : public Telematics_Imp {
 public:
     static void modules()
@@ -416,7 +416,7 @@ TEST(Telematics, GivesTheSettingsFileBack)
 {
     FreshUnit unit;
     EXPECT_EQ(gprsWish(unit), HXStatusDisabled);
-    EXPECT_EQ(gprsWish(unit), HXStatusDisabled) << "would wait for ever";
+    EXPECT_EQ(gprsWish(unit), HXStatusDisabled) << "would wait forever";
     Released telematics{GetTelematics()};
     EXPECT_EQ(telematics->setGPRSStartUpPowerStatus(HXStatusEnabled), ERR_SUCCESS);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Opening, control byte, channel, area, colour key, decoder, cropping and the snapshots that do not exist.
+// Opening, control byte, channel, area, color key, decoder, cropping and the snapshots that do not exist.
 #include "devices/Video_Imp.h"
 #include "simulator/model/VideoInputs.h"
 #include "testing/Released.h"
@@ -597,9 +597,9 @@ TEST(Video, AnswersARefusedChannelReadWith6AndNever7)
     EXPECT_EQ(channel, -7);
 }
 
-// Colour key, area, raw image.
+// Color key, area, raw image.
 
-TEST(Video, SendsAndReadsTheColourKeyInOrder)
+TEST(Video, SendsAndReadsTheColorKeyInOrder)
 {
     SimulatedUnit unit;
     const OpenVideo video{unit};

@@ -28,7 +28,7 @@ int setUp(const Port& port, unsigned baud = SERIAL_BAUD_115200, unsigned bits = 
     return serial_setup(port.get(), baud, bits, parity, stop);
 }
 
-/// The set-up of the port after opening it anew.
+/// The set-up of the port after opening it again.
 std::string settingsAfter(SimulatedUnit& unit, unsigned baud, unsigned bits, unsigned parity, unsigned stop)
 {
     const Port port{serial_open(kPort)};

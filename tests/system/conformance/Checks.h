@@ -12,8 +12,8 @@
 #include <vector>
 
 /// The same questions to the library whatever it runs on: a linked unit, a preloaded unit, or real devices. They use
-/// the public headers only. Each states what a healthy unit answers, so a failure common to all doors shows up as well
-/// as a difference between them.
+/// the public headers only. Each states what a healthy unit answers, so a failure common to all backends shows up as
+/// well as a difference between them.
 namespace conformance {
 
 struct Check {

@@ -244,7 +244,7 @@ TEST(Pictures, ShowWhatTheCommandsPrint)
     for (const auto& entry : fs::directory_iterator(kDocs / "pictures")) {
         if (entry.path().extension() != ".session")
             continue;
-        SCOPED_TRACE("scripts/terminal-picture " + entry.path().string() + " draws it anew");
+        SCOPED_TRACE("scripts/terminal-picture " + entry.path().string() + " draws it again");
         const Place place(Statuses::Hidden);
         const Page page = readPicture(fs::path{entry.path()}.replace_extension(".svg"));
         EXPECT_FALSE(page.commands.empty());

@@ -94,7 +94,7 @@ std::vector<std::pair<std::string, std::string>> operationsIn(const fs::path& he
 TEST(Reference, IsWhatTheVerbTableSays)
 {
     EXPECT_TRUE(page("hxaux-reference.md") == hxaux::markdownReference())
-        << "make it anew: build/x86_64/hxaux --reference >docs/hxaux-reference.md";
+        << "make it again: build/x86_64/hxaux --reference >docs/hxaux-reference.md";
 }
 
 TEST(CommandLinePage, TellsEveryExitStatus)
@@ -126,7 +126,7 @@ TEST(SimulatorPage, TellsEachCommandAndEachStatus)
 TEST(UnitPropertiesPage, IsWhatTheSimulatedUnitSays)
 {
     EXPECT_TRUE(page("unit-properties.md") == run("hx-sim run --scale 0.001 -- hx-sim properties --markdown").output)
-        << "make it anew: hx-sim run --scale 0.001 -- hx-sim properties --markdown >docs/unit-properties.md";
+        << "make it again: hx-sim run --scale 0.001 -- hx-sim properties --markdown >docs/unit-properties.md";
 }
 
 TEST(Pages, AreAllListed)

@@ -4,7 +4,7 @@
 using namespace hxtest;
 using testing::AllOf;
 
-TEST(LedVerb, ShowsColourAndPattern)
+TEST(LedVerb, ShowsColorAndPattern)
 {
     EXPECT_THAT(onUnit("led", "--set \"led.timing=25 75 100 3\""), AllOf(statusIs(0), errorIs(""),
                                                                          outputIs("color: green\n"
@@ -62,7 +62,7 @@ TEST(LedVerb, RefusesValuesOutOfRange)
     EXPECT_THAT(onUnit("led idle-time 2560"), statusIs(2));
 }
 
-TEST(LedVerb, NeedsAllPartsOfAColourAndOfASignal)
+TEST(LedVerb, NeedsAllPartsOfAColorAndOfASignal)
 {
     EXPECT_THAT(onUnit("led rgb 1 2"), AllOf(statusIs(2), errorMatches("all three values")));
     EXPECT_THAT(onUnit("led signal 1"), AllOf(statusIs(2), errorMatches("both values")));

@@ -39,7 +39,7 @@ TEST(VideoVerb, ReadsFieldsAndMirroringAfterOpening)
                 AllOf(outputIs("fields: both\nmirrored: off\n"), errorIs(""), statusIs(0)));
 }
 
-TEST(VideoVerb, SetsAndReadsChannelAreaCroppingAndColourKey)
+TEST(VideoVerb, SetsAndReadsChannelAreaCroppingAndColorKey)
 {
     EXPECT_THAT(onUnit("hxaux video channel 1 3; hxaux video channel 1; hxaux video area 1 1 2 3 4; "
                        "hxaux video area 1; hxaux video crop 1 5 1 7 1; hxaux video crop 1; "

@@ -157,7 +157,7 @@ void switchOff(Call& call)
 
 Argument component(std::string_view name)
 {
-    return integer(name, 0, 15, "", "0 to 15; the colour is shown when all are left out").optional();
+    return integer(name, 0, 15, "", "0 to 15; the color is shown when all are left out").optional();
 }
 
 Argument milliseconds()
@@ -169,21 +169,21 @@ Argument milliseconds()
 
 const Object objects::Led{
     "led",
-    "colour and blink pattern of the status LED",
+    "color and blink pattern of the status LED",
     {
         {.name = "",
-         .help = "Shows colour and pattern.",
+         .help = "Shows color and pattern.",
          .example = "hxaux led",
          .run = showAll,
          .repeat = Repeat::Watch},
         {.name = "color",
-         .help = "Shows or sets the colour by its name.",
+         .help = "Shows or sets the color by its name.",
          .example = "hxaux led color orange",
          .run = color,
          .values = {choice("name", kColors, "shown when left out").optional()},
-         .details = "A colour that has no name is shown as 'other'; 'hxaux led rgb' tells its parts."},
+         .details = "A color that has no name is shown as 'other'; 'hxaux led rgb' tells its parts."},
         {.name = "rgb",
-         .help = "Shows or sets the colour by its parts.",
+         .help = "Shows or sets the color by its parts.",
          .example = "hxaux led rgb 12 0 4",
          .run = rgb,
          .values = {component("red"), component("green"), component("blue")}},
@@ -215,7 +215,7 @@ const Object objects::Led{
          .run = pulses,
          .values = {integer("number", 0, 255, "", "shown when left out").optional()}},
         {.name = "off",
-         .help = "Switches the LED off; colour and the rest of the pattern stay.",
+         .help = "Switches the LED off; color and the rest of the pattern stay.",
          .example = "hxaux led off",
          .run = switchOff},
         {.name = "startup",

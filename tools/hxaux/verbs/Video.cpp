@@ -103,7 +103,7 @@ void channel(Call& call)
     call.print("channel", static_cast<unsigned>(now));
 }
 
-void colourKey(Call& call)
+void colorKey(Call& call)
 {
     const OpenInput video(call);
     unsigned char first = 0;
@@ -390,8 +390,8 @@ const Object objects::Video{
         verb("crop", "Tells or sets how much is cut off the edges.", "hxaux video crop 1 8 4 8 4", crop,
              {byte("first", 255, "first value, even"), byte("second", 255, "second value, to 127"),
               byte("third", 255, "third value, even"), byte("fourth", 255, "fourth value, to 127")}),
-        verb("color-key", "Tells or sets the colour through which the video is seen.",
-             "hxaux video color-key 1 255 0 255", colourKey,
+        verb("color-key", "Tells or sets the color through which the video is seen.",
+             "hxaux video color-key 1 255 0 255", colorKey,
              {byte("first", 255, "first component"), byte("second", 255, "second component"),
               byte("third", 255, "third component")}),
         verb("decoder", "Reads or writes a register of the decoder chip.", "hxaux video decoder 1 0x8c", decoder,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "benchmarks/doors/Requests.h"
+#include "benchmarks/requests/Requests.h"
 
 #include "hx-aux/Adc.h"
 
@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <vector>
 
-void measureRequests(const char* door)
+void measureRequests(const char* backend)
 {
     constexpr int kTurns = 101;
     constexpr int kRequests = 200;
@@ -29,6 +29,6 @@ void measureRequests(const char* door)
     }
     adc->Release();
     std::sort(microseconds.begin(), microseconds.end());
-    std::printf("  %-28s %10.2f us a request %12.0f a second\n", door, microseconds[kTurns / 2],
+    std::printf("  %-28s %10.2f us a request %12.0f a second\n", backend, microseconds[kTurns / 2],
                 1e6 / microseconds[kTurns / 2]);
 }

@@ -13,21 +13,21 @@ using hxtest::run;
 using hxtest::statusIs;
 using testing::AllOf;
 
-using PreloadedDoor = UnitFixture;
+using PreloadBackend = UnitFixture;
 
-TEST_F(PreloadedDoor, BringsAnUnmodifiedProgramToAUnit)
+TEST_F(PreloadBackend, BringsAnUnmodifiedProgramToAUnit)
 {
     EXPECT_THAT(run("hx-sim run --set voltage.0.raw=1241 -- hx-probe get /dev/adc-id 0"),
                 AllOf(outputIs("1241\n"), statusIs(0)));
 }
 
-TEST_F(PreloadedDoor, HasNoDeviceThatTheDescriptionTookAway)
+TEST_F(PreloadBackend, HasNoDeviceThatTheDescriptionTookAway)
 {
     EXPECT_THAT(run("hx-sim run --set absent=/dev/adc-id -- hx-probe get /dev/adc-id 0"),
                 AllOf(outputIs("No such file or directory\n"), statusIs(1)));
 }
 
-TEST_F(PreloadedDoor, ServesProgramsOfBothAbisAtOnce)
+TEST_F(PreloadBackend, ServesProgramsOfBothAbisAtOnce)
 {
     run("hx-sim start unit --set voltage.0.raw=77");
     std::istringstream probes{HX_PROBES};
@@ -38,23 +38,23 @@ TEST_F(PreloadedDoor, ServesProgramsOfBothAbisAtOnce)
     }
 }
 
-TEST_F(PreloadedDoor, LetsParentAndChildUseOneOpenFile)
+TEST_F(PreloadBackend, LetsParentAndChildUseOneOpenFile)
 {
     EXPECT_THAT(run("hx-sim run --set voltage.0.raw=5 -- hx-probe fork-get /dev/adc-id 0"), outputIs("5\n5\n"));
 }
 
-TEST_F(PreloadedDoor, KnowsAFileThatAProgramWasStartedWith)
+TEST_F(PreloadBackend, KnowsAFileThatAProgramWasStartedWith)
 {
     EXPECT_THAT(run("hx-sim run --set voltage.0.raw=6 -- sh -c 'hx-probe get-on 3 0 3<>/dev/adc-id' 2>/dev/null"),
                 outputIs("6\n"));
 }
 
-TEST_F(PreloadedDoor, GivesAttributesToStreams)
+TEST_F(PreloadBackend, GivesAttributesToStreams)
 {
     EXPECT_THAT(run("hx-sim run --set version.os=9.8.7.6 -- hx-probe read /etc/firmware.ver"), outputIs("9.8.7.6\n"));
 }
 
-TEST_F(PreloadedDoor, SharesLocksAmongTheProgramsOfAUnit)
+TEST_F(PreloadBackend, SharesLocksAmongTheProgramsOfAUnit)
 {
     run("hx-sim start unit");
 
@@ -62,13 +62,13 @@ TEST_F(PreloadedDoor, SharesLocksAmongTheProgramsOfAUnit)
     EXPECT_THAT(run("hx-sim run --unit unit -- hx-probe try /HXAUX_PROBE"), outputIs("taken\n"));
 }
 
-TEST_F(PreloadedDoor, KeepsTheLocksOfUnitsApart)
+TEST_F(PreloadBackend, KeepsTheLocksOfUnitsApart)
 {
     EXPECT_THAT(run("hx-sim run -- hx-probe try /HXAUX_PROBE"), outputIs("free\n"));
     EXPECT_THAT(run("hx-sim run -- hx-probe try /HXAUX_PROBE"), outputIs("free\n"));
 }
 
-TEST_F(PreloadedDoor, SeesAKilledProgramLetGoOfItsFiles)
+TEST_F(PreloadBackend, SeesAKilledProgramLetGoOfItsFiles)
 {
     run("hx-sim start unit");
 
@@ -77,7 +77,7 @@ TEST_F(PreloadedDoor, SeesAKilledProgramLetGoOfItsFiles)
     EXPECT_THAT(run("hx-sim log --unit unit"), outputMatches("/dev/adc-id open rdwr\n.*/dev/adc-id close"));
 }
 
-TEST_F(PreloadedDoor, TellsAProgramOnceThatItsUnitHasEnded)
+TEST_F(PreloadBackend, TellsAProgramOnceThatItsUnitHasEnded)
 {
     run("hx-sim start unit");
 
@@ -89,7 +89,7 @@ TEST_F(PreloadedDoor, TellsAProgramOnceThatItsUnitHasEnded)
     EXPECT_EQ(outcome.error, "hx-sim: the simulated unit has ended; its devices answer EIO from now on\n");
 }
 
-TEST_F(PreloadedDoor, LetsAScaledSleepPassFaster)
+TEST_F(PreloadBackend, LetsAScaledSleepPassFaster)
 {
     run("hx-sim start unit --scale 1000");
 

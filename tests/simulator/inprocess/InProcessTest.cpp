@@ -24,7 +24,7 @@ struct RegisterBlock {
     std::uint16_t value;
 };
 
-TEST(LinkedDoor, AnswersARequestOfADevice)
+TEST(InProcessBackend, AnswersARequestOfADevice)
 {
     SimulatedUnit unit{"version.ss = 1.2.3.4"};
     std::uint8_t version[4]{};
@@ -38,7 +38,7 @@ TEST(LinkedDoor, AnswersARequestOfADevice)
                                             "/dev/fpga-version 0x80040037 -> 01 02 03 04", "/dev/fpga-version close"));
 }
 
-TEST(LinkedDoor, RefusesAnUnknownRequestAsADriverDoes)
+TEST(InProcessBackend, RefusesAnUnknownRequestAsADriverDoes)
 {
     SimulatedUnit unit;
     const int fd = open("/dev/dig-io", O_RDWR);
@@ -49,7 +49,7 @@ TEST(LinkedDoor, RefusesAnUnknownRequestAsADriverDoes)
     close(fd);
 }
 
-TEST(LinkedDoor, LeavesErrnoAloneOnSuccess)
+TEST(InProcessBackend, LeavesErrnoAloneOnSuccess)
 {
     SimulatedUnit unit;
     std::uint8_t inputs = 0;
@@ -62,7 +62,7 @@ TEST(LinkedDoor, LeavesErrnoAloneOnSuccess)
     EXPECT_EQ(errno, EXDEV);
 }
 
-TEST(LinkedDoor, HasNoDeviceThatTheDescriptionTookAway)
+TEST(InProcessBackend, HasNoDeviceThatTheDescriptionTookAway)
 {
     SimulatedUnit unit{"absent = /dev/dig-io"};
 
@@ -71,7 +71,7 @@ TEST(LinkedDoor, HasNoDeviceThatTheDescriptionTookAway)
     EXPECT_EQ(errno, ENOENT);
 }
 
-TEST(LinkedDoor, FailsTheCallsThatItWasAskedToFail)
+TEST(InProcessBackend, FailsTheCallsThatItWasAskedToFail)
 {
     SimulatedUnit unit;
     unit.fail("/dev/adc-id", "get 2", EBUSY, 1, 1);
@@ -85,7 +85,7 @@ TEST(LinkedDoor, FailsTheCallsThatItWasAskedToFail)
     close(fd);
 }
 
-TEST(LinkedDoor, GivesARegisterToBothSides)
+TEST(InProcessBackend, GivesARegisterToBothSides)
 {
     SimulatedUnit unit;
     unit.model<hxsim::Voltages>()->registers[9] = 1241;
@@ -99,7 +99,7 @@ TEST(LinkedDoor, GivesARegisterToBothSides)
     EXPECT_THAT(unit.requestsTo("/dev/adc-id"), Requests("get 9 -> 1241"));
 }
 
-TEST(LinkedDoor, ReadsAnAttributeThroughAStream)
+TEST(InProcessBackend, ReadsAnAttributeThroughAStream)
 {
     SimulatedUnit unit{"version.os = 2.1.0.9"};
     std::string text;
@@ -109,7 +109,7 @@ TEST(LinkedDoor, ReadsAnAttributeThroughAStream)
     EXPECT_EQ(text, "2.1.0.9");
 }
 
-TEST(LinkedDoor, KeepsTheSettingsFileInTheUnitsFolder)
+TEST(InProcessBackend, KeepsTheSettingsFileInTheUnitsFolder)
 {
     SimulatedUnit unit;
 
@@ -119,7 +119,7 @@ TEST(LinkedDoor, KeepsTheSettingsFileInTheUnitsFolder)
     EXPECT_THAT(unit.callsTo("/opt/etc/hxaux.ini"), Contains("fopen w"));
 }
 
-TEST(LinkedDoor, LetsASleepTakeNoTimeButTheUnits)
+TEST(InProcessBackend, LetsASleepTakeNoTimeButTheUnits)
 {
     SimulatedUnit unit;
     const auto begun = std::chrono::steady_clock::now();
@@ -131,7 +131,7 @@ TEST(LinkedDoor, LetsASleepTakeNoTimeButTheUnits)
     EXPECT_THAT(unit.journal(), ElementsAre("sleep 36000000 ms"));
 }
 
-TEST(LinkedDoor, WakesThreadsInTheOrderOfTheirDeadlines)
+TEST(InProcessBackend, WakesThreadsInTheOrderOfTheirDeadlines)
 {
     SimulatedUnit unit;
     std::string order;
@@ -153,7 +153,7 @@ TEST(LinkedDoor, WakesThreadsInTheOrderOfTheirDeadlines)
     EXPECT_EQ(unit.now(), 30);
 }
 
-TEST(LinkedDoor, LetsTheTestSeeEverythingThatIsDueUntilThen)
+TEST(InProcessBackend, LetsTheTestSeeEverythingThatIsDueUntilThen)
 {
     SimulatedUnit unit;
     std::atomic<int> rounds{0};
@@ -170,7 +170,7 @@ TEST(LinkedDoor, LetsTheTestSeeEverythingThatIsDueUntilThen)
     worker.join();
 }
 
-TEST(LinkedDoor, PassesASemaphoreFromThreadToThread)
+TEST(InProcessBackend, PassesASemaphoreFromThreadToThread)
 {
     SimulatedUnit unit;
     sem_t* const semaphore = sem_open("/HXAUX_TEST", O_CREAT | O_EXCL, 0777, 0);
@@ -189,7 +189,7 @@ TEST(LinkedDoor, PassesASemaphoreFromThreadToThread)
     EXPECT_THAT(unit.callsTo("/HXAUX_TEST"), ElementsAre("sem_open creat excl 0", "sem_post", "sem_wait", "sem_close"));
 }
 
-TEST(LinkedDoor, LeavesNoSemaphoreBehind)
+TEST(InProcessBackend, LeavesNoSemaphoreBehind)
 {
     std::string name;
     {
@@ -202,7 +202,7 @@ TEST(LinkedDoor, LeavesNoSemaphoreBehind)
     EXPECT_NE(access(name.c_str(), F_OK), 0);
 }
 
-TEST(LinkedDoor, LeavesNoFolderBehind)
+TEST(InProcessBackend, LeavesNoFolderBehind)
 {
     std::string folder;
     {
@@ -214,7 +214,7 @@ TEST(LinkedDoor, LeavesNoFolderBehind)
     EXPECT_NE(access(folder.c_str(), F_OK), 0);
 }
 
-TEST(LinkedDoor, StopsThreadsThatATestLeavesBehind)
+TEST(InProcessBackend, StopsThreadsThatATestLeavesBehind)
 {
     static std::atomic<int> rounds{0};
     {
@@ -233,7 +233,7 @@ TEST(LinkedDoor, StopsThreadsThatATestLeavesBehind)
     EXPECT_LE(rounds, before + 1);
 }
 
-TEST(LinkedDoorDeathTest, SaysWhoWaitsWhenNobodyCanGoOn)
+TEST(InProcessBackendDeathTest, SaysWhoWaitsWhenNobodyCanGoOn)
 {
     EXPECT_DEATH(
         {
@@ -243,14 +243,14 @@ TEST(LinkedDoorDeathTest, SaysWhoWaitsWhenNobodyCanGoOn)
         "every thread of the program waits.*\n.*semaphore /HXAUX_TEST");
 }
 
-TEST(LinkedDoorDeathTest, GuardsTheMachineWhenThereIsNoUnit)
+TEST(InProcessBackendDeathTest, GuardsTheMachineWhenThereIsNoUnit)
 {
     EXPECT_DEATH(sem_open("/HXAUX_TEST", O_CREAT, 0777, 0), "outside any simulated unit");
     EXPECT_DEATH(std::ofstream{"/opt/etc/hxaux.ini"}, "outside any simulated unit");
     EXPECT_DEATH(mkfifo("/tmp/hxauxd.fifo", 0666), "outside any simulated unit");
 }
 
-TEST(LinkedDoor, CountsADuplicateAsTheSameOpenFile)
+TEST(InProcessBackend, CountsADuplicateAsTheSameOpenFile)
 {
     SimulatedUnit unit;
     const int first = open("/dev/dig-io", O_RDWR);
@@ -264,7 +264,7 @@ TEST(LinkedDoor, CountsADuplicateAsTheSameOpenFile)
     EXPECT_THAT(unit.callsTo("/dev/dig-io"), ElementsAre("open rdwr", "0x80010051 -> 00", "close"));
 }
 
-TEST(LinkedDoor, PassesOverWhatIsNotTheUnits)
+TEST(InProcessBackend, PassesOverWhatIsNotTheUnits)
 {
     SimulatedUnit unit;
     char byte = 0;

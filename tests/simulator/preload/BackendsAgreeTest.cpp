@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// One scenario through both doors: the same results, and the same calls in the same order.
+// One scenario through both backends: the same results, and the same calls in the same order.
 #include <sstream>
 
 #include "testing/SimulatedUnit.h"
@@ -8,12 +8,12 @@
 
 namespace {
 
-using Doors = UnitFixture;
+using Backends = UnitFixture;
 
 constexpr char kWorld[] = "absent=/dev/frontled";
 constexpr char kFault[] = "fail=/dev/adc-id get 1 EIO";
 
-TEST_F(Doors, AgreeOnEveryResultAndEveryCall)
+TEST_F(Backends, AgreeOnEveryResultAndEveryCall)
 {
     std::ostringstream linkedResults;
     std::vector<std::string> linkedCalls;

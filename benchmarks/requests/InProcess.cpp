@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Requests through the linked door, and how fast virtual time runs while the averaging sampler works.
-#include "benchmarks/doors/Requests.h"
+// Requests through the in-process backend, and how fast virtual time runs while the averaging sampler works.
+#include "benchmarks/requests/Requests.h"
 #include "hx-aux/Lightsensor.h"
 #include "testing/SimulatedUnit.h"
 
@@ -32,7 +32,7 @@ int main()
 {
     {
         SimulatedUnit unit;
-        measureRequests("linked door");
+        measureRequests("in-process backend");
     }
     measureVirtualTime();
     return 0;

@@ -2,4 +2,4 @@
 #pragma once
 
 /// Microseconds that one voltage takes through the library, the median of many turns; prints it.
-void measureRequests(const char* door);
+void measureRequests(const char* backend);
