@@ -336,4 +336,13 @@ TEST_F(HostileUse, NamesAPermissionThatIsRefused)
     EXPECT_THAT(asOther("start two"), AllOf(statusIs(1), errorMatches("cannot make the folder .*: Permission denied")));
 }
 
+TEST_F(HostileUse, SaysSoWhenItsOutputCannotBeWritten)
+{
+    run("hx-sim start only; hx-sim run --unit only -- hxaux voltage 0");
+
+    for (const char* const command : {"get light", "properties", "list --json", "faults --json", "log --json", "--man"})
+        EXPECT_THAT(run("hx-sim " + std::string{command} + " >/dev/full"),
+                    AllOf(statusIs(1), errorMatches("standard output cannot be written")));
+}
+
 } // namespace
