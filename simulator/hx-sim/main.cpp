@@ -1,8 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-sim: simulated units and the programs on them.
+#include <cstdio>
+
 #include "simulator/hx-sim/CommandLine.h"
 
 int main(int argc, char** argv)
 {
-    return hxsim::CommandLine{}.execute({argv + 1, argv + argc});
+    const int status = hxsim::CommandLine{}.execute({argv + 1, argv + argc});
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+        return status;
+    std::fputs("hx-sim: standard output cannot be written\n", stderr);
+    return status == 0 ? 1 : status;
 }

@@ -84,6 +84,13 @@ void forget(int handle)
 
 #endif
 
+/// The C library locks its list of semaphores in sem_open and sem_close, and no fork resets that lock.
+int closeOutsideForks(sem_t* semaphore)
+{
+    const std::lock_guard noFork{processlocks::creationMask()};
+    return ::sem_close(semaphore);
+}
+
 /// Prints and leaves `errno` as the failed call set it: callers ask whether a wait was interrupted.
 void complain(const char* message)
 {
@@ -138,7 +145,7 @@ bool LinuxWrapper::CreateSema(int& sema, const char* name)
     else
         std::printf("sem_open failed with error: %s\n", std::strerror(errno));
     if (handle == 0 && semaphore != nullptr) // no memory for a handle
-        ::sem_close(semaphore);
+        (void)closeOutsideForks(semaphore);
     if (name == nullptr)
         ::sem_unlink(finalName); // private to this process from here on
     return handle != 0;
@@ -172,9 +179,7 @@ void LinuxWrapper::CloseSema(int sema)
     sem_t* semaphore = openSemaphore(sema);
     if (semaphore != nullptr)
         forget(sema);
-    // The C library locks its list of semaphores in sem_open and sem_close, and no fork resets that lock.
-    const std::lock_guard noFork{processlocks::creationMask()};
-    if (semaphore == nullptr || ::sem_close(semaphore) != 0)
+    if (semaphore == nullptr || closeOutsideForks(semaphore) != 0)
         complain("failed to close semaphore");
 }
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include <csignal>
+
 #include <gmock/gmock.h>
 
 #include "testing/Process.h"
@@ -10,6 +12,14 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr char kUpgrade[] = "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS";
+
+/// Takes a lock, between two rounds of others that take it, and dies with it.
+void leaveStale(const SharedUnit& unit, const char* lock)
+{
+    std::string said;
+    while (said != "taken")
+        said = unit.child({"take", lock}).line();
+}
 
 TEST(SharedSemaphore, IsTheSameForASecondProcessAndNotReset)
 {
@@ -108,6 +118,27 @@ TEST(LocksTool, FreesALockInUseByForce)
     EXPECT_EQ(unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE", "--force"}).status, 0);
 
     EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
+}
+
+// The settings lock is stale, and the tool waits for it in each of its rounds while it averages the light.
+TEST(SignalInAWaitForAStaleLock, LeavesNoOtherLockTaken)
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        const SharedUnit unit;
+        Process tool = unit.start({"light", "--average", "--watch", "--every", "0.05"});
+        for (std::string line; line.find("average") == std::string::npos; line = tool.line())
+            ASSERT_NE(line, "(ended)");
+        leaveStale(unit, "FILE_HXAUXINI_IS_IN_USE");
+        const std::string waiting = std::to_string(tool.pid()) + " (hxaux, waiting)";
+        while (unit.hxaux({"locks"}).output.find(waiting) == std::string::npos) {
+        }
+
+        ::kill(tool.pid(), signal);
+
+        EXPECT_THAT(tool.rest(), HasSubstr("ended while waiting for a lock"));
+        EXPECT_EQ(tool.status(), 128 + signal);
+        EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED: free, value 1"));
+    }
 }
 
 TEST(LocksTool, LeavesAFreeLockAlone)

@@ -47,7 +47,8 @@ public:
 
     void print(const std::string& name, Value value, const std::string& unit = "");
     void document(const std::string& name, const std::string& text); // a text of many lines, printed as it is
-    void note(const std::string& text); // a sentence to the user: "request sent; the outcome is not known"
+    void
+    note(const std::string& text); // a sentence on standard error to the user: "request sent; the outcome is not known"
 
     // For verbs that tell more than one state: prints what was collected since the last time.
     void show();

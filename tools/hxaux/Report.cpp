@@ -132,6 +132,12 @@ std::string asText(const Report& report)
     std::string text;
     for (const Field& field : report.result)
         text += printable(field.name) + ": " + field.value.text() + (field.unit.empty() ? "" : " " + field.unit) + "\n";
+    return text;
+}
+
+std::string noteLines(const Report& report)
+{
+    std::string text;
     for (const std::string& note : report.notes)
         text += printable(note) + "\n";
     return text;

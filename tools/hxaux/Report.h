@@ -34,6 +34,7 @@ std::string asJson(const Report& report);
 
 // Lines "name: value unit"; a list that is the only result is one line per element.
 std::string asText(const Report& report);
+std::string noteLines(const Report& report);
 // Lines "object verb: [item: ]text of the code (number)" for standard error.
 std::string problemLines(const Report& report);
 

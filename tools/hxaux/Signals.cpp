@@ -11,6 +11,7 @@
 #include <sys/syscall.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace hxaux {
 
@@ -63,15 +64,18 @@ public:
 
     std::optional<int> take(std::chrono::milliseconds wait) const;
     std::optional<int> await(std::chrono::milliseconds wait);
+    void beforeTheEnd(std::function<void()> release);
 
 private:
     void endWhenStuck();
+    [[nodiscard]] bool isStuck() const;
 
     sigset_t held_{};
     sigset_t before_{};
     std::optional<int> awaited_;
     pid_t holder_;
     std::mutex mutex_;
+    std::function<void()> release_;
     std::condition_variable ended_;
     bool end_ = false;
     std::thread observer_;
@@ -102,18 +106,33 @@ HeldSignals::Hold::~Hold()
         std::raise(*awaited_);
 }
 
+bool HeldSignals::Hold::isStuck() const
+{
+    return isPending(held_) && waitsForALock(holder_);
+}
+
 void HeldSignals::Hold::endWhenStuck()
 {
     std::unique_lock lock(mutex_);
     int looks = 0;
     while (!ended_.wait_for(lock, kLook, [this] { return end_; })) {
-        looks = isPending(held_) && waitsForALock(holder_) ? looks + 1 : 0;
+        looks = isStuck() ? looks + 1 : 0;
         if (looks < kLooksUntilStuck)
             continue;
+        if (release_)
+            std::exchange(release_, {})();
+        if (!isStuck())
+            continue; // it has its lock meanwhile, and ends in order
         std::fputs("hxaux: ended while waiting for a lock; 'hxaux locks' tells who has it\n", stderr);
         std::fflush(stdout);
         pthread_sigmask(SIG_UNBLOCK, &held_, nullptr); // the pending signal takes effect here
     }
+}
+
+void HeldSignals::Hold::beforeTheEnd(std::function<void()> release)
+{
+    const std::lock_guard lock(mutex_);
+    release_ = std::move(release);
 }
 
 std::optional<int> HeldSignals::Hold::await(std::chrono::milliseconds wait)
@@ -158,6 +177,11 @@ std::optional<int> HeldSignals::take(std::chrono::milliseconds wait) const
 std::optional<int> HeldSignals::await(std::chrono::milliseconds wait) const
 {
     return hold_->await(wait);
+}
+
+void HeldSignals::beforeTheEnd(std::function<void()> release) const
+{
+    hold_->beforeTheEnd(std::move(release));
 }
 
 Exit exitOf(int signal)

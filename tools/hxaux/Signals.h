@@ -6,6 +6,7 @@
 #include "tools/hxaux/Verb.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -17,7 +18,7 @@ namespace hxaux {
 // ignore stays ignored.
 //
 // A thread that only waits for a lock holds none yet, and may wait forever when the lock is stale: a signal ends the
-// program then, once it has waited half a second more.
+// program then, once it has waited half a second more. What it holds besides is released first: `beforeTheEnd`.
 //
 // Several may live at once, in the main thread; they need not end in the opposite order. The last one lets go.
 class HeldSignals {
@@ -28,6 +29,9 @@ public:
     [[nodiscard]] std::optional<int> take(std::chrono::milliseconds wait = {}) const;
     // The same for a signal that still takes effect at the end: the program is to come to its end in order.
     [[nodiscard]] std::optional<int> await(std::chrono::milliseconds wait = {}) const;
+    // What another thread does before a signal ends a program that waits for a lock; an empty function: nothing more.
+    // When this returns the former one is not at work.
+    void beforeTheEnd(std::function<void()> release) const;
 
 private:
     class Hold;

@@ -336,4 +336,41 @@ TEST_F(HostileUse, NamesAPermissionThatIsRefused)
     EXPECT_THAT(asOther("start two"), AllOf(statusIs(1), errorMatches("cannot make the folder .*: Permission denied")));
 }
 
+TEST_F(HostileUse, SaysSoWhenItsOutputCannotBeWritten)
+{
+    run("hx-sim start only; hx-sim run --unit only -- hxaux voltage 0");
+
+    for (const char* const command : {"get light", "properties", "list --json", "faults --json", "log --json", "--man"})
+        EXPECT_THAT(run("hx-sim " + std::string{command} + " >/dev/full"),
+                    AllOf(statusIs(1), errorMatches("standard output cannot be written")));
+}
+
+/// What a program changes by its path. Nothing of it may reach the machine.
+TEST_F(HostileUse, ChangesTheUnitsFilesAndNotTheMachines)
+{
+    run("hx-sim start only; hx-sim run --unit only -- hxaux settings set A 1");
+    const std::string file = "/opt/etc/hxaux.ini";
+    const auto onUnit = [](const std::string& command) { return run("hx-sim run --unit only -- " + command); };
+
+    EXPECT_THAT(onUnit("chmod 611 " + file), statusIs(0));
+    EXPECT_THAT(run("stat -c %a " + folderOf("only") + "/files" + file), outputIs("611\n"));
+    EXPECT_THAT(onUnit("mkdir /opt/etc"), AllOf(statusIs(1), errorMatches("File exists")));
+    EXPECT_THAT(onUnit("mkfifo " + file), AllOf(statusIs(1), errorMatches("File exists")));
+    EXPECT_THAT(onUnit("ln -s /nonexistent " + file), AllOf(statusIs(1), errorMatches("File exists")));
+    EXPECT_THAT(onUnit("ln " + file + " " + sentinel() + "/link"), AllOf(statusIs(1), errorMatches("cross-device")));
+    EXPECT_THAT(onUnit("mv " + file + " " + sentinel() + "/moved"), statusIs(0));
+    EXPECT_FALSE(fs::exists(folderOf("only") + "/files" + file));
+    EXPECT_THAT(onUnit("mv " + sentinel() + "/moved " + file), statusIs(0));
+    EXPECT_THAT(onUnit("hxaux settings get A"), outputIs("A: 1\n"));
+}
+
+TEST_F(HostileUse, LeavesDevicesAsTheyAre)
+{
+    for (const char* const command : {"chmod 600 /dev/adc-id", "chown 1 /dev/adc-id", "mv /dev/adc-id /dev/buzzer",
+                                      "mkdir /dev/adc-id", "ln -s x /dev/adc-id", "rmdir /dev/adc-id"})
+        EXPECT_THAT(run("hx-sim run -- " + std::string{command}), statusIs(1));
+
+    EXPECT_THAT(run("stat -c '%a %u' /dev/null"), outputIs("666 0\n"));
+}
+
 } // namespace

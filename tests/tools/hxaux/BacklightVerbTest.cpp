@@ -166,7 +166,12 @@ TEST(SettingsVerb, RefusesWhatWouldBreakTheFileBeforeTheUnitIsAsked)
 
 TEST(SettingsVerb, TellsThatASettingIsMissing)
 {
-    EXPECT_THAT(onUnit("hxaux settings get Nothing"), AllOf(statusIs(1), errorMatches("\\(17\\)")));
+    EXPECT_THAT(onUnit("hxaux settings get Nothing"),
+                AllOf(statusIs(1), outputIs(""),
+                      errorMatches("^the setting is missing or empty\nsettings get: .* \\(17\\)\n$")));
+    const auto json = onUnit("hxaux settings get Nothing --json");
+    EXPECT_EQ(jsonOf(json)["notes"][0], "the setting is missing or empty");
+    EXPECT_EQ(json.error, "");
 }
 
 TEST(SmartVerb, WritesAndReadsARegister)

@@ -32,7 +32,7 @@ TEST(LedVerb, SetsTheSignal)
 
 TEST(LedVerb, WarnsThatASlowSignalComesOutOtherwise)
 {
-    EXPECT_THAT(onUnit("led signal 0.25 75"), AllOf(statusIs(0), outputMatches("loses its high bits")));
+    EXPECT_THAT(onUnit("led signal 0.25 75"), AllOf(statusIs(0), errorMatches("loses its high bits")));
 }
 
 TEST(LedVerb, SetsEachPartOfThePattern)

@@ -44,9 +44,14 @@ public:
     {
         const Filter filter = storedFilter();
         call.check(sensor_->startAverageCalc(filter.average, filter.reject, filter.spread, filter.mode));
+        held_.beforeTheEnd([this] { sensor_->stopAverageCalc(); });
         waitForFirstSample();
     }
-    ~Averaging() { sensor_->stopAverageCalc(); }
+    ~Averaging()
+    {
+        held_.beforeTheEnd({});
+        sensor_->stopAverageCalc();
+    }
     Averaging(const Averaging&) = delete;
     Averaging& operator=(const Averaging&) = delete;
 

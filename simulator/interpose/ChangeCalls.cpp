@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// Calls that change what a path names, or make something there: on the unit's own files, never on the machine's. The
+// unit's devices stay as they are.
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "simulator/interpose/OnPath.h"
+
+namespace hxsim {
+
+namespace {
+
+/// The same for a path that is to be made: one of the unit's is there, or can be made in the unit's folder.
+template <typename Forward, typename Call>
+int changeOr(int folder, const char* path, const char* action, Forward forward, Call call)
+{
+    const UnitPath unit = findPath(folder, path);
+    if (!unit || unit.where.place == Link::Place::File)
+        return onPathOr(folder, path, action, forward, call);
+    return onPathOr(folder, path, action, forward, [](const char*) {
+        errno = EPERM;
+        return -1;
+    });
+}
+
+/// Within the unit's files, or within the machine's; between the two as between file systems.
+template <typename Forward, typename Call>
+int changeBothOr(int fromFolder, const char* from, int toFolder, const char* to, const char* action, Forward forward,
+                 Call call)
+{
+    const UnitPath source = findPath(fromFolder, from);
+    const UnitPath target = findPath(toFolder, to);
+    if (!source && !target)
+        return forward();
+    return changeOr(source ? fromFolder : toFolder, source ? from : to, action, forward, [&](const char* /*real*/) {
+        if (source.where.place == Link::Place::File && target.where.place == Link::Place::File)
+            return call(source.where.file.c_str(), target.where.file.c_str());
+        errno = EXDEV;
+        return -1;
+    });
+}
+
+} // namespace
+
+} // namespace hxsim
+
+using namespace hxsim;
+
+#define HXSIM_CHANGE(name, parameters, folder, action, forwarded, onUnit)                                              \
+    HXSIM_ENTRY int name parameters noexcept                                                                           \
+    {                                                                                                                  \
+        return changeOr(                                                                                               \
+            folder, path, action, [&] { return HXSIM_REAL(name) forwarded; },                                          \
+            [&](const char* real) { return HXSIM_REAL(name) onUnit; });                                                \
+    }
+
+HXSIM_CHANGE(mkdir, (const char* path, mode_t mode), AT_FDCWD, "mkdir", (path, mode), (real, mode))
+HXSIM_CHANGE(mkdirat, (int folder, const char* path, mode_t mode), folder, "mkdir", (folder, path, mode),
+             (AT_FDCWD, real, mode))
+HXSIM_CHANGE(mkfifoat, (int folder, const char* path, mode_t mode), folder, "mkfifo", (folder, path, mode),
+             (AT_FDCWD, real, mode))
+HXSIM_CHANGE(mknod, (const char* path, mode_t mode, dev_t device), AT_FDCWD, "mknod", (path, mode, device),
+             (real, mode, device))
+HXSIM_CHANGE(mknodat, (int folder, const char* path, mode_t mode, dev_t device), folder, "mknod",
+             (folder, path, mode, device), (AT_FDCWD, real, mode, device))
+HXSIM_CHANGE(chmod, (const char* path, mode_t mode), AT_FDCWD, "chmod", (path, mode), (real, mode))
+HXSIM_CHANGE(fchmodat, (int folder, const char* path, mode_t mode, int flags), folder, "chmod",
+             (folder, path, mode, flags), (AT_FDCWD, real, mode, flags))
+HXSIM_CHANGE(chown, (const char* path, uid_t user, gid_t group), AT_FDCWD, "chown", (path, user, group),
+             (real, user, group))
+HXSIM_CHANGE(lchown, (const char* path, uid_t user, gid_t group), AT_FDCWD, "chown", (path, user, group),
+             (real, user, group))
+HXSIM_CHANGE(fchownat, (int folder, const char* path, uid_t user, gid_t group, int flags), folder, "chown",
+             (folder, path, user, group, flags), (AT_FDCWD, real, user, group, flags))
+HXSIM_CHANGE(truncate, (const char* path, off_t size), AT_FDCWD, "truncate", (path, size), (real, size))
+HXSIM_CHANGE(truncate64, (const char* path, off64_t size), AT_FDCWD, "truncate", (path, size), (real, size))
+HXSIM_CHANGE(rmdir, (const char* path), AT_FDCWD, "rmdir", (path), (real))
+HXSIM_CHANGE(symlink, (const char* to, const char* path), AT_FDCWD, "symlink", (to, path), (to, real))
+HXSIM_CHANGE(symlinkat, (const char* to, int folder, const char* path), folder, "symlink", (to, folder, path),
+             (to, AT_FDCWD, real))
+
+HXSIM_ENTRY int rename(const char* from, const char* to) noexcept
+{
+    return changeBothOr(
+        AT_FDCWD, from, AT_FDCWD, to, "rename", [&] { return HXSIM_REAL(rename)(from, to); },
+        [](const char* source, const char* target) { return HXSIM_REAL(rename)(source, target); });
+}
+
+HXSIM_ENTRY int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept
+{
+    return changeBothOr(
+        fromFolder, from, toFolder, to, "rename", [&] { return HXSIM_REAL(renameat)(fromFolder, from, toFolder, to); },
+        [](const char* source, const char* target) { return HXSIM_REAL(rename)(source, target); });
+}
+
+HXSIM_ENTRY int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept
+{
+    return changeBothOr(
+        fromFolder, from, toFolder, to, "rename",
+        [&] { return HXSIM_REAL(renameat2)(fromFolder, from, toFolder, to, flags); },
+        [&](const char* source, const char* target) {
+            return HXSIM_REAL(renameat2)(AT_FDCWD, source, AT_FDCWD, target, flags);
+        });
+}
+
+HXSIM_ENTRY int link(const char* from, const char* to) noexcept
+{
+    return changeBothOr(
+        AT_FDCWD, from, AT_FDCWD, to, "link", [&] { return HXSIM_REAL(link)(from, to); },
+        [](const char* source, const char* target) { return HXSIM_REAL(link)(source, target); });
+}
+
+HXSIM_ENTRY int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept
+{
+    return changeBothOr(
+        fromFolder, from, toFolder, to, "link",
+        [&] { return HXSIM_REAL(linkat)(fromFolder, from, toFolder, to, flags); },
+        [&](const char* source, const char* target) {
+            return HXSIM_REAL(linkat)(AT_FDCWD, source, AT_FDCWD, target, flags);
+        });
+}
