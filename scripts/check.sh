@@ -5,13 +5,15 @@
 #
 #   scripts/check.sh              all checks
 #   scripts/check.sh NAME...      these ones: names below, in the order in which they run
+#   scripts/check.sh --fast       those that need no build: seconds
 #   scripts/check.sh --list       the names
 #
 # Rough times on two cores: the static checks a few minutes, asan and tsan ten minutes each, fuzz one minute a target.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-names=(format shell spelling source layers clang tidy headers docs abi tests conformance soak mutants asan tsan fuzz coverage)
+fast=(format shell spelling source layers commits links)
+names=("${fast[@]}" clang tidy headers docs abi tests conformance soak mutants asan tsan fuzz coverage)
 
 sources() { git ls-files '*.cpp' '*.h' '*.c'; }
 
@@ -22,10 +24,12 @@ build_and_test() { # preset
 }
 
 check_format() { sources | xargs clang-format --dry-run -Werror; }
-check_shell() { git ls-files 'scripts/*' .ci/run | xargs grep -lE '^#!.*(ba)?sh' | xargs shellcheck; }
+check_shell() { git ls-files scripts .ci/run packaging | xargs grep -lE '^#!.*(ba)?sh' | xargs shellcheck; }
 check_spelling() { git ls-files | grep -vE '^fuzz/corpus/|\.(svg|png|bin|hex|mcs)$' | xargs codespell --ignore-words scripts/spelling-exceptions.txt; }
 check_source() { scripts/check-source; }
 check_layers() { scripts/check-layers; }
+check_commits() { scripts/check-commits; }
+check_links() { scripts/check-links; }
 check_clang() {
     cmake -S . -B build/clang -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DHX_TESTS=OFF
     cmake --build build/clang -j "$(nproc)"
@@ -57,7 +61,12 @@ if [ "${1:-}" = --list ]; then
     printf '%s\n' "${names[@]}"
     exit 0
 fi
+purpose=check
 wanted=("$@")
+if [ "${1:-}" = --fast ]; then
+    purpose=fast
+    wanted=("${fast[@]}")
+fi
 [ ${#wanted[@]} -gt 0 ] || wanted=("${names[@]}")
 for name in "${wanted[@]}"; do
     declare -F "check_$name" >/dev/null || {
@@ -66,7 +75,7 @@ for name in "${wanted[@]}"; do
     }
 done
 
-scripts/install-deps.sh check
+scripts/install-deps.sh "$purpose"
 mkdir -p build/checks
 failed=0
 verdicts=()
@@ -89,5 +98,6 @@ for name in "${wanted[@]}"; do
         failed=1
     fi
 done
-printf '\n%s\n' "${verdicts[@]}"
+printf '\n'
+printf '%s\n' "${verdicts[@]}"
 exit "$failed"

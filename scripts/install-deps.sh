@@ -2,10 +2,11 @@
 # SPDX-License-Identifier: LicenseRef-HXAux
 # Installs the Debian 12 packages that a purpose needs, and says which. Nothing is done when all are there.
 #
-#   scripts/install-deps.sh build|test|system|check|package
+#   scripts/install-deps.sh build|test|fast|system|check|package
 #
 # build    library, tool and simulated unit
 # test     build, and every test
+# fast     the checks that need no build
 # system   test, and the emulated machine
 # check    test, and every other check
 # package  building and checking the Debian packages
@@ -13,19 +14,21 @@ set -euo pipefail
 
 build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev libedit2)
 tests=("${build[@]}" python3 googletest binutils clang lld srecord qemu-system-arm)
-checks=("${tests[@]}" clang lld clang-format clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
-    gcovr shellcheck codespell libbenchmark-dev libbenchmark-dev:i386)
+fast=(clang-format codespell git python3 shellcheck)
+checks=("${tests[@]}" "${fast[@]}" clang lld clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
+    gcovr libbenchmark-dev libbenchmark-dev:i386)
 system=("${tests[@]}" qemu-system-x86 busybox-static cpio pkg-config libfuse3-dev gzip)
 packages=("${build[@]}" debhelper debootstrap devscripts dpkg-dev lintian fakeroot)
 
 case "${1:-}" in
 build) wanted=("${build[@]}") ;;
 test) wanted=("${tests[@]}") ;;
+fast) wanted=("${fast[@]}") ;;
 system) wanted=("${system[@]}") ;;
 check) wanted=("${checks[@]}") ;;
 package) wanted=("${packages[@]}") ;;
 *)
-    echo "usage: $0 build|test|system|check|package" >&2
+    echo "usage: $0 build|test|fast|system|check|package" >&2
     exit 2
     ;;
 esac
