@@ -1,14 +1,41 @@
 # SPDX-License-Identifier: LicenseRef-HXAux
 # Compiler and linker flags, each with its reason; nothing else in the project sets global flags.
 
+# i386 is the unit's ABI. SSE2 arithmetic keeps every intermediate double a double, as on x86-64.
+set(HX_COMPILE_i386 -m32 -msse2 -mfpmath=sse)
+set(HX_LINK_i386 -m32)
+set(HX_COMPILE_x86_64 -m64)
+set(HX_LINK_x86_64 -m64)
 if(HX_ABI STREQUAL "i386")
-  # The unit's ABI. SSE2 arithmetic keeps every intermediate double a double, as on x86-64.
-  add_compile_options(-m32 -msse2 -mfpmath=sse)
-  add_link_options(-m32)
+  add_compile_options(${HX_COMPILE_i386})
+  add_link_options(${HX_LINK_i386})
   set(CMAKE_LIBRARY_ARCHITECTURE "i386-linux-gnu")
-elseif(NOT HX_ABI STREQUAL "x86_64")
+  set(HX_OTHER_ABI x86_64)
+elseif(HX_ABI STREQUAL "x86_64")
+  set(HX_OTHER_ABI i386)
+else()
   message(FATAL_ERROR "HX_ABI is ${HX_ABI}; it must be i386 or x86_64")
 endif()
+
+# What goes into programs of both ABIs is built for both. HX_OTHER_ABI is empty where the compiler has only one.
+include(CheckCXXSourceCompiles)
+set(CMAKE_REQUIRED_FLAGS "${HX_LINK_${HX_OTHER_ABI}}")
+set(CMAKE_REQUIRED_LINK_OPTIONS "${HX_LINK_${HX_OTHER_ABI}}")
+check_cxx_source_compiles("#include <string>\nint main() { return int(std::string{\"\"}.size()); }" HX_BUILDS_BOTH_ABIS)
+unset(CMAKE_REQUIRED_FLAGS)
+unset(CMAKE_REQUIRED_LINK_OPTIONS)
+if(NOT HX_BUILDS_BOTH_ABIS)
+  message(STATUS "No compiler for ${HX_OTHER_ABI}: programs of that ABI will not see a unit of this build")
+  set(HX_OTHER_ABI "")
+endif()
+
+# hx_build_for(target abi): nothing for the tree's own ABI, else that of the target alone.
+function(hx_build_for target abi)
+  if(NOT abi STREQUAL HX_ABI)
+    target_compile_options(${target} PRIVATE ${HX_COMPILE_${abi}} $<$<BOOL:${HX_SANITIZE}>:-fno-sanitize=all>)
+    target_link_options(${target} PRIVATE ${HX_LINK_${abi}} $<$<BOOL:${HX_SANITIZE}>:-fno-sanitize=all>)
+  endif()
+endfunction()
 
 # Large files and 64-bit inode numbers: the library must open any file of a 32-bit unit's file system.
 add_compile_definitions(_FILE_OFFSET_BITS=64)

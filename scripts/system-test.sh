@@ -18,7 +18,7 @@ mkdir -p "$work"
 echo "== building"
 {
     cmake --preset i386 -DHX_TESTS=ON
-    cmake --build --preset i386 -j "$(nproc)" --target hx-aux conformance hxaux hx-jida hx-sim hxsim-preload
+    cmake --build --preset i386 -j "$(nproc)" --target hx-aux conformance hxaux hx-sim
     cmake --preset x86_64 -DHX_TESTS=ON
     cmake --build --preset x86_64 -j "$(nproc)" --target hx-sim-cuse
 } >"$work/build.log" 2>&1 || {
@@ -60,9 +60,9 @@ make_image() {
     put_program build/i386/tests/conformance bin/conformance
     put_program build/i386/hxaux bin/hxaux
     put_program build/i386/hx-sim bin/hx-sim
-    install -D build/preload/lib/i386-linux-gnu/libhxsim-preload.so -t "$work/image/preload/lib/i386-linux-gnu"
-    install -D build/i386/jida/libjida.so -t "$work/image/preload/lib/i386-linux-gnu/jida"
-    install build/i386/jida/libjida.so "$work/image/lib32/"
+    install -D build/i386/preload/lib/i386-linux-gnu/libhxsim-preload.so -t "$work/image/preload/lib/i386-linux-gnu"
+    install -D build/i386/preload/lib/i386-linux-gnu/jida/libjida.so -t "$work/image/preload/lib/i386-linux-gnu/jida"
+    install build/i386/preload/lib/i386-linux-gnu/jida/libjida.so "$work/image/lib32/"
     (cd "$work/image" && find . | cpio --quiet -o -H newc) | gzip -1 >"$work/image.gz"
 }
 

@@ -47,8 +47,7 @@ void describe(Host& host, const UnitOptions& options)
 std::string preloadFolder()
 {
     const fs::path own = fs::read_symlink("/proc/self/exe").parent_path();
-    for (const fs::path& folder :
-         {own / "preload", own.parent_path() / "preload", own.parent_path() / "lib/hx-sim/preload"})
+    for (const fs::path& folder : {own / "preload", own.parent_path() / "lib/hx-sim/preload"})
         if (fs::exists(folder / "lib"))
             return folder;
     throw BadText{"the backend of the simulated unit is not installed beside " + own.string()};
