@@ -3,6 +3,9 @@
 
 #include "backlight/LightsensorIDrv.h"
 #include "backlight/sampler.h"
+#include "platform/Semaphore.h"
+
+#include <optional>
 
 namespace Halvix {
 
@@ -16,21 +19,16 @@ constexpr unsigned long kThreadEndMs = 70;
 
 /// Closed in the order of the unit's lock, the driver and the sampler's own lock.
 struct Lightsensor_Imp::Averaging {
-    Averaging() = default;
-    ~Averaging() { LinuxWrapper::CloseSema(lock); }
-    Averaging(const Averaging&) = delete;
-    Averaging& operator=(const Averaging&) = delete;
-
     sampler average;
     LightsensorIDrv driver;
-    int lock = 0; ///< one averaging at a time on the unit
+    std::optional<Semaphore> lock; ///< one averaging at a time on the unit; opened last
 };
 
 Lightsensor_Imp::Lightsensor_Imp() : averaging_{std::make_shared<Averaging>()}
 {
     handle_ = openHWConnection();
-    (void)LinuxWrapper::CreateSema(averaging_->lock, kAveragingLockName); // without it every start answers 20
-    averaging_->average.attach(&averaging_->driver, averaging_->lock, averaging_);
+    averaging_->lock.emplace(kAveragingLockName); // when it cannot be opened, every start answers 20
+    averaging_->average.attach(&averaging_->driver, averaging_->lock->handle(), averaging_);
 }
 
 int Lightsensor_Imp::openHWConnection()
@@ -63,7 +61,7 @@ eErr Lightsensor_Imp::startAverageCalc(unsigned long averageWndSize, unsigned lo
 {
     if (averageWndSize == 0 || rejectDeltaInLux == 0)
         return ERR_INVALID_DATA;
-    if (!LinuxWrapper::WaitForSema(averaging_->lock, false))
+    if (!LinuxWrapper::WaitForSema(averaging_->lock->handle(), false))
         return ERR_AVERAGE_CALC_STARTED;
     return averaging_->average.startAverageCalc(averageWndSize, rejectWndSize, rejectDeltaInLux, mode);
 }
@@ -89,9 +87,9 @@ eErr Lightsensor_Imp::setOperatingRange(LightSensorOperationRange range)
 
 bool Lightsensor_Imp::isAverageStarted()
 {
-    if (!LinuxWrapper::WaitForSema(averaging_->lock, false))
+    if (!LinuxWrapper::WaitForSema(averaging_->lock->handle(), false))
         return true;
-    LinuxWrapper::ReleaseSema(averaging_->lock);
+    LinuxWrapper::ReleaseSema(averaging_->lock->handle());
     return false;
 }
 

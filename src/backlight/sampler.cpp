@@ -33,7 +33,7 @@ void sampler::attach(LightsensorIDrv* driver, int averagingLock, std::weak_ptr<v
 eErr sampler::startAverageCalc(unsigned long averageWndSize, unsigned long rejectWndSize,
                                unsigned long rejectDeltaInLux, LightSensorSamplingMode mode)
 {
-    (void)lock_.wait();
+    lock_.acquire();
     sCtrlData_ = {static_cast<std::uint32_t>(averageWndSize), static_cast<std::uint32_t>(rejectWndSize),
                   static_cast<std::uint32_t>(rejectDeltaInLux)};
     mode_ = mode;
@@ -45,7 +45,7 @@ eErr sampler::startAverageCalc(unsigned long averageWndSize, unsigned long rejec
         stop_ = true;
         result = ERR_INIT_FAILED;
     }
-    lock_.signal();
+    lock_.post();
     if (result != ERR_SUCCESS)
         return result; // the averaging lock stays taken after a failure; callers know it so
     // A thread that has already released the averaging lock takes no more samples: its end is a matter of moments.
@@ -68,19 +68,19 @@ eErr sampler::startThread()
 
 eErr sampler::stopAverageCalc()
 {
-    (void)lock_.wait();
+    lock_.acquire();
     stop_ = true;
-    lock_.signal();
+    lock_.post();
     return ERR_SUCCESS;
 }
 
 eErr sampler::getAverageIlluminance(unsigned short* lux)
 {
-    (void)lock_.wait();
+    lock_.acquire();
     const bool running = running_;
     if (running)
         *lux = static_cast<unsigned short>(averageLux_);
-    lock_.signal();
+    lock_.post();
     return running ? ERR_SUCCESS : ERR_NOT_RUNNING;
 }
 
@@ -130,15 +130,15 @@ void sampler::exec()
     running_ = true;
     for (;;) {
         waitForNextSample();
-        (void)lock_.wait();
-        if (stop_)
-            break;
-        const eErr err = lightSensorSample();
-        lock_.signal();
+        lock_.acquire();
+        const bool stopped = stop_;
+        const eErr err = stopped ? ERR_SUCCESS : lightSensorSample();
+        lock_.post();
         if (err != ERR_SUCCESS)
-            break; // the lock is posted once more below: callers know that its count is then 2
+            lock_.signal(); // a second time: callers know that its count is then 2
+        if (stopped || err != ERR_SUCCESS)
+            break;
     }
-    lock_.signal();
     ending_ = true;
     LinuxWrapper::ReleaseSema(averagingLock_);
     running_ = false; // from here on another thread may be started

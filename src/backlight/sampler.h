@@ -38,13 +38,13 @@ public:
     /// 0, or 21 when no thread runs.
     [[nodiscard]] eErr getAverageIlluminance(unsigned short* lux);
 
-    [[nodiscard]] bool initSampler();
-    bool deInitSampler();
-    [[nodiscard]] eErr initRange();
+    [[nodiscard]] bool initSampler() HX_REQUIRES(lock_);
+    bool deInitSampler() HX_REQUIRES(lock_);
+    [[nodiscard]] eErr initRange() HX_REQUIRES(lock_);
     static void threadProc(const void* itself);
     void exec();
     /// One reading, with the private lock held. 0 to go on, anything else ends the thread.
-    [[nodiscard]] eErr lightSensorSample();
+    [[nodiscard]] eErr lightSensorSample() HX_REQUIRES(lock_);
 
 private:
     struct CtrlData {
@@ -55,19 +55,19 @@ private:
 
     [[nodiscard]] eErr startThread();
     void waitForNextSample() const;
-    [[nodiscard]] eErr saturated();
-    [[nodiscard]] eErr switchRange(LightSensorOperationRange wanted);
-    void firstSample(std::uint32_t lux);
-    [[nodiscard]] eErr average(std::uint32_t lux);
+    [[nodiscard]] eErr saturated() HX_REQUIRES(lock_);
+    [[nodiscard]] eErr switchRange(LightSensorOperationRange wanted) HX_REQUIRES(lock_);
+    void firstSample(std::uint32_t lux) HX_REQUIRES(lock_);
+    [[nodiscard]] eErr average(std::uint32_t lux) HX_REQUIRES(lock_);
 
     LightsensorIDrv* driver_ = nullptr;
     int averagingLock_ = 0;
-    LightSensorSamplingMode mode_ = SamplingModeStandard;
-    LightSensorOperationRange range_ = RangeStandard;
-    SampleRing* pReject_ = nullptr;
-    SampleRing* pAverage_ = nullptr;
-    std::uint32_t luxSum_ = 0;
-    CtrlData sCtrlData_;
+    LightSensorSamplingMode mode_ HX_GUARDED_BY(lock_) = SamplingModeStandard;
+    LightSensorOperationRange range_ HX_GUARDED_BY(lock_) = RangeStandard;
+    SampleRing* pReject_ HX_GUARDED_BY(lock_) = nullptr;
+    SampleRing* pAverage_ HX_GUARDED_BY(lock_) = nullptr;
+    std::uint32_t luxSum_ HX_GUARDED_BY(lock_) = 0;
+    CtrlData sCtrlData_ HX_GUARDED_BY(lock_);
     std::atomic<std::uint32_t> averageLux_{0};
     std::atomic<bool> running_{false};
     std::atomic<bool> ending_{false}; ///< the thread takes no more samples; its unit lock may be free already

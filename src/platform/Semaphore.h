@@ -33,6 +33,8 @@ public:
 
     /// Blocks until it is taken. A signal does not end the wait; false only when the semaphore is not open.
     [[nodiscard]] bool wait() HX_TRY_ACQUIRE(true) { return waitThroughSignals(handle_); }
+    /// The same for callers that go on, unlocked, when the semaphore is not open.
+    void acquire() HX_ACQUIRE() HX_UNCHECKED_LOCKING { (void)wait(); }
     /// False at once when somebody holds it.
     [[nodiscard]] bool tryWait() HX_TRY_ACQUIRE(true) { return LinuxWrapper::WaitForSema(handle_, false); }
     void post() HX_RELEASE() { LinuxWrapper::ReleaseSema(handle_); }

@@ -13,11 +13,6 @@
 namespace Halvix {
 
 struct FirmwareUpgrade_Imp::Job {
-    Job();
-    ~Job();
-    Job(const Job&) = delete;
-    Job& operator=(const Job&) = delete;
-
     /// Ends the previous run's flasher, with the device and the image it may still hold, and makes a fresh one. Only
     /// for the holder of the upgrade lock.
     template <class Flasher, class... Arguments>
@@ -26,32 +21,18 @@ struct FirmwareUpgrade_Imp::Job {
         fpga.reset();
         microcontroller.reset();
         place.emplace(arguments...);
-        place->attach(statusLock, statusSignal, upgradeLock, &status);
+        place->attach(statusLock.handle(), statusSignal.handle(), upgradeLock.handle(), &status);
         return *place;
     }
 
     std::optional<Flasher_FPGA> fpga;
     std::optional<Flasher_STM32> microcontroller;
-    int statusLock = 0;   ///< guards `status`
-    int statusSignal = 0; ///< counts the published changes; starts at 1, so the first wait returns at once
-    int upgradeLock = 0;  ///< one run at a time on the unit
-    UpgradeStatus status{};
+    // One that could not be made is 0: without the upgrade lock every start answers 11.
+    Semaphore statusLock{nullptr};
+    Semaphore statusSignal{nullptr}; ///< counts the published changes; starts at 1, so the first wait returns at once
+    Semaphore upgradeLock{"HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS"}; ///< one run at a time on the unit
+    UpgradeStatus status HX_GUARDED_BY(statusLock){};
 };
-
-FirmwareUpgrade_Imp::Job::Job()
-{
-    // A semaphore that could not be made is 0: without the upgrade lock every start then answers 11.
-    (void)LinuxWrapper::CreateSema(statusLock, nullptr);
-    (void)LinuxWrapper::CreateSema(statusSignal, nullptr);
-    (void)LinuxWrapper::CreateSema(upgradeLock, "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS");
-}
-
-FirmwareUpgrade_Imp::Job::~Job()
-{
-    LinuxWrapper::CloseSema(statusLock);
-    LinuxWrapper::CloseSema(statusSignal);
-    LinuxWrapper::CloseSema(upgradeLock);
-}
 
 FirmwareUpgrade_Imp::FirmwareUpgrade_Imp() : job_{std::make_shared<Job>()} {}
 
@@ -90,10 +71,10 @@ eErr FirmwareUpgrade_Imp::startFrontVerification(const char* file, bool blocking
 eErr FirmwareUpgrade_Imp::startMicrocontroller(const char* file, Flasher_STM32::eDeviceType type, Task task,
                                                bool blocking)
 {
-    if (!LinuxWrapper::WaitForSema(job_->upgradeLock, false))
+    if (!LinuxWrapper::WaitForSema(job_->upgradeLock.handle(), false))
         return ERR_IN_PROGRESS;
     if (const eErr err = CheckFile(file, type); err != ERR_SUCCESS) {
-        LinuxWrapper::ReleaseSema(job_->upgradeLock);
+        LinuxWrapper::ReleaseSema(job_->upgradeLock.handle());
         return err;
     }
     return run(job_->renew(job_->microcontroller, type), file, task, blocking);
@@ -101,7 +82,7 @@ eErr FirmwareUpgrade_Imp::startMicrocontroller(const char* file, Flasher_STM32::
 
 eErr FirmwareUpgrade_Imp::startFpga(const char* file, Task task, bool blocking)
 {
-    if (!LinuxWrapper::WaitForSema(job_->upgradeLock, false))
+    if (!LinuxWrapper::WaitForSema(job_->upgradeLock.handle(), false))
         return ERR_IN_PROGRESS;
     return run(job_->renew(job_->fpga), file, task, blocking);
 }
@@ -118,19 +99,18 @@ eErr FirmwareUpgrade_Imp::run(IFlasher& flasher, const char* file, Task task, bo
     const eErr err = LinuxWrapper::startThread(task == Task::Program ? threadProcProgram : threadProcVerify, &flasher);
     if (err != ERR_SUCCESS) {
         (void)flasher.takeOwner();
-        LinuxWrapper::ReleaseSema(job_->upgradeLock); // nothing was touched yet
+        LinuxWrapper::ReleaseSema(job_->upgradeLock.handle()); // nothing was touched yet
     }
     return err;
 }
 
 void FirmwareUpgrade_Imp::resetStatus()
 {
-    const bool locked = waitThroughSignals(job_->statusLock);
     lastRead_ = {};
-    if (locked) {
-        job_->status = {};
-        LinuxWrapper::ReleaseSema(job_->statusLock);
-    }
+    if (!job_->statusLock.wait())
+        return;
+    job_->status = {};
+    job_->statusLock.post();
 }
 
 namespace {
@@ -174,13 +154,13 @@ eErr FirmwareUpgrade_Imp::CheckFile(const char* file, Flasher_STM32::eDeviceType
 
 eErr FirmwareUpgrade_Imp::getUpgradeStatus(UpgradeStatus* status, bool wait)
 {
-    if (!LinuxWrapper::WaitForSema(job_->statusSignal, wait) || !waitThroughSignals(job_->statusLock)) {
+    if (!LinuxWrapper::WaitForSema(job_->statusSignal.handle(), wait) || !job_->statusLock.wait()) {
         *status = lastRead_;
         return ERR_SUCCESS;
     }
     lastRead_ = job_->status;
     *status = lastRead_;
-    LinuxWrapper::ReleaseSema(job_->statusLock);
+    job_->statusLock.post();
     return ERR_SUCCESS;
 }
 
