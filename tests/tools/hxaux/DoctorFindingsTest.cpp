@@ -125,11 +125,11 @@ TEST(DoctorFindings, AreProvokedForEachKindOfBadLineOfTheSettingsFile)
 TEST(DoctorFindings, AreProvokedForAFifoThatMayNotBeUsed)
 {
     EXPECT_THAT(onUnit("hxaux doctor daemon", {"fail=/tmp/hxauxd.fifo open EACCES"}),
-                AllOf(outputMatches("Permission denied\n  mend with: sudo adduser"), statusIs(1)));
+                AllOf(outputMatches("Permission denied\n  fix: sudo adduser"), statusIs(1)));
 }
 
 TEST(DoctorFindings, AreProvokedForAPlainFileInTheFifosPlace)
 {
     EXPECT_THAT(onUnit("hxaux doctor daemon", {"daemon.plain-file=on"}),
-                AllOf(outputMatches("is a plain file.*\n  mend with: sudo rm /tmp/hxauxd.fifo"), statusIs(1)));
+                AllOf(outputMatches("is a plain file.*\n  fix: sudo rm /tmp/hxauxd.fifo"), statusIs(1)));
 }

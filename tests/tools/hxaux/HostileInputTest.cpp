@@ -135,7 +135,7 @@ TEST(MistakenValue, OutsideItsRangeIsRefusedByEachVerb)
     EXPECT_GT(refused, 50) << "the table of verbs was not walked";
 }
 
-TEST(MistakenCall, WithoutARequiredValueOrWithOneTooManyIsRefusedByEachVerb)
+TEST(MistakenCall, WithMissingOrTooManyArgumentsIsRefusedByEachVerb)
 {
     for (const Object* object : allObjects())
         for (const Verb& verb : object->verbs) {
@@ -155,7 +155,7 @@ TEST(MistakenCall, WithoutARequiredValueOrWithOneTooManyIsRefusedByEachVerb)
         }
 }
 
-TEST(HostileWord, IsRefusedAsObjectVerbOptionAndValueTooMany)
+TEST(HostileWord, IsRefusedAsObjectVerbOptionAndExtraArgument)
 {
     for (const std::string& word : kNoValues) {
         if (word == "--")
@@ -271,16 +271,16 @@ TEST(HostileTextOfTheUnit, IsNamedByTheDoctor)
     (void)unit.run("sh -c 'printf \"ABL_k=\\033[2J\\n\" >/opt/etc/hxaux.ini'");
 
     EXPECT_THAT(unit.run("hxaux doctor settings-file"),
-                AllOf(outputMatches("'\\\\x1b\\[2J' is no number"), statusIs(1)));
+                AllOf(outputMatches("'\\\\x1b\\[2J' is not a number"), statusIs(1)));
 }
 
-TEST(SettingsPathThatIsNoFile, DoesNotKeepTheDoctorWaiting)
+TEST(SettingsPathThatIsNotAFile, DoesNotKeepTheDoctorWaiting)
 {
     const Unit unit;
     (void)unit.run("mkfifo /opt/etc/hxaux.ini");
 
     EXPECT_THAT(unit.run("hxaux doctor settings-file"),
-                AllOf(outputMatches("/opt/etc/hxaux.ini: it is not a regular file"), statusIs(1)));
+                AllOf(outputMatches("/opt/etc/hxaux.ini: not a regular file"), statusIs(1)));
 }
 
 // A device that takes the place of a closed output must not get what was meant for it.
