@@ -192,7 +192,7 @@ TEST(BootloaderModel, StartsAProgramAndIsGoneThen)
     EXPECT_THAT(line.ask({0x00, 0xFF}), IsEmpty());
 }
 
-TEST(BootloaderModel, ProtectsSectorsFromWritingUntilItIsTold)
+TEST(BootloaderModel, ProtectsSectorsFromWritingUntilTheProtectionIsRemoved)
 {
     Line line;
     line.ask({0x7F});
@@ -377,7 +377,7 @@ TEST(KilledUpgrade, IsLikeOneInWhichABlockWasRefused)
     EXPECT_EQ(line.unit.properties().get("ss.state"), "no firmware");
 }
 
-TEST(SupplyOff, TakesThePowerOfBothMicrocontrollersAndGivesItBack)
+TEST(SupplyOff, RemovesAndRestoresThePowerOfBothMicrocontrollers)
 {
     Unit unit;
     unit.actions().run("supply", {"off"});

@@ -3,6 +3,6 @@
 
 #include <ostream>
 
-/// Opens, asks, duplicates and closes devices and uses the board library, while a signal that restarts no call comes
+/// Opens, queries, duplicates and closes devices and uses the board library, while a signal that restarts no call comes
 /// each millisecond. Writes down how often each of these went well.
 void playStorm(std::ostream& results);

@@ -154,7 +154,7 @@ TEST_F(HostileClients, SendLargerMessagesThanAnyProgram)
     expectAnswers();
 }
 
-TEST_F(HostileClients, ClaimToBeEachOther)
+TEST_F(HostileClients, ImpersonateEachOther)
 {
     const Raw first = client();
     const Raw second = client();
