@@ -164,7 +164,7 @@ void Supervisor::describeActions()
                 throw BadText{"signal [MILLISECONDS]"};
             giveSignal(words.empty() ? configuration.signalTime() + 500ms : durationOf(words[0], 0ms, 0ms));
         },
-        "gives the external on/off signal; without an argument for long enough");
+        "applies the external on/off signal; without an argument long enough to count");
     actions.add(
         "supply", "on|off",
         [this](const Actions::Words& words) {

@@ -25,7 +25,7 @@ public:
     // Around a fork.
     void lock() { lock_.lock(); }
     void unlock() { lock_.unlock(); }
-    /// In the child, locked: the parent goes on using these.
+    /// In the child, locked: the parent continues to use these.
     void closeAll();
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Recording in the host: it records the calls of programs, and lets the machine's devices answer them.
+// Recording in the host: it records the calls of programs, and can replace the model by the machine's devices.
 #include <cstdlib>
 #include <filesystem>
 

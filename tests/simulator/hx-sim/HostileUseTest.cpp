@@ -16,7 +16,7 @@ using hxtest::run;
 using hxtest::statusIs;
 using testing::AllOf;
 
-/// Beside the simulator's own folder lies one that must survive whatever is asked.
+/// A directory beside the simulator's own one must survive every command.
 class HostileUse : public UnitFixture {
 protected:
     HostileUse()
@@ -130,7 +130,7 @@ TEST_F(HostileUse, LeavesTheSimulatorsFolderOfAnotherPlaceAlone)
     EXPECT_TRUE(fs::exists(sentinel() + "/unit/made-by-hx-sim"));
 }
 
-/// What is given as a file and is none.
+/// Anything but a plain file in place of a file.
 TEST_F(HostileUse, RefusesWhatIsNotAFileWithoutWaiting)
 {
     const std::string fifo = sentinel() + "/fifo";

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The microcontrollers' ROM bootloader as the simulated unit has it, asked over the unit's serial node.
+// The ROM bootloader of the simulated microcontrollers, accessed over the unit's serial node.
 #include <array>
 #include <cerrno>
 
@@ -405,7 +405,7 @@ TEST(SupplyOff, ForgetsWhatNoMemoryHolds)
     EXPECT_EQ(unit.properties().get("telematics.gsm"), "off");
 }
 
-/// The FPGA's flash and who else takes part in writing it.
+/// The FPGA's flash and the other parts that take part in writing it.
 class Fpga {
 public:
     int write(std::uint32_t position, std::uint32_t length, std::uint8_t value)

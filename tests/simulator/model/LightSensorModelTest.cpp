@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The simulated light sensor by itself: how long a change of range takes, and how the noise is distributed.
+// The simulated light sensor: the duration of a range change, and the distribution of the noise.
 #include "simulator/model/LightSensor.h"
 
 #include <array>

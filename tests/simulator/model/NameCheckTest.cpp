@@ -11,7 +11,7 @@ using testing::Eq;
 
 namespace {
 
-/// What the unit has against a line of a description, or nothing.
+/// The unit's error for a line of a description, or nothing.
 std::string refusalOf(const std::string& line)
 {
     Unit unit;

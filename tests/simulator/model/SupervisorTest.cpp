@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The simulated supervisor by itself: what it refuses, how power requests run in model time, what it counts.
+// The simulated supervisor: refused values, power requests in model time, counters.
 #include "simulator/model/Supervisor.h"
 
 #include <gmock/gmock.h>

@@ -35,12 +35,12 @@ int device(int flags = O_RDWR)
     return open(path.c_str(), flags);
 }
 
-/// 1: the descriptor leads to the device.
+/// 1: the descriptor refers to the device.
 int works(int fd)
 {
     std::uint16_t block[2] = {0, 0};
     const bool answered = ioctl(fd, 0xC004003A, block) == 0;
-    const bool refused = !answered && errno == ENOTTY; // a device of the kernel knows no registers
+    const bool refused = !answered && errno == ENOTTY; // a device of the kernel has no registers
     if (!answered && !refused)
         return -1;
     errno = 0;

@@ -17,7 +17,7 @@ using testing::AllOf;
 
 using Descriptors = UnitFixture;
 
-/// What the kernel answers for a device of its own.
+/// The kernel's results for a device of its own.
 std::string kernelsAnswers()
 {
     return run("hx-probe rules zero").output;

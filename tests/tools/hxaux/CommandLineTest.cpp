@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Words, help and mistakes: what needs no unit.
+// Arguments, help and usage errors: tests without a unit.
 #include "testing/Command.h"
 
 using namespace hxtest;

@@ -51,7 +51,7 @@ bool isSimulatorVerb(const std::string& word)
     return std::ranges::any_of(hxsim::kVerbs, isIt) || ("\n" + actions).find("\n" + word + " ") != std::string::npos;
 }
 
-/// Placeholders and options stand for themselves.
+/// Placeholders and options match themselves.
 bool isKnown(const std::vector<std::string>& call)
 {
     const std::string& word = call[1];
@@ -111,7 +111,7 @@ TEST(ErrorPage, ListsEachCodeWithItsNameAndItsText)
     for (int code = 0; code < kCodes; ++code)
         EXPECT_THAT(text, HasSubstr("\n| " + std::to_string(code) + " | `" + hxaux::errorName(code) + "` | " +
                                     GetErrorStringA(Halvix::eErr(code)) + " | "));
-    EXPECT_EQ(hxaux::errorName(kCodes), std::to_string(kCodes)) << "the page must tell a new code";
+    EXPECT_EQ(hxaux::errorName(kCodes), std::to_string(kCodes)) << "the page must list a new code";
 }
 
 TEST(SimulatorPage, ListsEachCommandAndEachStatus)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// hx-sim record and replay, as somebody uses them who records on a unit and replays in a test.
+// hx-sim record and replay: recording on a unit, replaying in a test.
 #include "testing/Command.h"
 #include "testing/FirmwareTexts.h"
 
@@ -285,7 +285,7 @@ TEST(Replay, RefusesWhatIsNotARecordingAndNamesTheLine)
     EXPECT_EQ(refusal(title + "1.1 0\n"), ":2: missing word\n");
 }
 
-/// What somebody may send as a recording, and the line and words with which it is refused.
+/// A hostile recording, and the line and message with which it is refused.
 struct HostileLine {
     const char* line;
     const char* refusal;
@@ -376,7 +376,7 @@ TEST(Replay, AnswersEachExampleAsItWasRecorded)
     const Recordings recordings;
     for (const auto& entry : fs::directory_iterator(fs::path(HX_EXAMPLE_SOURCES) / "expected")) {
         if (entry.path().stem() == "lightsensor")
-            continue; // it averages for a while: how often it asks is a matter of time
+            continue; // it averages for a while: the number of its requests depends on time
         const std::string program = std::string(HX_EXAMPLE_PROGRAMS) + "/" + entry.path().stem().string();
         SCOPED_TRACE(program);
         const std::string file = recordings.file("example");

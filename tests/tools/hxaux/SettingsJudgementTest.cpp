@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What `hxaux doctor` says to the contents of a settings file.
+// The findings of `hxaux doctor` for the contents of a settings file.
 #include "tools/hxaux/doctor/Doctor.h"
 
 #include <gmock/gmock.h>

@@ -139,7 +139,7 @@ std::vector<std::string> lockNames()
 
 const Object objects::Locks{
     "locks",
-    "the locks that programs on the unit share, and who uses them",
+    "the locks that programs on the unit share, and their users",
     {
         {.name = "",
          .help = "Shows every lock: its state, its value and the processes that use it.",
