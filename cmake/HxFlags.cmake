@@ -41,12 +41,12 @@ endfunction()
 add_compile_definitions(_FILE_OFFSET_BITS=64)
 # Plain char carries signed bytes between drivers and callers.
 add_compile_options(-fsigned-char)
-# No path of the building machine in any artefact; also lets compiler caches share results.
+# No path of the build machine in any artefact; compiler caches can then share results.
 add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=." -fno-omit-frame-pointer)
 
 find_program(HX_CCACHE ccache)
 if(HX_CCACHE)
-  add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>) # lets the cache see through precompiled headers
+  add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>) # so that the cache supports precompiled headers
   set(CMAKE_C_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_NOHASHDIR=1
       CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_SLOPPINESS=pch_defines,time_macros ${HX_CCACHE})
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_C_COMPILER_LAUNCHER})
@@ -72,7 +72,7 @@ target_compile_options(hx_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow
                        $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
                        $<$<BOOL:${HX_WERROR}>:-Werror>)
 
-# What Debian hardens its packages with, plus control-flow protection. Sanitizers bring their own checks.
+# Debian's hardening flags, plus control-flow protection. Sanitizers have their own checks.
 add_library(hx_hardening INTERFACE)
 if(NOT HX_SANITIZE AND NOT HX_COVERAGE)
   target_compile_options(hx_hardening INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: LicenseRef-HXAux
-# What `cmake --install` puts where; the Debian packages are cut from the same files.
+# The files that `cmake --install` installs; the Debian packages contain the same files.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS hx-aux EXPORT hx-aux LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})

@@ -5,8 +5,8 @@ set(INSTALL_GTEST OFF)
 add_subdirectory(${HX_GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 include(GoogleTest)
 
-# Tests run once: neither optimisation nor more of debugging than line numbers pays. Undefined behaviour is looked for in
-# what the tests call; in their own code the checks would take most of the compiler's time.
+# Tests run once: optimisation and debug information beyond line numbers do not pay. Undefined behaviour is checked in the
+# code under test; checks in the tests themselves would take most of the compile time.
 set(HX_TEST_OPTIONS -g1 -O0)
 if(HX_SANITIZE MATCHES "undefined")
   list(APPEND HX_TEST_OPTIONS -fno-sanitize=undefined)
@@ -21,7 +21,7 @@ function(hx_add_test name)
   target_link_libraries(${name} PRIVATE hx-aux-internal)
 endfunction()
 
-# hx_add_driver_test(name sources...): the same, but each test writes down the calls at the drivers one by one; the
+# hx_add_driver_test(name sources...): the same, but each test scripts the calls on the drivers one by one; the
 # program's own `open` and `ioctl` answer them.
 function(hx_add_driver_test name)
   hx_add_test_on(hx_test_driver ${name} ${ARGN})
@@ -64,7 +64,7 @@ else()
   set(HX_TEST_LABEL ${HX_ABI})
 endif()
 
-# What every test program has: the in-process backend of the simulated unit and the helpers for it.
+# Common parts of all test programs: the in-process backend of the simulated unit and its helpers.
 set(HX_TESTING ${CMAKE_SOURCE_DIR}/testing)
 add_library(hx_test_support INTERFACE)
 target_sources(hx_test_support INTERFACE ${HX_TESTING}/SimulatedUnit.cpp)
@@ -82,7 +82,7 @@ add_library(hx_test_scripted INTERFACE)
 target_sources(hx_test_scripted INTERFACE ${HX_TESTING}/scripted/ScriptedDevice.cpp)
 target_link_libraries(hx_test_scripted INTERFACE hx_test_support)
 
-# Programs that tests start, and the units that they run on.
+# Programs that tests start, and their units.
 set(HX_TEST_PROGRAMS ${CMAKE_BINARY_DIR}/tests)
 add_library(hx-test-processes STATIC ${HX_TESTING}/Command.cpp ${HX_TESTING}/Process.cpp)
 target_include_directories(hx-test-processes PUBLIC ${CMAKE_SOURCE_DIR})

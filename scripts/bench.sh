@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: LicenseRef-HXAux
-# Measures what the library and the simulated unit cost; docs/performance.md tells what the figures mean.
+# Measures the costs of the library and the simulated unit; docs/performance.md explains the figures.
 #
 #   scripts/bench.sh [SECTION...]             measure and print; all sections take about six minutes
-#   scripts/bench.sh --check [SECTION...]     also fail where an aim is missed: 50 ns an operation, 3 % over the floor
+#   scripts/bench.sh --check [SECTION...]     also fail when a target is missed: 50 ns per operation, 3 % over the floor
 #                                             of an EEPROM change, 1.02 times the wire's time of an upgrade
 #
 # Sections: operations light parsers processes requests eeprom upgrade
@@ -27,7 +27,7 @@ for abi in i386 x86_64; do
 done
 
 bench_operations() { # abi
-    echo "  nanoseconds an operation, the fastest of 15 runs"
+    echo "  nanoseconds per operation, the fastest of 15 runs"
     "$folder/hx-bench" --benchmark_repetitions=15 --benchmark_report_aggregates_only=true \
         --benchmark_enable_random_interleaving=true --benchmark_min_time=0.05 --benchmark_format=csv 2>/dev/null |
         awk -F, -v limit="$limit" -v check="${check[*]}" '
@@ -64,8 +64,8 @@ bench_requests() {
 bench_eeprom() { "build/$abi/hx-sim" run -- "$folder/hx-bench-eeprom" "${check[@]}"; }
 bench_upgrade() { "build/$abi/hx-sim" run -- "$folder/hx-bench-upgrade" "${check[@]}"; }
 
-# A processor that sleeps between two calls adds its waking up to everything that waits for another process. Idle loops
-# keep every one awake and give way at once.
+# A processor that sleeps between two calls adds its wake-up time to every wait for another process. Idle loops keep all of
+# them awake and yield at once.
 for _ in $(seq "$(nproc)"); do
     chrt --idle 0 bash -c 'while :; do :; done' &
 done
@@ -75,7 +75,7 @@ trap 'kill $(jobs -p)' EXIT
 status=0
 for section in "${sections[@]}"; do
     declare -F "bench_$section" >/dev/null || {
-        echo "no section '$section'; the head of this script names them" >&2
+        echo "no section '$section'; the head of this script lists them" >&2
         exit 2
     }
     for abi in i386 x86_64; do

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: LicenseRef-HXAux
 # shellcheck disable=SC2317  # the checks are called by their names
-# Every check beside scripts/test.sh, in one command; closes with a table of verdicts.
+# Every check besides scripts/test.sh, in one command; ends with a table of results.
 #
 #   scripts/check.sh              all checks
-#   scripts/check.sh NAME...      these ones: names below, in the order in which they run
+#   scripts/check.sh NAME...      these checks; the names below, in the order in which they run
 #   scripts/check.sh --fast       those that need no build: seconds
 #   scripts/check.sh --list       the names
 #
@@ -43,11 +43,11 @@ check_docs() { scripts/docs.sh; }
 check_abi() { scripts/check-abi; }
 check_tests() { scripts/test.sh; }
 check_conformance() { scripts/conformance.sh; }
-# A random dozen; the seed in the log repeats the choice.
+# Twelve random mutants; the seed in the log repeats the selection.
 check_mutants() { scripts/mutants --random 12; }
 check_asan() { build_and_test asan; }
 check_tsan() { build_and_test tsan; }
-# A million rounds of what is cheap, then a random mix for HX_SOAK_SECONDS (an hour: 3600); its seed is in the log.
+# A million rounds of the cheap operations, then a random mix for HX_SOAK_SECONDS (an hour: 3600); its seed is in the log.
 check_soak() {
     cmake --preset x86_64 -DHX_TESTS=ON
     cmake --build --preset x86_64 -j "$(nproc)" --target test_soak
@@ -70,7 +70,7 @@ fi
 [ ${#wanted[@]} -gt 0 ] || wanted=("${names[@]}")
 for name in "${wanted[@]}"; do
     declare -F "check_$name" >/dev/null || {
-        echo "no check named '$name'; scripts/check.sh --list names them" >&2
+        echo "no check named '$name'; scripts/check.sh --list lists them" >&2
         exit 2
     }
 done

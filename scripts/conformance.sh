@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: LicenseRef-HXAux
-# Asks every operation the same questions through the three backends of the simulated unit and prints the verdicts side by
+# Calls every operation in the same way through the three backends of the simulated unit and prints the results side by
 # side: linked into the program, preloaded into a plain program, and real character devices in an emulated machine.
 #
 #   scripts/conformance.sh             all three (a minute)

@@ -16,7 +16,7 @@ cmake --build --preset coverage -j "$(nproc)"
 find build/coverage -name '*.gcda' -delete
 ctest --test-dir build/coverage --output-on-failure -j "$(nproc)" "${tests[@]}"
 
-# The branch of an assertion that does not hold is none that can be reached.
+# The branch of a failed assertion is unreachable.
 trace=build/coverage/coverage.json
 gcovr --root . --object-directory build/coverage --exclude-throw-branches --exclude-unreachable-branches \
     --exclude-branches-by-pattern '\s*assert\(.*' --gcov-ignore-parse-errors --filter src/ --json "$trace"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: LicenseRef-HXAux
-# Builds the 32-bit library, starts a simulated unit and runs the tour against it: a program that knows nothing of any
-# simulation and makes real open and ioctl calls. Installs what is missing.
+# Builds the 32-bit library, starts a simulated unit and runs the tour on it: an unmodified program that makes real
+# open and ioctl calls. Installs missing packages.
 #
 #   scripts/demo.sh
 set -euo pipefail
@@ -37,7 +37,7 @@ echo
 echo "== The same unit through the command line tool"
 for request in "version" "voltage 0" "inputs" "info" "backlight get"; do
     echo "\$ hxaux $request"
-    # The requests are words of their own on purpose.
+    # The requests are split into words on purpose.
     # shellcheck disable=SC2086
     build/i386/hx-sim run --unit "$unit" -- build/i386/hxaux $request | sed 's/^/  /'
 done

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: LicenseRef-HXAux
-# Installs the Debian 12 packages that a purpose needs, and says which. Nothing is done when all are there.
+# Installs the Debian 12 packages for a purpose, and lists them. Does nothing when all are installed.
 #
 #   scripts/install-deps.sh build|test|fast|system|check|package
 #
@@ -33,7 +33,7 @@ package) wanted=("${packages[@]}") ;;
     ;;
 esac
 
-# A package of both architectures answers one line for each.
+# A package of both architectures prints one line for each.
 installed() { dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed; }
 
 missing=()
@@ -59,7 +59,7 @@ if [[ " ${missing[*]} " == *:i386* ]] && ! dpkg --print-foreign-architectures | 
     "${as_root[@]}" dpkg --add-architecture i386
 fi
 export DEBIAN_FRONTEND=noninteractive
-# A mirror that is being renewed may fail for one index and still deliver the packages: the installation decides.
-"${as_root[@]}" apt-get update -qq || echo "The package lists could not all be renewed; going on with those at hand" >&2
+# A mirror that is being updated may fail for one index and still have the packages: the installation decides.
+"${as_root[@]}" apt-get update -qq || echo "Some package lists could not be updated; continuing with the existing ones" >&2
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
     >/dev/null

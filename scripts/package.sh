@@ -6,13 +6,13 @@
 #   scripts/package.sh [--try] [i386|amd64]...      results in build/packages/
 #
 # With --try it only installs, uses and removes what an earlier run built. Half an hour for both architectures.
-# Needs root (for the roots), and takes the package mirrors that this machine is set up with.
+# Needs root (for the roots), and uses the package mirrors of this machine.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/install-deps.sh package
 [ "$(id -u)" -eq 0 ] || {
-    echo "building in roots of their own needs root; run with sudo" >&2
+    echo "building in separate roots needs root; run with sudo" >&2
     exit 1
 }
 

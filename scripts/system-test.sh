@@ -95,10 +95,10 @@ tr -d '\r' <"$work/output.txt" | awk -v work="$work" '
 cat "$work/report.txt"
 status=$(((emulator - 1) / 2))
 if [ "$emulator" -eq 124 ]; then
-    echo "no verdict within $bound s"
+    echo "no result within $bound s"
     status=1
 elif [ "$emulator" -eq 0 ] || [ $((emulator % 2)) -eq 0 ]; then
-    echo "the machine ended without a verdict (status $emulator)"
+    echo "the machine ended without a result (status $emulator)"
     tail -n 20 "$work/output.txt"
     status=1
 fi

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: LicenseRef-HXAux
-# Builds both ABIs and runs every test. Installs what is missing.
+# Builds both ABIs and runs every test. Installs missing packages.
 #
 #   scripts/test.sh [CTEST OPTIONS]      e.g. scripts/test.sh -R Backlight
 set -euo pipefail
@@ -15,7 +15,7 @@ for preset in i386 x86_64; do
     cmake --build --preset "$preset" -j "$(nproc)" >>"build/$preset.log" 2>&1 || { tail -n 60 "build/$preset.log" && exit 1; }
 done
 
-# One run over both ABIs, so that it closes with one summary. Many tests wait for processes and for time to pass: two
+# One run over both ABIs, so that it ends with one summary. Many tests wait for processes and for time to pass: two
 # more of them than processors keep the processors busy.
 echo 'subdirs("i386" "x86_64")' >build/CTestTestfile.cmake
 exec ctest --test-dir build --output-on-failure -j $(($(nproc) + 2)) "$@"

@@ -78,7 +78,7 @@ void onIoctl(fuse_req_t request, int code, void* argument, fuse_file_info* info,
         fuse_reply_ioctl(request, static_cast<int>(result), answer.data(), answer.size());
 }
 
-/// Reads until there is an answer. Only this device waits meanwhile: its session has a thread of its own.
+/// Reads until there is an answer. Blocks only this device: its session has a thread of its own.
 Outcome readWhenReady(fuse_req_t request, OpenFile& file, std::vector<std::uint8_t>& bytes)
 {
     constexpr auto kLook = std::chrono::milliseconds{1};
@@ -156,7 +156,7 @@ CuseDevice::CuseDevice(HostedUnit& host, std::string path) : host_{host}, path_{
 CuseDevice::~CuseDevice()
 {
     fuse_session_exit(session_);
-    server_.detach(); // it may sit in a read of the kernel's queue until the process ends
+    server_.detach(); // it may block in a read of the kernel's queue until the process ends
 }
 
 } // namespace hxsim

@@ -13,8 +13,8 @@ namespace hxsim {
 /// One device node of the unit as a character device of the kernel, served by a thread of its own.
 ///
 /// The drivers' requests carry more than their codes declare (the value of a byte-write lies in the second byte of a
-/// block that the code gives one byte), so requests are served unrestricted: the kernel asks once, is told which bytes
-/// of the caller's memory are wanted, and asks again with them.
+/// block that the code gives one byte), so requests are served unrestricted: the kernel calls once, receives the ranges
+/// of the caller's memory that are needed, and calls again with them.
 class CuseDevice {
 public:
     CuseDevice(HostedUnit& host, std::string path);

@@ -9,8 +9,8 @@
 
 namespace hxsim {
 
-/// What hangs at the other end of the unit's serial port: carries bytes between a real port of the machine, wired to
-/// the unit's port, and the model's serial node. The thread lives as long as the process.
+/// The other end of the unit's serial port: transfers bytes between a real port of the machine, connected to the unit's
+/// port, and the model's serial node. The thread runs as long as the process.
 class SerialPeer {
 public:
     SerialPeer(HostedUnit& host, std::string node, const std::string& port);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-sim-cuse: the simulated unit as real character devices. It needs root and a kernel with CUSE, so it runs inside
-// the guest of tests/system; programs there meet real devices and know nothing of any simulation.
+// the guest of tests/system; programs there use real devices and need no preload library.
 
 #include <csignal>
 #include <cstdio>

@@ -13,7 +13,7 @@ namespace hxsim {
 
 namespace {
 
-/// The name under which faults know an ioctl; register requests are also known by their register.
+/// The name of an ioctl in faults; register requests also have the name of their register.
 std::string faultName(std::uint32_t code, std::span<const std::uint8_t> in)
 {
     if ((code != kGetRegister && code != kPutRegister) || in.size() < 2)
@@ -28,7 +28,7 @@ int fate(Faults& faults, const Node& node, const std::string& call)
     return error != 0 ? error : faults.take(node.path(), call);
 }
 
-/// Result of a close that the end of the program brought about.
+/// Result of a close caused by the end of the program.
 constexpr std::int64_t kNotCalled = 1;
 
 std::vector<std::uint8_t> copied(std::span<const std::uint8_t> bytes)
@@ -90,7 +90,7 @@ std::int64_t Calls::ioctl(Caller caller, OpenFile& file, std::uint32_t code, std
     if (!faults.empty() || callsAreWatched()) {
         const std::string name = faultName(code, in);
         fault = fate(faults, file.node, name);
-        // A request without a name of its own is one call, also for a fault that lets some calls pass.
+        // A request without a name of its own counts as one call, also for a fault that skips some calls.
         if (fault == 0 && name != requestName(code))
             fault = faults.take(file.node.path(), requestName(code));
     }

@@ -12,11 +12,11 @@
 
 namespace hxsim {
 
-/// The calls of programs as they arrive at the unit, by whichever backend: each one is checked against the faults that
-/// were asked for, carried out, and recorded. Results are those of the system call, with -errno for failures.
+/// The calls of programs as they arrive at the unit from any backend: each one is checked against the injected faults,
+/// executed, and recorded. Results are those of the system call, with -errno for failures.
 ///
-/// This class answers from the model. Others answer from the devices of the machine or from a recording: they override
-/// what is protected.
+/// This class answers from the model. Derived classes answer from the devices of the machine or from a recording: they
+/// override the protected functions.
 class Calls {
 public:
     explicit Calls(Unit& unit) : unit_{unit} {}
@@ -38,18 +38,18 @@ public:
     Outcome read(Caller caller, OpenFile& file, std::span<std::uint8_t> out, Time started, bool firstTry);
     Outcome write(Caller caller, OpenFile& file, std::span<const std::uint8_t> in);
 
-    /// The errno with which a call that is no call on a node must fail, or 0.
+    /// The errno with which a call outside any node must fail, or 0.
     int fault(Caller caller, const std::string& subject, const std::string& call);
-    /// Records a call that is no call on a node.
+    /// Records a call outside any node.
     void note(Caller caller, const std::string& subject, const std::string& action, std::span<const std::uint8_t> in,
               int error);
 
-    /// Hears of each call on a node with its result, also where the journal has no line of it, and of each fault.
+    /// Is called for each call on a node with its result, also without a journal entry, and for each fault.
     using Listener = std::function<void(const Entry&, std::int64_t result)>;
     void listen(Listener listener) { listener_ = std::move(listener); }
 
     [[nodiscard]] virtual bool present(const std::string& path);
-    /// Nothing for a request that the driver does not know.
+    /// Nothing for an unknown request.
     [[nodiscard]] virtual std::optional<Node::Shape> shape(const OpenFile& file, std::uint32_t code);
     virtual void setLine(OpenFile& file, const LineSettings& settings) { file.node.setLine(settings); }
     virtual void flush(OpenFile& file, bool input, bool output) { file.node.flush(input, output); }

@@ -10,18 +10,18 @@
 
 namespace hxsim {
 
-/// The settings that a serial port has when nobody else has it open: 9600 baud, 8 bits, no parity, line by line.
+/// The default settings of a serial port at its first open: 9600 baud, 8 bits, no parity, canonical mode.
 termios freshTerminal();
 
 /// The device keeps these settings as bytes.
 void keepTerminal(Node& node, const termios& settings);
-/// The settings behind such bytes; nothing when they are none.
+/// The settings in such bytes; nothing when they are invalid.
 std::optional<termios> terminalFrom(std::span<const std::uint8_t> bytes);
 
-/// What the wire knows of terminal settings.
+/// The terminal settings that affect the wire.
 LineSettings lineOf(const termios& settings);
 
-/// Makes terminal settings such that the wire has these.
+/// Changes terminal settings to these wire settings.
 void setLineOf(termios& settings, const LineSettings& line);
 
 } // namespace hxsim

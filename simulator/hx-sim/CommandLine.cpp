@@ -28,7 +28,7 @@ namespace hxsim {
 
 using Words = std::vector<std::string>;
 
-/// What the command line says; each command uses its part.
+/// The parsed command line; each command uses its part.
 struct Choice {
     UnitOptions unit{};
     LightPlay light{};
@@ -46,11 +46,11 @@ struct Choice {
 namespace {
 
 /// A command on a running unit whose answer is shown.
-void tell(const Choice& choice, Words words)
+void sendCommand(const Choice& choice, Words words)
 {
     if (choice.json)
         words.emplace_back("--json");
-    const std::string text = UnitClient{UnitClient::choose(choice.on)}.ask(words);
+    const std::string text = UnitClient{UnitClient::choose(choice.on)}.request(words);
     show(stdout, text);
 }
 
@@ -69,7 +69,7 @@ void set(const Choice& choice)
         lines.push_back(choice.words[0] + " = " + choice.words[1]);
     else
         lines.insert(lines.end(), choice.words.begin(), choice.words.end());
-    tell(choice, lines);
+    sendCommand(choice, lines);
 }
 
 void list(const Choice& choice)
@@ -87,23 +87,23 @@ void list(const Choice& choice)
 void stop(const Choice& choice)
 {
     const std::string name = UnitClient::choose(choice.on);
-    UnitClient{name}.ask({"stop"});
+    UnitClient{name}.request({"stop"});
     for (int i = 0; i < 500; ++i) { // until its folder is gone
         if (!std::filesystem::exists(UnitFolder::pathOf(name)))
             return;
         std::this_thread::sleep_for(std::chrono::milliseconds{10});
     }
-    throw BadText{"the unit '" + name + "' does not end"};
+    throw BadText{"the unit '" + name + "' does not stop"};
 }
 
 void log(const Choice& choice)
 {
     if (choice.clear)
-        return tell(choice, {"clear"});
+        return sendCommand(choice, {"clear"});
     if (!choice.follow)
-        return tell(choice, {"log"});
+        return sendCommand(choice, {"log"});
     UnitClient client{UnitClient::choose(choice.on)};
-    client.ask(choice.json ? Words{"follow", "--json"} : Words{"follow"});
+    client.request(choice.json ? Words{"follow", "--json"} : Words{"follow"});
     client.listen([](const std::string& line) {
         show(stdout, line + '\n');
         std::fflush(stdout);
@@ -114,7 +114,7 @@ int run(const Choice& choice)
 {
     if (choice.on.empty())
         return runOnOwnUnit(choice.unit, choice.words);
-    const double scale = parseReal(UnitClient{choice.on}.ask({"scale"}));
+    const double scale = parseReal(UnitClient{choice.on}.request({"scale"}));
     return runOnUnit(choice.on, scale, choice.words);
 }
 
@@ -127,15 +127,15 @@ int playLight(const Choice& choice)
 }
 
 constexpr char kScale[] = "--scale";
-constexpr char kUnitHelp[] = "The unit's name; may be left out when only one runs";
+constexpr char kUnitHelp[] = "The unit's name; may be omitted while only one is running";
 
-/// What describes a unit that is made for the command.
+/// Options that describe a unit created for the command.
 constexpr const char* kUnitOptions[] = {"--description", "--set", "--keep", kScale};
 
 const CLI::Validator kUnitName{UnitFolder::whatIsWrongWith, "", "name of a unit"};
 const CLI::Validator kNotEmpty{[](std::string& text) { return text.empty() ? std::string{"it is empty"} : ""; }, ""};
 
-/// The range check of the parser takes "nan" for a number that is in every range.
+/// The parser's range check accepts "nan" in every range.
 CLI::Validator between(double low, double high)
 {
     return {[low, high](std::string& text) {
@@ -156,7 +156,9 @@ void addScale(CLI::App& command, double& scale, const char* help)
 
 void addUnitOptions(CLI::App& command, UnitOptions& unit)
 {
-    command.add_option("--description,-d", unit.descriptions, "File that says how the unit differs from a healthy one")
+    command
+        .add_option("--description,-d", unit.descriptions,
+                    "File that describes how the unit differs from a healthy one")
         ->check(kNotEmpty);
     command.add_option("--set,-s", unit.settings, "One line of a description, key=value")->check(kNotEmpty);
     command.add_option("--keep", unit.keep, "Folder in which the EEPROMs outlast the unit, for the next one")
@@ -169,7 +171,7 @@ CLI::Option* addUnit(CLI::App& command, std::string& name, const char* help)
     return command.add_option("--unit,-u", name, help)->check(kUnitName);
 }
 
-/// What describes a unit cannot be given together with this: there is no unit to be made.
+/// The options that describe a unit exclude this one: no unit is created.
 void excludeUnitOptions(CLI::App& command, CLI::Option* option)
 {
     for (const char* const name : kUnitOptions)
@@ -203,7 +205,7 @@ void CommandLine::defineAll()
 {
     app_ = std::make_unique<CLI::App>("hx-sim: simulated units and the programs on them", inShell_ ? "" : "hx-sim");
     app_->require_subcommand(1);
-    app_->parse_complete_callback(&UnitFolder::sweep); // what is refused has not touched the disk
+    app_->parse_complete_callback(&UnitFolder::sweep); // a refused command has not touched the disk
     defineUnits();
     defineValues();
     defineActions();
@@ -246,7 +248,7 @@ void CommandLine::defineUnits()
     starts.callback([this] { startUnit(choice_->unit); });
 
     CLI::App& stops = add("stop");
-    stops.add_option("name", choice_->on, "Its name; may be left out when only one runs")->check(kUnitName);
+    stops.add_option("name", choice_->on, "Its name; may be omitted while only one is running")->check(kUnitName);
     stops.callback([this] { stop(*choice_); });
 
     CLI::App& lists = add("list");
@@ -262,7 +264,7 @@ void CommandLine::defineValues()
 
     CLI::App& gets = addOnUnit("get");
     gets.add_option("key", choice_->words, "Properties; see: hx-sim properties")->required();
-    gets.callback([this] { tell(*choice_, with("get", choice_->words)); });
+    gets.callback([this] { sendCommand(*choice_, with("get", choice_->words)); });
 
     for (const char* const name : {"properties", "actions"}) {
         CLI::App& shows = addOnUnit(name);
@@ -270,7 +272,7 @@ void CommandLine::defineValues()
         if (*name == 'p')
             shows.add_flag("--markdown", choice_->markdown, "All of them and all actions, as a page of a document")
                 ->excludes(json);
-        shows.callback([this, name] { tell(*choice_, {choice_->markdown ? "properties-page" : name}); });
+        shows.callback([this, name] { sendCommand(*choice_, {choice_->markdown ? "properties-page" : name}); });
     }
 }
 
@@ -278,12 +280,12 @@ void CommandLine::defineActions()
 {
     CLI::App& does = addOnUnit("do");
     does.add_option("action", choice_->words, "See: hx-sim actions")->required();
-    does.callback([this] { tell(*choice_, with("do", choice_->words)); });
+    does.callback([this] { sendCommand(*choice_, with("do", choice_->words)); });
 
     for (const char* const name : {"remove", "restore"}) {
         CLI::App& moves = addOnUnit(name);
         moves.add_option("path", choice_->words, "Devices, files, libjida.so or its functions")->required();
-        moves.callback([this, name] { tell(*choice_, with(name, choice_->words)); });
+        moves.callback([this, name] { sendCommand(*choice_, with(name, choice_->words)); });
     }
 }
 
@@ -292,23 +294,23 @@ void CommandLine::defineTrouble()
     CLI::App& fails = addOnUnit("fail");
     fails.add_option("what", choice_->words, "NODE CALL [ERRNO] [COUNT], for example: /dev/backlight open EIO 3")
         ->required();
-    fails.callback([this] { tell(*choice_, with("fail", choice_->words)); });
+    fails.callback([this] { sendCommand(*choice_, with("fail", choice_->words)); });
 
     CLI::App& faults = addOnUnit("faults");
     faults.add_flag("--json", choice_->json, "As JSON");
-    faults.callback([this] { tell(*choice_, {"faults"}); });
+    faults.callback([this] { sendCommand(*choice_, {"faults"}); });
 
     CLI::App& unfails = addOnUnit("unfail");
-    unfails.add_option("node", choice_->words, "The node whose calls fail no more; without one all")->expected(0, 1);
-    unfails.callback([this] { tell(*choice_, with("unfail", choice_->words)); });
+    unfails.add_option("node", choice_->words, "The node whose failures are cleared; all without one")->expected(0, 1);
+    unfails.callback([this] { sendCommand(*choice_, with("unfail", choice_->words)); });
 }
 
 void CommandLine::defineLog()
 {
     CLI::App& logs = addOnUnit("log");
-    CLI::Option* const follow = logs.add_flag("--follow,-f", choice_->follow, "Go on with each new call");
-    CLI::Option* const json = logs.add_flag("--json", choice_->json, "One JSON object a line");
-    logs.add_flag("--clear", choice_->clear, "Forget what was asked until now")->excludes(follow)->excludes(json);
+    CLI::Option* const follow = logs.add_flag("--follow,-f", choice_->follow, "Continue with each new call");
+    CLI::Option* const json = logs.add_flag("--json", choice_->json, "One JSON object per line");
+    logs.add_flag("--clear", choice_->clear, "Discard the calls logged until now")->excludes(follow)->excludes(json);
     logs.callback([this] { log(*choice_); });
 }
 
@@ -358,7 +360,7 @@ void CommandLine::defineReplay()
     replays.callback([this] { choice_->status = replay(choice_->recording, choice_->unit.scale, choice_->words); });
 }
 
-/// What makes no sense inside a shell.
+/// Options that are useless inside a shell.
 void CommandLine::defineShell()
 {
     app_->set_version_flag("--version", "hx-sim " HXSIM_VERSION);
@@ -375,14 +377,14 @@ void CommandLine::defineShell()
 
     CLI::App& completes = add("completion");
     completes
-        .add_option("shell", choice_->words, "bash, fish or zsh; their scripts ask: hx-sim completion words -- WORDS")
+        .add_option("shell", choice_->words, "bash, fish or zsh; their scripts call: hx-sim completion words -- WORDS")
         ->required();
     completes.callback([this] { std::fputs(completionFor(*app_, choice_->words).c_str(), stdout); });
 }
 
 int CommandLine::execute(std::vector<std::string> words)
 {
-    // An unfinished command line is nobody's but the completion's.
+    // Only the completion parses an unfinished command line.
     if (!inShell_ && words.size() >= 2 && words[0] == "completion" && words[1] == "words") {
         words.erase(words.begin());
         std::fputs(completionFor(*app_, words).c_str(), stdout);
@@ -406,7 +408,7 @@ int CommandLine::execute(std::vector<std::string> words)
     } catch (const CLI::ParseError& error) {
         std::string text = error.what();
         std::ranges::replace(text, '\n', ' ');
-        return fail(kUsage, (text + (inShell_ ? "; 'help' tells more" : "; 'hx-sim --help' tells more")).c_str());
+        return fail(kUsage, (text + (inShell_ ? "; see 'help'" : "; see 'hx-sim --help'")).c_str());
     } catch (const BadUsage& bad) {
         return fail(kUsage, bad.what());
     } catch (const UnitClient::NoUnit& none) {

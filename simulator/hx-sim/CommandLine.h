@@ -15,11 +15,11 @@ enum Status { kDone = 0, kRefused = 1, kUsage = 2, kBadFile = 3, kNoUnit = 6 };
 
 struct Choice;
 
-/// The command line of hx-sim: takes the words of one command and carries it out.
+/// The command line of hx-sim: parses the words of one command and executes it.
 class CommandLine {
 public:
     CommandLine();
-    /// The commands of a shell: without a name they are for this unit, and what goes wrong is told behind this text.
+    /// The commands of a shell: without a name they address this unit; error messages begin with this text.
     CommandLine(const std::string& unit, const std::string& place);
     CommandLine(const CommandLine&) = delete;
     CommandLine& operator=(const CommandLine&) = delete;

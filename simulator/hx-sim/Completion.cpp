@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The shells ask hx-sim itself what can follow, so that their scripts know nothing of its commands.
+// The shells query hx-sim for candidates, so their scripts contain no commands.
 #include "simulator/hx-sim/Completion.h"
 
 #include <algorithm>
@@ -64,10 +64,10 @@ Candidates fromUnit(const char* command, const Words& finished)
             std::ranges::find_if(finished, [](const std::string& word) { return word == "--unit" || word == "-u"; });
         const bool isNamed = named != finished.end() && named + 1 != finished.end();
         UnitClient client{UnitClient::choose(isNamed ? named[1] : "")};
-        const auto rows = nlohmann::json::parse(client.ask({command, "--json"}));
+        const auto rows = nlohmann::json::parse(client.request({command, "--json"}));
         for (const auto& [name, row] : rows.items())
             all[name] = row.is_object() ? row.value("help", "") : row.get<std::string>();
-    } catch (const std::exception&) { // completing a line complains about nothing
+    } catch (const std::exception&) { // completion reports no errors
     }
     return all;
 }
@@ -146,21 +146,21 @@ std::string wordsFor(const CLI::App& app, Words words)
 
 } // namespace
 
-std::string completionFor(const CLI::App& app, const Words& asked)
+std::string completionFor(const CLI::App& app, const Words& words)
 {
-    if (asked[0] == "words") {
-        const bool isMarked = asked.size() > 1 && asked[1] == "--";
-        return wordsFor(app, {asked.begin() + (isMarked ? 2 : 1), asked.end()});
+    if (words[0] == "words") {
+        const bool isMarked = words.size() > 1 && words[1] == "--";
+        return wordsFor(app, {words.begin() + (isMarked ? 2 : 1), words.end()});
     }
-    if (asked.size() > 1)
-        throw BadUsage{"too many arguments: " + inQuotes(asked[1])};
-    if (asked[0] == "bash")
+    if (words.size() > 1)
+        throw BadUsage{"too many arguments: " + inQuotes(words[1])};
+    if (words[0] == "bash")
         return kBash;
-    if (asked[0] == "zsh")
+    if (words[0] == "zsh")
         return kZsh;
-    if (asked[0] == "fish")
+    if (words[0] == "fish")
         return kFish;
-    throw BadUsage{"there is no shell '" + asked[0] + "': bash, fish or zsh"};
+    throw BadUsage{"there is no shell '" + words[0] + "': bash, fish or zsh"};
 }
 
 } // namespace hxsim

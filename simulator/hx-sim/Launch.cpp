@@ -82,7 +82,7 @@ void append(const char* variable, const std::string& value)
     _exit(error == ENOENT ? kCannotStart : kCannotStart - 1);
 }
 
-/// Signals that end a unit or tell of its program come through a descriptor, so that the loop sees them.
+/// Signals that stop a unit or report the end of its program arrive through a descriptor, so that the loop sees them.
 class Signals {
 public:
     Signals()
@@ -92,7 +92,7 @@ public:
             sigaddset(&set_, signal);
         sigset_t blocked = set_;
         for (const int signal : {SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF, SIGPIPE, SIGIO, SIGXFSZ})
-            sigaddset(&blocked, signal); // a stray one ends no unit
+            sigaddset(&blocked, signal); // a stray one stops no unit
         sigprocmask(SIG_BLOCK, &blocked, &before_);
         fd_ = signalfd(-1, &set_, SFD_CLOEXEC);
     }
@@ -138,7 +138,7 @@ void serve(const UnitOptions& options, int ready)
     });
 }
 
-/// The unit's own process: its only word on the pipe is "+", or what is wrong.
+/// The unit's process: it writes "+" or an error message to the pipe.
 [[noreturn]] void becomeHost(const UnitOptions& options, int ready)
 {
     setsid();
@@ -228,7 +228,7 @@ void startUnit(const UnitOptions& options)
     if (word == "+")
         return;
     waitpid(child, nullptr, 0);
-    throw BadText{word.empty() ? "the unit ended at once" : word};
+    throw BadText{word.empty() ? "the unit ended immediately" : word};
 }
 
 } // namespace hxsim

@@ -14,7 +14,7 @@ struct UnitOptions {
     double scale = 1.0;                      ///< how many times faster than the machine's the unit's time runs
     std::vector<std::string> descriptions{}; ///< files
     std::vector<std::string> settings{};     ///< description lines, "key=value"
-    std::string keep{};                      ///< folder where the memories outlast the unit; empty: they do not
+    std::string keep{}; ///< directory in which the memories are kept after the unit; empty: not kept
 
     // For a unit that belongs to one program.
     double endAfter = 0;                     ///< seconds of the unit's time until the program gets a TERM; 0: never
@@ -25,9 +25,9 @@ struct UnitOptions {
 
 constexpr int kCannotStart = 127;
 
-/// Runs a program on a unit of its own, which ends with the program. Returns its exit status, or 128 and the signal.
+/// Runs a program on a unit of its own, which stops with the program. Returns its exit status, or 128 plus the signal.
 int runOnOwnUnit(const UnitOptions& options, const std::vector<std::string>& command);
-/// Becomes a program on a running unit. Returns only when it cannot.
+/// Executes a program on a running unit in this process. Returns only on failure.
 int runOnUnit(const std::string& unit, double scale, const std::vector<std::string>& command);
 /// The same in a process of its own. Returns as runOnOwnUnit does.
 int runOnUnitAndWait(const std::string& unit, double scale, const std::vector<std::string>& command);

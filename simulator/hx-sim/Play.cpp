@@ -57,8 +57,8 @@ void draw(Host& host, const LightPlay& play, const LightProfile& profile)
 
 void playLightOn(const std::string& unit, const LightPlay& play)
 {
-    (void)profileOf(play); // what is wrong with the file is told with its name
-    UnitClient{UnitClient::choose(unit)}.ask({"set", asLine(contentOf(play.file))});
+    (void)profileOf(play); // errors in the file are reported with its name
+    UnitClient{UnitClient::choose(unit)}.request({"set", asLine(contentOf(play.file))});
 }
 
 int playLightWith(const LightPlay& play, const std::vector<std::string>& command)

@@ -8,7 +8,7 @@
 
 namespace hxsim {
 
-/// What `hx-sim play light` was asked for.
+/// Options of `hx-sim play light`.
 struct LightPlay {
     std::string file;   ///< the profile
     std::string plot;   ///< where the picture goes; empty for none
@@ -19,8 +19,8 @@ struct LightPlay {
 /// Plays the profile on a running unit, from now on.
 void playLightOn(const std::string& unit, const LightPlay& play);
 
-/// Runs a program on a unit of its own while the profile is played, ends it with it, and draws what happened. Returns
-/// the program's exit status.
+/// Runs a program on a unit of its own while the profile is played, stops the program with it, and plots the result.
+/// Returns the program's exit status.
 int playLightWith(const LightPlay& play, const std::vector<std::string>& command);
 
 } // namespace hxsim

@@ -26,7 +26,7 @@ constexpr char kLibraryName[] = "libhxsim-preload.so";
 constexpr int kDeepest = 4; ///< scripts that are interpreters of scripts
 constexpr std::size_t kMostHeaders = 256;
 
-/// A file to look into; what lies outside it is not there.
+/// The bytes of a file; reads outside it fail.
 class Image {
 public:
     explicit Image(const std::string& path) : fd_{::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)} {}
@@ -58,7 +58,7 @@ private:
     int fd_;
 };
 
-/// What matters of an executable.
+/// The relevant properties of an executable.
 struct Executable {
     std::uint16_t machine = 0;
     bool is64 = false;

@@ -25,13 +25,13 @@ namespace fs = std::filesystem;
 
 constexpr int kNothing = 1; ///< status where there is nothing to compare
 
-/// A recording without calls tests nothing: that is said, and no success.
+/// A recording without calls tests nothing, so it is reported as a failure.
 int statusWith(const std::string& count, const std::string& file, int status)
 {
     show(stderr, "hx-sim record: " + count + " calls in " + file + '\n');
     if (count != "0")
         return status;
-    show(stderr, "hx-sim record: the program asked nothing of the unit's devices; a replay would compare nothing\n");
+    show(stderr, "hx-sim record: the program made no call on the unit's devices; a replay would compare nothing\n");
     return status == 0 ? kNothing : status;
 }
 
@@ -43,13 +43,13 @@ bool describesUnit(const UnitOptions& unit)
 int recordOnRunningUnit(const std::string& name, const std::string& file, const std::vector<std::string>& command)
 {
     UnitClient client{name};
-    const double scale = parseReal(client.ask({"scale"}));
-    client.ask({"record", fs::absolute(file), std::to_string(getpid())});
+    const double scale = parseReal(client.request({"scale"}));
+    client.request({"record", fs::absolute(file), std::to_string(getpid())});
     const int status = runOnUnitAndWait(name, scale, command);
-    return statusWith(client.ask({"end-record"}), file, status);
+    return statusWith(client.request({"end-record"}), file, status);
 }
 
-/// The devices of this machine; within 'hx-sim run' those are that unit's, whose time the program keeps.
+/// The devices of this machine; within 'hx-sim run' these are that unit's, and the program keeps its time.
 void takeMachine(Host& host)
 {
     host.answerWith(std::make_unique<MachineCalls>(host.unit()));
@@ -62,7 +62,7 @@ double scaleOfMachine()
     return scale == nullptr ? 1.0 : std::atof(scale);
 }
 
-/// Whole and checked, before anything of it is used.
+/// Reads and checks the whole recording before any of it is used.
 Recording readRecording(const std::string& file)
 {
     std::string text;
@@ -78,7 +78,7 @@ Recording readRecording(const std::string& file)
     }
 }
 
-/// The unit as it was when the recording began, as far as a program sees it without a call on a device.
+/// The unit at the beginning of the recording, as far as a program sees it without a call on a device.
 void prepare(Host& host, const Recording& recording)
 {
     for (const std::string& name : recording.absent)
@@ -124,7 +124,7 @@ int replay(const std::string& file, double scale, const std::vector<std::string>
     const auto differs = [&](const std::string& what) {
         show(stderr, "hx-sim replay: " + file + ':' + what + '\n');
         if (program > 0)
-            kill(program, SIGTERM); // nothing that it does from here on can be compared
+            kill(program, SIGTERM); // nothing that it does from here on is comparable
     };
     ReplayedCalls* calls = nullptr;
     UnitOptions unit;

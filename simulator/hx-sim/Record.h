@@ -12,7 +12,7 @@ struct RecordOptions {
     std::string file;     ///< empty: the program's name and ".recording"
 };
 
-/// A recording that cannot be read or is none; what() names the file and the line.
+/// A recording that cannot be read or is invalid; what() names the file and the line.
 class BadRecording : public std::exception {
 public:
     explicit BadRecording(std::string text) : text_{std::move(text)} {}
@@ -22,12 +22,12 @@ private:
     std::string text_;
 };
 
-/// Runs a program and records what it asks. Returns its status.
+/// Runs a program and records its calls. Returns its status.
 int record(const RecordOptions& options, const std::vector<std::string>& command);
 
 constexpr int kDiffers = 4;
 
-/// Runs a program on the answers of a recording. Returns its status, or kDiffers after telling the first difference.
+/// Runs a program against a recording. Returns its status, or kDiffers after reporting the first difference.
 int replay(const std::string& file, double scale, const std::vector<std::string>& command);
 
 } // namespace hxsim

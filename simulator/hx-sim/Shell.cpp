@@ -20,7 +20,7 @@ namespace hxsim {
 
 namespace {
 
-/// Where lines come from. libedit is loaded when there is a terminal for it, so that nothing needs it.
+/// The source of lines. libedit is loaded at run time when input is a terminal, so it is not a dependency.
 class Lines {
 public:
     explicit Lines(const std::string& unit) : prompt_{unit + "> "}
@@ -35,7 +35,7 @@ public:
     }
 
     [[nodiscard]] bool fromTerminal() const { return isTerminal_; }
-    /// Nothing at the end.
+    /// Nothing at the end of input.
     std::optional<std::string> next()
     {
         if (read_ != nullptr && remember_ != nullptr)
@@ -68,7 +68,7 @@ private:
     Remember remember_ = nullptr;
 };
 
-/// Words apart by blanks; quotes hold some together. Throws BadText when one is left open.
+/// Splits a line at blanks; quotes group words. Throws BadText for an unbalanced quote.
 std::vector<std::string> split(const std::string& line)
 {
     std::vector<std::string> words;
@@ -142,7 +142,7 @@ int lineStatus(const std::string& unit, const std::string& place, const std::str
 int runShell(const std::string& unit)
 {
     if (!runs(unit))
-        throw UnitClient::NoUnit{"no unit named '" + unit + "' runs"};
+        throw UnitClient::NoUnit{"no unit named '" + unit + "' is running"};
     Lines lines{unit};
     std::signal(SIGINT, SIG_IGN);
     int first = kDone;
@@ -155,7 +155,7 @@ int runShell(const std::string& unit)
         first = first == kDone ? status : first;
         if (!runs(unit)) {
             if (trimmed(*line) != "stop")
-                std::fprintf(stderr, "%sthe unit has ended\n", place.c_str());
+                std::fprintf(stderr, "%sthe unit has stopped\n", place.c_str());
             return first;
         }
     }

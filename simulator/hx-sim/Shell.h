@@ -5,7 +5,7 @@
 
 namespace hxsim {
 
-/// Takes commands from standard input, a line each, until its end or "exit". In a terminal there is a prompt, and a
+/// Reads commands from standard input, one per line, until its end or "exit". In a terminal it has a prompt, and a
 /// history where libedit is installed. Returns the status of the first line that failed.
 int runShell(const std::string& unit);
 

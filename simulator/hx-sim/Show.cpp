@@ -13,7 +13,7 @@ std::uint8_t byteAt(std::string_view text, std::size_t at)
     return at < text.size() ? std::uint8_t(text[at]) : 0;
 }
 
-/// How many bytes the UTF-8 character there has; 0 when there is none, or a control character.
+/// Number of bytes of the UTF-8 character there; 0 for none or a control character.
 std::size_t lengthOfShown(std::string_view text)
 {
     const std::uint8_t first = byteAt(text, 0);

@@ -7,11 +7,11 @@
 
 namespace hxsim {
 
-/// A text for a terminal: control characters, those of U+0080 to U+009F too, and bytes that are not UTF-8 stand as
-/// \xNN; lines stay lines.
+/// Makes a text safe for a terminal: control characters (also U+0080 to U+009F) and invalid UTF-8 become \xNN; line
+/// breaks stay.
 std::string forTerminal(std::string_view text);
 
-/// Writes a text that may come from elsewhere: as it is into a file or pipe, harmless on a terminal.
+/// Writes a text of foreign origin: unchanged to a file or pipe, escaped on a terminal.
 void show(std::FILE* stream, std::string_view text);
 
 } // namespace hxsim

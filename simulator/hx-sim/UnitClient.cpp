@@ -19,7 +19,7 @@ namespace hxsim {
 
 namespace {
 
-/// A unit answers a command at once; one that is stopped or stuck must not hold its user up.
+/// A unit answers a command at once; one that is stopped or stuck must not block its user.
 constexpr std::chrono::seconds kPatience{10};
 
 void waitAtMost(int fd, std::chrono::seconds time)
@@ -34,7 +34,7 @@ std::string whyNotReached(const std::string& unit, int error)
     switch (error) {
     case ENOENT:
     case ECONNREFUSED:
-        return "no unit named '" + unit + "' runs";
+        return "no unit named '" + unit + "' is running";
     case EAGAIN:
         return "the unit '" + unit + "' does not answer";
     default:
@@ -57,7 +57,7 @@ UnitClient::~UnitClient()
         close(fd_);
 }
 
-std::string UnitClient::ask(const std::vector<std::string>& words)
+std::string UnitClient::request(const std::vector<std::string>& words)
 {
     std::string text;
     for (const std::string& word : words)
@@ -68,8 +68,8 @@ std::string UnitClient::ask(const std::vector<std::string>& words)
     head.kind = wire::Kind::Command;
     head.process = getpid();
     Packet answer;
-    if (!hxsim::ask(fd_, head, bytesOf(text), answer, int(kPatience.count())))
-        throw NoUnit{errno == EAGAIN ? "the unit does not answer" : "the unit has ended"};
+    if (!hxsim::exchange(fd_, head, bytesOf(text), answer, int(kPatience.count())))
+        throw NoUnit{errno == EAGAIN ? "the unit does not answer" : "the unit has stopped"};
     if (answer.head.value != 0)
         throw BadText{answer.text()};
     return answer.text();
@@ -95,9 +95,9 @@ std::string UnitClient::choose(const std::string& named)
     if (const std::string why = UnitFolder::whatHidesThem(); !why.empty())
         throw NoUnit{why};
     if (running.empty())
-        throw NoUnit{"no unit runs; start one with: hx-sim start NAME"};
+        throw NoUnit{"no unit is running; start one with: hx-sim start NAME"};
     if (running.size() > 1)
-        throw NoUnit{"several units run; say which one with --unit NAME"};
+        throw NoUnit{"several units are running; choose one with --unit NAME"};
     return running.front();
 }
 

@@ -10,7 +10,7 @@ namespace hxsim {
 /// The connection of a command to a running unit.
 class UnitClient {
 public:
-    /// Throws NoUnit when no such unit runs, or when this user may not reach it.
+    /// Throws NoUnit when no such unit is running, or when this user may not reach it.
     explicit UnitClient(const std::string& unit);
     UnitClient(const UnitClient&) = delete;
     UnitClient& operator=(const UnitClient&) = delete;
@@ -25,12 +25,12 @@ public:
         std::string text_;
     };
 
-    /// The unit's answer; throws BadText with its words when it refuses.
-    std::string ask(const std::vector<std::string>& words);
-    /// Hands each further text that the unit sends to `take`, until the unit ends.
+    /// Returns the unit's answer; throws BadText with its message when it refuses.
+    std::string request(const std::vector<std::string>& words);
+    /// Passes each further text that the unit sends to `take`, until the unit stops.
     void listen(const std::function<void(const std::string&)>& take);
 
-    /// The unit that is meant: the one named, the one that this program runs on, or the only one that runs.
+    /// Selects the unit: the one named, the one that this program runs on, or the only running one.
     static std::string choose(const std::string& named);
 
 private:

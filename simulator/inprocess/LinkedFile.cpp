@@ -69,15 +69,15 @@ void LinkedFile::close()
         world_.lingering_.push_back(shared_from_this());
 }
 
-bool LinkedFile::closeIfReleased(LinkedUnit& world)
+bool LinkedFile::closeIfReleased(LinkedUnit& linked)
 {
     char byte = 0;
     if (ours_ < 0)
         return true;
     if (recv(ours_, &byte, 1, MSG_PEEK | MSG_DONTWAIT) != 0)
         return false;
-    world.calls_.close(LinkedUnit::caller(), *file_);
-    --world.files_;
+    linked.calls_.close(LinkedUnit::caller(), *file_);
+    --linked.files_;
     closeOurs();
     return true;
 }

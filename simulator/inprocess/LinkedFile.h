@@ -7,12 +7,12 @@
 
 namespace hxsim {
 
-/// An open file of a unit in the same program. Outlives the unit harmlessly: a call then answers ENODEV.
+/// An open file of a unit in the same program. It may outlive the unit: a call then fails with ENODEV.
 class LinkedFile : public DeviceFile, public std::enable_shared_from_this<LinkedFile> {
 public:
-    /// `ours` is the unit's end of the socket that stands for the file, `socket` the number of the program's end.
-    LinkedFile(LinkedUnit& world, std::unique_ptr<OpenFile> file, int ours, std::uint64_t socket)
-        : world_{world}, file_{std::move(file)}, ours_{ours}, socket_{socket}
+    /// `ours` is the unit's end of the socket that represents the file, `socket` the number of the program's end.
+    LinkedFile(LinkedUnit& linked, std::unique_ptr<OpenFile> file, int ours, std::uint64_t socket)
+        : world_{linked}, file_{std::move(file)}, ours_{ours}, socket_{socket}
     {
     }
     LinkedFile(const LinkedFile&) = delete;
@@ -32,8 +32,8 @@ public:
 
     [[nodiscard]] const OpenFile& open() const { return *file_; }
     [[nodiscard]] std::uint64_t socket() const { return socket_; }
-    /// With the world locked: closes the file if the kernel knows of no descriptor any more.
-    bool closeIfReleased(LinkedUnit& world);
+    /// Requires the unit's lock: closes the file if the kernel has no descriptor of it any more.
+    bool closeIfReleased(LinkedUnit& linked);
 
 private:
     void closeOurs();

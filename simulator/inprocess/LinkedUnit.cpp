@@ -17,9 +17,9 @@ namespace hxsim {
 
 namespace {
 
-/// What the backend knows of a thread.
+/// State of a thread.
 struct ThreadMark {
-    LinkedUnit* world = nullptr;
+    LinkedUnit* linked = nullptr;
     int number = 0;
 };
 
@@ -34,7 +34,7 @@ std::string nextUnitName()
 } // namespace
 
 struct LinkedUnit::Start {
-    LinkedUnit* world;
+    LinkedUnit* linked;
     int number;
     void* (*function)(void*);
     void* argument;
@@ -42,24 +42,24 @@ struct LinkedUnit::Start {
 
 /// A fork leaves one thread in the child, with a unit of its own that must not be locked by another.
 struct LinkedUnit::Forks {
-    static LinkedUnit* world() { return mark.world; }
+    static LinkedUnit* linked() { return mark.linked; }
     static void prepare()
     {
-        if (world() != nullptr)
-            world()->lock_.lock();
+        if (linked() != nullptr)
+            linked()->lock_.lock();
     }
     static void parent()
     {
-        if (world() != nullptr)
-            world()->lock_.unlock();
+        if (linked() != nullptr)
+            linked()->lock_.unlock();
     }
     static void child()
     {
-        if (world() == nullptr)
+        if (linked() == nullptr)
             return;
-        world()->threads_ = 1;
-        world()->time_.onlyThisThreadIsLeft();
-        world()->lock_.unlock();
+        linked()->threads_ = 1;
+        linked()->time_.onlyThisThreadIsLeft();
+        linked()->lock_.unlock();
     }
 };
 
@@ -74,36 +74,36 @@ LinkedUnitPointer LinkedUnit::make(const std::string& description)
 {
     [[maybe_unused]] static const int once = pthread_atfork(&Forks::prepare, &Forks::parent, &Forks::child);
     [[maybe_unused]] static const bool swept = (UnitFolder::sweep(), true); // what killed tests left
-    LinkedUnitPointer world{new LinkedUnit{description}, &LinkedUnit::end};
+    LinkedUnitPointer linked{new LinkedUnit{description}, &LinkedUnit::end};
     {
-        const std::lock_guard guard{world->lock_};
-        world->enterThread();
+        const std::lock_guard guard{linked->lock_};
+        linked->enterThread();
     }
-    setCurrent(world.get());
-    return world;
+    setCurrent(linked.get());
+    return linked;
 }
 
-/// What still lives in the world keeps it; only its folder goes. It stays reachable for leak checkers.
-void LinkedUnit::end(LinkedUnit* world)
+/// A unit that is still in use stays; only its directory is removed. It stays reachable for leak checkers.
+void LinkedUnit::end(LinkedUnit* linked)
 {
     static auto* const kept = new std::vector<LinkedUnit*>;
     setCurrent(nullptr);
     mark = {};
     bool inUse = false;
     {
-        const std::lock_guard guard{world->lock_};
-        world->over_ = true;
-        world->time_.stop();
-        inUse = --world->threads_ > 0 || world->files_ > 0;
-        world->folder_->remove(); // the object stays: a thread on its way here asks for names
+        const std::lock_guard guard{linked->lock_};
+        linked->over_ = true;
+        linked->time_.stop();
+        inUse = --linked->threads_ > 0 || linked->files_ > 0;
+        linked->folder_->remove(); // the object stays: a thread on its way here requests names
     }
     if (inUse)
-        kept->push_back(world);
+        kept->push_back(linked);
     else
-        delete world;
+        delete linked;
 }
 
-/// A thread whose world is over makes no further call.
+/// A thread of a unit that has ended makes no further call.
 void Link::beforeCurrent()
 {
     LinkedUnit::parkIfOver();
@@ -111,7 +111,7 @@ void Link::beforeCurrent()
 
 void LinkedUnit::parkIfOver()
 {
-    while (mark.world != nullptr && mark.world->over_)
+    while (mark.linked != nullptr && mark.linked->over_)
         pause();
 }
 
@@ -137,7 +137,7 @@ void LinkedUnit::leaveThread()
 LinkedUnit::Turn LinkedUnit::enter()
 {
     std::unique_lock lock{lock_};
-    if (mark.world == nullptr)
+    if (mark.linked == nullptr)
         enterThread();
     closeReleased();
     return {std::move(lock), {}};
@@ -266,7 +266,7 @@ int LinkedUnit::wait(sem_t* semaphore, const std::string& name, std::optional<st
             return -errno;
         if (deadline && unit_.clock().now() >= *deadline)
             return -ETIMEDOUT;
-        if (time_.outsidersExpected()) { // they post without telling
+        if (time_.outsidersExpected()) { // they post without a notification
             turn.lock.unlock();
             HXSIM_REAL(usleep)(1000);
             turn.lock.lock();
@@ -290,11 +290,11 @@ void* LinkedUnit::runThread(void* argument)
 {
     const Start start = *static_cast<Start*>(argument);
     delete static_cast<Start*>(argument);
-    mark = {start.world, start.number};
+    mark = {start.linked, start.number};
     struct Leave { // also when the thread ends by pthread_exit
-        ~Leave() { world.leaveThread(); }
-        LinkedUnit& world;
-    } const leave{*start.world};
+        ~Leave() { linked.leaveThread(); }
+        LinkedUnit& linked;
+    } const leave{*start.linked};
     return start.function(start.argument);
 }
 

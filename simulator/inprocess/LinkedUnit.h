@@ -24,8 +24,7 @@ using LinkedUnitPointer = std::unique_ptr<LinkedUnit, void (*)(LinkedUnit*)>;
 /// The in-process backend: a unit inside the program that uses it, in virtual time. While the object lives, every call
 /// of the program's threads goes to it; one object at a time.
 ///
-/// Threads that the program leaves behind when the object goes are stopped forever at their next call: they belong to
-/// a world that is over.
+/// Threads that the program leaves behind when the object ends are stopped forever at their next call.
 class LinkedUnit : public Link {
 public:
     /// Makes a unit, takes the calls of this program; never null. Throws BadText for a bad description.
@@ -46,11 +45,11 @@ public:
         Type& object = unit_.get<Type>();
         return {object, std::move(lock)};
     }
-    /// Never returns in a thread whose world is over.
+    /// Never returns in a thread of a unit that has ended.
     static void parkIfOver();
-    /// Something in the unit was changed from outside: whoever waits for it looks again.
+    /// Notifies waiting threads that something in the unit was changed from outside.
     void changed();
-    /// Waits like a program, but after everything else that is due then, and without a line in the journal.
+    /// Waits like a program, but after everything else that is due then, and without a journal entry.
     void observe(std::int64_t nanoseconds);
     void expectOutsiders();
     [[nodiscard]] std::string fileOf(const std::string& path) const { return folder_->fileOf(path); }
@@ -87,7 +86,7 @@ private:
         Link::Inside inside;
     };
     Turn enter();
-    /// Closes the files that only descriptors outside this process's table held, and nothing holds any more.
+    /// Closes the files that were held only by descriptors outside this process's table and are no longer held.
     void closeReleased();
     void enterThread();
     void leaveThread();
@@ -99,7 +98,7 @@ private:
     Calls calls_{unit_};
     VirtualTime time_{unit_.clock()};
     std::atomic<bool> over_{false};
-    int threads_ = 0;                                    ///< of this world, running or waiting
+    int threads_ = 0;                                    ///< of this unit, running or waiting
     int files_ = 0;                                      ///< open ones
     std::vector<std::shared_ptr<LinkedFile>> lingering_; ///< held by a child, or on their way through a socket
     int numbers_ = 0;                                    ///< given to threads

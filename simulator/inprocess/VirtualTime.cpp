@@ -11,7 +11,7 @@ namespace hxsim {
 
 namespace {
 
-/// Hardware that keeps setting timers while every thread waits for an event would turn forever.
+/// Hardware that keeps setting timers while every thread waits for an event would loop forever.
 constexpr Time kLongestTimerRun = std::chrono::hours{24};
 constexpr auto kPatience = std::chrono::seconds{20};
 
@@ -126,7 +126,7 @@ void VirtualTime::advance()
         break;
     }
     if (running_ == 0 && !stopped_ && !outsiders_ && !waiters_.empty()) {
-        printWaiters("every thread of the program waits for another one");
+        printWaiters("every thread of the program waits for another thread");
         std::abort();
     }
 }

@@ -13,10 +13,10 @@
 
 namespace hxsim {
 
-/// Makes time pass when nobody is working. Threads of the program are counted; one that waits says until when and for
-/// what. When the last running thread begins to wait, the clock jumps to the earliest deadline: first the hardware's
-/// timers of that moment run, then one thread is let go, and the next only when that one waits again. Equal deadlines
-/// go in the order in which they were asked for, so that runs repeat.
+/// Advances time when no thread is running. Threads of the program are counted; a waiting one passes its deadline and
+/// its reason. When the last running thread begins to wait, the clock jumps to the earliest deadline: first the
+/// hardware's timers of that moment run, then one thread is woken, and the next only when that one waits again. Equal
+/// deadlines keep their order, so that runs are reproducible.
 ///
 /// All members are called with the unit's lock held.
 class VirtualTime {
@@ -29,8 +29,8 @@ public:
     void threadEntered() { ++running_; }
     void threadLeft();
 
-    /// Waits until `deadline` or until somebody wakes the channel; without a deadline only for the latter. True when
-    /// woken. `what` says what is waited for, should nobody ever come.
+    /// Waits until `deadline` or until the channel is woken; without a deadline only for the latter. True when woken.
+    /// `what` names the reason in the report of a deadlock.
     ///
     /// A wait with `ready` also ends when that holds after a timer of the hardware has run.
     bool wait(std::unique_lock<std::mutex>& lock, std::optional<Time> deadline, const void* channel, Rank rank,
@@ -40,9 +40,9 @@ public:
 
     /// From now on no wait ends: for threads that a test leaves behind.
     void stop() { stopped_ = true; }
-    /// In the only thread that a fork leaves alive.
+    /// For the only thread that exists after a fork.
     void onlyThisThreadIsLeft();
-    /// Somebody outside this program may end a wait: then waiting without a deadline is no mistake.
+    /// A wait can be ended from outside this program: then waiting without a deadline is not a deadlock.
     void expectOutsiders() { outsiders_ = true; }
     [[nodiscard]] bool outsidersExpected() const { return outsiders_; }
 

@@ -11,7 +11,8 @@ namespace hxsim {
 
 namespace {
 
-/// The kernel copies, so that a bad address is an error and no crash. Where it may not, an address is taken for good.
+/// The kernel copies, so that a bad address is an error, not a crash. Where that is not permitted, the address is used
+/// unchecked.
 bool copy(long call, void* ours, const void* theirs, std::size_t size, void* to, const void* from)
 {
     if (size == 0)

@@ -5,8 +5,8 @@
 
 namespace hxsim {
 
-/// Memory at an address that the program gave. Like the kernel, the unit answers EFAULT for an address where there is
-/// none; all return whether there was.
+/// Memory at an address that the program gave. Like the kernel, the unit fails with EFAULT for an invalid address; all
+/// functions return whether the address was valid.
 [[nodiscard]] bool copyFromCaller(void* to, const void* from, std::size_t size);
 [[nodiscard]] bool copyToCaller(void* to, const void* from, std::size_t size);
 /// Looks at both ends of a block.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Calls that change what a path names, or make something there: on the unit's own files, never on the machine's. The
-// unit's devices stay as they are.
+// Calls that create, change or remove files by path: on the unit's own files, never on the machine's. The unit's
+// devices stay unchanged.
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,7 +12,7 @@ namespace hxsim {
 
 namespace {
 
-/// The same for a path that is to be made: one of the unit's is there, or can be made in the unit's folder.
+/// The same for a path to create: it exists on the unit, or can be created in the unit's directory.
 template <typename Forward, typename Call>
 int changeOr(int folder, const char* path, const char* action, Forward forward, Call call)
 {
@@ -25,7 +25,7 @@ int changeOr(int folder, const char* path, const char* action, Forward forward, 
     });
 }
 
-/// Within the unit's files, or within the machine's; between the two as between file systems.
+/// Within the unit's files, or within the machine's; across the two it fails as across file systems.
 template <typename Forward, typename Call>
 int changeBothOr(int fromFolder, const char* from, int toFolder, const char* to, const char* action, Forward forward,
                  Call call)

@@ -86,7 +86,7 @@ std::shared_ptr<Descriptor> Descriptors::find(int fd)
             return found;
         if (isBorrowed())
             return nullptr;
-        stale = removeLocked(fd); // closed, or replaced, by a call that did not pass here
+        stale = removeLocked(fd); // closed, or replaced, by a call that was not interposed
     }
     stale.release();
     return nullptr;
@@ -135,7 +135,7 @@ void Descriptors::copy(int from, int to)
     stale.release();
 }
 
-/// A number that this process has already for the same file; -1: none.
+/// A descriptor that this process already has for the same file; -1: none.
 int Descriptors::numberOf(std::uint64_t socket)
 {
     const std::lock_guard guard{lock_};

@@ -13,26 +13,24 @@
 
 namespace hxsim {
 
-/// What a file descriptor of the unit stands for. Duplicates share one.
+/// The open file behind a descriptor of the unit. Duplicates share one.
 struct Descriptor {
     Descriptor(std::string itsPath, int itsFlags) : path{std::move(itsPath)}, flags{itsFlags} {}
 
     const std::string path;
-    const int
-        flags; ///< as given to open; what fcntl changes is kept by the kernel, which all holders of the file share
+    const int flags; ///< as given to open; the kernel keeps what fcntl changes, shared by all holders of the file
     bool text = false;
     bool serial = false;
     bool stream = false;                ///< of a C stream: the journal shows the stream's opening alone
     std::shared_ptr<DeviceFile> device; ///< null: a real file in the unit's folder
-    std::uint64_t socket = 0;           ///< of a device: the kernel's number of the socket that stands for it
+    std::uint64_t socket = 0;           ///< of a device: the kernel's number of the socket that represents it
 };
 
-/// The descriptors of this process that belong to a unit. Every read and write of the program asks here first, so a
-/// descriptor that is none of ours costs one load.
+/// The descriptors of this process that belong to a unit. Every read and write of the program looks here first, so any
+/// other descriptor costs one load.
 ///
-/// A device's descriptor is a socket that nothing is ever sent through: it is there for the kernel to number,
-/// duplicate, inherit, pass on and count. This table only remembers what the kernel's socket stands for, and looks at
-/// the socket before it believes itself.
+/// A device's descriptor is a socket without traffic: the kernel numbers, duplicates, inherits, passes on and counts
+/// it. This table only maps sockets to open files, and verifies the socket before it uses an entry.
 class Descriptors {
 public:
     static Descriptors& table();
@@ -43,17 +41,17 @@ public:
     void add(int fd, std::shared_ptr<Descriptor> descriptor);
     /// The number `to` has become a copy of `from`.
     void copy(int from, int to);
-    /// A number that came from elsewhere: it may be one of the unit's.
+    /// A descriptor of unknown origin: it may be one of the unit's.
     void adopt(Link& link, int fd);
 
-    /// To be called before the number goes: tells the unit if it is the last one.
+    /// Call before the number is closed: notifies the unit if it is the last one.
     void announce(int fd);
-    /// A number that is about to go: what it stands for, and whether it was the last one of this process.
+    /// A number that is about to be closed: its open file, and whether it was the last one of this process.
     struct Removed {
         std::shared_ptr<Descriptor> descriptor;
         bool last = false;
 
-        /// To be called when the number has gone.
+        /// Call after the number is closed.
         void release() const
         {
             if (last && descriptor->device != nullptr)
@@ -66,7 +64,7 @@ public:
     /// Descriptors of the backend's own: a program that closes all it does not know must not close them.
     [[nodiscard]] bool isProtected(int fd) const { return slot(fd) == &own_; }
     [[nodiscard]] std::vector<unsigned> protectedIn(unsigned first, unsigned last) const;
-    /// Moves a descriptor of the backend's own out of the way of the program's numbers, and protects it.
+    /// Moves a descriptor of the backend's own above the program's numbers, and protects it.
     int moveOutOfTheWay(int fd);
     void closeOwn(int fd);
 
@@ -75,15 +73,15 @@ public:
     [[nodiscard]] bool isBorrowed() const;
 
 private:
-    /// What is behind some numbers. Duplicating, using and closing them takes no memory and gives none back, so that a
-    /// signal handler can: what is left over goes at the next `add`.
+    /// The open files of a range of numbers. Duplicating, using and closing them neither allocates nor frees memory, so
+    /// that signal handlers can do it: the next `add` frees unused entries.
     struct Entry {
         std::shared_ptr<Descriptor> descriptor{};
         int numbers = 0;
         Entry* nextDead = nullptr;
     };
 
-    static constexpr int kMost = 1 << 20; ///< the kernel's own limit where nobody has raised it
+    static constexpr int kMost = 1 << 20; ///< the kernel's default limit
 
     Descriptors();
     [[nodiscard]] Entry* slot(int fd) const
@@ -103,15 +101,15 @@ private:
     std::atomic<Entry*>* const slots_;
     std::atomic<int> highest_{-1}; ///< number ever set
     std::atomic<pid_t> process_;
-    Entry own_;           ///< stands in the slots of protected numbers
+    Entry own_;           ///< marks the slots of protected numbers
     SignalSafeLock lock_; ///< guards the slots against changes, and what follows
     Entry* dead_ = nullptr;
 };
 
-/// The kernel's number of a socket, never given to another one; 0 for what is no socket.
+/// The kernel's number of a socket, never reused; 0 for anything else.
 std::uint64_t socketNumber(int fd);
 
-/// The flags that a file shows from its opening on.
+/// The flags that a file has after its opening.
 int keptFlags(int flags);
 
 } // namespace hxsim

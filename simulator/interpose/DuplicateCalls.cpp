@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Further numbers for the same open file: dup and its kin, fcntl, and descriptors that come in a message.
+// More descriptors for the same open file: dup and its variants, fcntl, and descriptors in messages.
 #include <cstdarg>
 #include <cstring>
 #include <fcntl.h>
@@ -20,7 +20,7 @@ int copied(int from, int to)
     return to;
 }
 
-/// dup2 and dup3: what the new number stood for before is closed.
+/// dup2 and dup3: the previous file of the new number is closed.
 template <typename Forward>
 int copiedOver(int from, int to, Forward forward)
 {
@@ -41,7 +41,7 @@ int copiedOver(int from, int to, Forward forward)
     return result;
 }
 
-/// The kernel keeps what all who hold the file share; it knows nothing of how the file was opened.
+/// The kernel keeps the flags that all holders of the file share; it does not know the flags of the opening.
 template <typename Forward>
 int fcntlOr(int fd, int command, long argument, Forward forward)
 {
@@ -55,7 +55,7 @@ int fcntlOr(int fd, int command, long argument, Forward forward)
         return -1;
     }
     if (command == F_SETFL)
-        return forward(argument & ~long{O_ASYNC}); // no driver of the unit knows of signals
+        return forward(argument & ~long{O_ASYNC}); // no driver of the unit supports signals
     if (command != F_GETFL)
         return forward(argument);
     constexpr int kShared = O_APPEND | O_NONBLOCK | O_DIRECT | O_NOATIME;
@@ -63,7 +63,7 @@ int fcntlOr(int fd, int command, long argument, Forward forward)
     return shared < 0 ? shared : (descriptor->flags & ~kShared) | (shared & kShared);
 }
 
-/// Descriptors that a message has brought.
+/// Descriptors received in a message.
 void adoptFrom(msghdr& message)
 {
     Link* const link = Link::current();

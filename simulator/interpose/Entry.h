@@ -8,8 +8,8 @@
 
 namespace hxsim {
 
-/// A call that succeeds leaves errno alone, whatever we had to do for it. While one lives this thread works for the
-/// backend and not for the program: tests that let memory run out ask it.
+/// Preserves errno when a call succeeds. While one exists, this thread works for the backend and not for the program:
+/// tests that inject allocation failures query it.
 class KeepErrno {
 public:
     KeepErrno() : kept_{errno} { ++depth; }

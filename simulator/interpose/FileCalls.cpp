@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// open and close, in every spelling that programs use.
+// open and close, in every variant that programs use.
 #include <cstdarg>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -17,11 +17,11 @@ namespace hxsim {
 
 namespace {
 
-/// What the kernel refuses before it asks a driver.
+/// Requests that the kernel refuses before it calls a driver.
 int refusal(const UnitPath& unit, int flags)
 {
     if (const int error = unit.error(); error != 0)
-        return error == ENOENT ? 0 : error; // the unit itself says, and records, what is absent
+        return error == ENOENT ? 0 : error; // the unit itself reports, and records, absent devices
     if ((flags & (O_CREAT | O_EXCL)) == (O_CREAT | O_EXCL))
         return EEXIST;
     if ((flags & O_DIRECTORY) != 0)
@@ -85,7 +85,7 @@ int openOr(int folder, const char* path, int flags, unsigned mode, Forward forwa
     return keep.answer(unit.where.place == Link::Place::Device ? openDevice(unit, flags) : openFile(unit, flags, mode));
 }
 
-/// The call of a program that the unit hears of; the errno with which it must fail, or 0.
+/// Reports a call to the unit; the errno with which it must fail, or 0.
 int closing(const Descriptor& descriptor)
 {
     if (descriptor.device != nullptr) // the board library's hardware has calls of its own
@@ -176,7 +176,7 @@ HXSIM_OPEN(open64, O_LARGEFILE)
 HXSIM_OPENAT(openat, 0)
 HXSIM_OPENAT(openat64, O_LARGEFILE)
 
-// What _FORTIFY_SOURCE makes of an open without a mode.
+// _FORTIFY_SOURCE turns an open without a mode into these.
 #define HXSIM_OPEN_2(name, size)                                                                                       \
     HXSIM_ENTRY int name(const char* path, int flags)                                                                  \
     {                                                                                                                  \

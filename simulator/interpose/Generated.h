@@ -5,8 +5,8 @@
 
 namespace hxsim {
 
-/// Names that mkstemp completed in the unit's root directory. They are random, so the journal shows the template they
-/// came from, and later calls on them go to the unit's folder.
+/// Names that mkstemp generated in the unit's root directory. They are random, so the journal shows their template, and
+/// later calls on them go to the unit's directory.
 void rememberGenerated(const std::string& name, const std::string& pattern);
 [[nodiscard]] bool isGenerated(const std::string& name);
 /// The template for a generated name, and the name itself for any other.

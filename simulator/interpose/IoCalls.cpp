@@ -19,7 +19,7 @@ namespace {
 /// The largest block that any driver exchanges; requests beyond it would be a defect of the model.
 constexpr std::size_t kLargestBlock = 4096;
 
-/// One call moves no more than this, as a program has to expect.
+/// Upper limit of one call; a short count is allowed.
 constexpr std::size_t kLargestTransfer = 65536;
 
 bool isNonblocking(int fd)
@@ -47,7 +47,7 @@ std::int64_t deviceIoctl(DeviceFile& device, std::uint32_t request, void* argume
     return result;
 }
 
-/// A real file of the unit: the call goes on to it, and into the journal.
+/// A real file of the unit: the call is forwarded to it, and recorded in the journal.
 std::int64_t fileWrite(const Descriptor& descriptor, int fd, Bytes bytes)
 {
     Link* const link = Link::current();
@@ -74,7 +74,7 @@ std::int64_t fileRead(const Descriptor& descriptor, int fd, Space space)
     return result;
 }
 
-/// Requests that the kernel answers for every file, whatever its driver knows.
+/// Requests that the kernel handles for every file, whatever its driver.
 bool isOfEveryFile(unsigned long request)
 {
     return request == FIOCLEX || request == FIONCLEX || request == FIONBIO;

@@ -29,14 +29,14 @@ public:
     virtual std::int64_t ioctl(std::uint32_t request, Bytes in, Space out) = 0;
     virtual std::int64_t read(Space out, bool nonblocking) = 0;
     virtual std::int64_t write(Bytes in) = 0;
-    /// This process is about to close its last descriptor, `fd`.
+    /// Call before this process closes its last descriptor, `fd`.
     virtual void closing(int /*fd*/) {}
-    /// This process has closed its last descriptor. The file itself is closed when the kernel knows of no other holder:
-    /// a child, a program that it was passed to, a message on its way.
+    /// Call after this process has closed its last descriptor. The file itself is closed when the kernel has no other
+    /// holder: a child, a program that it was passed to, a message in transit.
     virtual void close() = 0;
     /// Serial ports only.
     virtual void setTerminal(const termios& settings) = 0;
-    /// The device's settings; nothing when nobody has set any since it was first opened.
+    /// The device's settings; nothing when they were not set since it was first opened.
     virtual std::optional<termios> terminal() = 0;
     virtual void flush(bool input, bool output) = 0;
     virtual int drain() = 0;
@@ -53,10 +53,10 @@ public:
 
     virtual ~Link() = default;
 
-    /// Is called in each thread before it learns which unit is current. Each backend has its own.
+    /// Called in each thread before it reads the current unit. Each backend defines its own.
     static void beforeCurrent();
 
-    /// While one lives, the C library calls of this thread are our own and go to the machine.
+    /// While one exists, the C library calls of this thread are the backend's own and go to the machine.
     class Inside {
     public:
         Inside() { ++depth; }
@@ -76,16 +76,16 @@ public:
         bool text = false;
         bool serial = false;
         int refused = 0;  ///< errno of every call on it: this process may not reach the unit
-        std::string file; ///< where it is on this machine; of a device: empty unless it is the machine's own
+        std::string file; ///< its path on this machine; of a device: empty unless it is the machine's own
     };
     [[nodiscard]] virtual Where locate(const std::string& path) = 0;
-    /// Whether any path of the unit ends in this name: nearly no path that a program names does.
+    /// Whether any path of the unit ends in this name: almost no path of a program does.
     [[nodiscard]] virtual bool hasName(std::string_view name) = 0;
-    /// Nothing the unit has: the caller's business; a library that the unit lacks.
+    /// Not on the unit: left to the caller; a library that the unit lacks.
     [[nodiscard]] virtual bool isAbsent(const std::string& name) = 0;
     /// A folder of the unit's own.
     [[nodiscard]] virtual std::string folder() = 0;
-    /// Folder that stands for the unit's root directory where new files are made.
+    /// Directory that represents the unit's root directory for new files.
     [[nodiscard]] virtual std::string root() { return folder(); }
 
     struct Opened {
@@ -99,17 +99,18 @@ public:
         int flags;
         std::shared_ptr<DeviceFile> file;
     };
-    /// What a socket that this process was passed or started with stands for; nothing when it is none of the unit's.
+    /// The open file of a socket that this process received or inherited; nothing when it is not one of the unit's.
     virtual std::optional<Adopted> adopt(int fd) = 0;
 
     /// The errno with which a call other than on a device must fail, or 0.
     virtual int fault(const std::string& subject, const std::string& call) = 0;
     virtual void note(const std::string& subject, const std::string& action, int error, Bytes in = {}) = 0;
 
-    /// Waits that long in the unit's time; 0 or -errno. What is left after a signal goes into `rest`, if there is one.
+    /// Waits that long in the unit's time; 0 or -errno. Stores the time left after a signal in `rest` unless it is
+    /// null.
     virtual int sleep(std::int64_t nanoseconds, std::int64_t* rest = nullptr) = 0;
 
-    /// The name under which a unit's semaphore is known to this machine.
+    /// The name of a unit's semaphore on this machine.
     [[nodiscard]] virtual std::string semaphoreName(const std::string& name) = 0;
     /// Waits for a real semaphore; 0 or -errno. Without a time-out waits forever.
     virtual int wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds) = 0;
@@ -119,19 +120,19 @@ public:
                              void* argument) = 0;
     virtual int joinThread(pthread_t thread, void** result) = 0;
 
-    /// What dlopen is given instead of the unit's JIDA library; empty: there is none.
+    /// Replaces the unit's JIDA library in dlopen; empty: there is none.
     [[nodiscard]] virtual std::string jidaLibrary() = 0;
 };
 
-/// The stand-in library for a unit that lacks these things; some lack one of its functions.
+/// The replacement library for a unit without these parts; some variants lack one function.
 std::string jidaLibraryWithout(const std::string& folder, const std::set<std::string>& absent);
 
-/// Paths and semaphores of the product that must never be reached on the machine itself by a program that was built to
-/// work on a simulated unit.
+/// Paths and semaphores of the product that a program built for a simulated unit must never reach on the machine
+/// itself.
 bool isProductPath(const std::string& path);
 bool isProductSemaphore(const std::string& name);
 [[noreturn]] void dieOutsideAUnit(const std::string& what);
-/// Dies if a call without a unit is about to reach the product's own file of the machine.
+/// Aborts if a call without a unit would reach the product's file on the machine.
 void guardTheMachine(const char* path);
 
 } // namespace hxsim

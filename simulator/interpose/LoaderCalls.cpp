@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// dlopen of the board vendor's library gives the unit's own.
+// dlopen of the board vendor's library returns the unit's own.
 #include <cstring>
 #include <dlfcn.h>
 
@@ -10,7 +10,7 @@ namespace {
 
 constexpr char kJida[] = "libjida.so";
 
-/// The real dlopen fails on this, and leaves dlerror a text as it should be.
+/// The real dlopen fails on this, and sets dlerror as expected.
 constexpr char kNowhere[] = "/nonexistent/libjida.so";
 
 } // namespace

@@ -5,7 +5,7 @@
 
 namespace hxsim {
 
-/// A part of the unit, with the unit locked as long as this object lives: mostly one expression,
+/// A part of the unit, with the unit locked during the object's lifetime: mostly one expression,
 /// `unit.model<Voltages>()->registers[3] = 7`.
 template <typename Type>
 class Locked {

@@ -36,7 +36,7 @@ std::string octal(const char* call, unsigned mode)
     return text;
 }
 
-/// Extended attributes, for which `ls -l` asks.
+/// Extended attributes, which `ls -l` reads.
 template <typename Forward, typename Call>
 ssize_t attributesOr(const char* path, Forward forward, Call call)
 {

@@ -16,7 +16,7 @@ namespace hxsim {
 
 namespace {
 
-/// Where a relative path begins; empty when that is no directory.
+/// Where a relative path begins; empty when that is not a directory.
 std::string directory(int folder)
 {
     std::array<char, PATH_MAX> text{};
@@ -32,7 +32,7 @@ bool isPlain(std::string_view path)
     return path.find("//") == std::string_view::npos && path.find("/.") == std::string_view::npos;
 }
 
-/// The directory that a path names on this machine; what is not on this machine is taken by its words.
+/// Resolves a directory on this machine; a missing one is resolved lexically.
 std::string resolved(const std::string& parent)
 {
     std::array<char, PATH_MAX> text{};
@@ -90,7 +90,7 @@ UnitPath findPath(int folder, const char* path)
     }
     if (where.place == Link::Place::Outside)
         return {};
-    // A directory of the unit's own may well be named with a slash.
+    // A directory of the unit may have a trailing slash.
     return {link, full, where, asFolder && where.place == Link::Place::Device};
 }
 

@@ -7,16 +7,16 @@
 
 namespace hxsim {
 
-/// What a path that a program names comes to on the unit: relative to the working directory or to an open one, through
-/// "." and "..", through symbolic links of the machine.
+/// Resolves a program's path on the unit: relative to the working directory or to an open one, through "." and "..",
+/// through symbolic links of the machine.
 struct UnitPath {
-    Link* link = nullptr; ///< null: the path is none of the unit's, and the call goes to the machine
+    Link* link = nullptr; ///< null: not a path of the unit; the call goes to the machine
     std::string path{};
     Link::Where where{};
     bool asFolder = false; ///< a slash stands behind it
 
     [[nodiscard]] explicit operator bool() const { return link != nullptr; }
-    /// The errno of a call that needs the path to be there, or 0.
+    /// The errno of a call on a missing path, or 0.
     [[nodiscard]] int error() const;
 };
 

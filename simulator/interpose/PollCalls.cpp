@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Waiting for descriptors of which some belong to the unit.
+// Waiting for descriptors some of which belong to the unit.
 #include <algorithm>
 #include <poll.h>
 #include <span>
@@ -14,7 +14,7 @@ namespace hxsim {
 
 namespace {
 
-/// How often the unit's descriptors are looked at, in the unit's time.
+/// Interval of checks of the unit's descriptors, in the unit's time.
 constexpr std::int64_t kStepNanoseconds = 1000000;
 
 bool isDevice(int fd)
@@ -31,7 +31,7 @@ short readiness(int fd, short wanted)
     return short((wanted & POLLOUT) | (readable ? POLLIN : 0));
 }
 
-/// One look at all of them; the count of those that are ready.
+/// Checks all of them once; the number of ready ones.
 int look(std::span<pollfd> wanted)
 {
     std::vector<pollfd> others{wanted.begin(), wanted.end()};
@@ -47,7 +47,7 @@ int look(std::span<pollfd> wanted)
     return ready;
 }
 
-/// Runs the handlers of signals that came while they were blocked; whether there were any.
+/// Runs the handlers of signals that arrived while they were blocked; whether there were any.
 bool letSignalsIn(const sigset_t* mask)
 {
     const timespec none{};
@@ -96,7 +96,7 @@ bool namesDevice(int count, const fd_set* readers, const fd_set* writers)
     return false;
 }
 
-std::vector<pollfd> asked(int count, const fd_set* readers, const fd_set* writers)
+std::vector<pollfd> requested(int count, const fd_set* readers, const fd_set* writers)
 {
     std::vector<pollfd> all;
     for (int fd = 0; fd < count; ++fd)
@@ -128,7 +128,7 @@ int selectOr(int count, fd_set* readers, fd_set* writers, std::int64_t timeoutNa
     if (link == nullptr || !namesDevice(count, readers, writers))
         return forward();
     KeepErrno keep;
-    std::vector<pollfd> all = asked(count, readers, writers);
+    std::vector<pollfd> all = requested(count, readers, writers);
     const int ready = pollUnit(*link, all, timeoutNanoseconds, mask);
     return ready < 0 ? keep.answer(ready) : answered(all, readers, writers);
 }

@@ -5,12 +5,12 @@
 
 namespace hxsim {
 
-/// The next definition of a name after ours: the C library's, or a sanitizer's in front of it.
+/// The next definition of a name after this library's: the C library's, or a sanitizer's before it.
 void* nextDefinition(const char* name);
 
 } // namespace hxsim
 
-/// HXSIM_REAL(close)(fd): the call that a program would have made without us.
+/// HXSIM_REAL(close)(fd): the original function.
 #define HXSIM_REAL(name) HXSIM_REAL_AS(decltype(&::name), #name)
 
 /// The same for names that no header declares.

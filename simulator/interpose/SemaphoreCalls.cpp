@@ -16,7 +16,7 @@ namespace hxsim {
 
 namespace {
 
-/// Which semaphore a pointer is. The C library gives one pointer however often a name is opened.
+/// Maps pointers to semaphores. The C library returns the same pointer for each open of a name.
 class Names {
 public:
     void opened(sem_t* semaphore, const std::string& name)
@@ -88,7 +88,7 @@ sem_t* openSemaphore(Link& link, const char* text, int flags, mode_t mode, unsig
     return semaphore;
 }
 
-/// A call on an open semaphore: may fail as asked for, is recorded when it is done.
+/// A call on an open semaphore: can fail by injection, is recorded when done.
 template <typename Call>
 int semaphoreCall(Link& link, sem_t* semaphore, const char* action, Call call)
 {
@@ -182,7 +182,7 @@ HXSIM_ENTRY int sem_post(sem_t* semaphore) noexcept
     KeepErrno keep;
     const std::string name = Names::table().of(semaphore);
     const int error = link->fault(name, "sem_post");
-    link->note(name, "sem_post", error); // before whoever waits can go on
+    link->note(name, "sem_post", error); // before a waiting thread can continue
     return keep.answer(error != 0 ? -error : link->post(semaphore));
 }
 

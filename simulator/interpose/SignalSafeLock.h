@@ -7,9 +7,9 @@
 
 namespace hxsim {
 
-/// A lock held for a few instructions, whose holder no signal handler interrupts: a handler may read, write, duplicate
-/// and close descriptors, and would wait forever for the thread that it stands on. Locked before a fork and unlocked on
-/// both sides of it, no child waits for a thread that it does not have.
+/// A lock held for a few instructions with signals blocked: a handler may read, write, duplicate and close descriptors,
+/// and would otherwise deadlock with the thread that it interrupts. It is locked before a fork and unlocked on both
+/// sides, so that no child waits for a thread that does not exist there.
 class SignalSafeLock {
 public:
     void lock()

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Every spelling of stat: a path of the unit shows its stand-in's properties, and a descriptor those of its path.
+// Every variant of stat: a path of the unit shows its substitute's properties, and a descriptor those of its path.
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
@@ -53,7 +53,7 @@ using namespace hxsim;
         return HXSIM_REAL_AS(int (*)(const char*, Record*), #pathName)(shown.c_str(), record);                         \
     }
 
-// Programs built with an older C library say which form of the record they mean.
+// Programs built with an older C library pass the version of the record.
 #define HXSIM_XSTAT(name, Record)                                                                                      \
     HXSIM_ENTRY int name(int form, const char* path, Record* record) noexcept                                          \
     {                                                                                                                  \

@@ -37,7 +37,7 @@ int makeTemporary(char* pattern, bool& outside)
     return keep.answer(result);
 }
 
-/// An attribute's text in a stream of its own: C++ streams ask a stream for its descriptor, so it must have one.
+/// An attribute's text in a stream of its own: C++ streams need a stream with a descriptor.
 FILE* streamOfAttribute(Link& link, const std::string& path, bool& refused)
 {
     Link::Opened opened = link.open(path, O_RDONLY);
@@ -58,7 +58,7 @@ FILE* streamOfAttribute(Link& link, const std::string& path, bool& refused)
     return stream;
 }
 
-/// Programs that read and write by the stream's descriptor can then be made to fail.
+/// Failures can then be injected into programs that use the stream's descriptor.
 FILE* streamOfFile(const std::string& path, const char* mode, const std::string& file)
 {
     FILE* const stream = HXSIM_REAL(fopen64)(file.c_str(), mode);

@@ -12,7 +12,7 @@ namespace hxsim {
 
 namespace {
 
-/// Notes the call on a serial port of the unit and says how it must fail, if it must.
+/// Records the call on a serial port of the unit; the errno with which it must fail, or 0.
 int fateOf(const Descriptor& descriptor, const std::string& call, const std::string& action)
 {
     Link* const link = Link::current();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Sleeping. A sleep lasts as long in the unit's time as was asked for.
+// Sleeping. The requested duration is in the unit's time.
 #include <ctime>
 #include <unistd.h>
 
@@ -17,7 +17,7 @@ std::string shown(std::int64_t nanoseconds)
     return std::to_string(nanoseconds) + " ns";
 }
 
-/// 0 or -errno; `rest` is what a signal has left of it.
+/// 0 or -errno; `rest` is the time left after a signal.
 int sleepFor(Link& link, std::int64_t nanoseconds, std::int64_t& rest)
 {
     const std::string action = shown(nanoseconds);
@@ -39,7 +39,7 @@ std::int64_t nanosecondsOf(const Spec& time)
     return std::int64_t{time.tv_sec} * kNanosecondsPerSecond + time.tv_nsec;
 }
 
-/// What is left until a moment on one of the machine's clocks.
+/// The time left until a moment on one of the machine's clocks.
 std::int64_t until(clockid_t clock, std::int64_t moment)
 {
     timespec now{};

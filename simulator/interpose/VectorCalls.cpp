@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Reads and writes of several blocks, and at an offset: a character device takes no notice of the offset.
+// Reads and writes of several blocks, and at an offset: a character device ignores the offset.
 #include <algorithm>
 #include <climits>
 #include <fcntl.h>
@@ -15,7 +15,7 @@ namespace hxsim {
 
 namespace {
 
-/// Blocks that the program gave, as one.
+/// The program's blocks as one.
 class Parts {
 public:
     Parts(const iovec* parts, int count)
@@ -83,7 +83,7 @@ std::int64_t writeParts(const Descriptor& descriptor, int fd, const Parts& parts
     return parts.gather(bytes) ? writeUnit(descriptor, fd, bytes) : -EFAULT;
 }
 
-/// What a call with an offset is refused with on this device, or 0.
+/// The errno of a call with an offset on this device, or 0.
 int refusedAt(const Descriptor& descriptor, std::int64_t offset, int flags)
 {
     if ((descriptor.flags & O_PATH) != 0)
@@ -107,7 +107,7 @@ ssize_t atOffset(int fd, std::int64_t offset, int flags, Transfer transfer, Forw
     return ssize_t(keep.answer(error != 0 ? -error : transfer(*descriptor)));
 }
 
-/// In preadv2 and pwritev2 an offset of -1 stands for the file's own.
+/// In preadv2 and pwritev2 an offset of -1 means the file's own.
 constexpr std::int64_t shownOffset(std::int64_t offset)
 {
     return offset == -1 ? 0 : offset;

@@ -3,8 +3,9 @@
 
 #include <cstdint>
 
-/// How the stand-in for the board library speaks to the unit: it writes a call to the node and reads the reply, which
-/// comes when the bus is done. Numbers are in the machine's byte order, the same for 32-bit and 64-bit programs.
+/// The protocol between the replacement board library and the unit: it writes a call to the node and reads the reply,
+/// which arrives when the bus transfer is done. Numbers are in the machine's byte order, the same for 32-bit and 64-bit
+/// programs.
 namespace hxsim::jida {
 
 constexpr char kNode[] = "/dev/.hxsim-jida";

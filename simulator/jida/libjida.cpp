@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The stand-in for the board maker's library on a simulated unit. It holds nothing: every call goes to the unit that
-// the program works on, by whichever backend. Outside a unit every call fails as the library does without a board.
+// Replaces the board vendor's library on a simulated unit. It has no state: every call goes to the program's unit
+// through any backend. Outside a unit every call fails as the library does without a board.
 
 #include "simulator/jida/Protocol.h"
 
@@ -45,7 +45,7 @@ public:
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /// A message goes and comes whole: one that is cut short was none.
+    /// Messages are complete or invalid.
     [[nodiscard]] bool exchange(const Message& message, std::size_t length, Answer& answer) const
     {
         if (file_ < 0 || resumed([&] { return ::write(file_, &message, length); }) != ssize_t(length))
@@ -56,7 +56,7 @@ public:
     }
 
 private:
-    /// A signal of the application ends a call, not the transfer: the reply waits in the unit until it is taken.
+    /// A signal of the application interrupts a call, not the transfer: the reply stays in the unit until it is read.
     template <typename Transfer>
     static ssize_t resumed(Transfer transfer)
     {
@@ -70,7 +70,7 @@ private:
 };
 
 /// All zeros when the unit cannot be reached.
-Reply ask(const Call& call, Bytes sent = {}, Space received = {})
+Reply transact(const Call& call, Bytes sent = {}, Space received = {})
 {
     if (sent.size() > kLongest || received.size() > kLongest)
         return {};
@@ -99,27 +99,27 @@ Bytes textBytes(const char* text)
 
 JIDA_FUNCTION JidaDllInitialize()
 {
-    return ask({Function::DllInitialize, 0, {}, 0}).result;
+    return transact({Function::DllInitialize, 0, {}, 0}).result;
 }
 
 JIDA_FUNCTION JidaDllUninitialize()
 {
-    return ask({Function::DllUninitialize, 0, {}, 0}).result;
+    return transact({Function::DllUninitialize, 0, {}, 0}).result;
 }
 
 JIDA_FUNCTION JidaDllInstall(unsigned long install)
 {
-    return ask({Function::DllInstall, 0, {number(install)}, 0}).result;
+    return transact({Function::DllInstall, 0, {number(install)}, 0}).result;
 }
 
 JIDA_FUNCTION JidaBoardCountA(const char* className, unsigned long flags)
 {
-    return ask({Function::BoardCountA, 0, {number(flags)}, 0}, textBytes(className)).result;
+    return transact({Function::BoardCountA, 0, {number(flags)}, 0}, textBytes(className)).result;
 }
 
 JIDA_FUNCTION JidaBoardOpenA(const char* className, unsigned long board, unsigned long flags, unsigned long* handle)
 {
-    const Reply reply = ask({Function::BoardOpenA, 0, {number(board), number(flags)}, 0}, textBytes(className));
+    const Reply reply = transact({Function::BoardOpenA, 0, {number(board), number(flags)}, 0}, textBytes(className));
     if (reply.result != 0)
         *handle = reply.values[0];
     return reply.result;
@@ -127,19 +127,19 @@ JIDA_FUNCTION JidaBoardOpenA(const char* className, unsigned long board, unsigne
 
 JIDA_FUNCTION JidaBoardClose(unsigned long board)
 {
-    return ask({Function::BoardClose, number(board), {}, 0}).result;
+    return transact({Function::BoardClose, number(board), {}, 0}).result;
 }
 
 JIDA_FUNCTION JidaTemperatureCount(unsigned long board)
 {
-    return ask({Function::TemperatureCount, number(board), {}, 0}).result;
+    return transact({Function::TemperatureCount, number(board), {}, 0}).result;
 }
 
 JIDA_FUNCTION JidaTemperatureGetInfo(unsigned long board, unsigned long index, void* information)
 {
     std::uint32_t fields[2]; // its size and the sensor's type
     std::memcpy(fields, information, sizeof fields);
-    const Reply reply = ask({Function::TemperatureGetInfo, number(board), {number(index), fields[0]}, 0});
+    const Reply reply = transact({Function::TemperatureGetInfo, number(board), {number(index), fields[0]}, 0});
     if (reply.result == 0)
         return 0;
     fields[1] = reply.values[0];
@@ -150,7 +150,7 @@ JIDA_FUNCTION JidaTemperatureGetInfo(unsigned long board, unsigned long index, v
 JIDA_FUNCTION JidaTemperatureGetCurrent(unsigned long board, unsigned long index, unsigned long* temperature,
                                         unsigned long* status)
 {
-    const Reply reply = ask({Function::TemperatureGetCurrent, number(board), {number(index)}, 0});
+    const Reply reply = transact({Function::TemperatureGetCurrent, number(board), {number(index)}, 0});
     if (reply.result != 0) {
         *temperature = reply.values[0];
         *status = reply.values[1];
@@ -161,26 +161,26 @@ JIDA_FUNCTION JidaTemperatureGetCurrent(unsigned long board, unsigned long index
 JIDA_FUNCTION JidaI2CWrite(unsigned long board, unsigned long bus, unsigned char address, const unsigned char* bytes,
                            unsigned long count)
 {
-    return ask({Function::I2CWrite, number(board), {number(bus), address}, 0}, {bytes, count}).result;
+    return transact({Function::I2CWrite, number(board), {number(bus), address}, 0}, {bytes, count}).result;
 }
 
 JIDA_FUNCTION JidaI2CWriteReadCombined(unsigned long board, unsigned long bus, unsigned char address,
                                        const unsigned char* bytes, unsigned long count, unsigned char* answer,
                                        unsigned long answerSize)
 {
-    return ask({Function::I2CWriteReadCombined, number(board), {number(bus), address}, 0}, {bytes, count},
-               {answer, answerSize})
+    return transact({Function::I2CWriteReadCombined, number(board), {number(bus), address}, 0}, {bytes, count},
+                    {answer, answerSize})
         .result;
 }
 
 JIDA_FUNCTION JidaI2CWriteRegister(unsigned long board, unsigned long bus, unsigned char address, unsigned short reg,
                                    unsigned char value)
 {
-    return ask({Function::I2CWriteRegister, number(board), {number(bus), address, reg}, 0}, {&value, 1}).result;
+    return transact({Function::I2CWriteRegister, number(board), {number(bus), address, reg}, 0}, {&value, 1}).result;
 }
 
 JIDA_FUNCTION JidaI2CReadRegister(unsigned long board, unsigned long bus, unsigned char address, unsigned short reg,
                                   unsigned char* value)
 {
-    return ask({Function::I2CReadRegister, number(board), {number(bus), address, reg}, 0}, {}, {value, 1}).result;
+    return transact({Function::I2CReadRegister, number(board), {number(bus), address, reg}, 0}, {}, {value, 1}).result;
 }

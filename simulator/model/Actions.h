@@ -8,15 +8,15 @@
 
 namespace hxsim {
 
-/// What can be done to the unit from outside: "press front", "drop serial". The first word names the action, the rest
-/// are its words. An action throws BadText for words that it does not know.
+/// Actions on the unit from outside: "press front", "drop serial". The first word names the action, the others are its
+/// arguments. An action throws BadText for invalid arguments.
 class Actions {
 public:
     using Words = std::vector<std::string>;
     using Effect = std::function<void(const Words&)>;
     struct Action {
         Effect effect;
-        std::string usage; ///< the words it takes: "front|power [MILLISECONDS]"
+        std::string usage; ///< its arguments: "front|power [MILLISECONDS]"
         std::string help;
     };
 

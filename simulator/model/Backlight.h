@@ -7,7 +7,7 @@
 
 namespace hxsim {
 
-/// "/dev/backlight": a level and a status byte. Setting the property is what another program does by hand.
+/// "/dev/backlight": a level and a status byte. Setting the property acts like another program that sets the level.
 class Backlight : public Hardware {
 public:
     explicit Backlight(Unit& unit);
@@ -15,7 +15,7 @@ public:
     std::uint8_t level = 128;
     std::uint8_t status = 0;
 
-    /// Is told every level that a program writes.
+    /// Called with every level that a program writes.
     std::function<void(std::uint8_t level)> onWrite;
 };
 

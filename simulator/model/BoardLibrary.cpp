@@ -94,13 +94,13 @@ BoardLibrary::BoardLibrary(Unit& unit) : unit_{unit}
     Node& node = unit.addNode(jida::kNode).unrecorded();
     node.onOpen([&node](int flags) { return std::make_unique<JidaFile>(node, flags); });
     node.onWrite([this](OpenFile& file, std::span<const std::uint8_t> in) -> Outcome {
-        jida::Call asked{};
-        if (in.size() < sizeof asked)
+        jida::Call header{};
+        if (in.size() < sizeof header)
             return {-EINVAL, false, {}};
-        std::memcpy(&asked, in.data(), sizeof asked);
-        if (asked.function > jida::Function::TemperatureGetInfo || asked.answerSize > jida::kLongest)
+        std::memcpy(&header, in.data(), sizeof header);
+        if (header.function > jida::Function::TemperatureGetInfo || header.answerSize > jida::kLongest)
             return {-EINVAL, false, {}};
-        dynamic_cast<JidaFile&>(file).done = call(asked, in.subspan(sizeof asked));
+        dynamic_cast<JidaFile&>(file).done = call(header, in.subspan(sizeof header));
         return {std::int64_t(in.size()), false, {}};
     });
     node.onRead([this](OpenFile& file, std::span<std::uint8_t> out, Time) -> Outcome {
@@ -125,7 +125,7 @@ void BoardLibrary::describe()
     properties.number("jida.boards", boards, 0, 16, "boards that the board library finds");
     properties.number("jida.sensors", sensorCount, 0, std::int64_t(sensors.size()), "temperature sensors of a board");
     properties.readOnly(
-        "jida.users", [this] { return std::to_string(users); }, "initialisations not yet ended");
+        "jida.users", [this] { return std::to_string(users); }, "initialisations that are still open");
     properties.number("i2c.hertz", unit_.i2c().hertz, 1000, 1000000, "clock of the I2C bus");
     for (std::size_t i = 0; i < sensors.size(); ++i) {
         Sensor& sensor = sensors[i];
@@ -144,7 +144,7 @@ void BoardLibrary::describe()
     }
 }
 
-/// Whether the call was asked to fail; a handler asks when it has put down the call's words, before it does anything.
+/// Whether the call must fail; a handler checks it after it has set the call's words and before it does anything.
 bool BoardLibrary::fails(Work& work)
 {
     const char* const name = row(work.call.function).name;
@@ -154,13 +154,13 @@ bool BoardLibrary::fails(Work& work)
     return work.error != 0;
 }
 
-BoardLibrary::Done BoardLibrary::call(const jida::Call& asked, std::span<const std::uint8_t> bytes)
+BoardLibrary::Done BoardLibrary::call(const jida::Call& header, std::span<const std::uint8_t> bytes)
 {
     Done done;
     done.ready = unit_.clock().now();
-    done.answer.assign(asked.answerSize, 0);
-    const Row& entry = row(asked.function);
-    Work work{asked, bytes, done};
+    done.answer.assign(header.answerSize, 0);
+    const Row& entry = row(header.function);
+    Work work{header, bytes, done};
     const std::string name = entry.name;
     (this->*entry.handler)(work);
     if (work.error == 0)

@@ -14,11 +14,11 @@
 
 namespace hxsim {
 
-/// What stands behind the board maker's library: the boards, their I2C bus and temperature sensors. The stand-in
-/// `libjida.so` asks it through a node of its own; the journal has a line of each call under "libjida.so", and faults
-/// are asked for under that name too ("fail = libjida.so JidaI2CWrite").
+/// The hardware behind the board vendor's library: the boards, their I2C bus and temperature sensors. The replacement
+/// `libjida.so` calls it through a node of its own; the journal lists each call under "libjida.so", and faults use that
+/// name too ("fail = libjida.so JidaI2CWrite").
 ///
-/// "absent = libjida.so" takes the library away, "absent = JidaI2CWrite" one of its functions.
+/// "absent = libjida.so" removes the library, "absent = JidaI2CWrite" one of its functions.
 class BoardLibrary : public Hardware {
 public:
     explicit BoardLibrary(Unit& unit);
@@ -34,9 +34,9 @@ public:
     std::uint32_t boards = 1;
     std::uint32_t sensorCount = 2;
     std::array<Sensor, 4> sensors{{{45500, 1, 0}, {38000, 1, 1}, {36500, 1, 2}, {31000, 1, 3}}};
-    int users = 0; ///< how often it was initialised and not ended again
+    int users = 0; ///< open initialisations
 
-    /// One call; `bytes` is what came with it, `answer` is filled. Also gives the time at which the caller gets it.
+    /// One call with its `bytes`; fills `answer`. Also returns the time at which the caller receives it.
     struct Done {
         jida::Reply reply{};
         std::vector<std::uint8_t> answer{};
@@ -45,7 +45,7 @@ public:
     Done call(const jida::Call& call, std::span<const std::uint8_t> bytes);
 
 private:
-    /// One call on its way to its line in the journal.
+    /// One call in progress, for its journal entry.
     struct Work;
     using Handler = void (BoardLibrary::*)(Work&);
     struct Row {

@@ -48,9 +48,9 @@ Buzzer::Buzzer(Unit& unit) : unit_{unit}
     properties.number("buzzer.volume", volume, 0, 0xFFFF, "0 to 51 are in use");
     properties.number("buzzer.trigger", trigger, 0, 0xFF, "the trigger's byte");
     properties.readOnly(
-        "buzzer.sounding", [this] { return trigger != 0 ? "on" : "off"; }, "whether it sounds at this moment");
+        "buzzer.sounding", [this] { return trigger != 0 ? "on" : "off"; }, "whether it sounds now");
     properties.readOnly(
-        "buzzer.beeps", [this] { return std::to_string(beeps.size()); }, "how often it has sounded");
+        "buzzer.beeps", [this] { return std::to_string(beeps.size()); }, "number of beeps so far");
     properties.readOnly(
         "buzzer.last", [this] { return beeps.empty() ? "none" : shown(beeps.back()); },
         "duration, frequency and volume of the last time that it sounded");

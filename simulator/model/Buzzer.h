@@ -8,10 +8,10 @@
 
 namespace hxsim {
 
-/// The panel's buzzer. Its driver keeps whatever frequency and volume it is given.
+/// The panel's buzzer. Its driver stores any frequency and volume.
 class Buzzer : public Hardware {
 public:
-    /// One time that it sounded, from switching on to switching off.
+    /// One beep, from switching on to switching off.
     struct Beep {
         Time begin;
         Time duration;

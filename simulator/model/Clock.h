@@ -13,8 +13,8 @@ namespace hxsim {
 /// Model time: nanoseconds since the unit was switched on.
 using Time = std::chrono::nanoseconds;
 
-/// The unit's time and what is due in it. Nothing here looks at the machine's clock: whoever hosts the model
-/// advances it, so the same model runs in virtual, real or scaled time.
+/// The unit's time and its timers. Nothing here reads the machine's clock: the host of the model advances it, so the
+/// same model runs in virtual, real or scaled time.
 class Clock {
 public:
     using Callback = std::function<void()>;
@@ -23,14 +23,14 @@ public:
     [[nodiscard]] Time now() const { return now_; }
 
     /// Runs the callback when model time reaches `time`; a time in the past means at the next advance.
-    /// Callbacks of equal times run in the order in which they were asked for.
+    /// Callbacks of equal times run in the order of their registration.
     Key at(Time time, Callback callback);
     Key after(Time delay, Callback callback) { return at(now_ + delay, std::move(callback)); }
     void cancel(const Key& key) { timers_.erase(key); }
 
     [[nodiscard]] std::optional<Time> nextDeadline() const;
 
-    /// Goes forward to `time` and runs on the way what falls due, also what a callback adds. Never goes back.
+    /// Advances to `time` and runs the timers that fall due, also those that a callback adds. Never goes back.
     void advanceTo(Time time);
 
 private:

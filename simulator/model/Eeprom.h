@@ -24,7 +24,7 @@ public:
     void write(std::span<const std::uint8_t> bytes, Time end) override;
     void read(std::span<std::uint8_t> bytes) override;
 
-    /// The stored bytes, for those who look into the part or prepare it.
+    /// The stored bytes, to inspect or prepare the part.
     [[nodiscard]] std::vector<std::uint8_t>& bytes() { return memory_.bytes; }
     /// The text at the start, up to the first 0x00 or 0xFF.
     [[nodiscard]] std::string text() const;

@@ -10,7 +10,7 @@ namespace hxsim {
 
 namespace {
 
-/// "get 5" is meant by "get 5" and by "get", but not by "get 50".
+/// "get 5" is matched by "get 5" and by "get", but not by "get 50".
 bool begins(std::string_view call, std::string_view wanted)
 {
     return call.starts_with(wanted) && (call.size() == wanted.size() || call[wanted.size()] == ' ');
@@ -42,7 +42,7 @@ std::string Fault::state() const
     return left + ", hit " + std::to_string(hits) + (hits == 1 ? " time" : " times");
 }
 
-/// What is used up gives way to a new one of its kind, so that a test that injects for days keeps a short list.
+/// A new fault replaces used-up ones of its kind, so that a test that injects for days keeps a short list.
 void Faults::add(Fault fault)
 {
     std::erase_if(faults_, [&](const Fault& old) {
@@ -65,7 +65,7 @@ Fault Faults::parse(std::string_view text)
     if (next < parts.size())
         fault.count = int(parseNumber(parts[next++], 1, 1000000));
     if (next < parts.size())
-        throw BadText{"'" + parts[next] + "' is too much: NODE CALL [ERRNO] [COUNT]"};
+        throw BadText{"too many arguments: '" + parts[next] + "'; a fault is written as: NODE CALL [ERRNO] [COUNT]"};
     return fault;
 }
 

@@ -7,7 +7,7 @@
 
 namespace hxsim {
 
-/// A wish that some calls fail: the next `count` calls of `call` on `subject`, after `skip` of them went well.
+/// An injected failure: the next `count` calls of `call` on `subject` fail, after `skip` successful ones.
 struct Fault {
     static constexpr int kAlways = -1;
 
@@ -22,14 +22,14 @@ struct Fault {
     [[nodiscard]] std::string state() const;
 };
 
-/// The faults that were asked for. One that has failed its count of calls stays to be seen, with nothing left.
+/// The injected faults. A used-up one stays in the list, with nothing left.
 class Faults {
 public:
     void add(Fault fault);
     /// "NODE CALL [ERRNO] [COUNT]", as in a description or on the command line. Throws BadText.
     static Fault parse(std::string_view text);
     void clear() { faults_.clear(); }
-    /// Removes what was asked for the subject.
+    /// Clears the faults on the subject.
     void clear(std::string_view subject);
     [[nodiscard]] const std::vector<Fault>& all() const { return faults_; }
 

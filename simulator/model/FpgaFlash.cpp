@@ -46,10 +46,10 @@ void FpgaFlash::addProperties(Unit& unit)
     Properties& properties = unit.properties();
     properties.number("fpga.status", notReady, 0, 255, "status byte of the configuration flash; 0 is ready");
     properties.number("fpga.accepts", accepts, 0, kPage, "bytes of a block that the driver takes at most");
-    properties.flag("fpga.reads-nothing", readsNothing, "fault: read requests deliver no bytes");
-    properties.number("fpga.flip-read-at", flipReadAt, 0, INT32_MAX, "fault: flip a bit of that byte read back");
+    properties.flag("fpga.reads-nothing", readsNothing, "fault: read requests return no bytes");
+    properties.number("fpga.flip-read-at", flipReadAt, 0, INT32_MAX, "fault: flip a bit of the Nth byte read back");
     properties.number("fpga.cut-at-block", cutAtBlock, 0, INT32_MAX,
-                      "fault: power of the flash fails in the middle of that block");
+                      "fault: power of the flash fails in the middle of the Nth block");
     properties.readOnly(
         "fpga.configured", [this] { return configured ? "on" : "off"; },
         "whether the FPGA took a whole configuration when it got power");

@@ -17,16 +17,16 @@ public:
 
     std::vector<std::uint8_t> content;
     std::int64_t notReady = 0;    ///< the status byte: 0 is ready
-    std::int64_t accepts = kPage; ///< how much of a block the driver takes at most; 0: it makes no progress
+    std::int64_t accepts = kPage; ///< how much of a block the driver accepts at most; 0: it makes no progress
     bool readsNothing = false;
     std::int64_t flipReadAt = 0; ///< fault: the byte that is read wrongly, counted from the next one
     std::int64_t cutAtBlock = 0; ///< fault: power fails in the middle of that block
     bool hasPower = true;
-    /// Whether the FPGA took a whole configuration when it got power. It keeps that one while the flash is written.
+    /// Whether the FPGA loaded a complete configuration at power-on. It keeps that one while the flash is written.
     bool configured = true;
 
-    /// The supervisor leaves the flash alone, or works as usual again: a run of writing begins and ends so. What was
-    /// written in a run that did not end, or in which a block failed, is no configuration.
+    /// The supervisor becomes passive, or active again: a write run begins and ends so. The result of a run that did
+    /// not end, or in which a block failed, is not a configuration.
     void beginRun() { failed_ = false; }
     void endRun() { incomplete_ = incomplete_ && failed_; }
 
@@ -37,7 +37,7 @@ private:
     void program(std::size_t position, std::span<const std::uint8_t> bytes);
     void addProperties(Unit& unit);
 
-    bool incomplete_ = false; ///< what lies in the flash is part of a configuration
+    bool incomplete_ = false; ///< the flash contains a part of a configuration
     bool failed_ = false;     ///< a block of this run
 };
 

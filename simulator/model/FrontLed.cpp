@@ -87,7 +87,7 @@ FrontLed::FrontLed(Unit& unit) : unit_{unit}
         [this](const std::string& text) { parseInto(color, text, kBrightest); }, "red, green and blue, each 0 to 15");
     properties.flag("led.startup", duringStartup, "whether it shows its pattern while the unit starts");
     properties.readOnly(
-        "led.lit", [this] { return lit() ? "on" : "off"; }, "whether it shines at this moment");
+        "led.lit", [this] { return lit() ? "on" : "off"; }, "whether it is lit now");
 }
 
 bool FrontLed::lit() const
@@ -96,7 +96,7 @@ bool FrontLed::lit() const
     if (on == 0 || color == std::array<std::uint8_t, 3>{})
         return false;
     const Time pulse = (on + off) * 10ms;
-    // Without a number of pulses it goes on without ever resting.
+    // Without a number of pulses it pulses without a rest.
     const Time period = pulses == 0 ? pulse : pulse * pulses + rest * 10ms;
     const Time phase = (unit_.clock().now() - since_) % period;
     const bool resting = pulses != 0 && phase >= pulse * pulses;

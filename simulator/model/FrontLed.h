@@ -9,7 +9,7 @@
 
 namespace hxsim {
 
-/// The status LED of the front panel. It repeats a pattern from the moment in which it was set: so many pulses, each on
+/// The status LED of the front panel. It repeats a pattern from the moment of setting it: a number of pulses, each on
 /// and then off, and a rest. Times are in units of 10 ms.
 class FrontLed : public Hardware {
 public:

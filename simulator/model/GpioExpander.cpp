@@ -21,7 +21,7 @@ void GpioExpander::write(std::span<const std::uint8_t> bytes, Time end)
 void GpioExpander::read(std::span<std::uint8_t> bytes)
 {
     for (std::uint8_t& byte : bytes) {
-        byte = 0xFF; // nothing pulls the line low behind the last register
+        byte = 0xFF; // nothing pulls the line low after the last register
         if (pointer_ == kPins)
             byte = pins();
         else if (pointer_ < registers.size())

@@ -7,8 +7,8 @@
 
 namespace hxsim {
 
-/// Base of every piece of hardware. A derived class describes in its constructor, to the unit it is given, its nodes,
-/// properties and actions; they live as long as the unit. Its file also defines `makeXxx(Unit&)`, and HardwareList.def
+/// Base of every piece of hardware. The constructor of a derived class registers its nodes, properties and actions with
+/// the unit; they live as long as the unit. Its file also defines `makeXxx(Unit&)`, and HardwareList.def
 /// has a line for it.
 class Hardware {
 public:

@@ -18,7 +18,7 @@ I2cBus::Transfer I2cBus::transfer(std::uint8_t address, std::span<const std::uin
     const Time start = std::max(clock_.now(), freeAt_);
     const auto found = devices_.find(std::uint8_t(address & 0xFE));
     if (found == devices_.end() || !found->second->answers(start)) {
-        freeAt_ = start + duration(1, 1); // nobody pulls the line low after the address
+        freeAt_ = start + duration(1, 1); // no part acknowledges the address
         return {false, freeAt_};
     }
     const bool writes = !written.empty() || read.empty();

@@ -9,7 +9,7 @@
 
 namespace hxsim {
 
-/// A part on the bus, as far as the wire knows it.
+/// A part on the bus.
 class I2cDevice {
 public:
     I2cDevice() = default;
@@ -25,13 +25,12 @@ public:
     virtual void read(std::span<std::uint8_t> bytes) = 0;
 };
 
-/// The board's I2C bus 0. Programs wait as long as a transfer takes on the wire; what a transfer does is done when it
-/// is asked for.
+/// The board's I2C bus 0. Programs wait as long as a transfer takes on the wire; its effect happens at its start.
 class I2cBus {
 public:
     explicit I2cBus(Clock& clock) : clock_{clock} {}
 
-    /// Puts a part on the bus under its 8-bit address, whose lowest bit does not count.
+    /// Attaches a part under its 8-bit address, whose lowest bit is ignored.
     void attach(std::uint8_t address, I2cDevice& device) { devices_[std::uint8_t(address & 0xFE)] = &device; }
 
     struct Transfer {

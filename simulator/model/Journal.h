@@ -11,14 +11,14 @@
 
 namespace hxsim {
 
-/// Who made a call. Threads are numbered by the backend in the order in which it meets them, from 1.
+/// The caller of a call. The backend numbers threads from 1 in the order of their first calls.
 struct Caller {
     int process = 0;
     int thread = 0;
 };
 
-/// One call that reached the unit. `subject` is what it was made on: a path, a semaphore's name, or a word such as
-/// "sleep". `action` is the call with its plain arguments; bytes stand apart, so that they can be decoded.
+/// One call that reached the unit. `subject` is its target: a path, a semaphore's name, or a word such as "sleep".
+/// `action` is the call with its plain arguments; bytes are separate, so that they can be decoded.
 struct Entry {
     enum class Kind { Open, Close, Read, Write, Ioctl, Other };
 
@@ -40,7 +40,7 @@ struct Entry {
     [[nodiscard]] std::string text() const { return subject + ' ' + call(); }
 };
 
-/// Everything that the unit was asked, in order. Keeps the last 100000 entries.
+/// All calls on the unit, in order. Keeps the last 100000 entries.
 class Journal {
 public:
     using Listener = std::function<void(const Entry&)>;
@@ -49,7 +49,7 @@ public:
     void clear() { entries_.clear(); }
     [[nodiscard]] const std::deque<Entry>& entries() const { return entries_; }
 
-    /// Is called with each entry as it is made; for `log --follow`.
+    /// Called with each new entry; for `log --follow`.
     void listen(Listener listener) { listener_ = std::move(listener); }
 
 private:

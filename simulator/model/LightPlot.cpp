@@ -14,7 +14,7 @@ namespace hxsim {
 
 namespace {
 
-// Where the two panels lie in the picture.
+// Positions of the two panels in the picture.
 constexpr double kWidth = 920;
 constexpr double kHeight = 560;
 constexpr double kLeft = 80;

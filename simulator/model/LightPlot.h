@@ -8,9 +8,9 @@ namespace hxsim {
 
 class LightTrace;
 
-/// A picture (SVG) of what happened between light and backlight: above, the light as it was set and as the sensor
-/// reported it, on a logarithmic scale; below, the level as it was written. `luxAt` gives the light at a second of the
-/// unit's time; without it the light is shown as it was at each reading.
+/// Plots light and backlight as SVG: above, the light as set and as reported by the sensor, on a logarithmic scale;
+/// below, the level as written. `luxAt` returns the light at a second of the unit's time; without it the plot shows the
+/// light at each reading.
 std::string lightPlot(const LightTrace& trace, const std::string& title,
                       const std::function<double(double seconds)>& luxAt = {});
 

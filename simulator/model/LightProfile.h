@@ -8,12 +8,12 @@
 
 namespace hxsim {
 
-/// Light over time, as drawn or recorded: points between which it goes in a straight line. Two points of one time make
-/// a step.
+/// Light over time: points with linear interpolation between them. Two points of equal time make a step.
 class LightProfile {
 public:
-    /// One point a line, "SECONDS LUX"; times do not go back. "repeat" as the last line begins again at the end.
-    /// "#" begins a comment; ";" stands for a line end. Throws BadText naming the line.
+    /// One point per line, "SECONDS LUX"; times do not decrease. "repeat" as the last line restarts the profile at its
+    /// end.
+    /// "#" begins a comment; ";" is equivalent to a line end. Throws BadText naming the line.
     static LightProfile parse(std::string_view text);
 
     [[nodiscard]] double luxAt(Time sinceStart) const;

@@ -17,8 +17,8 @@ constexpr double kLuxPerCount = 0.39;
 constexpr double kInfraredCorrection = 0.181;
 constexpr int kLargestCode = 0x7F;
 
-/// Counts of a seven-bit code, from the converter's principle: each chord begins where the one before would have its
-/// seventeenth step, half a step further in, and doubles the step.
+/// Counts of a seven-bit code, from the converter's principle: each chord begins at the seventeenth step of the
+/// previous one, plus half a step, and doubles the step.
 double countsOf(int code)
 {
     const int chord = code >> 4;
@@ -27,7 +27,7 @@ double countsOf(int code)
     return std::floor(16.5 * (stepCounts - 1)) + stepCounts * step;
 }
 
-/// The highest code that the counts reach: the converter does not round.
+/// The highest code that the counts reach: the converter truncates.
 std::uint8_t codeOf(double counts)
 {
     int code = 0;
@@ -159,7 +159,7 @@ double LightSensor::noise()
 {
     if (noisePercent == 0)
         return 1;
-    // Twelve even numbers make one that is normal enough, and the same one on every machine.
+    // The sum of twelve uniform numbers approximates a normal one, and is the same on every machine.
     double sum = -6;
     for (int i = 0; i < 12; ++i)
         sum += double(random_()) / 4294967296.0;

@@ -27,7 +27,7 @@ public:
     void setLux(double lux);
     /// The profile begins now.
     void play(LightProfile profile);
-    /// What a conversion answers now; a new one, with noise, at each call.
+    /// The result of a conversion now; a new one, with noise, at each call.
     [[nodiscard]] Bytes convert();
     /// Lux that the sensor's data sheet gives for two bytes, in the present range.
     [[nodiscard]] double reported(const Bytes& bytes) const;
@@ -35,11 +35,11 @@ public:
     std::uint8_t range = 0;         ///< 0 standard, 1 extended; anything else is a fault of the driver.
     double infraredShare = 0.2;     ///< channel 1 as a part of channel 0
     double noisePercent = 0;        ///< standard deviation of a reading
-    int notReady = 0;               ///< so many readings to come are not complete
-    std::uint32_t conversionMs = 0; ///< for so long after a change of range readings are not complete
-    std::optional<Bytes> forced;    ///< what is read whatever the light is
+    int notReady = 0;               ///< number of following readings that are not complete
+    std::uint32_t conversionMs = 0; ///< time after a change of range during which readings are not complete
+    std::optional<Bytes> forced;    ///< bytes to read instead of the light
 
-    /// Is told every completed conversion that a program reads.
+    /// Called with every completed conversion that a program reads.
     std::function<void(double luxSet, double luxReported)> onRead;
 
 private:

@@ -9,7 +9,7 @@
 
 namespace hxsim {
 
-/// What happened between light and backlight: each reading and each written level with its time, while it records.
+/// Records light and backlight: each reading and each written level with its time.
 class LightTrace : public Hardware {
 public:
     struct Reading {
@@ -30,7 +30,7 @@ public:
 
     /// How often the level turned from rising to falling or back.
     [[nodiscard]] int reversals() const;
-    /// Seconds from `from` until the level has gone 90 % of its way from what it was then to what it is at `to`;
+    /// Seconds from `from` until the level has completed 90 % of its change from there to its value at `to`;
     /// negative when it did not move.
     [[nodiscard]] double secondsToNinety(double from, double to) const;
 

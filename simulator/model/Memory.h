@@ -6,8 +6,8 @@
 
 namespace hxsim {
 
-/// Bytes that outlast the unit's power. Whoever hosts the unit may fill them before programs start (same size), and
-/// keep them wherever it keeps things when `changed` has been set; it then clears the flag.
+/// Bytes that outlast the unit's power. The host of the unit may fill them before programs start (same size), and saves
+/// them when `changed` is set; it then clears the flag.
 struct Memory {
     std::vector<std::uint8_t> bytes{};
     bool changed = false;

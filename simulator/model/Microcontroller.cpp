@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint8_t kAck = 0x79;
 constexpr std::uint8_t kNack = 0x1F;
-constexpr std::uint32_t kSystemMemory = 0x1FFFF000; // the bootloader itself and the option bytes behind it
+constexpr std::uint32_t kSystemMemory = 0x1FFFF000; // the bootloader itself and the option bytes after it
 constexpr std::uint32_t kSystemMemoryEnd = 0x1FFFF810;
 constexpr std::uint32_t kBootloaderRam = 0x200; // the first bytes of RAM are the bootloader's own
 constexpr std::size_t kSectorSize = 4096;
@@ -35,10 +35,10 @@ constexpr std::array<Family, 6> kFamilies{{{0x412, 32, 10, 1024},
 const Family& familyOf(std::uint16_t productId)
 {
     const auto* found = std::ranges::find(kFamilies, productId, &Family::productId);
-    return found != kFamilies.end() ? *found : kFamilies[1]; // a new family, with memories like a known one
+    return found != kFamilies.end() ? *found : kFamilies[1]; // an unknown family, with the memories of a known one
 }
 
-/// What was programmed in the factory: a vector table and a program that is the same in every unit.
+/// The factory firmware: a vector table and a program that is the same in every unit.
 void fillWithFirmware(std::vector<std::uint8_t>& flash)
 {
     constexpr std::array<std::uint8_t, 8> kVectors{0x00, 0x10, 0x00, 0x20, 0x01, 0x01, 0x00, 0x08};
@@ -92,18 +92,18 @@ void Microcontroller::addProperties(const std::string& name)
     properties.add(
         name + ".product-id", [this] { return hexNumber(productId, 3); },
         [this](const std::string& text) { productId = std::uint16_t(parseNumber(text, 0, 0xFFFF)); },
-        "what the bootloader answers; any number may be given");
+        "the bootloader's answer to the product query; any number may be given");
     properties.readOnly(
         name + ".flash-crc", [this] { return hexNumber(crc32(flash), 8); }, "CRC-32 of the whole flash");
     properties.number(name + ".erase-ms", eraseMs, 0, 60000, "time to erase the whole flash, in milliseconds");
     properties.flag(name + ".silent", silent, "the bootloader does not answer");
-    properties.number(name + ".nack-at", nackAt, 0, INT32_MAX, "fault: refuse the command that is so many ahead");
+    properties.number(name + ".nack-at", nackAt, 0, INT32_MAX, "fault: refuse the Nth command from now");
     properties.number(name + ".flip-read-at", flipReadAt, 0, INT32_MAX,
-                      "fault: flip a bit of the byte that is read back after so many");
+                      "fault: flip a bit of the Nth byte read back from now");
     properties.number(name + ".cut-at-byte", cutAtByte, 0, INT32_MAX,
-                      "fault: power fails at that byte on the line, counted both ways");
+                      "fault: power fails at the Nth byte on the line, counted in both directions");
     properties.number(name + ".cut-at-ack", cutAtAck, 0, INT32_MAX,
-                      "fault: power fails before that acknowledgement is sent");
+                      "fault: power fails before the Nth acknowledgement");
 }
 
 void Microcontroller::interrupt()
@@ -136,7 +136,7 @@ void Microcontroller::startFirmware()
         return;
     interrupt();
     if (erased_ && !changeRefused_)
-        changed_ = false; // whoever had the line has given it back
+        changed_ = false; // the line is released
     boot();
 }
 
@@ -285,7 +285,7 @@ Microcontrollers::Microcontrollers(Unit& unit) : supervisor{unit, "ss", 0x414}, 
         "cuts a microcontroller's power");
     unit.actions().add(
         "restore", "ss|front", [this](const Actions::Words& words) { named(words).restorePower(); },
-        "gives a microcontroller its power back");
+        "restores a microcontroller's power");
 }
 
 Microcontroller& Microcontrollers::named(const Actions::Words& words)

@@ -12,11 +12,11 @@
 
 namespace hxsim {
 
-/// One STM32 of the unit: its memories, its boot pin, its power, and what can go wrong with it.
+/// One STM32 of the unit: its memories, its boot pin, its power, and its faults.
 ///
-/// Flash holds 0xFF after erasing, and programming only clears bits. What a session with the bootloader changed is
-/// firmware only if the session erased, was refused no write, and came to its end: else the chip starts nothing. Faults
-/// count from the moment in which they are asked for; 0 means that they are not asked for.
+/// Flash holds 0xFF after erasing, and programming only clears bits. The result of a bootloader session is firmware
+/// only if the session erased, had no refused write, and was completed: else the chip starts nothing. Faults count from
+/// their injection; 0 means no fault.
 class Microcontroller {
 public:
     Microcontroller(Unit& unit, const std::string& name, std::uint16_t itsProductId);
@@ -27,18 +27,18 @@ public:
 
     /// A reset with the boot pin set: the bootloader starts, also when there is no firmware.
     void startBootloader();
-    /// A reset with the boot pin clear: what is in the flash starts.
+    /// A reset with the boot pin clear: the firmware in the flash starts.
     void startFirmware();
     void cutPower();
     void restorePower();
-    /// A byte from the serial line, good only at the line settings that the bootloader uses.
+    /// A byte from the serial line, valid only at the line settings that the bootloader uses.
     void receive(std::uint8_t byte);
 
-    /// Whether its firmware is there to answer.
+    /// Whether its firmware is running.
     [[nodiscard]] bool runs() const { return state == State::Running; }
 
     State state = State::Running;
-    std::uint32_t startedAt = kFlashStart; ///< where the running program lies
+    std::uint32_t startedAt = kFlashStart; ///< address of the running program
     std::uint16_t productId;
     std::vector<std::uint8_t> flash;
     std::vector<std::uint8_t> ram;
@@ -84,10 +84,10 @@ private:
     Unit& unit_;
     RomBootloader bootloader_{*this};
     bool erasing_ = false;
-    bool changed_ = false;       ///< the flash, and nothing says yet that it was to the end
+    bool changed_ = false;       ///< the flash, and the session is not yet complete
     bool erased_ = false;        ///< in this session with the bootloader
     bool changeRefused_ = false; ///< in this session
-    std::uint64_t starts_ = 0;   ///< tells the end of an erase that a reset or a power failure has overtaken
+    std::uint64_t starts_ = 0;   ///< identifies an erase that a reset or a power failure has interrupted
 };
 
 /// The unit's two microcontrollers.

@@ -25,7 +25,7 @@ constexpr char kSleep[] = "sleep";
 const Names kNodeCalls{"access", "fopen", "mkfifo", "open", "read", "stat", "unlink", "write"};
 const Names kFileCalls{"access", "close", "fclose", "fopen", "mkfifo", "open", "read", "stat", "unlink", "write"};
 const Names kSerialCalls{"tcdrain", "tcflush", "tcgetattr", "tcsetattr"};
-/// On names that programs make up: semaphores, and the patterns of generated ones.
+/// On names that programs choose: semaphores, and the patterns of generated ones.
 const Names kNamedCalls{"mkstemp", "sem_close", "sem_open", "sem_post", "sem_timedwait", "sem_trywait", "sem_wait"};
 
 bool contains(const Names& names, const std::string& name)
@@ -38,7 +38,7 @@ void append(Names& names, const Names& more)
     names.insert(names.end(), more.begin(), more.end());
 }
 
-/// What a person can call a part of the unit.
+/// The names of a part of the unit.
 Names partsOf(const Unit& unit)
 {
     Names names{kLibrary};

@@ -8,8 +8,8 @@ namespace hxsim {
 class Unit;
 struct Fault;
 
-/// What a person names must be there, or a mistyped name would silently do nothing. Each throws BadText that says what
-/// there is not, with the nearest name that there is.
+/// Named parts must exist, or a mistyped name would silently do nothing. Each function throws BadText with the unknown
+/// name and the closest existing one.
 
 /// A device, file, library or library function that a unit can lack.
 void checkPart(const Unit& unit, const std::string& name);

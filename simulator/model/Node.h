@@ -16,7 +16,7 @@ namespace hxsim {
 
 class Node;
 
-/// What a program holds between open and close. A node that keeps something per open file derives its own
+/// A program's open file. A node with data per open file derives its own
 /// (Node::onOpen).
 class OpenFile {
 public:
@@ -31,7 +31,7 @@ public:
     std::string content;      ///< an attribute's text, taken when it is first read
 };
 
-/// The bytes that the driver takes from the caller's block, and those that it puts back, both from its start.
+/// The number of bytes that the driver reads from the caller's block, and that it writes back, both from its start.
 struct Takes {
     std::size_t bytes;
 };
@@ -53,8 +53,8 @@ struct Request {
     void put32(std::size_t offset, std::uint32_t value) const;
 };
 
-/// Result of a call on a node: 0 or a count, or -errno; or "not yet": the backend then asks again when the model has
-/// changed, at the latest at `wakeAt`.
+/// Result of a call on a node: 0 or a count, or -errno; or "not yet": the backend then retries after a change of the
+/// model, at the latest at `wakeAt`.
 struct Outcome {
     std::int64_t result = 0;
     bool waits = false;
@@ -63,7 +63,7 @@ struct Outcome {
     static Outcome notBefore(std::optional<Time> time) { return {0, true, time}; }
 };
 
-/// The line settings of a serial port, as far as the wire knows them.
+/// The line settings of a serial port, as far as they affect the wire.
 struct LineSettings {
     std::uint32_t baud = 9600;
     int dataBits = 8;
@@ -83,7 +83,7 @@ public:
     using RequestHandler = std::function<int(Request&)>;
     using Opener = std::function<std::unique_ptr<OpenFile>(int flags)>;
     using Closer = std::function<void(OpenFile&)>;
-    /// Is asked again while it waits; `started` is when the program made the call.
+    /// Called again while it waits; `started` is the time of the program's call.
     using Reader = std::function<Outcome(OpenFile&, std::span<std::uint8_t> out, Time started)>;
     using Writer = std::function<Outcome(OpenFile&, std::span<const std::uint8_t> in)>;
     struct Shape {
@@ -103,7 +103,7 @@ public:
     Node& attribute(std::function<std::string()> get, std::function<int(const std::string&)> set = {});
     /// Whether a read would not wait; without it a file is always readable.
     Node& onPoll(std::function<bool(OpenFile&, Time now)> readable);
-    /// A serial port: the backend keeps its terminal settings and tells them here.
+    /// A serial port: the backend keeps its terminal settings and passes them here.
     Node& serialLine(std::function<void(const LineSettings&)> changed,
                      std::function<void(bool input, bool output)> flush, std::function<Outcome()> drained);
     /// Calls on this node stay out of the journal: its hardware writes its own lines.
@@ -112,7 +112,7 @@ public:
     [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] bool recorded() const { return recorded_; }
     [[nodiscard]] bool isText() const { return text_; }
-    /// What is looked at by its path is a plain file from now on, or is none.
+    /// Whether stat and its kin see a plain file from now on.
     void showAsFile(bool isFile) { text_ = isFile; }
     [[nodiscard]] bool isSerial() const { return bool(lineChanged_); }
 
@@ -122,11 +122,11 @@ public:
     std::function<int()> openError;
     /// Openings that are not closed yet.
     int openings = 0;
-    /// Of a serial port: its terminal settings in the C library's form. They belong to the device, so that all openings
-    /// share them; empty when no program has set any since the first of them.
+    /// Of a serial port: its terminal settings in the C library's format. They belong to the device, so that all open
+    /// files share them; empty when no program has set any since the first open.
     std::vector<std::uint8_t> terminal{};
 
-    /// Null for a request that this driver does not know.
+    /// Null for a request that is unknown to this driver.
     [[nodiscard]] const Shape* shape(std::uint32_t code) const;
     [[nodiscard]] std::vector<std::uint32_t> requests() const;
     [[nodiscard]] std::unique_ptr<OpenFile> open(int flags);

@@ -64,7 +64,7 @@ Found find(std::string_view text, std::string_view key)
     return {std::string::npos, 0, 0};
 }
 
-/// "A:1\r\n" as a person writes it: \r, \n, \\ and \xNN.
+/// "A:1\r\n" in escaped form: \r, \n, \\ and \xNN.
 std::string unescaped(std::string_view text)
 {
     std::string plain;
@@ -80,7 +80,7 @@ std::string unescaped(std::string_view text)
             } else if (escape == 'r' || escape == 'n' || escape == '\\') {
                 c = escape == 'r' ? '\r' : escape == 'n' ? '\n' : '\\';
             } else {
-                throw BadText{"'" + std::string{text.substr(0, 2)} + "' is none of \\r, \\n, \\\\ and \\xNN"};
+                throw BadText{"'" + std::string{text.substr(0, 2)} + "' is not one of \\r, \\n, \\\\ and \\xNN"};
             }
         }
         plain += c;

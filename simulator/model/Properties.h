@@ -9,22 +9,22 @@
 
 namespace hxsim {
 
-/// What can be set and seen of the unit from outside, by name: "backlight.level". Values are texts; the same names
-/// serve descriptions, `hx-sim set`/`get` and tests. Setters throw BadText for what they cannot take.
+/// The properties of the unit, by name: "backlight.level". Values are texts; the same names serve descriptions,
+/// `hx-sim set`/`get` and tests. Setters throw BadText for invalid values.
 class Properties {
 public:
     using Getter = std::function<std::string()>;
     using Setter = std::function<void(const std::string&)>;
     struct Property {
         Getter get;
-        Setter set; ///< empty: can only be seen
+        Setter set; ///< empty: read-only
         std::string help;
     };
 
     void add(const std::string& name, Getter get, Setter set, const std::string& help);
     void readOnly(const std::string& name, Getter get, const std::string& help) { add(name, std::move(get), {}, help); }
 
-    /// A number, true/false or text that lives in the hardware object.
+    /// A number, true/false or text stored in the hardware object.
     template <typename Integer>
     void number(const std::string& name, Integer& value, std::int64_t low, std::int64_t high, const std::string& help)
     {

@@ -36,7 +36,7 @@ std::uint8_t checksum(const std::vector<std::uint8_t>& frame)
     return std::accumulate(frame.begin(), frame.end(), std::uint8_t(0), std::bit_xor<>{});
 }
 
-/// What comes with its complement.
+/// A value followed by its complement.
 bool complemented(const std::vector<std::uint8_t>& frame)
 {
     return (frame[0] ^ frame[1]) == 0xFF;
@@ -75,7 +75,7 @@ std::size_t RomBootloader::frameLength() const
     default:
         break;
     }
-    return std::size_t(frame_[0]) + 3; // one more than the number says, the number itself and the checksum
+    return std::size_t(frame_[0]) + 3; // count plus one bytes, the count itself and the checksum
 }
 
 void RomBootloader::receive(std::uint8_t byte)
@@ -111,7 +111,7 @@ void RomBootloader::complete(const Frame& frame)
 void RomBootloader::synchronise(const Frame& frame)
 {
     if (frame[0] != kSynchroniseByte)
-        return; // it cannot tell the baud rate from this
+        return; // it cannot derive the baud rate from this
     expect(Expect::Command);
     chip_.acknowledge();
 }

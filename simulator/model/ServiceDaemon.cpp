@@ -11,7 +11,7 @@ namespace hxsim {
 ServiceDaemon::ServiceDaemon(Unit& unit)
 {
     Node& node = unit.addNode("/tmp/hxauxd.fifo");
-    node.openError = [this] { return running || plainFile ? 0 : ENXIO; }; // nobody reads
+    node.openError = [this] { return running || plainFile ? 0 : ENXIO; }; // no reader
     node.onWrite([this](OpenFile&, std::span<const std::uint8_t> in) -> Outcome {
         if (plainFile)
             return {std::int64_t(in.size()), false, {}};
@@ -30,7 +30,7 @@ ServiceDaemon::ServiceDaemon(Unit& unit)
             plainFile = parseFlag(text);
             node.showAsFile(plainFile);
         },
-        "whether a plain file lies where the FIFO should be; programs that run already do not see a change");
+        "whether a plain file exists in place of the FIFO; running programs do not see a change");
     unit.properties().readOnly(
         "daemon.commands", [this] { return shown(); }, "commands that the daemon got, in order");
 }

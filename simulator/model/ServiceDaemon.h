@@ -9,14 +9,14 @@
 
 namespace hxsim {
 
-/// The reading end of the daemon's FIFO. It records the commands and acts on none.
+/// The reading end of the daemon's FIFO. It records the commands and executes none.
 class ServiceDaemon : public Hardware {
 public:
     explicit ServiceDaemon(Unit& unit);
 
     bool running = true;
-    bool plainFile = false; ///< somebody made a file there before the daemon made its FIFO
-    bool full = false;      ///< the FIFO holds as much as it can: nothing is read from it
+    bool plainFile = false; ///< a plain file exists there instead of the daemon's FIFO
+    bool full = false;      ///< the FIFO is full: nothing is read from it
     std::vector<std::int32_t> commands;
 
 private:

@@ -33,11 +33,11 @@ ServiceUart::ServiceUart(Unit& unit) : unit_{unit}
                     received_.clear();
             },
             [this] { return unit_.clock().now() >= sendingUntil_ ? Outcome{} : Outcome::notBefore(sendingUntil_); });
-    unit.properties().flag("uart.paced", paced, "whether bytes take their time on the line");
+    unit.properties().flag("uart.paced", paced, "whether bytes take their transfer time on the line");
     unit.properties().number("uart.drop-to-target", dropToTarget, 0, INT32_MAX,
-                             "fault: lose the byte towards the target that is so many ahead");
+                             "fault: lose the Nth byte towards the target from now");
     unit.properties().number("uart.drop-to-unit", dropToUnit, 0, INT32_MAX,
-                             "fault: lose the byte towards the unit that is so many ahead");
+                             "fault: lose the Nth byte towards the unit from now");
     unit.actions().add(
         "drop", "serial",
         [this](const Actions::Words& words) {

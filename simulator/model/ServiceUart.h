@@ -11,12 +11,12 @@ namespace hxsim {
 class Microcontroller;
 class UartRouting;
 
-/// "/dev/ttyS0" and the wire behind it. Each byte takes its time at the line's rate, or none when the wire runs free.
+/// "/dev/ttyS0" and the wire behind it. Each byte takes its transfer time, or none when pacing is off.
 class ServiceUart : public Hardware {
 public:
     explicit ServiceUart(Unit& unit);
 
-    /// A byte that a microcontroller sends. It is lost unless the line leads to that one.
+    /// A byte that a microcontroller sends. It is lost unless the line is routed to that one.
     void fromTarget(const Microcontroller& target, std::uint8_t byte);
 
     LineSettings line;
@@ -29,7 +29,7 @@ private:
     [[nodiscard]] std::size_t wanted() const;
     Outcome read(std::span<std::uint8_t> out, Time started);
     Outcome write(std::span<const std::uint8_t> in);
-    /// When a byte that starts now has passed, `busyUntil` being when the line in that direction is free.
+    /// When a byte that starts now is transferred; the line in that direction is busy until `busyUntil`.
     Time passedAt(Time& busyUntil);
     void deliver(std::uint8_t byte);
     [[nodiscard]] bool targetUnderstands() const;

@@ -8,7 +8,7 @@ namespace hxsim {
 
 namespace {
 
-/// How many letters to put in, take out, change or swap with their neighbour.
+/// Edit distance: letters to insert, delete, change or swap with their neighbour.
 std::size_t editDistance(const std::string& from, const std::string& to)
 {
     std::vector<std::size_t> before(to.size() + 1);

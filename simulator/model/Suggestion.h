@@ -6,7 +6,7 @@
 
 namespace hxsim {
 
-/// "; did you mean 'NAME'?" with the nearest of the names there are, or nothing when none is near.
+/// "; did you mean 'NAME'?" with the closest name, or nothing when none is close.
 std::string suggestion(const std::string& name, const std::vector<std::string>& names);
 
 /// The same for the keys of a map.

@@ -33,7 +33,7 @@ constexpr std::uint8_t kClearError = 25;
 constexpr std::uint16_t kSuspend = 1;
 constexpr Time kAfterAcknowledgement = 2s;
 constexpr Time kPatience = 60s;
-constexpr Time kOneDegree = 10s; ///< what the heating takes for it
+constexpr Time kOneDegree = 10s; ///< temperature used by the heating
 
 Time durationOf(const std::string& text, Time shortOne, Time longOne)
 {
@@ -70,7 +70,7 @@ void Supervisor::describeLoads()
     load(kFan, "power.fan");
     for (std::size_t i = 0; i < kVideo.size(); ++i)
         load(kVideo[i], "power.video." + std::to_string(i + 1));
-    power.property(kTransition, "power.transition", 0, "which transition is asked for");
+    power.property(kTransition, "power.transition", 0, "which transition is requested");
     power.onWrite(kTransition, [this](std::uint16_t value) { return acknowledge(value); });
     unit_.properties().readOnly(
         "power.state",
@@ -83,7 +83,7 @@ void Supervisor::describeLoads()
 
 void Supervisor::describeDiagnostics()
 {
-    for (std::uint8_t number = 0; number < kClearError; ++number) // what is measured cannot be written
+    for (std::uint8_t number = 0; number < kClearError; ++number) // measured values are read-only
         diagnostics.onWrite(number, [](std::uint16_t) { return -EINVAL; });
     describeTemperature(kSupervisorTemperature, "diagnostics.ss-temp", 38, "supervisor's temperature, degrees Celsius");
     describeTemperature(kBoardTemperature, "diagnostics.pcb-temp", 35, "board's temperature, degrees Celsius");
@@ -156,7 +156,7 @@ void Supervisor::describeActions()
             pressFrontButton(
                 durationOf(words.size() == 2 ? words[1] : "short", 200ms, configuration.buttonTime() + 500ms));
         },
-        "presses the front button; short unless told otherwise");
+        "presses the front button; a short press without an argument");
     actions.add(
         "signal", "[MILLISECONDS]",
         [this](const Actions::Words& words) {
@@ -164,7 +164,7 @@ void Supervisor::describeActions()
                 throw BadText{"signal [MILLISECONDS]"};
             giveSignal(words.empty() ? configuration.signalTime() + 500ms : durationOf(words[0], 0ms, 0ms));
         },
-        "gives the external on/off signal; long enough unless told otherwise");
+        "applies the external on/off signal; without an argument long enough to count");
     actions.add(
         "supply", "on|off",
         [this](const Actions::Words& words) {
@@ -211,9 +211,9 @@ void Supervisor::pressFrontButton(Time duration)
     const bool isLong = duration >= limit;
     unit_.clock().after(std::min(duration, limit), [this, isLong] {
         if (isLong)
-            ask(Asker::LongPress, configuration.read(SupervisorSettings::LongPress), FrontButton);
+            request(Requester::LongPress, configuration.read(SupervisorSettings::LongPress), FrontButton);
         else
-            ask(Asker::ShortPress, configuration.read(SupervisorSettings::ShortPress), FrontButton);
+            request(Requester::ShortPress, configuration.read(SupervisorSettings::ShortPress), FrontButton);
     });
 }
 
@@ -228,7 +228,7 @@ void Supervisor::giveSignal(Time duration)
         else if (state_ == State::Suspended)
             run();
         else
-            ask(Asker::Signal, configuration.read(SupervisorSettings::OnOffSignal), ExternalSignal);
+            request(Requester::Signal, configuration.read(SupervisorSettings::OnOffSignal), ExternalSignal);
     });
 }
 
@@ -261,13 +261,13 @@ void Supervisor::restart()
     noteTimes();
 }
 
-void Supervisor::ask(Asker asker, std::uint16_t action, Reason reason)
+void Supervisor::request(Requester requester, std::uint16_t action, Reason reason)
 {
     if (state_ != State::Running || action == 0 || action > 2 || action_ != 0)
         return;
     action_ = action;
     reason_ = reason;
-    power[kTransition] = std::uint16_t(std::uint16_t(asker) + action - 1);
+    power[kTransition] = std::uint16_t(std::uint16_t(requester) + action - 1);
     timer_ = unit_.clock().after(kPatience, [this] { carryOut(); });
 }
 

@@ -15,10 +15,10 @@ namespace hxsim {
 /// The supervisor microcontroller: its settings, the power of the loads, the unit's power states with the front button
 /// and the external signal, and its diagnostics.
 ///
-/// A request for a transition shows in register 4 of the power device: 1 and 2 for a short press that asks to suspend
-/// or to shut down, 3 and 4 for a long press, 5 and 6 for the external signal. It is carried out two seconds after a
-/// program acknowledged it, or after a minute if none does. A unit that is off still answers requests: the programs of
-/// the simulation go on. One without its supply does not: its microcontrollers have no power.
+/// A request for a transition shows in register 4 of the power device: 1 and 2 for a short press that requests to
+/// suspend or to shut down, 3 and 4 for a long press, 5 and 6 for the external signal. It is executed two seconds after
+/// a program acknowledged it, or after a minute if none does. A unit that is off still answers requests, because the
+/// simulated programs continue. One without its supply does not: its microcontrollers have no power.
 class Supervisor : public Hardware {
 public:
     enum class State { Running, Suspended, Heating, Off };
@@ -38,8 +38,8 @@ public:
     SupervisorRegisters power;        ///< "/dev/power-id"
 
 private:
-    /// Who asks for a transition, as the first of its two numbers in the power device's register.
-    enum class Asker : std::uint16_t { ShortPress = 1, LongPress = 3, Signal = 5 };
+    /// The source of a transition request, as the first of its two numbers in the power device's register.
+    enum class Requester : std::uint16_t { ShortPress = 1, LongPress = 3, Signal = 5 };
 
     void describeLoads();
     void describeDiagnostics();
@@ -49,7 +49,7 @@ private:
     int writeLoad(std::uint8_t number, bool on);
     int acknowledge(std::uint16_t value);
 
-    void ask(Asker asker, std::uint16_t action, Reason reason);
+    void request(Requester requester, std::uint16_t action, Reason reason);
     void carryOut();
     void enter(State state);
     void start(Reason reason);
@@ -65,8 +65,8 @@ private:
     State state_ = State::Running;
     bool supplied_ = true;
     std::optional<Clock::Key> timer_; ///< the next change of the power state
-    std::uint16_t action_ = 0;        ///< what was asked for: 1 suspend, 2 shut down
-    Reason reason_ = FrontButton;     ///< of what was asked for, or of a start that waits for the heating
+    std::uint16_t action_ = 0;        ///< the request: 1 suspend, 2 shut down
+    Reason reason_ = FrontButton;     ///< of the request, or of a start that waits for the heating
     std::array<OperatingTime, 7> times_;
 };
 

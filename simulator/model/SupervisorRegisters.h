@@ -11,15 +11,15 @@
 
 namespace hxsim {
 
-/// What a register of the part can hold.
+/// The range of a register.
 struct RegisterRange {
     std::uint16_t low = 0;
     std::uint16_t high = 0xFFFF;
     [[nodiscard]] bool holds(std::uint16_t value) const { return value >= low && value <= high; }
 };
 
-/// The register file behind one of the supervisor's "-id" devices: 256 words, each of which remembers what was written
-/// unless a hook says otherwise. Constructing it makes the node answer the two register requests, and gives the unit
+/// The register file behind one of the supervisor's "-id" devices: 256 words, each of which stores the written value
+/// unless a hook overrides it. Constructing it makes the node answer the two register requests, and gives the unit
 /// the property "<prefix>.<number>" for each register that is named.
 class SupervisorRegisters {
 public:
@@ -27,7 +27,7 @@ public:
     /// Returns 0, or -errno when the supervisor refuses the value.
     using WriteHook = std::function<int(std::uint16_t value)>;
 
-    /// The microcontroller whose firmware answers; while it does not run, the driver's requests fail with EIO.
+    /// The microcontroller whose firmware answers; while it is not running, the driver's requests fail with EIO.
     enum class Owner { Supervisor, Front };
 
     SupervisorRegisters(Unit& unit, const std::string& path, Owner owner = Owner::Supervisor);
@@ -39,17 +39,17 @@ public:
 
     [[nodiscard]] std::uint16_t read(std::uint8_t number) const;
     int write(std::uint8_t number, std::uint16_t value);
-    /// What the register holds, past all hooks.
+    /// The register's stored value, without hooks.
     std::uint16_t& operator[](std::uint8_t number) { return words_[number]; }
 
-    /// The register's value comes from elsewhere / has an effect. A write hook stores by itself what is to be kept.
+    /// The register's value comes from elsewhere / has an effect. A write hook must store the value itself.
     void onRead(std::uint8_t number, ReadHook hook) { reads_[number] = std::move(hook); }
     void onWrite(std::uint8_t number, WriteHook hook) { writes_[number] = std::move(hook); }
-    /// The register can be set within a range, and seen, from outside under this name.
+    /// Adds a property of this name for the register, settable within a range.
     void property(std::uint8_t number, const std::string& name, const std::string& help, RegisterRange range = {});
     void property(std::uint8_t number, const std::string& name, std::uint16_t value, const std::string& help,
                   RegisterRange range = {});
-    /// Programs are refused what is outside.
+    /// Programs cannot write values outside.
     void limit(std::uint8_t number, RegisterRange range);
 
 private:

@@ -7,7 +7,7 @@ namespace hxsim {
 
 /// The register map of "/dev/conf-id": what the supervisor keeps over restarts, and which values it refuses.
 ///
-/// What the firmware means by its values is this simulated supervisor's own reading: times of the button and the signal
+/// The meaning of the firmware's values is an assumption of this simulation: times of the button and the signal
 /// are milliseconds and the suspend time minutes; start-up trigger 1 is the button, 2 the signal, 3 both; action 0 does
 /// nothing, 1 suspends, 2 shuts down.
 class SupervisorSettings : public SupervisorRegisters {

@@ -18,7 +18,7 @@ constexpr unsigned kGsmStatus = 2;
 constexpr unsigned kAntennaShort = 3;
 constexpr unsigned kWlanAuxiliary = 7;
 
-// How long the module wants its key to be held.
+// How long the module's key must be held.
 constexpr Time kHoldToSwitchOn = 1000ms;
 constexpr Time kHoldToSwitchOff = 2000ms;
 
@@ -88,7 +88,7 @@ bool TelematicsBoard::wlanRuns() const
 
 std::uint8_t TelematicsBoard::inputs() const
 {
-    const unsigned auxiliary = bit(kWlanAuxiliary, true); // pulled up while nobody drives it
+    const unsigned auxiliary = bit(kWlanAuxiliary, true); // pulled up while not driven
     return std::uint8_t(bit(kGsmStatus, hasStatusLine() && gsmOn) | bit(kAntennaShort, antennaShort) | auxiliary);
 }
 

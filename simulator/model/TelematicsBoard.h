@@ -11,8 +11,8 @@ namespace hxsim {
 /// The add-on board: the GPIO expander at 0x40, and behind it the GSM/GPRS module, the WLAN module and the GPS antenna.
 ///
 /// The GSM module has a power key: held for a second it switches the module on, held for two it switches it off, and
-/// one press does one of the two. Which modules are fitted, and whether the board has the line on which the GSM module
-/// tells its state (hardware versions 1 to 9), stands in the board's production data.
+/// one press does one of the two. The board's production data says which modules are fitted, and whether the board has
+/// the status line of the GSM module (hardware versions 1 to 9).
 class TelematicsBoard : public Hardware {
 public:
     explicit TelematicsBoard(Unit& unit);

@@ -9,7 +9,7 @@
 
 namespace hxsim {
 
-/// A text that a person or a description file wrote cannot be used; what() says which and why.
+/// A text from a user or a description file is invalid; what() says which and why.
 class BadText : public std::exception {
 public:
     explicit BadText(std::string text) : text_{std::move(text)} {}
@@ -19,7 +19,7 @@ private:
     std::string text_;
 };
 
-/// A command line that cannot be meant as it is written.
+/// A usage error on the command line.
 class BadUsage : public BadText {
 public:
     using BadText::BadText;

@@ -12,11 +12,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// How long a finger rests on a point until the controller takes it.
+/// How long a finger must rest on a point until the controller accepts it.
 constexpr Time kRest = 200ms;
 
 enum Register : std::uint8_t {
-    kPoint = 1, // low byte: asked for; high byte: taken
+    kPoint = 1, // low byte: requested; high byte: accepted
     kMode = 3,
     kRightClick = 4,
 };
@@ -43,7 +43,7 @@ struct Setting {
     std::uint16_t highest;
 };
 
-/// What the controller starts with, and the largest value that it takes.
+/// Default values of the controller, and the largest valid ones.
 constexpr std::array<Setting, 15> kSettings{{
     {5, 120, 4095},
     {6, 3980, 4095},
@@ -75,10 +75,10 @@ TouchController::TouchController(Unit& unit)
     describeRegisters();
     unit.properties().number("touch.calibration", calibration, 0, 255, "mode of the running calibration, 0 for none");
     unit.properties().readOnly(
-        "touch.calibrated", [this] { return std::to_string(calibrated); }, "calibrations that came to their end");
+        "touch.calibrated", [this] { return std::to_string(calibrated); }, "completed calibrations");
     unit.properties().add(
         "touch.finger", [this] { return fingerText(); }, [this](const std::string& text) { placeFinger(text); },
-        "calibration point under the finger: a number, none, or follow for whatever is asked for");
+        "calibration point under the finger: a number, none, or follow for the requested point");
     unit.actions().add(
         "touch", "POINT",
         [this](const Actions::Words& arguments) {
@@ -128,7 +128,7 @@ int TouchController::await(std::uint8_t point)
     return 0;
 }
 
-/// Starts to time the finger if it is where the controller wants it.
+/// Starts the timer if the finger is on the requested point.
 void TouchController::look()
 {
     if (resting_)

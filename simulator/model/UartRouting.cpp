@@ -32,7 +32,7 @@ UartRouting::UartRouting(Unit& unit) : unit_{unit}
         direction = kToNobody;
     });
     unit.properties().readOnly(
-        "uart.direction", [this] { return std::to_string(direction); }, "0 nobody, 1 supervisor, 2 front panel");
+        "uart.direction", [this] { return std::to_string(direction); }, "0 disconnected, 1 supervisor, 2 front panel");
     unit.properties().readOnly(
         "uart.mode",
         [this] {
@@ -40,7 +40,7 @@ UartRouting::UartRouting(Unit& unit) : unit_{unit}
             std::snprintf(text, sizeof text, "0x%02x", mode);
             return std::string{text};
         },
-        "the supervisor's mode: 0xc3 normal, 0x0f hands off, 0x96 bootloader");
+        "the supervisor's mode: 0xc3 normal, 0x0f passive, 0x96 bootloader");
 }
 
 Microcontroller* UartRouting::peer()
@@ -53,7 +53,7 @@ int UartRouting::setDirection(std::uint8_t value)
 {
     if (value > kToFront)
         return -EINVAL;
-    // The supervisor's boot pin is held for as long as the line leads to it.
+    // The supervisor's boot pin is held while the line is routed to it.
     if (direction == kToSupervisor && value == kToNobody && mode == kBootSupervisor) {
         unit_.get<Microcontrollers>().supervisor.startFirmware();
         mode = kNormal;

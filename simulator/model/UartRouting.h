@@ -9,19 +9,19 @@ namespace hxsim {
 
 class Microcontroller;
 
-/// "/dev/uart-redir": who is at the other end of the service UART, and the boot pins of the two microcontrollers.
+/// "/dev/uart-redir": the routing of the service UART, and the boot pins of the two microcontrollers.
 ///
-/// The supervisor's mode 0x96 restarts it in its bootloader; 0x0F makes it leave the front-panel controller and the
-/// FPGA's flash alone; 0xC3 makes it work as usual again, which restarts the front-panel controller. The
-/// front-panel controller can be started in its bootloader only while the supervisor leaves it alone.
+/// The supervisor's mode 0x96 restarts it in its bootloader; in 0x0F it does not access the front-panel controller and
+/// the FPGA's flash; 0xC3 is normal operation, and entering it restarts the front-panel controller. The front-panel
+/// controller can be started in its bootloader only in mode 0x0F.
 class UartRouting : public Hardware {
 public:
     explicit UartRouting(Unit& unit);
 
-    /// Null when the line leads nowhere.
+    /// Null when the line is disconnected.
     [[nodiscard]] Microcontroller* peer();
 
-    std::uint8_t direction = 0; ///< 0 nobody, 1 supervisor, 2 front-panel controller
+    std::uint8_t direction = 0; ///< 0 disconnected, 1 supervisor, 2 front-panel controller
     std::uint8_t mode = 0xC3;
 
 private:

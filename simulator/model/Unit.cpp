@@ -34,7 +34,7 @@ Unit::~Unit() = default;
 void Unit::describe(std::string_view text)
 {
     if (text.find('\n') != std::string_view::npos) {
-        Unit trial; // with the memories of this one: what else it holds refuses nothing
+        Unit trial; // with the memories of this one: other state cannot cause a refusal
         for (const auto& [name, memory] : memories_)
             trial.memories_.at(name).bytes = memory.bytes;
         trial.describeLines(text);

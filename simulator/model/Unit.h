@@ -22,9 +22,9 @@ namespace hxsim {
 
 class Hardware;
 
-/// A whole unit: every piece of hardware, its time, and the record of what it was asked. A new one is healthy; a
-/// description states what differs. Plain data and arithmetic: no system calls, no threads, no locks. Whoever hosts it
-/// (a backend) makes sure that one thread at a time is inside.
+/// A whole unit: every piece of hardware, its time, and the journal of calls. A new one is healthy; a description
+/// states the differences. Plain data and arithmetic: no system calls, no threads, no locks. Its host (a backend)
+/// ensures that one thread at a time uses it.
 class Unit {
 public:
     Unit();
@@ -32,16 +32,16 @@ public:
     Unit(const Unit&) = delete;
     Unit& operator=(const Unit&) = delete;
 
-    /// Applies a description, one statement a line: "key = value" sets a property, "absent = /dev/x" takes a device
-    /// away, "fail = NODE CALL ERRNO COUNT" asks for failures, "do = press front" runs an action, "#" begins a comment.
-    /// Throws BadText naming the line that is bad; then nothing has been applied.
+    /// Applies a description, one statement per line: "key = value" sets a property, "absent = /dev/x" removes a
+    /// device, "fail = NODE CALL ERRNO COUNT" injects failures, "do = press front" runs an action, "#" begins a
+    /// comment. Throws BadText naming the bad line; then nothing is applied.
     void describe(std::string_view text);
 
-    /// Registers a path. The reference stays good as long as the unit.
+    /// Registers a path. The reference is valid as long as the unit.
     Node& addNode(const std::string& path);
     [[nodiscard]] Node* findNode(const std::string& path);
     [[nodiscard]] const std::map<std::string, Node>& nodes() const { return nodes_; }
-    /// Bytes that outlast the unit's power, under a name of their own. The reference stays good as long as the unit.
+    /// Bytes that outlast the unit's power, under a name of their own. The reference is valid as long as the unit.
     Memory& addMemory(const std::string& name, std::vector<std::uint8_t> initial);
     [[nodiscard]] std::map<std::string, Memory>& memories() { return memories_; }
 
@@ -49,17 +49,17 @@ public:
     void addFile(const std::string& path) { files_.insert(path); }
     [[nodiscard]] const std::set<std::string>& files() const { return files_; }
     [[nodiscard]] bool hasFile(const std::string& path) const { return files_.contains(path); }
-    /// A function of the board library, which the unit can lack by itself.
+    /// A function of the board library, which the unit can lack on its own.
     void addFunction(const std::string& name) { functions_.insert(name); }
     [[nodiscard]] const std::set<std::string>& functions() const { return functions_; }
-    /// A name that the unit can lack but that is no node: a library, for example.
+    /// A name that the unit can lack but that is not a node: a library, for example.
     [[nodiscard]] bool isAbsent(const std::string& name) const { return absent_.contains(name); }
     [[nodiscard]] const std::set<std::string>& absent() const { return absent_; }
     void setAbsent(const std::string& name, bool absent);
-    /// "NODE CALL [ERRNO] [COUNT]". Throws BadText for what this unit does not have.
+    /// "NODE CALL [ERRNO] [COUNT]". Throws BadText for unknown names.
     void addFault(std::string_view text);
 
-    /// What its parts do when the supply goes, and when it comes back.
+    /// Actions of the parts when the supply fails, and when it returns.
     void whenSupplyFails(std::function<void()> effect) { onSupplyFailure_.push_back(std::move(effect)); }
     void whenSupplyReturns(std::function<void()> effect) { onSupplyReturn_.push_back(std::move(effect)); }
     void failSupply();
@@ -100,7 +100,7 @@ private:
     std::set<std::string> absent_;
     std::vector<std::function<void()>> onSupplyFailure_;
     std::vector<std::function<void()>> onSupplyReturn_;
-    std::vector<std::unique_ptr<Hardware>> hardware_; // last: its objects use everything above until they are gone
+    std::vector<std::unique_ptr<Hardware>> hardware_; // last: its objects use everything above until their destruction
 };
 
 } // namespace hxsim

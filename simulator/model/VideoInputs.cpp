@@ -13,9 +13,9 @@ namespace {
 constexpr std::uint8_t kShown = 0x01;
 constexpr std::uint8_t kMirrored = 0x08;
 constexpr std::uint8_t kStandardRegister = 0x8C;
-constexpr std::uint8_t kLocked = 0x01; // lowest bit of the standard's register: the decoder sees a signal
+constexpr std::uint8_t kLocked = 0x01; // lowest bit of the standard's register: the decoder detects a signal
 
-/// What the decoder finds: its number, and the picture that the driver gets.
+/// A detected standard: its number, and the picture that the driver receives.
 struct Standard {
     const char* name;
     std::uint8_t number;
@@ -137,7 +137,7 @@ void VideoInput::describeDecoder(Node& node)
         return 0;
     });
     node.request(0x4002000C, Takes{2}, Gives{0}, [this](Request& request) {
-        if (request.u8(0) == kStandardRegister) // the decoder's own finding
+        if (request.u8(0) == kStandardRegister) // detected by the decoder
             return -EACCES;
         decoder[request.u8(0)] = request.u8(1);
         return 0;

@@ -14,7 +14,7 @@ class VideoInput {
 public:
     VideoInput(Unit& unit, const std::string& path, const std::string& name);
 
-    bool started = false;      ///< it was asked to start at least once
+    bool started = false;      ///< started at least once
     std::uint8_t control = 0;  ///< bit 0 shown, bits 1 and 2 fields, bit 3 mirrored
     std::uint32_t channel = 1; ///< 1 to 4
     std::array<std::uint8_t, 3> colorKey{};

@@ -12,7 +12,7 @@ namespace hxsim {
 
 namespace {
 
-/// What each supply is divided by before it reaches the converter, and what a healthy unit measures there.
+/// The divider between each supply and the converter, and the voltage on a healthy unit.
 struct Supply {
     double divider;
     double volts;

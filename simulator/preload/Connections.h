@@ -8,24 +8,24 @@
 
 namespace hxsim {
 
-/// The connections over which this process asks its unit. One thread at a time uses one, so that no answer reaches
-/// another one; a child makes its own.
+/// The connections of this process to its unit. One thread at a time uses a connection, so that no other thread gets
+/// its answer; a child creates its own.
 class Connections {
 public:
     explicit Connections(std::string folder) : folder_{std::move(folder)} {}
 
-    /// Makes sure that there is one: a process that has used up its descriptors can still use its files.
+    /// Ensures that one exists: a process that has used up its descriptors can still use its files.
     int reserve();
-    /// A connection that is this thread's until it is given back or discarded, or -errno.
+    /// A connection owned by this thread until it is released or discarded, or -errno.
     int take();
     void giveBack(int fd);
-    /// For one on which an answer may still come.
+    /// For a connection on which an answer may still arrive.
     void discard(int fd);
 
     // Around a fork.
     void lock() { lock_.lock(); }
     void unlock() { lock_.unlock(); }
-    /// In the child, locked: the parent goes on using these.
+    /// In the child, locked: the parent continues to use these.
     void closeAll();
 
 private:
@@ -36,7 +36,7 @@ private:
 
     const std::string folder_;
     SignalSafeLock lock_;          ///< guards slots_
-    std::array<Slot, 32> slots_{}; ///< further ones last for one question
+    std::array<Slot, 32> slots_{}; ///< further connections serve one request
 };
 
 } // namespace hxsim

@@ -12,7 +12,7 @@ namespace hxsim {
 
 namespace {
 
-/// A connection for one question. It is used again only if its answer has come: not after a time-out, and not when the
+/// A connection for one request. It is reused only after its answer has arrived: not after a time-out, and not when the
 /// thread is cancelled or leaves by a jump.
 class Question {
 public:
@@ -38,7 +38,7 @@ private:
     bool answered_ = false;
 };
 
-/// The answer may take as long as the unit does; a signal ends the wait.
+/// Waits without a time limit; a signal interrupts the wait.
 bool waitsForTheUnit(wire::Kind kind)
 {
     return kind == wire::Kind::Read || kind == wire::Kind::Drain;
@@ -52,7 +52,7 @@ Received receiveAnswer(int fd, wire::Kind kind, wire::Head& answer, Space out)
     const Received received = receivePacket(fd, answer, out, size, false);
     if (received != Received::Interrupted)
         return received;
-    // The host answers now, with what there is or with EINTR.
+    // The host answers now, with the available bytes or with EINTR.
     sendPacket(fd, PreloadedLink::head(wire::Kind::Cancel), {});
     return comesInTime(fd) ? receivePacket(fd, answer, out, size, true) : Received::Nothing;
 }
@@ -128,7 +128,7 @@ std::int64_t PreloadedFile::write(Bytes in)
     return exchange(PreloadedLink::head(wire::Kind::Write), in.first(std::min(in.size(), std::size_t{65536})));
 }
 
-/// The host hears of it before it sees the end, and knows that no program has died.
+/// The host is notified before it sees the end, and so knows that no program has died.
 void PreloadedFile::closing(int fd)
 {
     (void)sendPacket(fd, PreloadedLink::head(wire::Kind::Closing), {});

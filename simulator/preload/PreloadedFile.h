@@ -7,7 +7,7 @@
 
 namespace hxsim {
 
-/// An open file of a unit in another process, known by the number that the host gave it.
+/// An open file of a unit in another process, identified by the host's number.
 class PreloadedFile : public DeviceFile {
 public:
     PreloadedFile(PreloadedLink& link, std::uint64_t number) : link_{link}, number_{number} {}
@@ -25,7 +25,7 @@ public:
     bool readable() override;
 
 private:
-    /// Asks the host about this file: its result, or -errno.
+    /// Sends a request about this file to the host: its result, or -errno.
     std::int64_t exchange(wire::Head head, Bytes in, Space out, wire::Head& answer);
     std::int64_t exchange(const wire::Head& head, Bytes in = {}, Space out = {});
 

@@ -21,7 +21,7 @@ namespace hxsim {
 namespace {
 
 PreloadedLink* theLink = nullptr;
-/// Whether this thread holds the control connection: a signal handler on top of it makes one of its own.
+/// Whether this thread holds the control connection: a signal handler that interrupts it creates one of its own.
 thread_local bool isInControl = false;
 pthread_once_t begun = PTHREAD_ONCE_INIT;
 
@@ -45,7 +45,7 @@ std::vector<std::string> lines(const std::string& text)
 } // namespace
 
 struct PreloadedLink::ForkHandlers {
-    static inline thread_local bool heldBefore = false; ///< a signal handler forks on top of a question
+    static inline thread_local bool heldBefore = false; ///< a signal handler forks during a request
 
     static void prepare()
     {
@@ -73,13 +73,13 @@ struct PreloadedLink::ForkHandlers {
     }
 };
 
-/// Runs before anything of this process reaches the unit, whichever library asks first.
+/// Runs before the first call of this process on the unit, from any library.
 void Link::beforeCurrent()
 {
     pthread_once(&begun, &PreloadedLink::begin);
 }
 
-/// A program may use a file of the unit that it was started with before it does anything else.
+/// A program may use an inherited file of the unit before it makes any other call.
 __attribute__((constructor)) static void beginWithTheProgram()
 {
     (void)Link::current();
@@ -113,19 +113,19 @@ wire::Head PreloadedLink::head(wire::Kind kind, std::int64_t value)
 int PreloadedLink::unreachable(int error)
 {
     if (error == EMFILE || error == ENFILE || error == ENOMEM)
-        return -error; // this process's own trouble
+        return -error; // an error of this process itself
     const bool refused = error == EACCES || error == EPERM;
     const char* const text = refused ? "hx-sim: this program may not reach the simulated unit: Permission denied\n"
                              : error == EAGAIN
                                  ? "hx-sim: the simulated unit does not answer; its devices answer EIO\n"
-                                 : "hx-sim: the simulated unit has ended; its devices answer EIO from now on\n";
+                                 : "hx-sim: the simulated unit has stopped; its devices answer EIO from now on\n";
     static std::atomic<bool> said{false};
     if (!said.exchange(true))
         (void)!HXSIM_REAL(write)(STDERR_FILENO, text, std::strlen(text));
     return refused ? -EACCES : -EIO;
 }
 
-/// Where the unit's paths are is asked once: nearly every path that a program names is none of them.
+/// The unit's paths are requested once: almost no path of a program is one of them.
 void PreloadedLink::learnPaths()
 {
     Packet answer;
@@ -177,11 +177,11 @@ std::optional<Link::Adopted> PreloadedLink::adopt(int fd)
     return Adopted{answer.text(), int(answer.head.other), std::make_shared<PreloadedFile>(*this, answer.head.file)};
 }
 
-bool PreloadedLink::askAside(const wire::Head& question, Bytes bytes, Packet* answer)
+bool PreloadedLink::exchangeSeparately(const wire::Head& question, Bytes bytes, Packet* answer)
 {
     const int fd = connectTo(folder_, "");
     const bool good =
-        fd >= 0 && (answer == nullptr ? sendPacket(fd, question, bytes) : ask(fd, question, bytes, *answer));
+        fd >= 0 && (answer == nullptr ? sendPacket(fd, question, bytes) : exchange(fd, question, bytes, *answer));
     const int error = fd < 0 ? -fd : ECONNRESET;
     if (fd >= 0)
         HXSIM_REAL(close)(fd);
@@ -194,7 +194,7 @@ bool PreloadedLink::control(const wire::Head& question, Bytes bytes, Packet* ans
 {
     const Inside inside;
     if (isInControl || Descriptors::table().isBorrowed())
-        return askAside(question, bytes, answer);
+        return exchangeSeparately(question, bytes, answer);
     struct Holding {
         Holding() { isInControl = true; }
         ~Holding() { isInControl = false; }
@@ -209,11 +209,11 @@ bool PreloadedLink::control(const wire::Head& question, Bytes bytes, Packet* ans
         control_ = Descriptors::table().moveOutOfTheWay(fd);
     }
     const bool good =
-        answer == nullptr ? sendPacket(control_, question, bytes) : ask(control_, question, bytes, *answer);
+        answer == nullptr ? sendPacket(control_, question, bytes) : exchange(control_, question, bytes, *answer);
     if (good)
         return true;
     unreachable(ECONNRESET);
-    Descriptors::table().closeOwn(control_); // an answer may still come
+    Descriptors::table().closeOwn(control_); // an answer may still arrive
     control_ = -1;
     return false;
 }
@@ -223,7 +223,7 @@ bool PreloadedLink::hasName(std::string_view name)
     return refused_ != 0 || names_.contains(name);
 }
 
-/// A process that may not ask where the unit's paths are takes devices that the machine does not have for the unit's.
+/// A process that may not request the unit's paths treats devices that the machine does not have as the unit's.
 static Link::Where locateRefused(const std::string& path, int error)
 {
     const bool isUnits =
@@ -273,7 +273,7 @@ Link::Opened PreloadedLink::open(const std::string& path, int flags)
     if (fd < 0)
         return {unreachable(-fd), nullptr};
     Packet answer;
-    const int result = ask(fd, head(wire::Kind::Open, flags), bytesOf(name + '\0' + path), answer)
+    const int result = exchange(fd, head(wire::Kind::Open, flags), bytesOf(name + '\0' + path), answer)
                            ? int(answer.head.value)
                            : unreachable(ECONNRESET);
     if (result < 0) {
@@ -338,7 +338,7 @@ int PreloadedLink::joinThread(pthread_t thread, void** result)
     return HXSIM_REAL(pthread_join)(thread, result);
 }
 
-/// The stand-in library lies beside this one.
+/// The replacement library is in the same directory as this one.
 std::string PreloadedLink::jidaLibrary()
 {
     Dl_info own{};

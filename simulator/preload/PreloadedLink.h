@@ -16,7 +16,7 @@ namespace hxsim {
 /// environment. Time is the machine's, or runs by a factor.
 class PreloadedLink : public Link {
 public:
-    /// Made at the first call of the process that comes by; null when the environment names no unit.
+    /// Created at the first call of the process; null when the environment names no unit.
     static void begin();
 
     PreloadedLink(std::string folder, double scale);
@@ -42,7 +42,7 @@ public:
     /// Head of a packet from this thread.
     static wire::Head head(wire::Kind kind, std::int64_t value = 0);
     Connections& connections() { return connections_; }
-    /// What a call answers when the host could not be asked, for this reason: -errno. Says why, once.
+    /// The result of a call when the host was not reachable for this reason: -errno. Prints the reason once.
     static int unreachable(int error);
 
 private:
@@ -51,10 +51,10 @@ private:
     void learnPaths();
     void learnPath(char kind, const std::string& line);
     void adoptInherited();
-    /// Exchanges a packet on the control connection, which the process makes when it first needs it.
+    /// Exchanges a packet on the control connection, which is created on first use.
     bool control(const wire::Head& head, Bytes bytes, Packet* answer);
-    /// The same on a connection for this alone.
-    bool askAside(const wire::Head& head, Bytes bytes, Packet* answer);
+    /// The same on a separate connection.
+    bool exchangeSeparately(const wire::Head& head, Bytes bytes, Packet* answer);
     [[nodiscard]] std::set<std::string> absentNames();
     [[nodiscard]] std::int64_t real(std::int64_t nanoseconds) const
     {
@@ -63,7 +63,7 @@ private:
 
     std::string folder_;
     double scale_;
-    std::string root_;       ///< learnt from the host, as what follows
+    std::string root_;       ///< received from the host, like the following members
     std::string semaphores_; ///< mark of the unit whose semaphores programs get; empty: the machine's own
     std::map<std::string, Where> paths_;
     std::set<std::string, std::less<>> names_; ///< what paths_ end in

@@ -153,7 +153,7 @@ bool comesInTime(int fd, int seconds)
     }
 }
 
-bool ask(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes, Packet& answer, int seconds)
+bool exchange(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes, Packet& answer, int seconds)
 {
     if (!sendPacket(fd, head, bytes))
         return false;

@@ -37,7 +37,7 @@ bool isOwnFolder(const std::string& path)
     return lstat(path.c_str(), &found) == 0 && isFolderOfThisUser(found);
 }
 
-/// Whether a unit has made this folder; no other one is ever removed.
+/// Whether a unit created this directory; others are never removed.
 bool isMarked(const fs::path& folder)
 {
     struct stat found {};
@@ -45,7 +45,7 @@ bool isMarked(const fs::path& folder)
     return isOwnFolder(folder) && lstat(mark.c_str(), &found) == 0 && S_ISREG(found.st_mode);
 }
 
-/// The mark goes last: what is left of a removal that was cut short can still be removed.
+/// The mark is removed last, so that an interrupted removal can be completed later.
 void removeMarked(const fs::path& folder)
 {
     if (!isMarked(folder))
@@ -60,7 +60,7 @@ void removeMarked(const fs::path& folder)
     fs::remove_all(folder, ignored);
 }
 
-/// The folders of this user's units, whether they run or not.
+/// The directories of this user's units, running or not.
 std::vector<fs::path> markedFolders()
 {
     std::vector<fs::path> folders;
@@ -72,15 +72,15 @@ std::vector<fs::path> markedFolders()
     return folders;
 }
 
-/// When a process was started: tells it from a later one with the same number.
+/// The start time of a process: distinguishes it from a later one with the same number.
 std::string startOf(long process)
 {
     std::ifstream stream{"/proc/" + std::to_string(process) + "/stat"};
     std::string text;
-    std::getline(stream, text); // a process that ends meanwhile is a read error here, and no exception
+    std::getline(stream, text); // a process that ends meanwhile causes a read error here, not an exception
     std::size_t at = text.rfind(')');
     if (at == std::string::npos || text.compare(at, 3, ") Z") == 0)
-        return ""; // dead, though nobody has asked for its status yet
+        return ""; // a zombie: its status is not collected yet
     for (int field = 2; field < 22 && at != std::string::npos; ++field)
         at = text.find(' ', at + 1);
     if (at == std::string::npos)
@@ -88,7 +88,7 @@ std::string startOf(long process)
     return text.substr(at + 1, text.find(' ', at + 1) - at - 1);
 }
 
-/// A folder is made under this name and then renamed, so that it is never seen without its process number.
+/// A directory is created under this name and then renamed, so that it is never visible without its process number.
 constexpr char kUnfinished[] = ".new-";
 
 bool isAlive(const fs::path& folder)
@@ -120,8 +120,8 @@ void removeSemaphores(const fs::path& folder)
         fs::remove(path, ignored);
 }
 
-/// The base folder must be ours alone, or another user could stand in for a unit. One look decides: the last unit that
-/// ends removes the folder at any time, and then the caller tries again.
+/// The base directory must belong to this user, or another user could impersonate a unit. It is checked once: the last
+/// unit that stops can remove it at any time, and then the caller retries.
 void makeBase(const std::string& base)
 {
     if (mkdir(base.c_str(), 0700) != 0 && errno != EEXIST)
@@ -132,12 +132,12 @@ void makeBase(const std::string& base)
         throw std::runtime_error{base + " does not belong to this user"};
 }
 
-/// The folder of a unit before it has its name.
+/// The directory of a unit before it gets its name.
 std::string makeUnfinished(const std::string& unit)
 {
     const std::string folder = UnitFolder::base() + '/' + kUnfinished + std::to_string(getpid()) + '-' + unit;
     std::error_code error;
-    for (int attempt = 0; attempt < 100; ++attempt) { // the last unit that ends removes the base folder
+    for (int attempt = 0; attempt < 100; ++attempt) { // the last unit that stops removes the base directory
         makeBase(UnitFolder::base());
         fs::create_directory(folder, error);
         if (!error)
@@ -145,7 +145,7 @@ std::string makeUnfinished(const std::string& unit)
     }
     if (error)
         throw std::runtime_error{"cannot make the folder " + folder + ": " + error.message()};
-    std::ofstream{folder + kMarkFile} << "hx-sim made this folder for a unit and removes it with the unit.\n";
+    std::ofstream{folder + kMarkFile} << "hx-sim created this directory for a unit and removes it with the unit.\n";
     std::ofstream{folder + kPidFile} << getpid() << ' ' << startOf(getpid()) << '\n';
     fs::create_directories(folder + "/files", error);
     return folder;
@@ -165,7 +165,8 @@ UnitFolder::UnitFolder(const std::string& unit) : unit_{unit}, path_{pathOf(unit
     if (!taken && !error)
         return;
     removeMarked(unfinished);
-    throw std::runtime_error{taken ? "a unit named '" + unit + "' runs already" : "cannot make the folder " + path_};
+    throw std::runtime_error{taken ? "a unit named '" + unit + "' is already running"
+                                   : "cannot make the folder " + path_};
 }
 
 UnitFolder::~UnitFolder()
@@ -176,8 +177,8 @@ UnitFolder::~UnitFolder()
 void UnitFolder::remove() const
 {
     removeSemaphores(path_);
-    removeMarked(path_);           // last: who waits for the end waits for this
-    (void)::rmdir(base().c_str()); // stays while other units are in it
+    removeMarked(path_);           // last: commands that wait for the end wait for this
+    (void)::rmdir(base().c_str()); // remains while it contains other units
 }
 
 std::string UnitFolder::whatIsWrongWith(const std::string& unit)

@@ -18,7 +18,7 @@ constexpr const char* kFunctions[] = {
     "JidaTemperatureGetInfo",
 };
 
-/// The library's numbers are long ones.
+/// The library uses long numbers.
 unsigned long wide(std::uint32_t number)
 {
     return number;
@@ -46,7 +46,7 @@ std::vector<std::string> MachineBoard::missing() const
 }
 
 template <typename... Arguments>
-std::uint32_t MachineBoard::ask(const char* name, Arguments... arguments) const
+std::uint32_t MachineBoard::invoke(const char* name, Arguments... arguments) const
 {
     void* const function = library_ == nullptr ? nullptr : dlsym(library_, name);
     return function == nullptr ? 0 : reinterpret_cast<unsigned int (*)(Arguments...)>(function)(arguments...);
@@ -54,15 +54,15 @@ std::uint32_t MachineBoard::ask(const char* name, Arguments... arguments) const
 
 std::vector<std::uint8_t> MachineBoard::call(std::span<const std::uint8_t> message) const
 {
-    jida::Call asked{};
-    if (message.size() < sizeof asked)
+    jida::Call header{};
+    if (message.size() < sizeof header)
         return {};
-    std::memcpy(&asked, message.data(), sizeof asked);
-    if (asked.answerSize > jida::kLongest)
+    std::memcpy(&header, message.data(), sizeof header);
+    if (header.answerSize > jida::kLongest)
         return {};
-    std::vector<std::uint8_t> sent{message.begin() + sizeof asked, message.end()};
-    std::vector<std::uint8_t> reply(sizeof(jida::Reply) + asked.answerSize);
-    const jida::Reply head = carryOut(asked, sent, std::span{reply}.subspan(sizeof(jida::Reply)));
+    std::vector<std::uint8_t> sent{message.begin() + sizeof header, message.end()};
+    std::vector<std::uint8_t> reply(sizeof(jida::Reply) + header.answerSize);
+    const jida::Reply head = carryOut(header, sent, std::span{reply}.subspan(sizeof(jida::Reply)));
     std::memcpy(reply.data(), &head, sizeof head);
     return reply;
 }
@@ -75,20 +75,20 @@ jida::Reply MachineBoard::carryOut(const jida::Call& call, std::span<std::uint8_
     const unsigned long first = wide(call.arguments[0]);
     switch (call.function) {
     case Function::DllInitialize:
-        return {ask("JidaDllInitialize"), {}};
+        return {invoke("JidaDllInitialize"), {}};
     case Function::DllUninitialize:
-        return {ask("JidaDllUninitialize"), {}};
+        return {invoke("JidaDllUninitialize"), {}};
     case Function::DllInstall:
-        return {ask("JidaDllInstall", first), {}};
+        return {invoke("JidaDllInstall", first), {}};
     case Function::BoardCountA:
-        return {ask("JidaBoardCountA", name, first), {}};
+        return {invoke("JidaBoardCountA", name, first), {}};
     case Function::BoardOpenA: {
         unsigned long handle = 0;
-        const std::uint32_t good = ask("JidaBoardOpenA", name, first, wide(call.arguments[1]), &handle);
+        const std::uint32_t good = invoke("JidaBoardOpenA", name, first, wide(call.arguments[1]), &handle);
         return {good, {std::uint32_t(handle), 0}};
     }
     case Function::BoardClose:
-        return {ask("JidaBoardClose", wide(call.board)), {}};
+        return {invoke("JidaBoardClose", wide(call.board)), {}};
     case Function::TemperatureCount:
     case Function::TemperatureGetCurrent:
     case Function::TemperatureGetInfo:
@@ -103,17 +103,17 @@ jida::Reply MachineBoard::temperature(const jida::Call& call) const
     const unsigned long board = wide(call.board);
     const unsigned long index = wide(call.arguments[0]);
     if (call.function == Function::TemperatureCount)
-        return {ask("JidaTemperatureCount", board), {}};
+        return {invoke("JidaTemperatureCount", board), {}};
     if (call.function == Function::TemperatureGetCurrent) {
         unsigned long milliCelsius = 0;
         unsigned long status = 0;
-        const std::uint32_t good = ask("JidaTemperatureGetCurrent", board, index, &milliCelsius, &status);
+        const std::uint32_t good = invoke("JidaTemperatureGetCurrent", board, index, &milliCelsius, &status);
         return {good, {std::uint32_t(milliCelsius), std::uint32_t(status)}};
     }
-    std::array<std::uint32_t, 64> information{call.arguments[1]}; // its size stands first, the type behind it
+    std::array<std::uint32_t, 64> information{call.arguments[1]}; // its size comes first, then the type
     if (information[0] > sizeof information)
         return {};
-    const std::uint32_t good = ask("JidaTemperatureGetInfo", board, index, static_cast<void*>(information.data()));
+    const std::uint32_t good = invoke("JidaTemperatureGetInfo", board, index, static_cast<void*>(information.data()));
     return {good, {information[1], 0}};
 }
 
@@ -126,16 +126,16 @@ jida::Reply MachineBoard::transfer(const jida::Call& call, std::span<std::uint8_
     const auto reg = static_cast<unsigned short>(call.arguments[2]);
     switch (call.function) {
     case Function::I2CWrite:
-        return {ask("JidaI2CWrite", board, bus, address, sent.data(), static_cast<unsigned long>(sent.size())), {}};
+        return {invoke("JidaI2CWrite", board, bus, address, sent.data(), static_cast<unsigned long>(sent.size())), {}};
     case Function::I2CWriteReadCombined:
-        return {ask("JidaI2CWriteReadCombined", board, bus, address, sent.data(),
-                    static_cast<unsigned long>(sent.size()), received.data(),
-                    static_cast<unsigned long>(received.size())),
+        return {invoke("JidaI2CWriteReadCombined", board, bus, address, sent.data(),
+                       static_cast<unsigned long>(sent.size()), received.data(),
+                       static_cast<unsigned long>(received.size())),
                 {}};
     case Function::I2CWriteRegister:
-        return {sent.empty() ? 0 : ask("JidaI2CWriteRegister", board, bus, address, reg, sent[0]), {}};
+        return {sent.empty() ? 0 : invoke("JidaI2CWriteRegister", board, bus, address, reg, sent[0]), {}};
     case Function::I2CReadRegister:
-        return {received.empty() ? 0 : ask("JidaI2CReadRegister", board, bus, address, reg, received.data()), {}};
+        return {received.empty() ? 0 : invoke("JidaI2CReadRegister", board, bus, address, reg, received.data()), {}};
     default:
         return {};
     }

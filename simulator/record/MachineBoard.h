@@ -9,7 +9,7 @@
 
 namespace hxsim {
 
-/// The board maker's library of this machine, asked in the words of our stand-in for it.
+/// The board vendor's library of this machine, called through the protocol of the replacement library.
 class MachineBoard {
 public:
     MachineBoard();
@@ -17,14 +17,14 @@ public:
     MachineBoard& operator=(const MachineBoard&) = delete;
     ~MachineBoard();
 
-    /// "libjida.so" when there is none for programs like this one, else the functions that it lacks.
+    /// "libjida.so" when there is none of this ABI, else the functions that it lacks.
     [[nodiscard]] std::vector<std::string> missing() const;
-    /// The reply to one call; empty when it is none.
+    /// The reply to one call; empty for an invalid call.
     std::vector<std::uint8_t> call(std::span<const std::uint8_t> message) const;
 
 private:
     template <typename... Arguments>
-    [[nodiscard]] std::uint32_t ask(const char* name, Arguments... arguments) const;
+    [[nodiscard]] std::uint32_t invoke(const char* name, Arguments... arguments) const;
     [[nodiscard]] jida::Reply carryOut(const jida::Call& call, std::span<std::uint8_t> sent,
                                        std::span<std::uint8_t> received) const;
     [[nodiscard]] jida::Reply temperature(const jida::Call& call) const;

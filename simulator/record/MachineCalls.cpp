@@ -20,7 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::size_t kLargestBlock = 4096;
-constexpr Time kPause = 1ms; ///< between two looks at a device that had nothing
+constexpr Time kPause = 1ms; ///< between two polls of a device without data
 
 /// An open device of the machine, or a connection to its board library (no descriptor).
 class MachineFile : public OpenFile {
@@ -38,7 +38,7 @@ public:
 
     int descriptor;
     LineSettings line{};
-    std::vector<std::uint8_t> arrived{}; ///< at a serial port, while a read waits for more; the board library's reply
+    std::vector<std::uint8_t> arrived{}; ///< of a serial port, while a read waits for more; the board library's reply
     std::optional<Time> lastArrival{};
 };
 
@@ -57,14 +57,14 @@ std::int64_t resultOf(ssize_t result)
     return result < 0 ? -errno : result;
 }
 
-/// Takes what is there. Nothing when that is nothing.
+/// Reads the available bytes; nothing when there are none.
 std::optional<std::int64_t> readNow(int descriptor, std::span<std::uint8_t> out)
 {
     const std::int64_t result = resultOf(::read(descriptor, out.data(), out.size()));
     return result == -EAGAIN ? std::nullopt : std::optional{result};
 }
 
-/// Whether a serial port's read is over, as VMIN and VTIME say.
+/// Whether a serial port's read is complete according to VMIN and VTIME.
 bool isEnough(const MachineFile& file, std::size_t wanted, Time started, Time now)
 {
     const std::size_t least = std::min<std::size_t>(file.line.vmin, wanted);
@@ -107,10 +107,10 @@ MachineCalls::MachineCalls(Unit& unit) : Calls{unit}
 bool MachineCalls::present(const std::string& path)
 {
     const bool isDevice = unit().findNode(path) != nullptr && path != jida::kNode;
-    return isDevice ? ::access(path.c_str(), F_OK) == 0 : Calls::present(path); // a file is there or can be made
+    return isDevice ? ::access(path.c_str(), F_OK) == 0 : Calls::present(path); // the file exists or can be created
 }
 
-/// A request that no driver of a unit is known to have goes on as its number describes it.
+/// A request that is unknown to all drivers of a unit is forwarded as its number describes it.
 std::optional<Node::Shape> MachineCalls::shape(const OpenFile& file, std::uint32_t code)
 {
     if (const std::optional<Node::Shape> known = Calls::shape(file, code))

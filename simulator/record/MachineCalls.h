@@ -6,11 +6,11 @@
 
 namespace hxsim {
 
-/// Answers programs from the devices of this machine. The unit only tells which paths are a unit's and how large the
-/// blocks of its requests are.
+/// Answers programs from the devices of this machine. The unit only supplies its paths and the block sizes of its
+/// requests.
 class MachineCalls : public Calls {
 public:
-    /// What of the board library is missing here is set absent in the unit.
+    /// Parts of the board library that are missing on this machine become absent in the unit.
     explicit MachineCalls(Unit& unit);
 
     bool present(const std::string& path) override;

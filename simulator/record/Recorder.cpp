@@ -10,7 +10,7 @@ namespace hxsim {
 
 namespace {
 
-/// 0 when there is no such process (any more).
+/// 0 when the process does not exist (any more).
 int parentOf(int process)
 {
     std::ifstream stream{"/proc/" + std::to_string(process) + "/stat"};
@@ -55,7 +55,7 @@ void Recorder::add(const Entry& entry, std::int64_t result)
         thread = process.threads.insert(thread, entry.caller.thread);
     const int number = int(thread - process.threads.begin()) + 1;
     const RecordedCall call{.process = process.number, .thread = number, .entry = entry, .result = result, .line = 0};
-    file_ << call.lineText() << '\n' << std::flush; // a unit that is killed keeps what it was asked
+    file_ << call.lineText() << '\n' << std::flush; // a killed unit keeps its recording so far
     ++count_;
 }
 

@@ -9,10 +9,10 @@
 
 namespace hxsim {
 
-/// Writes the calls of a process and its children into a file as they are answered.
+/// Writes the calls of a process and its children to a file as they are answered.
 class Recorder {
 public:
-    /// Throws BadText when the file cannot be made. Process 0 means every one.
+    /// Throws BadText when the file cannot be created. Process 0 means all processes.
     Recorder(const std::string& file, int process, const Recording& head);
 
     void add(const Entry& entry, std::int64_t result);
@@ -22,7 +22,7 @@ public:
 
 private:
     struct Process {
-        int number = 0; ///< 0: none of those to be recorded
+        int number = 0; ///< 0: not to be recorded
         std::vector<int> threads{};
     };
     Process& processOf(int process);

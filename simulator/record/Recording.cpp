@@ -21,15 +21,15 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr char kTitle[] = "hx-sim recording ";
 constexpr int kVersion = 1;
 constexpr double kLongestSeconds = 1e9;
-constexpr std::size_t kMostBytes = 65536;      ///< of a call: what the preloaded library passes on at once
-constexpr char kBoardLibrary[] = "libjida.so"; // as people know what lies behind its node
+constexpr std::size_t kMostBytes = 65536;      ///< of a call: the limit of the preload library for one message
+constexpr char kBoardLibrary[] = "libjida.so"; // the user's name for its node
 
 Bytes bytesOf(std::string_view text)
 {
     return {text.begin(), text.end()};
 }
 
-/// Reads a line from its left to its right.
+/// Parses a line from left to right.
 class Cursor {
 public:
     explicit Cursor(std::string_view text) : rest_{text} {}
@@ -53,10 +53,10 @@ public:
         const std::string_view taken = until(" ");
         skip(" ");
         if (taken.empty())
-            throw BadText{"a word is missing"};
+            throw BadText{"missing word"};
         return taken;
     }
-    /// The call itself, up to what came with it.
+    /// The call itself, up to its data.
     std::string_view call()
     {
         std::size_t end = rest_.size();
@@ -65,7 +65,7 @@ public:
         const std::string_view taken = rest_.substr(0, end);
         rest_.remove_prefix(end);
         if (taken.empty())
-            throw BadText{"the call is missing"};
+            throw BadText{"missing call"};
         return taken;
     }
     [[nodiscard]] bool atText() const { return rest_.starts_with('"'); }
@@ -92,7 +92,7 @@ private:
         Bytes bytes;
         while (!skip("\"")) {
             if (rest_.empty())
-                throw BadText{"the closing quote is missing"};
+                throw BadText{"missing closing quote"};
             if (skip("\\n")) {
                 bytes.push_back('\n');
             } else if (skip("\\x")) {
@@ -110,7 +110,7 @@ private:
     std::string_view rest_;
 };
 
-/// What the answer of a successful call is unless the line says otherwise.
+/// The result of a successful call unless the line says otherwise.
 std::int64_t usualResult(const Entry& entry)
 {
     if (entry.kind == Entry::Kind::Read)
@@ -163,20 +163,21 @@ void parseCall(Cursor& cursor, RecordedCall& call)
         throw BadText{"'" + std::string{cursor.until("\n")} + "' is not understood"};
 }
 
-/// A replay puts these bytes into a program's memory: no more of them than the program makes room for.
+/// A replay writes these bytes to a program's memory: never more than the program's buffer holds.
 void checkBytes(const Unit& unit, const RecordedCall& call)
 {
     const Entry& entry = call.entry;
     if (entry.in.size() > kMostBytes || entry.out.size() > kMostBytes)
         throw BadText{"more than " + std::to_string(kMostBytes) + " bytes in one call"};
-    const std::size_t asked =
+    const std::size_t requested =
         entry.kind == Entry::Kind::Read
             ? std::size_t(parseNumber(std::string_view{entry.action}.substr(sizeof "read " - 1), 0, INT32_MAX))
             : kMostBytes;
-    if (entry.out.size() > asked || (entry.kind == Entry::Kind::Read && call.result > std::int64_t(entry.out.size())))
-        throw BadText{"the read gives more than the program asked for"};
+    if (entry.out.size() > requested ||
+        (entry.kind == Entry::Kind::Read && call.result > std::int64_t(entry.out.size())))
+        throw BadText{"the read returns more than the program requested"};
     if (entry.kind == Entry::Kind::Write && call.result > std::int64_t(entry.in.size()))
-        throw BadText{"more is written than the program gave"};
+        throw BadText{"the write takes more than the program gave"};
     const bool isKnown =
         entry.kind != Entry::Kind::Ioctl || unit.nodes().at(entry.subject).shape(entry.request) != nullptr;
     const std::size_t declared = _IOC_SIZE(entry.request);
@@ -194,11 +195,11 @@ void check(const Unit& unit, const RecordedCall& call)
     checkBytes(unit, call);
 }
 
-/// Files are made when the recording is replayed: among the unit's own, and nowhere else.
+/// A replay creates these files: only the unit's own are allowed.
 void checkFile(const Recording& recording, const Unit& unit, const std::string& path)
 {
     std::vector<std::string> known;
-    for (const std::string& file : unit.files()) // folders stand before what is in them
+    for (const std::string& file : unit.files()) // directories precede their contents
         if (!known.empty() && file.starts_with(known.back() + '/'))
             known.back() = file;
         else
@@ -206,7 +207,7 @@ void checkFile(const Recording& recording, const Unit& unit, const std::string& 
     if (std::ranges::find(known, path) == known.end())
         throw BadText{"the unit has no file " + inQuotes(path) + suggestion(path, known)};
     if (recording.files.contains(path))
-        throw BadText{"the file " + path + " is there twice"};
+        throw BadText{"the file " + path + " occurs twice"};
 }
 
 RecordedCall parseCallLine(std::string_view text)
@@ -215,7 +216,7 @@ RecordedCall parseCallLine(std::string_view text)
     RecordedCall call;
     call.process = int(parseNumber(cursor.until("."), 1, INT32_MAX));
     if (!cursor.skip("."))
-        throw BadText{"PROCESS.THREAD is missing"};
+        throw BadText{"missing PROCESS.THREAD"};
     call.thread = int(parseNumber(cursor.word(), 1, INT32_MAX));
     const std::chrono::duration<double> seconds{parseReal(cursor.word())};
     if (!(seconds.count() >= 0 && seconds.count() < kLongestSeconds))
@@ -250,7 +251,7 @@ void parseTitle(std::string_view line)
 {
     Cursor cursor{line};
     if (!cursor.skip(kTitle))
-        throw BadText{"this is no recording: its first line is not '" + (kTitle + std::to_string(kVersion)) + "'"};
+        throw BadText{"not a recording: its first line is not '" + (kTitle + std::to_string(kVersion)) + "'"};
     if (const auto version = parseNumber(cursor.until(" "), 1, INT32_MAX); version != kVersion)
         throw BadText{"the recording has version " + std::to_string(version) + "; this hx-sim knows version " +
                       std::to_string(kVersion)};
@@ -258,7 +259,7 @@ void parseTitle(std::string_view line)
 
 } // namespace
 
-bool RecordedCall::asksTheSameAs(const RecordedCall& other) const
+bool RecordedCall::makesTheSameCallAs(const RecordedCall& other) const
 {
     return entry.kind == other.entry.kind && entry.subject == other.entry.subject &&
            entry.request == other.entry.request && entry.in == other.entry.in &&

@@ -19,23 +19,25 @@ struct RecordedCall {
     std::int64_t result = 0; ///< count or -errno
     std::size_t line = 0;    ///< of the file
 
-    /// What the program asked, without the answer.
-    [[nodiscard]] bool asksTheSameAs(const RecordedCall& other) const;
-    /// The call without who made it and when.
+    /// The program's request, without the answer.
+    [[nodiscard]] bool makesTheSameCallAs(const RecordedCall& other) const;
+    /// The call without its caller and time.
     [[nodiscard]] std::string text() const;
     /// The call as a line of the file.
     [[nodiscard]] std::string lineText() const;
 };
 
-/// A recording: what the unit was before the first call, and the calls.
+/// A recording: the initial state of the unit, and the calls.
 struct Recording {
     std::vector<std::string> absent{};
     std::map<std::string, std::string> files{}; ///< path to content
     std::vector<RecordedCall> calls{};
 
-    /// The lines in front of the calls.
+    /// The lines before the calls.
     [[nodiscard]] std::string headText() const;
-    /// The whole text, checked: what a replay then uses is among what this unit has. Throws BadText naming the line.
+    /// Parses and checks the whole text: all devices and files of the recording exist on this unit. Throws BadText
+    /// naming
+    /// the line.
     static Recording parse(std::string_view text, const Unit& unit);
 };
 

@@ -10,15 +10,15 @@ namespace hxsim {
 
 namespace {
 
-/// As the log shows it, or byte by byte where the log shows no difference.
+/// In the format of the log, or byte by byte where the log shows no difference.
 std::string shownBeside(const RecordedCall& call, const RecordedCall& other)
 {
-    const auto asked = [](RecordedCall one) {
+    const auto requestOf = [](RecordedCall one) {
         one.entry.out.clear();
         one.entry.error = 0;
         return one.entry.text();
     };
-    return asked(call) == asked(other) ? call.text() : call.entry.text();
+    return requestOf(call) == requestOf(other) ? call.text() : call.entry.text();
 }
 
 } // namespace
@@ -49,7 +49,7 @@ ReplayedCalls::Part* ReplayedCalls::partOf(Caller caller, const RecordedCall& ca
     if (known != taken_.end())
         return known->second;
     for (Part& part : parts_) {
-        if (part.taken || !mayTake(caller.process, part) || !part.calls.front()->asksTheSameAs(call))
+        if (part.taken || !mayTake(caller.process, part) || !part.calls.front()->makesTheSameCallAs(call))
             continue;
         part.taken = true;
         processes_[caller.process] = part.process;
@@ -71,11 +71,11 @@ const RecordedCall* ReplayedCalls::differ(const RecordedCall* recorded, const Re
 {
     differed_ = true;
     if (recorded != nullptr)
-        differs_(std::to_string(recorded->line) + ": the program asks something else\n  recorded: " +
+        differs_(std::to_string(recorded->line) + ": the program makes another call\n  recorded: " +
                  shownBeside(*recorded, call) + "\n  now:      " + shownBeside(call, *recorded));
     else
         differs_(std::to_string(recording_.calls.empty() ? 1 : recording_.calls.back().line) +
-                 ": the program asks more than was recorded\n  now:      " + call.entry.text());
+                 ": the program makes more calls than were recorded\n  now:      " + call.entry.text());
     return nullptr;
 }
 
@@ -90,7 +90,7 @@ const RecordedCall* ReplayedCalls::next(Caller caller, Entry entry)
     if (part->calls.empty())
         return differ(nullptr, call);
     const RecordedCall* const recorded = part->calls.front();
-    if (!recorded->asksTheSameAs(call))
+    if (!recorded->makesTheSameCallAs(call))
         return differ(recorded, call);
     part->calls.pop_front();
     return recorded;
@@ -102,10 +102,10 @@ void ReplayedCalls::finish()
     if (left == nullptr)
         return;
     differed_ = true;
-    differs_(std::to_string(left->line) + ": the program ended without asking this\n  recorded: " + left->entry.text());
+    differs_(std::to_string(left->line) + ": the program ended without this call\n  recorded: " + left->entry.text());
 }
 
-/// A request is told by its bytes; a recording has those that the driver took.
+/// A request is identified by its bytes; a recording has those that the driver read.
 std::optional<Node::Shape> ReplayedCalls::shape(const OpenFile& file, std::uint32_t code)
 {
     const std::optional<Node::Shape> known = Calls::shape(file, code);
@@ -169,12 +169,12 @@ Outcome ReplayedCalls::answerWrite(Caller caller, OpenFile& file, std::span<cons
     return {recorded == nullptr ? -EIO : recorded->result, false, {}};
 }
 
-/// Calls other than on devices are not compared; one that failed as it was asked to fails again at its place.
+/// Calls other than on devices are not compared; an injected failure occurs again at its place.
 int ReplayedCalls::answerFault(Caller caller, const std::string& subject, const std::string& call)
 {
-    const RecordedCall asked{.entry = {.subject = subject, .action = call}};
-    Part* const part = differed_ ? nullptr : partOf(caller, asked);
-    if (part == nullptr || part->calls.empty() || !part->calls.front()->asksTheSameAs(asked))
+    const RecordedCall made{.entry = {.subject = subject, .action = call}};
+    Part* const part = differed_ ? nullptr : partOf(caller, made);
+    if (part == nullptr || part->calls.empty() || !part->calls.front()->makesTheSameCallAs(made))
         return 0;
     const int error = part->calls.front()->entry.error;
     part->calls.pop_front();

@@ -10,15 +10,15 @@
 
 namespace hxsim {
 
-/// Answers programs from a recording. Each thread of a program takes the part of a recorded one whose first call was
-/// the same, and from then on has to ask what that one asked, in its order; the threads among each other may go in any
-/// order. After the first difference every call answers EIO.
+/// Answers programs from a recording. Each thread of a program is matched with a recorded one with the same first call,
+/// and must then make that thread's calls in the same order; the order between threads is free. After the first
+/// difference every call fails with EIO.
 class ReplayedCalls : public Calls {
 public:
-    /// `differs` is called once, with what the program did instead.
+    /// `differs` is called once, with a description of the difference.
     ReplayedCalls(Unit& unit, const Recording& recording, std::function<void(const std::string&)> differs);
 
-    /// The program has ended: what it should have asked besides is a difference too.
+    /// Call after the end of the program: missing calls are a difference too.
     void finish();
     [[nodiscard]] bool differed() const { return differed_; }
 
@@ -38,7 +38,7 @@ protected:
     int answerFault(Caller caller, const std::string& subject, const std::string& call) override;
 
 private:
-    /// The recorded calls of one thread; those that were replayed are taken off.
+    /// The recorded calls of one thread; replayed ones are removed.
     struct Part {
         int process;
         std::deque<const RecordedCall*> calls{};

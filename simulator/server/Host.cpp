@@ -36,24 +36,24 @@ std::vector<std::string> split(const std::string& text, std::size_t most)
     return parts;
 }
 
-/// One client's trouble is not the others'.
+/// An error of one client does not affect the others.
 template <typename Work>
 void guarded(Work work)
 {
     try {
         work();
     } catch (const std::exception&) {
-        return; // who waits for an answer gets it with the guard around its own request
+        return; // a waiting client gets the answer inside the guard of its own request
     }
 }
 
-/// More than a process notes between two calls; one that floods does not hold up the others.
+/// More than a process records between two calls; one that floods does not delay the others.
 constexpr int kMostNotes = 10000;
 
-/// After this time a server without a free descriptor looks again whether it can accept.
+/// After this time a server without a free descriptor tries to accept again.
 constexpr double kAcceptAgainNanoseconds = 50e6;
 
-/// So many bytes of a read fit into an answer.
+/// Maximum number of bytes of a read in one answer.
 constexpr std::size_t kMostRead = wire::kLargestPacket - sizeof(wire::Head);
 
 int listenAt(const std::string& path)
@@ -76,7 +76,7 @@ Host::Host(const std::string& unit, double scale)
 {
     files_ = folder_.path() + "/files";
     semaphores_ = UnitFolder::markOf(folder_.path());
-    (void)folder_.fileOf("/opt/etc/hxaux.ini"); // its folder must be there
+    (void)folder_.fileOf("/opt/etc/hxaux.ini"); // its directory must exist
 }
 
 Host::~Host()
@@ -106,7 +106,7 @@ std::optional<timespec> Host::timeToNextDeadline()
     for (const auto& [fd, connection] : connections_)
         if (connection.read && connection.read->wakeAt && (!next || *connection.read->wakeAt < *next))
             next = connection.read->wakeAt;
-    // A descriptor may have become free anywhere on the machine.
+    // Any process of the machine may have freed a descriptor.
     const auto nextLook = modelNow() + Time{std::int64_t(kAcceptAgainNanoseconds * scale_)};
     if (full_ && (!next || nextLook < *next))
         next = nextLook;
@@ -145,7 +145,7 @@ void Host::run(int alsoWatched, const std::function<bool()>& seen)
 
 void Host::accept()
 {
-    // Never waits for a program: one that does not listen loses what it is told.
+    // Never waits for a program: one that does not read loses its messages.
     const int fd = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (fd >= 0)
         connections_.emplace(fd, Connection{fd});
@@ -163,14 +163,14 @@ void Host::receive(int fd)
     if (received == Received::Gone)
         drop(fd);
     if (received != Received::Packet)
-        return; // what was announced may have been taken on the way
+        return; // an announced message may have been consumed meanwhile
     if (size > wire::kLargestPacket)
-        return drop(fd); // no program of ours
+        return drop(fd); // not a program of this unit
     packet.bytes.assign(buffer_.begin(), buffer_.begin() + std::ptrdiff_t(size));
     handleGuarded(found->second, packet);
 }
 
-/// Whatever a client sends, it ends at most its own request.
+/// Whatever a client sends, only its own request can fail.
 void Host::handleGuarded(Connection& connection, const Packet& packet)
 {
     try {
@@ -206,7 +206,7 @@ void Host::drop(int fd)
 void Host::takeNotesOf(const Connection& asking, int process)
 {
     const auto control = controls_.find(process);
-    // A client that mixes the two kinds of connections, or says that it is another, gets no further than this.
+    // Rejects a client that mixes the two kinds of connections or claims another identity.
     if (control == controls_.end() || control->second == asking.fd || takingNotes_)
         return;
     takingNotes_ = true;
@@ -258,9 +258,9 @@ void Host::handleControl(Connection& connection, const Packet& packet)
     }
     default: {
         std::vector<std::string> words = split(packet.text(), SIZE_MAX);
-        words.pop_back(); // a NUL stands after each
+        words.pop_back(); // each is followed by NUL
         const CommandResult result = runHostCommand(*this, connection.fd, words);
-        waiting_ = true; // what waits may find something now
+        waiting_ = true; // a waiting read may succeed now
         return answer(connection, result.good ? 0 : 1, bytesOf(result.text));
     }
     }
@@ -277,10 +277,10 @@ void Host::handleFile(Connection& connection, const Packet& packet)
             connection.opened->closer = callerOf(packet);
         return;
     }
-    const auto asked = openFiles_.find(packet.head.file);
-    if (asked == openFiles_.end())
+    const auto found = openFiles_.find(packet.head.file);
+    if (found == openFiles_.end())
         return answer(connection, -EBADF);
-    connection.file = asked->second;
+    connection.file = found->second;
     OpenFile& file = *connection.file->open;
     switch (packet.head.kind) {
     case wire::Kind::Shape:
@@ -310,7 +310,7 @@ void Host::handleFile(Connection& connection, const Packet& packet)
     }
 }
 
-/// The program has no descriptor left; the kernel has ended the file's connection if nobody else has one.
+/// The program has no descriptor left; the kernel has closed the file's connection if there is no other holder.
 void Host::close(Connection& connection, const Packet& packet)
 {
     char byte = 0;
@@ -442,7 +442,7 @@ void Host::keep()
 void Host::answer(Connection& connection, std::int64_t value, std::span<const std::uint8_t> bytes, std::int64_t other,
                   std::uint64_t file)
 {
-    keep(); // what a program was told has been written outlasts the host's end
+    keep(); // data that was reported as written outlasts the host
     wire::Head head{};
     head.kind = wire::Kind::Answer;
     head.value = value;
@@ -453,7 +453,7 @@ void Host::answer(Connection& connection, std::int64_t value, std::span<const st
         head.value = 1;
         bytes = {reinterpret_cast<const std::uint8_t*>(kTooLong.data()), kTooLong.size()};
     }
-    (void)sendPacket(connection.fd, head, bytes); // a program that is gone is noticed when it is listened to
+    (void)sendPacket(connection.fd, head, bytes); // the next read from a program detects that it is gone
 }
 
 void Host::follow(int connection, bool json)

@@ -18,11 +18,11 @@
 
 namespace hxsim {
 
-/// A unit in real or scaled time, and the programs that use it: one thread, one loop, one connection for each open file
-/// and for each process.
+/// A unit in real or scaled time, and the programs that use it: one thread, one loop, one connection per open file and
+/// per process.
 class Host {
 public:
-    /// Throws BadText for a bad description and std::runtime_error when the unit cannot be put up.
+    /// Throws BadText for a bad description and std::runtime_error when the unit cannot be started.
     Host(const std::string& unit, double scale);
     /// From now on these answer the calls of programs, not the model.
     void answerWith(std::unique_ptr<Calls> calls) { calls_ = std::move(calls); }
@@ -34,7 +34,7 @@ public:
     Host& operator=(const Host&) = delete;
 
     void describe(const std::string& text) { unit_.describe(text); }
-    /// From now on what the unit's memories hold is kept in this folder.
+    /// From now on the contents of the unit's memories are kept in this directory.
     void keepIn(const std::string& folder) { kept_ = std::make_unique<KeptMemory>(unit_, folder); }
     Unit& unit() { return unit_; }
     [[nodiscard]] const std::string& folder() const { return folder_.path(); }
@@ -44,11 +44,11 @@ public:
     void run(int alsoWatched, const std::function<bool()>& seen);
     void stop() { stopping_ = true; }
 
-    /// Writes what this process and its children ask from now on into a file, until the connection goes.
+    /// Records the calls of this process and its children to a file from now on, until the connection closes.
     void record(int connection, const std::string& file, int process);
-    /// Ends that; how many calls there were.
+    /// Stops the recording; returns the number of calls.
     std::size_t endRecord(int connection);
-    /// Sends what is recorded from now on to this connection, as lines.
+    /// Sends new journal entries to this connection, as lines.
     void follow(int connection, bool json);
     void advance();
 
@@ -59,7 +59,7 @@ private:
         Caller opener;
         std::uint64_t number = 0;
         int connection = -1;
-        std::optional<Caller> closer{}; ///< whose call is about to close it
+        std::optional<Caller> closer{}; ///< the caller that is closing it
     };
     struct WaitingRead {
         Caller caller;
@@ -72,7 +72,7 @@ private:
         int process = 0;    ///< of a control connection
         std::string name{}; ///< of the connection of a file
         std::shared_ptr<File> opened{};
-        std::shared_ptr<File> file{}; ///< what was asked about last
+        std::shared_ptr<File> file{}; ///< subject of the last request
         std::optional<WaitingRead> read{};
         bool drains = false;
         bool follows = false;
@@ -82,7 +82,7 @@ private:
     void accept();
     void receive(int fd);
     void drop(int fd);
-    /// What a process noted before this moment stands in the journal before what it asks now.
+    /// Adds the earlier notes of a process to the journal before its current request.
     void takeNotesOf(const Connection& asking, int process);
     void handleGuarded(Connection& connection, const Packet& packet);
     void handle(Connection& connection, const Packet& packet);
@@ -99,12 +99,12 @@ private:
     void keep();
     void answer(Connection& connection, std::int64_t value, std::span<const std::uint8_t> bytes = {},
                 std::int64_t other = 0, std::uint64_t file = 0);
-    /// Looks at the reads that wait, after anything has changed.
+    /// Retries the waiting reads after a change.
     void retryWaiting();
     bool tryRead(Connection& connection, bool first);
     [[nodiscard]] std::string pathList();
     [[nodiscard]] Recording recordingHead();
-    /// How long until something falls due; nothing when nothing will.
+    /// Time until the next timer; nothing when there is none.
     [[nodiscard]] std::optional<timespec> timeToNextDeadline();
     [[nodiscard]] Time modelNow() const;
 
@@ -114,8 +114,8 @@ private:
     std::unique_ptr<KeptMemory> kept_;
     std::unique_ptr<Calls> calls_ = std::make_unique<Calls>(unit_);
     std::unique_ptr<Recorder> recorder_;
-    int recorderOwner_ = -1; ///< the connection that asked for the recording
-    std::string files_;      ///< folder in which the unit's files lie under their own paths
+    int recorderOwner_ = -1; ///< the connection that started the recording
+    std::string files_;      ///< directory that contains the unit's files under their own paths
     std::string semaphores_; ///< mark of the unit whose semaphores programs get; empty: the machine's
     bool standsAside_ = false;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();

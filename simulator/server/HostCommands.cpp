@@ -21,7 +21,7 @@ using Json = nlohmann::json;
 
 constexpr char kJson[] = "--json";
 
-bool asksForJson(const Words& words)
+bool wantsJson(const Words& words)
 {
     return words.size() > 1 && words.back() == kJson;
 }
@@ -42,7 +42,7 @@ CommandResult setProperty(Host& host, int, const Words& words)
         lines += (i == 1 ? "" : "\n") + words[i];
     try {
         host.describe(lines);
-    } catch (const BadText& bad) { // the number of the line means nothing to who wrote words
+    } catch (const BadText& bad) { // the line number is meaningless for command line words
         const std::string text = bad.what();
         throw BadText{text.substr(text.find(": ") + 2)};
     }
@@ -65,7 +65,7 @@ CommandResult listProperties(Host& host, int, const Words& words)
         all[name] = {{"value", property.get()}, {"help", property.help}, {"writable", bool(property.set)}};
         text += name + " = " + property.get() + "    # " + property.help + (property.set ? "" : " (read only)") + '\n';
     }
-    return {true, asksForJson(words) ? written(all, 2) + '\n' : text};
+    return {true, wantsJson(words) ? written(all, 2) + '\n' : text};
 }
 
 CommandResult listActions(Host& host, int, const Words& words)
@@ -76,10 +76,10 @@ CommandResult listActions(Host& host, int, const Words& words)
         all[name] = {{"usage", action.usage}, {"help", action.help}};
         text += name + ' ' + action.usage + "    # " + action.help + '\n';
     }
-    return {true, asksForJson(words) ? written(all, 2) + '\n' : text};
+    return {true, wantsJson(words) ? written(all, 2) + '\n' : text};
 }
 
-/// A bar would end the cell of a table.
+/// Escapes bars, which would end a table cell.
 std::string cell(const std::string& text)
 {
     std::string shown;
@@ -93,7 +93,7 @@ CommandResult listAsPage(Host& host, int, const Words&)
 {
     std::string text = "# Properties and actions of a simulated unit\n\nMade by `hx-sim properties --markdown` on a "
                        "healthy unit. A description, `--set`, `hx-sim set` and `hx-sim get`\nuse these names; "
-                       "[simulator.md](simulator.md#descriptions) tells how.\n\n## Properties\n\n"
+                       "see [simulator.md](simulator.md#descriptions).\n\n## Properties\n\n"
                        "| Name | Healthy | Meaning |\n|---|---|---|\n";
     for (const auto& [name, property] : host.unit().properties().all()) {
         const std::string value = property.get();
@@ -113,14 +113,14 @@ CommandResult listDevices(Host& host, int, const Words&)
     Json all = Json::object();
     for (const auto& [path, node] : host.unit().nodes())
         if (node.recorded())
-            all[path] = node.present ? "a device of the unit" : "taken away";
+            all[path] = node.present ? "a device of the unit" : "removed";
     return {true, written(all) + '\n'};
 }
 
 CommandResult act(Host& host, int, const Words& words)
 {
     if (words.size() < 2)
-        throw BadText{"an action is missing"};
+        throw BadText{"missing argument: an action"};
     host.unit().actions().run(words[1], {words.begin() + 2, words.end()});
     return {};
 }
@@ -144,7 +144,7 @@ CommandResult listFaults(Host& host, int, const Words& words)
                        {"left", fault.count == Fault::kAlways ? Json{} : Json(fault.count)},
                        {"hits", fault.hits}});
     }
-    return {true, asksForJson(words) ? written(all, 2) + '\n' : text};
+    return {true, wantsJson(words) ? written(all, 2) + '\n' : text};
 }
 
 CommandResult unfail(Host& host, int, const Words& words)
@@ -174,8 +174,8 @@ CommandResult showLog(Host& host, int, const Words& words)
 {
     std::string text;
     for (const Entry& entry : host.unit().journal().entries())
-        text += (asksForJson(words) ? jsonOf(entry) : lineOf(entry)) + '\n';
-    // A packet has an end; the newest lines are what people look for.
+        text += (wantsJson(words) ? jsonOf(entry) : lineOf(entry)) + '\n';
+    // Packets are limited; the newest lines matter most.
     constexpr std::size_t kRoom = wire::kLargestPacket - 1024;
     if (text.size() > kRoom) {
         text.erase(0, text.size() - kRoom);
@@ -186,7 +186,7 @@ CommandResult showLog(Host& host, int, const Words& words)
 
 CommandResult followLog(Host& host, int connection, const Words& words)
 {
-    host.follow(connection, asksForJson(words));
+    host.follow(connection, wantsJson(words));
     return {};
 }
 
@@ -199,7 +199,7 @@ CommandResult clearLog(Host& host, int, const Words&)
 CommandResult record(Host& host, int connection, const Words& words)
 {
     if (words.size() != 3)
-        throw BadText{"a file and a process are missing"};
+        throw BadText{"missing argument: a file and a process"};
     host.record(connection, words[1], int(parseNumber(words[2], 1, INT32_MAX)));
     return {};
 }
@@ -256,7 +256,7 @@ constexpr Row kCommands[] = {
 CommandResult runHostCommand(Host& host, int connection, const std::vector<std::string>& words)
 {
     if (words.empty())
-        return {false, "no command"};
+        return {false, "missing command"};
     for (const Row& row : kCommands) {
         if (words[0] != row.name)
             continue;
@@ -266,7 +266,7 @@ CommandResult runHostCommand(Host& host, int connection, const std::vector<std::
             return {false, bad.what()};
         }
     }
-    return {false, "the unit knows no command '" + words[0] + "'"};
+    return {false, "unknown command '" + words[0] + "'"};
 }
 
 std::string lineOf(const Entry& entry)

@@ -12,7 +12,7 @@ class Host;
 
 struct CommandResult {
     bool good = true;
-    std::string text{}; ///< the answer, or what is wrong
+    std::string text{}; ///< the answer, or an error message
 };
 
 /// A command of hx-sim on a running unit: its name, then its words.

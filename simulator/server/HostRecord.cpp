@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What a host does for recordings: it writes what programs ask, and steps aside for the devices of the machine.
+// Recording in the host: it records the calls of programs, and can replace the model by the machine's devices.
 #include <cstdlib>
 #include <filesystem>
 
@@ -34,7 +34,7 @@ std::size_t Host::endRecord(int connection)
     return count;
 }
 
-/// What a replay needs to know of the unit before the first call.
+/// The initial state of the unit that a replay needs.
 Recording Host::recordingHead()
 {
     Recording head;
@@ -60,7 +60,7 @@ void Host::standAside()
     standsAside_ = true;
 }
 
-/// Where everything is, a line each; Wire.h tells of the letters.
+/// All paths, one per line; Wire.h explains the letters.
 std::string Host::pathList()
 {
     const bool onMachine = standsAside_ && semaphores_.empty();

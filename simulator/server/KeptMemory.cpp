@@ -16,13 +16,13 @@ KeptMemory::KeptMemory(Unit& unit, const std::string& folder) : unit_{unit}, fol
     std::error_code error;
     fs::create_directories(folder, error);
     if (!fs::is_directory(folder))
-        throw BadText{"nothing can be kept in " + folder};
+        throw BadText{"cannot keep memories in " + folder};
     for (auto& [name, memory] : unit.memories()) {
         if (!fs::exists(fileOf(name), error))
             continue;
         const std::string bytes = contentOf(fileOf(name));
         if (bytes.size() != memory.bytes.size())
-            throw BadText{fileOf(name) + " has not the size of this memory"};
+            throw BadText{fileOf(name) + " does not have the size of this memory"};
         memory.bytes.assign(bytes.begin(), bytes.end());
         memory.changed = false;
     }
@@ -35,7 +35,7 @@ void KeptMemory::save()
             continue;
         const std::string fresh = fileOf(name) + ".new";
         std::error_code error;
-        fs::remove(fresh, error); // whatever it is: nothing is written through a link or into a FIFO
+        fs::remove(fresh, error); // never writes through a link or into a FIFO
         std::ofstream stream{fresh, std::ios::binary};
         stream.write(reinterpret_cast<const char*>(memory.bytes.data()), std::streamsize(memory.bytes.size()));
         stream.close();

@@ -7,14 +7,14 @@
 
 namespace hxsim {
 
-/// The memories of a unit in files of a folder, NAME.bin each, so that they outlast it: what an EEPROM held when the
-/// unit was stopped, or killed, it holds when a unit is started with the same folder.
+/// Keeps the memories of a unit in files of a directory, NAME.bin each: an EEPROM has the same contents when a unit is
+/// started again with that directory, even after a kill.
 class KeptMemory {
 public:
-    /// Takes over what is there already. Throws BadText when the folder cannot be used.
+    /// Loads existing files. Throws BadText when the directory cannot be used.
     KeptMemory(Unit& unit, const std::string& folder);
 
-    /// Writes what has changed since the last time; each file is replaced whole.
+    /// Writes the changes since the last call; each file is replaced as a whole.
     void save();
 
 private:

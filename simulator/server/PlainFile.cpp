@@ -53,14 +53,14 @@ std::string contentOf(const std::string& path)
 {
     struct stat found {};
     if (::stat(path.c_str(), &found) == 0)
-        checkPlain(path, found); // opening a device can have an effect
+        checkPlain(path, found); // opening a device can have side effects
     const Descriptor descriptor{path};
     if (descriptor.get() < 0 || ::fstat(descriptor.get(), &found) != 0)
         throw BadText{"cannot read " + path};
     checkPlain(path, found);
     if (found.st_size > kLargest)
         throw BadText{path + " is larger than 64 MiB"};
-    std::string content(std::size_t(found.st_size) + 1, '\0'); // what grows meanwhile is cut
+    std::string content(std::size_t(found.st_size) + 1, '\0'); // a growing file is truncated
     std::size_t size = 0;
     for (;;) {
         const ssize_t got = ::read(descriptor.get(), content.data() + size, content.size() - size);

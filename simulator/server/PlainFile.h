@@ -5,11 +5,11 @@
 
 namespace hxsim {
 
-/// The content of a file that somebody named. Throws BadText, and never waits, for what is not a plain file (a device,
-/// a FIFO, a folder) or larger than any file of ours.
+/// Reads a file that a user named. Throws BadText, and never blocks, for anything but a plain file (a device, a FIFO, a
+/// directory) and for files above the size limit.
 std::string contentOf(const std::string& path);
 
-/// Throws BadText when this exists and is not a plain file: opening it for writing could wait or do something else.
+/// Throws BadText when this exists and is not a plain file: opening it for writing could block or have side effects.
 void checkWritable(const std::string& path);
 
 } // namespace hxsim

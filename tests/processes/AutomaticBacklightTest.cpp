@@ -96,7 +96,7 @@ TEST(AutomaticBacklightService, RefusesASecondOneWithTheReason)
     const SharedUnit::Told second = served.unit.hxaux({"backlight", "serve"});
 
     EXPECT_EQ(second.status, 5);
-    EXPECT_THAT(second.output, HasSubstr("another process serves the automatic backlight of this unit"));
+    EXPECT_THAT(second.output, HasSubstr("another process already serves the automatic backlight of this unit"));
 }
 
 TEST(AutomaticBacklightService, HasTheAveragingToItself)
@@ -154,5 +154,5 @@ TEST(AutomaticBacklightService, ThatIsKilledLeavesTheAveragingTakenAndItsPlaceFr
 
     EXPECT_EQ(served.unit.hxaux({"light", "--average"}).status, 5);
     Process again = served.unit.start({"backlight", "serve"});
-    EXPECT_THAT(again.line(), HasSubstr("another program averages the light sensor"));
+    EXPECT_THAT(again.line(), HasSubstr("another program is averaging the light sensor"));
 }

@@ -67,7 +67,7 @@ TEST(KeptMemory, RefusesAFileOfAnotherSize)
     const KeptFolder folder;
     std::ofstream{folder.path() + "/eeprom-main.bin"} << "short";
 
-    EXPECT_NE(hxauxOn(folder, {"eeprom", "get", "UNIT_SERIAL"}).find("has not the size of this memory"),
+    EXPECT_NE(hxauxOn(folder, {"eeprom", "get", "UNIT_SERIAL"}).find("does not have the size of this memory"),
               std::string::npos);
 }
 

@@ -74,7 +74,7 @@ TEST(LocksTool, ShowsWhoHoldsALock)
 
     EXPECT_THAT(shown, HasSubstr("FILE_HXAUXINI_IS_IN_USE: taken, value 0, used by " + std::to_string(holder.pid()) +
                                  " (hx-child)\n"));
-    EXPECT_THAT(shown, HasSubstr("HXAUX_BUZZING_IN_PROGRESS: not made yet\n"));
+    EXPECT_THAT(shown, HasSubstr("HXAUX_BUZZING_IN_PROGRESS: does not exist yet\n"));
 }
 
 TEST(LocksTool, ShowsAFreeLockAndNobodyAtIt)

@@ -234,7 +234,7 @@ TEST(UpgradeTool, IsBusyWhileAnotherProcessUpgrades)
     EXPECT_EQ(unit.hxaux({"upgrade", "fpga", files.fpga(160)}).status, 0);
 }
 
-TEST(UpgradeTool, GoesOnAfterOneSignalAndExplainsWhy)
+TEST(UpgradeTool, ContinuesAfterOneSignalAndExplainsWhy)
 {
     const SharedUnit unit;
     const Files files;
@@ -242,11 +242,13 @@ TEST(UpgradeTool, GoesOnAfterOneSignalAndExplainsWhy)
 
     ::kill(run.pid(), SIGINT);
 
-    EXPECT_THAT(run.rest(), HasSubstr("cannot be stopped without leaving the target without firmware"));
+    EXPECT_THAT(run.rest(),
+                HasSubstr("Interrupting now would leave the target without firmware, so the upgrade continues. "
+                          "Press Ctrl-C again to interrupt anyway."));
     EXPECT_EQ(run.status(), 0);
 }
 
-TEST(UpgradeTool, EndsAfterASecondSignalAndTellsTheWayOn)
+TEST(UpgradeTool, EndsAfterASecondSignalAndNamesTheNextSteps)
 {
     const SharedUnit unit;
     const Files files;
@@ -254,11 +256,15 @@ TEST(UpgradeTool, EndsAfterASecondSignalAndTellsTheWayOn)
     Process run = startedUpgrade(unit, file);
 
     ::kill(run.pid(), SIGINT);
-    for (std::string line = run.line(); line.find("cannot be stopped") == std::string::npos; line = run.line())
+    for (std::string line = run.line(); line.find("Press Ctrl-C again") == std::string::npos; line = run.line())
         ASSERT_NE(line, "(ended)");
     ::kill(run.pid(), SIGINT);
 
-    EXPECT_THAT(run.rest(), HasSubstr("hxaux locks reset HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS"));
+    EXPECT_THAT(run.rest(),
+                HasSubstr("Interrupted. The upgrade lock is still held and the service UART is still routed to "
+                          "the target. Release the lock with 'hxaux locks reset "
+                          "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS', then run the upgrade again; it resets the "
+                          "routing."));
     EXPECT_EQ(run.status(), 128 + SIGINT);
     EXPECT_EQ(unit.hxaux({"upgrade", "front", file}).status, 5);
     EXPECT_EQ(unit.hxaux({"locks", "reset", "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS"}).status, 0);

@@ -7,8 +7,8 @@
 
 namespace hxsim {
 
-/// The only way in which JSON is written. Texts come from EEPROMs and programs: what is not UTF-8 is replaced, what a
-/// terminal might obey stands as \uNNNN, in a file as on a terminal.
+/// Serializes all JSON. Texts come from EEPROMs and programs: invalid UTF-8 is replaced, and control characters that a
+/// terminal could interpret are escaped as \uNNNN, in files as on terminals.
 inline std::string written(const nlohmann::json& document, int indent = -1)
 {
     return document.dump(indent, ' ', true, nlohmann::json::error_handler_t::replace);

@@ -9,10 +9,10 @@
 
 namespace hxaux {
 
-// How many letters must be changed, put in, left out or swapped to make one word the other.
+// Edit distance: letters to change, insert, delete or swap to turn one word into the other.
 std::size_t editDistance(std::string_view from, std::string_view to);
 
-// The candidates near a word, nearest first, at most three.
+// The candidates closest to a word, closest first, at most three.
 std::vector<std::string> nearNames(std::string_view word, const std::vector<std::string>& candidates);
 
 // "; did you mean 'a' or 'b'?", or nothing.

@@ -12,7 +12,7 @@ namespace {
 
 using Byte = unsigned char;
 
-// How long a sequence of UTF-8 is by its first byte; 0 for a byte that begins none.
+// Length of a UTF-8 sequence by its first byte; 0 for a byte that cannot begin one.
 std::size_t lengthOf(Byte first)
 {
     if (first < 0x80)
@@ -24,7 +24,7 @@ std::size_t lengthOf(Byte first)
     return first >= 0xF0 && first < 0xF5 ? 4 : 0;
 }
 
-// Whether the second byte makes an overlong form, a surrogate or a number behind U+10FFFF.
+// Whether the second byte makes an overlong form, a surrogate or a code point above U+10FFFF.
 bool isForbidden(Byte first, Byte second)
 {
     return (first == 0xE0 && second < 0xA0) || (first == 0xED && second >= 0xA0) || (first == 0xF0 && second < 0x90) ||

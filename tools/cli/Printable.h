@@ -6,8 +6,8 @@
 
 namespace hxaux {
 
-// A text of EEPROMs, files, other programs or the command line that may be shown on a terminal: one line of UTF-8.
-// Control characters, those of the upper half (C1) too, and bytes that are not UTF-8 become "\x1b", byte by byte.
+// Makes a text of EEPROMs, files, other programs or the command line safe for a terminal: one line of UTF-8. Control
+// characters (C0 and C1) and invalid UTF-8 are escaped byte by byte, as "\x1b".
 std::string printable(const std::string& text);
 
 } // namespace hxaux

@@ -4,10 +4,10 @@
 #include <string>
 #include <string_view>
 
-/// What the manual pages of both programs are written with.
+/// Helpers for the manual pages of both programs.
 namespace troff {
 
-/// A text as it is shown literally: no line may begin with a control character, no minus may become a hyphen.
+/// Escapes a text so that it is shown literally: no control character at a line start, no minus as a hyphen.
 inline std::string literal(std::string_view text)
 {
     std::string shown = text.starts_with(".") || text.starts_with("'") ? "\\&" : "";

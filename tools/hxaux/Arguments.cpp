@@ -12,7 +12,7 @@ namespace hxaux {
 
 namespace {
 
-// A value below zero must not look like an option to the option parser: it travels with a true minus sign (U+2212).
+// A negative value must not look like an option to the parser: it is passed with a minus sign (U+2212).
 constexpr std::string_view kMinus = "\xE2\x88\x92";
 
 bool isNegativeNumber(const std::string& word)
@@ -67,14 +67,14 @@ void checkValue(const Argument& argument, const std::string& text)
     const auto number = numberOf(argument, text);
     if (!number)
         throw UsageError(name + ": '" + text +
-                         (argument.kind == Kind::Real ? "' is no number" : "' is no whole number"));
+                         (argument.kind == Kind::Real ? "' is not a number" : "' is not an integer"));
     if (*number < argument.least || *number > argument.most)
         throw UsageError(name + ": " + text + " is outside " + allowedValues(argument));
 }
 
 void refuseUnknownOptions(const Verb& verb, std::vector<std::string> unknown)
 {
-    std::erase(unknown, "--"); // the mark behind which everything is a value
+    std::erase(unknown, "--"); // after it everything is a value
     if (unknown.empty())
         return;
     std::vector<std::string> known;
@@ -83,7 +83,7 @@ void refuseUnknownOptions(const Verb& verb, std::vector<std::string> unknown)
     throw UsageError("there is no option '" + unknown[0] + "'" + suggestion(unknown[0], known));
 }
 
-// "--every: 1 required TEXT missing" in words that a user knows.
+// Rewords "--every: 1 required TEXT missing" for users.
 std::string optionMistake(const CLI::ParseError& mistake)
 {
     std::string text = mistake.what();
@@ -161,7 +161,7 @@ Arguments::Arguments(const Object& object, const Verb& verb, const std::vector<s
         return;
     for (const Argument& argument : verb.values) {
         if (argument.presence != Presence::Optional && !has(argument.name))
-            throw UsageError(std::string(argument.name) + " is missing: " + how_);
+            throw UsageError("missing argument: " + std::string(argument.name) + "; usage: " + how_);
     }
     for (const auto& [name, argument] : rows_)
         check(argument);
@@ -188,7 +188,7 @@ void Arguments::split(const Verb& verb, std::vector<std::string> words)
         if (isNegativeNumber(word))
             word = std::string(kMinus) + word.substr(1);
     }
-    std::ranges::reverse(words); // as the parser takes them
+    std::ranges::reverse(words); // the parser takes them in reverse
     try {
         parser.parse(std::move(words));
     } catch (const CLI::ParseError& mistake) {
@@ -207,7 +207,7 @@ void Arguments::split(const Verb& verb, std::vector<std::string> words)
         std::ranges::transform(texts, texts.begin(), unprotected);
 }
 
-// The words that are no options, to the verb's values in their order.
+// Assigns the positional words to the verb's values in order.
 void Arguments::distribute(const Verb& verb, const std::vector<std::string>& words)
 {
     auto word = words.begin();
@@ -218,7 +218,7 @@ void Arguments::distribute(const Verb& verb, const std::vector<std::string>& wor
         word = end;
     }
     if (word != words.end() && !help_)
-        throw UsageError("'" + unprotected(*word) + "' is one value too many: " + how_);
+        throw UsageError("too many arguments: '" + unprotected(*word) + "'; usage: " + how_);
 }
 
 void Arguments::check(const Argument& argument) const

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The words behind a verb, read as its row says.
+// The arguments of a verb, parsed according to its row.
 #ifndef HXAUX_ARGUMENTS_H
 #define HXAUX_ARGUMENTS_H
 
@@ -12,7 +12,7 @@
 
 namespace hxaux {
 
-// A mistake on the command line, worded for the user.
+// A usage error, worded for the user.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -20,7 +20,7 @@ public:
 
 class Arguments {
 public:
-    // Throws UsageError. Every value present afterwards is of its kind and within its range.
+    // Throws UsageError. Afterwards every value is of its type and within its range.
     Arguments(const Object& object, const Verb& verb, const std::vector<std::string>& words);
 
     [[nodiscard]] bool wantsHelp() const { return help_; }
@@ -37,7 +37,7 @@ private:
     void distribute(const Verb& verb, const std::vector<std::string>& words);
     void check(const Argument& argument) const;
 
-    std::string how_; // the verb's call as the help shows it
+    std::string how_; // the verb's usage line
     bool help_ = false;
     bool json_ = false;
     std::map<std::string, std::vector<std::string>, std::less<>> values_;

@@ -97,7 +97,7 @@ void Call::show()
 
 void Call::end()
 {
-    // A verb without a result says nothing as text, but its JSON still tells that it was done.
+    // A verb without a result prints no text, but its JSON still reports success.
     const bool empty = report_.result.empty() && report_.notes.empty() && report_.problems.empty();
     if (!empty || !shown_)
         show();

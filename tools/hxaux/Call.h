@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// One run of a verb: the values it was called with, and what it has to say.
+// One run of a verb: its arguments and its report.
 #ifndef HXAUX_CALL_H
 #define HXAUX_CALL_H
 
@@ -13,7 +13,7 @@
 
 namespace hxaux {
 
-// Ends a verb early; everything to be said is in the report by then.
+// Ends a verb early; the report is complete by then.
 struct Stop {};
 
 class Call {
@@ -21,7 +21,7 @@ public:
     Call(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen,
          std::shared_ptr<void>& kept);
 
-    // The values; a row's range and names were checked before.
+    // The values; their ranges and names are already checked.
     [[nodiscard]] bool has(std::string_view name) const { return arguments_.has(name); }
     [[nodiscard]] const std::string& text(std::string_view name) const { return arguments_.text(name); }
     [[nodiscard]] const std::vector<std::string>& texts(std::string_view name) const { return arguments_.texts(name); }
@@ -36,13 +36,13 @@ public:
 
     // Ends the verb with the code's text and status, unless it is success.
     void check(Halvix::eErr code, const std::string& item = "");
-    // Notes a failure for one item of several and goes on; true when there was none.
+    // Records a failure of one item of several and continues; true on success.
     bool attempt(const std::string& item, Halvix::eErr code);
-    // Ends the verb for a reason that the tool itself found.
+    // Ends the verb for a reason that the tool itself detected.
     [[noreturn]] void fail(Exit status, const std::string& text);
-    // Ends the verb with the code's text and a status that is better known here than by the code alone.
+    // Ends the verb with the code's text and a status that the caller knows better than the code alone says.
     [[noreturn]] void fail(Exit status, const std::string& item, Halvix::eErr code);
-    // Notes such a reason and goes on.
+    // Records such a reason and continues.
     void problem(Exit status, const std::string& item, const std::string& text);
 
     void print(const std::string& name, Value value, const std::string& unit = "");
@@ -50,16 +50,16 @@ public:
     void
     note(const std::string& text); // a sentence on standard error to the user: "request sent; the outcome is not known"
 
-    // For verbs that tell more than one state: prints what was collected since the last time.
+    // For verbs that report more than one state: prints what was collected since the last call.
     void show();
     // The last of them; for the frame.
     void end();
-    // Whether a person watches: bars and questions are for them only.
+    // Whether the output is interactive: progress bars and prompts are for terminals only.
     [[nodiscard]] bool onTerminal() const { return screen_.onTerminal(); }
     [[nodiscard]] bool asJson() const { return screen_.form() == Form::Json; }
     [[nodiscard]] Screen& screen() { return screen_; }
 
-    // What a verb needs over all rounds of --watch: made from this call when it is first asked for, ended with the last
+    // State of a verb over all rounds of --watch: created from this call on first use, destroyed with the last
     // round, before held signals take effect.
     template <typename Kind>
     Kind& kept()
@@ -81,7 +81,7 @@ private:
     bool shown_ = false; // something was printed already
 };
 
-// The status of an error code when nothing better is known: 11 and 20 are busy, 14 a difference, 12 a bad file.
+// The default status of an error code: 11 and 20 are busy, 14 a difference, 12 a bad file.
 Exit statusOf(Halvix::eErr code);
 
 } // namespace hxaux

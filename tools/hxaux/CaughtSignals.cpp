@@ -11,7 +11,7 @@ constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t caught = 0;
 
-// The signal may come just before the sleep that it is to end: an alarm every second ends that one too.
+// The signal may arrive just before the sleep that it should end: an alarm every second ends that sleep too.
 void note(int number)
 {
     if (number != SIGALRM)
@@ -29,7 +29,7 @@ CaughtSignals::CaughtSignals()
     sigaction(SIGALRM, &action, &alarmBefore_);
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
         sigaction(kSignals[i], nullptr, &before_[i]);
-        if (before_[i].sa_handler != SIG_IGN) // what the caller told the tool to ignore stays ignored
+        if (before_[i].sa_handler != SIG_IGN) // signals that the caller ignores stay ignored
             sigaction(kSignals[i], &action, nullptr);
     }
 }

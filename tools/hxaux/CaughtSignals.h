@@ -8,8 +8,8 @@
 
 namespace hxaux {
 
-// While it lives INT, TERM and HUP only interrupt a sleep: the library's call then ends in order, with its lock given
-// back. What arrived takes effect when the object ends, with the handling of before. One exists at a time.
+// While it lives, INT, TERM and HUP only interrupt a sleep: the library's call then returns cleanly, with its lock
+// released. Signals received take effect when the object ends, with the previous handlers. One exists at a time.
 class CaughtSignals {
 public:
     CaughtSignals();

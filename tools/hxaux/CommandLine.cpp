@@ -64,13 +64,13 @@ std::string verbMistake(const Object& object, const Words& words)
         all += (all.empty() ? "" : ", ") + std::string(verb.name);
     }
     if (words.empty() || words[0].starts_with("--"))
-        return "a verb is missing: one of " + all;
+        return "missing argument: a verb, one of " + all;
     std::string near = suggestion(words[0], names);
     return "there is no verb '" + words[0] + "'" + (near.empty() ? "; the verbs are " + all : near);
 }
 
-// Repeats a verb until a signal comes, the count is reached or the verb fails. The signals are held all the time and
-// looked for between the rounds: no round is cut short inside a library call.
+// Repeats a verb until a signal arrives, the count is reached or the verb fails. Signals are held and checked between
+// the rounds: no round is interrupted inside a library call.
 Exit watch(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen)
 {
     const HeldSignals held;
@@ -145,7 +145,7 @@ int runCommandLine(const Words& words)
 {
     const auto first = std::ranges::find_if(words, [](const auto& word) { return word != "--json"; });
     if (first == words.end())
-        return report(words, Exit::Usage, "", "", "an object is missing; 'hxaux --help' lists them");
+        return report(words, Exit::Usage, "", "", "missing argument: an object; 'hxaux --help' lists them");
     if (isHelp(*first))
         return print(toolHelp());
     if (*first == "--version")

@@ -32,7 +32,7 @@ void addValues(Candidates& all, const Argument& argument)
     }
 }
 
-// The next word of every verb whose name the finished words begin.
+// The next word of every verb whose name begins with the complete words.
 void addVerbs(Candidates& all, const Object& object, const Words& finished)
 {
     std::string begun;
@@ -54,7 +54,7 @@ const Argument* optionBefore(const std::vector<Argument>& options, const Words& 
     return option == options.end() || option->kind == Kind::Flag ? nullptr : &*option;
 }
 
-// How many of a verb's values are among the finished words: all words but the options and their values.
+// How many of a verb's values are among the complete words: all words but the options and their values.
 std::size_t countValues(const std::vector<Argument>& options, const Words& finished)
 {
     std::size_t count = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What can stand at the end of an unfinished command line.
+// Candidates for the last word of an unfinished command line.
 #ifndef HXAUX_COMPLETION_H
 #define HXAUX_COMPLETION_H
 

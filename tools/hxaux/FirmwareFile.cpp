@@ -18,8 +18,10 @@ void checkMicrocontroller(FirmwareTarget target, FirmwareCheck& check)
     if (Halvix::checkFirmwareText(check.text.c_str(), check.text.size(), static_cast<int>(target)) !=
         Halvix::ERR_SUCCESS) {
         check.problem = target == FirmwareTarget::Supervisor
-                            ? "it is not supervisor firmware (95000 to 1000000 bytes, without 'Front_uc')"
-                            : "it is not front-panel firmware (50000 to 110000 bytes, without 'SystemSupervisor')";
+                            ? "not supervisor firmware: expected an Intel HEX file of 95,000 to 1,000,000 bytes that "
+                              "does not contain 'Front_uc'"
+                            : "not front-panel firmware: expected an Intel HEX file of 50,000 to 110,000 bytes that "
+                              "does not contain 'SystemSupervisor'";
         return;
     }
     const HexCheck hex = checkHex(check.text);
@@ -37,9 +39,9 @@ void checkFpga(FirmwareCheck& check)
         source, image, [](std::uint32_t) {}, &wrongAt);
     check.imageSize = image.size();
     if (code != Halvix::ERR_SUCCESS)
-        check.problem = "a record's checksum is wrong";
+        check.problem = "not an FPGA configuration: the checksum of a record is wrong";
     else if (image.empty())
-        check.problem = "it holds no data record of 16 bytes";
+        check.problem = "not an FPGA configuration: expected an MCS file with data records of 16 bytes";
 }
 
 } // namespace

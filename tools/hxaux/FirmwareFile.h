@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What can be said of a firmware file without touching the unit.
+// Checks of a firmware file that do not touch the unit.
 #ifndef HXAUX_FIRMWAREFILE_H
 #define HXAUX_FIRMWAREFILE_H
 
@@ -9,19 +9,19 @@
 
 namespace hxaux {
 
-// What firmware is for. The first two are the microcontrollers' numbers as the library counts them.
+// The target of a firmware file. The first two are the library's numbers of the microcontrollers.
 enum class FirmwareTarget { Supervisor = 0, Front = 1, Fpga = 2 };
 
 struct FirmwareCheck {
     std::string text;            // the file's contents
-    std::string problem;         // what is wrong with it; empty when it is good
+    std::string problem;         // what is wrong with it; empty when it is valid
     unsigned long imageSize = 0; // bytes that would be written
     std::size_t lastByteAt =
-        0; // of Intel HEX: where the text has the image's last byte, its record's checksum behind it
+        0; // Intel HEX: offset of the image's last byte in the text; the record's checksum follows it
 };
 
-// The checks that an upgrade makes before it touches the target (size, foreign name, every record), and those that it
-// does not make: a HEX file has data, and the unit writes each byte to the address that the file gives it.
+// Makes the checks that an upgrade makes before it touches the target (size, name of the other target, every record),
+// and two more: a HEX file has data, and the unit writes each byte to the address that the file gives it.
 FirmwareCheck checkFirmwareFile(FirmwareTarget target, const std::string& name);
 
 } // namespace hxaux

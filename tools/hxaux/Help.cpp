@@ -44,10 +44,10 @@ const std::vector<std::pair<int, const char*>>& exitMeanings()
     static const std::vector<std::pair<int, const char*>> meanings{
         {0, "done"},
         {1, "the unit refused; standard error has the text and the code"},
-        {2, "wrong usage"},
+        {2, "usage error"},
         {3, "a file could not be read, or was refused"},
         {4, "verification found a difference"},
-        {5, "busy: the same function is at work already"},
+        {5, "busy: the same function is already running"},
         {6, "no connection"},
         {129, "ended by HUP"},
         {130, "ended by INT (Ctrl-C)"},
@@ -77,7 +77,7 @@ std::string toolHelp()
         statuses.emplace_back(std::to_string(status), meaning);
     return "hxaux OBJECT [VERB] [VALUES] [--json]\n\nReads and controls the unit's own hardware.\n" +
            columns("Objects", objects) + columns("Exit statuses", statuses) +
-           "\n'hxaux OBJECT --help' tells what an object can do; 'hxaux --version' the version.\n";
+           "\n'hxaux OBJECT --help' lists the verbs of an object; 'hxaux --version' prints the version.\n";
 }
 
 std::string objectHelp(const Object& object)
@@ -86,7 +86,7 @@ std::string objectHelp(const Object& object)
     for (const Verb& verb : object.verbs)
         verbs.emplace_back(usageLine(object, verb), verb.help);
     return "hxaux " + std::string(object.name) + ": " + std::string(object.help) + "\n" + columns("Calls", verbs) +
-           "\nAdd --help to a call to learn its values and options.\n";
+           "\nAdd --help to a call for its values and options.\n";
 }
 
 std::string verbHelp(const Object& object, const Verb& verb)

@@ -16,8 +16,8 @@ namespace {
 
 enum RecordType : unsigned { kData = 0, kSegmentAddress = 2, kLinearAddress = 4 };
 
-constexpr std::uint64_t kFlash = 0x08000000; // where every microcontroller of this kind has its flash
-constexpr std::uint64_t kFlashAlias = 0;     // and where it shows it while it starts from it
+constexpr std::uint64_t kFlash = 0x08000000; // the flash of every microcontroller of this family
+constexpr std::uint64_t kFlashAlias = 0;     // its alias while the microcontroller boots from it
 constexpr std::uint64_t kLargestImage = 16U << 20;
 constexpr std::uint64_t kSegment = 0x10000;
 
@@ -71,7 +71,7 @@ std::string address(std::uint64_t value)
     return text;
 }
 
-// Follows the library's reader record by record and compares where it puts the data.
+// Follows the library's parser record by record and compares where it puts the data.
 class Comparison {
 public:
     explicit Comparison(const std::string& text) : text_(text) { image_.limit = kLargestImage; }
@@ -88,7 +88,7 @@ public:
     }
 
 private:
-    // The next record's place: line ends before it are passed over.
+    // Position of the next record: line ends before it are skipped.
     void findRecord() { begin_ = std::min(text_.find_first_not_of("\r\n", begin_), text_.size()); }
     [[nodiscard]] std::string_view fromRecord() const { return std::string_view(text_).substr(begin_); }
 
@@ -132,7 +132,7 @@ private:
     std::string compareData(const Record& record)
     {
         lastByteAt_ = begin_ + static_cast<std::size_t>(record.data.end() - fromRecord().begin()) - 2;
-        const std::uint64_t position = image_.size - record.count; // where the library has put it
+        const std::uint64_t position = image_.size - record.count; // where the library puts it
         const std::uint64_t wanted = base_ + record.offset;
         if (!origin_) {
             const std::uint64_t origin = wanted - position;
@@ -142,7 +142,7 @@ private:
             return "its data belongs to address " + address(wanted) + ", but the unit would write it to " +
                    address(*origin_ + position);
         if (isSegment_ && record.offset + record.count > kSegment)
-            return "its data goes on at the start of its segment, but the unit would write it to " +
+            return "its data continues at the start of its segment, but the unit would write it to " +
                    address(base_ + kSegment);
         return "";
     }
@@ -152,7 +152,7 @@ private:
         findRecord();
         switch (result) {
         case Halvix::HexResult::EndRecordMissing:
-            return "its end record is missing: the file is cut short";
+            return "missing end record: the file is truncated";
         case Halvix::HexResult::WrongChecksum:
             return atLine("the record's checksum is wrong");
         case Halvix::HexResult::OutOfMemory:
@@ -165,10 +165,10 @@ private:
     [[nodiscard]] std::string syntaxProblem() const
     {
         if (!fromRecord().starts_with(':'))
-            return "it does not begin with ':'; this is not an Intel HEX file";
+            return "it does not begin with ':'; not an Intel HEX file";
         const auto record = parsed(fromRecord());
         if (!record)
-            return "it is cut short, or has characters that are not hexadecimal digits";
+            return "it is truncated, or has characters that are not hexadecimal digits";
         return record->isAddress() ? "its address is below the first one"
                                    : "its data begins before the end of the data above it";
     }

@@ -8,14 +8,14 @@
 namespace hxaux {
 
 struct HexCheck {
-    std::string problem;         // "line 7: its checksum is wrong"; empty when the file is good
+    std::string problem;         // "line 7: its checksum is wrong"; empty when the file is valid
     unsigned long imageSize = 0; // bytes that would be written
-    std::size_t lastByteAt = 0;  // where the text has the image's last byte; its record's checksum stands behind it
+    std::size_t lastByteAt = 0;  // offset of the image's last byte in the text; the record's checksum follows it
 };
 
-// Reads the file as the library does, which lays the data out by rules of its own, and beside it as Intel HEX is
-// defined. A file of which the two readings differ is refused: a verification would not notice, because it reads the
-// file like the upgrade.
+// Parses the file as the library does, which has placement rules of its own, and as Intel HEX is defined. A file for
+// which the two results differ is refused: a verification would not notice, because it parses the file like the
+// upgrade.
 HexCheck checkHex(const std::string& text);
 
 } // namespace hxaux

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Holds an interface object of the library and gives it back at the end.
+// Owns an interface object of the library and releases it.
 #ifndef HXAUX_INTERFACE_H
 #define HXAUX_INTERFACE_H
 
@@ -14,7 +14,7 @@ public:
     explicit Interface(Kind* object) : object_(object)
     {
         if (object_ == nullptr)
-            throw std::bad_alloc(); // the factories that answer null do so when out of memory
+            throw std::bad_alloc(); // factories return null only when out of memory
     }
     ~Interface() { object_->Release(); }
     Interface(const Interface&) = delete;

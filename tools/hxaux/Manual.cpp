@@ -84,7 +84,7 @@ std::string markdownReference()
         for (const Verb& verb : object->verbs)
             text += markdownOf(*object, verb);
     }
-    text.pop_back(); // the last section needs no empty line behind it
+    text.pop_back(); // no empty line after the last section
     return text;
 }
 

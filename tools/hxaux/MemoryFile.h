@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// A file that has a name only in this process.
+// A file that exists only in this process.
 #ifndef HXAUX_MEMORYFILE_H
 #define HXAUX_MEMORYFILE_H
 
@@ -7,11 +7,11 @@
 
 namespace hxaux {
 
-// Holds a text for the library to open by its name: what the library reads is then what the tool has checked, whatever
-// happens to the file that the text came from.
+// Holds a text that the library opens by name: the library reads what the tool has checked, even if the original file
+// changes.
 class MemoryFile {
 public:
-    // Throws std::bad_alloc when there is no room for it.
+    // Throws std::bad_alloc when out of memory.
     explicit MemoryFile(const std::string& text);
     ~MemoryFile();
     MemoryFile(const MemoryFile&) = delete;

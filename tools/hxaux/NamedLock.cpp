@@ -51,7 +51,7 @@ std::optional<Mapping> parsed(const std::string& line)
     return mapping;
 }
 
-// Nothing when the process is gone or not ours to look at.
+// Nothing when the process is gone or not accessible.
 template <typename Claim>
 std::optional<Mapping> findMapping(const fs::path& process, Claim claim)
 {
@@ -68,7 +68,7 @@ std::string contentOf(const fs::path& file)
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// The system calls in which a thread waits for a semaphore, of 64-bit and of 32-bit programs.
+// The system calls in which threads of 64-bit and 32-bit programs wait for a semaphore.
 constexpr int kFutexCalls[] = {202, 240, 422};
 
 // "202 0x7f0012345678 ..." of a thread in a system call; "running" and "-1 ..." of others.
@@ -84,7 +84,7 @@ bool waitsIn(const std::string& call, const Mapping& semaphore)
     return std::ranges::find(kFutexCalls, number) != std::end(kFutexCalls) && semaphore.holds(value);
 }
 
-// A process may end while its entries are read; what was seen until then counts.
+// A process may end while its entries are read; the entries read until then count.
 template <typename Look>
 void forEachEntry(const fs::path& folder, Look look)
 {
@@ -115,7 +115,7 @@ std::optional<int> pidOf(const fs::path& process)
                                                                                        : std::nullopt;
 }
 
-// A process whose memory this one may not look at, and which has any: the kernel's own threads have no command line.
+// A process whose memory this one may not inspect; kernel threads have no command line and do not count.
 bool isHidden(const fs::path& process)
 {
     std::ifstream maps(process / "maps");
@@ -149,7 +149,7 @@ LockState NamedLock::look() const
             return {};
         return {.kind = LockState::Kind::Refused, .error = std::strerror(error_)};
     }
-    // Which file it is follows from this program's own mapping: on a simulated unit its name is another.
+    // Found through this program's own mapping: on a simulated unit the file has another name.
     const auto here = reinterpret_cast<std::uintptr_t>(semaphore_);
     const auto mine = findMapping("/proc/self", [&](const Mapping& mapping) { return mapping.holds(here); });
     struct stat file {};
@@ -190,7 +190,7 @@ void NamedLock::giveBack() const
     sem_post(semaphore_);
     int value = 0;
     if (sem_getvalue(semaphore_, &value) == 0 && value > 1)
-        (void)sem_trywait(semaphore_); // somebody else gave it back at the same moment
+        (void)sem_trywait(semaphore_); // another process released it at the same moment
 }
 
 } // namespace hxaux

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What the system knows of one of the library's named semaphores, and of the processes that use it.
+// The state of one of the library's named semaphores, and the processes that use it.
 #ifndef HXAUX_NAMED_LOCK_H
 #define HXAUX_NAMED_LOCK_H
 
@@ -11,7 +11,7 @@
 
 namespace hxaux {
 
-// The library's locks, all but the counter of settings that the automatic backlight has still to read.
+// The library's locks, without the counter of settings that the automatic backlight has not read yet.
 constexpr std::array<std::string_view, 4> kLockNames = {"FILE_HXAUXINI_IS_IN_USE", "HXAUX_BUZZING_IN_PROGRESS",
                                                         "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS",
                                                         "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED"};
@@ -21,10 +21,10 @@ struct LockUser {
     int pid = 0;
     std::string program;
     bool waits = false;  // one of its threads waits in the semaphore
-    bool visible = true; // whether its threads could be looked at
+    bool visible = true; // whether its threads could be inspected
 };
 
-// One look at a semaphore.
+// A snapshot of a semaphore.
 struct LockState {
     enum class Kind { Missing, Refused, OtherAbi, Known };
     Kind kind = Kind::Missing;
@@ -33,12 +33,12 @@ struct LockState {
     std::vector<LockUser> users = {}; // this process is not among them
     bool everyoneSeen = true;         // false when processes of other users may have it as well
 
-    // Value 0, and nobody is left who could give it back: every process that maps it waits in it itself.
+    // Value 0, and no process is left to release it: every process that maps it waits for it.
     [[nodiscard]] bool looksStale() const;
 };
 
-// A named semaphore as it is; it is never made here. Semaphores of 32-bit and 64-bit programs differ, so a program sees
-// only those of its own kind.
+// An existing named semaphore; never created here. Semaphores of 32-bit and 64-bit programs differ, so a program sees
+// only those of its own ABI.
 class NamedLock {
 public:
     explicit NamedLock(const std::string& name); // without the leading slash
@@ -47,7 +47,7 @@ public:
     NamedLock& operator=(const NamedLock&) = delete;
 
     [[nodiscard]] LockState look() const;
-    // Stale at two looks: a process may give a lock back between one glance and the next, what is stale stays so.
+    // Stale in two snapshots: a process may release a lock between them, a stale lock stays stale.
     [[nodiscard]] bool isStale() const;
     // Adds one to the count, unless that makes it more than one.
     void giveBack() const;

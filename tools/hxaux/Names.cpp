@@ -11,7 +11,7 @@ const Names kOnOff = namesOf<int>({{0, "off"}, {1, "on"}});
 
 namespace {
 
-// Base 16 after "0x", else 10; a sign may stand in front.
+// Base 16 after "0x", else 10; a sign is allowed.
 std::optional<long long> integerIn(std::string_view digits)
 {
     const bool hexadecimal = digits.starts_with("0x") || digits.starts_with("0X");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Names of an enumeration's values, both ways. A value without a name is shown, and taken, as its number.
+// Maps an enumeration's values to names and back. A value without a name is printed and parsed as its number.
 #ifndef HXAUX_NAMES_H
 #define HXAUX_NAMES_H
 
@@ -42,10 +42,10 @@ Names namesOf(std::initializer_list<std::pair<Value, std::string_view>> rows)
     return Names(std::move(all));
 }
 
-// Of two-state settings, wherever they occur.
+// For all two-state settings.
 extern const Names kOnOff;
 
-// A whole text as a number; nothing when anything else stands in it.
+// Parses a whole text as a number; nothing when it contains anything else.
 std::optional<long long> toInteger(std::string_view text);
 std::optional<double> toReal(std::string_view text);
 

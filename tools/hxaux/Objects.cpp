@@ -8,7 +8,7 @@ namespace hxaux {
 
 namespace {
 
-// How many of the words are the verb's name; nothing of it is not the same as "no name needed".
+// How many of the words are the verb's name; no match differs from an empty name.
 std::optional<std::size_t> wordsOfVerb(const Verb& verb, const std::vector<std::string>& words)
 {
     std::size_t used = 0;

@@ -20,7 +20,7 @@ namespace objects {
 const std::vector<const Object*>& allObjects(); // sorted by name
 const Object* findObject(std::string_view name);
 
-// The verb with the longest name that the words begin with, and how many words that is; null when there is none.
+// The verb with the longest name that the words begin with, and the number of its words; null when none matches.
 std::pair<const Verb*, std::size_t> findVerb(const Object& object, const std::vector<std::string>& words);
 
 // "backlight set", "version": how a verb is called, without its values.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// How far a long job is: a bar on a terminal, otherwise one report per change.
+// Progress of a long job: a bar on a terminal, otherwise one report per change.
 #ifndef HXAUX_PROGRESS_H
 #define HXAUX_PROGRESS_H
 
@@ -14,7 +14,7 @@ class Progress {
 public:
     explicit Progress(Call& call) : call_(call) {}
 
-    // To be called as often as something may have changed. The extra text stands behind the bar.
+    // Call after every possible change. The extra text follows the bar.
     void update(const std::string& phase, int percent, const std::string& extra = "");
     void end() { call_.screen().endPassingLine(); }
 
@@ -25,9 +25,9 @@ private:
     std::chrono::steady_clock::time_point began_;
 };
 
-// "[######------]  50 %": pure, so that it can be looked at in a test.
+// "[######------]  50 %": pure, so that it can be tested.
 std::string progressBar(int percent, int width);
-// "1:05 left", or nothing when too little is known.
+// "1:05 left", or nothing when it cannot be estimated.
 std::string timeLeft(int percent, std::chrono::milliseconds elapsed);
 
 } // namespace hxaux

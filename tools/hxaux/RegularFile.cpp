@@ -22,7 +22,7 @@ std::string readAll(int file, std::string& text)
     if (S_ISDIR(status.st_mode))
         return std::strerror(EISDIR);
     if (!S_ISREG(status.st_mode))
-        return "it is not a regular file";
+        return "not a regular file";
     std::array<char, 65536> piece{};
     for (;;) {
         const ssize_t got = ::read(file, piece.data(), piece.size());
@@ -40,7 +40,8 @@ std::string readAll(int file, std::string& text)
 
 std::string readRegularFile(const std::string& name, std::string& text)
 {
-    const int file = ::open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); // a FIFO would wait for its writer
+    const int file =
+        ::open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); // opening a FIFO would block until a writer opens it
     if (file < 0)
         return std::strerror(errno);
     std::string problem = readAll(file, text);

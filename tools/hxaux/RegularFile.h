@@ -6,8 +6,8 @@
 
 namespace hxaux {
 
-// Appends a file's contents to a text. Gives the reason why it could not, or nothing: FIFOs, devices and folders are
-// refused, and so is a file of more than 64 MiB; neither must keep the tool waiting or fill the memory.
+// Appends a file's contents to a text. Returns the reason for a failure, or nothing. FIFOs, devices, directories and
+// files above 64 MiB are refused: they must neither block the tool nor exhaust memory.
 std::string readRegularFile(const std::string& name, std::string& text);
 
 } // namespace hxaux

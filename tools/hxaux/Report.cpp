@@ -41,6 +41,7 @@ Json jsonOf(const Value& value)
         Json operator()(bool flag) const { return flag; }
         Json operator()(long long number) const { return number; }
         Json operator()(const Real& real) const { return rounded(real); }
+        Json operator()(const Coded& coded) const { return {{"code", coded.code}, {"text", coded.name}}; }
         Json operator()(const std::string& text) const { return text; }
         Json operator()(const Value::List& list) const
         {
@@ -79,8 +80,8 @@ Json jsonOf(const Problem& problem)
     return object;
 }
 
-// The control characters that JSON allows within a text, DEL and C1, as escapes: a terminal must not obey them. In
-// UTF-8 the bytes C2 80 to C2 9F are C1 and nothing else.
+// Escapes the control characters that JSON allows in a text, DEL and C1: a terminal must not interpret them. In UTF-8
+// C2 80 to C2 9F are exactly C1.
 std::string withoutControls(const std::string& json)
 {
     std::string safe;
@@ -98,8 +99,8 @@ std::string withoutControls(const std::string& json)
     return safe;
 }
 
-// When everything failed for one reason, the reason is said once.
-std::vector<Problem> worthSaying(const Report& report)
+// When everything failed for one reason, the reason is reported once.
+std::vector<Problem> withoutRepetition(const Report& report)
 {
     const auto& all = report.problems;
     const auto likeFirst = [&](const Problem& each) { return each.code == all[0].code && each.text == all[0].text; };
@@ -123,7 +124,7 @@ std::string asJson(const Report& report)
                         {"units", unitsOf(report.result)},
                         {"notes", report.notes},
                         {"errors", problems}};
-    // Bytes that are not UTF-8 come from EEPROMs and files; they must not keep the document from being one.
+    // EEPROMs and files can contain invalid UTF-8, which must not make the document invalid.
     return withoutControls(whole.dump(-1, ' ', false, Json::error_handler_t::replace)) + "\n";
 }
 
@@ -147,7 +148,7 @@ std::string problemLines(const Report& report)
 {
     const std::string where = report.object + (report.verb.empty() ? "" : " " + report.verb) + ": ";
     std::string lines;
-    for (const Problem& problem : worthSaying(report)) {
+    for (const Problem& problem : withoutRepetition(report)) {
         lines +=
             (report.object.empty() ? "hxaux: " : where) + (problem.item.empty() ? "" : printable(problem.item) + ": ");
         lines += printable(problem.text) + (problem.code < 0 ? "" : " (" + std::to_string(problem.code) + ")") + "\n";

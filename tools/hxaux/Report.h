@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What one run of a verb has to say, and its two printed forms.
+// The report of one run of a verb, and its two output formats.
 #ifndef HXAUX_REPORT_H
 #define HXAUX_REPORT_H
 
@@ -12,8 +12,8 @@
 namespace hxaux {
 
 struct Problem {
-    std::string item; // what could not be read or done; empty when it is the verb as a whole
-    int code = -1;    // the unit's error code, or -1 when the tool itself found it
+    std::string item; // what failed; empty when the verb failed as a whole
+    int code = -1;    // the unit's error code, or -1 when the tool itself detected it
     std::string text;
 };
 
@@ -26,10 +26,10 @@ struct Report {
     std::vector<Problem> problems;
 };
 
-// The version of the JSON form; it grows when a reader of the older form could misread the newer one.
-constexpr int kJsonFormat = 1;
+// The version of the JSON format; it grows when a reader of the older format could misread the newer one.
+constexpr int kJsonFormat = 2;
 
-// One line, ended by a line break. The form is described in docs/json.md.
+// One line, ended by a line break. docs/json.md describes the format.
 std::string asJson(const Report& report);
 
 // Lines "name: value unit"; a list that is the only result is one line per element.

@@ -33,7 +33,7 @@ void Screen::show(const Report& report)
     }
     const std::string text = asText(report);
     if (redraw_ && drawnLines_ > 0)
-        std::printf("\x1b[%zuA\x1b[J", drawnLines_); // up to the picture's first line, and clear below
+        std::printf("\x1b[%zuA\x1b[J", drawnLines_); // up to the first line of the screen, and clear below
     put(text, stdout);
     std::fflush(stdout);
     drawnLines_ = static_cast<std::size_t>(std::ranges::count(text, '\n'));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Where results go: lines, JSON, or a picture that is redrawn in place on a terminal.
+// The output of results: lines, JSON, or a screen that is redrawn in place on a terminal.
 #ifndef HXAUX_SCREEN_H
 #define HXAUX_SCREEN_H
 
@@ -19,17 +19,17 @@ public:
     Screen& operator=(const Screen&) = delete;
 
     [[nodiscard]] Form form() const { return form_; }
-    // A person looks at the output, and wants text.
+    // The output is a terminal, and text is wanted.
     [[nodiscard]] bool onTerminal() const { return terminal_; }
 
-    // From here on a report takes the place of the one before it, if a person looks.
+    // From here on each report replaces the previous one on a terminal.
     void redrawInPlace() { redraw_ = terminal_; }
     void show(const Report& report);
-    // A line that the next one replaces, for bars; nothing unless a person looks.
+    // A line that the next one replaces, for progress bars; prints nothing unless interactive.
     void passingLine(const std::string& line);
     void endPassingLine();
 
-    // False when standard output could not take everything.
+    // False when standard output could not be written completely.
     [[nodiscard]] static bool flushed();
 
 private:

@@ -19,9 +19,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The one place of the serving process on this unit. The lock lies on the settings file that the automatic backlight
-// works with, so it belongs to the unit and not to the machine, and it is gone with the process however that ends. The
-// library locks the file's contents in another way; the two do not meet.
+// Ensures that one process of the unit serves. The lock is on the settings file of the automatic backlight, so it
+// belongs to the unit and not to the machine, and the kernel releases it when the process ends. The library locks the
+// file's contents in another way; the two locks are independent.
 class ServingPlace {
 public:
     explicit ServingPlace(Call& call)
@@ -32,7 +32,7 @@ public:
             call.fail(Exit::File, "the settings file /opt/etc/hxaux.ini cannot be opened");
         if (::flock(file_, LOCK_EX | LOCK_NB) != 0) {
             ::close(file_);
-            call.fail(Exit::Busy, "another process serves the automatic backlight of this unit");
+            call.fail(Exit::Busy, "another process already serves the automatic backlight of this unit");
         }
     }
     ~ServingPlace() { ::close(file_); }
@@ -43,7 +43,7 @@ private:
     int file_;
 };
 
-// Whether somebody averages the light sensor. The library tells it where the range is set, so it is set to what it is.
+// Whether a program averages the light sensor. Only setting the range reports it, so the range is set to its own value.
 bool isAveraging(Halvix::Lightsensor& sensor)
 {
     auto range = Halvix::RangeStandard;
@@ -62,13 +62,13 @@ bool becomesFree(Halvix::Lightsensor& sensor, const HeldSignals& signals)
     return false;
 }
 
-// Switches the automatic backlight off, so that its averaging ends, and leaves the settings as they were.
+// Switches the automatic backlight off, so that its averaging ends, and keeps the settings.
 void endInOrder(Call& call, Halvix::HXAuxPrivate& service, const HeldSignals& signals)
 {
     const Interface<Halvix::Backlight> backlight(GetBacklight());
     const Interface<Halvix::Lightsensor> sensor(GetLightsensor());
     unsigned char enabled = 0;
-    (void)backlight->getAutomaticBLStatus(&enabled); // unreadable reads as off, and nothing runs then
+    (void)backlight->getAutomaticBLStatus(&enabled); // an unreadable setting reads as off, and then nothing runs
     if (enabled == 0)
         return;
     bool freed = false;
@@ -77,24 +77,23 @@ void endInOrder(Call& call, Halvix::HXAuxPrivate& service, const HeldSignals& si
         freed = becomesFree(*sensor, signals);
         // Stored without a notice: the controller of this process must not start again.
         call.check(service.setFileSetting("ABL_status", "1"));
-        freed = freed && !isAveraging(*sensor); // a notice of another program may have come in between
+        freed = freed && !isAveraging(*sensor); // another program may have notified it in between
     }
     if (!freed)
-        call.fail(Exit::Busy,
-                  "the averaging of the light sensor stays reserved; it is free after a restart of the unit");
+        call.fail(Exit::Busy, "the averaging of the light sensor stays reserved until the unit restarts");
 }
 
 } // namespace
 
 void serveBacklight(Call& call)
 {
-    const HeldSignals signals; // before any thread starts: none of them sees the signals
+    const HeldSignals signals; // before any thread starts, so that none of them receives the signals
     const ServingPlace place(call);
     const Interface<Halvix::HXAuxPrivate> service(GetHXAuxPrivate());
     {
         const Interface<Halvix::Lightsensor> sensor(GetLightsensor());
         if (isAveraging(*sensor))
-            call.note("another program averages the light sensor; the automatic backlight waits until it is free");
+            call.note("another program is averaging the light sensor; the automatic backlight waits until it stops");
     }
     call.check(service->automaticBacklightInit());
     call.note("serving the automatic backlight");
@@ -104,7 +103,7 @@ void serveBacklight(Call& call)
     try {
         endInOrder(call, *service, signals);
     } catch (const Stop&) {
-        call.show(); // the signal leaves no time for it later
+        call.show(); // the signal then ends the program at once
         throw;
     }
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The unit's service process of the automatic backlight.
+// The unit's service process for the automatic backlight.
 #ifndef HXAUX_SERVE_H
 #define HXAUX_SERVE_H
 
@@ -7,7 +7,7 @@ namespace hxaux {
 
 class Call;
 
-// Serves until INT, TERM or HUP, then ends in order.
+// Serves until INT, TERM or HUP, then stops cleanly.
 void serveBacklight(Call& call);
 
 } // namespace hxaux

@@ -22,7 +22,7 @@ using namespace std::chrono_literals;
 constexpr auto kLook = 100ms;
 constexpr int kLooksUntilStuck = 5;
 
-// Whether a thread of this program sleeps in the system call that semaphores wait with.
+// Whether a thread of this program waits for a semaphore.
 bool waitsForALock(pid_t thread)
 {
     std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/syscall");
@@ -35,7 +35,7 @@ bool waitsForALock(pid_t thread)
     return number == SYS_futex;
 }
 
-// A pending signal of a set, or nothing. All threads of the tool hold them back, so that they stay pending.
+// A pending signal of a set, or nothing. All threads of the tool block them, so that they stay pending.
 bool isPending(const sigset_t& set)
 {
     sigset_t pending;
@@ -85,7 +85,7 @@ HeldSignals::Hold::Hold() : holder_(static_cast<pid_t>(syscall(SYS_gettid)))
 {
     sigemptyset(&held_);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        if (!isIgnored(number)) // a blocked one would arrive all the same
+        if (!isIgnored(number)) // a blocked one would arrive anyway
             sigaddset(&held_, number);
     sigset_t blocked = held_;
     sigaddset(&blocked, SIGPIPE);
@@ -122,8 +122,8 @@ void HeldSignals::Hold::endWhenStuck()
         if (release_)
             std::exchange(release_, {})();
         if (!isStuck())
-            continue; // it has its lock meanwhile, and ends in order
-        std::fputs("hxaux: ended while waiting for a lock; 'hxaux locks' tells who has it\n", stderr);
+            continue; // it has acquired the lock meanwhile, and ends cleanly
+        std::fputs("hxaux: ended while waiting for a lock; 'hxaux locks' shows the holder\n", stderr);
         std::fflush(stdout);
         pthread_sigmask(SIG_UNBLOCK, &held_, nullptr); // the pending signal takes effect here
     }

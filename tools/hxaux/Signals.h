@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Signals that would end the tool at a moment when it must not end.
+// Defers signals while the tool must not end.
 #ifndef HXAUX_SIGNALS_H
 #define HXAUX_SIGNALS_H
 
@@ -12,25 +12,24 @@
 
 namespace hxaux {
 
-// Holds INT, TERM and HUP back while it lives: the library acquires named semaphores that nobody releases for a program
-// that died. What arrived meanwhile takes effect when the object ends. Threads started meanwhile never see them. A
-// reader of the output that goes away (PIPE) ends the program no earlier either. What the caller told the tool to
-// ignore stays ignored.
+// Defers INT, TERM and HUP during its lifetime: no other program releases the named semaphores that the library
+// acquires if this program dies. Signals received meanwhile take effect when the object ends. Threads started meanwhile
+// never receive them. PIPE is deferred too. Signals that the caller ignores stay ignored.
 //
 // A thread that only waits for a lock holds none yet, and may wait forever when the lock is stale: a signal ends the
-// program then, once it has waited half a second more. What it holds besides is released first: `beforeTheEnd`.
+// program then, after waiting half a second more. Other locks that it holds are released first: `beforeTheEnd`.
 //
-// Several may live at once, in the main thread; they need not end in the opposite order. The last one lets go.
+// Several may exist at once, in the main thread, and may end in any order. The last one restores the signals.
 class HeldSignals {
 public:
     HeldSignals();
 
-    // Takes a signal that was held back, waiting up to a time for it; nothing when none came. It has no effect then.
+    // Takes a deferred signal, waiting up to a time for it; nothing when none arrived. The signal then has no effect.
     [[nodiscard]] std::optional<int> take(std::chrono::milliseconds wait = {}) const;
-    // The same for a signal that still takes effect at the end: the program is to come to its end in order.
+    // The same, but the signal still takes effect at the end: the program ends cleanly first.
     [[nodiscard]] std::optional<int> await(std::chrono::milliseconds wait = {}) const;
-    // What another thread does before a signal ends a program that waits for a lock; an empty function: nothing more.
-    // When this returns the former one is not at work.
+    // Runs in another thread before a signal ends a program that waits for a lock; an empty function removes it.
+    // When this returns, the former function is not running.
     void beforeTheEnd(std::function<void()> release) const;
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What a run of the library publishes, change by change.
+// Collects the status changes that a run of the library publishes.
 #ifndef HXAUX_STATUSREADER_H
 #define HXAUX_STATUSREADER_H
 
@@ -13,17 +13,17 @@
 
 namespace hxaux {
 
-// Waits for the changes on a thread of its own: who only looks now and then misses some. Even so a change can be missed
-// when the next one follows at once; nothing but progress may depend on having seen one.
+// Waits for the changes on a thread of its own, because polling misses some. Even so a change can be missed when the
+// next one follows at once; only progress may depend on having seen one.
 class StatusReader {
 public:
-    // To be made before the run is started, so that a thread that cannot be had does not leave a run without a reader.
+    // Create it before the run is started, so that a failed thread creation does not leave a run without a reader.
     explicit StatusReader(Halvix::FirmwareUpgrade& upgrade);
     ~StatusReader();
     StatusReader(const StatusReader&) = delete;
     StatusReader& operator=(const StatusReader&) = delete;
 
-    // The run was started: it ends with a final change, which ends the reading.
+    // Call after the start: the run ends with a final change, which ends the reading.
     void begin();
 
     // The newest change of each action since the last call.

@@ -26,7 +26,7 @@ using std::chrono::steady_clock;
 
 constexpr milliseconds kLookEvery(10);
 
-// What is done to which target.
+// A task and its target.
 struct Job {
     UpgradeTask task;
     FirmwareTarget target;
@@ -55,21 +55,21 @@ void say(const std::string& text)
     std::fputs(("\n" + text + "\n").c_str(), stderr);
 }
 
-// The first signal is answered with an explanation, the second one ends the tool.
-class Insistence {
+// The first signal prints an explanation, the second one ends the tool.
+class InterruptGuard {
 public:
     void signalCame(int number, UpgradeTask task)
     {
         if (++count_ == 1)
             return say(task == UpgradeTask::Upgrade
-                           ? "An upgrade cannot be stopped without leaving the target without firmware. It goes on; "
-                             "a second signal ends it all the same."
-                           : "The target waits in its bootloader until the verification ends. It goes on; a second "
-                             "signal ends it all the same.");
-        say("Ended in the middle. The unit's upgrade lock is still taken and the service UART still routed to the "
-            "target.\n'hxaux locks reset HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS' releases the lock; then run the upgrade "
-            "again. "
-            "It\nsets the routing again, and a target without firmware is still reached through its bootloader.");
+                           ? "Interrupting now would leave the target without firmware, so the upgrade continues. "
+                             "Press Ctrl-C again to interrupt anyway."
+                           : "Interrupting now would leave the target in its bootloader, so the verification "
+                             "continues. Press Ctrl-C again to interrupt anyway.");
+        say(std::string("Interrupted. The upgrade lock is still held and the service UART is still routed to the "
+                        "target. Release the lock with 'hxaux locks reset HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS', then "
+                        "run the ") +
+            (task == UpgradeTask::Upgrade ? "upgrade" : "verification") + " again; it resets the routing.");
         sigset_t only;
         sigemptyset(&only);
         sigaddset(&only, number);
@@ -84,8 +84,8 @@ private:
 };
 
 // The final status comes a moment before the run releases the unit's lock, and a program must not end in between. A
-// start with a file that does not exist is refused with 11 as long as the lock is taken, and touches nothing after it.
-// Longer than this only another process's run can hold it.
+// start with a missing file is refused with 11 while the lock is held, and touches nothing afterwards. Only a run of
+// another process can hold the lock longer than this.
 void waitForTheLock(FirmwareUpgrade& upgrade, const HeldSignals& held)
 {
     constexpr char kNoFile[] = "";
@@ -94,7 +94,7 @@ void waitForTheLock(FirmwareUpgrade& upgrade, const HeldSignals& held)
         (void)held.take(kLookEvery);
 }
 
-// Shows how far a run is, with the rate of the transfer.
+// Shows the progress of a run, with the transfer rate.
 class ShownProgress {
 public:
     ShownProgress(Call& call, unsigned long imageSize) : progress_(call), imageSize_(imageSize) {}
@@ -120,12 +120,12 @@ private:
     steady_clock::time_point began_;
 };
 
-// One run to its end, in which the unit is free for the next one. Its failure ends the verb.
+// One run, until the unit is free for the next one. Its failure ends the verb.
 class Run {
 public:
     Run(Call& call, const Job& job, const HeldSignals& held) : call_(call), job_(job), held_(held) {}
 
-    // The percentage of the file that a verification was seen to have compared.
+    // The highest percentage of the file that a verification reported as compared.
     int of(const std::string& text, unsigned long imageSize)
     {
         const MemoryFile file(text);
@@ -145,12 +145,12 @@ private:
             call_.fail(statusOfStart(code), "", code);
         reader.begin();
         ShownProgress progress(call_, imageSize);
-        Insistence insistence;
+        InterruptGuard interrupts;
         while (!reader.result()) {
             for (const UpgradeStatus& status : reader.news())
                 progress.show(status);
             if (const auto number = held_.take(kLookEvery))
-                insistence.signalCame(*number, job_.task);
+                interrupts.signalCame(*number, job_.task);
         }
         for (const UpgradeStatus& status : reader.news())
             progress.show(status);
@@ -174,9 +174,8 @@ void failUnlessDone(Call& call, const Run& run)
         call.fail(run.cause().status, run.cause().phase ? phaseName(*run.cause().phase) : "", run.code());
 }
 
-// A microcontroller's flash that is smaller than the image is compared as far as it goes, with success. That the
-// comparison went to the end shows at a percentage of 100; when none was seen, the same file with another last byte
-// must be found to differ.
+// A microcontroller's flash that is smaller than the image is compared up to its end, with success. A percentage of 100
+// proves a complete comparison; without one, the same file with another last byte must differ.
 void verifyMicrocontroller(Call& call, const Job& job, const FirmwareCheck& check, const HeldSignals& held)
 {
     Run run(call, job, held);
@@ -259,7 +258,7 @@ Cause causeOf(UpgradeTask task, FirmwareTarget target, eErr code)
         return {UpgradeActionVerify, Exit::Refused};
     case ERR_VERIFY_FAILED:
         return {UpgradeActionVerify, Exit::Difference};
-    default: // the FPGA's driver refuses requests (7), or memory ends (32), in several phases
+    default: // the FPGA's driver refuses requests (7), or out of memory (32), in several phases
         return {std::nullopt, statusOf(code)};
     }
 }

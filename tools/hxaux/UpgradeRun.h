@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// One upgrade or verification, from its start to the moment in which the unit is free for the next one.
+// One upgrade or verification, from its start until the unit is free for the next one.
 #ifndef HXAUX_UPGRADERUN_H
 #define HXAUX_UPGRADERUN_H
 
@@ -19,7 +19,7 @@ enum class UpgradeTask { Upgrade, Verify };
 
 void runUpgrade(Call& call, UpgradeTask task, FirmwareTarget target, const std::string& file);
 
-// Why a run failed, as far as its error code tells: the file was checked, and cannot change any more, before it began.
+// Why a run failed, as far as its error code shows: the file was checked before the run and cannot change any more.
 struct Cause {
     std::optional<Halvix::UpgradeAction> phase; // none for a code that belongs to several
     Exit status = Exit::Done;
@@ -31,7 +31,7 @@ Exit statusOfStart(Halvix::eErr code);
 std::string withOtherLastByte(const FirmwareCheck& check);
 // "writing": what a bar is labelled with.
 std::string phaseName(Halvix::UpgradeAction action);
-// "12.3 KB/s", or nothing when too little is known.
+// "12.3 KB/s", or nothing when it cannot be estimated.
 std::string transferRate(unsigned long imageSize, int percent, std::chrono::milliseconds elapsed);
 
 } // namespace hxaux

@@ -49,6 +49,7 @@ Value::Value(Any any) : any_(std::move(any)) {}
 Value::Value(Absent) {}
 Value::Value(bool value) : any_(value) {}
 Value::Value(double value, int decimals) : any_(Real{value, decimals}) {}
+Value::Value(Coded value) : any_(std::move(value)) {}
 Value::Value(std::string value) : any_(std::move(value)) {}
 Value::Value(std::string_view value) : any_(std::string(value)) {}
 Value::Value(const char* value) : any_(std::string(value)) {}
@@ -62,6 +63,10 @@ std::string Value::text() const
         std::string operator()(bool value) const { return value ? "on" : "off"; }
         std::string operator()(long long value) const { return std::to_string(value); }
         std::string operator()(const Real& value) const { return decimals(value); }
+        std::string operator()(const Coded& value) const
+        {
+            return printable(value.name) + " (" + std::to_string(value.code) + ")";
+        }
         std::string operator()(const std::string& value) const { return printable(value); }
         std::string operator()(const List& value) const { return joined(value); }
         std::string operator()(const Record& value) const { return joined(value); }

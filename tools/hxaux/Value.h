@@ -14,19 +14,25 @@ namespace hxaux {
 
 struct Field;
 
-// A real number with the decimals that make sense for it; JSON gets the number rounded to them as well.
+// A real number with its significant decimals; JSON contains the number rounded to them as well.
 struct Real {
     double value;
     int decimals = 3;
 };
 
-struct Absent {}; // there is none: "absent" as text, null in JSON
+// A code of the unit with its name: "name (code)" as text, an object of code and text in JSON.
+struct Coded {
+    long long code;
+    std::string name;
+};
+
+struct Absent {}; // no value: "absent" as text, null in JSON
 
 class Value {
 public:
     using List = std::vector<Value>;
     using Record = std::vector<Field>;
-    using Any = std::variant<Absent, bool, long long, Real, std::string, List, Record>;
+    using Any = std::variant<Absent, bool, long long, Real, Coded, std::string, List, Record>;
 
     // Defined where Field is complete.
     Value();
@@ -41,6 +47,7 @@ public:
     template <std::integral Number>
     requires(!std::same_as<Number, bool>) Value(Number value) : Value(Any(static_cast<long long>(value))) {}
     Value(double value, int decimals = 3);
+    Value(Coded value);
     Value(std::string value);
     Value(std::string_view value);
     Value(const char* value);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What a row of the verb table holds. Parsing, help, completion and the manual page are made from these rows alone.
+// A row of the verb table. Parsing, help, completion and the manual page are generated from these rows alone.
 #ifndef HXAUX_VERB_H
 #define HXAUX_VERB_H
 
@@ -31,7 +31,7 @@ enum class Exit {
 enum class Kind { Flag, Integer, Real, Choice, Text, File };
 enum class Presence { Required, Optional, Repeated };
 
-// A value on the command line: positional, or an option when it stands among a verb's options.
+// A value on the command line: positional, or an option when it is one of a verb's options.
 struct Argument {
     std::string_view name;
     Kind kind = Kind::Text;
@@ -41,14 +41,14 @@ struct Argument {
     double most = std::numeric_limits<double>::max();
     const Names* names = nullptr; // of a Choice, and of an Integer that also has names
     Presence presence = Presence::Required;
-    std::vector<std::string> (*live)() = nullptr; // what it can be at this moment, for completion
+    std::vector<std::string> (*live)() = nullptr; // the possible values at this moment, for completion
 
     [[nodiscard]] Argument from(std::vector<std::string> (*current)()) const;
     [[nodiscard]] Argument optional() const;
-    [[nodiscard]] Argument repeated() const; // one or more values; stands last
+    [[nodiscard]] Argument repeated() const; // one or more values; always the last one
 };
 
-// What the rows are written with.
+// Builders for the rows.
 Argument flag(std::string_view name, std::string_view help);
 Argument integer(std::string_view name, double least, double most, std::string_view unit, std::string_view help);
 Argument real(std::string_view name, double least, double most, std::string_view unit, std::string_view help);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The four video channels as people write them: "1,3", "none", "all".
+// The four video channels in text form: "1,3", "none", "all".
 #ifndef HXAUX_VIDEO_CHANNELS_H
 #define HXAUX_VIDEO_CHANNELS_H
 

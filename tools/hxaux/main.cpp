@@ -6,8 +6,8 @@
 
 namespace {
 
-// The next file that is opened would take the place of a standard descriptor that the caller has closed, and results
-// would be written into a device. What is put there instead cannot be used in that direction.
+// The next file opened would get the number of a standard descriptor that the caller has closed, and results would be
+// written into a device. The placeholder opened here cannot be used in that direction.
 void occupyStandardDescriptors()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})

@@ -16,7 +16,7 @@ using hxtest::run;
 using hxtest::statusIs;
 using testing::AllOf;
 
-/// Beside the simulator's own folder lies one that must survive whatever is asked.
+/// A directory beside the simulator's own one must survive every command.
 class HostileUse : public UnitFixture {
 protected:
     HostileUse()
@@ -100,7 +100,7 @@ TEST_F(HostileUse, RemovesNoFolderThatItHasNotMade)
 
     EXPECT_TRUE(nothingIsLost());
     EXPECT_THAT(run("hx-sim start precious"), AllOf(statusIs(1), errorMatches("cannot make the folder .*/precious")));
-    EXPECT_THAT(run("hx-sim stop precious"), AllOf(statusIs(6), errorMatches("no unit named 'precious' runs")));
+    EXPECT_THAT(run("hx-sim stop precious"), AllOf(statusIs(6), errorMatches("no unit named 'precious' is running")));
 }
 
 TEST_F(HostileUse, FollowsNoLinkToAFolderThatItRemoves)
@@ -130,7 +130,7 @@ TEST_F(HostileUse, LeavesTheSimulatorsFolderOfAnotherPlaceAlone)
     EXPECT_TRUE(fs::exists(sentinel() + "/unit/made-by-hx-sim"));
 }
 
-/// What is given as a file and is none.
+/// Anything but a plain file in place of a file.
 TEST_F(HostileUse, RefusesWhatIsNotAFileWithoutWaiting)
 {
     const std::string fifo = sentinel() + "/fifo";
@@ -147,7 +147,7 @@ TEST_F(HostileUse, RefusesWhatIsNotAFileWithoutWaiting)
         run("printf '0 1\n1 2\n' >" + kept + "/p; hx-sim play light --plot " + fifo + ' ' + kept + "/p -- true"),
         AllOf(statusIs(1), errorMatches("is a FIFO, not a file\n$")));
     EXPECT_THAT(run("hx-sim run --keep " + sentinel() + "/file -- true"),
-                AllOf(statusIs(1), errorMatches("nothing can be kept in")));
+                AllOf(statusIs(1), errorMatches("cannot keep memories in")));
     EXPECT_TRUE(nothingIsLost());
     EXPECT_THAT(run("hx-sim list"), outputIs(""));
 }
@@ -262,8 +262,8 @@ constexpr Mistake kMistakes[] = {
     {"fail /dev/backlight open EOI", 1, "did you mean 'EIO'\\?"},
     {"fail /dev/backlight open EIO -1", 1, "-1 is outside 1 to 1000000"},
     {"unfail /dev/nope", 1, "nothing on the unit is called \"/dev/nope\""},
-    {"get --unit other light", 6, "no unit named 'other' runs"},
-    {"start only", 1, "'only' runs already"},
+    {"get --unit other light", 6, "no unit named 'other' is running"},
+    {"start only", 1, "'only' is already running"},
     {"run -- /nonexistent", 127, "cannot start /nonexistent"},
     {"run -- /tmp", 126, "cannot start /tmp"},
     {"run -- ''", 126, "cannot start"},

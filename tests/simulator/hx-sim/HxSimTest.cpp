@@ -63,7 +63,7 @@ TEST_F(HxSim, RefusesASecondUnitOfTheSameName)
 {
     run("hx-sim start unit");
 
-    EXPECT_THAT(run("hx-sim start unit"), AllOf(statusIs(1), errorMatches("'unit' runs already")));
+    EXPECT_THAT(run("hx-sim start unit"), AllOf(statusIs(1), errorMatches("'unit' is already running")));
 }
 
 TEST_F(HxSim, SetsAndShowsAPropertyWhileProgramsRun)
@@ -91,7 +91,7 @@ TEST_F(HxSim, NamesWhatItDoesNotKnow)
     EXPECT_THAT(run("hx-sim set"), statusIs(2));
 }
 
-TEST_F(HxSim, LetsCallsFailAndSucceedAgain)
+TEST_F(HxSim, InjectsFailuresAndClearsThem)
 {
     run("hx-sim start unit --set voltage.0.raw=1; hx-sim fail /dev/adc-id get EBUSY");
 
@@ -100,7 +100,7 @@ TEST_F(HxSim, LetsCallsFailAndSucceedAgain)
     EXPECT_THAT(run("hx-sim run --unit unit -- hx-probe get /dev/adc-id 0"), outputIs("1\n"));
 }
 
-TEST_F(HxSim, TakesADeviceAwayAndGivesItBack)
+TEST_F(HxSim, RemovesAndRestoresADevice)
 {
     run("hx-sim start unit --set voltage.0.raw=1; hx-sim remove /dev/adc-id");
 

@@ -71,7 +71,7 @@ TEST_F(ProgramCheck, NamesAProgramOfAnAbiWithoutItsPreloadLibrary)
 TEST_F(ProgramCheck, NamesAProgramThatGainsRights)
 {
     if (geteuid() != 0)
-        GTEST_SKIP() << "only root can give a file to somebody else";
+        GTEST_SKIP() << "only root can change the owner of a file";
     const std::string program = file("gains");
     run("cp $(command -v hx-static) " + program + " && chown nobody " + program + " && chmod u+s " + program);
 

@@ -37,7 +37,7 @@ TEST_F(HxSimShell, RunsProgramsOnItsUnit)
     EXPECT_THAT(shell("'set daemon.running off' 'run -- hx-sim get daemon.running'"), outputIs("off\n"));
 }
 
-TEST_F(HxSimShell, GoesOnAfterAnErrorAndTellsItsLine)
+TEST_F(HxSimShell, ContinuesAfterAnErrorAndReportsItsLine)
 {
     EXPECT_THAT(shell("'# a remark' '' 'get nothing' 'get light'"),
                 AllOf(outputMatches("^[0-9.]+\n$"), errorIs("hx-sim: line 3: the unit has no property 'nothing'\n")));
@@ -71,7 +71,7 @@ TEST_F(HxSimShell, Helps)
 TEST_F(HxSimShell, EndsWithItsUnit)
 {
     EXPECT_THAT(shell("stop 'get light'"), AllOf(outputIs(""), errorIs(""), statusIs(0)));
-    EXPECT_THAT(run("hx-sim shell </dev/null"), AllOf(errorMatches("no unit runs"), statusIs(6)));
+    EXPECT_THAT(run("hx-sim shell </dev/null"), AllOf(errorMatches("no unit is running"), statusIs(6)));
     EXPECT_THAT(run("hx-sim shell --unit other </dev/null"), AllOf(errorMatches("no unit named 'other'"), statusIs(6)));
 }
 

@@ -11,7 +11,7 @@
 
 #include "testing/Command.h"
 
-/// A place of its own for the units of a test, so that it meets no other test's. Whatever unit still runs is ended.
+/// A separate directory for the units of a test. The destructor stops units that are still running.
 class UnitFixture : public testing::Test {
 protected:
     UnitFixture()
@@ -24,7 +24,7 @@ protected:
     {
         hxtest::run("for unit in $(hx-sim list); do hx-sim stop $unit; done");
         std::error_code ignored;
-        while (std::filesystem::exists(place_, ignored)) // a unit that ends removes its part at the same time
+        while (std::filesystem::exists(place_, ignored)) // a stopping unit removes its files at the same time
             std::filesystem::remove_all(place_, ignored);
     }
 

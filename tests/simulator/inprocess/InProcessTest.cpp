@@ -62,7 +62,7 @@ TEST(InProcessBackend, LeavesErrnoAloneOnSuccess)
     EXPECT_EQ(errno, EXDEV);
 }
 
-TEST(InProcessBackend, HasNoDeviceThatTheDescriptionTookAway)
+TEST(InProcessBackend, HasNoDeviceThatTheDescriptionRemoves)
 {
     SimulatedUnit unit{"absent = /dev/dig-io"};
 
@@ -71,7 +71,7 @@ TEST(InProcessBackend, HasNoDeviceThatTheDescriptionTookAway)
     EXPECT_EQ(errno, ENOENT);
 }
 
-TEST(InProcessBackend, FailsTheCallsThatItWasAskedToFail)
+TEST(InProcessBackend, InjectsFailures)
 {
     SimulatedUnit unit;
     unit.fail("/dev/adc-id", "get 2", EBUSY, 1, 1);
@@ -119,7 +119,7 @@ TEST(InProcessBackend, KeepsTheSettingsFileInTheUnitsFolder)
     EXPECT_THAT(unit.callsTo("/opt/etc/hxaux.ini"), Contains("fopen w"));
 }
 
-TEST(InProcessBackend, LetsASleepTakeNoTimeButTheUnits)
+TEST(InProcessBackend, SleepsInTheUnitsTimeOnly)
 {
     SimulatedUnit unit;
     const auto begun = std::chrono::steady_clock::now();
@@ -153,7 +153,7 @@ TEST(InProcessBackend, WakesThreadsInTheOrderOfTheirDeadlines)
     EXPECT_EQ(unit.now(), 30);
 }
 
-TEST(InProcessBackend, LetsTheTestSeeEverythingThatIsDueUntilThen)
+TEST(InProcessBackend, RunsEverythingThatIsDueBeforeATestsWaitEnds)
 {
     SimulatedUnit unit;
     std::atomic<int> rounds{0};
@@ -233,7 +233,7 @@ TEST(InProcessBackend, StopsThreadsThatATestLeavesBehind)
     EXPECT_LE(rounds, before + 1);
 }
 
-TEST(InProcessBackendDeathTest, SaysWhoWaitsWhenNobodyCanGoOn)
+TEST(InProcessBackendDeathTest, ListsTheWaitingThreadsOnADeadlock)
 {
     EXPECT_DEATH(
         {
@@ -243,7 +243,7 @@ TEST(InProcessBackendDeathTest, SaysWhoWaitsWhenNobodyCanGoOn)
         "every thread of the program waits.*\n.*semaphore /HXAUX_TEST");
 }
 
-TEST(InProcessBackendDeathTest, GuardsTheMachineWhenThereIsNoUnit)
+TEST(InProcessBackendDeathTest, ProtectsTheMachineWithoutAUnit)
 {
     EXPECT_DEATH(sem_open("/HXAUX_TEST", O_CREAT, 0777, 0), "outside any simulated unit");
     EXPECT_DEATH(std::ofstream{"/opt/etc/hxaux.ini"}, "outside any simulated unit");
@@ -264,7 +264,7 @@ TEST(InProcessBackend, CountsADuplicateAsTheSameOpenFile)
     EXPECT_THAT(unit.callsTo("/dev/dig-io"), ElementsAre("open rdwr", "0x80010051 -> 00", "close"));
 }
 
-TEST(InProcessBackend, PassesOverWhatIsNotTheUnits)
+TEST(InProcessBackend, IgnoresPathsOutsideTheUnit)
 {
     SimulatedUnit unit;
     char byte = 0;

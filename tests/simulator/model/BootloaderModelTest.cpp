@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The microcontrollers' ROM bootloader as the simulated unit has it, asked over the unit's serial node.
+// The ROM bootloader of the simulated microcontrollers, accessed over the unit's serial node.
 #include <array>
 #include <cerrno>
 
@@ -192,7 +192,7 @@ TEST(BootloaderModel, StartsAProgramAndIsGoneThen)
     EXPECT_THAT(line.ask({0x00, 0xFF}), IsEmpty());
 }
 
-TEST(BootloaderModel, ProtectsSectorsFromWritingUntilItIsTold)
+TEST(BootloaderModel, ProtectsSectorsFromWritingUntilTheProtectionIsRemoved)
 {
     Line line;
     line.ask({0x7F});
@@ -377,7 +377,7 @@ TEST(KilledUpgrade, IsLikeOneInWhichABlockWasRefused)
     EXPECT_EQ(line.unit.properties().get("ss.state"), "no firmware");
 }
 
-TEST(SupplyOff, TakesThePowerOfBothMicrocontrollersAndGivesItBack)
+TEST(SupplyOff, RemovesAndRestoresThePowerOfBothMicrocontrollers)
 {
     Unit unit;
     unit.actions().run("supply", {"off"});
@@ -405,7 +405,7 @@ TEST(SupplyOff, ForgetsWhatNoMemoryHolds)
     EXPECT_EQ(unit.properties().get("telematics.gsm"), "off");
 }
 
-/// The FPGA's flash and who else takes part in writing it.
+/// The FPGA's flash and the other parts that take part in writing it.
 class Fpga {
 public:
     int write(std::uint32_t position, std::uint32_t length, std::uint8_t value)

@@ -132,7 +132,7 @@ TEST(VideoInputs, RefuseChannelsAndCroppingThatDoNotExist)
     EXPECT_EQ(unit.properties().get("video.1.cropping"), "127 127 127 127");
 }
 
-TEST(VideoInputs, TellTheStandardInTheDecodersRegister)
+TEST(VideoInputs, ReportTheStandardInTheDecodersRegister)
 {
     Unit unit;
     unit.describe("video.1.standard = secam");

@@ -67,7 +67,7 @@ TEST(SimulatedI2c, FollowsTheBussClock)
     EXPECT_EQ(board.bus.transfer(0xA0, Bytes{0, 0, 1}, {}).end, (4 * 9 + 2) * 2500ns);
 }
 
-TEST(SimulatedI2c, LetsATransferWaitForTheOneBefore)
+TEST(SimulatedI2c, DelaysATransferUntilThePreviousOneEnds)
 {
     Board board;
     const Time first = board.bus.transfer(0xA0, Bytes{0, 0}, {}).end;
@@ -75,7 +75,7 @@ TEST(SimulatedI2c, LetsATransferWaitForTheOneBefore)
     EXPECT_EQ(board.bus.transfer(0xA0, Bytes{0, 0}, {}).end, 2 * first);
 }
 
-TEST(SimulatedI2c, EndsAfterTheAddressWhenNobodyAnswers)
+TEST(SimulatedI2c, EndsAfterTheAddressWithoutAnAcknowledgement)
 {
     Board board;
     const I2cBus::Transfer transfer = board.bus.transfer(0x50, Bytes{0, 0, 1}, {});
@@ -127,7 +127,7 @@ TEST(SimulatedEeprom, AnswersAtOnceAfterAnOffsetAlone)
     EXPECT_TRUE(board.write(0x20, {}));
 }
 
-TEST(SimulatedEeprom, GoesOnReadingWhereItStopped)
+TEST(SimulatedEeprom, ContinuesReadingWhereItStopped)
 {
     Board board;
     std::iota(board.memory.bytes.begin(), board.memory.bytes.end(), std::uint8_t{0});
@@ -186,7 +186,7 @@ TEST(SimulatedProductionText, ForgetsALine)
     EXPECT_EQ(mainText("eeprom.main.text = A:1\\r\\nB:2\\r\\n\ndo = forget main A"), "B:2\r\n");
 }
 
-TEST(SimulatedProductionText, RefusesToForgetWhatIsNotThere)
+TEST(SimulatedProductionText, RefusesToForgetAMissingLine)
 {
     EXPECT_THROW(mainText("do = forget main NOTHING"), BadText);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The simulated light sensor by itself: how long a change of range takes, and how the noise is distributed.
+// The simulated light sensor: the duration of a range change, and the distribution of the noise.
 #include "simulator/model/LightSensor.h"
 
 #include <array>
@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-struct World {
+struct Fixture {
     Unit unit;
     LightSensor& sensor = unit.get<LightSensor>();
 
@@ -58,30 +58,30 @@ struct World {
 
 TEST(LightSensorModel, HasNoCompleteReadingUntilTheTimeOfARangeChangeIsOver)
 {
-    World world;
-    world.unit.describe("light.conversion = 800");
+    Fixture fixture;
+    fixture.unit.describe("light.conversion = 800");
 
-    world.setRange(1);
-    EXPECT_FALSE(world.isComplete());
-    world.pass(799ms);
-    EXPECT_FALSE(world.isComplete());
-    world.pass(1ms);
-    EXPECT_TRUE(world.isComplete());
+    fixture.setRange(1);
+    EXPECT_FALSE(fixture.isComplete());
+    fixture.pass(799ms);
+    EXPECT_FALSE(fixture.isComplete());
+    fixture.pass(1ms);
+    EXPECT_TRUE(fixture.isComplete());
 
-    world.setRange(1); // no change
-    EXPECT_TRUE(world.isComplete());
-    world.setRange(0);
-    EXPECT_FALSE(world.isComplete());
+    fixture.setRange(1); // no change
+    EXPECT_TRUE(fixture.isComplete());
+    fixture.setRange(0);
+    EXPECT_FALSE(fixture.isComplete());
 }
 
 TEST(LightSensorModel, ReadsTheLightInTheMeanWhateverTheNoise)
 {
-    World world;
-    world.unit.describe("light = 1000\nlight.infrared = 0");
-    const double quiet = world.readings(1).first;
+    Fixture fixture;
+    fixture.unit.describe("light = 1000\nlight.infrared = 0");
+    const double quiet = fixture.readings(1).first;
 
-    world.unit.describe("light.noise = 20");
-    const auto [mean, deviation] = world.readings(5000);
+    fixture.unit.describe("light.noise = 20");
+    const auto [mean, deviation] = fixture.readings(5000);
 
     EXPECT_NEAR(mean, quiet, quiet * 0.04); // a step of the converter is 3 to 6 percent
     EXPECT_NEAR(deviation, quiet * 0.2, quiet * 0.02);
@@ -89,12 +89,12 @@ TEST(LightSensorModel, ReadsTheLightInTheMeanWhateverTheNoise)
 
 TEST(LightSensorModel, RepeatsItsNoiseFromASeed)
 {
-    World world;
-    world.unit.describe("light = 1000\nlight.noise = 20\nlight.seed = 7");
-    const auto first = world.readings(50);
+    Fixture fixture;
+    fixture.unit.describe("light = 1000\nlight.noise = 20\nlight.seed = 7");
+    const auto first = fixture.readings(50);
 
-    world.unit.describe("light.seed = 7");
-    EXPECT_EQ(world.readings(50), first);
-    world.unit.describe("light.seed = 8");
-    EXPECT_NE(world.readings(50), first);
+    fixture.unit.describe("light.seed = 7");
+    EXPECT_EQ(fixture.readings(50), first);
+    fixture.unit.describe("light.seed = 8");
+    EXPECT_NE(fixture.readings(50), first);
 }

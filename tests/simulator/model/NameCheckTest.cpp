@@ -11,7 +11,7 @@ using testing::Eq;
 
 namespace {
 
-/// What the unit has against a line of a description, or nothing.
+/// The unit's error for a line of a description, or nothing.
 std::string refusalOf(const std::string& line)
 {
     Unit unit;
@@ -53,7 +53,7 @@ constexpr Case kCases[] = {
     {"fail = /dev/adc-id get 3 X9", "there is no errno 'X9'"},
     {"fail = /dev/adc-id get 3 E4096", "4096 is outside 1 to 4095"},
     {"fail = /dev/adc-id get 3 EIO 0", "0 is outside 1 to 1000000"},
-    {"fail = /dev/adc-id get 3 EIO 1 1", "'1' is too much: NODE CALL [ERRNO] [COUNT]"},
+    {"fail = /dev/adc-id get 3 EIO 1 1", "too many arguments: '1'; a fault is written as: NODE CALL [ERRNO] [COUNT]"},
     {"fail = /dev/adc-id", "a fault is written as: NODE CALL [ERRNO] [COUNT]"},
     {"fail = * oepn", "no call \"oepn\" on * can fail; did you mean 'open'?"},
     {"fail = thread strt", "no call \"strt\" on thread can fail; did you mean 'start'?"},

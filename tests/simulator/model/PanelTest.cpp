@@ -34,7 +34,7 @@ TEST(FrontLedModel, PulsesAndRests)
     EXPECT_EQ(patternOf("10 20 40 2"), "*..*......*..*......");
 }
 
-TEST(FrontLedModel, PulsesForEverWithoutANumber)
+TEST(FrontLedModel, PulsesForeverWithoutANumber)
 {
     EXPECT_EQ(patternOf("10 10 40 0"), "*.*.*.*.*.*.*.*.*.*.");
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The simulated supervisor by itself: what it refuses, how power requests run in model time, what it counts.
+// The simulated supervisor: refused values, power requests in model time, counters.
 #include "simulator/model/Supervisor.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-struct World {
+struct Fixture {
     Unit unit;
     Supervisor& supervisor = unit.get<Supervisor>();
 
@@ -22,8 +22,8 @@ struct World {
 
 TEST(SupervisorModel, RefusesSettingsThatTheFirmwareDoesNotKnow)
 {
-    World world;
-    SupervisorRegisters& settings = world.supervisor.configuration;
+    Fixture fixture;
+    SupervisorRegisters& settings = fixture.supervisor.configuration;
 
     EXPECT_LT(settings.write(16, 3), 0);
     EXPECT_LT(settings.write(19, 0), 0);
@@ -37,133 +37,133 @@ TEST(SupervisorModel, RefusesSettingsThatTheFirmwareDoesNotKnow)
 
 TEST(SupervisorModel, KeepsAnyMaskBitOfALoadAsOn)
 {
-    World world;
+    Fixture fixture;
 
-    EXPECT_EQ(world.supervisor.power.write(7, 8), 0);
+    EXPECT_EQ(fixture.supervisor.power.write(7, 8), 0);
 
-    EXPECT_EQ(world.supervisor.power.read(7), 1);
+    EXPECT_EQ(fixture.supervisor.power.read(7), 1);
 }
 
-TEST(SupervisorModel, LetsNothingMeasuredBeWritten)
+TEST(SupervisorModel, RefusesWritesToMeasuredValues)
 {
-    World world;
+    Fixture fixture;
 
     for (const int number : {0, 3, 12, 24})
-        EXPECT_LT(world.supervisor.diagnostics.write(std::uint8_t(number), 7), 0) << number;
-    EXPECT_EQ(world.supervisor.diagnostics.write(32, 7), 0); // free registers begin here
+        EXPECT_LT(fixture.supervisor.diagnostics.write(std::uint8_t(number), 7), 0) << number;
+    EXPECT_EQ(fixture.supervisor.diagnostics.write(32, 7), 0); // free registers begin here
 }
 
 TEST(SupervisorModel, ClearsItsErrorByAOneOnly)
 {
-    World world;
-    world.unit.properties().set("diagnostics.error", "16");
+    Fixture fixture;
+    fixture.unit.properties().set("diagnostics.error", "16");
 
-    EXPECT_LT(world.supervisor.diagnostics.write(25, 2), 0);
-    EXPECT_EQ(world.supervisor.diagnostics.read(4), 16);
-    EXPECT_EQ(world.supervisor.diagnostics.write(25, 1), 0);
-    EXPECT_EQ(world.supervisor.diagnostics.read(4), 0);
+    EXPECT_LT(fixture.supervisor.diagnostics.write(25, 2), 0);
+    EXPECT_EQ(fixture.supervisor.diagnostics.read(4), 16);
+    EXPECT_EQ(fixture.supervisor.diagnostics.write(25, 1), 0);
+    EXPECT_EQ(fixture.supervisor.diagnostics.read(4), 0);
 }
 
-TEST(SupervisorModel, AsksForAShortPressWhenTheButtonIsReleased)
+TEST(SupervisorModel, RequestsAShortPressWhenTheButtonIsReleased)
 {
-    World world;
-    world.unit.actions().run("press", {"front"});
+    Fixture fixture;
+    fixture.unit.actions().run("press", {"front"});
 
-    world.pass(199ms);
-    EXPECT_EQ(world.transition(), 0);
-    world.pass(2ms);
-    EXPECT_EQ(world.transition(), 1); // short, suspend
+    fixture.pass(199ms);
+    EXPECT_EQ(fixture.transition(), 0);
+    fixture.pass(2ms);
+    EXPECT_EQ(fixture.transition(), 1); // short, suspend
 }
 
-TEST(SupervisorModel, AsksForALongPressAtItsTime)
+TEST(SupervisorModel, RequestsALongPressAtItsTime)
 {
-    World world;
-    world.unit.actions().run("press", {"front", "long"});
+    Fixture fixture;
+    fixture.unit.actions().run("press", {"front", "long"});
 
-    world.pass(1999ms);
-    EXPECT_EQ(world.transition(), 0);
-    world.pass(2ms);
-    EXPECT_EQ(world.transition(), 4); // long, shut down
+    fixture.pass(1999ms);
+    EXPECT_EQ(fixture.transition(), 0);
+    fixture.pass(2ms);
+    EXPECT_EQ(fixture.transition(), 4); // long, shut down
 }
 
 TEST(SupervisorModel, DoesNothingForAPressWithoutAction)
 {
-    World world;
-    world.unit.properties().set("config.short-press", "0");
+    Fixture fixture;
+    fixture.unit.properties().set("config.short-press", "0");
 
-    world.unit.actions().run("press", {"front"});
-    world.pass(2min);
+    fixture.unit.actions().run("press", {"front"});
+    fixture.pass(2min);
 
-    EXPECT_EQ(world.state(), "running");
-    EXPECT_EQ(world.transition(), 0);
+    EXPECT_EQ(fixture.state(), "running");
+    EXPECT_EQ(fixture.transition(), 0);
 }
 
-TEST(SupervisorModel, CarriesOutARequestTwoSecondsAfterItsAcknowledgement)
+TEST(SupervisorModel, ExecutesARequestTwoSecondsAfterItsAcknowledgement)
 {
-    World world;
-    world.unit.actions().run("press", {"front", "long"});
-    world.pass(10s);
+    Fixture fixture;
+    fixture.unit.actions().run("press", {"front", "long"});
+    fixture.pass(10s);
 
-    EXPECT_EQ(world.supervisor.power.write(4, 0), 0);
-    world.pass(1999ms);
-    EXPECT_EQ(world.state(), "running");
-    world.pass(2ms);
+    EXPECT_EQ(fixture.supervisor.power.write(4, 0), 0);
+    fixture.pass(1999ms);
+    EXPECT_EQ(fixture.state(), "running");
+    fixture.pass(2ms);
 
-    EXPECT_EQ(world.state(), "off");
-    EXPECT_EQ(world.supervisor.power.read(1), 0); // CAN
-    EXPECT_EQ(world.supervisor.diagnostics.read(3), 0x55);
+    EXPECT_EQ(fixture.state(), "off");
+    EXPECT_EQ(fixture.supervisor.power.read(1), 0); // CAN
+    EXPECT_EQ(fixture.supervisor.diagnostics.read(3), 0x55);
 }
 
-TEST(SupervisorModel, CarriesOutARequestThatNobodyAcknowledgesAfterAMinute)
+TEST(SupervisorModel, ExecutesAnUnacknowledgedRequestAfterAMinute)
 {
-    World world;
-    world.unit.actions().run("signal", {});
+    Fixture fixture;
+    fixture.unit.actions().run("signal", {});
 
-    world.pass(500ms + 59999ms);
-    EXPECT_EQ(world.transition(), 6); // signal, shut down
-    world.pass(1ms);
+    fixture.pass(500ms + 59999ms);
+    EXPECT_EQ(fixture.transition(), 6); // signal, shut down
+    fixture.pass(1ms);
 
-    EXPECT_EQ(world.state(), "off");
-    EXPECT_EQ(world.supervisor.diagnostics.read(3), 0xAA);
+    EXPECT_EQ(fixture.state(), "off");
+    EXPECT_EQ(fixture.supervisor.diagnostics.read(3), 0xAA);
 }
 
 TEST(SupervisorModel, IgnoresASignalThatIsTooShort)
 {
-    World world;
+    Fixture fixture;
 
-    world.unit.actions().run("signal", {"499"});
-    world.pass(10s);
+    fixture.unit.actions().run("signal", {"499"});
+    fixture.pass(10s);
 
-    EXPECT_EQ(world.transition(), 0);
+    EXPECT_EQ(fixture.transition(), 0);
 }
 
 TEST(SupervisorModel, WakesASuspendedUnitByTheButton)
 {
-    World world;
-    world.unit.actions().run("press", {"front"});
-    world.pass(2min);
-    EXPECT_EQ(world.state(), "suspended");
+    Fixture fixture;
+    fixture.unit.actions().run("press", {"front"});
+    fixture.pass(2min);
+    EXPECT_EQ(fixture.state(), "suspended");
 
-    world.unit.actions().run("press", {"front"});
+    fixture.unit.actions().run("press", {"front"});
 
-    EXPECT_EQ(world.state(), "running");
-    EXPECT_EQ(world.supervisor.power.read(1), 1);
+    EXPECT_EQ(fixture.state(), "running");
+    EXPECT_EQ(fixture.supervisor.power.read(1), 1);
 }
 
 TEST(SupervisorModel, SwitchesASuspendedUnitOffAfterItsTime)
 {
-    World world;
-    world.unit.properties().set("config.suspend-time", "10");
-    world.unit.actions().run("press", {"front"});
-    world.pass(62s);
-    EXPECT_EQ(world.state(), "suspended");
+    Fixture fixture;
+    fixture.unit.properties().set("config.suspend-time", "10");
+    fixture.unit.actions().run("press", {"front"});
+    fixture.pass(62s);
+    EXPECT_EQ(fixture.state(), "suspended");
 
-    world.pass(10min);
+    fixture.pass(10min);
 
-    EXPECT_EQ(world.state(), "off");
+    EXPECT_EQ(fixture.state(), "off");
 }
 
-struct Off : World {
+struct Off : Fixture {
     Off()
     {
         unit.actions().run("supply", {"off"});
@@ -173,100 +173,100 @@ struct Off : World {
 
 TEST(SupervisorModel, StartsByTheButtonAndCountsIt)
 {
-    Off world;
-    EXPECT_EQ(world.state(), "off");
+    Off fixture;
+    EXPECT_EQ(fixture.state(), "off");
 
-    world.unit.actions().run("press", {"front"});
+    fixture.unit.actions().run("press", {"front"});
 
-    EXPECT_EQ(world.state(), "running");
-    EXPECT_EQ(world.supervisor.diagnostics.read(12), 43);
-    EXPECT_EQ(world.supervisor.diagnostics.read(2), 0x55);
+    EXPECT_EQ(fixture.state(), "running");
+    EXPECT_EQ(fixture.supervisor.diagnostics.read(12), 43);
+    EXPECT_EQ(fixture.supervisor.diagnostics.read(2), 0x55);
 }
 
 TEST(SupervisorModel, StartsOnlyByWhatMayStartIt)
 {
-    Off world;
-    world.unit.properties().set("config.trigger", "2");
+    Off fixture;
+    fixture.unit.properties().set("config.trigger", "2");
 
-    world.unit.actions().run("press", {"front"});
-    EXPECT_EQ(world.state(), "off");
-    world.unit.actions().run("signal", {});
-    world.pass(1s);
+    fixture.unit.actions().run("press", {"front"});
+    EXPECT_EQ(fixture.state(), "off");
+    fixture.unit.actions().run("signal", {});
+    fixture.pass(1s);
 
-    EXPECT_EQ(world.state(), "running");
-    EXPECT_EQ(world.supervisor.diagnostics.read(2), 0xAA);
+    EXPECT_EQ(fixture.state(), "running");
+    EXPECT_EQ(fixture.supervisor.diagnostics.read(2), 0xAA);
 }
 
 TEST(SupervisorModel, StartsByThePowerIfItIsSetTo)
 {
-    World world;
-    world.unit.properties().set("config.power-on", "1");
+    Fixture fixture;
+    fixture.unit.properties().set("config.power-on", "1");
 
-    world.unit.actions().run("supply", {"off"});
-    EXPECT_EQ(world.state(), "off");
-    world.unit.actions().run("supply", {"on"});
+    fixture.unit.actions().run("supply", {"off"});
+    EXPECT_EQ(fixture.state(), "off");
+    fixture.unit.actions().run("supply", {"on"});
 
-    EXPECT_EQ(world.state(), "running");
-    EXPECT_EQ(world.supervisor.diagnostics.read(2), 0x0F);
+    EXPECT_EQ(fixture.state(), "running");
+    EXPECT_EQ(fixture.supervisor.diagnostics.read(2), 0x0F);
 }
 
 TEST(SupervisorModel, DoesNotStartBelowItsVoltage)
 {
-    Off world;
-    world.unit.properties().set("voltage.0", "8.5");
-    world.unit.actions().run("press", {"front"});
-    EXPECT_EQ(world.state(), "off");
+    Off fixture;
+    fixture.unit.properties().set("voltage.0", "8.5");
+    fixture.unit.actions().run("press", {"front"});
+    EXPECT_EQ(fixture.state(), "off");
 
-    world.unit.properties().set("voltage.0", "9.5");
-    world.unit.actions().run("press", {"front"});
+    fixture.unit.properties().set("voltage.0", "9.5");
+    fixture.unit.actions().run("press", {"front"});
 
-    EXPECT_EQ(world.state(), "running");
+    EXPECT_EQ(fixture.state(), "running");
 }
 
 TEST(SupervisorModel, HeatsAColdUnitBeforeItStarts)
 {
-    Off world;
-    world.unit.properties().set("diagnostics.pcb-temp", "-3");
-    world.unit.actions().run("press", {"front"});
-    EXPECT_EQ(world.state(), "heating");
+    Off fixture;
+    fixture.unit.properties().set("diagnostics.pcb-temp", "-3");
+    fixture.unit.actions().run("press", {"front"});
+    EXPECT_EQ(fixture.state(), "heating");
 
-    world.pass(29s);
-    EXPECT_EQ(world.state(), "heating");
-    world.pass(2s);
+    fixture.pass(29s);
+    EXPECT_EQ(fixture.state(), "heating");
+    fixture.pass(2s);
 
-    EXPECT_EQ(world.state(), "running");
-    EXPECT_EQ(world.unit.properties().get("diagnostics.time.6"), "30");
+    EXPECT_EQ(fixture.state(), "running");
+    EXPECT_EQ(fixture.unit.properties().get("diagnostics.time.6"), "30");
 }
 
 TEST(SupervisorModel, RemembersTheLowestAndHighestTemperature)
 {
-    World world;
-    world.unit.properties().set("diagnostics.pcb-temp", "-20");
-    world.unit.properties().set("diagnostics.pcb-temp", "70");
+    Fixture fixture;
+    fixture.unit.properties().set("diagnostics.pcb-temp", "-20");
+    fixture.unit.properties().set("diagnostics.pcb-temp", "70");
 
-    EXPECT_EQ(std::int16_t(world.supervisor.diagnostics.read(14)), -20);
-    EXPECT_EQ(world.supervisor.diagnostics.read(13), 70);
+    EXPECT_EQ(std::int16_t(fixture.supervisor.diagnostics.read(14)), -20);
+    EXPECT_EQ(fixture.supervisor.diagnostics.read(13), 70);
 }
 
 TEST(SupervisorModel, CountsOnlyWhatIsOn)
 {
-    World world;
-    EXPECT_EQ(world.supervisor.power.write(1, 0), 0);
+    Fixture fixture;
+    EXPECT_EQ(fixture.supervisor.power.write(1, 0), 0);
 
-    world.pass(1h);
+    fixture.pass(1h);
 
-    EXPECT_EQ(world.unit.properties().get("diagnostics.time.0"), "3600");
-    EXPECT_EQ(world.unit.properties().get("diagnostics.time.4"), "0"); // CAN
-    EXPECT_EQ(world.supervisor.diagnostics.read(7), 60);               // minutes
+    EXPECT_EQ(fixture.unit.properties().get("diagnostics.time.0"), "3600");
+    EXPECT_EQ(fixture.unit.properties().get("diagnostics.time.4"), "0"); // CAN
+    EXPECT_EQ(fixture.supervisor.diagnostics.read(7), 60);               // minutes
 }
 
 TEST(SupervisorModel, RefusesWordsThatItDoesNotKnow)
 {
-    World world;
+    Fixture fixture;
 
-    EXPECT_THROW(world.unit.actions().run("press", {"back"}), BadText);
-    EXPECT_THROW(world.unit.actions().run("press", {"front", "gently"}), BadText);
-    EXPECT_THROW(world.unit.actions().run("supply", {}), BadText);
+    EXPECT_THROW(fixture.unit.actions().run("press", {"back"}), BadText);
+    EXPECT_THROW(fixture.unit.actions().run("press", {"front", "gently"}), BadText);
+    EXPECT_THROW(fixture.unit.actions().run("supply", {}), BadText);
 }
 
 } // namespace

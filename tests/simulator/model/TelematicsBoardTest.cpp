@@ -155,7 +155,7 @@ TEST(GpioExpander, WritingPinsSetsTheLatchAndReadingThemMixesInputs)
     EXPECT_EQ(board.read(GpioExpander::kPins), 0x8B) << "outputs 0 and 1, antenna, pulled-up auxiliary line";
 }
 
-TEST(GpioExpander, GoesOnWithTheNextRegister)
+TEST(GpioExpander, ContinuesWithTheNextRegister)
 {
     Board board;
     const std::array<std::uint8_t, 3> bytes{1, 0x11, 0x22};

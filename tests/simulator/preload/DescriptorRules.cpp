@@ -35,12 +35,12 @@ int device(int flags = O_RDWR)
     return open(path.c_str(), flags);
 }
 
-/// 1: the descriptor leads to the device.
+/// 1: the descriptor refers to the device.
 int works(int fd)
 {
     std::uint16_t block[2] = {0, 0};
     const bool answered = ioctl(fd, 0xC004003A, block) == 0;
-    const bool refused = !answered && errno == ENOTTY; // a device of the kernel knows no registers
+    const bool refused = !answered && errno == ENOTTY; // a device of the kernel has no registers
     if (!answered && !refused)
         return -1;
     errno = 0;
@@ -154,7 +154,7 @@ int closedInTurn(int step)
 }
 
 struct Rule {
-    const char* claim;
+    const char* statement;
     int (*answer)();
 };
 
@@ -246,7 +246,7 @@ constexpr Rule kRules[] = {
          const int fd = device();
          return close_range(unsigned(fd), unsigned(fd), CLOSE_RANGE_CLOEXEC) == 0 ? fcntl(fd, F_GETFD) : -2;
      }},
-    {"close_range of a range that is none", [] { return close_range(9, 8, 0); }},
+    {"close_range of an invalid range", [] { return close_range(9, 8, 0); }},
     {"closefrom closes in the child alone",
      [] {
          const int fd = device();
@@ -256,7 +256,7 @@ constexpr Rule kRules[] = {
          });
          return 1000 * inIt + works(fd);
      }},
-    {"opening goes on after closefrom",
+    {"opening continues after closefrom",
      [] {
          return inChild([] {
              closefrom(3);
@@ -605,7 +605,7 @@ constexpr Rule kTerminalRules[] = {
          setTerminal(fd);
          return inChild([fd] { return isSet(fd); });
      }},
-    {"what is no terminal has none", [] { return isSet(open("/dev/null", O_RDWR)); }},
+    {"a file that is not a terminal has none", [] { return isSet(open("/dev/null", O_RDWR)); }},
 };
 
 template <std::size_t Count>
@@ -629,7 +629,7 @@ void play(const Rule (&rules)[Count], std::ostream& results)
             answer[0] = -99;
         close(pipes[0]);
         waitpid(child, nullptr, 0);
-        results << rule.claim << ": " << answer[0] << ' ' << std::strerror(answer[1]) << std::endl;
+        results << rule.statement << ": " << answer[0] << ' ' << std::strerror(answer[1]) << std::endl;
     }
 }
 

@@ -4,8 +4,8 @@
 #include <ostream>
 #include <string>
 
-/// Does to a character device in /dev what programs do to descriptors and paths, and writes down a line for each rule:
-/// its name, result and errno. What the kernel answers for a device of its own, a unit has to answer for its devices.
+/// Tests operations on descriptors and paths with a character device in /dev, and prints a line for each rule: its
+/// name, result and errno. A unit's devices must have the same results as the kernel's own.
 void playDescriptorRules(const std::string& device, std::ostream& results);
 
 /// The same for the settings of a terminal, which are those of the device and not of a descriptor. Without a path each

@@ -17,7 +17,7 @@ using testing::AllOf;
 
 using Descriptors = UnitFixture;
 
-/// What the kernel answers for a device of its own.
+/// The kernel's results for a device of its own.
 std::string kernelsAnswers()
 {
     return run("hx-probe rules zero").output;
@@ -29,7 +29,7 @@ std::string kernelsTerminalAnswers()
     return run("hx-probe terminal-rules ''").output;
 }
 
-constexpr char kStorm[] = "board 1\nasked 3000\nread 200\nslept 1\n";
+constexpr char kStorm[] = "board 1\nanswered 3000\nread 200\nslept 1\n";
 
 TEST_F(Descriptors, AreTheKernelsInATestProgram)
 {
@@ -70,7 +70,7 @@ TEST_F(Descriptors, HaveTheTerminalSettingsOfTheirDeviceInEachProgramThatInherit
     EXPECT_THAT(run("hx-sim run -- sh -c 'exec 0<>/dev/ttyS0; stty 115200; stty speed'"), outputIs("115200\n"));
 }
 
-TEST_F(Descriptors, HaveFreshTerminalSettingsWhenNobodyHadTheDeviceOpen)
+TEST_F(Descriptors, HaveFreshTerminalSettingsAfterTheLastClose)
 {
     EXPECT_THAT(run("hx-sim run -- sh -c 'exec 0<>/dev/ttyS0; stty 115200; exec 0</dev/null; exec 0<>/dev/ttyS0; "
                     "stty speed'"),

@@ -21,7 +21,7 @@ TEST_F(PreloadBackend, BringsAnUnmodifiedProgramToAUnit)
                 AllOf(outputIs("1241\n"), statusIs(0)));
 }
 
-TEST_F(PreloadBackend, HasNoDeviceThatTheDescriptionTookAway)
+TEST_F(PreloadBackend, HasNoDeviceThatTheDescriptionRemoves)
 {
     EXPECT_THAT(run("hx-sim run --set absent=/dev/adc-id -- hx-probe get /dev/adc-id 0"),
                 AllOf(outputIs("No such file or directory\n"), statusIs(1)));
@@ -38,7 +38,7 @@ TEST_F(PreloadBackend, ServesProgramsOfBothAbisAtOnce)
     }
 }
 
-TEST_F(PreloadBackend, LetsParentAndChildUseOneOpenFile)
+TEST_F(PreloadBackend, SharesAnOpenFileBetweenParentAndChild)
 {
     EXPECT_THAT(run("hx-sim run --set voltage.0.raw=5 -- hx-probe fork-get /dev/adc-id 0"), outputIs("5\n5\n"));
 }
@@ -68,7 +68,7 @@ TEST_F(PreloadBackend, KeepsTheLocksOfUnitsApart)
     EXPECT_THAT(run("hx-sim run -- hx-probe try /HXAUX_PROBE"), outputIs("free\n"));
 }
 
-TEST_F(PreloadBackend, SeesAKilledProgramLetGoOfItsFiles)
+TEST_F(PreloadBackend, ClosesTheFilesOfAKilledProgram)
 {
     run("hx-sim start unit");
 
@@ -77,7 +77,7 @@ TEST_F(PreloadBackend, SeesAKilledProgramLetGoOfItsFiles)
     EXPECT_THAT(run("hx-sim log --unit unit"), outputMatches("/dev/adc-id open rdwr\n.*/dev/adc-id close"));
 }
 
-TEST_F(PreloadBackend, TellsAProgramOnceThatItsUnitHasEnded)
+TEST_F(PreloadBackend, NotifiesAProgramOnceThatItsUnitHasStopped)
 {
     run("hx-sim start unit");
 
@@ -86,10 +86,10 @@ TEST_F(PreloadBackend, TellsAProgramOnceThatItsUnitHasEnded)
                              "hx-sim run --unit unit -- hx-probe repeat /dev/adc-id 0; wait");
 
     EXPECT_EQ(outcome.output, "repeating\nInput/output error\nInput/output error\n");
-    EXPECT_EQ(outcome.error, "hx-sim: the simulated unit has ended; its devices answer EIO from now on\n");
+    EXPECT_EQ(outcome.error, "hx-sim: the simulated unit has stopped; its devices answer EIO from now on\n");
 }
 
-TEST_F(PreloadBackend, LetsAScaledSleepPassFaster)
+TEST_F(PreloadBackend, ShortensAScaledSleep)
 {
     run("hx-sim start unit --scale 1000");
 

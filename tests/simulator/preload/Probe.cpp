@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// hx-probe: small deeds at the system's interface, for tests with real processes.
+// hx-probe: small actions on the system's interface, for tests with real processes.
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
@@ -224,13 +224,13 @@ int terminalRules(char** words)
     return 0;
 }
 
-struct Deed {
+struct Action {
     const char* name;
     int words;
     int (*run)(char** words);
 };
 
-constexpr Deed kDeeds[] = {
+constexpr Action kActions[] = {
     {"exec", 2, execute},
     {"forks", 1, forks},
     {"fork-get", 2, forkGet},
@@ -254,9 +254,9 @@ constexpr Deed kDeeds[] = {
 
 int main(int argc, char** argv)
 {
-    for (const Deed& deed : kDeeds)
-        if (argc == deed.words + 2 && std::strcmp(argv[1], deed.name) == 0)
-            return deed.run(argv + 2);
-    std::cerr << "no such deed\n";
+    for (const Action& action : kActions)
+        if (argc == action.words + 2 && std::strcmp(argv[1], action.name) == 0)
+            return action.run(argv + 2);
+    std::cerr << "unknown action\n";
     return 2;
 }

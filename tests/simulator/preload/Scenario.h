@@ -3,6 +3,6 @@
 
 #include <ostream>
 
-/// What an application does on a unit: devices, settings, locks, the board library, threads and time. Writes down each
-/// result. The same source runs inside a test program and as a program of its own.
+/// Typical calls of an application on a unit: devices, settings, locks, the board library, threads and time. Prints
+/// each result. The same source runs inside a test program and as a program of its own.
 void playScenario(std::ostream& results);

@@ -47,7 +47,7 @@ private:
     }
 };
 
-bool ask()
+bool request()
 {
     std::uint16_t block[2] = {0, 0};
     const int fd = open("/dev/adc-id", O_RDWR);
@@ -83,12 +83,12 @@ bool sleepOn()
     return true;
 }
 
-template <typename Deed>
-int successes(int times, Deed deed)
+template <typename Attempt>
+int successes(int times, Attempt attempt)
 {
     int good = 0;
     for (int i = 0; i < times; ++i)
-        good += deed() ? 1 : 0;
+        good += attempt() ? 1 : 0;
     return good;
 }
 
@@ -102,19 +102,19 @@ void playStorm(std::ostream& results)
     using Open = unsigned (*)(const char*, unsigned long, unsigned long, unsigned long*);
     unsigned long board = 0;
     int begun = 0;
-    int asked = 0;
+    int answered = 0;
     int read = 0;
     bool slept = false;
     {
         const Storm storm;
         begun = int(function<Begin>(library, "JidaDllInitialize")() != 0 &&
                     function<Open>(library, "JidaBoardOpenA")("CPU", 0, 0, &board) != 0);
-        asked = successes(3000, ask);
+        answered = successes(3000, request);
         read = successes(200, [&] { return readBoard(library, board); });
         slept = sleepOn();
         while (signals < 100)
-            asked += ask() ? 0 : -1;
+            answered += request() ? 0 : -1;
     }
     close(shared);
-    results << "board " << begun << "\nasked " << asked << "\nread " << read << "\nslept " << slept << '\n';
+    results << "board " << begun << "\nanswered " << answered << "\nread " << read << "\nslept " << slept << '\n';
 }

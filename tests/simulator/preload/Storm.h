@@ -3,6 +3,6 @@
 
 #include <ostream>
 
-/// Opens, asks, duplicates and closes devices and uses the board library, while a signal that restarts no call comes
-/// each millisecond. Writes down how often each of these went well.
+/// Opens, queries, duplicates and closes devices and uses the board library, under a signal each millisecond that
+/// restarts no call. Prints how often each operation succeeded.
 void playStorm(std::ostream& results);

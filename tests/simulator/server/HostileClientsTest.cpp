@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Clients of a unit's server that send anything, stop anywhere or come in crowds; afterwards the unit still answers.
+// Clients of a unit's server that send arbitrary data, stop anywhere or connect in large numbers; the unit must
+// survive.
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -30,7 +31,7 @@ using hxtest::run;
 using hxtest::statusIs;
 using testing::AllOf;
 
-/// One connection, spoken without any of the simulator's code.
+/// A raw connection, without any of the simulator's code.
 class Raw {
 public:
     explicit Raw(const std::string& folder) : fd_{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)}
@@ -154,7 +155,7 @@ TEST_F(HostileClients, SendLargerMessagesThanAnyProgram)
     expectAnswers();
 }
 
-TEST_F(HostileClients, ClaimToBeEachOther)
+TEST_F(HostileClients, ImpersonateEachOther)
 {
     const Raw first = client();
     const Raw second = client();
@@ -329,10 +330,10 @@ TEST_F(HostileClients, WaitNoLongerThanTheirPatienceForAUnitThatIsStopped)
 {
     run("kill -STOP " + hostOf("unit"));
 
-    const auto asked = run("timeout 80 hx-sim get backlight.level");
+    const auto outcome = run("timeout 80 hx-sim get backlight.level");
     run("kill -CONT " + hostOf("unit"));
 
-    EXPECT_THAT(asked, AllOf(statusIs(6), errorMatches("the unit does not answer")));
+    EXPECT_THAT(outcome, AllOf(statusIs(6), errorMatches("the unit does not answer")));
     expectAnswers();
 }
 

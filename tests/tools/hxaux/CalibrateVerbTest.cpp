@@ -17,7 +17,7 @@ TEST(CalibrateVerb, WalksThroughAllPointsForAScript)
                       errorIs(""), statusIs(0)));
 }
 
-TEST(CalibrateVerb, AsksAPersonForEachPoint)
+TEST(CalibrateVerb, PromptsForEachPointOnATerminal)
 {
     const Outcome outcome = runOnTerminal("hx-sim run --set 'touch.finger = follow' -- hxaux calibrate run");
 
@@ -48,7 +48,7 @@ TEST(CalibrateVerb, GivesOneLineOfJsonPerStep)
     EXPECT_EQ(lines[10]["result"]["calibration"], "finished");
 }
 
-TEST(CalibrateVerb, GivesUpAPointThatNobodyTouches)
+TEST(CalibrateVerb, GivesUpAPointThatIsNotTouched)
 {
     EXPECT_THAT(onUnit("hxaux calibrate run --timeout 0.3; echo status $?; hx-sim log | grep -c \"put 1 = 0\""),
                 AllOf(outputIs("point 1: waiting\nstatus 1\n1\n"),
@@ -62,7 +62,7 @@ TEST(CalibrateVerb, EndsOnASignalAndLeavesNoPointAwaited)
                 AllOf(outputIs("point 1: waiting\nstatus 143\n1\n"), errorMatches("ended by a signal at point 1")));
 }
 
-TEST(CalibrateVerb, StartsAnewAfterAnInterruptedRun)
+TEST(CalibrateVerb, StartsAgainAfterAnInterruptedRun)
 {
     EXPECT_THAT(onUnit("hxaux calibrate run --timeout 0.3; hx-sim do touch follow; hxaux calibrate run"),
                 AllOf(outputMatches("calibration: finished\n$"), statusIs(0)));
@@ -88,7 +88,7 @@ TEST(CalibrateVerb, PassesOnThatNothingRuns)
                 AllOf(errorIs("calibrate point: Function not running (21)\n"), statusIs(1)));
 }
 
-TEST(CalibrateVerb, TellsAndSetsParameters)
+TEST(CalibrateVerb, ShowsAndSetsParameters)
 {
     EXPECT_THAT(onUnit("hxaux calibrate parameter 2 4000; hxaux calibrate parameter 2; hx-sim get touch.register.16; "
                        "hxaux calibrate parameter"),

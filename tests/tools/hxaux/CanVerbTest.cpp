@@ -29,14 +29,14 @@ TEST(CanVerb, ChangesNothingWhenTheInterfaceIsUp)
     EXPECT_THAT(onUnit("hxaux can set 1 500; hx-sim get can.1.bitrate", {"can.1.up = on"}), outputMatches("250000"));
 }
 
-TEST(CanVerb, ToldApartByTheCodeWhetherAMissingNetworkIsReadOrSet)
+TEST(CanVerb, ReportsDifferentCodesForReadingAndSettingAMissingNetwork)
 {
     const std::vector<std::string> gone{"absent = /sys/class/net/can0/can_bittiming/bitrate"};
     EXPECT_THAT(onUnit("hxaux can get 1", gone), AllOf(errorIs("can get: IoCtrl operation failed (7)\n"), statusIs(1)));
     EXPECT_THAT(onUnit("hxaux can set 1 125", gone), AllOf(errorIs("can set: Open failed (1)\n"), statusIs(1)));
 }
 
-TEST(CanVerb, TellsTheOtherNetworksWhenOneIsMissing)
+TEST(CanVerb, ShowsTheOtherNetworksWhenOneIsMissing)
 {
     EXPECT_THAT(onUnit("hxaux can get", {"absent = /sys/class/net/can1/can_bittiming/bitrate"}),
                 AllOf(outputIs("can 1: 250 kbit/s\ncan 3: 250 kbit/s\ncan 4: 250 kbit/s\n"),

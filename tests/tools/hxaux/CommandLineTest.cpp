@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Words, help and mistakes: what needs no unit.
+// Arguments, help and usage errors: tests without a unit.
 #include "testing/Command.h"
 
 using namespace hxtest;
@@ -7,8 +7,8 @@ using testing::AllOf;
 
 TEST(CommandLine, NamesTheMistakeWhenNoObjectIsGiven)
 {
-    EXPECT_THAT(run("hxaux"),
-                AllOf(errorIs("hxaux: an object is missing; 'hxaux --help' lists them\n"), outputIs(""), statusIs(2)));
+    EXPECT_THAT(run("hxaux"), AllOf(errorIs("hxaux: missing argument: an object; 'hxaux --help' lists them\n"),
+                                    outputIs(""), statusIs(2)));
 }
 
 TEST(CommandLine, SuggestsTheNearObjectForAMistypedOne)
@@ -34,20 +34,20 @@ TEST(CommandLine, TakesANegativeNumberForAValueAndNotForAnOption)
     EXPECT_THAT(run("hxaux voltage -1"), AllOf(errorIs("voltage: number: -1 is outside 0 to 7\n"), statusIs(2)));
 }
 
-TEST(CommandLine, RefusesAKeyThatIsNoNumber)
+TEST(CommandLine, RefusesAKeyThatIsNotANumber)
 {
-    EXPECT_THAT(run("hxaux voltage abc"), AllOf(errorIs("voltage: number: 'abc' is no whole number\n"), statusIs(2)));
+    EXPECT_THAT(run("hxaux voltage abc"), AllOf(errorIs("voltage: number: 'abc' is not an integer\n"), statusIs(2)));
 }
 
 TEST(CommandLine, RefusesANumberWithAFraction)
 {
-    EXPECT_THAT(run("hxaux voltage 1.5"), AllOf(errorIs("voltage: number: '1.5' is no whole number\n"), statusIs(2)));
+    EXPECT_THAT(run("hxaux voltage 1.5"), AllOf(errorIs("voltage: number: '1.5' is not an integer\n"), statusIs(2)));
 }
 
-TEST(CommandLine, RefusesOneValueTooMany)
+TEST(CommandLine, RefusesTooManyArguments)
 {
     EXPECT_THAT(run("hxaux voltage 1 2"),
-                AllOf(errorIs("voltage: '2' is one value too many: hxaux voltage [NUMBER]\n"), statusIs(2)));
+                AllOf(errorIs("voltage: too many arguments: '2'; usage: hxaux voltage [NUMBER]\n"), statusIs(2)));
 }
 
 TEST(CommandLine, SuggestsTheNearOptionForAMistypedOne)
@@ -73,7 +73,7 @@ TEST(CommandLine, SuggestsTheNearNameForAMistypedValue)
                 AllOf(errorMatches("'frnt' is not one of .*; did you mean 'front'\\?"), statusIs(2)));
 }
 
-TEST(CommandLine, ReportsAMistakeAsJsonWhenAsked)
+TEST(CommandLine, ReportsAMistakeAsJsonOnRequest)
 {
     const Outcome outcome = run("hxaux voltage 8 --json");
 
@@ -91,7 +91,7 @@ TEST(CommandLine, PrintsItsVersion)
     EXPECT_THAT(run("hxaux --version"), AllOf(outputIs("hxaux 1.3.1.0\n"), statusIs(0)));
 }
 
-TEST(CommandLine, TellsEveryExitStatusInItsHelp)
+TEST(CommandLine, ListsEveryExitStatusInItsHelp)
 {
     EXPECT_THAT(run("hxaux --help"), AllOf(outputMatches("0    done"), outputMatches("6    no connection"),
                                            outputMatches("143  ended by TERM"), statusIs(0)));

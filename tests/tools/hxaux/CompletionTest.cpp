@@ -61,7 +61,7 @@ TEST(Completion, OffersNothingForAnUnknownObject)
     EXPECT_THAT(words({"xylophone", ""}), IsEmpty());
 }
 
-TEST(Completion, TellsWhatEachWordMeans)
+TEST(Completion, ExplainsEachWord)
 {
     EXPECT_THAT(candidates({"volt"}),
                 ElementsAre(AllOf(Field(&Candidate::word, "voltage"), Field(&Candidate::help, "supply voltages"))));

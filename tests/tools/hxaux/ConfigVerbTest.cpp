@@ -45,7 +45,7 @@ TEST(ConfigVerb, RefusesValuesOutOfRangeAndSendsNothing)
     EXPECT_THAT(onUnit("config fan maybe"), statusIs(2));
 }
 
-TEST(ConfigVerb, RefusesWhatIsNoListOfChannels)
+TEST(ConfigVerb, RefusesWhatIsNotAListOfChannels)
 {
     for (const char* text : {"5", "0", "1,", "1,x", ",", "1,2,3,4,5"})
         EXPECT_THAT(onUnit(std::string("config video ") + text),
@@ -64,7 +64,7 @@ TEST(ConfigVerb, ShowsALoadsUnusualWordAsTheNumberItIs)
     EXPECT_THAT(onUnit("config can", "--set config.can=300"), outputIs("can: 300\n"));
 }
 
-TEST(ConfigVerb, NamesWhatAnOlderSupervisorCannotTell)
+TEST(ConfigVerb, NamesWhatAnOlderSupervisorCannotReport)
 {
     const Outcome outcome = onUnit("config", "--set version.ss=0.9.0.0");
 
@@ -79,7 +79,7 @@ TEST(ConfigVerb, SaysThatTheDeviceIsMissing)
                 AllOf(statusIs(1), errorIs("config fan: Open failed (1)\n"), outputIs("")));
 }
 
-TEST(ConfigVerb, TellsNumbersInJson)
+TEST(ConfigVerb, PrintsNumbersInJson)
 {
     const auto result = jsonOf(onUnit("config --json"))["result"];
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Everything that `hxaux doctor` looks at can be found wanting: each item is provoked on a simulated unit.
+// Each check of `hxaux doctor` can fail: each failure is provoked on a simulated unit.
 #include "tests/tools/hxaux/OnUnit.h"
 
 #include <set>
@@ -16,7 +16,7 @@ namespace {
 
 using Items = std::set<std::string>;
 
-/// "devices: /dev/adc-id"; a version's number is no part of its item.
+/// "devices: /dev/adc-id"; a version's number is not part of its item.
 std::string nameOf(const nlohmann::json& finding)
 {
     const std::string item = finding["item"];
@@ -25,7 +25,7 @@ std::string nameOf(const nlohmann::json& finding)
            (version == std::string::npos ? "" : " version");
 }
 
-/// The items that are as they should be, or are not.
+/// The items that are fine, or are not.
 Items itemsOf(const Outcome& outcome, bool fine)
 {
     Items items;
@@ -41,7 +41,7 @@ Items foundOn(const std::vector<std::string>& settings)
     return itemsOf(onUnit("hxaux doctor --json", settings), false);
 }
 
-/// What is looked at on a healthy unit, of one check.
+/// The items of one check on a healthy unit.
 Items lookedAt(const std::string& check)
 {
     const Items items = itemsOf(onUnit("hxaux doctor " + check + " --json"), true);
@@ -125,11 +125,11 @@ TEST(DoctorFindings, AreProvokedForEachKindOfBadLineOfTheSettingsFile)
 TEST(DoctorFindings, AreProvokedForAFifoThatMayNotBeUsed)
 {
     EXPECT_THAT(onUnit("hxaux doctor daemon", {"fail=/tmp/hxauxd.fifo open EACCES"}),
-                AllOf(outputMatches("Permission denied\n  mend with: sudo adduser"), statusIs(1)));
+                AllOf(outputMatches("Permission denied\n  fix: sudo adduser"), statusIs(1)));
 }
 
 TEST(DoctorFindings, AreProvokedForAPlainFileInTheFifosPlace)
 {
     EXPECT_THAT(onUnit("hxaux doctor daemon", {"daemon.plain-file=on"}),
-                AllOf(outputMatches("is a plain file.*\n  mend with: sudo rm /tmp/hxauxd.fifo"), statusIs(1)));
+                AllOf(outputMatches("is a plain file.*\n  fix: sudo rm /tmp/hxauxd.fifo"), statusIs(1)));
 }

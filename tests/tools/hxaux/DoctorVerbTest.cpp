@@ -8,10 +8,10 @@ using testing::HasSubstr;
 
 namespace {
 
-auto finds(const std::string& item, const std::string& problem, const std::string& mend)
+auto finds(const std::string& item, const std::string& problem, const std::string& remedy)
 {
     return AllOf(testing::Field("output", &Outcome::output, HasSubstr(item + ": " + problem)),
-                 testing::Field("output", &Outcome::output, HasSubstr("\n  mend with: " + mend)), statusIs(1));
+                 testing::Field("output", &Outcome::output, HasSubstr("\n  fix: " + remedy)), statusIs(1));
 }
 
 } // namespace
@@ -98,7 +98,7 @@ TEST(DoctorVerb, FindsADaemonThatDoesNotRun)
     const Unit unit({"daemon.running=off"});
 
     EXPECT_THAT(unit.run("hxaux doctor daemon"),
-                finds("daemon: /tmp/hxauxd.fifo", "nobody reads it", "sudo systemctl restart hxauxd"));
+                finds("daemon: /tmp/hxauxd.fifo", "no process reads it", "sudo systemctl restart hxauxd"));
 }
 
 TEST(DoctorVerb, FindsAMissingFifo)
@@ -145,7 +145,7 @@ TEST(DoctorVerb, FindsALockWhoseHolderWasKilled)
                                                       "hxaux locks reset HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED"));
 }
 
-TEST(DoctorVerb, IsMendedByTheCommandThatItNamesForALock)
+TEST(DoctorVerb, IsFixedByTheCommandThatItNamesForALock)
 {
     const Unit unit;
     (void)run("timeout -s KILL 3 " + unit.line("hxaux light --average --watch --every 0.2"));
@@ -176,7 +176,7 @@ TEST(DoctorVerb, FindsACanAttributeThatTheUserMayNotWrite)
     EXPECT_THAT(unit.run("hxaux doctor can"), finds("can: CAN network 1", "", "sudo udevadm trigger"));
 }
 
-TEST(DoctorVerb, ListsAllThatItLookedAtAsJson)
+TEST(DoctorVerb, ListsAllChecksAsJson)
 {
     const Unit unit({"absent=/dev/adc-id"});
     const Outcome outcome = unit.run("hxaux doctor --json");
@@ -186,5 +186,5 @@ TEST(DoctorVerb, ListsAllThatItLookedAtAsJson)
     EXPECT_EQ(json["result"]["findings"][0]["item"], "/dev/adc-id");
     EXPECT_EQ(json["result"]["findings"][0]["fine"], false);
     EXPECT_EQ(json["result"]["findings"][1]["fine"], true);
-    EXPECT_EQ(json["result"]["findings"][1]["mend"], nullptr);
+    EXPECT_EQ(json["result"]["findings"][1]["remedy"], nullptr);
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Every call of hxaux and hx-sim that a page shows is made, and prints what the page says.
+// Runs every command of hxaux and hx-sim on a page and compares its output with the page.
 //
 // In a page, "```console" begins commands that bring their own unit, "```console unit" such that are on one. All
-// blocks of a page share a folder and the units that run. "$ " begins a command, "> " goes on with it; below stand
-// output and errors as they come, "..." for any lines, and "[status N]" unless N is 0. What needs a real unit stands in
+// blocks of a page share a folder and the units that run. "$ " begins a command, "> " continues it; then follow
+// output and errors, "..." for any lines, and "[status N]" unless N is 0. What needs a real unit stands in
 // "```sh" blocks that begin with "# on a unit". A "```cpp" block that begins with "// NAME.cpp" is that file.
 #include "testing/Command.h"
 
@@ -115,7 +115,7 @@ std::vector<fs::path> pages()
     return files;
 }
 
-/// Whether lines match: "..." stands for any number of them.
+/// Whether lines match: "..." matches any number of them.
 bool matches(const std::string& pattern, const std::string& text)
 {
     const std::size_t gap = pattern.find("...\n");
@@ -131,7 +131,7 @@ bool matches(const std::string& pattern, const std::string& text)
     return false;
 }
 
-/// Pages tell the status of a command that failed, pictures show what a terminal does.
+/// Pages show the status of a failed command, pictures the output of a terminal.
 enum class Statuses { Shown, Hidden };
 
 /// A folder for a page's commands and a place for its units.

@@ -51,7 +51,7 @@ bool isSimulatorVerb(const std::string& word)
     return std::ranges::any_of(hxsim::kVerbs, isIt) || ("\n" + actions).find("\n" + word + " ") != std::string::npos;
 }
 
-/// Placeholders and options stand for themselves.
+/// Placeholders and options match themselves.
 bool isKnown(const std::vector<std::string>& call)
 {
     const std::string& word = call[1];
@@ -97,24 +97,24 @@ TEST(Reference, IsWhatTheVerbTableSays)
         << "make it again: build/x86_64/hxaux --reference >docs/hxaux-reference.md";
 }
 
-TEST(CommandLinePage, TellsEveryExitStatus)
+TEST(CommandLinePage, ListsEveryExitStatus)
 {
     const std::string text = page("command-line.md");
     for (const auto& [status, meaning] : hxaux::exitMeanings())
         EXPECT_THAT(text, HasSubstr("\n| " + std::to_string(status) + " | " + meaning));
 }
 
-TEST(ErrorPage, TellsEachCodeWithItsNameAndItsText)
+TEST(ErrorPage, ListsEachCodeWithItsNameAndItsText)
 {
     const std::string text = page("errors.md");
     constexpr int kCodes = 33;
     for (int code = 0; code < kCodes; ++code)
         EXPECT_THAT(text, HasSubstr("\n| " + std::to_string(code) + " | `" + hxaux::errorName(code) + "` | " +
                                     GetErrorStringA(Halvix::eErr(code)) + " | "));
-    EXPECT_EQ(hxaux::errorName(kCodes), std::to_string(kCodes)) << "the page must tell a new code";
+    EXPECT_EQ(hxaux::errorName(kCodes), std::to_string(kCodes)) << "the page must list a new code";
 }
 
-TEST(SimulatorPage, TellsEachCommandAndEachStatus)
+TEST(SimulatorPage, ListsEachCommandAndEachStatus)
 {
     const std::string text = page("simulator.md");
     for (const hxsim::Verb& verb : hxsim::kVerbs)
@@ -153,7 +153,7 @@ TEST(Pages, NameNoVerbThatTheToolsDoNotHave)
 }
 
 // Doxygen refuses what has no words at all; this sees that each operation tells of its codes and its threads.
-TEST(PublicHeaders, TellOfEachOperationWhatItAnswersAndWhoMayCallIt)
+TEST(PublicHeaders, DocumentEachOperationsCodesAndThreads)
 {
     int operations = 0;
     for (const auto& entry : fs::directory_iterator(fs::path(HX_DOCS).parent_path() / "include/hx-aux"))

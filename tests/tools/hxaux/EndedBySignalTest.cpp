@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What a signal leaves of each command that takes a while: its status, and no lock.
+// A signal during each long-running command: the exit status, and no lock left behind.
 #include "tests/tools/hxaux/OnUnit.h"
 
 using namespace hxtest;
@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
         testing::Values(Signal{"INT", 130}, Signal{"TERM", 143}, Signal{"HUP", 129})),
     [](const auto& row) { return std::string(std::get<0>(row.param).name) + std::get<1>(row.param).name; });
 
-// The moment is another one each time: in front of the lock, with it, behind it.
+// The moment differs each time: before the lock, while it is held, after it.
 TEST(SignalAtAnyMoment, LeavesNoLock)
 {
     for (const std::string command : {"light --average", "light range", "buzzer beep 20", "settings set X 1",

@@ -39,7 +39,7 @@ TEST(ExitStatus, IsOneWhenTheUnitRefuses)
                 AllOf(errorIs("backlight set: Open failed (1)\n"), statusIs(1)));
 }
 
-TEST(ExitStatus, IsTwoForWrongUsage)
+TEST(ExitStatus, IsTwoForAUsageError)
 {
     EXPECT_THAT(run("hxaux backlight set bright"), statusIs(2));
 }
@@ -55,7 +55,7 @@ TEST(ExitStatus, IsFourWhenVerificationFindsADifference)
                 AllOf(errorMatches("Verify failed \\(14\\)"), statusIs(4)));
 }
 
-TEST(ExitStatus, IsFiveWhenTheFunctionIsAtWorkAlready)
+TEST(ExitStatus, IsFiveWhenTheFunctionIsAlreadyRunning)
 {
     EXPECT_THAT(onUnit("hxaux buzzer beep 60000 & beep=$!; "
                        "while [ $(hx-sim get buzzer.sounding) != on ]; do sleep 0.01; done; "

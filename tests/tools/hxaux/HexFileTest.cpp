@@ -59,7 +59,7 @@ TEST(HexFile, IsGoodWhenBothReadingsComeToTheSame)
     EXPECT_EQ(problemOf(segment(0) + row(0) + row(16)), "");
 }
 
-TEST(HexFile, TellsTheSizeOfTheImage)
+TEST(HexFile, ReportsTheSizeOfTheImage)
 {
     EXPECT_EQ(checkHex(linear(0x0800) + row(0x100) + kEndRecord).imageSize, 0x110U);
 }
@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
         Misplaced{"SegmentAfterData", row(0) + segment(0x10) + row(16),
                   "line 3: its data belongs to address 0x00000110"},
         Misplaced{"SegmentThatIsFull", segment(0) + data(0xFFF8, pattern(16)),
-                  "line 2: its data goes on at the start of its segment"},
+                  "line 2: its data continues at the start of its segment"},
         Misplaced{"SegmentCrossedBeforeTheNext", linear(0x0800) + data(0xFFF8, pattern(16)) + linear(0x0801) + row(8),
                   "line 4: its data belongs to address 0x08010008, but the unit would write it to 0x08010010"},
         Misplaced{"Overlap", linear(0x0800) + row(0) + row(8), "line 3: its data begins before the end"},
@@ -112,8 +112,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(HexFile, NamesTheLineOfWhatIsNotARecord)
 {
     EXPECT_THAT(problemOf("hello\n"), StartsWith("line 1: it does not begin with ':'"));
-    EXPECT_THAT(problemOf(linear(0x0800) + "\n\n:1\n"), StartsWith("line 4: it is cut short, or has characters"));
-    EXPECT_THAT(checkHex(linear(0x0800) + ":10").problem, StartsWith("line 2: it is cut short, or has characters"));
+    EXPECT_THAT(problemOf(linear(0x0800) + "\n\n:1\n"), StartsWith("line 4: it is truncated, or has characters"));
+    EXPECT_THAT(checkHex(linear(0x0800) + ":10").problem, StartsWith("line 2: it is truncated, or has characters"));
 }
 
 TEST(HexFile, NamesTheLineOfAWrongChecksum)
@@ -139,9 +139,9 @@ TEST(HexFile, RefusesDigitsThatOtherReadersDoNotTake)
               "line 2: it has characters that are not hexadecimal digits");
 }
 
-TEST(HexFile, WithoutAnEndRecordIsCutShort)
+TEST(HexFile, WithoutAnEndRecordIsTruncated)
 {
-    EXPECT_EQ(checkHex(linear(0x0800) + row(0)).problem, "its end record is missing: the file is cut short");
+    EXPECT_EQ(checkHex(linear(0x0800) + row(0)).problem, "missing end record: the file is truncated");
 }
 
 // An upgrade would erase the flash and write nothing.
@@ -163,7 +163,7 @@ TEST(HexFile, NamesTheFirstOfSeveralProblems)
     EXPECT_THAT(problemOf(linear(0) + row(0) + linear(1) + row(0) + ":1\n"), StartsWith("line 4: "));
 }
 
-TEST(HexFile, TellsWhereTheImagesLastByteStands)
+TEST(HexFile, ReportsThePositionOfTheImagesLastByte)
 {
     const std::string text = linear(0x0800) + data(0, {1, 2, 0xA7}) + linear(0x0801) + kEndRecord;
 

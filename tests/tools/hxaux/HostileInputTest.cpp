@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What careless and hostile users write: refused in one line, with nothing done to the unit.
+// Careless and hostile input: refused in one line, without any effect on the unit.
 #include "testing/Command.h"
 #include "tools/hxaux/Arguments.h"
 #include "tools/hxaux/Objects.h"
@@ -28,7 +28,7 @@ std::string quoted(const std::string& word)
     return text + "'";
 }
 
-// One line of text that no terminal obeys.
+// One line of text without control characters.
 MATCHER(IsOnePlainLine, "")
 {
     const auto isControl = [](char one) { return (one >= 0 && one < ' ') || one == 0x7F || one == '\x9b'; };
@@ -85,7 +85,7 @@ std::string callWith(const Object& object, const Verb& verb, const Argument& rep
     return isOption ? command + " --" + std::string(replaced.name) + " " + quoted(word) : command;
 }
 
-/// A simulated unit with a look at everything that can be seen of it, but for the time that goes on.
+/// A simulated unit with a snapshot of its visible state, except the time.
 class WatchedUnit {
 public:
     [[nodiscard]] Outcome run(const std::string& command) const { return unit_.run(command); }
@@ -100,7 +100,7 @@ private:
 
 } // namespace
 
-// The empty "--" ends the options and is no value, so a value that may be left out is then left out.
+// The empty "--" ends the options and is not a value, so an optional value is then omitted.
 TEST(HostileValue, IsRefusedByEachVerbInOneLine)
 {
     int refused = 0;
@@ -135,7 +135,7 @@ TEST(MistakenValue, OutsideItsRangeIsRefusedByEachVerb)
     EXPECT_GT(refused, 50) << "the table of verbs was not walked";
 }
 
-TEST(MistakenCall, WithoutARequiredValueOrWithOneTooManyIsRefusedByEachVerb)
+TEST(MistakenCall, WithMissingOrTooManyArgumentsIsRefusedByEachVerb)
 {
     for (const Object* object : allObjects())
         for (const Verb& verb : object->verbs) {
@@ -155,7 +155,7 @@ TEST(MistakenCall, WithoutARequiredValueOrWithOneTooManyIsRefusedByEachVerb)
         }
 }
 
-TEST(HostileWord, IsRefusedAsObjectVerbOptionAndValueTooMany)
+TEST(HostileWord, IsRefusedAsObjectVerbOptionAndExtraArgument)
 {
     for (const std::string& word : kNoValues) {
         if (word == "--")
@@ -251,7 +251,7 @@ TEST(HostileFile, ThatTheUserMayNotReadIsRefused)
     EXPECT_THAT(outcome, AllOf(errorMatches("Permission denied"), refusedWith(3)));
 }
 
-// What production, other programs or a broken EEPROM left on the unit.
+// Texts on the unit from production, other programs or a broken EEPROM.
 TEST(HostileTextOfTheUnit, IsShownAsOnePlainLine)
 {
     const Unit unit;
@@ -271,19 +271,19 @@ TEST(HostileTextOfTheUnit, IsNamedByTheDoctor)
     (void)unit.run("sh -c 'printf \"ABL_k=\\033[2J\\n\" >/opt/etc/hxaux.ini'");
 
     EXPECT_THAT(unit.run("hxaux doctor settings-file"),
-                AllOf(outputMatches("'\\\\x1b\\[2J' is no number"), statusIs(1)));
+                AllOf(outputMatches("'\\\\x1b\\[2J' is not a number"), statusIs(1)));
 }
 
-TEST(SettingsPathThatIsNoFile, DoesNotKeepTheDoctorWaiting)
+TEST(SettingsPathThatIsNotAFile, DoesNotKeepTheDoctorWaiting)
 {
     const Unit unit;
     (void)unit.run("mkfifo /opt/etc/hxaux.ini");
 
     EXPECT_THAT(unit.run("hxaux doctor settings-file"),
-                AllOf(outputMatches("/opt/etc/hxaux.ini: it is not a regular file"), statusIs(1)));
+                AllOf(outputMatches("/opt/etc/hxaux.ini: not a regular file"), statusIs(1)));
 }
 
-// A device that takes the place of a closed output must not get what was meant for it.
+// A device that gets the number of a closed output must not receive the output.
 TEST(ClosedOutput, IsReportedAndNotTakenForADevice)
 {
     const Unit unit;

@@ -13,7 +13,7 @@ Outcome info(const std::string& description, const std::string& options = "")
 
 } // namespace
 
-TEST(InfoVerb, TellsWhatProductionWrote)
+TEST(InfoVerb, ShowsTheProductionData)
 {
     EXPECT_THAT(info(""), AllOf(statusIs(0), errorIs(""),
                                 outputIs("unit serial: U-77-004711\n"

@@ -23,7 +23,7 @@ TEST(KilledUpgradeOfTheFrontPanel, ShowsInReadsUntilTheNextUpgrade)
     const std::string log = unit.line("").substr(sizeof "hx-sim run --unit " - 1);
     const std::string name = log.substr(0, log.find(' '));
 
-    // Killed while the flash is erased: 43 asks for it, ff 00 for all of it.
+    // Killed while the flash is erased: 43 requests an erase, ff 00 of the whole flash.
     run(unit.line("hxaux upgrade front " + file) + " >/dev/null 2>&1 & upgrade=$!; until hx-sim log --unit " + name +
         " | grep -q 'ttyS0 write: ff 00'; do sleep 0.01; done; kill -9 $upgrade; wait");
 

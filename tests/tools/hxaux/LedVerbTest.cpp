@@ -18,7 +18,7 @@ TEST(LedVerb, ShowsColorAndPattern)
                                                                                   "startup: on\n")));
 }
 
-TEST(LedVerb, SetsColoursByNameAndByParts)
+TEST(LedVerb, SetsColorsByNameAndByComponents)
 {
     EXPECT_THAT(onUnit("led color orange; led rgb; led rgb 12 0 4; led color; led rgb 1 2 3; led color"),
                 AllOf(statusIs(0), outputIs("rgb: red 15, green 5, blue 0\ncolor: magenta\ncolor: other\n")));
@@ -48,7 +48,7 @@ TEST(LedVerb, SwitchesOff)
                 AllOf(statusIs(0), outputMatches("frequency: absent\n"), outputMatches("on-time: 0 ms\n")));
 }
 
-TEST(LedVerb, RefusesATimeThatIsNoMultipleOfItsUnit)
+TEST(LedVerb, RefusesATimeThatIsNotAMultipleOfItsUnit)
 {
     EXPECT_THAT(onUnit("led on-time 15"), AllOf(statusIs(2), errorMatches("15 is not a multiple of 10 ms")));
 }
@@ -64,6 +64,6 @@ TEST(LedVerb, RefusesValuesOutOfRange)
 
 TEST(LedVerb, NeedsAllPartsOfAColorAndOfASignal)
 {
-    EXPECT_THAT(onUnit("led rgb 1 2"), AllOf(statusIs(2), errorMatches("all three values")));
-    EXPECT_THAT(onUnit("led signal 1"), AllOf(statusIs(2), errorMatches("both values")));
+    EXPECT_THAT(onUnit("led rgb 1 2"), AllOf(statusIs(2), errorMatches("missing argument: RED GREEN BLUE")));
+    EXPECT_THAT(onUnit("led signal 1"), AllOf(statusIs(2), errorMatches("missing argument: FREQUENCY DUTY")));
 }

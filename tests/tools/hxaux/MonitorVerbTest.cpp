@@ -17,7 +17,7 @@ long occurrences(const std::string& text, const std::string& part)
 
 } // namespace
 
-TEST(MonitorVerb, TellsTheWholeStateFirst)
+TEST(MonitorVerb, PrintsTheWholeStateFirst)
 {
     const Outcome outcome = onUnit("hxaux monitor --count 1");
 
@@ -31,7 +31,7 @@ TEST(MonitorVerb, TellsTheWholeStateFirst)
         EXPECT_THAT(outcome.output, HasSubstr(line));
 }
 
-TEST(MonitorVerb, TellsOnlyWhatChangesToAPipe)
+TEST(MonitorVerb, PrintsOnlyChangesToAPipe)
 {
     const Outcome outcome = onUnit(
         "hxaux monitor --every 0.1 & sleep 1; hx-sim set voltage.0 11.5; sleep 1; kill -TERM $!; wait $! 2>/dev/null");
@@ -61,7 +61,7 @@ TEST(MonitorVerb, RedrawsInPlaceOnATerminal)
     EXPECT_THAT(outcome.output, HasSubstr("\x1b["));
 }
 
-TEST(MonitorVerb, NamesOnceWhatCannotBeReadAndGoesOn)
+TEST(MonitorVerb, NamesOnceWhatCannotBeReadAndContinues)
 {
     const Outcome outcome = onUnit("hxaux monitor --every 0.05 --count 4", {"absent = /dev/dig-io"});
 
@@ -69,7 +69,7 @@ TEST(MonitorVerb, NamesOnceWhatCannotBeReadAndGoesOn)
     EXPECT_THAT(outcome, AllOf(outputMatches("input 1: absent\n"), outputMatches("voltage 0: 24.00 V\n"), statusIs(1)));
 }
 
-TEST(MonitorVerb, TellsADeviceThatFailsMeanwhile)
+TEST(MonitorVerb, ReportsADeviceThatFailsMeanwhile)
 {
     const Outcome outcome = onUnit("hxaux monitor --every 0.1 & sleep 1; hx-sim fail /dev/adc-id \"get 0\"; sleep 1; "
                                    "kill -TERM $!; wait $! 2>/dev/null");

@@ -27,7 +27,7 @@ TEST(PowerVerb, ShowsAndAcknowledgesATransition)
                 AllOf(statusIs(0), outputIs("transition: 4\ntransition: none\n")));
 }
 
-TEST(PowerVerb, RefusesAStateThatIsNoState)
+TEST(PowerVerb, RefusesAnInvalidState)
 {
     EXPECT_THAT(onUnit("power fan 2"), statusIs(2));
     EXPECT_THAT(onUnit("power video 7"), AllOf(statusIs(2), errorMatches("channels: '7' is not a list")));

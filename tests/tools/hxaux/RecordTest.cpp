@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// hx-sim record and replay, as somebody uses them who records on a unit and replays in a test.
+// hx-sim record and replay: recording on a unit, replaying in a test.
 #include "testing/Command.h"
 #include "testing/FirmwareTexts.h"
 
@@ -73,7 +73,7 @@ TEST(Record, WritesEachCallWithItsAnswerOnALineBehindAHeadWithItsVersion)
                                       "1\\.1 [0-9.]+ /dev/adc-id close\n"));
 }
 
-TEST(Record, LeavesOutputAndStatusToTheProgramAndTellsItsFile)
+TEST(Record, LeavesOutputAndStatusToTheProgramAndNamesItsFile)
 {
     const Recordings recordings;
     const std::string file = recordings.file("v.recording");
@@ -92,7 +92,7 @@ TEST(Record, NamesItsFileAfterTheProgramWithoutAnOption)
     EXPECT_TRUE(fs::exists(recordings.file("hxaux.recording")));
 }
 
-TEST(Record, TellsWhatTheUnitLacksAndWhatItsFilesHold)
+TEST(Record, RecordsWhatTheUnitLacksAndWhatItsFilesHold)
 {
     const Recordings recordings;
     const std::string file = recordings.of("true", "--set absent=/dev/buzzer");
@@ -188,7 +188,7 @@ TEST(Replay, GivesErrorsAsTheyWereRecorded)
                 AllOf(errorIs("voltage: IoCtrl operation failed (7)\n"), statusIs(1)));
 }
 
-TEST(Replay, LetsOtherCallsFailAgainWhereTheyFailed)
+TEST(Replay, RepeatsOtherFailuresAtTheirPlace)
 {
     const Recordings recordings;
     const std::string program = "hxaux light lux";
@@ -199,13 +199,13 @@ TEST(Replay, LetsOtherCallsFailAgainWhereTheyFailed)
               run("hx-sim run " + options + " -- hxaux info --json").output);
 }
 
-TEST(Replay, TellsTheFirstDifferenceWithItsLineAndEndsWithFour)
+TEST(Replay, ReportsTheFirstDifferenceWithItsLineAndEndsWithFour)
 {
     const Recordings recordings;
     const std::string file = recordings.write("v.recording", kVoltage);
 
     EXPECT_THAT(run("hx-sim replay " + file + " -- hxaux voltage 1"),
-                AllOf(errorMatches("hx-sim replay: .*/v\\.recording:3: the program asks something else\n"
+                AllOf(errorMatches("hx-sim replay: .*/v\\.recording:3: the program makes another call\n"
                                    "  recorded: /dev/adc-id get 0 -> 2482\n"
                                    "  now:      /dev/adc-id get 1\n"),
                       statusIs(4)));
@@ -219,24 +219,24 @@ TEST(Replay, EndsAProgramThatWentAnotherWay)
     EXPECT_THAT(run("hx-sim replay " + file + " -- hxaux voltage 1 --watch"), statusIs(4));
 }
 
-TEST(Replay, TellsWhenAProgramAsksMoreThanWasRecorded)
+TEST(Replay, ReportsCallsThatWereNotRecorded)
 {
     const Recordings recordings;
     const std::string file = recordings.write("v.recording", kVoltage);
 
     EXPECT_THAT(run("hx-sim replay " + file + " -- hxaux voltage 0 --watch --every 0.01 --count 2"),
-                AllOf(errorMatches("v\\.recording:4: the program asks more than was recorded\n"
+                AllOf(errorMatches("v\\.recording:4: the program makes more calls than were recorded\n"
                                    "  now:      /dev/adc-id "),
                       statusIs(4)));
 }
 
-TEST(Replay, TellsWhenAProgramEndsEarly)
+TEST(Replay, ReportsAProgramThatEndsEarly)
 {
     const Recordings recordings;
     const std::string file = recordings.write("v.recording", kVoltage);
 
     EXPECT_THAT(run("hx-sim replay " + file + " -- true"),
-                AllOf(errorMatches("v\\.recording:2: the program ended without asking this\n"
+                AllOf(errorMatches("v\\.recording:2: the program ended without this call\n"
                                    "  recorded: /dev/adc-id open rdwr nonblock\n"),
                       statusIs(4)));
 }
@@ -249,7 +249,7 @@ TEST(Replay, EndsWithTheProgramsStatusWhenNothingDiffers)
     EXPECT_THAT(run("hx-sim replay " + file + " -- sh -c 'hxaux voltage 0; exit 7'"), statusIs(7));
 }
 
-TEST(Replay, LetsProcessesOfAProgramComeInAnyOrder)
+TEST(Replay, AllowsProcessesInAnyOrder)
 {
     const Recordings recordings;
     const std::string file = recordings.of("sh -c 'hxaux voltage 0; hxaux backlight get'");
@@ -264,7 +264,7 @@ TEST(Replay, RefusesAFileThatCannotBeRead)
                 AllOf(errorIs("hx-sim: cannot read /nonexistent/file\n"), statusIs(3)));
 }
 
-TEST(Replay, RefusesWhatIsNoRecordingAndNamesTheLine)
+TEST(Replay, RefusesWhatIsNotARecordingAndNamesTheLine)
 {
     const Recordings recordings;
     const auto refusal = [&](const std::string& content) {
@@ -276,16 +276,16 @@ TEST(Replay, RefusesWhatIsNoRecordingAndNamesTheLine)
     const std::string title = "hx-sim recording 1\n";
 
     EXPECT_EQ(refusal(""), ":1: the file is empty\n");
-    EXPECT_EQ(refusal("x\n"), ":1: this is no recording: its first line is not 'hx-sim recording 1'\n");
+    EXPECT_EQ(refusal("x\n"), ":1: not a recording: its first line is not 'hx-sim recording 1'\n");
     EXPECT_EQ(refusal("hx-sim recording 2\n"), ":1: the recording has version 2; this hx-sim knows version 1\n");
     EXPECT_EQ(refusal(title + "\n# remark\n1.1 0 /dev/adc-id jump\n"), ":4: there is no call 'jump'\n");
     EXPECT_EQ(refusal(title + "1.1 0 /dev/adc-id write: zz\n"), ":2: '0xzz' is not a number\n");
     EXPECT_EQ(refusal(title + "1.1 0 /dev/adc-id write: 00 gg\n"), ":2: ' gg' is not understood\n");
-    EXPECT_EQ(refusal(title + "1.1 0 /dev/can write: \"12\n"), ":2: the closing quote is missing\n");
-    EXPECT_EQ(refusal(title + "1.1 0\n"), ":2: a word is missing\n");
+    EXPECT_EQ(refusal(title + "1.1 0 /dev/can write: \"12\n"), ":2: missing closing quote\n");
+    EXPECT_EQ(refusal(title + "1.1 0\n"), ":2: missing word\n");
 }
 
-/// What somebody may send as a recording, and the line and words with which it is refused.
+/// A hostile recording, and the line and message with which it is refused.
 struct HostileLine {
     const char* line;
     const char* refusal;
@@ -304,9 +304,9 @@ constexpr HostileLine kHostileLines[] = {
     {"file /opt/etc/hxaux.ini \"y\" z", "' z' is not understood"},
     {"absent /etc/passwd", "the unit has no device, file, library or function \"/etc/passwd\""},
     {"1.1 0 /dev/nope open rdwr", "the unit has no device \"/dev/nope\""},
-    {"1.1 0 /dev/ttyS0 read 2 -> 00 01 02", "the read gives more than the program asked for"},
-    {"1.1 0 /dev/ttyS0 read 2 -> 00 = 2", "the read gives more than the program asked for"},
-    {"1.1 0 /dev/ttyS0 write: 00 = 2", "more is written than the program gave"},
+    {"1.1 0 /dev/ttyS0 read 2 -> 00 01 02", "the read returns more than the program requested"},
+    {"1.1 0 /dev/ttyS0 read 2 -> 00 = 2", "the read returns more than the program requested"},
+    {"1.1 0 /dev/ttyS0 write: 00 = 2", "the write takes more than the program gave"},
     {"1.1 0 /dev/adc-id 0x80040099 -> 00 00 00 00 00", "more bytes than the number of the request declares"},
     {"1.1 -1 /dev/adc-id open rdwr", "the time is outside 0 to 1000000000 seconds"},
     {"1.1 1e300 /dev/adc-id open rdwr", "the time is outside 0 to 1000000000 seconds"},
@@ -349,13 +349,13 @@ TEST(Replay, SaysThatARecordingWithoutCallsComparesNothing)
     EXPECT_THAT(run("hx-sim replay " + file + " -- hxaux voltage 0"), statusIs(4));
 }
 
-TEST(Record, SaysThatAProgramAskedNothing)
+TEST(Record, ReportsAProgramWithoutCalls)
 {
     const Recordings recordings;
     const std::string file = recordings.file("nothing");
 
     EXPECT_THAT(run("hx-sim record -o " + file + " -- true"),
-                AllOf(statusIs(1), errorMatches("0 calls in .*\n.*asked nothing of the unit's devices")));
+                AllOf(statusIs(1), errorMatches("0 calls in .*\n.*made no call on the unit's devices")));
     EXPECT_THAT(run("hx-sim record -o " + file + " -- sh -c 'exit 5'"), statusIs(5));
 }
 
@@ -376,7 +376,7 @@ TEST(Replay, AnswersEachExampleAsItWasRecorded)
     const Recordings recordings;
     for (const auto& entry : fs::directory_iterator(fs::path(HX_EXAMPLE_SOURCES) / "expected")) {
         if (entry.path().stem() == "lightsensor")
-            continue; // it averages for a while: how often it asks is a matter of time
+            continue; // it averages for a while: the number of its requests depends on time
         const std::string program = std::string(HX_EXAMPLE_PROGRAMS) + "/" + entry.path().stem().string();
         SCOPED_TRACE(program);
         const std::string file = recordings.file("example");

@@ -11,21 +11,21 @@ using namespace hxtest;
 
 namespace {
 
-constexpr int kGoesOn = 124; // as `timeout` tells
+constexpr int kTimedOut = 124; // exit status of `timeout`
 
 /// Those that do not simply succeed.
 const std::map<std::string, int>& expectations()
 {
     static const std::map<std::string, int> rows{
-        {"hxaux backlight serve", kGoesOn},
+        {"hxaux backlight serve", kTimedOut},
         {"hxaux can frame-type 1", 1}, // not supported
-        {"hxaux light --watch", kGoesOn},
-        {"hxaux locks reset FILE_HXAUXINI_IS_IN_USE", 1}, // nobody has taken it
-        {"hxaux monitor --every 0.5", kGoesOn},
+        {"hxaux light --watch", kTimedOut},
+        {"hxaux locks reset FILE_HXAUXINI_IS_IN_USE", 1}, // it is not taken
+        {"hxaux monitor --every 0.5", kTimedOut},
         {"hxaux settings get ABL_k", 1},              // a new unit's file has none
         {"hxaux upgrade ss SystemSupervisor.hex", 3}, // no such file here
         {"hxaux verify fpga display.mcs", 3},         // no such file here
-        {"hxaux video minimize 1 --for 10", kGoesOn},
+        {"hxaux video minimize 1 --for 10", kTimedOut},
         {"hxaux video snapshot 1 file picture.bmp", 1}, // not supported
     };
     return rows;
@@ -80,12 +80,12 @@ TEST_P(ReferenceExamples, DoWhatTheyShouldOnAUnit)
     for (const hxaux::Verb& verb : GetParam()->verbs) {
         const std::string example(verb.example);
         const int status = expected(example);
-        const std::string limit = status == kGoesOn ? "timeout 1 " : "";
+        const std::string limit = status == kTimedOut ? "timeout 1 " : "";
 
         const Outcome outcome = unit.run(limit + example);
 
         EXPECT_EQ(outcome.status, status) << outcome;
-        if (status == 0 || status == kGoesOn)
+        if (status == 0 || status == kTimedOut)
             EXPECT_EQ(outcome.error, noteOf(example)) << outcome;
         else
             EXPECT_NE(outcome.error, "") << outcome;

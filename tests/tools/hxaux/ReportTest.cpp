@@ -82,7 +82,7 @@ TEST(ReportText, ShowsSwitchesAsOnAndOffAndNothingAsAbsent)
 TEST(ReportJson, IsTheOneDocumentedForm)
 {
     EXPECT_EQ(asJson(voltageReport()),
-              R"({"format":1,"object":"voltage","verb":"","status":0,)"
+              R"({"format":2,"object":"voltage","verb":"","status":0,)"
               R"("result":{"voltage 0":11.998},"units":{"voltage 0":"V"},"notes":[],"errors":[]})"
               "\n");
 }
@@ -97,7 +97,7 @@ TEST(ReportJson, CarriesCodeNameAndTextOfAnError)
         nlohmann::json::parse(R"({"item":"","code":7,"name":"ERR_IOCTRL_FAILED","text":"IoCtrl operation failed"})"));
 }
 
-TEST(ReportJson, StaysJsonWhenATextIsNoUtf8)
+TEST(ReportJson, StaysJsonWhenATextIsNotUtf8)
 {
     EXPECT_TRUE(nlohmann::json::accept(asJson({"info", "", Exit::Done, {{"serial", "\xff\xfe"}}, {}, {}})));
 }

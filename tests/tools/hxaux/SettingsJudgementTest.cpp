@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What `hxaux doctor` says to the contents of a settings file.
+// The findings of `hxaux doctor` for the contents of a settings file.
 #include "tools/hxaux/doctor/Doctor.h"
 
 #include <gmock/gmock.h>
@@ -21,10 +21,10 @@ Findings wrongIn(const std::string& content)
     return findings;
 }
 
-auto finding(const std::string& item, const std::string& problem, const std::string& mend)
+auto finding(const std::string& item, const std::string& problem, const std::string& remedy)
 {
     return AllOf(Field("item", &Finding::item, item), Field("problem", &Finding::problem, HasSubstr(problem)),
-                 Field("mend", &Finding::mend, mend));
+                 Field("remedy", &Finding::remedy, remedy));
 }
 
 } // namespace
@@ -45,10 +45,10 @@ TEST(SettingsJudgement, FindsNothingInAnEmptyFile)
     EXPECT_THAT(settingsIn(""), IsEmpty());
 }
 
-TEST(SettingsJudgement, FindsASettingThatIsNoNumber)
+TEST(SettingsJudgement, FindsASettingThatIsNotANumber)
 {
     EXPECT_THAT(wrongIn("ABL_k=steep\n"),
-                ElementsAre(finding("ABL_k", "'steep' is no number", "hxaux settings set ABL_k 50")));
+                ElementsAre(finding("ABL_k", "'steep' is not a number", "hxaux settings set ABL_k 50")));
 }
 
 TEST(SettingsJudgement, FindsASettingOutsideItsRange)

@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// Runs something in a child process that tells by a byte when it is ready; then sends a signal and gives its status.
+// Runs work in a child process that writes a byte when it is ready; then sends a signal and returns the child's status.
 int statusAfterSignal(int number, const std::function<void(const std::function<void()>&)>& work)
 {
     int ready[2];
@@ -148,7 +148,7 @@ TEST(HeldSignals, HoldAReaderBackThatWentAway)
                 _exit(4);
             alarm(0);
         }
-        _exit(3); // not reached: the program ends as one that writes to nobody does
+        _exit(3); // not reached: the program ends by PIPE
     });
 
     EXPECT_TRUE(WIFSIGNALED(status));

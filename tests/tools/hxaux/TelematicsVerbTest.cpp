@@ -9,7 +9,7 @@ const std::vector<std::string> kWithoutModules{"do = forget addon GSM", "do = fo
                                                "do = forget addon GPS", "do = forget addon BLUETOOTH"};
 } // namespace
 
-TEST(TelematicsVerb, TellsEverything)
+TEST(TelematicsVerb, ShowsEverything)
 {
     EXPECT_THAT(onUnit("hxaux telematics status", {"telematics.antenna-short = on"}),
                 AllOf(outputIs("available: on\ngprs: off\ngprs at start: off\nwlan: off\nwlan at start: off\n"
@@ -63,7 +63,7 @@ TEST(TelematicsVerb, StoresTheWishesForTheStart)
                 AllOf(outputIs("gprs at start: on\nwlan at start: off\n"), errorIs(""), statusIs(0)));
 }
 
-TEST(TelematicsVerb, ASignalWaitsUntilThePowerKeyIsFree)
+TEST(TelematicsVerb, ASignalWaitsUntilThePowerKeyIsReleased)
 {
     const char* const untilHeld = "until hx-sim get telematics.gsm-key | grep -q held; do sleep 0.05; done; ";
 

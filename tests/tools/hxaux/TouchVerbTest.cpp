@@ -4,19 +4,19 @@
 using namespace hxtest;
 using testing::AllOf;
 
-TEST(TouchVerb, TellsAndSetsTheMode)
+TEST(TouchVerb, ShowsAndSetsTheMode)
 {
     EXPECT_THAT(onUnit("hxaux touch mode; hxaux touch mode 3; hxaux touch mode"),
                 AllOf(outputIs("mode: 1\nmode: 3\n"), errorIs(""), statusIs(0)));
 }
 
-TEST(TouchVerb, TellsAndSetsTheRightClickTime)
+TEST(TouchVerb, ShowsAndSetsTheRightClickTime)
 {
     EXPECT_THAT(onUnit("hxaux touch right-click 999; hxaux touch right-click"),
                 AllOf(outputIs("right click: 999\n"), statusIs(0)));
 }
 
-TEST(TouchVerb, TellsAllAdvancedSettings)
+TEST(TouchVerb, ShowsAllAdvancedSettings)
 {
     EXPECT_THAT(onUnit("hxaux touch advanced"), AllOf(outputMatches("^setting 0: 800\nsetting 1: 120\n"),
                                                       outputMatches("setting 11: 10\n$"), statusIs(0)));

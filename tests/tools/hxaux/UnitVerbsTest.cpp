@@ -5,7 +5,7 @@
 using namespace hxtest;
 using testing::AllOf;
 
-TEST(VersionVerb, TellsAllVersionsOfAHealthyUnit)
+TEST(VersionVerb, ShowsAllVersionsOfAHealthyUnit)
 {
     const Unit unit({"version.ss=1.2.3.4"});
 
@@ -15,7 +15,7 @@ TEST(VersionVerb, TellsAllVersionsOfAHealthyUnit)
                       errorIs(""), statusIs(0)));
 }
 
-TEST(VersionVerb, TellsTheOthersWhenOneCannotBeRead)
+TEST(VersionVerb, ShowsTheOthersWhenOneCannotBeRead)
 {
     const Unit unit;
     unit.control("fail /dev/fpga-version 0x80040037 EIO");
@@ -71,7 +71,7 @@ TEST(VoltageVerb, ReportsARefusedRequest)
                 AllOf(outputIs(""), errorIs("voltage: IoCtrl operation failed (7)\n"), statusIs(1)));
 }
 
-TEST(InputsVerb, TellsEachInput)
+TEST(InputsVerb, ShowsEachInput)
 {
     const Unit unit({"inputs.2=on"});
 

@@ -51,7 +51,7 @@ TEST(UpgradeVerb, ChecksAGoodFileWithoutTheUnit)
 
     EXPECT_THAT(
         run("hxaux upgrade ss " + folder.file("a.hex", supervisorText()) + " --dry-run"),
-        AllOf(outputIs("image: 1000 bytes\n"), errorIs("the file is good; the unit was not touched\n"), statusIs(0)));
+        AllOf(outputIs("image: 1000 bytes\n"), errorIs("the file is valid; the unit was not touched\n"), statusIs(0)));
     EXPECT_THAT(
         run("hxaux upgrade front " + folder.file("a.hex", firmware::intelHexOfSize(50000, {1, 2})) + " --dry-run"),
         AllOf(outputMatches("image: 2 bytes"), statusIs(0)));
@@ -69,14 +69,21 @@ TEST(UpgradeVerb, RefusesABadFileWithoutTheUnit)
     };
 
     EXPECT_THAT(check("ss", wrong), AllOf(errorMatches("checksum is wrong"), outputIs(""), statusIs(3)));
-    EXPECT_THAT(check("ss", std::string(95000, '\n')), AllOf(errorMatches("end record is missing"), statusIs(3)));
+    EXPECT_THAT(check("ss", std::string(95000, '\n')), AllOf(errorMatches("missing end record"), statusIs(3)));
     EXPECT_THAT(check("ss", std::string(95000, 'x')),
-                AllOf(errorMatches("line 1: .*this is not an Intel HEX file"), statusIs(3)));
-    EXPECT_THAT(check("ss", ""), AllOf(errorMatches("not supervisor firmware"), statusIs(3)));
+                AllOf(errorMatches("line 1: .*not an Intel HEX file"), statusIs(3)));
+    EXPECT_THAT(check("ss", ""), AllOf(errorMatches("not supervisor firmware: expected an Intel HEX file of 95,000 to "
+                                                    "1,000,000 bytes that does not contain 'Front_uc'\n"),
+                                       statusIs(3)));
     EXPECT_THAT(check("front", firmware::filledUpTo(60000, '\n', "SystemSupervisor")),
-                AllOf(errorMatches("not front-panel firmware"), statusIs(3)));
-    EXPECT_THAT(check("fpga", ":00000001FF\n"), AllOf(errorMatches("no data record of 16 bytes"), statusIs(3)));
-    EXPECT_THAT(check("fpga", std::string(43, '1')), AllOf(errorMatches("checksum is wrong"), statusIs(3)));
+                AllOf(errorMatches("not front-panel firmware: expected an Intel HEX file of 50,000 to 110,000 bytes "
+                                   "that does not contain 'SystemSupervisor'\n"),
+                      statusIs(3)));
+    EXPECT_THAT(check("fpga", ":00000001FF\n"),
+                AllOf(errorMatches("not an FPGA configuration: expected an MCS file with data records of 16 bytes\n"),
+                      statusIs(3)));
+    EXPECT_THAT(check("fpga", std::string(43, '1')),
+                AllOf(errorMatches("not an FPGA configuration: the checksum of a record is wrong\n"), statusIs(3)));
 }
 
 TEST(UpgradeVerb, CannotReadAMissingFileOrAFolder)
@@ -97,7 +104,7 @@ TEST(UpgradeVerb, RefusesAnUnknownTarget)
     EXPECT_THAT(run("hxaux upgrade ss"), statusIs(2));
 }
 
-TEST(UpgradeVerb, TellsAsJsonWhatADryRunFound)
+TEST(UpgradeVerb, PrintsTheResultOfADryRunAsJson)
 {
     const Folder folder;
 
@@ -130,7 +137,7 @@ TEST(UpgradeVerb, RefusesWhatIsNotARegularFileAndDoesNotWaitForIt)
     for (const std::string& name : {fifo, std::string("/dev/zero"), std::string("/dev/full")})
         for (const char* const command : {"upgrade ss ", "upgrade fpga ", "verify front ", "verify fpga "})
             EXPECT_THAT(run(std::string("hxaux ") + command + name),
-                        AllOf(errorMatches(name + ": it is not a regular file"), statusIs(3)));
+                        AllOf(errorMatches(name + ": not a regular file"), statusIs(3)));
 }
 
 TEST(UpgradeVerb, RefusesAFileWithoutAnEnd)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Claims about every row of the verb table.
+// Properties of every row of the verb table.
 #include "testing/Command.h"
 #include "tools/hxaux/Arguments.h"
 #include "tools/hxaux/Help.h"
@@ -15,13 +15,13 @@ using testing::HasSubstr;
 
 namespace {
 
-template <typename Claim>
-void forEachVerb(Claim claim)
+template <typename Check>
+void forEachVerb(Check check)
 {
     for (const Object* object : allObjects()) {
         for (const Verb& verb : object->verbs) {
             SCOPED_TRACE(spoken(*object, verb));
-            claim(*object, verb);
+            check(*object, verb);
         }
     }
 }

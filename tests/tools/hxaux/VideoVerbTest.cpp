@@ -4,7 +4,7 @@
 using namespace hxtest;
 using testing::AllOf;
 
-TEST(VideoVerb, TellsEverything)
+TEST(VideoVerb, ShowsEverything)
 {
     EXPECT_THAT(onUnit("hxaux video status 2", {"video.2.standard = ntsc-m"}),
                 AllOf(outputIs("shown: off\nfields: both\nmirrored: off\nchannel: 1\nstandard: ntsc-m\n"
@@ -63,7 +63,7 @@ TEST(VideoVerb, PassesOnThatAScaleIsOutOfRange)
 TEST(VideoVerb, WantsAllValuesOrNone)
 {
     EXPECT_THAT(onUnit("hxaux video area 1 1 2"),
-                AllOf(errorIs("video area: all 4 values are needed, or none\n"), statusIs(2)));
+                AllOf(errorIs("video area: missing argument: give all 4 values, or none\n"), statusIs(2)));
 }
 
 TEST(VideoVerb, ReadsAndWritesDecoderRegisters)
@@ -72,14 +72,14 @@ TEST(VideoVerb, ReadsAndWritesDecoderRegisters)
                 AllOf(outputIs("decoder register 10: 240\n"), errorIs(""), statusIs(0)));
 }
 
-TEST(VideoVerb, TellsStandardRawImageAndControlByte)
+TEST(VideoVerb, ShowsStandardRawImageAndControlByte)
 {
     EXPECT_THAT(
         onUnit("hxaux video standard 1; hxaux video raw 1; hxaux video control 1", {"video.1.standard = secam"}),
         AllOf(outputIs("standard: secam\nraw image: 720, 576, 25.00\ncontrol byte: 4\n"), statusIs(0)));
 }
 
-TEST(VideoVerb, MinimizesAndTellsTheAreaBefore)
+TEST(VideoVerb, MinimizesAndShowsThePreviousArea)
 {
     EXPECT_THAT(onUnit("hxaux video minimize 1; hxaux video area 1"),
                 AllOf(outputIs("area before: 0, 0, 720, 576\narea: 0, 0, 0, 0\n"), errorIs(""), statusIs(0)));

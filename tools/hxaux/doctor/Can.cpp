@@ -26,7 +26,8 @@ Finding look(int network)
     std::string text;
     std::getline(file, text);
     if (!toInteger(text))
-        return {item, path + " holds '" + text + "', no bit rate", "hxaux can set " + std::to_string(network) + " 250"};
+        return {item, path + " holds '" + text + "', which is not a bit rate",
+                "hxaux can set " + std::to_string(network) + " 250"};
     return {item, "", ""};
 }
 

@@ -15,7 +15,7 @@ constexpr const char* kFifo = "/tmp/hxauxd.fifo";
 constexpr const char* kPlainFile = "is a plain file, made by a shell's '>'";
 constexpr const char* kStart = "sudo systemctl restart hxauxd";
 
-// Opening for writing without waiting succeeds only while somebody reads; nothing is written.
+// A non-blocking open for writing succeeds only while a process reads the FIFO; nothing is written.
 std::string problemOf(const char* path)
 {
     struct stat status {};
@@ -25,7 +25,7 @@ std::string problemOf(const char* path)
         return kPlainFile;
     const int descriptor = open(path, O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0)
-        return errno == ENXIO ? "nobody reads it: the daemon does not run" : std::strerror(errno);
+        return errno == ENXIO ? "no process reads it: the daemon does not run" : std::strerror(errno);
     close(descriptor);
     return "";
 }

@@ -17,7 +17,7 @@ constexpr std::array kDevices = {
     "/dev/analog-video2", "/dev/fpgaflash",    "/dev/uart-redir",   "/dev/ttyS0",
 };
 
-// Rights are asked for, not tried: opening a device can change its state.
+// Only the permissions are checked: opening a device can change its state.
 Finding look(const std::string& path)
 {
     if (access(path.c_str(), R_OK | W_OK) == 0)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What `hxaux doctor` looks at. Each check only looks: nothing on the unit changes, no lock is waited for.
+// The checks of `hxaux doctor`. They are read-only: nothing on the unit changes, and they wait for no lock.
 #ifndef HXAUX_DOCTOR_H
 #define HXAUX_DOCTOR_H
 
@@ -9,22 +9,22 @@
 namespace hxaux::doctor {
 
 struct Finding {
-    std::string item;    // what was looked at
+    std::string item;    // what was checked
     std::string problem; // empty when it is fine
-    std::string mend;    // the command that mends it
+    std::string remedy;  // the command that fixes it
 };
 
 using Findings = std::vector<Finding>;
 
-Findings devices();      // there, and this user may use them
+Findings devices();      // present, and accessible to this user
 Findings versions();     // known, and new enough for every function
-Findings boardLibrary(); // libjida.so and every function that is needed of it
-Findings daemon();       // somebody reads the FIFO
+Findings boardLibrary(); // libjida.so and every function that the library needs of it
+Findings daemon();       // a process reads the FIFO
 Findings settingsFile(); // readable, writable, and every known setting within its range
 Findings locks();        // none is held by a program that died
 Findings can();          // the bit-rate attributes of the CAN networks
 
-// The lines of a settings file judged without the file: for every line or setting that is not as it should be.
+// Checks the lines of a settings file: a finding for every setting and for every bad line.
 Findings settingsIn(const std::string& content);
 
 } // namespace hxaux::doctor

@@ -23,7 +23,7 @@ struct Setting {
     const char* key;
     double least;
     double most;
-    const char* standard; // what it is without an entry, and what mends it
+    const char* standard; // the value without an entry; setting it is the remedy
 };
 
 constexpr std::array<Setting, 10> kSettings{{
@@ -45,7 +45,7 @@ std::string trimmed(const std::string& text)
     return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(' ') - begin + 1);
 }
 
-// What a line is to the library's reader; the reader itself takes everything without a word.
+// How the library's parser reads a line; the parser itself accepts everything silently.
 std::string problemOfLine(const std::string& line, std::map<std::string, std::string>& entries)
 {
     if (line.empty() || line[0] == ';' || line == "[" || line == "/")
@@ -61,7 +61,7 @@ std::string problemOfLine(const std::string& line, std::map<std::string, std::st
     return again ? "sets " + key + " again; the last value counts" : "";
 }
 
-std::string mendLine(int number, const std::string& line)
+std::string remedyOfLine(int number, const std::string& line)
 {
     const std::string edit = line.back() == '\r' ? "s/\\r$//" : std::to_string(number) + "d";
     return "sed -i '" + edit + "' " + kFile;
@@ -72,7 +72,7 @@ Finding judge(const Setting& setting, const std::string& value)
     const auto number = toReal(value);
     if (number && *number >= setting.least && *number <= setting.most)
         return {setting.key, "", ""};
-    return {setting.key, number ? "'" + value + "' is outside its range" : "'" + value + "' is no number",
+    return {setting.key, number ? "'" + value + "' is outside its range" : "'" + value + "' is not a number",
             std::string("hxaux settings set ") + setting.key + " " + setting.standard};
 }
 
@@ -99,7 +99,7 @@ Findings settingsIn(const std::string& content)
     for (std::string line; std::getline(lines, line);) {
         ++number;
         if (const std::string problem = problemOfLine(line, entries); !problem.empty())
-            findings.push_back({"line " + std::to_string(number), problem, mendLine(number, line)});
+            findings.push_back({"line " + std::to_string(number), problem, remedyOfLine(number, line)});
     }
     for (const Setting& setting : kSettings) {
         if (const auto entry = entries.find(setting.key); entry != entries.end())

@@ -19,7 +19,7 @@ using Version = std::array<unsigned char, 4>;
 struct Component {
     const char* name;
     Getter get;
-    const char* mend;
+    const char* remedy;
 };
 
 constexpr const char* kReloadDrivers = "sudo systemctl restart systemd-modules-load && sudo udevadm trigger";
@@ -39,7 +39,7 @@ struct Need {
     Getter get;
     Gate gate;
     Version least;
-    const char* mend;
+    const char* remedy;
 };
 
 constexpr const char* kUpgradeSs = "hxaux upgrade ss FILE";
@@ -106,7 +106,7 @@ Finding look(AuxVersion& versions, const Component& component)
     if (code == Halvix::ERR_SUCCESS)
         return {item + " " + text(version), "", ""};
     return {item, std::string("cannot be read: ") + GetErrorStringA(code) + " (" + std::to_string(code) + ")",
-            component.mend};
+            component.remedy};
 }
 
 Finding look(const Need& need, const Version& installed)
@@ -116,7 +116,7 @@ Finding look(const Need& need, const Version& installed)
         return {need.function, "", ""};
     return {need.function,
             std::string(need.component) + " " + text(installed) + " is installed, " + text(least) + " is needed",
-            need.mend};
+            need.remedy};
 }
 
 } // namespace

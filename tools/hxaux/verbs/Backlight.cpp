@@ -66,7 +66,7 @@ void filter(Call& call)
     const Interface<Backlight> backlight(GetBacklight());
     if (call.has("average")) {
         if (!call.has("mode"))
-            call.fail(Exit::Usage, "all four values are needed: AVERAGE REJECT SPREAD MODE");
+            call.fail(Exit::Usage, "missing argument: AVERAGE REJECT SPREAD MODE are set together");
         return call.check(backlight->setAutomaticBLFilter(
             call.as<unsigned long>("average"), call.as<unsigned long>("reject"), call.as<unsigned long>("spread"),
             call.as<Halvix::LightSensorSamplingMode>("mode")));
@@ -113,7 +113,7 @@ const Object objects::Backlight{
          .example = "hxaux backlight set 128",
          .run = setLevel,
          .values = {integer("level", 0, 255, "", "0 is darkest")},
-         .details = "While the automatic backlight is on it learns its curve from the level and the light of the "
+         .details = "While the automatic backlight is on, it learns its curve from the level and the light of the "
                     "moment."},
         {.name = "status", .help = "Reads the status byte.", .example = "hxaux backlight status", .run = readStatus},
         {.name = "auto on",
@@ -126,7 +126,7 @@ const Object objects::Backlight{
          .example = "hxaux backlight auto off",
          .run = switchOff},
         {.name = "auto status",
-         .help = "Tells whether the automatic backlight is switched on.",
+         .help = "Shows whether the automatic backlight is switched on.",
          .example = "hxaux backlight auto status",
          .run = readAutomatic},
         {.name = "auto filter",
@@ -136,7 +136,7 @@ const Object objects::Backlight{
          .values =
              {integer("average", 1, kAnyWindow, "samples", "how many samples are averaged").optional(),
               integer("reject", 0, kAnyWindow, "samples", "how many samples must agree; 0 or 1 takes all").optional(),
-              integer("spread", 1, kAnyWindow, "lux", "how far they may lie apart").optional(),
+              integer("spread", 1, kAnyWindow, "lux", "how far they may differ").optional(),
               choice("mode", kSamplingModes, "measuring range").optional()},
          .details = "Takes effect when the automatic backlight is next switched on. One sample is taken every 800 ms."},
         {.name = "auto params",
@@ -144,13 +144,13 @@ const Object objects::Backlight{
          .example = "hxaux backlight auto params soft",
          .run = params,
          .values = {choice("transition", kTransitions, "how a new level is reached").optional()},
-         .details = "The level is slope * ln(lux) - 10. The slope is learnt from levels that are set by hand."},
+         .details = "The level is slope * ln(lux) - 10. The slope is learned from levels set by hand."},
         {.name = "serve",
-         .help = "Runs the automatic backlight of the unit in the foreground until a signal ends it.",
+         .help = "Runs the automatic backlight of the unit in the foreground until a signal stops it.",
          .example = "hxaux backlight serve",
          .run = serveBacklight,
-         .details = "One process of the unit does this. INT or TERM end it in order: the light sensor is free "
-                    "afterwards and the settings are as they were."},
+         .details = "One process of the unit does this. INT or TERM stop it cleanly: it releases the light sensor "
+                    "and leaves the settings unchanged."},
     }};
 
 } // namespace hxaux

@@ -67,7 +67,7 @@ void switchOff(Call& call)
 
 void beep(Call& call)
 {
-    const CaughtSignals signals; // a signal cuts the beep short; it must not end the tool while the buzzer sounds
+    const CaughtSignals signals; // a signal shortens the beep; it must not end the tool while the buzzer sounds
     const Interface<Buzzer> buzzer(GetBuzzer());
     const eErr err = buzzer->buzze(call.as<int>("time"), true);
     if (signals.any() && err != Halvix::ERR_IN_PROGRESS)

@@ -38,14 +38,14 @@ int pointsOf(Mode mode)
     }
 }
 
-// One walk through all points. Whatever ends it early, the controller waits for no point afterwards.
+// One pass through all points. After an early end the controller waits for no point.
 class Walk {
 public:
     Walk(Call& call, TouchScreenCalib& calib) : call_(call), calib_(calib) {}
     ~Walk()
     {
         if (!finished_)
-            (void)calib_.SetCalibrationPoint(0); // best effort: what went wrong is said already
+            (void)calib_.SetCalibrationPoint(0); // best effort: the failure is reported already
     }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
@@ -102,7 +102,7 @@ private:
     [[noreturn]] void stop(Exit status, const std::string& why)
     {
         call_.problem(status, "", why + "; the calibration is not complete, 'hxaux calibrate run' starts it again");
-        call_.show(); // a signal leaves no time for it later
+        call_.show(); // a signal ends the program at once afterwards
         throw Stop{};
     }
 
@@ -182,10 +182,11 @@ const Object objects::Calibrate{
          .run = run,
          .values = {choice("mode", kModes, "which calibration; 5-points when it is left out").optional()},
          .options = {real("timeout", 0.1, 86400, "s", "how long to wait for each point; 60 s if not given").optional()},
-         .details = "Piped, or with --json, each point is told when it is waited for and when it was taken. Ended "
-                    "early, the controller waits for no point any more, but the calibration is not complete."},
+         .details =
+             "Piped, or with --json, one line reports when a point is waited for and one when it was taken. After an "
+             "early end the controller waits for no point any more, but the calibration is not complete."},
         {.name = "mode",
-         .help = "Tells which calibration runs, or starts one.",
+         .help = "Shows which calibration runs, or starts one.",
          .example = "hxaux calibrate mode 5-points",
          .run = mode,
          .values = {choice("mode", kModes, "the calibration to start").optional()}},
@@ -195,13 +196,13 @@ const Object objects::Calibrate{
          .run = point,
          .values = {integer("point", 0, 255, "", "number of the point, up to 5, 9 or 13")}},
         {.name = "check",
-         .help = "Tells whether a point was taken.",
+         .help = "Shows whether a point was taken.",
          .example = "hxaux calibrate check 1",
          .run = check,
          .values = {integer("point", 0, 255, "", "number of the point")},
          .repeat = Repeat::Watch},
         {.name = "parameter",
-         .help = "Tells one or all calibration parameters, or sets one.",
+         .help = "Shows one or all calibration parameters, or sets one.",
          .example = "hxaux calibrate parameter 2 3900",
          .run = parameter,
          .values = {integer("parameter", 0, kParameters - 1, "", "which parameter; all when it is left out").optional(),

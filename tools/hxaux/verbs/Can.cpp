@@ -37,7 +37,7 @@ void setRate(Call& call)
     const Interface<CanSetting> can(GetCanSetting());
     const Halvix::eErr code = can->setBaudrate(call.as<unsigned char>("network"), call.as<unsigned short>("rate"));
     if (code == Halvix::ERR_IOCTRL_FAILED)
-        call.note("the system takes a new rate only while the interface is down: ip link set can" +
+        call.note("the system accepts a new rate only while the interface is down: ip link set can" +
                   std::to_string(call.integer("network") - 1) + " down");
     call.check(code);
 }
@@ -67,15 +67,15 @@ const Object objects::Can{
          .run = readRates,
          .values = {integer("network", 1, kNetworks, "", "which network; all when it is left out").optional()},
          .repeat = Repeat::Watch,
-         .details = "A rate that is no whole number of kbit/s is rounded down."},
+         .details = "A rate that is not an integer number of kbit/s is rounded down."},
         {.name = "set",
          .help = "Sets the bit rate of a network.",
          .example = "hxaux can set 1 250",
          .run = setRate,
          .values = {kNetwork, integer("rate", 0, 1000, "kbit/s", "the new bit rate")},
-         .details = "The system takes a new rate only while the interface is down."},
+         .details = "The system accepts a new rate only while the interface is down."},
         {.name = "frame-type",
-         .help = "Tells or sets which kind of frames a network carries; this platform supports neither.",
+         .help = "Shows or sets which kind of frames a network carries; this platform supports neither.",
          .example = "hxaux can frame-type 1",
          .run = frameType,
          .values = {kNetwork, choice("type", kFrameTypes, "the new kind").optional()}},

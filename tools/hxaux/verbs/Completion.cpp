@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The shells ask the tool itself what can follow, so that their scripts know nothing of the verbs.
+// The shells query the tool for candidates, so their scripts contain no verbs.
 #include "tools/hxaux/Completion.h"
 
 #include "tools/hxaux/Call.h"
@@ -86,11 +86,11 @@ const Object objects::Completion{
         },
         {
             .name = "words",
-            .help = "Tells what can stand at the end of an unfinished command line.",
+            .help = "Prints what can stand at the end of an unfinished command line.",
             .example = "hxaux completion words voltage ''",
             .run = printWords,
             .values = {text("word", "the words behind 'hxaux'; the last one is unfinished, or empty").repeated()},
-            .details = "This is what the scripts ask. Each line is a word, a tab and what it means.",
+            .details = "The completion scripts call this. Each line is a word, a tab and its meaning.",
         },
         {
             .name = "zsh",

@@ -13,7 +13,7 @@ using Halvix::Config;
 using Halvix::eErr;
 using Halvix::HXStatus;
 
-// One setting: how it is shown and how it is changed. A setter takes the value named "value".
+// One setting: how it is shown and how it is changed. A setter reads the value named "value".
 struct Setting {
     const char* name;
     eErr (*show)(Call& call, Config& config, const char* name);
@@ -30,7 +30,7 @@ eErr showNumber(Call& call, Config& config, const char* name)
     return err;
 }
 
-// A load's word may be another than 0 and 1; it is shown as the number that it is.
+// A load's word may differ from 0 and 1; it is then shown as a number.
 template <eErr (Config::*Get)(HXStatus*)>
 eErr showStatus(Call& call, Config& config, const char* name)
 {
@@ -136,7 +136,7 @@ Argument value(double least, double most, std::string_view help)
     return integer("value", least, most, "", help).optional();
 }
 
-constexpr std::string_view kFirmware = "What each value does is defined by the supervisor's firmware.";
+constexpr std::string_view kFirmware = "The supervisor's firmware defines what each value does.";
 constexpr std::string_view kUnit = "The time is in the supervisor's own unit.";
 constexpr std::string_view kKept = "Kept by the supervisor over restarts.";
 

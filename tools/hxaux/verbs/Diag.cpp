@@ -13,7 +13,7 @@ namespace {
 using Halvix::Diagnostic;
 using Halvix::eErr;
 
-// Sensors of the processor module: the board library does not tell their number, so the first failure ends the list.
+// Sensors of the processor module: the board library does not report their number, so the first failure ends the list.
 constexpr int kMostSensors = 256;
 
 template <typename Number, eErr (Diagnostic::*Get)(Number*)>
@@ -26,14 +26,14 @@ eErr showNumber(Call& call, Diagnostic& diagnostic, const char* name)
     return err;
 }
 
-// A code with its text.
+// A code with its name.
 template <eErr (Diagnostic::*Get)(unsigned short*), const char* (*Text)(unsigned short)>
 eErr showCode(Call& call, Diagnostic& diagnostic, const char* name)
 {
     unsigned short code = 0;
     const eErr err = (diagnostic.*Get)(&code);
     if (err == Halvix::ERR_SUCCESS)
-        call.print(name, Value::Record{{"code", code}, {"text", Text(code)}});
+        call.print(name, Coded{code, Text(code)});
     return err;
 }
 
@@ -126,45 +126,45 @@ const Object objects::Diag{
     "temperatures, counters, reasons and the hardware error status",
     {
         {.name = "",
-         .help = "Shows everything that the supervisor tells.",
+         .help = "Shows all values that the supervisor reports.",
          .example = "hxaux diag",
          .run = showAll,
          .repeat = Repeat::Watch,
          .details = "What cannot be read is named on standard error."},
         {.name = "supervisor",
-         .help = "Tells the temperature inside the supervisor.",
+         .help = "Shows the temperature inside the supervisor.",
          .example = "hxaux diag supervisor",
          .run = showOne<kSupervisor>,
          .repeat = Repeat::Watch,
          .details = kOwnUnit},
         {.name = "board",
-         .help = "Tells the temperature of the main board.",
+         .help = "Shows the temperature of the main board.",
          .example = "hxaux diag board",
          .run = showOne<kBoard>,
          .repeat = Repeat::Watch,
          .details = kOwnUnit},
         {.name = "module",
-         .help = "Tells the temperatures of the processor module.",
+         .help = "Shows the temperatures of the processor module.",
          .example = "hxaux diag module 0",
          .run = module,
          .values = {integer("sensor", 0, 255, "", "number of the sensor; all when it is left out").optional()},
          .repeat = Repeat::Watch,
          .details = "Whole degrees, the fraction cut off."},
         {.name = "extremes",
-         .help = "Tells the lowest and the highest temperature that was seen.",
+         .help = "Shows the lowest and the highest temperature that was seen.",
          .example = "hxaux diag extremes",
          .run = showOne<kExtremes>,
          .details = kOwnUnit},
         {.name = "startup",
-         .help = "Tells why the unit started.",
+         .help = "Shows why the unit started.",
          .example = "hxaux diag startup",
          .run = showOne<kStartup>},
         {.name = "shutdown",
-         .help = "Tells the supervisor's code for the last shut-down.",
+         .help = "Shows the supervisor's code for the last shut-down.",
          .example = "hxaux diag shutdown",
          .run = showOne<kShutDown>},
         {.name = "error",
-         .help = "Tells the hardware error status.",
+         .help = "Shows the hardware error status.",
          .example = "hxaux diag error",
          .run = showOne<kError>,
          .repeat = Repeat::Watch},
@@ -173,11 +173,11 @@ const Object objects::Diag{
          .example = "hxaux diag clear-error",
          .run = clearError},
         {.name = "cycles",
-         .help = "Tells how often the unit was switched on.",
+         .help = "Shows how often the unit was switched on.",
          .example = "hxaux diag cycles",
          .run = showOne<kCycles>},
         {.name = "timers",
-         .help = "Tells the seven operating times.",
+         .help = "Shows the seven operating times.",
          .example = "hxaux diag timers",
          .run = showOne<kTimers>,
          .repeat = Repeat::Watch,

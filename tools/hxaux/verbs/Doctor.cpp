@@ -54,7 +54,7 @@ void printLines(Call& call, const Check& check, const Findings& findings)
         if (fine(finding))
             continue;
         call.print(item, finding.problem);
-        call.print("  mend with", finding.mend);
+        call.print("  fix", finding.remedy);
     }
 }
 
@@ -64,7 +64,7 @@ Value asRecord(const Check& check, const Finding& finding)
                          {"item", finding.item},
                          {"fine", fine(finding)},
                          {"problem", fine(finding) ? Value(Absent{}) : Value(finding.problem)},
-                         {"mend", fine(finding) ? Value(Absent{}) : Value(finding.mend)}};
+                         {"remedy", fine(finding) ? Value(Absent{}) : Value(finding.remedy)}};
 }
 
 void examine(Call& call)
@@ -85,24 +85,23 @@ void examine(Call& call)
     if (call.asJson())
         call.print("findings", std::move(records));
     if (problems != 0)
-        call.problem(Exit::Refused, "",
-                     std::to_string(problems) + " of " + std::to_string(looked) + " things are not as they should be");
+        call.problem(Exit::Refused, "", std::to_string(problems) + " of " + std::to_string(looked) + " checks failed");
 }
 
 } // namespace
 
 const Object objects::Doctor{
     "doctor",
-    "what is wrong with this unit, and the commands that mend it",
+    "finds what is wrong with this unit and the commands that fix it",
     {
         {
             .name = "",
-            .help = "Looks at everything that the library needs of the unit.",
+            .help = "Checks everything that the library needs of the unit.",
             .example = "hxaux doctor",
             .run = examine,
             .values = {choice("check", kCheckNames, "only this check").optional()},
             .options = {flag("all", "lists what is fine as well")},
-            .details = "Changes nothing and waits for no lock. Each finding names the command that mends it. Status 1 "
+            .details = "Changes nothing and waits for no lock. Each finding names the command that fixes it. Status 1 "
                        "when something is wrong.",
         },
     }};

@@ -27,7 +27,7 @@ unsigned char storeOf(Call& call)
     return call.has("store") ? call.as<unsigned char>("store") : 0;
 }
 
-// The library takes texts that it may change but never does.
+// The library takes non-const texts but never changes them.
 Halvix::eErr read(HXAuxPrivate& service, unsigned char store, std::string key, std::string& value)
 {
     std::array<char, 256> text{};
@@ -58,7 +58,7 @@ void set(Call& call)
     checkKey(call);
     if (const std::string reason = refusedProperty(call.text("value")); !reason.empty())
         call.fail(Exit::Usage, "the value cannot be stored: " + reason);
-    const HeldSignals held; // a write that is cut short leaves half of the old and half of the new text
+    const HeldSignals held; // an interrupted write leaves half of the old and half of the new text
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
     std::string key = call.text("key");
     std::string value = call.text("value");

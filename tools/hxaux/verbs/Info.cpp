@@ -13,7 +13,7 @@ namespace {
 using Halvix::About;
 using Halvix::eErr;
 
-// What stands for a property that the EEPROM lacks.
+// Shown for a property that the EEPROM lacks.
 constexpr eErr kMissing = Halvix::ERR_JIDA_EEPROM;
 
 template <typename Getter>
@@ -58,7 +58,7 @@ constexpr std::array kModules = {
     FlagItem{"bluetooth fitted", &About::getIsBTMounted},
 };
 
-// Reads each item by `read(getter, value)`; a missing one is shown as absent. Gives how many there were.
+// Reads each item by `read(getter, value)`; a missing one is shown as absent. Returns the number of items present.
 template <typename Items, typename Reader>
 int print(Call& call, const Items& items, Reader read)
 {
@@ -105,10 +105,10 @@ void readInfo(Call& call)
 
 const Object objects::Info{
     "info",
-    "what the unit knows of itself: serial numbers, revisions, connectors and fitted modules",
+    "production data of the unit: serial numbers, revisions, connectors and fitted modules",
     {
         {.name = "",
-         .help = "Tells everything that production wrote into the unit.",
+         .help = "Shows all production data of the unit.",
          .example = "hxaux info",
          .run = readInfo,
          .details = "What production left out is shown as absent. Takes about a second: both EEPROMs are read."},

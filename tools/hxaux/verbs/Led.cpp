@@ -108,7 +108,7 @@ void rgb(Call& call)
     if (!call.has("red"))
         return call.check(showRgb(call, *led));
     if (!call.has("blue"))
-        call.fail(Exit::Usage, "all three values are needed: RED GREEN BLUE");
+        call.fail(Exit::Usage, "missing argument: RED GREEN BLUE are set together");
     call.check(
         led->setColor(call.as<unsigned char>("red"), call.as<unsigned char>("green"), call.as<unsigned char>("blue")));
 }
@@ -119,10 +119,10 @@ void signal(Call& call)
     if (!call.has("frequency"))
         return call.check(showSignal(call, *led));
     if (!call.has("duty"))
-        call.fail(Exit::Usage, "both values are needed: FREQUENCY DUTY");
+        call.fail(Exit::Usage, "missing argument: FREQUENCY DUTY are set together");
     call.check(led->setSignal(call.real("frequency"), call.as<unsigned char>("duty")));
     if (call.real("frequency") < 100.0 / 255)
-        call.note("a period above 2.55 s loses its high bits: 'hxaux led signal' shows what the LED does now");
+        call.note("a period above 2.55 s loses its high bits: 'hxaux led signal' shows the resulting pattern");
 }
 
 template <eErr (FrontLED::*Get)(unsigned char*), eErr (FrontLED::*Set)(unsigned char)>
@@ -181,9 +181,9 @@ const Object objects::Led{
          .example = "hxaux led color orange",
          .run = color,
          .values = {choice("name", kColors, "shown when left out").optional()},
-         .details = "A color that has no name is shown as 'other'; 'hxaux led rgb' tells its parts."},
+         .details = "A color that has no name is shown as 'other'; 'hxaux led rgb' shows its components."},
         {.name = "rgb",
-         .help = "Shows or sets the color by its parts.",
+         .help = "Shows or sets the color by its components.",
          .example = "hxaux led rgb 12 0 4",
          .run = rgb,
          .values = {component("red"), component("green"), component("blue")}},

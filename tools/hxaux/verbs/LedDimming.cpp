@@ -16,7 +16,7 @@ void dimming(Call& call)
     if (call.has("state")) {
         const Halvix::eErr code = backlight->setLedDimming(call.as<Halvix::HXStatus>("state"));
         if (code == Halvix::ERR_COMMAND_FAILED)
-            call.note("the setting is stored, but the unit's service daemon could not be told");
+            call.note("the setting is stored, but the unit's service daemon could not be notified");
         return call.check(code);
     }
     auto state = Halvix::HXStatusDisabled;
@@ -30,7 +30,7 @@ const Object objects::LedDimming{"led-dimming",
                                  "dimming of the LEDs together with the backlight",
                                  {
                                      {.name = "",
-                                      .help = "Tells whether LED dimming is on, or switches it.",
+                                      .help = "Shows whether LED dimming is on, or switches it.",
                                       .example = "hxaux led-dimming on",
                                       .run = dimming,
                                       .values = {choice("state", kOnOff, "the new setting").optional()}},

@@ -21,7 +21,7 @@ using Halvix::Lightsensor;
 const Names kRanges = namesOf<Halvix::LightSensorOperationRange>(
     {{Halvix::RangeStandard, "standard"}, {Halvix::RangeExtended, "extended"}});
 
-// What the light is averaged with: as the automatic backlight does, or with its defaults.
+// The averaging parameters: those of the automatic backlight, or their defaults.
 struct Filter {
     unsigned long average = 5;
     unsigned long reject = 5;
@@ -37,7 +37,7 @@ Filter storedFilter()
     return code == Halvix::ERR_SUCCESS && stored.average != 0 && stored.spread != 0 ? stored : Filter{};
 }
 
-// Averages from its making to its end. It must be ended: nobody releases the averaging for a program that died.
+// Averages during its lifetime. It must be destroyed: no other program releases the averaging after a crash.
 class Averaging {
 public:
     explicit Averaging(Call& call) : sensor_(GetLightsensor())
@@ -97,7 +97,7 @@ void readLevels(Call& call, unsigned short lux)
     call.print("level by slope", static_cast<int>(std::clamp(curve, 0.0, 254.0)));
 }
 
-// A conversion that is not complete is asked for again: it takes up to 800 ms.
+// Retries while the conversion is not complete: it takes up to 800 ms.
 Halvix::eErr measure(Lightsensor& sensor, unsigned short& lux, unsigned char& channel0, unsigned char& channel1)
 {
     for (int tries = 0; tries < 20; ++tries) {
@@ -155,7 +155,7 @@ const Object objects::Light{
          .details = "With --watch also the backlight's level, and the level that the stored slope gives for this "
                     "light."},
         {.name = "range",
-         .help = "Tells the measuring range, or sets it.",
+         .help = "Shows the measuring range, or sets it.",
          .example = "hxaux light range extended",
          .run = range,
          .values = {choice("range", kRanges, "the new range").optional()},

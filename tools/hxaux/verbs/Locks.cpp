@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The library's named semaphores: a lock whose holder died stays taken until somebody frees it here.
+// The library's named semaphores: a lock whose holder died stays held until it is released here.
 #include "tools/hxaux/Call.h"
 #include "tools/hxaux/NamedLock.h"
 #include "tools/hxaux/Objects.h"
@@ -33,7 +33,7 @@ std::string stateName(std::string_view name, const Seen& seen)
 {
     switch (seen.state.kind) {
     case LockState::Kind::Missing:
-        return "not made yet";
+        return "does not exist yet";
     case LockState::Kind::Refused:
         return "not accessible: " + seen.state.error;
     case LockState::Kind::OtherAbi:
@@ -98,21 +98,21 @@ std::string_view lockOf(Call& call)
 {
     const std::string& name = call.text("name");
     if (name == kPending)
-        call.fail(Exit::Usage, "it counts settings that the automatic backlight has still to read; it is never reset");
+        call.fail(Exit::Usage, "it counts settings that the automatic backlight has not read yet; it is never reset");
     const auto* found = std::ranges::find(kSemaphores, name);
     if (found == kSemaphores.end())
-        call.fail(Exit::Usage, "'" + name + "' is none of the library's locks; 'hxaux locks' names them");
+        call.fail(Exit::Usage, "'" + name + "' is not a lock of the library; 'hxaux locks' lists them");
     return *found;
 }
 
-// Why this lock must not be freed without force; empty when it may.
+// Why this lock must not be released without force; empty when it may.
 std::string objection(const Seen& seen)
 {
     if (seen.stale)
         return "";
     if (!seen.state.everyoneSeen)
-        return "processes of other users may hold it; look again as root, or use --force";
-    return "it is in use by " + named(seen.state) + "; --force frees it all the same";
+        return "processes of other users may hold it; run the command as root, or use --force";
+    return "it is in use by " + named(seen.state) + "; --force releases it anyway";
 }
 
 void reset(Call& call)
@@ -122,7 +122,7 @@ void reset(Call& call)
     const NamedLock lock{std::string(name)};
     const Seen now = seen(lock);
     if (now.state.kind != LockState::Kind::Known)
-        call.fail(Exit::Refused, "there is nothing to free: it is " + stateName(name, now));
+        call.fail(Exit::Refused, "there is nothing to release: it is " + stateName(name, now));
     if (now.state.value != 0)
         return call.note("it is free already");
     if (const std::string reason = objection(now); !reason.empty() && !call.has("force"))
@@ -139,23 +139,23 @@ std::vector<std::string> lockNames()
 
 const Object objects::Locks{
     "locks",
-    "the locks that programs on the unit share, and who uses them",
+    "the locks that programs on the unit share, and their users",
     {
         {.name = "",
          .help = "Shows every lock: its state, its value and the processes that use it.",
          .example = "hxaux locks",
          .run = list,
          .repeat = Repeat::Watch,
-         .details = "A lock is stale when its holder died: it is taken, and every process that uses it waits for it. "
-                    "The library never frees such a lock; 'hxaux locks reset' does."},
+         .details = "A lock is stale when its holder died: it is held, and every process that uses it waits for it. "
+                    "The library never releases such a lock; 'hxaux locks reset' does."},
         {.name = "reset",
-         .help = "Frees a stale lock.",
+         .help = "Releases a stale lock.",
          .example = "hxaux locks reset FILE_HXAUXINI_IS_IN_USE",
          .run = reset,
          .values = {text("name", "name of the lock, as 'hxaux locks' shows it").from(lockNames)},
-         .options = {flag("force", "frees a lock that is in use as well: two programs may then do at once what only "
+         .options = {flag("force", "releases a lock that is in use as well: two programs may then do at once what only "
                                    "one may")},
-         .details = "One of the processes that wait for it goes on. A lock that is free stays as it is."},
+         .details = "One of the processes that wait for it then continues. A lock that is free stays as it is."},
     }};
 
 } // namespace hxaux

@@ -67,7 +67,7 @@ private:
         }
     }
 
-    // Sensors have no count of their own: they are tried until one does not answer.
+    // The number of sensors is unknown: they are read until one fails.
     static int countSensors(Halvix::Diagnostic& diagnostic)
     {
         int count = 0;
@@ -117,7 +117,7 @@ private:
         const eErr code = light_->getIlluminance(&lux);
         if (code == Halvix::ERR_SUCCESS)
             lux_ = lux;
-        const bool converting = code == Halvix::ERR_INVALID_DATA; // no new value yet: the last one stands
+        const bool converting = code == Halvix::ERR_INVALID_DATA; // no new value yet: the last one remains
         round.put("light", converting ? Halvix::ERR_SUCCESS : code, lux_ ? Value(*lux_) : Value(Absent{}),
                   lux_ ? "lux" : "");
         unsigned char level = 0;
@@ -162,7 +162,7 @@ public:
 private:
     [[nodiscard]] bool whole() const { return call_.onTerminal() || call_.asJson(); }
 
-    // A failure is told when it begins; the value is absent as long as it lasts.
+    // A failure is reported when it begins; the value is absent as long as it lasts.
     bool tellFailures(const Round& round)
     {
         bool something = false;
@@ -206,9 +206,10 @@ const Object objects::Monitor{
          .run = monitor,
          .options = {real("every", 0.01, 86400, "s", "how often; every second if not given").optional(),
                      integer("count", 1, 1e9, "", "ends after so many rounds").optional()},
-         .details = "On a terminal the picture is redrawn in place. Piped, the first round is told whole and then "
-                    "what changed. With --json each round is one line with everything. What cannot be read is "
-                    "absent and named once on standard error."},
+         .details =
+             "On a terminal the picture is redrawn in place. Piped, the first round is printed in full, then only "
+             "what changed. With --json each round is one line with everything. What cannot be read is "
+             "absent and named once on standard error."},
     }};
 
 } // namespace hxaux

@@ -13,7 +13,7 @@ using Halvix::eErr;
 using Halvix::HXStatus;
 using Halvix::Power;
 
-// The supervisor's firmware gives the other values their meaning.
+// The supervisor's firmware defines the meaning of the other values.
 const Names kTransitions = namesOf<int>({{0, "none"}});
 
 template <eErr (Power::*Get)(HXStatus*)>
@@ -94,7 +94,7 @@ const Object objects::Power{
     "power of the loads, and power requests of the front button",
     {
         {.name = "",
-         .help = "Shows what has power and which transition is asked for.",
+         .help = "Shows what has power and which transition is requested.",
          .example = "hxaux power",
          .run = showAll,
          .repeat = Repeat::Watch},
@@ -120,13 +120,13 @@ const Object objects::Power{
          .run = showOrSwitch<&Power::getExtFanPowerStatus, &Power::setExtFanPowerStatus>,
          .values = {state()}},
         {.name = "transition",
-         .help = "Tells which power transition the front button or the signal asks for.",
+         .help = "Shows which power transition the front button or the signal requests.",
          .example = "hxaux power transition",
          .run = transition,
          .repeat = Repeat::Watch,
-         .details = "Numbers 1 to 6 are given their meaning by the supervisor's firmware."},
+         .details = "The supervisor's firmware defines the meaning of the numbers 1 to 6."},
         {.name = "ack",
-         .help = "Acknowledges the power transition that is asked for.",
+         .help = "Acknowledges the requested power transition.",
          .example = "hxaux power ack",
          .run = acknowledge},
     }};

@@ -87,7 +87,7 @@ const Object objects::Settings{
          .example = "hxaux settings set ABL_k 50",
          .run = set,
          .values = {text("key", "name of the setting"), text("value", "its value; '' empties it")},
-         .details = "Nobody is notified. To change the automatic backlight use 'hxaux backlight auto'."},
+         .details = "Running programs are not notified. To change the automatic backlight use 'hxaux backlight auto'."},
         {.name = "list",
          .help = "Lists the documented settings that are present.",
          .example = "hxaux settings list",

@@ -20,7 +20,7 @@ const Object objects::Shutdown{"shutdown",
                                "switching the unit off",
                                {
                                    {.name = "",
-                                    .help = "Asks the unit's service daemon to shut the unit down.",
+                                    .help = "Requests a shut-down from the unit's service daemon.",
                                     .example = "hxaux shutdown",
                                     .run = shutDown,
                                     .details = "New firmware starts when the unit is switched on again."},

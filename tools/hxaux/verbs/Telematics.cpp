@@ -14,8 +14,8 @@ namespace {
 using Halvix::HXStatus;
 using Halvix::Telematics;
 
-// Every operation works in steps on a bus or a locked file, so signals wait until it is done: a power key is never
-// left held.
+// Every operation works in steps on a bus or a locked file, so signals are deferred until it is done: a power key is
+// never left held.
 
 using Getter = Halvix::eErr (Telematics::*)(HXStatus*);
 using Setter = Halvix::eErr (Telematics::*)(HXStatus);
@@ -109,38 +109,38 @@ const Object objects::Telematics{
     "power of the GSM/GPRS and WLAN modules, GPS antenna",
     {
         {.name = "status",
-         .help = "Tells everything about the modules; what is not fitted is absent.",
+         .help = "Shows the state of the modules; what is not fitted is absent.",
          .example = "hxaux telematics status",
          .run = readAll,
          .repeat = Repeat::Watch},
         {.name = "available",
-         .help = "Tells whether any telematics module is fitted.",
+         .help = "Shows whether any telematics module is fitted.",
          .example = "hxaux telematics available",
          .run = available},
         {.name = "gprs",
-         .help = "Tells whether the GSM/GPRS module is on, or switches it.",
+         .help = "Shows whether the GSM/GPRS module is on, or switches it.",
          .example = "hxaux telematics gprs on",
          .run = gprs,
          .values = {choice("state", kOnOff, "the new state").optional()},
          .details = "Switching holds the module's power key, 1.1 s for on and 2.1 s for off; a signal that comes "
                     "meanwhile takes effect after that."},
         {.name = "gprs start",
-         .help = "Tells or stores whether the GSM/GPRS module is to be on when the unit starts.",
+         .help = "Shows or stores whether the GSM/GPRS module is to be on when the unit starts.",
          .example = "hxaux telematics gprs start on",
          .run = gprsAtStart,
-         .values = {choice("state", kOnOff, "the new wish").optional()}},
+         .values = {choice("state", kOnOff, "the new setting").optional()}},
         {.name = "wlan",
-         .help = "Tells whether the WLAN module is on, or switches it.",
+         .help = "Shows whether the WLAN module is on, or switches it.",
          .example = "hxaux telematics wlan off",
          .run = wlan,
          .values = {choice("state", kOnOff, "the new state").optional()}},
         {.name = "wlan start",
-         .help = "Tells or stores whether the WLAN module is to be on when the unit starts.",
+         .help = "Shows or stores whether the WLAN module is to be on when the unit starts.",
          .example = "hxaux telematics wlan start off",
          .run = wlanAtStart,
-         .values = {choice("state", kOnOff, "the new wish").optional()}},
+         .values = {choice("state", kOnOff, "the new setting").optional()}},
         {.name = "antenna",
-         .help = "Tells whether the GPS antenna's short-circuit line is high.",
+         .help = "Shows whether the GPS antenna's short-circuit line is high.",
          .example = "hxaux telematics antenna",
          .run = antenna,
          .repeat = Repeat::Watch},

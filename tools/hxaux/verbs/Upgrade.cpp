@@ -16,7 +16,7 @@ void dryRun(Call& call, FirmwareTarget target, const std::string& file)
     if (!check.problem.empty())
         call.fail(Exit::File, file + ": " + check.problem);
     call.print("image", check.imageSize, "bytes");
-    call.note("the file is good; the unit was not touched");
+    call.note("the file is valid; the unit was not touched");
 }
 
 void upgrade(Call& call)
@@ -54,21 +54,22 @@ const Object objects::Upgrade{"upgrade",
                                    .values = {target(), firmware()},
                                    .options = {flag("dry-run", "check the file and do not touch the unit")},
                                    .details = "The whole file is checked first. An upgrade must not be interrupted: "
-                                              "the target is without firmware until it ends; if that happened, run "
+                                              "the target has no firmware until it ends. After an interruption run "
                                               "the upgrade again. New firmware starts when the unit is switched off "
                                               "and on; see 'hxaux shutdown'."},
                               }};
 
-const Object objects::Verify{"verify",
-                             "comparison of the firmware in the unit with a file",
-                             {
-                                 {.name = "",
-                                  .help = "Compares the firmware in a target with a file and writes nothing.",
-                                  .example = "hxaux verify fpga display.mcs",
-                                  .run = verify,
-                                  .values = {target(), firmware()},
-                                  .details = "Exit status 4 tells a difference. A microcontroller is in its bootloader "
-                                             "meanwhile."},
-                             }};
+const Object objects::Verify{
+    "verify",
+    "comparison of the firmware in the unit with a file",
+    {
+        {.name = "",
+         .help = "Compares the firmware in a target with a file and writes nothing.",
+         .example = "hxaux verify fpga display.mcs",
+         .run = verify,
+         .values = {target(), firmware()},
+         .details = "Exit status 4 reports a difference. A microcontroller is in its bootloader "
+                    "meanwhile."},
+    }};
 
 } // namespace hxaux

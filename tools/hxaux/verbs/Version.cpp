@@ -62,11 +62,11 @@ const Object objects::Version{
     {
         {
             .name = "",
-            .help = "Tells the version of one component, or of all.",
+            .help = "Shows the version of one component, or of all.",
             .example = "hxaux version ss",
             .run = readVersions,
             .values = {choice("component", kComponentNames, "the component; all when it is left out").optional()},
-            .details = "A component that cannot be asked is named on standard error; the others are still told.",
+            .details = "A component that cannot be read is named on standard error; the others are still shown.",
         },
     }};
 

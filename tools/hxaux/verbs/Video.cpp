@@ -54,7 +54,7 @@ bool allOrNone(Call& call, std::initializer_list<const char*> names)
     for (const char* name : names)
         given += call.has(name) ? 1 : 0;
     if (given != 0 && given != names.size())
-        call.fail(Exit::Usage, "all " + std::to_string(names.size()) + " values are needed, or none");
+        call.fail(Exit::Usage, "missing argument: give all " + std::to_string(names.size()) + " values, or none");
     return given != 0;
 }
 
@@ -208,7 +208,7 @@ void decoder(Call& call)
     call.print("decoder register " + std::to_string(reg), value);
 }
 
-// The area that is remembered lives in the object, so a minimised window is restored by the same call or not at all.
+// The object stores the previous area, so only the same call can restore a minimised window.
 void minimize(Call& call)
 {
     const OpenInput video(call);
@@ -255,7 +255,7 @@ Halvix::eErr ask(const OpenInput& video, Snapshot kind, const char* path)
         break;
     }
     if (buffer != nullptr)
-        (void)video->freeBmpBuffer(buffer); // it takes every buffer that is not null
+        (void)video->freeBmpBuffer(buffer); // it accepts every buffer that is not null
     return code;
 }
 
@@ -358,7 +358,7 @@ Verb shortVerb(std::string_view name, std::string_view help, std::string_view ex
 void resume(Call& call)
 {
     const Interface<Halvix::HXAuxPrivate> service(GetHXAuxPrivate());
-    (void)service->resumeVideo(); // answers failure whatever the driver did
+    (void)service->resumeVideo(); // always returns a failure, whatever the driver did
     call.note("request sent; the outcome is not known");
 }
 
@@ -368,45 +368,46 @@ const Object objects::Video{
     "video",
     "analog video inputs as windows on the display",
     {
-        verb("status", "Tells everything about an input.", "hxaux video status 1", status),
+        verb("status", "Shows the state of an input.", "hxaux video status 1", status),
         verb("show", "Shows the video.", "hxaux video show 1 --mirror on", show),
         verb("hide", "Hides the video.", "hxaux video hide 1", hide),
-        shortVerb("fields", "Tells or sets which fields are shown.", "hxaux video fields 1 first", fields, kFieldsValue,
+        shortVerb("fields", "Shows or sets which fields are shown.", "hxaux video fields 1 first", fields, kFieldsValue,
                   kMirrorValue),
-        shortVerb("mirror", "Tells whether the picture is mirrored, or mirrors it.", "hxaux video mirror 1 on", mirror,
+        shortVerb("mirror", "Shows whether the picture is mirrored, or mirrors it.", "hxaux video mirror 1 on", mirror,
                   kMirrorValue, kFieldsValue),
-        verb("channel", "Tells or sets the channel that the input shows.", "hxaux video channel 1 2", channel,
-             {integer("channel", 0, 4294967295.0, "", "the new channel; the driver knows which there are").optional()}),
-        verb("standard", "Tells the video standard that the decoder detects.", "hxaux video standard 1", standard),
-        verb("raw", "Tells what the driver knows of the incoming picture.", "hxaux video raw 1", raw),
+        verb("channel", "Shows or sets the channel that the input shows.", "hxaux video channel 1 2", channel,
+             {integer("channel", 0, 4294967295.0, "", "the new channel; the driver defines which exist").optional()}),
+        verb("standard", "Shows the video standard that the decoder detects.", "hxaux video standard 1", standard),
+        verb("raw", "Shows the driver's data about the incoming picture.", "hxaux video raw 1", raw),
         verb("control", "Reads the driver's control byte.", "hxaux video control 1", control),
-        verb("area", "Tells or sets the four values of the window's area.", "hxaux video area 1 0 0 720 576", area,
+        verb("area", "Shows or sets the four values of the window's area.", "hxaux video area 1 0 0 720 576", area,
              {byte("first", 65535, "first value"), byte("second", 65535, "second value"),
               byte("third", 65535, "third value"), byte("fourth", 65535, "fourth value")}),
-        verb("scale", "Tells or sets how much the picture is enlarged or reduced; 1 is its own size.",
+        verb("scale", "Shows or sets how much the picture is enlarged or reduced; 1 is its own size.",
              "hxaux video scale 1 0.5 0.5", scale,
              {real("x", -1e9, 1e9, "", "horizontal factor, 0.25 to 4").optional(),
               real("y", -1e9, 1e9, "", "vertical factor, 0.25 to 4, half of that for one field").optional()}),
-        verb("crop", "Tells or sets how much is cut off the edges.", "hxaux video crop 1 8 4 8 4", crop,
+        verb("crop", "Shows or sets how much is cut off the edges.", "hxaux video crop 1 8 4 8 4", crop,
              {byte("first", 255, "first value, even"), byte("second", 255, "second value, to 127"),
               byte("third", 255, "third value, even"), byte("fourth", 255, "fourth value, to 127")}),
-        verb("color-key", "Tells or sets the color through which the video is seen.",
+        verb("color-key", "Shows or sets the color through which the video is seen.",
              "hxaux video color-key 1 255 0 255", colorKey,
              {byte("first", 255, "first component"), byte("second", 255, "second component"),
               byte("third", 255, "third component")}),
         verb("decoder", "Reads or writes a register of the decoder chip.", "hxaux video decoder 1 0x8c", decoder,
              {integer("register", 0, 255, "", "number of the register"), byte("value", 255, "its new value")}),
-        verb("minimize", "Sets the window's area to zeros and tells what it was, or restores it after a while.",
+        verb("minimize", "Sets the window's area to zeros and shows the previous area, or restores it after a while.",
              "hxaux video minimize 1 --for 10", minimize, {},
              {real("for", 0.01, 86400, "s", "restores the area after this time, or at a signal").optional()}),
-        verb("restore", "Sets the area that this run has minimised: in a run of its own always zeros.",
+        verb("restore", "Sets the area that this run has minimised; in a separate run this is always zeros.",
              "hxaux video restore 1", restore),
         Verb{.name = "resume",
-             .help = "Asks the driver to resume the video path after it was suspended.",
+             .help = "Requests that the driver resumes the video path after a suspend.",
              .example = "hxaux video resume",
              .run = resume},
-        verb("snapshot", "Asks for a snapshot; this library supports none.", "hxaux video snapshot 1 file picture.bmp",
-             snapshot, {choice("kind", kSnapshots, "what to ask for"), file("path", "where to").optional()}),
+        verb("snapshot", "Requests a snapshot; this library does not support snapshots.",
+             "hxaux video snapshot 1 file picture.bmp", snapshot,
+             {choice("kind", kSnapshots, "what to request"), file("path", "where to").optional()}),
     }};
 
 } // namespace hxaux
