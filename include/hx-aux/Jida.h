@@ -3,7 +3,7 @@
 /// @brief Forwarders to the board maker's BIOS interface library, `libjida.so`, which is loaded at run time.
 ///
 /// Each forwarder has the name and the arguments of the board library's function and passes them on unchanged. It
-/// answers that function's result, or 0 without calling anything as long as the function's pointer is null: before
+/// returns that function's result, or 0 without calling anything while the function's pointer is null: before
 /// @ref JidaLinuxInitialize, or when the library or the function is missing.
 ///
 /// The umbrella header does not include this file, so that a program may include the board maker's own header instead.
@@ -16,9 +16,9 @@
 
 /// @brief Loads `libjida.so` and fills in the thirteen function pointers.
 ///
-/// Every call loads the library again; the loader counts the references. A missing function ends the call with a line
-/// on standard output: the pointers before it stay set, those after it stay as they were.
-/// @retval true   All functions are there.
+/// Every call loads the library again; the loader counts the references. If a function is missing, the call prints a
+/// line on standard output and returns: the pointers before it stay set, those after it stay unchanged.
+/// @retval true   All functions are available.
 /// @retval false  The library or one of its functions is missing.
 /// @threadsafe Always.
 HX_EXPORT bool JidaLinuxInitialize();
@@ -26,9 +26,9 @@ HX_EXPORT bool JidaLinuxInitialize();
 /// @name Forwarders
 /// @{
 
-/// @brief Starts the board library. @return 0 when it has to be installed first.
+/// @brief Initializes the board library. @return 0 when it has to be installed first.
 HX_EXPORT unsigned int JidaDllInitialize();
-/// @brief Ends the use of the board library. @return The library's result.
+/// @brief Uninitializes the board library. @return The library's result.
 HX_EXPORT unsigned int JidaDllUninitialize();
 /// @brief Installs or removes the board library's driver. @param[in] install  1 or 0. @return 0 on failure.
 HX_EXPORT unsigned int JidaDllInstall(unsigned long install);
@@ -102,8 +102,8 @@ HX_EXPORT unsigned int JidaI2CReadRegister(unsigned long board, unsigned long bu
                                            unsigned short reg, unsigned char* value);
 /// @}
 
-/// @name Function pointers
-/// The functions behind the forwarders; null until @ref JidaLinuxInitialize. A program may put its own there.
+/// @name Function pointers The functions behind the forwarders; null until @ref JidaLinuxInitialize. A program may
+/// replace them.
 /// @{
 
 /// @brief Behind @ref JidaBoardClose.
