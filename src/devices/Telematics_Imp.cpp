@@ -19,7 +19,7 @@ HXStatus toStatus(bool on)
     return on ? HXStatusEnabled : HXStatusDisabled;
 }
 
-/// A missing file or key, or a text that is no number, is "not wished".
+/// A missing file or key, or a text that is not a number, means "not set".
 eErr readWish(const char* key, HXStatus* status)
 try {
     IniSettings settings;
