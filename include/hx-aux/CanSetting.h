@@ -34,7 +34,7 @@ public:
     /// @param[out] kbit  Bit rate in kbit/s.
     /// @retval ERR_SUCCESS            @p kbit holds the rate.
     /// @retval ERR_INVALID_PARAMETER  @p kbit is null, or @p net is not 1 to 4.
-    /// @retval ERR_IOCTRL_FAILED      The file cannot be opened (there is no such network), or its number is too large.
+    /// @retval ERR_IOCTRL_FAILED      The file cannot be opened (no such network), or its number is too large.
     /// @note On failure @p kbit is unchanged.
     /// @threadsafe Always.
     virtual eErr getBaudrate(unsigned char net, unsigned short* kbit) = 0;
@@ -90,7 +90,7 @@ public:
     HX_EXPORT_MEMBER static const unsigned short CAN_MAX_BAUDRATE; ///< The highest bit rate, 1000 kbit/s.
 
     CanSetting_Imp(); ///< Hidden in the library.
-    /// @brief Hidden in the library. Behind the interface's slots, so no slot moves.
+    /// @brief Hidden in the library. After the interface's slots, so no slot moves.
     /// @threadsafe Between objects.
     virtual ~CanSetting_Imp();
 

@@ -121,7 +121,7 @@ public:
     /// Reads the flash as far as the file's data goes and writes nothing. The supervisor is in its bootloader
     /// meanwhile, and the routing of the service UART is restored afterwards in every case.
     ///
-    /// Not compared: flash behind the file's data, data behind the flash's end, and everything when the bootloader
+    /// Not compared: flash after the file's data, data after the flash's end, and everything when the bootloader
     /// reports a device that the library does not know. The percent of UpgradeActionVerify then ends below 100.
     ///
     /// @param[in] file      Name of an Intel HEX file that starts where the flash does; cut at 256 characters.
@@ -176,7 +176,7 @@ public:
     /// Reads the flash as far as the file's data goes and writes nothing. The front-panel microcontroller is in its
     /// bootloader meanwhile, and the routing of the service UART is restored afterwards in every case.
     ///
-    /// Not compared: flash behind the file's data, data behind the flash's end, and everything when the bootloader
+    /// Not compared: flash after the file's data, data after the flash's end, and everything when the bootloader
     /// reports a device that the library does not know. The percent of UpgradeActionVerify then ends below 100.
     ///
     /// @param[in] file      Name of an Intel HEX file that starts where the flash does; cut at 256 characters.
@@ -213,7 +213,7 @@ public:
     /// @threadsafe Between objects. Only one thread at a time may call it on one object.
     virtual eErr getUpgradeStatus(UpgradeStatus* status, bool wait) = 0;
 
-    /// @brief Asks the service daemon to shut the unit down, so that new firmware starts with the next power-on.
+    /// @brief Requests the service daemon to shut the unit down, so that new firmware starts with the next power-on.
     /// @retval ERR_SUCCESS         The daemon has accepted the command.
     /// @retval ERR_COMMAND_FAILED  The daemon is not running or does not accept commands.
     /// @threadsafe Always.

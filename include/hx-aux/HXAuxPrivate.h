@@ -103,7 +103,7 @@ public:
     /// @threadsafe Always.
     virtual eErr getFileSetting(char const* key, char* value, int size) = 0;
 
-    /// @brief Asks the driver to resume the video path after it was suspended.
+    /// @brief Sends the driver the request to resume the video path after a suspend.
     ///
     /// The request is sent every time. ERR_IOCTRL_FAILED is always answered: the library cannot determine the outcome.
     ///

@@ -26,9 +26,9 @@ HX_EXPORT bool JidaLinuxInitialize();
 /// @name Forwarders
 /// @{
 
-/// @brief Initializes the board library. @return 0 when it has to be installed first.
+/// @brief Initialises the board library. @return 0 when it has to be installed first.
 HX_EXPORT unsigned int JidaDllInitialize();
-/// @brief Uninitializes the board library. @return The library's result.
+/// @brief Uninitialises the board library. @return The library's result.
 HX_EXPORT unsigned int JidaDllUninitialize();
 /// @brief Installs or removes the board library's driver. @param[in] install  1 or 0. @return 0 on failure.
 HX_EXPORT unsigned int JidaDllInstall(unsigned long install);
@@ -102,38 +102,38 @@ HX_EXPORT unsigned int JidaI2CReadRegister(unsigned long board, unsigned long bu
                                            unsigned short reg, unsigned char* value);
 /// @}
 
-/// @name Function pointers The functions behind the forwarders; null until @ref JidaLinuxInitialize. A program may
-/// replace them.
+/// @name Function pointers
+/// The functions that the forwarders call; null until @ref JidaLinuxInitialize. A program may replace them.
 /// @{
 
-/// @brief Behind @ref JidaBoardClose.
+/// @brief The function that @ref JidaBoardClose calls.
 HX_EXPORT unsigned int (*pJidaBoardClose)(unsigned long);
-/// @brief Behind @ref JidaTemperatureGetCurrent.
+/// @brief The function that @ref JidaTemperatureGetCurrent calls.
 HX_EXPORT unsigned int (*pJidaTemperatureGetCurrent)(unsigned long, unsigned long, unsigned long*, unsigned long*);
-/// @brief Behind @ref JidaBoardOpenA.
+/// @brief The function that @ref JidaBoardOpenA calls.
 HX_EXPORT unsigned int (*pJidaBoardOpenA)(const char*, unsigned long, unsigned long, unsigned long*);
-/// @brief Behind @ref JidaBoardCountA.
+/// @brief The function that @ref JidaBoardCountA calls.
 HX_EXPORT unsigned int (*pJidaBoardCountA)(const char*, unsigned long);
-/// @brief Behind @ref JidaI2CWrite.
+/// @brief The function that @ref JidaI2CWrite calls.
 HX_EXPORT unsigned int (*pJidaI2CWrite)(unsigned long, unsigned long, unsigned char, const unsigned char*,
                                         unsigned long);
-/// @brief Behind @ref JidaTemperatureCount.
+/// @brief The function that @ref JidaTemperatureCount calls.
 HX_EXPORT unsigned int (*pJidaTemperatureCount)(unsigned long);
-/// @brief Behind @ref JidaDllInstall.
+/// @brief The function that @ref JidaDllInstall calls.
 HX_EXPORT unsigned int (*pJidaDllInstall)(unsigned long);
-/// @brief Behind @ref JidaI2CWriteReadCombined.
+/// @brief The function that @ref JidaI2CWriteReadCombined calls.
 HX_EXPORT unsigned int (*pJidaI2CWriteReadCombined)(unsigned long, unsigned long, unsigned char, const unsigned char*,
                                                     unsigned long, unsigned char*, unsigned long);
-/// @brief Behind @ref JidaDllInitialize.
+/// @brief The function that @ref JidaDllInitialize calls.
 HX_EXPORT unsigned int (*pJidaDllInitialize)();
-/// @brief Behind @ref JidaDllUninitialize.
+/// @brief The function that @ref JidaDllUninitialize calls.
 HX_EXPORT unsigned int (*pJidaDllUninitialize)();
-/// @brief Behind @ref JidaTemperatureGetInfo.
+/// @brief The function that @ref JidaTemperatureGetInfo calls.
 HX_EXPORT unsigned int (*pJidaTemperatureGetInfo)(unsigned long, unsigned long, void*);
-/// @brief Behind @ref JidaI2CWriteRegister.
+/// @brief The function that @ref JidaI2CWriteRegister calls.
 HX_EXPORT unsigned int (*pJidaI2CWriteRegister)(unsigned long, unsigned long, unsigned char, unsigned short,
                                                 unsigned char);
-/// @brief Behind @ref JidaI2CReadRegister.
+/// @brief The function that @ref JidaI2CReadRegister calls.
 HX_EXPORT unsigned int (*pJidaI2CReadRegister)(unsigned long, unsigned long, unsigned char, unsigned short,
                                                unsigned char*);
 /// @}
