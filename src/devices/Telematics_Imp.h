@@ -43,7 +43,7 @@ protected:
 
 private:
     /// 0 when the module is fitted, `missing` when it is not, 32 when out of memory.
-    [[nodiscard]] static eErr check(Availability& cached, eErr (About::*ask)(bool*), eErr missing);
+    [[nodiscard]] static eErr check(Availability& cached, eErr (About::*getter)(bool*), eErr missing);
     [[nodiscard]] static eErr checkGPRS();
     [[nodiscard]] static eErr checkWLAN();
     [[nodiscard]] static eErr checkGPS();

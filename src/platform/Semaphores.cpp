@@ -99,7 +99,7 @@ void complain(const char* message)
     errno = reason;
 }
 
-/// The semaphore behind the handle, or null with the error that the system sets for one that is not open.
+/// The semaphore of the handle, or null with the error that the system sets for one that is not open.
 sem_t* openSemaphore(int handle)
 {
     sem_t* semaphore = find(handle);
