@@ -304,10 +304,10 @@ TEST(SettingsWrite, WritesAKeyThatWasOnlyRead)
     SimulatedUnit unit;
     Loaded settings;
 
-    (void)settings.get("READ");
+    (void)settings.get("ABSENT");
     settings.set("B", "1");
 
-    EXPECT_EQ(unit.settings(), "READ=\nB = 1\n");
+    EXPECT_EQ(unit.settings(), "ABSENT=\nB = 1\n");
 }
 
 TEST(SettingsWrite, HasNoBlanksForAKeyThatWasReadBefore)
