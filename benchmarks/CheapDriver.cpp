@@ -25,12 +25,12 @@ int openAny(const char* path, int flags)
 
 } // namespace
 
-std::vector<cheap_driver::Call> cheap_driver::callsOf(const std::function<void()>& deed)
+std::vector<cheap_driver::Call> cheap_driver::callsOf(const std::function<void()>& action)
 {
     std::vector<Call> calls;
     calls.reserve(100);
     recorded = &calls;
-    deed();
+    action();
     recorded = nullptr;
     return calls;
 }
@@ -57,12 +57,12 @@ extern "C" {
     va_end(arguments);
     if (recorded != nullptr)
         recorded->push_back({request});
-    syscall(SYS_getppid); // what it costs to enter and leave the kernel
+    syscall(SYS_getppid); // the cost of entering and leaving the kernel
     const std::uint16_t value = 1241;
     if (request == 0xC004003A)
         std::memcpy(static_cast<char*>(block) + 2, &value, sizeof value);
     else if (request >= 0x80040036 && request <= 0x80040038)
-        std::memset(block, 9, 4); // firmware that has everything
+        std::memset(block, 9, 4); // new enough for everything
     else if (request != 0xC004003B)
         std::memset(block, 1, 1);
     return 0;

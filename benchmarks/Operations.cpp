@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What an operation costs on top of the calls that it makes at the drivers: each pair is the operation, and the same
-// calls without a library.
+// The overhead of an operation over its driver calls: each pair is the operation and the same calls without the
+// library.
 #include "benchmarks/CheapDriver.h"
 #include "hx-aux/hx-aux.h"
 
@@ -15,7 +15,7 @@ using namespace Halvix;
 
 namespace {
 
-// Never released: the program ends with them.
+// Never released until the program ends.
 Adc* const adc = GetAdc();
 DigIO* const inputs = GetDigIO();
 Power* const power = GetPower();
@@ -31,21 +31,21 @@ void require(eErr err)
         std::abort();
 }
 
-/// What interrupts a run only adds to it: the fastest one tells what an operation takes.
+/// Interruptions only add time: the fastest run shows the cost of an operation.
 double fastest(const std::vector<double>& times)
 {
     return *std::min_element(times.begin(), times.end());
 }
 
-template <class Deed>
-void pair(const std::string& name, Deed deed)
+template <class Action>
+void pair(const std::string& name, Action action)
 {
-    require(deed()); // the first use may open the device
-    const auto calls = cheap_driver::callsOf([&] { require(deed()); });
+    require(action()); // the first use may open the device
+    const auto calls = cheap_driver::callsOf([&] { require(action()); });
     const auto count = static_cast<double>(calls.size());
-    benchmark::RegisterBenchmark((name + "/library").c_str(), [deed, count](benchmark::State& state) {
+    benchmark::RegisterBenchmark((name + "/library").c_str(), [action, count](benchmark::State& state) {
         for (auto _ : state)
-            require(deed());
+            require(action());
         state.counters["calls"] = count; // a table of CSV has the same columns for all
     })->ComputeStatistics("fastest", fastest);
     benchmark::RegisterBenchmark((name + "/bare").c_str(), [calls, count](benchmark::State& state) {
@@ -83,7 +83,7 @@ int main(int count, char** words)
     // Several requests.
     pair("Diagnostic::getTimer", [] { return diagnostic->getTimer(&timers); });
     pair("AuxVersion::getSSVersion", [] { return version->getSSVersion(&part[0], &part[1], &part[2], &part[3]); });
-    // A gate asks for the firmware's version first, each time, with an object of its own.
+    // A gate first reads the firmware's version, each time with its own object.
     pair("gated: Config::setPowerOnStartup", [] { return config->setPowerOnStartup(HXStatusEnabled); });
 
     benchmark::Initialize(&count, words);

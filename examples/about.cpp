@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Production data: what the unit is and what is fitted.
+// Production data: identity of the unit and fitted modules.
 
 #include <hx-aux/About.h>
 
@@ -8,7 +8,7 @@
 
 using namespace Halvix;
 
-// Says what went wrong; true when nothing did.
+// Prints an error; true on success.
 static bool worked(const char* what, eErr err)
 {
     if (err != ERR_SUCCESS)

@@ -8,7 +8,7 @@
 
 using namespace Halvix;
 
-// Says what went wrong; true when nothing did.
+// Prints an error; true on success.
 static bool worked(const char* what, eErr err)
 {
     if (err != ERR_SUCCESS)
@@ -26,7 +26,7 @@ int main()
         std::printf("supervisor: %d.%d.%d.%d\n", a, b, c, d);
     versions->Release();
 
-    // Ask before offering a function to the user; the function itself would answer ERR_NEWER_SS_VERSION_REQUIRED.
+    // Check before offering a function to the user; otherwise the function answers ERR_NEWER_SS_VERSION_REQUIRED.
     const bool canStartWithPower = DoesSystemHaveAtLeastSSVersion(1, 0, 3, 0);
     std::printf("power on at start-up: %s\n", canStartWithPower ? "offered" : "not offered");
     return 0;

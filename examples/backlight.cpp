@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The backlight: by hand, then automatic.
+// The backlight: manual, then automatic.
 
 #include <hx-aux/Backlight.h>
 
@@ -7,7 +7,7 @@
 
 using namespace Halvix;
 
-// Says what went wrong; true when nothing did.
+// Prints an error; true on success.
 static bool worked(const char* what, eErr err)
 {
     if (err != ERR_SUCCESS)
@@ -30,6 +30,6 @@ int main()
     if (worked("automatic", backlight->getAutomaticBLStatus(&automatic)))
         std::printf("automatic: %s\n", automatic != 0 ? "on" : "off");
     worked("automatic off", backlight->stopAutomaticBL());
-    backlight->Release(); // the object is shared: it lives until everybody has released it
+    backlight->Release(); // the object is shared: it lives until its last release
     return 0;
 }

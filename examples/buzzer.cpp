@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The buzzer: a beep that another program may be making already.
+// The buzzer: a beep, unless another program is beeping.
 
 #include <hx-aux/Buzzer.h>
 
@@ -7,7 +7,7 @@
 
 using namespace Halvix;
 
-// Says what went wrong; true when nothing did.
+// Prints an error; true on success.
 static bool worked(const char* what, eErr err)
 {
     if (err != ERR_SUCCESS)
@@ -26,7 +26,7 @@ int main()
 
     const eErr err = buzzer->buzze(100, true); // returns when the beep is over
     if (err == ERR_IN_PROGRESS)
-        std::printf("somebody else beeps\n");
+        std::printf("another program is beeping\n");
     else if (worked("beep", err))
         std::printf("beeped for 100 ms\n");
     buzzer->Release();

@@ -7,7 +7,7 @@
 
 using namespace Halvix;
 
-// Says what went wrong; true when nothing did.
+// Prints an error; true on success.
 static bool worked(const char* what, eErr err)
 {
     if (err != ERR_SUCCESS)
@@ -18,7 +18,7 @@ static bool worked(const char* what, eErr err)
 int main()
 {
     CanSetting* can = GetCanSetting();
-    // The kernel takes a new rate only while the interface is down; ERR_IOCTRL_FAILED means that it is up.
+    // The kernel accepts a new rate only while the interface is down; ERR_IOCTRL_FAILED means that it is up.
     worked("set CAN 1", can->setBaudrate(1, 500));
     for (int network = CanSetting_Imp::CAN_NET_MIN; network <= CanSetting_Imp::CAN_NET_MAX; ++network) {
         unsigned short kbit = 0;

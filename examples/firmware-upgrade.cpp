@@ -7,7 +7,7 @@
 
 using namespace Halvix;
 
-// Says what went wrong; true when nothing did.
+// Prints an error; true on success.
 static bool worked(const char* what, eErr err)
 {
     if (err != ERR_SUCCESS)
@@ -27,7 +27,7 @@ int main(int count, char** words)
         upgrade->Release();
         return 1;
     }
-    // From here on the run must not be stopped: the supervisor would be left without firmware.
+    // From now on the run must not be stopped: the supervisor would be left without firmware.
     UpgradeStatus status;
     UpgradeAction last = UpgradeActionReserved;
     do {

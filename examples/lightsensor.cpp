@@ -8,7 +8,7 @@
 
 using namespace Halvix;
 
-// Says what went wrong; true when nothing did.
+// Prints an error; true on success.
 static bool worked(const char* what, eErr err)
 {
     if (err != ERR_SUCCESS)
@@ -31,7 +31,7 @@ int main()
         sleep(2);
         if (worked("average", sensor->getAverageIlluminance(&lux)))
             std::printf("average: %d lux\n", lux);
-        worked("stop", sensor->stopAverageCalc()); // before the program ends, or nobody can average any more
+        worked("stop", sensor->stopAverageCalc()); // before the program ends; otherwise averaging stays locked
     }
     sensor->Release();
     return 0;

@@ -8,7 +8,7 @@
 
 using namespace Halvix;
 
-// Says what went wrong; true when nothing did.
+// Prints an error; true on success.
 static bool worked(const char* what, eErr err)
 {
     if (err != ERR_SUCCESS)
@@ -36,7 +36,7 @@ int main()
     TouchScreenCalib* calibration = GetTouchScreenCalib();
     bool good = worked("start", calibration->SetMode(CalibrationMode5Points));
     for (unsigned char point = 1; good && point <= 5; ++point) {
-        // A real program draws the target that is to be touched here.
+        // A real program draws the target to touch here.
         good = worked("announce", calibration->SetCalibrationPoint(point)) && touched(*calibration, point);
         if (good)
             std::printf("point %d: touched\n", point);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// A walk through every function of the unit, in the order in which one would meet them. It is a plain application: it
-// includes the public headers, links libhx-aux.so.1, and does not know whether the unit is real.
+// A walk through every function of the unit, in a natural order. It is a plain application: it includes the public
+// headers, links libhx-aux.so.1, and does not know whether the unit is real.
 
 #include <hx-aux/hx-aux.h>
 
@@ -19,7 +19,7 @@ void section(const char* title)
     std::printf("\n%s\n", title);
 }
 
-/// One line: what was asked, and the answer or the text of the error.
+/// One line: the request, and the answer or the text of the error.
 void line(const char* what, eErr err, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
 void line(const char* what, eErr err, const char* format, ...)
@@ -174,7 +174,7 @@ void power()
     line("video power", err, "channels 0x%X", channels);
     ButtonPowerTransitionStatus transition{};
     err = power->getButtonPowerTransitionStatus(&transition);
-    line("power transition asked for", err, "%d", static_cast<int>(transition));
+    line("power transition requested", err, "%d", static_cast<int>(transition));
     power->Release();
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // All operations of all interfaces, in any order and with any arguments, on a system that answers anything. Pointers
-// are good and have exactly the room that the headers ask for.
+// are valid and have exactly the size that the headers require.
 #include "backlight/BacklightController.h"
 #include "devices/Telematics_Imp.h"
 #include "fuzz/Require.h"
@@ -24,7 +24,7 @@ constexpr unsigned long kLargestWindow = 4096; // of the light sensor: larger on
 constexpr std::size_t kLongestText = 300;
 constexpr std::int64_t kLongerThanAnyBeep = std::int64_t{1} << 33;
 
-/// Arguments of one call; what its pointers point at lives as long as this object.
+/// Arguments of one call; its buffers live as long as this object.
 class Arguments {
 public:
     explicit Arguments(Input& input) : input_{input} {}
@@ -49,7 +49,7 @@ public:
     }
 
 private:
-    /// Text in a block that ends with it; an `int` behind it is its size.
+    /// Text at the end of its block; a following `int` is its size.
     char* text()
     {
         const std::string content = input_.text(kLongestText);
@@ -78,7 +78,7 @@ private:
     std::vector<std::unique_ptr<void, decltype(&std::free)>> rooms_;
 };
 
-/// Before an object goes, what runs on its behalf has to end.
+/// Before an object is released, its background work must end.
 template <class Interface>
 void end(Interface&)
 {
@@ -96,7 +96,7 @@ void end(Buzzer&)
     fuzzed::pass(1);
 }
 
-/// One object of each interface at most, made when it is first used.
+/// At most one object of each interface, created at its first use.
 template <class Interface>
 class Holder {
 public:
@@ -119,7 +119,7 @@ private:
     static inline Interface* object = nullptr;
 };
 
-/// The library asks once per process which modules are fitted: each input is a process of its own.
+/// The library reads once per process which modules are fitted: each input counts as a new process.
 class Forgetting : public Telematics_Imp {
 public:
     static void modules()
@@ -129,7 +129,7 @@ public:
     }
 };
 
-using Deed = std::function<void(Input&)>;
+using Action = std::function<void(Input&)>;
 
 template <class Interface, class... Parameters>
 void call(Input& input, eErr (Interface::*operation)(Parameters...))
@@ -143,24 +143,24 @@ void call(Input& input, eErr (Interface::*operation)(Parameters...))
 }
 
 template <class Interface>
-void add(std::vector<Deed>& deeds)
+void add(std::vector<Action>& actions)
 {
     const auto visit = [&](std::string_view name, auto operation) {
-        if (name == "freeBmpBuffer") // takes its argument over
-            deeds.emplace_back(
+        if (name == "freeBmpBuffer") // frees its argument
+            actions.emplace_back(
                 [](Input&) { (void)Holder<Video>::get().freeBmpBuffer(static_cast<char*>(std::malloc(8))); });
         else
-            deeds.emplace_back([operation](Input& input) { call(input, operation); });
+            actions.emplace_back([operation](Input& input) { call(input, operation); });
     };
     every::Operations<Interface>::visit(visit);
-    deeds.emplace_back([](Input&) { Holder<Interface>::release(); });
+    actions.emplace_back([](Input&) { Holder<Interface>::release(); });
 }
 
 template <class... Interfaces>
 struct All {
-    static std::vector<Deed> deeds()
+    static std::vector<Action> actions()
     {
-        std::vector<Deed> all;
+        std::vector<Action> all;
         (..., add<Interfaces>(all));
         return all;
     }
@@ -171,45 +171,45 @@ using Everything =
     All<About, Adc, AuxVersion, Backlight, Buzzer, CanSetting, Config, Diagnostic, DigIO, FirmwareUpgrade, FrontLED,
         HXAuxPrivate, Lightsensor, Power, Telematics, TouchScreen, TouchScreenCalib, Video>;
 
-std::vector<Deed> allDeeds()
+std::vector<Action> allActions()
 {
-    std::vector<Deed> deeds = Everything::deeds();
-    deeds.emplace_back([](Input& input) { fuzzed::pass(input.byte() * 16); });
-    deeds.emplace_back([](Input& input) { fuzzed::writeSettings(input.text(255)); });
+    std::vector<Action> actions = Everything::actions();
+    actions.emplace_back([](Input& input) { fuzzed::pass(input.byte() * 16); });
+    actions.emplace_back([](Input& input) { fuzzed::writeSettings(input.text(255)); });
     for (const auto gate :
          {&DoesSystemHaveAtLeastFPGAVersion, &DoesSystemHaveAtLeastSSVersion, &DoesSystemHaveAtLeastFrontVersion})
-        deeds.emplace_back([gate](Input& input) {
+        actions.emplace_back([gate](Input& input) {
             unsigned char parts[4];
             for (unsigned char& part : parts)
                 part = input.byte();
             (void)gate(parts[0], parts[1], parts[2], parts[3]);
         });
-    deeds.emplace_back([](Input& input) {
+    actions.emplace_back([](Input& input) {
         const auto code = input.number<std::uint16_t>();
         REQUIRE(GetHwErrorStatusStringA(code) != nullptr && GetHwErrorStatusStringW(code) != nullptr);
         REQUIRE(GetStartupReasonStringA(code) != nullptr && GetStartupReasonStringW(code) != nullptr);
     });
-    return deeds;
+    return actions;
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const std::vector<Deed> deeds = allDeeds();
+    static const std::vector<Action> actions = allActions();
     Input input{data, size};
     fuzzed::begin(input);
     Forgetting::modules();
-    fuzzed::refuseThread(&BacklightController::threadProc); // AutomaticBacklight has it
+    fuzzed::refuseThread(&BacklightController::threadProc); // covered by AutomaticBacklight
     while (!input.isEmpty()) {
-        deeds[input.number<std::uint16_t>() % deeds.size()](input);
+        actions[input.number<std::uint16_t>() % actions.size()](input);
         REQUIRE(fuzzed::countOf("FILE_HXAUXINI_IS_IN_USE") == 1);
     }
     Everything::release();
     fuzzed::pass(kLongerThanAnyBeep);
     fuzzed::endThreads();
     REQUIRE(fuzzed::countOf("FILE_HXAUXINI_IS_IN_USE") == 1);
-    // A camera that is opened again leaves the earlier handle open; programs rely on it.
+    // A video input that is opened again leaves the earlier handle open; programs rely on it.
     REQUIRE(fuzzed::openFiles("/dev/analog-video") == 0);
     return 0;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The automatic backlight under any light and any settings, with a user who turns the brightness and a sensor that
-// fails: the control law as it is, and the controller with its thread, its sampler and its settings file.
+// The automatic backlight under any light and any settings, with a user who changes the brightness and a sensor that
+// fails: the control law alone, and the controller with its thread, its sampler and its settings file.
 #include "backlight/BacklightController.h"
 #include "backlight/ControlLaw.h"
 #include "fuzz/Require.h"
@@ -24,7 +24,7 @@ constexpr unsigned long kChannels = 0x80020048;
 constexpr unsigned long kGetRange = 0x80010049;
 constexpr unsigned long kSetRange = 0x4001004a;
 
-/// The two devices: what light there is and how bright the display shines.
+/// The two devices: the ambient light and the brightness of the display.
 struct Hardware {
     unsigned char channels[2] = {0x90, 0x90};
     unsigned char range = 0;
@@ -59,7 +59,7 @@ struct Hardware {
             range = block[1];
             break;
         default:
-            REQUIRE(request == 0); // the automatic backlight makes no other
+            REQUIRE(request == 0); // the automatic backlight sends no other
         }
         return 0;
     }
@@ -71,7 +71,7 @@ struct Hardware {
     }
 };
 
-/// Numbers of every size, and what is none.
+/// Numbers of every size, and texts that are not numbers.
 double anyDouble(Input& input)
 {
     return input.byte() % 2 != 0 ? input.number<double>() : input.number<std::int16_t>() / 16.0;
@@ -100,7 +100,7 @@ void checkLaw(Input& input)
     REQUIRE(transition == law::Transition::AtOnce ? after == 0 : after == before - 1);
     REQUIRE(run.sleepMs <= law::kPeriodMs);
 
-    // A slope that is learnt from a level gives that level back, or one less.
+    // A slope learned from a level yields that level again, or one less.
     const int level = input.byte() % kBrightest;
     const int again = static_cast<int>(law::curveLevel(law::learntSlope(level, x), x, 255));
     REQUIRE(again == level || again == level - 1);
@@ -156,7 +156,7 @@ void step(Input& input, Hardware& hardware, Backlight& backlight)
     fuzzed::pass(input.byte() * 20);
 }
 
-/// Leaves the controller without work, so that its sampler ends by itself.
+/// Leaves the controller without work, so that its sampler ends.
 void wind(Hardware& hardware, Backlight& backlight)
 {
     hardware.failures = 0;

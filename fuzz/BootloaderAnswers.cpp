@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// A whole conversation with a bootloader that answers anything: connecting, erasing, writing, reading, starting. The
-// serial port is this file's own: what is read is the input, and what is written has to be a frame of the protocol.
+// A whole conversation with a bootloader that answers anything: connecting, erasing, writing, reading, starting. This
+// file replaces the serial port: reads return the input, and writes must be frames of the protocol.
 #include "upgrade/STM32/stm32_bootloader.h"
 
 #include "fuzz/Require.h"
@@ -57,7 +57,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     if (size < 3)
         return 0;
     const unsigned mode = data[0] % 4;
-    const unsigned length = data[1] | (data[2] & 1U) << 8; // 0 to 511: also what is refused
+    const unsigned length = data[1] | (data[2] & 1U) << 8; // 0 to 511: including refused lengths
     answers = data + 3;
     left = size - 3;
     stm32_target* target = stm32_init(nullptr, mode);

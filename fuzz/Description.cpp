@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Descriptions of units of any content: refused with a line, or a unit whose time goes on and whose values can be read.
+// Descriptions of units of any content: refused with a line, or a unit whose time advances and whose values can be
+// read.
 #include <chrono>
 #include <cstdint>
 #include <string>

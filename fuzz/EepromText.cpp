@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Production texts: look-ups and changes of any key in any EEPROM content. The board and the time are this file's own.
+// Production texts: look-ups and changes of any key in any EEPROM content. This file replaces the board and the time.
 #include "fuzz/Require.h"
 #include "settings/EepromConfig.h"
 
@@ -15,7 +15,7 @@ namespace {
 
 std::vector<char> eeprom(EepromConfig::kSize);
 
-/// Takes the input apart: lengths of key and value first, then both, then the EEPROM's content.
+/// Splits the input: lengths of key and value first, then both, then the EEPROM's content.
 class Input {
 public:
     Input(const std::uint8_t* data, std::size_t size) : data_{data}, left_{size} {}
@@ -67,7 +67,7 @@ void checkUpdate(EepromConfig& store, const char* key, const std::string& value)
         return;
     }
     REQUIRE(store.length() <= static_cast<int>(EepromConfig::kSize));
-    // A value that is one word, on a text with room for it, is found again.
+    // A value that is one word, in a text with space for it, is found again.
     const bool plain = !value.empty() && value.find_first_of(" \r\n\xFF") == std::string::npos;
     char whole[EepromConfig::kSize + 1];
     if (plain && length + static_cast<int>(value.size()) <= 4076 && store.isValid() && key[0] != '\0' &&
@@ -115,7 +115,7 @@ bool LinuxWrapper::I2CRead(unsigned long, unsigned char, char, unsigned char*)
     return false;
 }
 
-// Its time does not pass.
+// Its time does not advance.
 
 eErr LinuxWrapper::startThread(void (*)(const void*), const void*)
 {

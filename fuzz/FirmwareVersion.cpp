@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The version text as it is read from a file: every text gives four numbers below 256 or is refused.
+// Version texts read from a file: every text yields four numbers below 256 or is refused.
 #include "fuzz/Require.h"
 #include "platform/LinuxWrapper.h"
 
@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const int part : parts)
         REQUIRE(part < 256);
 
-    // What was understood, written out again, means the same.
+    // The parsed version, written again, is parsed to the same numbers.
     std::string text;
     for (const int part : parts)
         text += (text.empty() ? "" : ".") + std::to_string(part);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Firmware of the microcontrollers: any text is refused or gives an image that, written out again, gives itself.
+// Firmware of the microcontrollers: any text is refused or yields an image that survives writing and parsing again.
 #include "upgrade/IntelHex.h"
 
 #include "fuzz/Require.h"
@@ -14,7 +14,7 @@ using namespace Halvix;
 
 namespace {
 
-// No microcontroller has more; files that ask for gigabytes would only make the fuzzer slow.
+// No microcontroller has more; files of gigabytes would only slow the fuzzer down.
 constexpr std::uint64_t kLargest = 1024 * 1024;
 
 HexResult parse(const char* text, std::size_t size, HexImage& image)

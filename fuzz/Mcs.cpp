@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Configurations of the FPGA: any text is refused or gives whole records, and the same whatever else stands in between.
+// Configurations of the FPGA: any text is refused or yields whole records, the same whatever is between them.
 #include "upgrade/Mcs.h"
 
 #include "fuzz/Require.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// A whole upgrade or verification of a microcontroller through the service UART. Its file, its target and every answer
-// of the line are right unless the input says otherwise, so that inputs reach the end.
+// A whole upgrade or verification of a microcontroller through the service UART. The file, the target and every answer
+// of the line are valid unless the input changes them, so that inputs reach the end.
 #include "fuzz/Require.h"
 #include "fuzz/system/System.h"
 #include "platform/LinuxWrapper.h"
@@ -39,7 +39,7 @@ private:
     std::size_t position_ = 0;
 };
 
-/// The bootloader at the other end of the line, with what was written to it and what it said was read.
+/// The bootloader at the other end of the line, with the data written to it and the data that it returned.
 class Bootloader : public fuzzed::OwnFile {
 public:
     explicit Bootloader(Input& input) : input_{input} {}
@@ -52,8 +52,8 @@ public:
         const std::size_t count = input_.oneIn(8) ? 1 : size;
         for (std::size_t i = 0; i < count; ++i) {
             block[i] = given_ < answer_.size() && !input_.oneIn(128) ? answer_[given_] : input_.answer();
-            if (address_ >= kFlash && given_ >= 1) // behind the acknowledgement
-                told[address_ + static_cast<std::uint32_t>(given_ - 1)] = block[i];
+            if (address_ >= kFlash && given_ >= 1) // after the acknowledgement
+                received[address_ + static_cast<std::uint32_t>(given_ - 1)] = block[i];
             ++given_;
         }
         return count;
@@ -76,7 +76,7 @@ public:
     }
 
     std::map<std::uint32_t, std::uint8_t> flash;
-    std::map<std::uint32_t, std::uint8_t> told; ///< what came as the content of the flash
+    std::map<std::uint32_t, std::uint8_t> received; ///< data returned as the content of the flash
     bool programmed = false;
 
 private:
@@ -136,7 +136,7 @@ std::string textOf(const firmware::Bytes& image, Input& input)
     return text;
 }
 
-/// The semaphores of a run that has its lock already, and its published status.
+/// The semaphores of a run that holds its lock, and its published status.
 struct Run {
     explicit Run(Flasher_STM32& flasher)
     {
@@ -171,15 +171,15 @@ bool isDocumented(eErr err)
     return std::find(std::begin(kCodes), std::end(kCodes), err) != std::end(kCodes);
 }
 
-/// Success means that the whole image was read back, but of a device that the library does not know: that one is
-/// refused for writing, and for verifying has no flash to read.
+/// Success means that the whole image was read back, except for a device that the library does not know: writing it is
+/// refused, and verifying has no flash to read.
 void requireWasSeen(const HexImage& image, const Bootloader& bootloader, bool written)
 {
-    if (!written && bootloader.told.empty())
+    if (!written && bootloader.received.empty())
         return;
     for (std::uint32_t i = 0; i < image.size; ++i) {
-        const auto found = bootloader.told.find(kFlash + i);
-        REQUIRE(found != bootloader.told.end() && found->second == image.data.get()[i]);
+        const auto found = bootloader.received.find(kFlash + i);
+        REQUIRE(found != bootloader.received.end() && found->second == image.data.get()[i]);
     }
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Recordings of any content, as somebody may send them: refused with a line, or replayed within bounds.
+// Recordings of any content: refused with a line, or replayed within bounds.
 #include <cstdint>
 #include <string>
 

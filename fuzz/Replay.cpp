@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Runs a fuzz target once for each file of its corpus: what was ever found stays a test.
+// Runs a fuzz target once for each file of its corpus, so that every finding stays a test.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

@@ -4,11 +4,11 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// A claim of a fuzz target; a false one is a finding.
-#define REQUIRE(claim)                                                                                                 \
+/// A condition that must hold in a fuzz target; a false one is a finding.
+#define REQUIRE(condition)                                                                                             \
     do {                                                                                                               \
-        if (!(claim)) {                                                                                                \
-            std::fprintf(stderr, "%s:%d: not true: %s\n", __FILE__, __LINE__, #claim);                                 \
+        if (!(condition)) {                                                                                            \
+            std::fprintf(stderr, "%s:%d: not true: %s\n", __FILE__, __LINE__, #condition);                             \
             std::abort();                                                                                              \
         }                                                                                                              \
     } while (false)

@@ -23,7 +23,7 @@ std::string content()
     return text;
 }
 
-/// Sets a key in the file as it is and gives the file as it then is.
+/// Sets a key in the current file and returns the new file.
 std::string rewritten(const std::string& value)
 {
     std::string trimmed = value;
@@ -45,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const std::string value = text.substr(0, text.find('\n'));
     (void)rewritten(value);
-    const std::string second = rewritten("1"); // comments that the first write made are gone now
+    const std::string second = rewritten("1"); // comments that the first write added are removed now
     REQUIRE(rewritten("1") == second);
     return 0;
 }

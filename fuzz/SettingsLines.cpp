@@ -22,7 +22,7 @@ std::string withoutBlanks(std::string text)
     return text;
 }
 
-/// What a line says, said in another way than the library's: nothing, or a key with its value.
+/// A second implementation of parsing a line: nothing, or a key with its value.
 void read(std::map<std::string, std::string>& entries, const std::string& line)
 {
     if (line.empty() || line[0] == ';' || line == "[" || line == "/")
@@ -39,7 +39,7 @@ void read(std::map<std::string, std::string>& entries, const std::string& line)
             key += c;
     }
     if (!behindSign)
-        key.clear(); // a line without a sign belongs to the empty key, which has no value
+        key.clear(); // a line without "=" belongs to the empty key, which has no value
     entries[withoutBlanks(key)] = withoutBlanks(value);
 }
 

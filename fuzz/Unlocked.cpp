@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Locks that are always free, for targets that have the settings to themselves.
+// Locks that are always free, for targets with exclusive access to the settings.
 #include "platform/LinuxWrapper.h"
 
 namespace Halvix {

@@ -12,8 +12,8 @@
 
 namespace faults {
 
-/// Arguments for any operation: each pointer gets room of its own, each number the next of those given, then 1, each
-/// text the next of those given.
+/// Arguments for any operation: each pointer gets its own storage, each number the next of those passed, then 1, each
+/// text the next of those passed.
 class Arguments {
 public:
     Arguments(const std::vector<double>& numbers, const std::vector<const char*>& texts)

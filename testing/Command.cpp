@@ -42,7 +42,7 @@ int statusOf(pid_t child)
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-// Takes what has come on a descriptor; false at its end.
+// Reads what is available on a descriptor; false at its end.
 bool readInto(int descriptor, std::string& text)
 {
     std::array<char, 4096> buffer{};
@@ -175,7 +175,7 @@ std::vector<nlohmann::json> jsonLinesOf(const Outcome& outcome)
     std::istringstream lines(outcome.output);
     for (std::string line; std::getline(lines, line);) {
         documents.push_back(nlohmann::json::parse(line, nullptr, false));
-        EXPECT_FALSE(documents.back().is_discarded()) << "this line is no JSON document: " << line;
+        EXPECT_FALSE(documents.back().is_discarded()) << "this line is not a JSON document: " << line;
     }
     return documents;
 }

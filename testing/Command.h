@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The vocabulary of the command line tests: run, outputIs, outputMatches, errorIs, errorMatches, statusIs, jsonOf.
+// The functions of the command line tests: run, outputIs, outputMatches, errorIs, errorMatches, statusIs, jsonOf.
 #ifndef HX_TESTS_COMMAND_H
 #define HX_TESTS_COMMAND_H
 
@@ -15,17 +15,17 @@ struct Outcome {
     std::string command;
     std::string output = "";
     std::string error = "";
-    int status = -1; // of the shell: 128 and the signal's number for a killed program
+    int status = -1; // of the shell: 128 plus the signal's number for a killed program
 };
 
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 
-// Runs a line of shell in which hxaux and hx-sim are this build's. For what needs no unit.
+// Runs a shell command line in which hxaux and hx-sim are those of this build. For commands without a unit.
 Outcome run(const std::string& command);
 // The same with the output on a terminal of 100 columns; standard error goes there as well.
 Outcome runOnTerminal(const std::string& command);
 
-// A simulated unit of its own, healthy but for what the settings say, for as long as the object lives.
+// A private simulated unit, healthy except for the given settings, as long as the object lives.
 class Unit {
 public:
     // Lines of a description: "voltage.0=12", "absent=/dev/adc-id".
@@ -34,10 +34,10 @@ public:
     Unit(const Unit&) = delete;
     Unit& operator=(const Unit&) = delete;
 
-    // A program and its words on the unit: run("hxaux voltage 0"). What stands before it is put before hx-sim.
+    // A program with its arguments on the unit: run("hxaux voltage 0"). A prefix is put before hx-sim.
     [[nodiscard]] Outcome run(const std::string& command) const;
     [[nodiscard]] Outcome runOnTerminal(const std::string& command) const;
-    // The whole line of shell that does so, for pipes and programs in the background.
+    // The shell command line that does so, for pipes and programs in the background.
     [[nodiscard]] std::string line(const std::string& command) const;
 
     // Commands of hx-sim on this unit: control("set voltage.0 12"), control("fail /dev/adc-id open EIO").
@@ -48,7 +48,7 @@ private:
     std::string name_;
 };
 
-// The only JSON document of the output; a test failure when it is none.
+// The only JSON document of the output; a test failure when it is not one.
 nlohmann::json jsonOf(const Outcome& outcome);
 // One document per line.
 std::vector<nlohmann::json> jsonLinesOf(const Outcome& outcome);
@@ -58,7 +58,7 @@ inline auto outputIs(const std::string& text)
     return testing::Field("output", &Outcome::output, testing::StrEq(text));
 }
 
-// A POSIX extended regular expression that some part of the output matches.
+// A POSIX extended regular expression that a part of the output matches.
 inline auto outputMatches(const std::string& pattern)
 {
     return testing::Field("output", &Outcome::output, testing::ContainsRegex(pattern));

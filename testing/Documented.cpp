@@ -22,7 +22,7 @@ std::map<int, std::string> readCodes()
     static const std::regex kLine{R"(\s*(ERR_\w+) =\s*(\d*),?.*)"};
     std::map<int, std::string> names;
     std::string line;
-    std::string pending; // one name stands on a line of its own
+    std::string pending; // one name has a line of its own
     for (std::ifstream stream = header("errors"); std::getline(stream, line);) {
         std::smatch found;
         if (!pending.empty() && std::regex_search(line, found, std::regex{R"(^\s*(\d+),)"}))

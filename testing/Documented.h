@@ -5,18 +5,18 @@
 #include <set>
 #include <string>
 
-/// What the public headers say of an interface.
+/// What the public headers document about an interface.
 namespace documented {
 
 struct Interface {
     std::map<std::string, std::set<std::string>> codes; ///< operation: its error codes by name; overloads together
-    std::map<std::string, int> overloads;               ///< operation but `Release`: how often it is declared
+    std::map<std::string, int> overloads;               ///< operation except `Release`: number of its overloads
     bool factoryThrows = false;                         ///< std::bad_alloc
 };
 
 Interface interface(const std::string& name);
 
-/// "ERR_OPEN_FAILED" for 1, empty for what is no error code.
+/// "ERR_OPEN_FAILED" for 1, empty for anything that is not an error code.
 std::string nameOf(int code);
 
 } // namespace documented

@@ -3,7 +3,7 @@
 
 #include "hx-aux/hx-aux.h"
 
-/// Every operation of the eighteen interfaces but `Release`, for what is to be tried with all of them:
+/// Every operation of the eighteen interfaces except `Release`, for tests of all of them:
 /// `Operations<Adc>::visit(visitor)` calls `visitor("getVoltage", &Adc::getVoltage)` and so on. A test compares this
 /// table with the headers.
 namespace every {

@@ -6,12 +6,12 @@
 #include <string_view>
 #include <vector>
 
-/// Texts of firmware files, as the tests write them down.
+/// Texts of firmware files.
 namespace firmware {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// One record of an Intel HEX or MCS file, its checksum right, with a line end.
+/// One record of an Intel HEX or MCS file, with a valid checksum and a line end.
 std::string record(std::uint8_t type, std::uint16_t offset, const Bytes& data);
 std::string data(std::uint16_t offset, const Bytes& bytes);
 std::string segment(std::uint16_t paragraph);
@@ -22,7 +22,7 @@ inline constexpr std::string_view kEnd = ":00000001FF\n";
 Bytes pattern(std::size_t size, unsigned seed = 1);
 /// A whole HEX file for the start of the flash, in records of 16 bytes.
 std::string intelHex(const Bytes& image, std::uint32_t start = 0x08000000);
-/// The same, made so long by empty lines behind its end that it has the size of a microcontroller's firmware file.
+/// The same, extended by empty lines after its end to the size of a microcontroller's firmware file.
 std::string intelHexOfSize(std::size_t size, const Bytes& image);
 /// A text of that many characters with a word at its end.
 std::string filledUpTo(std::size_t size, char filler, std::string_view word);

@@ -147,7 +147,7 @@ Process SharedUnit::start(const std::vector<std::string>& words) const
     return Process{onUnit(HXAUX_PROGRAM, words)};
 }
 
-SharedUnit::Told SharedUnit::hxaux(const std::vector<std::string>& words) const
+SharedUnit::Result SharedUnit::hxaux(const std::vector<std::string>& words) const
 {
     Process tool{start(words)};
     std::string output = tool.rest();

@@ -7,25 +7,25 @@
 
 #include <sys/types.h>
 
-/// A program that a test started: its output line by line, its end, and its death.
+/// A program that a test started: its output line by line and its exit.
 class Process {
 public:
     explicit Process(const std::vector<std::string>& command);
-    ~Process(); // kills what still runs
+    ~Process(); // kills a running program
     Process(Process&& other) noexcept;
     Process& operator=(Process&&) = delete;
 
-    /// The next line of its output; "(silent)" when none comes in time, "(ended)" when none can come any more.
+    /// The next line of its output; "(silent)" on a timeout, "(ended)" after the end of the output.
     std::string line(std::chrono::milliseconds patience = std::chrono::seconds{60});
-    /// Everything that it still says, until its end.
+    /// The rest of its output, until its end.
     std::string rest();
-    /// Waits for its end: exit status, or 128 and the signal's number.
+    /// Waits for its end: exit status, or 128 plus the signal's number.
     int status();
     void kill();
     [[nodiscard]] pid_t pid() const { return pid_; }
 
 private:
-    /// Whether more was read in time.
+    /// Whether more output was read in time.
     bool more(std::chrono::milliseconds patience);
 
     pid_t pid_ = -1;
@@ -34,10 +34,10 @@ private:
     std::string unread_;
 };
 
-/// A simulated unit of this test alone that several programs share.
+/// A private simulated unit that several programs share.
 class SharedUnit {
 public:
-    /// Description lines: what differs from a healthy unit; and how many times faster than real its time runs.
+    /// Description lines: what differs from a healthy unit; `scale` is the speed of its time relative to real time.
     explicit SharedUnit(const std::vector<std::string>& description = {}, int scale = 1);
     ~SharedUnit();
     SharedUnit(const SharedUnit&) = delete;
@@ -45,15 +45,15 @@ public:
 
     /// Starts hx-child on the unit.
     [[nodiscard]] Process child(const std::vector<std::string>& words) const;
-    /// Runs hxaux on the unit to its end.
-    struct Told {
-        std::string output; ///< standard error as well
+    /// Runs hxaux on the unit and waits for its end.
+    struct Result {
+        std::string output; ///< including standard error
         int status;
     };
-    [[nodiscard]] Told hxaux(const std::vector<std::string>& words) const;
+    [[nodiscard]] Result hxaux(const std::vector<std::string>& words) const;
     /// Starts hxaux on the unit.
     [[nodiscard]] Process start(const std::vector<std::string>& words) const;
-    /// A command of hx-sim for this unit, to its end.
+    /// Runs a command of hx-sim for this unit and waits for its end.
     std::string control(const std::string& command, const std::vector<std::string>& words) const;
 
     [[nodiscard]] std::string settingsFile() const;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-/// An interface object that goes back with `Release()` when the test ends: `Released video{GetVideo()};`
+/// An interface object that is freed with `Release()` at the end of the test: `Released video{GetVideo()};`
 template <class Interface>
 class Released {
 public:

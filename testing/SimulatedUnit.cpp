@@ -19,25 +19,25 @@ std::string joined(std::initializer_list<const char*> lines)
 } // namespace
 
 SimulatedUnit::SimulatedUnit(std::initializer_list<const char*> description)
-    : world_{hxsim::LinkedUnit::make(joined(description))}
+    : linkedUnit_{hxsim::LinkedUnit::make(joined(description))}
 {
 }
 
 void SimulatedUnit::set(const std::string& property, const std::string& value)
 {
-    world_->unit()->properties().set(property, value);
-    world_->changed();
+    linkedUnit_->unit()->properties().set(property, value);
+    linkedUnit_->changed();
 }
 
 std::string SimulatedUnit::get(const std::string& property)
 {
-    return world_->unit()->properties().get(property);
+    return linkedUnit_->unit()->properties().get(property);
 }
 
 void SimulatedUnit::describe(const std::string& lines)
 {
-    world_->unit()->describe(lines);
-    world_->changed();
+    linkedUnit_->unit()->describe(lines);
+    linkedUnit_->changed();
 }
 
 void SimulatedUnit::act(const std::string& action)
@@ -47,7 +47,7 @@ void SimulatedUnit::act(const std::string& action)
 
 void SimulatedUnit::fail(const std::string& subject, const std::string& call, int error, int count, int skip)
 {
-    world_->unit()->faults().add(hxsim::Fault{subject, call, error, count, skip});
+    linkedUnit_->unit()->faults().add(hxsim::Fault{subject, call, error, count, skip});
 }
 
 void SimulatedUnit::fail(const std::string& subject, std::uint32_t request, int error, int count, int skip)
@@ -57,7 +57,7 @@ void SimulatedUnit::fail(const std::string& subject, std::uint32_t request, int 
 
 void SimulatedUnit::stopFailing()
 {
-    world_->unit()->faults().clear();
+    linkedUnit_->unit()->faults().clear();
 }
 
 std::vector<std::string> SimulatedUnit::requestsTo(const std::string& node)
@@ -88,38 +88,38 @@ std::vector<std::string> SimulatedUnit::journal()
 
 std::vector<hxsim::Entry> SimulatedUnit::entries()
 {
-    const auto unit = world_->unit();
+    const auto unit = linkedUnit_->unit();
     return {unit->journal().entries().begin(), unit->journal().entries().end()};
 }
 
 void SimulatedUnit::clearJournal()
 {
-    world_->unit()->journal().clear();
+    linkedUnit_->unit()->journal().clear();
 }
 
 void SimulatedUnit::sleepFor(std::int64_t milliseconds)
 {
-    world_->observe(milliseconds * 1000000);
+    linkedUnit_->observe(milliseconds * 1000000);
 }
 
 std::int64_t SimulatedUnit::now()
 {
-    return world_->unit()->clock().now() / std::chrono::milliseconds{1};
+    return linkedUnit_->unit()->clock().now() / std::chrono::milliseconds{1};
 }
 
 void SimulatedUnit::expectOtherProcesses()
 {
-    world_->expectOutsiders();
+    linkedUnit_->expectOutsiders();
 }
 
 std::string SimulatedUnit::folder() const
 {
-    return world_->folder();
+    return linkedUnit_->folder();
 }
 
 std::string SimulatedUnit::fileOf(const std::string& path) const
 {
-    return world_->fileOf(path);
+    return linkedUnit_->fileOf(path);
 }
 
 std::string SimulatedUnit::settings() const

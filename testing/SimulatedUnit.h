@@ -11,12 +11,12 @@
 
 #include "simulator/inprocess/LinkedUnit.h"
 
-/// The world of a test: a unit of its own, on which every open, ioctl, sleep, semaphore and thread of this program
-/// arrives as long as the object lives. Time is virtual: it jumps to the next deadline when every thread waits.
+/// The fixture of most tests: a private unit that handles every open, ioctl, sleep, semaphore and thread of this
+/// program as long as the object lives. Time is virtual: it jumps to the next deadline when every thread waits.
 ///
 ///     SimulatedUnit unit{"absent = /dev/backlight"};
 ///
-/// The lines that the journal shows are described at hxsim::Entry::call().
+/// The format of the journal's lines is described at hxsim::Entry::call().
 class SimulatedUnit {
 public:
     SimulatedUnit() : SimulatedUnit{std::initializer_list<const char*>{}} {}
@@ -24,24 +24,24 @@ public:
     SimulatedUnit(std::initializer_list<const char*> description);
     explicit SimulatedUnit(const char* line) : SimulatedUnit{{line}} {}
 
-    // What the unit is.
+    // State of the unit.
 
     void set(const std::string& property, const std::string& value);
     void set(const std::string& property, std::int64_t value) { set(property, std::to_string(value)); }
     [[nodiscard]] std::string get(const std::string& property);
     void describe(const std::string& lines);
-    /// "press front": an action and its words.
+    /// "press front": an action with its arguments.
     void act(const std::string& action);
-    /// A hardware object, locked against the unit's other threads as long as the expression lasts:
+    /// A hardware object, locked against the unit's other threads during the expression:
     /// `unit.model<hxsim::Voltages>()->registers[3] = 7;`
     template <typename Type>
     [[nodiscard]] hxsim::Locked<Type> model()
     {
-        return world_->hardware<Type>();
+        return linkedUnit_->hardware<Type>();
     }
 
-    // Failures. Calls are named as the journal names them: "open", "read", "0x40010003", "get 5", "sem_wait" ...
-    // `skip` calls go well before the failing ones; `count` calls fail, by default all.
+    // Failures. Calls have the names of the journal: "open", "read", "0x40010003", "get 5", "sem_wait" ... `skip` calls
+    // succeed before the failing ones; `count` calls fail, by default all.
 
     void fail(const std::string& subject, const std::string& call, int error = EIO, int count = hxsim::Fault::kAlways,
               int skip = 0);
@@ -49,41 +49,41 @@ public:
               int skip = 0);
     void stopFailing();
 
-    // What it was asked.
+    // Recorded calls.
 
     /// The ioctls on a node, as "0x40010003: 00 80", "0x80010002 -> 80", "get 3 -> 1241", "put 0 = 1".
     [[nodiscard]] std::vector<std::string> requestsTo(const std::string& node);
-    /// Every call on a node, file, semaphore or word ("sleep", "thread", "umask"): open and close too.
+    /// Every call on a node, file, semaphore or pseudo-subject ("sleep", "thread", "umask"), including open and close.
     [[nodiscard]] std::vector<std::string> callsTo(const std::string& subject);
-    /// Every call on anything, in order: "SUBJECT CALL".
+    /// All calls, in order: "SUBJECT CALL".
     [[nodiscard]] std::vector<std::string> journal();
     [[nodiscard]] std::vector<hxsim::Entry> entries();
     void clearJournal();
 
     // Time.
 
-    /// Lets the other threads run for this long; everything due until then has happened when it returns.
+    /// Runs the other threads for this long; everything due until then has happened when it returns.
     void sleepFor(std::int64_t milliseconds);
-    /// Lets the other threads run until each of them waits.
+    /// Runs the other threads until each of them waits.
     void settle() { sleepFor(0); }
-    /// Milliseconds since the unit was made.
+    /// Milliseconds since the unit was created.
     [[nodiscard]] std::int64_t now();
-    /// For tests with other processes: a wait without end is no mistake then.
+    /// For tests with other processes: an endless wait is then not an error.
     void expectOtherProcesses();
 
     // Files.
 
-    /// The unit's private folder; gone with the unit.
+    /// The unit's private directory, removed with the unit.
     [[nodiscard]] std::string folder() const;
-    /// Where a path of the unit is kept on this machine, "/opt/etc/hxaux.ini" for example.
+    /// The path on this machine of a path of the unit, for example of "/opt/etc/hxaux.ini".
     [[nodiscard]] std::string fileOf(const std::string& path) const;
     [[nodiscard]] std::string settingsFile() const { return fileOf("/opt/etc/hxaux.ini"); }
-    /// The text of the settings file, empty when there is none; writing makes it.
+    /// The text of the settings file, empty without a file; writing creates it.
     [[nodiscard]] std::string settings() const;
     void writeSettings(const std::string& text) const;
 
 private:
-    hxsim::LinkedUnitPointer world_;
+    hxsim::LinkedUnitPointer linkedUnit_;
 };
 
 /// `EXPECT_THAT(unit.requestsTo("/dev/x"), Requests("0x80010002 -> 80", "0x40010003: 00 81"))`: these, in this order,
@@ -106,7 +106,7 @@ MATCHER_P(ContainsLinesInOrder, lines, "")
     return false;
 }
 
-/// These lines occur in this order, whatever else stands between them.
+/// These lines occur in this order, possibly with others between them.
 inline auto InOrder(std::initializer_list<std::string> lines)
 {
     return ContainsLinesInOrder(std::vector<std::string>(lines));

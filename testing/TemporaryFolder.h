@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-/// A folder of a test's own, removed with what is in it.
+/// A private directory, removed with its contents.
 class TemporaryFolder {
 public:
     TemporaryFolder() : path_{std::filesystem::temp_directory_path() / "hx-test-XXXXXX"}

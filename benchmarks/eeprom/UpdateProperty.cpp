@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// How close a change of production data comes to the time that it cannot be faster than: the pauses that the library
-// makes and the bytes on the bus. Run it on a simulated unit in real time:
+// The time of a change of production data compared with its lower bound: the pauses of the library and the bytes on the
+// bus. Run it on a simulated unit in real time:
 //
 //     hx-sim run -- hx-bench-eeprom [--check]
 //

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What the arithmetic of light and backlight costs: a sample's and a control pass's share beside their requests.
+// The cost of the arithmetic of light and backlight: one sample and one control pass, without their requests.
 #include "backlight/ControlLaw.h"
 #include "backlight/Illuminance.h"
 #include "backlight/SampleRing.h"

@@ -20,12 +20,12 @@ namespace {
 
 constexpr std::size_t kImage = 4 * 1024 * 1024;
 
-double medianSeconds(const std::function<void()>& deed)
+double medianSeconds(const std::function<void()>& action)
 {
     std::vector<double> seconds(9);
     for (double& second : seconds) {
         const auto start = std::chrono::steady_clock::now();
-        deed();
+        action();
         second = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     }
     std::sort(seconds.begin(), seconds.end());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// A C++ shared object that does nothing: what loading any such object costs.
+// A C++ shared object that does nothing: the cost of loading any shared object.
 #include <string>
 
 extern "C" __attribute__((visibility("default"))) int hxEmpty(const char* text)

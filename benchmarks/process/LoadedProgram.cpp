@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// A program that only loads what it is linked with. With an argument it prints the memory of its own that this took,
-// in KiB: pages that it shares with no other process.
+// A program that only loads its libraries. With an argument it prints the private memory that this took, in KiB.
 #include <fstream>
 #include <iostream>
 #include <string>

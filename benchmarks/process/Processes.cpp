@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Whole processes, one after the other in turn: what they take from start to end, as medians and as ratios.
+// Whole processes, one after the other in turn: their run time, as medians and as ratios.
 //
 //     hx-bench-process FOLDER         FOLDER has hx-bench-load-empty and hx-bench-load, its parent has hxaux
 //

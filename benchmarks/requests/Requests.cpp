@@ -20,7 +20,7 @@ void measureRequests(const char* backend)
         for (int i = 0; i < kRequests; ++i) {
             double volts = 0;
             if (adc->getVoltage(Halvix::Voltage0, &volts) != Halvix::ERR_SUCCESS) {
-                std::fprintf(stderr, "there is no voltage; is this a simulated unit?\n");
+                std::fprintf(stderr, "cannot read a voltage; run this on a simulated unit\n");
                 std::exit(2);
             }
         }

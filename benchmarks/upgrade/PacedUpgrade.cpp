@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// A whole upgrade of 128 KiB in real time against what the wire needs:
+// A whole upgrade of 128 KiB in real time, compared with the time on the wire:
 //
 //     hx-sim run -- hx-bench-upgrade [--check]
 //
-// The wire's time is measured in the same run, by waiting for it piece by piece, as often as the line turns: a machine
-// wakes up late from each. With --check the status is 1 when the upgrade takes more than 1.02 times that.
+// The wire's time is measured in the same run, by waiting for it piece by piece, as often as the direction changes: a
+// machine wakes up late from each. With --check the status is 1 when the upgrade takes more than 1.02 times that.
 #include "hx-aux/FirmwareUpgrade.h"
 #include "testing/FirmwareTexts.h"
 
@@ -21,7 +21,7 @@ constexpr int kBlocks = 512;
 constexpr double kBytesPerBlock = 268;            // either way
 constexpr double kSecondsPerByte = 11 / 115200.0; // start, eight data bits, parity, stop
 constexpr double kWire = 2 * kBlocks * kBytesPerBlock * kSecondsPerByte;
-constexpr double kErase = 0.040;   // what the simulated part takes for its whole flash
+constexpr double kErase = 0.040;   // the simulated part erases its whole flash
 constexpr double kRouting = 0.200; // the library's pauses while the line is switched over
 
 /// The time of the wire alone: command, address and data of each block, each answered, either way.

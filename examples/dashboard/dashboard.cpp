@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A small complete application to start from: shows light, backlight level, voltages and inputs whenever they change,
-// lights the front LED by the supply's state, and ends in order when the front button asks for power off.
+// lights the front LED by the supply's state, and ends properly when the front button requests power off.
 //
 //   dashboard [ROUNDS]      looks ROUNDS times, or forever
 
@@ -19,7 +19,7 @@ namespace {
 constexpr auto kPause = std::chrono::milliseconds(200);
 constexpr double kLowVolts = 18.0;
 
-// Gives an interface object back at the end.
+// Releases an interface object at the end of its scope.
 template <typename Kind>
 class Handle {
 public:
@@ -38,7 +38,7 @@ std::string orError(eErr err, const std::string& value)
     return err == ERR_SUCCESS ? value : std::string("(") + GetErrorStringA(err) + ")";
 }
 
-// One line of the display: printed when it is not what it was.
+// One line of the display: printed when it changes.
 class Line {
 public:
     explicit Line(const char* name) : name_(name) {}
@@ -66,7 +66,7 @@ public:
         showInputs();
     }
 
-    // Whether the front button, or the external signal, asks for a change of power.
+    // Whether the front button, or the external signal, requests a change of power.
     bool powerRequested()
     {
         ButtonPowerTransitionStatus request = ButtonPowerTransition0;
@@ -76,7 +76,7 @@ public:
     // The place to save the application's work. Without the acknowledgement the supervisor waits for it.
     void endInOrder()
     {
-        request_.show("the front button asks for a change of power");
+        request_.show("the front button requests a change of power");
         (void)led_->setColor(ColorOrange);
         const eErr err = power_->ackPowerRequest();
         request_.show(orError(err, "acknowledged"));
@@ -87,7 +87,7 @@ private:
     {
         unsigned short lux = 0;
         const eErr err = sensor_->getIlluminance(&lux);
-        if (err != ERR_INVALID_DATA) // the sensor is in the middle of a measurement: look again next time
+        if (err != ERR_INVALID_DATA) // the sensor is measuring: retry next time
             light_.show(orError(err, std::to_string(lux) + " lux"));
     }
 
@@ -106,7 +106,7 @@ private:
         std::snprintf(text, sizeof text, "%.1f V%s", volts, volts < kLowVolts ? ", low" : "");
         supply_.show(orError(err, text));
         if (err == ERR_SUCCESS)
-            (void)led_->setColor(volts < kLowVolts ? ColorRed : ColorGreen); // a dark LED is no reason to stop
+            (void)led_->setColor(volts < kLowVolts ? ColorRed : ColorGreen); // an LED error is not fatal
     }
 
     void showInputs()

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "fuzz/Require.h"
-#include "fuzz/system/World.h"
+#include "fuzz/system/Internal.h"
 #include "hx-aux/Jida.h"
 
 namespace fuzzed {

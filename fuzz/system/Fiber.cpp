@@ -25,7 +25,7 @@ namespace {
 
 Fiber* running = nullptr;
 
-// What the sanitizers have to hear of a change of stacks.
+// Notifies the sanitizers of a change of stacks.
 
 void leaveStack([[maybe_unused]] void** keep, [[maybe_unused]] const void* bottom, [[maybe_unused]] std::size_t size)
 {
@@ -101,7 +101,7 @@ void Fiber::run()
     leave(true);
 }
 
-void Fiber::giveBack()
+void Fiber::yield()
 {
     running->leave(false);
 }

@@ -8,7 +8,7 @@
 
 namespace fuzzed {
 
-/// A function with a stack of its own that runs until it gives the turn back: a thread without the scheduler's share.
+/// A function with a stack of its own that runs until it yields: a thread without preemption.
 class Fiber {
 public:
     explicit Fiber(std::function<void()> function);
@@ -16,14 +16,14 @@ public:
     Fiber(const Fiber&) = delete;
     Fiber& operator=(const Fiber&) = delete;
 
-    /// Lets it run until its next `giveBack` or its end. From outside any fiber only.
+    /// Resumes it until its next `yield` or its end. Only from outside any fiber.
     void resume();
     [[nodiscard]] bool hasEnded() const { return ended_; }
 
-    /// The one that runs now, or null.
+    /// The running one, or null.
     static Fiber* current();
-    /// Within a fiber: goes back to where it was resumed.
-    static void giveBack();
+    /// Within a fiber: returns to where it was resumed.
+    static void yield();
 
 private:
     static constexpr std::size_t kStack = 256 * 1024;
@@ -36,7 +36,7 @@ private:
     std::unique_ptr<char[]> stack_;
     ucontext_t here_{};
     ucontext_t outside_{};
-    const void* outsideBottom_ = nullptr; ///< the stack it was resumed from, as sanitizers want to know
+    const void* outsideBottom_ = nullptr; ///< the stack it was resumed from, for the sanitizers
     std::size_t outsideSize_ = 0;
     void* fakeStack_ = nullptr;
     void* sanitizersFiber_ = nullptr;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// open, read, write, ioctl and their like in front of the C library's: devices and files of the unit are numbers that
-// no real descriptor has.
+// open, read, write, ioctl and their like in front of the C library's: devices and files of the unit are numbers
+// outside the range of real descriptors.
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
@@ -16,7 +16,7 @@
 #include <string_view>
 
 #include "fuzz/Require.h"
-#include "fuzz/system/World.h"
+#include "fuzz/system/Internal.h"
 #include "platform/LinuxWrapper.h"
 
 namespace fuzzed {
@@ -46,7 +46,7 @@ bool isOfTheUnit(const char* path)
     return theInput != nullptr && !name.starts_with("/proc/");
 }
 
-/// A block of the request's own size: sent ones are looked at, so that a sanitizer sees what is missing.
+/// A block of the request's own size: sent ones are read, so that a sanitizer detects missing bytes.
 int exchange(unsigned long request, unsigned char* block)
 {
     const unsigned size = _IOC_SIZE(request);
@@ -61,7 +61,7 @@ int exchange(unsigned long request, unsigned char* block)
         errno = sum % 2 == 0 ? EIO : EINTR;
         return -1;
     }
-    // The request for the flash's state is of the kind that only sends, and is answered all the same.
+    // The request for the flash's state is of the sending kind, but is answered.
     if ((_IOC_DIR(request) & _IOC_READ) != 0 || request == 0x4001004d)
         theInput->answer(block, size);
     return 0;

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <string>
 
-/// A fuzzer's bytes, taken from the front for what the program does and from the back for what the world answers, so
-/// that an input that answers otherwise still does the same. Zeros when they are used up.
+/// A fuzzer's bytes, taken from the front for the program's actions and from the back for the answers of the
+/// environment, so that an input with other answers still performs the same actions. Zeros when they are used up.
 class Input {
 public:
     Input() = default;

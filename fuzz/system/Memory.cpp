@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Out of memory where a request is far beyond what a program of the unit asks for: a settings file may want an
-// averaging window of any size. Without a sanitizer nobody reads this.
+// Out of memory for requests far beyond what a program of the unit needs: a settings file may request an averaging
+// window of any size. Used only by sanitizers.
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "fuzz/Require.h"
-#include "fuzz/system/World.h"
+#include "fuzz/system/Internal.h"
 #include "platform/LinuxWrapper.h"
 
 namespace fuzzed {
@@ -22,9 +22,9 @@ std::map<int, std::shared_ptr<Semaphore>> handles;
 int nextHandle = 1;
 bool mayFail = true;
 
-// An input can ask for news as often as it has bytes; an operation that waits on and on comes over that soon.
+// An input can wait for notifications as often as it has bytes; an operation that waits forever exceeds that soon.
 constexpr int kMostInterruptions = 1000;
-// Longer than any lock is held, and than an upgrade says nothing. Threads that run for good let time go on forever.
+// Longer than any lock is held, and than any silence of an upgrade. Threads that run forever advance time forever.
 constexpr std::int64_t kLongestWait = 60000;
 
 } // namespace
@@ -71,8 +71,8 @@ void* LinuxWrapper::CreateSemaHelper(const char*)
     return nullptr;
 }
 
-/// Waiting for a lock that nobody can give back is a finding, but waiting for news is what a caller may ask for: after
-/// some time a signal ends it.
+/// Waiting for a lock that no thread can release is a finding, but a caller may wait for a notification: after some
+/// time a signal ends it.
 bool LinuxWrapper::WaitForSema(int sema, bool wait)
 {
     const auto found = handles.find(sema);

@@ -8,32 +8,32 @@
 
 #include "fuzz/system/Input.h"
 
-/// The world of a fuzz target that uses whole interfaces: devices, files, board, semaphores, threads and time are this
-/// folder's own and answer what the input says. Nothing of the machine is touched.
+/// The environment of a fuzz target that uses whole interfaces: this directory replaces devices, files, board,
+/// semaphores, threads and time, and answers from the input. Nothing of the machine is accessed.
 ///
 /// One thread runs at a time. Those that the library starts run while the target's own one sleeps, in the order in
 /// which their sleeps end; time is a number.
 namespace fuzzed {
 
-/// Everything is new; the input outlives it.
+/// Resets everything; the input must outlive it.
 void begin(Input& input);
-/// Ends the library's threads: each one that does not end by itself meets `Stop` at its next sleep or wait.
+/// Ends the library's threads: each one that is still running gets `Stop` at its next sleep or wait.
 struct Stop {};
 void endThreads();
 
 // Devices.
 
-/// What a device answers instead of the input's bytes: 0 or -1, with `size` bytes at `block`.
+/// Answers of a device instead of the input's bytes: returns 0 or -1, with `size` bytes at `block`.
 using Driver = std::function<int(unsigned long request, unsigned char* block, unsigned size)>;
 void setDriver(Driver driver);
-/// Opened and not closed again, but for those whose path begins so.
+/// Number of files that are open, except those whose path begins with `except`.
 [[nodiscard]] int openFiles(const std::string& except);
 
-/// What a target puts in the place of a device or file that answers the input's bytes.
+/// Replacement for a device or file that answers the input's bytes.
 class OwnFile {
 public:
     virtual ~OwnFile() = default;
-    /// Up to `size` bytes; 0 at the end, or when nothing came in time.
+    /// Up to `size` bytes; 0 at the end, or on a timeout.
     virtual std::size_t read(unsigned char* block, std::size_t size) = 0;
     virtual void write(const unsigned char* block, std::size_t size) = 0;
 };
@@ -47,14 +47,14 @@ void writeSettings(const std::string& text);
 
 // Semaphores.
 
-/// The count of a named semaphore, 1 when nobody made it.
+/// The count of a named semaphore, 1 when it was never created.
 [[nodiscard]] int countOf(const std::string& name);
-/// Whether the input may let semaphores fail to be made.
+/// Whether the input may make the creation of semaphores fail.
 void semaphoresMayFail(bool may);
 
 // Time and threads.
 
-/// Lets the library's threads run for that long.
+/// Runs the library's threads for that long.
 void pass(std::int64_t milliseconds);
 /// Threads of this function are refused.
 void refuseThread(void (*function)(const void*));

@@ -5,7 +5,7 @@
 
 #include "fuzz/Require.h"
 #include "fuzz/system/Fiber.h"
-#include "fuzz/system/World.h"
+#include "fuzz/system/Internal.h"
 #include "platform/LinuxWrapper.h"
 
 namespace fuzzed {
@@ -24,21 +24,21 @@ bool ending = false;
 void (*refused)(const void*) = nullptr;
 
 constexpr std::int64_t kLookAgain = 20;       // of a thread that waits for a semaphore
-constexpr std::int64_t kLongestPass = 100000; // of threads at work; longer times are leapt over
+constexpr std::int64_t kLongestPass = 100000; // of busy threads; longer times are skipped
 
 bool isWorker()
 {
     return Fiber::current() != nullptr;
 }
 
-/// In a worker: gives the turn back until that time.
+/// In a worker: yields until that time.
 void yieldUntil(std::int64_t time)
 {
     mayEnd();
     const auto self = std::find_if(workers.begin(), workers.end(),
                                    [](const Worker& worker) { return &worker.fiber == Fiber::current(); });
     self->wakesAt = time;
-    Fiber::giveBack();
+    Fiber::yield();
     mayEnd();
 }
 
@@ -132,7 +132,7 @@ eErr LinuxWrapper::startThread(void (*function)(const void*), const void* argume
     workers.emplace_back([function, argument] {
         try {
             function(argument);
-        } catch (const Stop&) { // what it held was given back on the way
+        } catch (const Stop&) { // its resources were released by unwinding
         }
     });
     workers.back().wakesAt = now;

@@ -8,9 +8,9 @@
 
 namespace Halvix {
 
-/// @brief Which supply voltage is meant: the number that the supervisor knows it by.
+/// @brief A supply voltage, by its number in the supervisor.
 ///
-/// Other numbers are passed on to the supervisor as well, and what it answers is scaled by 1.
+/// Other numbers are passed to the supervisor as well; their answers are scaled by 1.
 enum VoltageEnum HX_32BIT {
     Voltage0 = 0, ///< Divided by 12 before it is measured: up to 39.6 V.
     Voltage1 = 1, ///< Divided by 12 before it is measured: up to 39.6 V.
@@ -25,19 +25,19 @@ enum VoltageEnum HX_32BIT {
 
 /// @brief Measures the supply voltages.
 ///
-/// An object comes from @ref GetAdc and goes back with @ref Release. "/dev/adc-id" is opened when the object is made
-/// and not tried again.
+/// Get an object from @ref GetAdc and free it with @ref Release. "/dev/adc-id" is opened when the object is created; a
+/// failed open is not retried.
 class Adc {
 public:
     /// @brief Reads one supply voltage.
     ///
-    /// The supervisor answers a count of 3.3 V / 4096; it is scaled by the divider in front of the converter.
+    /// The supervisor answers in counts of 3.3 V / 4096, scaled by the divider in front of the converter.
     ///
     /// @param[in]  which    The voltage to read.
     /// @param[out] voltage  Volts.
     /// @retval ERR_SUCCESS            @p voltage holds the value.
     /// @retval ERR_INVALID_PARAMETER  @p voltage is null.
-    /// @retval ERR_OPEN_FAILED        "/dev/adc-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED        "/dev/adc-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
     /// @retval ERR_BUFFER_SIZE        The answer is not eight bytes long.
     /// @retval ERR_DATATYPE_MISMATCH  The answer is for another voltage.
@@ -45,7 +45,7 @@ public:
     /// @threadsafe Always.
     virtual eErr getVoltage(VoltageEnum which, double* voltage) = 0;
 
-    /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
+    /// @brief Closes the device and deletes the object. The pointer is invalid afterwards.
     /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
     virtual eErr Release() = 0;
@@ -56,11 +56,11 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that measures supply voltages.
+/// @brief Creates an object that measures supply voltages.
 ///
-/// A device that cannot be opened does not matter here: the operations answer ERR_OPEN_FAILED.
+/// Succeeds even if the device cannot be opened; the operations then answer ERR_OPEN_FAILED.
 ///
-/// @return A new object, never null. Give it back with `Release()`.
+/// @return A new object, never null. Free it with `Release()`.
 /// @throws std::bad_alloc  Out of memory.
 /// @threadsafe Always.
 HX_EXPORT Halvix::Adc* GetAdc();

@@ -8,23 +8,24 @@
 
 namespace Halvix {
 
-/// @brief Tells the versions of the FPGA, the microcontrollers, the drivers, the system image and this library.
+/// @brief Reads the versions of the FPGA, the microcontrollers, the drivers, the system image and this library.
 ///
-/// Every version is four numbers of 0 to 255: major, minor, release, build, printed with points between them.
-/// An object comes from @ref GetAuxVersion and goes back with @ref Release. The device versions need
-/// "/dev/fpga-version", which is opened when the object is made and not tried again.
+/// Every version is four numbers of 0 to 255: major, minor, release, build, printed with dots between them.
+///
+/// Get an object from @ref GetAuxVersion and free it with @ref Release. The device versions need "/dev/fpga-version",
+/// which is opened when the object is created; a failed open is not retried.
 class AuxVersion {
 public:
     /// @brief Reads the version of the FPGA's configuration.
     ///
-    /// The pointers are not checked: none may be null.
+    /// The pointers must not be null (not checked).
     ///
     /// @param[out] major    First number.
     /// @param[out] minor    Second number.
     /// @param[out] release  Third number.
     /// @param[out] build    Fourth number.
     /// @retval ERR_SUCCESS        The four outputs hold the version.
-    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
     /// @note On failure the outputs are unchanged.
@@ -34,14 +35,14 @@ public:
 
     /// @brief Reads the version of the supervisor microcontroller's firmware.
     ///
-    /// The pointers are not checked: none may be null.
+    /// The pointers must not be null (not checked).
     ///
     /// @param[out] major    First number.
     /// @param[out] minor    Second number.
     /// @param[out] release  Third number.
     /// @param[out] build    Fourth number.
     /// @retval ERR_SUCCESS        The four outputs hold the version.
-    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
     /// @note On failure the outputs are unchanged.
@@ -51,14 +52,14 @@ public:
 
     /// @brief Reads the version of the front-panel microcontroller's firmware.
     ///
-    /// The pointers are not checked: none may be null.
+    /// The pointers must not be null (not checked).
     ///
     /// @param[out] major    First number.
     /// @param[out] minor    Second number.
     /// @param[out] release  Third number.
     /// @param[out] build    Fourth number.
     /// @retval ERR_SUCCESS        The four outputs hold the version.
-    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
     /// @note On failure the outputs are unchanged.
@@ -66,9 +67,9 @@ public:
     virtual eErr getFrontVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
                                  unsigned char* build) = 0;
 
-    /// @brief Tells the version of this library. Needs no device.
+    /// @brief Reads the version of this library. Needs no device.
     ///
-    /// The pointers are not checked: none may be null.
+    /// The pointers must not be null (not checked).
     ///
     /// @param[out] major    First number.
     /// @param[out] minor    Second number.
@@ -83,8 +84,8 @@ public:
 
     /// @brief Reads the version of the operating system's image from "/etc/firmware.ver". Needs no device.
     ///
-    /// The file holds four decimal numbers with points between them; what follows them is ignored. A negative number
-    /// counts as below 256 and arrives modulo 256.
+    /// The file holds four decimal numbers separated by dots; anything after them is ignored. A negative number counts
+    /// as below 256 and is returned modulo 256.
     ///
     /// @param[out] major    First number.
     /// @param[out] minor    Second number.
@@ -101,14 +102,14 @@ public:
 
     /// @brief Reads the version of the unit's kernel drivers.
     ///
-    /// The pointers are not checked: none may be null.
+    /// The pointers must not be null (not checked).
     ///
     /// @param[out] major    First number.
     /// @param[out] minor    Second number.
     /// @param[out] release  Third number.
     /// @param[out] build    Fourth number.
     /// @retval ERR_SUCCESS        The four outputs hold the version.
-    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
     /// @note On failure the outputs are unchanged.
@@ -116,7 +117,7 @@ public:
     virtual eErr getHXAuxDrvVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
                                     unsigned char* build) = 0;
 
-    /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
+    /// @brief Closes the device and deletes the object. The pointer is invalid afterwards.
     /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
     virtual eErr Release() = 0;
@@ -127,11 +128,11 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that tells versions.
+/// @brief Creates an object that reads versions.
 ///
-/// A device that cannot be opened does not matter here: the operations that need it answer ERR_OPEN_FAILED.
+/// Succeeds even if the device cannot be opened; the operations that need it then answer ERR_OPEN_FAILED.
 ///
-/// @return A new object, never null. Give it back with `Release()`.
+/// @return A new object, never null. Free it with `Release()`.
 /// @throws std::bad_alloc  Out of memory.
 /// @threadsafe Always.
 HX_EXPORT Halvix::AuxVersion* GetAuxVersion();

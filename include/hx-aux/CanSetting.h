@@ -19,27 +19,27 @@ enum CanFrameType HX_32BIT {
 /// @brief Reads and sets the bit rates of the CAN networks 1 to 4.
 ///
 /// Network n is the interface "can<n-1>" of the system: network 1 is can0. Its rate is the text of the file
-/// "/sys/class/net/can<n-1>/can_bittiming/bitrate", in bit/s; this interface counts in kbit/s. Nothing is held open
-/// between two calls. The limits are data of @ref CanSetting_Imp.
+/// "/sys/class/net/can<n-1>/can_bittiming/bitrate", in bit/s; this interface counts in kbit/s. No file stays open
+/// between calls. The limits are data of @ref CanSetting_Imp.
 ///
-/// An object comes from @ref GetCanSetting and goes back with @ref Release.
+/// Get an object from @ref GetCanSetting and free it with @ref Release.
 class CanSetting {
 public:
     /// @brief Reads the bit rate of a network.
     ///
-    /// A rate that is no whole number of kbit/s is rounded towards zero (125500 bit/s is 125). A file that cannot be
-    /// read, or that holds no number, counts as 0 with success.
+    /// A rate that is not a multiple of 1 kbit/s is rounded towards zero (125500 bit/s is 125). A file that cannot be
+    /// read or does not contain a number is reported as 0, with success.
     ///
     /// @param[in]  net   CAN network, 1 to 4.
     /// @param[out] kbit  Bit rate in kbit/s.
     /// @retval ERR_SUCCESS            @p kbit holds the rate.
     /// @retval ERR_INVALID_PARAMETER  @p kbit is null, or @p net is not 1 to 4.
-    /// @retval ERR_IOCTRL_FAILED      The file cannot be opened (there is no such network), or its number is too large.
+    /// @retval ERR_IOCTRL_FAILED      The file cannot be opened (no such network), or its number is too large.
     /// @note On failure @p kbit is unchanged.
     /// @threadsafe Always.
     virtual eErr getBaudrate(unsigned char net, unsigned short* kbit) = 0;
 
-    /// @brief Would tell which kind of frames a network carries; this platform cannot.
+    /// @brief Reads the frame type of a network. Not supported on this platform.
     ///
     /// @param[in]  net   CAN network, 1 to 4.
     /// @param[out] type  Never written.
@@ -50,28 +50,29 @@ public:
 
     /// @brief Sets the bit rate of a network.
     ///
-    /// The system takes a new rate only while the interface is down; bring it down and up again around the call. The
-    /// rate is in force when the interface comes up, and is not kept over a restart.
+    /// The system accepts a new rate only while the interface is down; bring it down and up again around the call. The
+    /// rate takes effect when the interface comes up and is not kept over a restart.
     ///
     /// @param[in] net   CAN network, 1 to 4.
     /// @param[in] kbit  Bit rate in kbit/s, 0 to 1000. 0 is passed on to the system like any other rate.
-    /// @retval ERR_SUCCESS            The system has taken the rate.
+    /// @retval ERR_SUCCESS            The system has accepted the rate.
     /// @retval ERR_INVALID_PARAMETER  @p kbit is above 1000, or @p net is not 1 to 4; nothing was opened.
-    /// @retval ERR_OPEN_FAILED        The file cannot be opened for writing: no such network, or no right to change it.
-    /// @retval ERR_IOCTRL_FAILED      The system refused the rate; mostly because the interface is up.
+    /// @retval ERR_OPEN_FAILED        The file cannot be opened for writing: no such network, or no permission to
+    ///                                change it.
+    /// @retval ERR_IOCTRL_FAILED      The system refused the rate, usually because the interface is up.
     /// @threadsafe Always.
     virtual eErr setBaudrate(unsigned char net, unsigned short kbit) = 0;
 
-    /// @brief Would choose which kind of frames a network carries; this platform cannot.
+    /// @brief Sets the frame type of a network. Not supported on this platform.
     ///
     /// @param[in] net   CAN network, 1 to 4.
-    /// @param[in] type  Not looked at.
+    /// @param[in] type  Ignored.
     /// @retval ERR_INVALID_PARAMETER  @p net is not 1 to 4.
     /// @retval ERR_NOT_SUPPORTED      In every other case.
     /// @threadsafe Always.
     virtual eErr setFrameType(unsigned char net, CanFrameType type) = 0;
 
-    /// @brief Gives the object back and deletes it. The pointer must not be used afterwards.
+    /// @brief Deletes the object. The pointer is invalid afterwards.
     /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
     virtual eErr Release() = 0;
@@ -80,7 +81,8 @@ protected:
     ~CanSetting() {}
 };
 
-/// @brief What implements @ref CanSetting. Applications use its limits; objects come from @ref GetCanSetting alone.
+/// @brief Implementation of @ref CanSetting. Applications use only its limits; objects come only from @ref
+/// GetCanSetting.
 class CanSetting_Imp : public CanSetting {
 public:
     HX_EXPORT_MEMBER static const int CAN_NET_MIN;                 ///< The first network, 1.
@@ -88,7 +90,7 @@ public:
     HX_EXPORT_MEMBER static const unsigned short CAN_MAX_BAUDRATE; ///< The highest bit rate, 1000 kbit/s.
 
     CanSetting_Imp(); ///< Hidden in the library.
-    /// @brief Hidden in the library. Behind the interface's slots, so no slot moves.
+    /// @brief Hidden in the library. After the interface's slots, so no slot moves.
     /// @threadsafe Between objects.
     virtual ~CanSetting_Imp();
 
@@ -101,8 +103,8 @@ public:
 
 } // namespace Halvix
 
-/// @brief Makes an object that reads and sets the bit rates of the CAN networks.
-/// @return A new object. Throws `std::bad_alloc` when out of memory. Give it back with `Release()`.
+/// @brief Creates an object that reads and sets the bit rates of the CAN networks.
+/// @return A new object. Throws `std::bad_alloc` when out of memory. Free it with `Release()`.
 /// @threadsafe Always.
 HX_EXPORT Halvix::CanSetting* GetCanSetting();
 

@@ -8,7 +8,7 @@
 
 namespace Halvix {
 
-/// @brief Which events may start the unit. The supervisor's firmware gives the values their meaning.
+/// @brief Which events may start the unit. The supervisor's firmware defines the values.
 enum TriggerConf HX_32BIT {
     StartupTrigger1 = 1, ///< The first combination.
     StartupTrigger2 = 2, ///< The second combination.
@@ -16,8 +16,7 @@ enum TriggerConf HX_32BIT {
     HX_32BIT_RANGE(TriggerConf)
 };
 
-/// @brief What a press of the front button or the external signal does. The supervisor's firmware gives the values
-/// their meaning.
+/// @brief What a press of the front button or the external signal does. The supervisor's firmware defines the values.
 enum PowerAction HX_32BIT {
     PowerAction0 = 0, ///< The first action.
     PowerAction1 = 1, ///< The second action.
@@ -28,16 +27,16 @@ enum PowerAction HX_32BIT {
 /// @brief The start-up and power behaviour that the supervisor enforces on its own.
 ///
 /// Every setting lives in the supervisor; the library keeps no copy. All callers in a process share one object, which
-/// opens "/dev/conf-id" when it is made and does not try again. Operations that need a newer supervisor ask for its
-/// version at each call, before the device is touched. No operation checks its pointer.
+/// opens "/dev/conf-id" when it is created and does not retry. Operations that need a newer supervisor check its
+/// version at each call, before they access the device. Pointers must not be null (not checked).
 class Config {
 public:
     /// @brief Reads which events may start the unit.
     ///
-    /// @param[out] trigger  One of the three values. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] trigger  One of the three values. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS                    @p trigger holds the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not accessed.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                The answer is not two bytes long.
     /// @retval ERR_INVALID_DATA               The supervisor holds a value outside 1 to 3.
@@ -46,10 +45,10 @@ public:
 
     /// @brief Reads what a short press of the front button does.
     ///
-    /// @param[out] action  What the supervisor does. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] action  What the supervisor does. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS                    @p action holds the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not accessed.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                The answer is not two bytes long.
     /// @retval ERR_INVALID_DATA               The supervisor holds a value above 2.
@@ -58,10 +57,10 @@ public:
 
     /// @brief Reads what a long press of the front button does.
     ///
-    /// @param[out] action  What the supervisor does. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] action  What the supervisor does. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS                    @p action holds the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not accessed.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                The answer is not two bytes long.
     /// @retval ERR_INVALID_DATA               The supervisor holds a value above 2.
@@ -70,22 +69,22 @@ public:
 
     /// @brief Reads what the external on/off signal does.
     ///
-    /// @param[out] action  What the supervisor does. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] action  What the supervisor does. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS                    @p action holds the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not accessed.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                The answer is not two bytes long.
     /// @retval ERR_INVALID_DATA               The supervisor holds a value above 2.
     /// @threadsafe Always.
     virtual eErr getOnOffSigAction(PowerAction* action) = 0;
 
-    /// @brief Reads how long the front button must be held to count.
+    /// @brief Reads how long the front button must be pressed to count.
     ///
-    /// @param[out] time  In the supervisor's own unit, passed on unconverted. A valid pointer, it is not checked.
-    ///                   Untouched on failure.
+    /// @param[out] time  In the supervisor's own unit, passed on unconverted. Must not be null (not checked). Untouched
+    ///                   on failure.
     /// @retval ERR_SUCCESS        @p time holds the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
     /// @threadsafe Always.
@@ -93,10 +92,10 @@ public:
 
     /// @brief Reads how long the external on/off signal must last to count.
     ///
-    /// @param[out] time  In the supervisor's own unit, passed on unconverted; 32 bits. A valid pointer, it is not
-    ///                   checked. Untouched on failure.
+    /// @param[out] time  In the supervisor's own unit, passed on unconverted; 32 bits. Must not be null (not checked).
+    ///                   Untouched on failure.
     /// @retval ERR_SUCCESS        @p time holds the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
     /// @threadsafe Always.
@@ -104,10 +103,10 @@ public:
 
     /// @brief Reads how long the unit may stay suspended.
     ///
-    /// @param[out] time  In the supervisor's own unit, passed on unconverted. A valid pointer, it is not checked.
-    ///                   Untouched on failure.
+    /// @param[out] time  In the supervisor's own unit, passed on unconverted. Must not be null (not checked). Untouched
+    ///                   on failure.
     /// @retval ERR_SUCCESS        @p time holds the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
     /// @threadsafe Always.
@@ -115,10 +114,10 @@ public:
 
     /// @brief Reads whether the CAN interfaces are powered at start-up.
     ///
-    /// @param[out] status  What the supervisor holds, unchecked: a word other than 0 and 1 is passed on as it is. A
-    ///                     valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] status  The supervisor's value, unchecked: a value other than 0 and 1 is passed on unchanged. Must
+    ///                     not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p status holds the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
     /// @threadsafe Always.
@@ -126,10 +125,10 @@ public:
 
     /// @brief Reads which video channels are powered at start-up.
     ///
-    /// @param[out] channels  One bit per channel, bit 0 for the first of four. A valid pointer, it is not checked.
+    /// @param[out] channels  One bit per channel, bit 0 for the first of four. Must not be null (not checked).
     ///                       Untouched on failure.
     /// @retval ERR_SUCCESS        @p channels holds the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
     /// @threadsafe Always.
@@ -137,10 +136,10 @@ public:
 
     /// @brief Reads whether the external fan is powered at start-up.
     ///
-    /// @param[out] status  What the supervisor holds, unchecked: a word other than 0 and 1 is passed on as it is. A
-    ///                     valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] status  The supervisor's value, unchecked: a value other than 0 and 1 is passed on unchanged. Must
+    ///                     not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p status holds the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
     /// @threadsafe Always.
@@ -148,11 +147,11 @@ public:
 
     /// @brief Reads the supply voltage that the unit needs to start.
     ///
-    /// @param[out] volts  Volts, in steps of 9.7 mV. Never below 9.0: what would read as less is reported as 9.0, so
-    ///                    that the lowest setting reads back as it was set. A valid pointer, it is not checked.
-    ///                    Untouched on failure.
+    /// @param[out] volts  Volts, in steps of 9.7 mV. Never below 9.0: lower readings are reported as 9.0, so that the
+    ///                    lowest setting reads back as it was set. Must not be null (not checked). Untouched on
+    ///                    failure.
     /// @retval ERR_SUCCESS        @p volts holds the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
     /// @threadsafe Always.
@@ -160,10 +159,10 @@ public:
 
     /// @brief Reads the temperature below which the unit is heated before it starts.
     ///
-    /// @param[out] celsius  Degrees Celsius, -25 to 5. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] celsius  Degrees Celsius, -25 to 5. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS                    @p celsius holds the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 0.9.0.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 0.9.0.0; the device was not accessed.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                The answer is not two bytes long.
     /// @retval ERR_INVALID_DATA               The supervisor holds a limit outside -25 to 5.
@@ -172,11 +171,11 @@ public:
 
     /// @brief Reads whether the unit starts as soon as it gets power.
     ///
-    /// @param[out] status  Enabled for every value but 0; only the low byte of what the supervisor holds is looked at.
-    ///                     A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] status  Enabled for every value except 0; only the low byte of the supervisor's value is used. Must
+    ///                     not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS                    @p status holds the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.3.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.3.0; the device was not accessed.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                The answer is not two bytes long.
     /// @threadsafe Always.
@@ -188,11 +187,11 @@ public:
     ///
     /// @param[in] trigger  1 to 3.
     /// @retval ERR_SUCCESS                    The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not accessed.
     /// @retval ERR_INVALID_DATA               @p trigger is not 1, 2 or 3. Nothing was sent.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE                The driver did not take two bytes.
+    /// @retval ERR_BUFFER_SIZE                The driver did not accept two bytes.
     /// @threadsafe Always.
     virtual eErr setStartupTriggerConfig(TriggerConf trigger) = 0;
 
@@ -202,11 +201,11 @@ public:
     ///
     /// @param[in] action  0 to 2.
     /// @retval ERR_SUCCESS                    The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not accessed.
     /// @retval ERR_INVALID_DATA               @p action is not 0, 1 or 2. Nothing was sent.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE                The driver did not take two bytes.
+    /// @retval ERR_BUFFER_SIZE                The driver did not accept two bytes.
     /// @threadsafe Always.
     virtual eErr setShortButtonPressAction(PowerAction action) = 0;
 
@@ -216,11 +215,11 @@ public:
     ///
     /// @param[in] action  0 to 2.
     /// @retval ERR_SUCCESS                    The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not accessed.
     /// @retval ERR_INVALID_DATA               @p action is not 0, 1 or 2. Nothing was sent.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE                The driver did not take two bytes.
+    /// @retval ERR_BUFFER_SIZE                The driver did not accept two bytes.
     /// @threadsafe Always.
     virtual eErr setLongButtonPressAction(PowerAction action) = 0;
 
@@ -230,27 +229,27 @@ public:
     ///
     /// @param[in] action  0 to 2.
     /// @retval ERR_SUCCESS                    The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.0.0; the device was not accessed.
     /// @retval ERR_INVALID_DATA               @p action is not 0, 1 or 2. Nothing was sent.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE                The driver did not take two bytes.
+    /// @retval ERR_BUFFER_SIZE                The driver did not accept two bytes.
     /// @threadsafe Always.
     virtual eErr setOnOffSigAction(PowerAction action) = 0;
 
-    /// @brief Sets how long the front button must be held to count.
+    /// @brief Sets how long the front button must be pressed to count.
     ///
     /// Stored by the supervisor at once, and kept over restarts and power cycles.
     ///
-    /// The word that the supervisor keeps beside this time is read first and written back unchanged. When that read
-    /// fails, nothing is written and its code is the answer.
+    /// The word that the supervisor stores next to this time is read first and written back unchanged. If that read
+    /// fails, nothing is written and its error code is returned.
     ///
     /// @param[in] time  In the supervisor's own unit; every value is passed on.
     /// @retval ERR_SUCCESS        The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take four bytes.
-    /// @threadsafe Always; but of two programs that change it at the same time one may undo the other's change.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept four bytes.
+    /// @threadsafe Always; but if two programs change it at the same time, one may undo the other's change.
     virtual eErr setFrontBtnTrigTime(unsigned short time) = 0;
 
     /// @brief Sets how long the external on/off signal must last to count.
@@ -259,9 +258,9 @@ public:
     ///
     /// @param[in] time  In the supervisor's own unit; every 32-bit value is passed on.
     /// @retval ERR_SUCCESS        The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take four bytes.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept four bytes.
     /// @threadsafe Always.
     virtual eErr setExtOnOffSigTrigTime(unsigned int time) = 0;
 
@@ -271,9 +270,9 @@ public:
     ///
     /// @param[in] time  In the supervisor's own unit; every value is passed on.
     /// @retval ERR_SUCCESS        The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take four bytes.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept four bytes.
     /// @threadsafe Always.
     virtual eErr setSuspendMaxTime(unsigned short time) = 0;
 
@@ -283,9 +282,9 @@ public:
     ///
     /// @param[in] status  Passed on unchecked, as 16 bits.
     /// @retval ERR_SUCCESS        The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take two bytes.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept two bytes.
     /// @threadsafe Always.
     virtual eErr setCanStartupPowerConfig(HXStatus status) = 0;
 
@@ -295,10 +294,10 @@ public:
     ///
     /// @param[in] channels  One bit per channel, 0 to 15.
     /// @retval ERR_SUCCESS        The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_INVALID_DATA   @p channels is above 15. Nothing was sent.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take two bytes.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept two bytes.
     /// @threadsafe Always.
     virtual eErr setVideoStartupPowerConfig(unsigned char channels) = 0;
 
@@ -308,9 +307,9 @@ public:
     ///
     /// @param[in] status  Passed on unchecked, as 16 bits.
     /// @retval ERR_SUCCESS        The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take two bytes.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept two bytes.
     /// @threadsafe Always.
     virtual eErr setExtFanStartupPowerConfig(HXStatus status) = 0;
 
@@ -321,10 +320,10 @@ public:
     /// @param[in] volts  9.0 to 28.0 volts, cut down to a step of 9.7 mV. A NaN passes the range check and is stored as
     ///                   0.
     /// @retval ERR_SUCCESS        The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/conf-id" could not be opened when the object was created.
     /// @retval ERR_INVALID_DATA   @p volts is below 9.0 or above 28.0. Nothing was sent.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take two bytes.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept two bytes.
     /// @threadsafe Always.
     virtual eErr setStartupVoltageConfig(double volts) = 0;
 
@@ -334,11 +333,11 @@ public:
     ///
     /// @param[in] celsius  -25 to 5 degrees Celsius.
     /// @retval ERR_SUCCESS                    The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 0.9.0.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 0.9.0.0; the device was not accessed.
     /// @retval ERR_INVALID_DATA               @p celsius is outside -25 to 5. Nothing was sent.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE                The driver did not take two bytes.
+    /// @retval ERR_BUFFER_SIZE                The driver did not accept two bytes.
     /// @threadsafe Always.
     virtual eErr setHeatingTempLimit(short celsius) = 0;
 
@@ -348,16 +347,16 @@ public:
     ///
     /// @param[in] status  Passed on unchecked; the low byte reaches the supervisor, sign-extended to 16 bits.
     /// @retval ERR_SUCCESS                    The supervisor has the setting.
-    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was made.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.3.0; the device was not touched.
+    /// @retval ERR_OPEN_FAILED                "/dev/conf-id" could not be opened when the object was created.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 1.0.3.0; the device was not accessed.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE                The driver did not take two bytes.
+    /// @retval ERR_BUFFER_SIZE                The driver did not accept two bytes.
     /// @threadsafe Always.
     virtual eErr setPowerOnStartup(HXStatus status) = 0;
 
-    /// @brief Ends the caller's use of the shared object.
+    /// @brief Releases the caller's reference to the shared object.
     ///
-    /// The last user's call closes the device and deletes the object. The pointer must not be used afterwards.
+    /// The last release closes the device and deletes the object. The pointer is invalid afterwards.
     /// @retval ERR_SUCCESS  Always.
     /// @threadsafe From one thread: @ref GetConfig and this operation do not lock the count of users.
     virtual eErr Release() = 0;
@@ -368,9 +367,9 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Gives the process's shared configuration object, and makes it at the first call.
+/// @brief Returns the process's shared configuration object; the first call creates it.
 ///
-/// Each call needs a `Release()` of its own. A device that cannot be opened does not matter here: the operations answer
+/// Each call needs its own `Release()`. Succeeds even if the device cannot be opened; the operations then answer
 /// ERR_OPEN_FAILED.
 ///
 /// @return The shared object, never null.

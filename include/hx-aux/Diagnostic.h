@@ -9,9 +9,9 @@
 
 namespace Halvix {
 
-/// @brief Operating times of the unit, counted by the supervisor, which gives each its meaning.
+/// @brief Operating times of the unit, counted and defined by the supervisor.
 struct TimerType {
-    unsigned int seconds[7]; ///< In seconds. [0] is the one that runs on past 65535 minutes.
+    unsigned int seconds[7]; ///< In seconds. Only [0] counts beyond 65535 minutes.
 };
 
 /// @brief Kind of a temperature sensor of the processor module: a number of the board library, passed on unchanged.
@@ -22,16 +22,16 @@ enum JidaSensorType HX_32BIT {
 
 /// @brief Temperatures, counters, reasons and the hardware error status.
 ///
-/// All callers in a process share one object. Each operation but @ref getPMTemp opens "/dev/diag-id" if that has not
-/// succeeded yet. No operation checks its pointers.
+/// All callers in a process share one object. Each operation except @ref getPMTemp opens "/dev/diag-id" if that has not
+/// succeeded yet. Pointers must not be null (not checked).
 class Diagnostic {
 public:
     /// @brief Reads the temperature inside the supervisor.
     ///
-    /// @param[out] temperature  As the supervisor measures it, in its own unit. A valid pointer, it is not checked.
+    /// @param[out] temperature  As the supervisor measures it, in its own unit. Must not be null (not checked).
     ///                          Untouched on failure.
     /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
     /// @threadsafe Always.
@@ -39,10 +39,10 @@ public:
 
     /// @brief Reads the temperature of the main board.
     ///
-    /// @param[out] temperature  As the supervisor measures it, in its own unit. A valid pointer, it is not checked.
+    /// @param[out] temperature  As the supervisor measures it, in its own unit. Must not be null (not checked).
     ///                          Untouched on failure.
     /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
     /// @threadsafe Always.
@@ -54,23 +54,24 @@ public:
     /// again at each call.
     ///
     /// @param[in] index  Number of the sensor, from 0.
-    /// @param[out] temperature  Degrees Celsius, the fraction cut off: 45.999 gives 45 and -1.5 gives -1. A valid
-    ///                          pointer, it is not checked. Untouched on failure.
-    /// @param[out] type  Kind of sensor, as the board library names it. A valid pointer, it is not checked. Untouched
-    ///                   on failure.
+    /// @param[out] temperature  Degrees Celsius, the fraction cut off: 45.999 gives 45 and -1.5 gives -1. Must not be
+    ///                          null (not checked). Untouched on failure.
+    /// @param[out] type  Kind of sensor, as the board library names it. Must not be null (not checked). Untouched on
+    ///                   failure.
     /// @retval ERR_SUCCESS    Both outputs hold their values.
-    /// @retval ERR_JIDA_TEMP  The board library is missing or refuses, there is no sensor @p index, or its value is not
-    ///                        valid now.
-    /// @note Each call opens the board library's boards again and leaves them open, as the library gives no other way.
+    /// @retval ERR_JIDA_TEMP  The board library is missing or refuses, sensor @p index does not exist, or its value is
+    ///                        currently not valid.
+    /// @note Each call opens the board library's boards again and leaves them open, because the board library offers no
+    /// other way.
     /// @threadsafe Always.
     virtual eErr getPMTemp(unsigned char index, short* temperature, JidaSensorType* type) = 0;
 
     /// @brief Reads why the unit started.
     ///
-    /// @param[out] reason  A code; @ref GetStartupReasonStringA gives its text. A valid pointer, it is not checked.
+    /// @param[out] reason  A code; @ref GetStartupReasonStringA gives its text. Must not be null (not checked).
     ///                     Untouched on failure.
     /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
     /// @threadsafe Always.
@@ -78,9 +79,9 @@ public:
 
     /// @brief Reads why the unit was last shut down.
     ///
-    /// @param[out] reason  A code of the supervisor. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] reason  A code of the supervisor. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
     /// @threadsafe Always.
@@ -88,10 +89,10 @@ public:
 
     /// @brief Reads the supervisor's hardware error status.
     ///
-    /// @param[out] error  A code; @ref GetHwErrorStatusStringA gives its text. A valid pointer, it is not checked.
+    /// @param[out] error  A code; @ref GetHwErrorStatusStringA gives its text. Must not be null (not checked).
     ///                    Untouched on failure.
     /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
     /// @threadsafe Always.
@@ -99,23 +100,23 @@ public:
 
     /// @brief Reads the seven operating times that the supervisor counts.
     ///
-    /// @param[out] timers  Seconds; the counters are 16 bits of minutes and their seconds, only the first counts on
-    ///                     beyond that. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] timers  Seconds; the counters are 16 bits of minutes plus seconds; only the first counts beyond
+    ///                     that. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not 28 bytes long.
     /// @threadsafe Always.
     virtual eErr getTimer(TimerType* timers) = 0;
 
-    /// @brief Reads the lowest and the highest temperature that the supervisor has seen.
+    /// @brief Reads the lowest and the highest temperature that the supervisor has measured.
     ///
-    /// The answer's two words come crosswise; applications rely on that.
+    /// The two words of the answer are returned swapped; applications rely on it.
     ///
-    /// @param[out] first  The answer's second word. A valid pointer, it is not checked. Untouched on failure.
-    /// @param[out] second  The answer's first word. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] first  The answer's second word. Must not be null (not checked). Untouched on failure.
+    /// @param[out] second  The answer's first word. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        Both outputs hold their values.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
     /// @threadsafe Always.
@@ -123,9 +124,9 @@ public:
 
     /// @brief Reads how often the unit was switched on.
     ///
-    /// @param[out] cycles  A count. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] cycles  A count. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
     /// @threadsafe Always.
@@ -133,17 +134,17 @@ public:
 
     /// @brief Clears the supervisor's hardware error status.
     ///
-    /// Takes effect at once. How many bytes the driver took is not looked at.
+    /// Takes effect at once. The number of bytes that the driver accepted is not checked.
     ///
     /// @retval ERR_SUCCESS        The supervisor has the request.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @threadsafe Always.
     virtual eErr clearHwErrorStatus() = 0;
 
-    /// @brief Ends the caller's use of the shared object.
+    /// @brief Releases the caller's reference to the shared object.
     ///
-    /// The last user's call closes the device and deletes the object. The pointer must not be used afterwards.
+    /// The last release closes the device and deletes the object. The pointer is invalid afterwards.
     /// @retval ERR_SUCCESS  Always.
     /// @threadsafe From one thread: @ref GetDiagnostic and this operation do not lock the count of users.
     virtual eErr Release() = 0;
@@ -154,9 +155,9 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Gives the process's shared diagnostics object, and makes it at the first call.
+/// @brief Returns the process's shared diagnostics object; the first call creates it.
 ///
-/// Each call needs a `Release()` of its own. The device is opened by the first operation that needs it.
+/// Each call needs its own `Release()`. The device is opened by the first operation that needs it.
 ///
 /// @return The shared object, never null.
 /// @throws std::bad_alloc  Out of memory.

@@ -22,19 +22,19 @@ enum HXAuxColor HX_32BIT {
 
 /// @brief Color and blink pattern of the status LED on the front panel.
 ///
-/// The pattern: so many pulses, each the on time and the off time long, then the idle time, over and over. The LED
-/// keeps what was last written; the library stores nothing. All callers in a process share one object, which opens
-/// "/dev/frontled" when it is made and does not try again. No operation checks its pointers.
+/// The pattern is a number of pulses, each an on time followed by an off time, then the idle time, repeated. The LED
+/// keeps the last pattern written; the library stores nothing. All callers in a process share one object, which opens
+/// "/dev/frontled" when it is created and does not retry. Pointers must not be null (not checked).
 class FrontLED {
 public:
     /// @brief Reads the blink pattern as frequency and duty cycle.
     ///
     /// Calculated from the on time and the off time. When both are 0 the frequency is infinite and the duty cycle 0.
     ///
-    /// @param[out] frequency  Hertz. A valid pointer, it is not checked. Untouched on failure.
-    /// @param[out] dutyCycle  Per cent, the fraction cut off. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] frequency  Hertz. Must not be null (not checked). Untouched on failure.
+    /// @param[out] dutyCycle  Per cent, truncated. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        Both outputs hold their values.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer to the read is not four bytes long.
     /// @threadsafe Always.
@@ -42,9 +42,9 @@ public:
 
     /// @brief Reads how long the LED is on in each pulse.
     ///
-    /// @param[out] onTime  Units of 10 ms. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] onTime  Units of 10 ms. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p onTime holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer to the read is not four bytes long.
     /// @threadsafe Always.
@@ -52,29 +52,29 @@ public:
 
     /// @brief Reads how long the LED is off after each pulse.
     ///
-    /// @param[out] offTime  Units of 10 ms. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] offTime  Units of 10 ms. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p offTime holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer to the read is not four bytes long.
     /// @threadsafe Always.
     virtual eErr getOffTime(unsigned char* offTime) = 0;
 
-    /// @brief Reads how long the LED rests after the pulses.
+    /// @brief Reads how long the LED is idle after the pulses.
     ///
-    /// @param[out] idleTime  Units of 10 ms. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] idleTime  Units of 10 ms. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p idleTime holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer to the read is not four bytes long.
     /// @threadsafe Always.
     virtual eErr getIdleTime(unsigned char* idleTime) = 0;
 
-    /// @brief Reads how many pulses come before the rest.
+    /// @brief Reads how many pulses come before the idle time.
     ///
-    /// @param[out] pulses  Count of pulses. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] pulses  Count of pulses. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p pulses holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer to the read is not four bytes long.
     /// @threadsafe Always.
@@ -82,11 +82,11 @@ public:
 
     /// @brief Reads the color.
     ///
-    /// @param[out] red  0 to 15. A valid pointer, it is not checked. Untouched on failure.
-    /// @param[out] green  0 to 15. A valid pointer, it is not checked. Untouched on failure.
-    /// @param[out] blue  0 to 15. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] red  0 to 15. Must not be null (not checked). Untouched on failure.
+    /// @param[out] green  0 to 15. Must not be null (not checked). Untouched on failure.
+    /// @param[out] blue  0 to 15. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        The outputs hold the color.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not three bytes long.
     /// @threadsafe Always.
@@ -94,13 +94,12 @@ public:
 
     /// @brief Reads the color as one of the standard colors.
     ///
-    /// The table @ref stdColor is looked through from its first row, as it is at this moment; the first row that fits
-    /// counts.
+    /// The current table @ref stdColor is searched from its first row; the first match counts.
     ///
-    /// @param[out] color  One of the six, or ColorOther for a color that is not in the table. A valid pointer, it is
-    ///                    not checked. Untouched on failure.
+    /// @param[out] color  One of the six, or ColorOther for a color that is not in the table. Must not be null (not
+    ///                    checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p color holds the color.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not three bytes long.
     /// @threadsafe Always.
@@ -108,9 +107,9 @@ public:
 
     /// @brief Reads whether the LED shows its pattern while the unit starts.
     ///
-    /// @param[out] status  Enabled or disabled. A valid pointer, it is not checked. Untouched on failure.
+    /// @param[out] status  Enabled or disabled. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p status holds the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
     /// @threadsafe Always.
@@ -118,8 +117,8 @@ public:
 
     /// @brief Sets the blink pattern by frequency and duty cycle.
     ///
-    /// Takes effect at once, the on time first and then the off time; the rest and the number of pulses stay. The times
-    /// are cut down to units of 10 ms and then to their low eight bits, so a pattern longer than 2.55 s comes out
+    /// Takes effect at once, the on time first and then the off time; the idle time and the number of pulses stay. The
+    /// times are cut down to units of 10 ms and then to their low eight bits, so a pattern longer than 2.55 s becomes
     /// shorter: 0.25 Hz at 75 % gives 440 ms on and 1 s off.
     ///
     /// A NaN passes the range check and switches the LED off: both times become 0.
@@ -128,10 +127,10 @@ public:
     /// @param[in] dutyCycle  0 to 100 per cent.
     /// @retval ERR_SUCCESS            The front panel has the new pattern.
     /// @retval ERR_INVALID_PARAMETER  @p frequency or @p dutyCycle is out of range; nothing was sent.
-    /// @retval ERR_OPEN_FAILED        "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED        "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
     /// @retval ERR_BUFFER_SIZE        The answer to the read is not four bytes long.
-    /// @threadsafe Always; but of two programs that change it at the same time one may undo the other's change.
+    /// @threadsafe Always; but if two programs change it at the same time, one may undo the other's change.
     virtual eErr setSignal(double frequency, unsigned char dutyCycle) = 0;
 
     /// @brief Sets how long the LED is on in each pulse.
@@ -140,10 +139,10 @@ public:
     ///
     /// @param[in] onTime  Units of 10 ms; every value is passed on.
     /// @retval ERR_SUCCESS        The front panel has the new pattern.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer to the read is not four bytes long.
-    /// @threadsafe Always; but of two programs that change it at the same time one may undo the other's change.
+    /// @threadsafe Always; but if two programs change it at the same time, one may undo the other's change.
     virtual eErr setOnTime(unsigned char onTime) = 0;
 
     /// @brief Sets how long the LED is off after each pulse.
@@ -152,34 +151,34 @@ public:
     ///
     /// @param[in] offTime  Units of 10 ms; every value is passed on.
     /// @retval ERR_SUCCESS        The front panel has the new pattern.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer to the read is not four bytes long.
-    /// @threadsafe Always; but of two programs that change it at the same time one may undo the other's change.
+    /// @threadsafe Always; but if two programs change it at the same time, one may undo the other's change.
     virtual eErr setOffTime(unsigned char offTime) = 0;
 
-    /// @brief Sets how long the LED rests after the pulses.
+    /// @brief Sets how long the LED is idle after the pulses.
     ///
     /// Takes effect at once. The other three parts of the pattern are read first and written back.
     ///
     /// @param[in] idleTime  Units of 10 ms; every value is passed on.
     /// @retval ERR_SUCCESS        The front panel has the new pattern.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer to the read is not four bytes long.
-    /// @threadsafe Always; but of two programs that change it at the same time one may undo the other's change.
+    /// @threadsafe Always; but if two programs change it at the same time, one may undo the other's change.
     virtual eErr setIdleTime(unsigned char idleTime) = 0;
 
-    /// @brief Sets how many pulses come before the rest.
+    /// @brief Sets how many pulses come before the idle time.
     ///
     /// Takes effect at once. The other three parts of the pattern are read first and written back.
     ///
     /// @param[in] pulses  Count of pulses; every value is passed on.
     /// @retval ERR_SUCCESS        The front panel has the new pattern.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer to the read is not four bytes long.
-    /// @threadsafe Always; but of two programs that change it at the same time one may undo the other's change.
+    /// @threadsafe Always; but if two programs change it at the same time, one may undo the other's change.
     virtual eErr setNrOfPulses(unsigned char pulses) = 0;
 
     /// @brief Sets the color.
@@ -191,19 +190,19 @@ public:
     /// @param[in] blue  0 to 15.
     /// @retval ERR_SUCCESS            The front panel has the color.
     /// @retval ERR_INVALID_PARAMETER  A component is above 15; nothing was sent.
-    /// @retval ERR_OPEN_FAILED        "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED        "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
     /// @threadsafe Always.
     virtual eErr setColor(unsigned char red, unsigned char green, unsigned char blue) = 0;
 
     /// @brief Sets one of the standard colors.
     ///
-    /// Takes effect at once. The color's row of @ref stdColor counts as it is at this moment.
+    /// Takes effect at once. Uses the color's current row of @ref stdColor.
     ///
     /// @param[in] color  0 to 5.
     /// @retval ERR_SUCCESS            The front panel has the color.
     /// @retval ERR_INVALID_PARAMETER  @p color is not 0 to 5, or a component of its row is above 15; nothing was sent.
-    /// @retval ERR_OPEN_FAILED        "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED        "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
     /// @threadsafe Always.
     virtual eErr setColor(HXAuxColor color) = 0;
@@ -213,27 +212,27 @@ public:
     /// Takes effect at once.
     ///
     /// @retval ERR_SUCCESS        The LED is off.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer to the read is not four bytes long.
-    /// @threadsafe Always; but of two programs that change it at the same time one may undo the other's change.
+    /// @threadsafe Always; but if two programs change it at the same time, one may undo the other's change.
     virtual eErr setOff() = 0;
 
     /// @brief Sets whether the LED shows its pattern while the unit starts.
     ///
     /// Kept by the front panel for the next start.
     ///
-    /// @param[in] status  Enabled allows it; every other value does not.
+    /// @param[in] status  Enabled allows it; every other value disallows it.
     /// @retval ERR_SUCCESS        The front panel has the setting.
-    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/frontled" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @threadsafe Always.
     virtual eErr setEnabledDuringStartup(HXStatus status) = 0;
 
-    /// @brief Ends the caller's use of the shared object.
+    /// @brief Releases the caller's reference to the shared object.
     ///
-    /// The last user's call closes the device and deletes the object. The LED keeps what it shows. The pointer must not
-    /// be used afterwards.
+    /// The last release closes the device and deletes the object. The LED keeps what it shows. The pointer is invalid
+    /// afterwards.
     /// @retval ERR_SUCCESS  Always.
     /// @threadsafe From one thread: @ref GetFrontLED and this operation do not lock the count of users.
     virtual eErr Release() = 0;
@@ -250,9 +249,9 @@ protected:
 /// @threadsafe Not locked: change it while no other thread uses the LED's colors.
 HX_EXPORT unsigned char stdColor[18];
 
-/// @brief Gives the process's shared LED object, and makes it at the first call.
+/// @brief Returns the process's shared LED object; the first call creates it.
 ///
-/// Each call needs a `Release()` of its own. A device that cannot be opened does not matter here: the operations answer
+/// Each call needs its own `Release()`. Succeeds even if the device cannot be opened; the operations then answer
 /// ERR_OPEN_FAILED.
 ///
 /// @return The shared object, never null.

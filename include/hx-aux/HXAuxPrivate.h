@@ -9,17 +9,17 @@
 
 namespace Halvix {
 
-/// @brief The interface of production, service tools and the unit's service process; not meant for applications.
+/// @brief For production, service tools and the unit's service process; not for applications.
 ///
-/// The two stores of production data are read when the object is made and hold what was in them then. Texts must be
-/// valid pointers to zero-terminated texts; no pointer is checked.
+/// The two stores of production data are read when the object is created; later changes are not seen. Texts must be
+/// zero-terminated. Pointers must be valid (not checked) where nothing else is said.
 class HXAuxPrivate {
 public:
     /// @brief Reads a property of the production data.
     ///
     /// A key matches the beginning of a line: "MAC" finds the value of "MAC1". Values are cut to 254 characters.
     ///
-    /// @param[in]  store  0 the main board's store, any other value the add-on board's.
+    /// @param[in]  store  0: the main board's store; any other value: the add-on board's.
     /// @param[in]  key    Name of the property.
     /// @param[out] value  The value with a terminating zero. Untouched on failure.
     /// @param[in]  size   Longest value that is accepted, without the zero: @p value must hold size + 1 bytes.
@@ -32,9 +32,9 @@ public:
 
     /// @brief Changes the value of a property that exists. Takes several seconds; survives a restart.
     ///
-    /// @param[in] store  0 the main board's store, any other value the add-on board's.
+    /// @param[in] store  0: the main board's store; any other value: the add-on board's.
     /// @param[in] key    Name of the property.
-    /// @param[in] value  New value. A blank or a line end in it breaks the store's structure; it is not checked.
+    /// @param[in] value  New value. A blank or a line end in it breaks the store's structure (not checked).
     /// @retval ERR_SUCCESS         The store was written.
     /// @retval ERR_JIDA_EEPROM     The property is missing, or the store could not be read or written.
     /// @retval ERR_MEM_ALLOC_FAIL  Out of memory; nothing was written.
@@ -43,35 +43,35 @@ public:
 
     /// @brief Reads one of the supervisor's smart registers.
     ///
-    /// @param[in]  reg    0 to 95. Negative numbers pass and address other registers of the supervisor.
+    /// @param[in]  reg    0 to 95. Negative numbers are accepted and address other registers of the supervisor.
     /// @param[out] value  The register's 16 bits. Untouched on failure.
     /// @retval ERR_SUCCESS            @p value holds the register.
     /// @retval ERR_INVALID_DATA       @p reg is above 95; this is checked before the device.
-    /// @retval ERR_OPEN_FAILED        "/dev/diag-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED        "/dev/diag-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
     /// @retval ERR_BUFFER_SIZE        The answer has the wrong length.
-    /// @retval ERR_DATATYPE_MISMATCH  The answer names another register.
+    /// @retval ERR_DATATYPE_MISMATCH  The answer is for another register.
     /// @threadsafe Always.
     virtual eErr getFromSmart(char reg, unsigned short* value) = 0;
 
     /// @brief Writes one of the supervisor's smart registers.
     ///
-    /// @param[in] reg    0 to 95. Negative numbers pass and address other registers of the supervisor.
+    /// @param[in] reg    0 to 95. Negative numbers are accepted and address other registers of the supervisor.
     /// @param[in] value  The register's 16 bits.
     /// @retval ERR_SUCCESS        The supervisor has the value.
     /// @retval ERR_INVALID_DATA   @p reg is above 95; this is checked before the device.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer has the wrong length.
     /// @threadsafe Always.
     virtual eErr setToSmart(char reg, unsigned short value) = 0;
 
-    /// @brief Starts the automatic backlight in this process; one process of the unit does it. Takes 800 ms.
+    /// @brief Starts the automatic backlight in this process; only one process of the unit should do so. Takes 800 ms.
     ///
-    /// A background thread then follows the settings and, while they say so, the light, until the process ends. It goes
-    /// on when the object is released.
+    /// A background thread then follows the settings and, while they enable it, the light, until the process ends. It
+    /// continues when the object is released.
     ///
-    /// @retval ERR_SUCCESS         The thread runs.
+    /// @retval ERR_SUCCESS         The thread is running.
     /// @retval ERR_INIT_FAILED     This object was initialised before.
     /// @retval ERR_CREATE_THREAD   The thread could not be started; the call may be repeated.
     /// @retval ERR_MEM_ALLOC_FAIL  Out of memory; the call may be repeated.
@@ -80,13 +80,12 @@ public:
 
     /// @brief Stores any setting in the settings file. Survives a restart.
     ///
-    /// A file that is there but cannot be read, or is no regular file, stays as it is: its other settings would be
+    /// An existing file that cannot be read or is not a regular file is left unchanged: its other settings would be
     /// lost.
     ///
-    /// @param[in] key    Name of the setting. With null nothing is stored.
-    /// @param[in] value  Its value; blanks at both ends are cut. Null counts as an empty text. A line end breaks the
-    /// file;
-    ///                   it is not checked.
+    /// @param[in] key    Name of the setting. If null, nothing is stored.
+    /// @param[in] value  Its value; blanks at both ends are removed. Null counts as an empty text. A line end breaks
+    ///                   the file (not checked).
     /// @retval ERR_SUCCESS         Always, also when the file cannot be written.
     /// @retval ERR_MEM_ALLOC_FAIL  Out of memory.
     /// @threadsafe Always.
@@ -94,7 +93,7 @@ public:
 
     /// @brief Reads any setting from the settings file.
     ///
-    /// @param[in]  key    Name of the setting; null names none.
+    /// @param[in]  key    Name of the setting; null matches no setting.
     /// @param[out] value  The value with a terminating zero. Untouched on failure.
     /// @param[in]  size   Bytes in @p value, the terminating zero included.
     /// @retval ERR_SUCCESS         @p value holds the setting.
@@ -104,16 +103,15 @@ public:
     /// @threadsafe Always.
     virtual eErr getFileSetting(char const* key, char* value, int size) = 0;
 
-    /// @brief Asks the driver to resume the video path after it was suspended.
+    /// @brief Sends the driver the request to resume the video path after a suspend.
     ///
-    /// The request is sent every time, and ERR_IOCTRL_FAILED is answered whatever the driver did: the outcome is not
-    /// known to the library.
+    /// The request is sent every time. ERR_IOCTRL_FAILED is always answered: the library cannot determine the outcome.
     ///
     /// @retval ERR_IOCTRL_FAILED  Always.
     /// @threadsafe Always.
     virtual eErr resumeVideo() = 0;
 
-    /// @brief Ends the use of the object.
+    /// @brief Deletes the object.
     /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
     virtual eErr Release() = 0;
@@ -124,8 +122,8 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes a service object; reads both stores of production data, which takes a moment.
-/// @return Never null. Operations whose device or store is missing answer so.
+/// @brief Creates a service object; reads both stores of production data, which takes a moment.
+/// @return Never null. Operations whose device or store is missing report it.
 /// @throws std::bad_alloc  Out of memory.
 /// @threadsafe Always.
 HX_EXPORT Halvix::HXAuxPrivate* GetHXAuxPrivate();

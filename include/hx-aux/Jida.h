@@ -3,7 +3,7 @@
 /// @brief Forwarders to the board maker's BIOS interface library, `libjida.so`, which is loaded at run time.
 ///
 /// Each forwarder has the name and the arguments of the board library's function and passes them on unchanged. It
-/// answers that function's result, or 0 without calling anything as long as the function's pointer is null: before
+/// returns that function's result, or 0 without calling anything while the function's pointer is null: before
 /// @ref JidaLinuxInitialize, or when the library or the function is missing.
 ///
 /// The umbrella header does not include this file, so that a program may include the board maker's own header instead.
@@ -16,9 +16,9 @@
 
 /// @brief Loads `libjida.so` and fills in the thirteen function pointers.
 ///
-/// Every call loads the library again; the loader counts the references. A missing function ends the call with a line
-/// on standard output: the pointers before it stay set, those after it stay as they were.
-/// @retval true   All functions are there.
+/// Every call loads the library again; the loader counts the references. If a function is missing, the call prints a
+/// line on standard output and returns: the pointers before it stay set, those after it stay unchanged.
+/// @retval true   All functions are available.
 /// @retval false  The library or one of its functions is missing.
 /// @threadsafe Always.
 HX_EXPORT bool JidaLinuxInitialize();
@@ -26,9 +26,9 @@ HX_EXPORT bool JidaLinuxInitialize();
 /// @name Forwarders
 /// @{
 
-/// @brief Starts the board library. @return 0 when it has to be installed first.
+/// @brief Initialises the board library. @return 0 when it has to be installed first.
 HX_EXPORT unsigned int JidaDllInitialize();
-/// @brief Ends the use of the board library. @return The library's result.
+/// @brief Uninitialises the board library. @return The library's result.
 HX_EXPORT unsigned int JidaDllUninitialize();
 /// @brief Installs or removes the board library's driver. @param[in] install  1 or 0. @return 0 on failure.
 HX_EXPORT unsigned int JidaDllInstall(unsigned long install);
@@ -103,37 +103,37 @@ HX_EXPORT unsigned int JidaI2CReadRegister(unsigned long board, unsigned long bu
 /// @}
 
 /// @name Function pointers
-/// The functions behind the forwarders; null until @ref JidaLinuxInitialize. A program may put its own there.
+/// The functions that the forwarders call; null until @ref JidaLinuxInitialize. A program may replace them.
 /// @{
 
-/// @brief Behind @ref JidaBoardClose.
+/// @brief The function that @ref JidaBoardClose calls.
 HX_EXPORT unsigned int (*pJidaBoardClose)(unsigned long);
-/// @brief Behind @ref JidaTemperatureGetCurrent.
+/// @brief The function that @ref JidaTemperatureGetCurrent calls.
 HX_EXPORT unsigned int (*pJidaTemperatureGetCurrent)(unsigned long, unsigned long, unsigned long*, unsigned long*);
-/// @brief Behind @ref JidaBoardOpenA.
+/// @brief The function that @ref JidaBoardOpenA calls.
 HX_EXPORT unsigned int (*pJidaBoardOpenA)(const char*, unsigned long, unsigned long, unsigned long*);
-/// @brief Behind @ref JidaBoardCountA.
+/// @brief The function that @ref JidaBoardCountA calls.
 HX_EXPORT unsigned int (*pJidaBoardCountA)(const char*, unsigned long);
-/// @brief Behind @ref JidaI2CWrite.
+/// @brief The function that @ref JidaI2CWrite calls.
 HX_EXPORT unsigned int (*pJidaI2CWrite)(unsigned long, unsigned long, unsigned char, const unsigned char*,
                                         unsigned long);
-/// @brief Behind @ref JidaTemperatureCount.
+/// @brief The function that @ref JidaTemperatureCount calls.
 HX_EXPORT unsigned int (*pJidaTemperatureCount)(unsigned long);
-/// @brief Behind @ref JidaDllInstall.
+/// @brief The function that @ref JidaDllInstall calls.
 HX_EXPORT unsigned int (*pJidaDllInstall)(unsigned long);
-/// @brief Behind @ref JidaI2CWriteReadCombined.
+/// @brief The function that @ref JidaI2CWriteReadCombined calls.
 HX_EXPORT unsigned int (*pJidaI2CWriteReadCombined)(unsigned long, unsigned long, unsigned char, const unsigned char*,
                                                     unsigned long, unsigned char*, unsigned long);
-/// @brief Behind @ref JidaDllInitialize.
+/// @brief The function that @ref JidaDllInitialize calls.
 HX_EXPORT unsigned int (*pJidaDllInitialize)();
-/// @brief Behind @ref JidaDllUninitialize.
+/// @brief The function that @ref JidaDllUninitialize calls.
 HX_EXPORT unsigned int (*pJidaDllUninitialize)();
-/// @brief Behind @ref JidaTemperatureGetInfo.
+/// @brief The function that @ref JidaTemperatureGetInfo calls.
 HX_EXPORT unsigned int (*pJidaTemperatureGetInfo)(unsigned long, unsigned long, void*);
-/// @brief Behind @ref JidaI2CWriteRegister.
+/// @brief The function that @ref JidaI2CWriteRegister calls.
 HX_EXPORT unsigned int (*pJidaI2CWriteRegister)(unsigned long, unsigned long, unsigned char, unsigned short,
                                                 unsigned char);
-/// @brief Behind @ref JidaI2CReadRegister.
+/// @brief The function that @ref JidaI2CReadRegister calls.
 HX_EXPORT unsigned int (*pJidaI2CReadRegister)(unsigned long, unsigned long, unsigned char, unsigned short,
                                                unsigned char*);
 /// @}

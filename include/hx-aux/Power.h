@@ -8,11 +8,11 @@
 
 namespace Halvix {
 
-/// @brief State of a power transition that was asked for with the front button or the external signal.
+/// @brief State of a power transition requested with the front button or the external signal.
 ///
-/// The supervisor's firmware gives the values their meaning; 0 is what it holds after an acknowledgement.
+/// The supervisor's firmware defines the values; the value is 0 after an acknowledgement.
 enum ButtonPowerTransitionStatus HX_32BIT {
-    ButtonPowerTransition0 = 0, ///< Nothing is asked for.
+    ButtonPowerTransition0 = 0, ///< No request.
     ButtonPowerTransition1 = 1, ///< State 1 of the supervisor.
     ButtonPowerTransition2 = 2, ///< State 2 of the supervisor.
     ButtonPowerTransition3 = 3, ///< State 3 of the supervisor.
@@ -24,17 +24,16 @@ enum ButtonPowerTransitionStatus HX_32BIT {
 
 /// @brief Switches loads on and off at run time and follows the front button's power requests.
 ///
-/// An object comes from @ref GetPower and goes back with @ref Release. Each operation opens "/dev/power-id" if that has
-/// not succeeded yet, so an object made before the driver is there works as soon as it is. What is powered at start-up
-/// is set with @ref Config. No operation checks its pointer.
+/// Get an object from @ref GetPower and free it with @ref Release. Each operation opens "/dev/power-id" if that has not
+/// succeeded yet, so an object created before the driver is loaded works as soon as it is. What is powered at start-up
+/// is set with @ref Config. Pointers must not be null (not checked).
 class Power {
 public:
     /// @brief Reads whether the backlight has power.
     ///
-    /// @param[out] status  Enabled or disabled, as it is at this moment. A valid pointer, it is not checked. Untouched
-    ///                     on failure.
+    /// @param[out] status  Current state, enabled or disabled. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p status holds the state.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
     /// @threadsafe Always.
@@ -42,10 +41,9 @@ public:
 
     /// @brief Reads whether the CAN interfaces have power.
     ///
-    /// @param[out] status  Enabled or disabled, as it is at this moment. A valid pointer, it is not checked. Untouched
-    ///                     on failure.
+    /// @param[out] status  Current state, enabled or disabled. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p status holds the state.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
     /// @threadsafe Always.
@@ -53,10 +51,10 @@ public:
 
     /// @brief Reads which video channels have power.
     ///
-    /// @param[out] channels  One bit per channel, bit 0 for the first of four. A valid pointer, it is not checked.
+    /// @param[out] channels  One bit per channel, bit 0 for the first of four. Must not be null (not checked).
     ///                       Untouched on failure.
     /// @retval ERR_SUCCESS        @p channels holds the state.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
     /// @threadsafe Always.
@@ -64,10 +62,9 @@ public:
 
     /// @brief Reads whether the external fan has power.
     ///
-    /// @param[out] status  Enabled or disabled, as it is at this moment. A valid pointer, it is not checked. Untouched
-    ///                     on failure.
+    /// @param[out] status  Current state, enabled or disabled. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS        @p status holds the state.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
     /// @threadsafe Always.
@@ -77,11 +74,11 @@ public:
     ///
     /// Takes effect at once; not kept over a restart.
     ///
-    /// @param[in] status  Enabled switches on; every other value, also one above 1, switches off.
+    /// @param[in] status  Enabled switches on; every other value switches off, also one above 1.
     /// @retval ERR_SUCCESS        The supervisor has the request.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept one byte.
     /// @threadsafe Always.
     virtual eErr setBLPowerStatus(HXStatus status) = 0;
 
@@ -89,11 +86,11 @@ public:
     ///
     /// Takes effect at once; not kept over a restart.
     ///
-    /// @param[in] status  Enabled switches on; every other value, also one above 1, switches off.
+    /// @param[in] status  Enabled switches on; every other value switches off, also one above 1.
     /// @retval ERR_SUCCESS        The supervisor has the request.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept one byte.
     /// @threadsafe Always.
     virtual eErr setCanPowerStatus(HXStatus status) = 0;
 
@@ -103,10 +100,10 @@ public:
     ///
     /// @param[in] channels  One bit per channel, 0 to 15; a bit that is not set switches its channel off.
     /// @retval ERR_SUCCESS        The supervisor has the request.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation retries.
     /// @retval ERR_INVALID_DATA   @p channels is above 15; nothing was sent.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept one byte.
     /// @threadsafe Always.
     virtual eErr setVideoPowerStatus(unsigned char channels) = 0;
 
@@ -114,40 +111,39 @@ public:
     ///
     /// Takes effect at once; not kept over a restart.
     ///
-    /// @param[in] status  Enabled switches on; every other value, also one above 1, switches off.
+    /// @param[in] status  Enabled switches on; every other value switches off, also one above 1.
     /// @retval ERR_SUCCESS        The supervisor has the request.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
+    /// @retval ERR_BUFFER_SIZE    The driver did not accept one byte.
     /// @threadsafe Always.
     virtual eErr setExtFanPowerStatus(HXStatus status) = 0;
 
-    /// @brief Reads which power transition the front button or the external signal has asked for.
+    /// @brief Reads which power transition the front button or the external signal has requested.
     ///
     /// Applications poll it, finish their work and then acknowledge with @ref ackPowerRequest.
     ///
-    /// @param[out] status  0 to 6, as the supervisor gives it. A valid pointer, it is not checked. Untouched on
-    ///                     failure.
+    /// @param[out] status  0 to 6, as the supervisor reports it. Must not be null (not checked). Untouched on failure.
     /// @retval ERR_SUCCESS                    @p status holds the state.
-    /// @retval ERR_OPEN_FAILED                "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 0.9.0.0; its state was not asked for.
+    /// @retval ERR_OPEN_FAILED                "/dev/power-id" cannot be opened; the next operation retries.
+    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 0.9.0.0; its state was not read.
     /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                The answer is not one byte long.
     /// @retval ERR_INVALID_DATA               The supervisor answers a value above 6.
     /// @threadsafe Always.
     virtual eErr getButtonPowerTransitionStatus(ButtonPowerTransitionStatus* status) = 0;
 
-    /// @brief Tells the supervisor that the requested power transition has been taken notice of.
+    /// @brief Acknowledges the requested power transition.
     ///
-    /// The supervisor's state of the transition goes back to 0. How many bytes the driver took is not looked at.
+    /// The supervisor resets its transition state to 0. The number of bytes that the driver accepted is not checked.
     ///
     /// @retval ERR_SUCCESS        The supervisor has the acknowledgement.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
+    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation retries.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @threadsafe Always.
     virtual eErr ackPowerRequest() = 0;
 
-    /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
+    /// @brief Closes the device and deletes the object. The pointer is invalid afterwards.
     /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
     virtual eErr Release() = 0;
@@ -158,8 +154,8 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that switches the power of the loads. The device is opened by the first operation.
-/// @return A new object, never null. Give it back with `Release()`.
+/// @brief Creates an object that switches the power of the loads. The device is opened by the first operation.
+/// @return A new object, never null. Free it with `Release()`.
 /// @throws std::bad_alloc  Out of memory.
 /// @threadsafe Always.
 HX_EXPORT Halvix::Power* GetPower();

@@ -8,7 +8,7 @@
 
 namespace Halvix {
 
-/// @brief How the touch screen reports touches. What each mode does is the front microcontroller's.
+/// @brief How the touch screen reports touches. The front microcontroller defines the modes.
 enum TouchScreenModeSettings HX_32BIT {
     TouchScreenMode0 = 0, ///< The front microcontroller's mode 0.
     TouchScreenMode1 = 1, ///< The front microcontroller's mode 1.
@@ -17,9 +17,9 @@ enum TouchScreenModeSettings HX_32BIT {
     HX_32BIT_RANGE(TouchScreenModeSettings)
 };
 
-/// @brief Number of an advanced setting, with the register of the touch controller it stands for and its range.
+/// @brief Number of an advanced setting, with its register of the touch controller and its range.
 ///
-/// Settings 6 and 7 stand for registers 11 and 10, in this order.
+/// Settings 6 and 7 are registers 11 and 10, in this order.
 enum TSAdvancedSettingsParameter HX_32BIT {
     TSAdvancedSetting0 = 0,   ///< Register 4: 0 to 65535.
     TSAdvancedSetting1 = 1,   ///< Register 5: 0 to 4095.
@@ -39,15 +39,15 @@ enum TSAdvancedSettingsParameter HX_32BIT {
 /// @brief Sets how the touch screen reports touches, and the settings of its controller.
 ///
 /// The controller is part of the front microcontroller. An object comes from @ref GetTouchScreen and goes back with
-/// @ref Release. "/dev/front-mcu-id" is opened when the object is made and not tried again. No operation checks its
-/// pointer: none may be null.
+/// @ref Release. "/dev/front-mcu-id" is opened when the object is created; a failed open is not retried. Pointers must
+/// not be null (not checked).
 class TouchScreen {
 public:
     /// @brief Reads the touch mode.
     ///
     /// @param[out] mode  0 to 3.
     /// @retval ERR_SUCCESS                       @p mode holds the mode.
-    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was created.
     /// @retval ERR_NEWER_FRONT_VERSION_REQUIRED  The front microcontroller is older than 0.5.0.0.
     /// @retval ERR_IOCTRL_FAILED                 The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                   The answer is not one byte long.
@@ -58,9 +58,9 @@ public:
 
     /// @brief Reads the time after which a held touch becomes a right click.
     ///
-    /// @param[out] time  The time as the controller counts it.
+    /// @param[out] time  The time in the controller's own unit.
     /// @retval ERR_SUCCESS                       @p time holds the time.
-    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was created.
     /// @retval ERR_NEWER_FRONT_VERSION_REQUIRED  The front microcontroller is older than 0.5.0.0.
     /// @retval ERR_IOCTRL_FAILED                 The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                   The answer is not two bytes long.
@@ -70,44 +70,44 @@ public:
 
     /// @brief Sets the touch mode.
     ///
-    /// @param[in] mode  0 to 3. Of any other value the two lowest bits count: 6 sets mode 2.
+    /// @param[in] mode  0 to 3. Of any other value only the two lowest bits are used: 6 sets mode 2.
     /// @retval ERR_SUCCESS                       The controller has the mode.
-    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was created.
     /// @retval ERR_NEWER_FRONT_VERSION_REQUIRED  The front microcontroller is older than 0.5.0.0.
     /// @retval ERR_IOCTRL_FAILED                 The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE                   The driver took another length than one byte.
+    /// @retval ERR_BUFFER_SIZE                   The driver did not accept exactly one byte.
     /// @threadsafe Always.
     virtual eErr setMode(TouchScreenModeSettings mode) = 0;
 
     /// @brief Sets the time after which a held touch becomes a right click.
     ///
-    /// @param[in] time  The time as the controller counts it, 0 to 65535.
+    /// @param[in] time  The time in the controller's own unit, 0 to 65535.
     /// @retval ERR_SUCCESS                       The controller has the time.
-    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was created.
     /// @retval ERR_NEWER_FRONT_VERSION_REQUIRED  The front microcontroller is older than 0.5.0.0.
     /// @retval ERR_IOCTRL_FAILED                 The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE                   The driver took another length than two bytes.
+    /// @retval ERR_BUFFER_SIZE                   The driver did not accept exactly two bytes.
     /// @threadsafe Always.
     virtual eErr setMouseRightClickTime(unsigned short time) = 0;
 
     /// @brief Sets one of the controller's advanced settings.
     ///
-    /// The firmware is asked before everything else, whether the device is open or not.
+    /// The firmware version is checked first, whether the device is open or not.
     ///
     /// @param[in] parameter  0 to 11.
-    /// @param[in] value      Its range is the parameter's, see @ref TSAdvancedSettingsParameter.
+    /// @param[in] value      The range depends on the parameter, see @ref TSAdvancedSettingsParameter.
     /// @retval ERR_SUCCESS                       The controller has the value.
     /// @retval ERR_NEWER_FRONT_VERSION_REQUIRED  The front microcontroller is older than 1.0.0.0; for parameter 0,
     ///                                           older than 0.5.0.0.
     /// @retval ERR_INVALID_DATA                  @p parameter or @p value is outside its range; nothing was sent.
-    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED                 The driver refused the request.
     /// @threadsafe Always.
     virtual eErr setAdvancedSetting(TSAdvancedSettingsParameter parameter, unsigned short value) = 0;
 
     /// @brief Reads one of the controller's advanced settings.
     ///
-    /// The value is not checked against the parameter's range. The firmware is asked before everything else.
+    /// The value is not checked against the parameter's range. The firmware version is checked first.
     ///
     /// @param[in]  parameter  0 to 11.
     /// @param[out] value      In the same units as for setting; a quarter of the register for parameters 3 to 6.
@@ -115,14 +115,14 @@ public:
     /// @retval ERR_NEWER_FRONT_VERSION_REQUIRED  The front microcontroller is older than 1.0.0.0; for parameter 0,
     ///                                           older than 0.5.0.0.
     /// @retval ERR_INVALID_DATA                  @p parameter is outside its range; nothing was sent.
-    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was made.
+    /// @retval ERR_OPEN_FAILED                   "/dev/front-mcu-id" could not be opened when the object was created.
     /// @retval ERR_IOCTRL_FAILED                 The driver refused the request.
     /// @retval ERR_BUFFER_SIZE                   The answer is not four bytes long.
     /// @note On failure @p value is unchanged.
     /// @threadsafe Always.
     virtual eErr getAdvancedSetting(TSAdvancedSettingsParameter parameter, unsigned short* value) = 0;
 
-    /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
+    /// @brief Closes the device and deletes the object. The pointer is invalid afterwards.
     /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
     virtual eErr Release() = 0;
@@ -133,11 +133,11 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that sets the touch screen up.
+/// @brief Creates an object that configures the touch screen.
 ///
-/// A device that cannot be opened does not matter here: the operations answer ERR_OPEN_FAILED.
+/// Succeeds even if the device cannot be opened; the operations then answer ERR_OPEN_FAILED.
 ///
-/// @return A new object. Throws `std::bad_alloc` when out of memory. Give it back with `Release()`.
+/// @return A new object. Throws `std::bad_alloc` when out of memory. Free it with `Release()`.
 /// @threadsafe Always.
 HX_EXPORT Halvix::TouchScreen* GetTouchScreen();
 

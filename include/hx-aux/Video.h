@@ -42,18 +42,18 @@ enum videoStandard HX_32BIT {
 ///
 /// An object comes from @ref GetVideo, is bound to an input with @ref init and goes back with @ref Release. Until
 /// `init` has succeeded in opening the device, the operations answer ERR_OPEN_FAILED. All settings live in the driver,
-/// take effect at once and are lost at a restart; every getter asks the driver.
+/// take effect at once and are lost at a restart; every getter queries the driver.
 ///
-/// The answers ERR_OPEN_FAILED ("the device is not open") and ERR_IOCTRL_FAILED ("the driver refused a request") mean
-/// the same everywhere. Outputs are unchanged on failure.
+/// ERR_OPEN_FAILED ("the device is not open") and ERR_IOCTRL_FAILED ("the driver refused a request") mean the same
+/// everywhere. Outputs are unchanged on failure.
 class Video {
 public:
     /// @brief Opens a video input and sets it to both fields, not mirrored.
     ///
-    /// A second call opens again; the device of the first one then stays open until the process ends. A number that is
-    /// refused leaves the object closed.
+    /// A second call opens the device again; the first handle stays open until the process ends. A refused number
+    /// leaves the object closed.
     /// @param[in] device  1 or 2.
-    /// @retval ERR_SUCCESS            The input is ready; whether fields and mirroring could be set is not told.
+    /// @retval ERR_SUCCESS            The input is ready; a failure to set fields or mirroring is not reported.
     /// @retval ERR_INVALID_PARAMETER  @p device is neither 1 nor 2; nothing was opened.
     /// @retval ERR_OPEN_FAILED        "/dev/analog-video1" or "2" could not be opened.
     /// @retval ERR_IOCTRL_FAILED      The driver refused to start the input; the object is open nevertheless.
@@ -62,7 +62,7 @@ public:
 
     /// @brief Shows or hides the video.
     ///
-    /// Works also when the present settings cannot be read; then it sets the first field and no mirroring as well.
+    /// Works even if the current settings cannot be read; it then sets the first field and no mirroring as well.
     /// @param[in] show  True to show.
     /// @retval ERR_SUCCESS        The driver has the setting.
     /// @retval ERR_OPEN_FAILED    The device is not open.
@@ -74,12 +74,12 @@ public:
     /// @param[in] mode  0, 1 or 2.
     /// @retval ERR_SUCCESS            The driver has the setting.
     /// @retval ERR_OPEN_FAILED        The device is not open.
-    /// @retval ERR_INVALID_PARAMETER  @p mode is none of the three; nothing was sent.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused to tell the present settings, or the new one.
+    /// @retval ERR_INVALID_PARAMETER  @p mode is not one of the three; nothing was sent.
+    /// @retval ERR_IOCTRL_FAILED      The driver refused to report the current settings or to accept the new one.
     /// @threadsafe Between inputs.
     virtual eErr setDeInterlaceMode(DeInterlaceMode mode) = 0;
 
-    /// @brief Tells the fields that are shown. The pointer is not checked.
+    /// @brief Reads the fields that are shown. Must not be null (not checked).
     /// @param[out] mode  0, 1 or 2.
     /// @retval ERR_SUCCESS        @p mode holds the setting.
     /// @retval ERR_OPEN_FAILED    The device is not open.
@@ -92,11 +92,11 @@ public:
     /// @param[in] status  Disabled, or any other value to mirror.
     /// @retval ERR_SUCCESS        The driver has the setting.
     /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused to tell the present settings, or the new one.
+    /// @retval ERR_IOCTRL_FAILED  The driver refused to report the current settings or to accept the new one.
     /// @threadsafe Between inputs.
     virtual eErr setMirroring(HXStatus status) = 0;
 
-    /// @brief Tells whether the picture is mirrored. The pointer is not checked.
+    /// @brief Reads whether the picture is mirrored. Must not be null (not checked).
     /// @param[out] status  Enabled when mirrored.
     /// @retval ERR_SUCCESS        @p status holds the setting.
     /// @retval ERR_OPEN_FAILED    The device is not open.
@@ -105,14 +105,14 @@ public:
     virtual eErr getMirroring(HXStatus* status) = 0;
 
     /// @brief Chooses the channel that the input shows.
-    /// @param[in] channel  Not checked; the driver knows which channels there are.
+    /// @param[in] channel  Not checked; the driver decides which channels exist.
     /// @retval ERR_SUCCESS        The driver has the channel.
     /// @retval ERR_OPEN_FAILED    The device is not open.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the channel.
     /// @threadsafe Between inputs.
     virtual eErr setActiveChannel(VideoChannel channel) = 0;
 
-    /// @brief Tells the channel that the input shows.
+    /// @brief Reads the channel that the input shows.
     /// @param[out] channel  As the driver reports it.
     /// @retval ERR_SUCCESS            @p channel holds the channel.
     /// @retval ERR_INVALID_PARAMETER  @p channel is null.
@@ -142,7 +142,7 @@ public:
     /// @threadsafe Between inputs.
     virtual eErr getColorKeys(unsigned char* first, unsigned char* second, unsigned char* third) = 0;
 
-    /// @brief Places the window. The four values go to the driver as they are.
+    /// @brief Places the window. The four values are passed to the driver unchanged.
     /// @param[in] first   First value of the area.
     /// @param[in] second  Second value.
     /// @param[in] third   Third value.
@@ -154,7 +154,7 @@ public:
     virtual eErr setVideoArea(unsigned short first, unsigned short second, unsigned short third,
                               unsigned short fourth) = 0;
 
-    /// @brief Tells where the window is, in the values of @ref setVideoArea.
+    /// @brief Reads the position of the window, in the values of @ref setVideoArea.
     /// @param[out] first   First value of the area.
     /// @param[out] second  Second value.
     /// @param[out] third   Third value.
@@ -167,7 +167,7 @@ public:
     virtual eErr getVideoArea(unsigned short* first, unsigned short* second, unsigned short* third,
                               unsigned short* fourth) = 0;
 
-    /// @brief Reads what the driver knows of the incoming picture.
+    /// @brief Reads the driver's information about the incoming picture.
     /// @param[out] first   First value of the driver.
     /// @param[out] second  Second value of the driver.
     /// @param[out] third   Third value, a multiple of 0.25 from 0 to 63.75.
@@ -187,7 +187,8 @@ public:
     /// @threadsafe Between inputs.
     virtual eErr getVideoStandard(videoStandard* standard) = 0;
 
-    /// @brief Reads the control byte: bit 0 shown, bits 1 and 2 fields, bit 3 mirrored, the others the driver's.
+    /// @brief Reads the control byte: bit 0 shown, bits 1 and 2 fields, bit 3 mirrored, the others defined by the
+    /// driver.
     /// @param[out] status  The byte.
     /// @retval ERR_SUCCESS            @p status holds the byte.
     /// @retval ERR_INVALID_PARAMETER  @p status is null.
@@ -199,12 +200,12 @@ public:
     /// @brief Enlarges or reduces the picture. 1.0 is the picture's own size.
     ///
     /// With an FPGA of 0.4.0.1 or newer the factors are 0.25 to 4.0, and 0.125 to 2.0 vertically when one field is
-    /// shown. With an older FPGA factors above 2.0 (vertically 1.0) count as that limit, without an error; the least
-    /// are 0.25 and 0.125. The driver counts in 1/128 and 1/64, so the value read back may be a little different.
+    /// shown. With an older FPGA factors above 2.0 (vertically 1.0) count as that limit, without an error; the minimum
+    /// is 0.25 and 0.125. The driver counts in 1/128 and 1/64, so the value read back may differ slightly.
     /// @param[in] x  Horizontal factor.
     /// @param[in] y  Vertical factor.
     /// @retval ERR_SUCCESS        The driver has the factors.
-    /// @retval ERR_INVALID_DATA   A factor is out of range; nothing was set. Comes also before the next.
+    /// @retval ERR_INVALID_DATA   A factor is out of range; nothing was set. Checked before the device.
     /// @retval ERR_OPEN_FAILED    The device is not open.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
     /// @threadsafe Between inputs.
@@ -220,65 +221,65 @@ public:
     /// @threadsafe Between inputs.
     virtual eErr getScaling(float* x, float* y) = 0;
 
-    /// @brief Part of the interface but not offered.
-    /// @param[in] activate  Not looked at.
+    /// @brief Part of the interface, but not supported.
+    /// @param[in] activate  Ignored.
     /// @retval ERR_NOT_SUPPORTED  Always.
     /// @threadsafe Always.
     virtual eErr activateSnapshot(bool activate) = 0;
 
-    /// @brief Part of the interface but not offered.
-    /// @param[in] path  Not looked at.
-    /// @param[in] flag  Not looked at.
+    /// @brief Part of the interface, but not supported.
+    /// @param[in] path  Ignored.
+    /// @param[in] flag  Ignored.
     /// @retval ERR_NOT_SUPPORTED  Always.
     /// @threadsafe Always.
     virtual eErr takeSnapshot(const char* path, bool flag) = 0;
 
-    /// @brief Part of the interface but not offered.
-    /// @param[out] buffer  Not touched.
-    /// @param[in]  size    Not looked at.
-    /// @param[in]  flag    Not looked at.
+    /// @brief Part of the interface, but not supported.
+    /// @param[out] buffer  Unchanged.
+    /// @param[in]  size    Ignored.
+    /// @param[in]  flag    Ignored.
     /// @retval ERR_NOT_SUPPORTED  Always.
     /// @threadsafe Always.
     virtual eErr takeSnapshotRaw(char* buffer, unsigned long size, bool flag) = 0;
 
-    /// @brief Part of the interface but not offered. Nothing is allocated.
-    /// @param[out] buffer  Not touched.
-    /// @param[out] size    Not touched.
-    /// @param[in]  first   Not looked at.
-    /// @param[in]  second  Not looked at.
+    /// @brief Part of the interface, but not supported. Nothing is allocated.
+    /// @param[out] buffer  Unchanged.
+    /// @param[out] size    Unchanged.
+    /// @param[in]  first   Ignored.
+    /// @param[in]  second  Ignored.
     /// @retval ERR_NOT_SUPPORTED  Always.
     /// @threadsafe Always.
     virtual eErr takeSnapshotBmp(char** buffer, unsigned long* size, bool first, bool second) = 0;
 
-    /// @brief Part of the interface but not offered. Nothing is allocated.
-    /// @param[out] buffer   Not touched.
-    /// @param[out] size     Not touched.
-    /// @param[in]  raw      Not looked at.
-    /// @param[in]  rawSize  Not looked at.
-    /// @param[in]  first    Not looked at.
-    /// @param[in]  second   Not looked at.
+    /// @brief Part of the interface, but not supported. Nothing is allocated.
+    /// @param[out] buffer   Unchanged.
+    /// @param[out] size     Unchanged.
+    /// @param[in]  raw      Ignored.
+    /// @param[in]  rawSize  Ignored.
+    /// @param[in]  first    Ignored.
+    /// @param[in]  second   Ignored.
     /// @retval ERR_NOT_SUPPORTED  Always.
     /// @threadsafe Always.
     virtual eErr createBitmap(char** buffer, unsigned long* size, const char* raw, unsigned long rawSize, bool first,
                               bool second) = 0;
 
-    /// @brief Gives back a buffer of the C allocator, with `free`.
+    /// @brief Frees a buffer of the C allocator with `free`.
     /// @param[in] buffer  The buffer.
-    /// @retval ERR_SUCCESS            The buffer is free.
+    /// @retval ERR_SUCCESS            The buffer was freed.
     /// @retval ERR_INVALID_PARAMETER  @p buffer is null.
     /// @threadsafe Always.
     virtual eErr freeBmpBuffer(char* buffer) = 0;
 
-    /// @brief Remembers the window's area in this object and sets an area of zeros.
+    /// @brief Saves the window's area in this object and sets an area of zeros.
     ///
-    /// A second call in a row remembers the zeros.
+    /// A second call in a row saves the zeros.
     /// @retval ERR_SUCCESS        The window is minimised.
     /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused to tell the area (nothing changed), or to take the zeros.
+    /// @retval ERR_IOCTRL_FAILED  The driver refused to report the area (nothing changed) or to accept the zeros.
     /// @threadsafe Between inputs. Calls on one object must not overlap.
     virtual eErr minimize() = 0;
 
-    /// @brief Sets the area that @ref minimize remembered; zeros if it was never called.
+    /// @brief Sets the area that @ref minimize saved; zeros if it was never called.
     /// @retval ERR_SUCCESS        The driver has the area.
     /// @retval ERR_OPEN_FAILED    The device is not open.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the area.
@@ -304,19 +305,19 @@ public:
     /// @threadsafe Between inputs.
     virtual eErr getDecoderReg(unsigned char reg, unsigned char* value) = 0;
 
-    /// @brief Cuts the edges of the picture off. The first and the third value count in steps of two.
+    /// @brief Crops the edges of the picture. The first and the third value count in steps of two.
     /// @param[in] first   0 to 255; an odd value counts as the even one below.
     /// @param[in] second  0 to 127.
     /// @param[in] third   0 to 255; an odd value counts as the even one below.
     /// @param[in] fourth  0 to 127.
     /// @retval ERR_SUCCESS        The driver has the values.
-    /// @retval ERR_INVALID_DATA   @p second or @p fourth is above 127; nothing was sent. Comes also before the next.
+    /// @retval ERR_INVALID_DATA   @p second or @p fourth is above 127; nothing was sent. Checked before the device.
     /// @retval ERR_OPEN_FAILED    The device is not open.
     /// @retval ERR_IOCTRL_FAILED  The driver refused the values.
     /// @threadsafe Between inputs.
     virtual eErr setCropping(unsigned char first, unsigned char second, unsigned char third, unsigned char fourth) = 0;
 
-    /// @brief Reads what is cut off, in the values of @ref setCropping. The pointers are not checked.
+    /// @brief Reads the cropping, in the values of @ref setCropping. Must not be null (not checked).
     /// @param[out] first   First value, even.
     /// @param[out] second  Second value.
     /// @param[out] third   Third value, even.
@@ -328,7 +329,7 @@ public:
     virtual eErr getCropping(unsigned char* first, unsigned char* second, unsigned char* third,
                              unsigned char* fourth) = 0;
 
-    /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
+    /// @brief Closes the device and deletes the object. The pointer is invalid afterwards.
     /// @retval ERR_SUCCESS  Always.
     /// @threadsafe Between objects.
     virtual eErr Release() = 0;
@@ -339,8 +340,8 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object for a video input; @ref Halvix::Video::init binds it to one.
-/// @return A new object, or null when out of memory. Give it back with `Release()`.
+/// @brief Creates an object for a video input; @ref Halvix::Video::init binds it to one.
+/// @return A new object, or null when out of memory. Free it with `Release()`.
 /// @threadsafe Always.
 HX_EXPORT Halvix::Video* GetVideo();
 

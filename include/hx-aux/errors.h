@@ -8,14 +8,14 @@
 
 namespace Halvix {
 
-/// @brief Answer of every operation: 0 for success, else what went wrong.
+/// @brief Answer of every operation: 0 for success, otherwise the error.
 enum eErr HX_32BIT {
-    ERR_SUCCESS = 0, ///< The operation did what it says.
+    ERR_SUCCESS = 0, ///< The operation succeeded.
     ERR_OPEN_FAILED =
-        1, ///< The device could not be opened: its driver is missing or the program has no right to use it.
+        1, ///< The device could not be opened: its driver is missing or the program has no permission to use it.
     ERR_NOT_SUPPORTED = 2,     ///< The operation is part of the interface but not offered by this library.
     ERR_UNKNOWN_FEATURE = 3,   ///< Reserved; no operation answers it.
-    ERR_DATATYPE_MISMATCH = 4, ///< An answer or a stored text is not of the kind that was asked for.
+    ERR_DATATYPE_MISMATCH = 4, ///< An answer or a stored text is not of the requested kind.
     ERR_CODE_NOT_EXIST = 5,    ///< Reserved; no operation answers it.
     ERR_BUFFER_SIZE = 6,   ///< An answer has another length than expected, or a text does not fit the caller's buffer.
     ERR_IOCTRL_FAILED = 7, ///< The driver refused the request.
@@ -23,17 +23,17 @@ enum eErr HX_32BIT {
     ERR_INVALID_PARAMETER = 9, ///< A pointer is null; the LED, the buzzer, the light sensor, video and CAN answer it
                                ///< for values out of range as well.
     ERR_CREATE_THREAD = 10,    ///< A thread could not be started.
-    ERR_IN_PROGRESS = 11,      ///< The same function is already at work, in this process or in another.
+    ERR_IN_PROGRESS = 11,      ///< The same function is already running, in this process or in another.
     ERR_CHECKSUM = 12,         ///< A checksum inside a firmware file is wrong.
-    ERR_INIT_FAILED = 13,      ///< A function or a device could not be made ready, or it was made ready before.
-    ERR_VERIFY_FAILED = 14,    ///< What the device holds differs from the file.
+    ERR_INIT_FAILED = 13,      ///< A function or a device could not be initialised, or was initialised before.
+    ERR_VERIFY_FAILED = 14,    ///< The contents of the device differ from the file.
     ERR_DEVICE_READ_DATA_FAILED = 15,  ///< Data could not be read from a device during an upgrade.
     ERR_DEVICE_WRITE_DATA_FAILED = 16, ///< Data could not be written to a device during an upgrade.
-    ERR_COMMAND_FAILED = 17,           ///< A command or a query could not be carried out; nothing more is known.
+    ERR_COMMAND_FAILED = 17,           ///< A command or a query could not be carried out; no further details.
     ERR_JIDA_EEPROM = 18,          ///< The property is missing, or the board library or its EEPROM cannot be reached.
     ERR_JIDA_TEMP = 19,            ///< The board library cannot deliver the temperature.
     ERR_AVERAGE_CALC_STARTED = 20, ///< The light sensor is averaging already, in this process or in another.
-    ERR_NOT_RUNNING = 21,          ///< There is no value, because the function that makes it does not run.
+    ERR_NOT_RUNNING = 21,          ///< There is no value, because the function that produces it is not running.
     ERR_I2C_EXPANDER_READ_FAILED = 22,      ///< The I2C expander cannot be read.
     ERR_I2C_EXPANDER_WRITE_FAILED = 23,     ///< The I2C expander cannot be written.
     ERR_I2C_EXPANDER_INIT_FAILED = 24,      ///< The I2C expander could not be set up.
@@ -50,15 +50,15 @@ enum eErr HX_32BIT {
 
 } // namespace Halvix
 
-/// @brief Gives the text of an error code.
+/// @brief Returns the text of an error code.
 /// @param[in] code  Any code of @ref Halvix::eErr.
-/// @return A constant text; neither change nor free it. A value outside 0 to 32 gives "Unknown error".
+/// @return A constant text; neither change nor free it. A value outside 0 to 32 yields "Unknown error".
 /// @threadsafe Always.
 HX_EXPORT const char* GetErrorStringA(Halvix::eErr code);
 
-/// @brief Gives the text of an error code as a wide text (4 bytes a character).
+/// @brief Returns the text of an error code as a wide text (4 bytes a character).
 /// @param[in] code  Any code of @ref Halvix::eErr.
-/// @return A constant text; neither change nor free it. A value outside 0 to 32 gives L"Unknown error".
+/// @return A constant text; neither change nor free it. A value outside 0 to 32 yields L"Unknown error".
 /// @threadsafe Always.
 HX_EXPORT const wchar_t* GetErrorStringW(Halvix::eErr code);
 

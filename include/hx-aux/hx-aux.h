@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 /// @file hx-aux.h
-/// @brief All interfaces of the unit's hardware-access library.
+/// @brief All interfaces of the library.
 ///
 /// What an application shares with the library:
 /// - The file-creation mask of the process is 0 for a moment while the library opens a named lock, writes the settings
-///   file or opens the daemon's FIFO, so that every user's programs can use them. A file that another thread makes in
-///   that moment gets this mask too: give such files their mode explicitly. If the FIFO cannot be made the mask stays
-///   0.
-/// - The library's own threads take no signals. In the application's threads, handlers may run during any operation.
-/// They
-///   change neither its result nor stored data; only a blocking beep (@ref Halvix::Buzzer::buzze) ends early, and a
-///   wait in @ref Halvix::FirmwareUpgrade::getUpgradeStatus returns the last state.
+///   file or opens the daemon's FIFO, so that every user's programs can use them. A file that another thread creates in
+///   that moment gets this mask too: set the mode of such files explicitly. If the FIFO cannot be created, the mask
+///   stays 0.
+/// - The library's own threads take no signals. In the application's threads, handlers may run during any
+///   operation. They change neither its result nor stored data; only a blocking beep (@ref Halvix::Buzzer::buzze) ends
+///   early, and a wait in @ref Halvix::FirmwareUpgrade::getUpgradeStatus returns the last state.
 /// - The library stays loaded when it is closed with `dlclose`, because its threads may still run.
 #ifndef HX_AUX_HX_AUX_H
 #define HX_AUX_HX_AUX_H

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 /// @file types.h
-/// @brief What several interfaces share: the export and enumeration macros and the common enumerations.
+/// @brief Shared by several interfaces: the export and enumeration macros and the common enumerations.
 #ifndef HX_AUX_TYPES_H
 #define HX_AUX_TYPES_H
 
@@ -11,17 +11,17 @@
 #error "The interfaces are C++ classes: include this header from C++."
 #endif
 
-/// @brief Makes a member of a class visible outside the shared library.
+/// @brief Creates a member of a class visible outside the shared library.
 #define HX_EXPORT_MEMBER __attribute__((visibility("default")))
 
 /// @def HX_32BIT
-/// @brief Stands behind an enumeration's name and makes it 32 bits wide, able to hold every 32-bit value.
+/// @brief Follows an enumeration's name and makes it 32 bits wide, able to hold every 32-bit value.
 ///
-/// The unit's firmware may answer values that no enumerator names; they are passed on unchanged, so every value must
-/// be representable. From C++11 on a fixed underlying type says so. Before that, two sentinels stretch the range.
+/// The unit's firmware may answer values without an enumerator; they are passed on unchanged, so every value must be
+/// representable. From C++11 on, a fixed underlying type ensures it. Before that, two sentinels stretch the range.
 
 /// @def HX_32BIT_RANGE(name)
-/// @brief Stands last in the enumeration: nothing, or the two sentinels.
+/// @brief Last in the enumeration: nothing, or the two sentinels.
 #if __cplusplus >= 201103L
 #define HX_32BIT : int
 #define HX_32BIT_RANGE(name)
@@ -30,7 +30,7 @@
 #define HX_32BIT_RANGE(name) name##_SmallestValue = -2147483647 - 1, name##_LargestValue = 2147483647
 #endif
 
-/// @brief The interfaces and everything that their operations take and give.
+/// @brief The interfaces and the types that their operations use.
 namespace Halvix {
 
 /// @brief A two-state setting.
@@ -51,7 +51,7 @@ enum LightSensorOperationRange HX_32BIT {
 enum LightSensorSamplingMode HX_32BIT {
     SamplingModeStandard = 0, ///< Always the standard range.
     SamplingModeExtended = 1, ///< Always the extended range.
-    SamplingModeAuto = 2,     ///< Starts in the standard range and follows the light.
+    SamplingModeAuto = 2,     ///< Starts in the standard range and adapts to the light.
     HX_32BIT_RANGE(LightSensorSamplingMode)
 };
 

@@ -67,7 +67,7 @@ void BacklightController::execute()
     logController("Main started\n");
     for (;;) {
         if (readSettings() && parts_->settings.enabled)
-            executeABL(); // how it ended changes nothing: only the next notice starts it again
+            executeABL(); // its result does not matter: only the next notification starts it again
         waitForNewSettings();
     }
 }
@@ -75,7 +75,7 @@ void BacklightController::execute()
 void BacklightController::waitForNewSettings()
 {
     if (!waitThroughSignals(parts_->newSettings.handle()))
-        LinuxWrapper::Sleep(kRetryMs); // without the semaphore nobody can notify: look at the file now and then
+        LinuxWrapper::Sleep(kRetryMs); // without the semaphore there are no notifications: poll the file
 }
 
 eErr BacklightController::InitLightSensor()
@@ -99,7 +99,7 @@ bool BacklightController::executeABL()
     law::Run run;
     logController("executeABL started\n");
     if (InitLightSensor() != ERR_SUCCESS)
-        return false; // the sampler is not stopped: a failed start keeps the averaging lock, as callers know
+        return false; // the sampler is not stopped: a failed start keeps the averaging lock; callers rely on it
     LinuxWrapper::SleepFully(kSettleMs);
     while (pass(run)) {
     }

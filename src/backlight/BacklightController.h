@@ -12,9 +12,9 @@ class IniSettings;
 
 /// Sets the backlight from the ambient light, in a thread of its own that follows the settings file.
 ///
-/// The thread is never stopped: it ends with the process. Everything it uses therefore lies in a block that it shares
-/// with the object it was started from, so the object may go while the thread runs; the block then stays until the
-/// process ends. When no thread was started, the last owner of the block gives everything back.
+/// The thread is never stopped: it ends with the process. Everything it uses is therefore in a block shared with the
+/// object that started it, so the object may be deleted while the thread runs; the block then stays until the process
+/// ends. If no thread was started, the last owner of the block releases everything.
 class BacklightController {
 public:
     BacklightController();
@@ -22,18 +22,19 @@ public:
     BacklightController(const BacklightController&) = delete;
     BacklightController& operator=(const BacklightController&) = delete;
 
-    /// Runs once: 13 for the second call. 0, 10 (no thread) or 32 (no memory); after these two it may be called again.
+    /// Succeeds once: 13 for the second call. 0, 10 (no thread) or 32 (out of memory); after these two it may be called
+    /// again.
     [[nodiscard]] eErr init();
     [[nodiscard]] eErr start();
 
     static void threadProc(const void* sharedParts);
     [[noreturn]] void execute();
-    /// Reads the seven settings and repairs the file if one is missing or no number. True when they can be used.
+    /// Reads the seven settings and repairs the file if one is missing or not a number. True when they are usable.
     [[nodiscard]] bool readSettings();
     /// The control loop. True after a regular end, false when the sampler could not be started.
     bool executeABL();
     [[nodiscard]] eErr InitLightSensor();
-    /// Stores a learnt slope. It notifies nobody: the controller must not wake itself.
+    /// Stores a learned slope. Does not notify: the controller must not wake itself.
     eErr updateK(double k);
 
 private:

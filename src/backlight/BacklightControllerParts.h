@@ -9,7 +9,7 @@
 
 namespace Halvix {
 
-/// What the settings file says, and the values that stand in for settings that are missing.
+/// The contents of the settings file, with the defaults of missing settings.
 struct AblSettings {
     bool bSoftTransitions = true;
     std::uint8_t maxIntensity = 255;
@@ -21,7 +21,7 @@ struct AblSettings {
     LightSensorSamplingMode mode = SamplingModeAuto;
 };
 
-/// What the controller and its thread share. Written before the thread starts, afterwards by the thread alone.
+/// Shared by the controller and its thread. Written before the thread starts, then only by the thread.
 struct BacklightController::Parts {
     Parts() = default;
     ~Parts()
@@ -35,7 +35,7 @@ struct BacklightController::Parts {
     Lightsensor* lightSensor = nullptr;
     BacklightIDrv driver;
     AblSettings settings;
-    Semaphore started{nullptr}; ///< Taken by the one `init` that succeeds.
+    Semaphore started{nullptr}; ///< Acquired by the one `init` that succeeds.
     Semaphore newSettings{"Global\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ"};
 };
 

@@ -50,7 +50,7 @@ try {
     logController("Read settings\n");
     AblSettings& settings = parts_->settings;
     settings = AblSettings{};
-    // The file is held until a repair is written, so that a setter's value cannot come in between and be lost.
+    // The file stays locked until a repair is written, so that a setter cannot write in between and lose its value.
     IniSettings file;
     file.load(LinuxWrapper::GetSettingsFileName());
     bool valid = convertSettings(fetchSettings(file));
@@ -103,7 +103,7 @@ bool BacklightController::repairSettings(IniSettings& file)
         IniSettings::ConvertLongToStr(settings.rejectDeltaInLux, &texts.rejectDeltaInLux) != ERR_SUCCESS ||
         IniSettings::ConvertLongToStr(mode, &texts.mode) != ERR_SUCCESS)
         return false;
-    file.reload(); // without the empty entries that the look-ups made
+    file.reload(); // without the empty entries that the look-ups added
     file.set({{keys::slope, texts.k},
               {keys::averageWndSize, texts.averageWndSize},
               {keys::rejectWndSize, texts.rejectWndSize},

@@ -62,7 +62,7 @@ eErr Backlight_Imp::getAutomaticBLStatus(unsigned char* enabled)
     return withSettings([&](IniSettings& settings) {
         unsigned long value = 0;
         const eErr err = number(settings.get(keys::status), &value);
-        *enabled = err == ERR_SUCCESS && value != 0 ? 1 : 0; // off is what callers see of an unreadable setting
+        *enabled = err == ERR_SUCCESS && value != 0 ? 1 : 0; // an unreadable setting is reported as off
         return err;
     });
 }
@@ -75,7 +75,7 @@ eErr Backlight_Imp::getAutomaticBLParams(bool* softTransitions, double* k)
         unsigned long value = 0;
         if (const eErr err = number(soft, &value); err != ERR_SUCCESS)
             return err;
-        *softTransitions = value != 0; // given also when the slope is unreadable; callers rely on it
+        *softTransitions = value != 0; // written also when the slope is unreadable; callers rely on it
         return IniSettings::ConvertStrToDouble(k, slope);
     });
 }
@@ -119,8 +119,8 @@ eErr Backlight_Imp::getLedDimming(HXStatus* status)
 {
     return withSettings([&](IniSettings& settings) {
         const std::string text = settings.get(keys::ledDimming);
-        unsigned long value = text.empty() ? 1 : 0; // on unless somebody said otherwise
-        (void)number(text, &value);                 // what is no number reads as off
+        unsigned long value = text.empty() ? 1 : 0; // on by default
+        (void)number(text, &value);                 // a text that is not a number reads as off
         *status = value == 1 ? HXStatusEnabled : HXStatusDisabled;
         return ERR_SUCCESS;
     });

@@ -8,8 +8,8 @@
 
 namespace Halvix {
 
-/// The settings of the automatic backlight are the file; nothing of them is kept here. A setter writes its keys, gives
-/// the file back and then notifies the controller, so that the controller never waits for this process.
+/// The settings of the automatic backlight are in the file; this class keeps no copy. A setter writes its keys,
+/// releases the file and then notifies the controller, so that the controller never waits for this process.
 class Backlight_Imp : public Backlight, public SharedInstance<Backlight_Imp> {
 public:
     Backlight_Imp() = default;

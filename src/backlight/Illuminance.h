@@ -14,8 +14,8 @@ struct _ValueType { // NOLINT(bugprone-reserved-identifier): the name is given
 /// Counts of one channel byte, 0 to 4015. 8 when the conversion is not complete; `count` is then untouched.
 [[nodiscard]] eErr measureToCount(unsigned short* count, unsigned int byte);
 
-/// Lux of a reading in the standard range; 0 when the infrared channel sees as much as the other, or more.
-/// 8 when either conversion is not complete; `lux` is then untouched.
+/// Lux of a reading in the standard range; 0 when the infrared channel measures as much as the other, or more. 8 when
+/// either conversion is not complete; `lux` is then untouched.
 [[nodiscard]] eErr measureToLux(unsigned short* lux, _ValueType value);
 
 } // namespace Halvix

@@ -19,7 +19,7 @@ constexpr unsigned kExtendedFactor = 5;
 
 LightsensorIDrv::~LightsensorIDrv()
 {
-    // Closed in every case, also the -1 of a device that could not be opened: that is what this driver object does.
+    // Closed in every case, also the -1 of a device that could not be opened; the sequence of calls is fixed.
     if (!isOpen())
         LinuxWrapper::close(handle());
 }

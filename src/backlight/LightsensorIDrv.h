@@ -15,14 +15,14 @@ public:
 
     void openHWConnection() { open("/dev/lightsensor"); }
 
-    /// 1, 7, 6, or 8 for a conversion that is not complete: no output is written then. The range is asked after the
-    /// reading; when that fails its code is answered, `*range` stays, and the reading is written all the same, taken
-    /// in the range that `*range` held.
+    /// 1, 7, 6, or 8 for a conversion that is not complete: no output is written then. The range is queried after the
+    /// reading. If that fails, its code is returned, `*range` stays unchanged, and the reading is still written,
+    /// calculated with the range in `*range`.
     [[nodiscard]] eErr getIlluminance(unsigned short* lux, unsigned char* ch0, unsigned char* ch1,
                                       LightSensorOperationRange* range);
     /// 1, 7, 6, or 8 for a range that is neither of the two.
     [[nodiscard]] eErr getOperatingRange(LightSensorOperationRange* range);
-    /// 1, 9 for a value that is neither of the two (callers know it as 9, not 8), 7. The count is not looked at.
+    /// 1, 9 for a value that is neither of the two (callers rely on 9, not 8), 7. The count is not checked.
     [[nodiscard]] eErr setOperatingRange(LightSensorOperationRange range);
 };
 

@@ -12,12 +12,12 @@ namespace Halvix {
 namespace {
 
 constexpr const char* kAveragingLockName = "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED";
-/// The sampler's thread looks at its stop flag every 10 ms; after this time it has ended.
+/// The sampler's thread checks its stop flag every 10 ms; after this time it has ended.
 constexpr unsigned long kThreadEndMs = 70;
 
 } // namespace
 
-/// Closed in the order of the unit's lock, the driver and the sampler's own lock.
+/// Closed in the order unit lock, driver, the sampler's own lock.
 struct Lightsensor_Imp::Averaging {
     sampler average;
     LightsensorIDrv driver;
@@ -27,7 +27,7 @@ struct Lightsensor_Imp::Averaging {
 Lightsensor_Imp::Lightsensor_Imp() : averaging_{std::make_shared<Averaging>()}
 {
     handle_ = openHWConnection();
-    averaging_->lock.emplace(kAveragingLockName); // when it cannot be opened, every start answers 20
+    averaging_->lock.emplace(kAveragingLockName); // when it cannot be opened, every start returns 20
     averaging_->average.attach(&averaging_->driver, averaging_->lock->handle(), averaging_);
 }
 

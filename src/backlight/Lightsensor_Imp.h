@@ -9,8 +9,8 @@ namespace Halvix {
 
 /// All readings go through the driver object; the second handle of the device is only opened and closed again.
 ///
-/// A sampler thread that still runs at `Release` goes on. What it uses is owned by the object and by the thread
-/// together: the last one out closes it.
+/// A sampler thread that is still running at `Release` continues. The object and the thread share ownership of what it
+/// uses: the last owner closes it.
 class Lightsensor_Imp : public Lightsensor {
 public:
     Lightsensor_Imp();
@@ -28,9 +28,9 @@ public:
     eErr setOperatingRange(LightSensorOperationRange range) override;
     eErr Release() override;
 
-    /// Whether any process averages, this one included.
+    /// Whether averaging is running in any process, including this one.
     [[nodiscard]] bool isAverageStarted();
-    /// Gives the handle, negative when the device cannot be opened.
+    /// Returns the handle, negative when the device cannot be opened.
     int openHWConnection();
 
 private:

@@ -3,12 +3,12 @@
 
 namespace Halvix {
 
-/// Where the sampler's and the controller's diagnostic lines end. They do nothing here; a program that links the
-/// library's objects may bring its own pair.
+/// Sinks of the sampler's and the controller's diagnostic lines. They do nothing here; a program that links the
+/// library's objects may replace them.
 void WriteLog(const char* line);
 void WriteLog2(const char* line);
 
-/// Formats one line of the sampler (cut to 120 characters) and hands it to `WriteLog`.
+/// Formats one line of the sampler (cut to 120 characters) and passes it to `WriteLog`.
 [[gnu::format(printf, 1, 2)]] void logSampler(const char* format, ...);
 /// The same for the controller and `WriteLog2`.
 [[gnu::format(printf, 1, 2)]] void logController(const char* format, ...);

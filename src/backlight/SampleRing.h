@@ -5,7 +5,7 @@
 
 namespace Halvix {
 
-/// A window of the last W samples, and one slot more for the next one. One zeroed heap block of W + 4 words.
+/// A window of the last W samples, plus one slot for the next one. One zeroed heap block of W + 4 words.
 ///
 /// Empty when `head` equals `tail`; once filled, the window is the W entries from `tail` up to the slot before `head`.
 /// All indices and sums are 32 bits wide and wrap.
@@ -29,13 +29,13 @@ void freeSampleRing(SampleRing* ring);
 /// Writes the sample into every slot and makes the window full.
 void fill(SampleRing& ring, std::uint32_t lux);
 
-/// Writes the sample into the window of recent ones and moves it on by one.
+/// Adds the sample to the window of recent samples and advances the window by one.
 void push(SampleRing& ring, std::uint32_t lux);
 
 /// Largest minus smallest sample of the window.
 [[nodiscard]] std::uint32_t spread(const SampleRing& ring);
 
-/// Writes the sample at `head`, drops the oldest and gives the window's new sum. `head` is not moved.
+/// Writes the sample at `head`, drops the oldest and returns the window's new sum. `head` is not moved.
 [[nodiscard]] std::uint32_t exchange(SampleRing& ring, std::uint32_t lux, std::uint32_t sum);
 
 void advanceHead(SampleRing& ring);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-/// Names in the settings file of what the backlight reads and writes. All values are decimal text.
+/// Names of the settings that the backlight reads and writes. All values are decimal text.
 namespace Halvix::keys {
 
 inline constexpr const char* status = "ABL_status";

@@ -3,7 +3,7 @@
 
 namespace Halvix {
 
-// Logging is compiled out. The two stand alone in this file so that a program can bring its own.
+// Logging is compiled out. The two functions have their own file so that a program can replace them.
 
 void WriteLog(const char* /*line*/) {}
 

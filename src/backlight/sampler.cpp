@@ -11,7 +11,7 @@ namespace {
 
 constexpr unsigned kValueBits = 0x7F;
 constexpr unsigned kSaturated = 127; // top of the converter
-constexpr unsigned kDimEnough = 85;  // below it the standard range will do; the gap is the hysteresis
+constexpr unsigned kDimEnough = 85;  // below it the standard range is sufficient; the gap is the hysteresis
 constexpr int kPauses = 80;
 constexpr unsigned long kPauseMs = 10;
 constexpr unsigned long kEndOfThreadMs = 1;
@@ -47,8 +47,8 @@ eErr sampler::startAverageCalc(unsigned long averageWndSize, unsigned long rejec
     }
     lock_.post();
     if (result != ERR_SUCCESS)
-        return result; // the averaging lock stays taken after a failure; callers know it so
-    // A thread that has already released the averaging lock takes no more samples: its end is a matter of moments.
+        return result; // the averaging lock stays taken after a failure; callers rely on it
+    // A thread that has already released the averaging lock takes no more samples and ends shortly.
     while (running_ && ending_)
         LinuxWrapper::Sleep(kEndOfThreadMs);
     return running_ ? ERR_SUCCESS : startThread();
@@ -135,13 +135,13 @@ void sampler::exec()
         const eErr err = stopped ? ERR_SUCCESS : lightSensorSample();
         lock_.post();
         if (err != ERR_SUCCESS)
-            lock_.signal(); // a second time: callers know that its count is then 2
+            lock_.signal(); // a second time: callers rely on the count of 2
         if (stopped || err != ERR_SUCCESS)
             break;
     }
     ending_ = true;
     LinuxWrapper::ReleaseSema(averagingLock_);
-    running_ = false; // from here on another thread may be started
+    running_ = false; // from now on another thread may be started
     logSampler("Exit Loop\n");
 }
 

@@ -13,11 +13,11 @@ namespace Halvix {
 
 /// Averages the light sensor in a thread of its own, one sample about every 800 ms.
 ///
-/// The caller holds the unit's averaging lock when it starts the sampler; the thread releases it when it ends. A start
-/// that fails leaves it taken; callers know it so.
+/// The caller holds the unit's averaging lock when it starts the sampler; the thread releases it when it ends. A failed
+/// start leaves it taken; callers rely on it.
 ///
-/// The private lock guards the fields between the thread and callers. A thread that ends by a fault of the sensor posts
-/// it twice, and it then no longer excludes: what callers read beside a running thread is therefore atomic. The rings
+/// The private lock guards the fields between the thread and callers. A thread that ends after a sensor fault posts it
+/// twice, and it then no longer excludes: fields that callers read while a thread runs are therefore atomic. The rings
 /// stay safe, because a new start first needs the averaging lock. A thread keeps the sampler's owner alive until its
 /// last step; without an owner the sampler must outlive its thread.
 class sampler {
@@ -27,10 +27,10 @@ public:
     sampler(const sampler&) = delete;
     sampler& operator=(const sampler&) = delete;
 
-    /// What the sampler works with and does not own, and who owns the sampler and them.
+    /// Objects that the sampler uses but does not own, and the owner of the sampler and of them.
     void attach(LightsensorIDrv* driver, int averagingLock, std::weak_ptr<void> owner = {});
 
-    /// 0, 13 (no memory), the code of setting the range, or 10 (no thread). A running thread goes on with the new
+    /// 0, 13 (out of memory), the code of setting the range, or 10 (no thread). A running thread continues with the new
     /// parameters and empty rings.
     [[nodiscard]] eErr startAverageCalc(unsigned long averageWndSize, unsigned long rejectWndSize,
                                         unsigned long rejectDeltaInLux, LightSensorSamplingMode mode);
@@ -43,7 +43,7 @@ public:
     [[nodiscard]] eErr initRange() HX_REQUIRES(lock_);
     static void threadProc(const void* itself);
     void exec();
-    /// One reading, with the private lock held. 0 to go on, anything else ends the thread.
+    /// One reading, with the private lock held. 0 to continue, anything else ends the thread.
     [[nodiscard]] eErr lightSensorSample() HX_REQUIRES(lock_);
 
 private:
@@ -70,11 +70,11 @@ private:
     CtrlData sCtrlData_ HX_GUARDED_BY(lock_);
     std::atomic<std::uint32_t> averageLux_{0};
     std::atomic<bool> running_{false};
-    std::atomic<bool> ending_{false}; ///< the thread takes no more samples; its unit lock may be free already
+    std::atomic<bool> ending_{false}; ///< the thread takes no more samples; its unit lock may already be free
     std::atomic<bool> stop_{false};
     Semaphore lock_{nullptr};
     std::weak_ptr<void> owner_;
-    std::shared_ptr<void> ownerOfThread_; ///< handed over from a start to its thread
+    std::shared_ptr<void> ownerOfThread_; ///< passed from a start to its thread
 };
 
 } // namespace Halvix

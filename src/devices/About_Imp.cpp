@@ -20,7 +20,7 @@ struct Property {
         return store.GetProperty(key, text, sizeof text) ? ERR_SUCCESS : ERR_JIDA_EEPROM;
     }
 
-    /// Leading decimal digits, 0 when there are none; held to 32 bits on both ABIs.
+    /// Leading decimal digits, 0 when there are none; limited to 32 bits on both ABIs.
     [[nodiscard]] int number() const
     {
         static constexpr long kSmallest = std::numeric_limits<int>::min();
@@ -29,7 +29,7 @@ struct Property {
     }
 };
 
-/// A text of exactly `size` characters fits: the final 0 then goes to text[size]. Callers rely on it.
+/// A text of exactly `size` characters fits: the terminating zero is then written to text[size]. Callers rely on it.
 eErr copyOut(const Property& property, char* text, int size)
 {
     const std::size_t length = std::strlen(property.text);
@@ -61,7 +61,7 @@ eErr getFlag(const EepromConfig& store, const char* key, bool* fitted)
     Property property;
     if (const eErr err = property.read(store, key); err != ERR_SUCCESS)
         return err;
-    *fitted = property.number() == 1; // any other number is no module
+    *fitted = property.number() == 1; // any other number means not fitted
     return ERR_SUCCESS;
 }
 
@@ -74,7 +74,7 @@ About_Imp::About_Imp()
 
 eErr About_Imp::getMainPCBSerial(char* text, int size)
 {
-    // The only one that looks at the pointer, and only after the property and its length.
+    // The only one that checks the pointer, and only after the property and its length.
     Property property;
     if (const eErr err = property.read(*main_, "PCB_SERIAL"); err != ERR_SUCCESS)
         return err;
@@ -211,7 +211,7 @@ eErr About_Imp::Release()
 
 Halvix::About* GetAbout()
 {
-    // Null when out of memory, whichever of its parts it is out for.
+    // Null when any allocation fails.
     try {
         return new (std::nothrow) Halvix::About_Imp;
     } catch (const std::bad_alloc&) {

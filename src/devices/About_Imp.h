@@ -8,7 +8,7 @@
 
 namespace Halvix {
 
-/// Reads both EEPROMs when it is made and answers from that copy.
+/// Reads both EEPROMs in the constructor and answers from that copy.
 class About_Imp : public About {
 public:
     About_Imp();

@@ -10,7 +10,7 @@ namespace Halvix {
 namespace {
 
 struct VoltageAnswer {
-    std::uint32_t number; ///< the voltage that was asked for
+    std::uint32_t number; ///< the requested voltage
     std::uint16_t raw;
     std::uint16_t unused;
 };
@@ -28,8 +28,8 @@ int factorOf(VoltageEnum which)
     return which >= Voltage4 && which <= Voltage7 ? 2 : 1;
 }
 
-/// In extended precision and multiplied before it is divided: any other way changes the last digit of many values. The
-/// product is a whole number, so it is exact.
+/// In extended precision, multiplied before divided: any other order changes the last digit of many values. The product
+/// is an integer, so it is exact.
 double voltsOf(int factor, std::uint16_t raw)
 {
     return static_cast<double>(static_cast<long double>(factor * 33 * raw) / 40960.0L);

@@ -49,7 +49,7 @@ eErr AuxVersion_Imp::getFrontVersion(unsigned char* major, unsigned char* minor,
 eErr AuxVersion_Imp::getHXAuxVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
                                      unsigned char* build)
 {
-    VersionParts parts{65535, 65535, 65535, 65535}; // stay so if the text is no version
+    VersionParts parts{65535, 65535, 65535, 65535}; // unchanged if the text is not a version
     (void)scanVersion(kLibraryVersion, parts);
     if (std::ranges::any_of(parts, [](int part) { return part > 255; }))
         return ERR_COMMAND_FAILED;

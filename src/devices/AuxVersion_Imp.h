@@ -29,7 +29,7 @@ public:
     eErr Release() override;
 
 private:
-    /// What the drivers answer: major, minor, release, build.
+    /// The answer of the drivers: major, minor, release, build.
     using Block = std::array<std::uint8_t, 4>;
 
     [[nodiscard]] eErr readVersion(Read<Block> request, unsigned char* major, unsigned char* minor,

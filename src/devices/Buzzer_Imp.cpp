@@ -15,10 +15,10 @@ constexpr unsigned short kMinHertz = 700;
 constexpr unsigned short kMaxHertz = 10000;
 constexpr unsigned short kMaxVolume = 51;
 
-/// On or off, and three bytes that nobody looks at.
+/// On or off, and three unused bytes.
 using Trigger = std::array<std::uint8_t, 4>;
 
-/// A negative time is none: taken as unsigned it would sound for 49 days and keep every other program out.
+/// A negative time counts as 0: as unsigned it would sound for 49 days and lock out every other program.
 unsigned long sleepTime(int time)
 {
     return static_cast<unsigned long>(std::max(time, 0));
@@ -102,14 +102,14 @@ eErr Buzzer_Imp::beep(int time)
     const eErr result = setTrigger(true);
     if (result == ERR_SUCCESS) {
         LinuxWrapper::Sleep(sleepTime(time));
-        (void)setTrigger(false); // the beep has sounded; there is nothing more to do about it
+        (void)setTrigger(false); // the beep has sounded; an error here has no consequence
     }
     oneBeep_.signal();
     return result;
 }
 
-// Without blocking the lock is given back by another thread; if that cannot be started it stays taken, and every later
-// beep on the unit is refused until the lock is reset. Callers know this state.
+// Without blocking, another thread releases the lock. If that thread cannot be started, the lock stays taken and every
+// later beep on the unit is refused until it is reset. Callers rely on this state.
 eErr Buzzer_Imp::buzze(int time, bool blocking) HX_UNCHECKED_LOCKING
 {
     if (!oneBeep_.tryWait())
@@ -126,8 +126,8 @@ eErr Buzzer_Imp::buzze(int time, bool blocking) HX_UNCHECKED_LOCKING
 
 void Buzzer_Imp::soundPendingBeep(const void* buzzer)
 {
-    auto* self = static_cast<Buzzer_Imp*>(const_cast<void*>(buzzer)); // threads carry their argument as const
-    (void)self->setTrigger(true); // nobody is there to be told; the time passes all the same
+    auto* self = static_cast<Buzzer_Imp*>(const_cast<void*>(buzzer)); // thread arguments are const
+    (void)self->setTrigger(true); // no caller to report to; the time passes regardless
     LinuxWrapper::Sleep(sleepTime(self->pendingTime_));
     (void)self->setTrigger(false);
     self->oneBeep_.signal();

@@ -9,15 +9,15 @@
 
 namespace Halvix {
 
-/// Tone and volume as the driver takes them.
+/// Tone and volume in the form of the driver.
 struct _SetupType {
     unsigned short frequency; ///< hertz
     unsigned short volume;    ///< 0 to 51
 };
 static_assert(sizeof(_SetupType) == 4);
 
-/// A beep without blocking runs on a thread that uses the object after `buzze` has returned, and perhaps after
-/// `Release`: the last one out closes and deletes it.
+/// A beep without blocking runs on a thread that uses the object after `buzze` has returned, and possibly after
+/// `Release`: the last user closes and deletes it.
 class Buzzer_Imp : public Buzzer {
 public:
     virtual ~Buzzer_Imp() = default; // after the interface's slots, so no slot moves
@@ -31,7 +31,7 @@ public:
     eErr buzze(int time, bool blocking) override;
     eErr Release() override;
 
-    /// 1, 7, 6. The driver writes into `*s`: after a failure it holds whatever arrived.
+    /// 1, 7, 6. The driver writes into `*s`: after a failure it contains whatever arrived.
     eErr getSetup(_SetupType* s);
     /// 1, 7.
     eErr setSetup(_SetupType s);
@@ -42,7 +42,7 @@ private:
 
     void leave();
 
-    int pendingTime_ = 0;       ///< milliseconds of the beep that its thread has to sound
+    int pendingTime_ = 0;       ///< duration in milliseconds of the beep in the background
     std::atomic<int> users_{1}; ///< the caller, and the thread of a beep
     Semaphore oneBeep_{"HXAUX_BUZZING_IN_PROGRESS"};
     DeviceChannel channel_{"/dev/buzzer"}; // after the semaphore: opened second, closed first

@@ -35,8 +35,8 @@ Path attributeOf(unsigned char net)
     return path;
 }
 
-/// False when the number does not fit 32 bits, on every build: rates of that size are a driver's mistake.
-/// A text without digits is 0.
+/// False when the number does not fit 32 bits, on every build: rates of that size are a driver error. A text without
+/// digits is 0.
 bool parseRate(const char* text, long* rate)
 {
     errno = 0;
@@ -51,7 +51,7 @@ eErr readRate(int file, unsigned short* kbit)
 {
     std::array<char, kLongestText + 1> text{};
     unsigned int count = 0;
-    // A failed read leaves no text, which counts as the rate 0: callers rely on getting a number.
+    // A failed read leaves an empty text, which counts as the rate 0: callers rely on getting a number.
     (void)LinuxWrapper::read(file, text.data(), kLongestText, &count);
     text[count] = '\0';
     long rate = 0;
@@ -79,9 +79,9 @@ eErr CanSetting_Imp::getBaudrate(unsigned char net, unsigned short* kbit)
         return ERR_INVALID_PARAMETER;
     int file = -1;
     if (!LinuxWrapper::open(file, attributeOf(net).data(), false))
-        return ERR_IOCTRL_FAILED; // setting answers another code here; callers tell the directions apart by it
+        return ERR_IOCTRL_FAILED; // setting answers another code here; callers distinguish the directions by it
     const eErr err = readRate(file, kbit);
-    if (file != 0) // a program without standard input gets 0 here, and keeps it
+    if (file != 0) // a program without standard input gets 0 here, and it stays open
         LinuxWrapper::close(file);
     return err;
 }

@@ -13,7 +13,7 @@ namespace {
 
 using Word = std::uint16_t;
 
-/// A time behind a first word that is not its own.
+/// A time, after a first word that belongs to something else.
 struct TimeBlock {
     Word first;
     Word time;
@@ -45,7 +45,7 @@ bool knowsPowerOn()
     return DoesSystemHaveAtLeastSSVersion(1, 0, 3, 0);
 }
 
-/// What every operation with a version checks first: 1, 25.
+/// The first check of every operation with a version: 1, 25.
 eErr ready(const DeviceChannel& channel, bool (*supported)())
 {
     if (const eErr err = channel.opened(); err != ERR_SUCCESS)
@@ -53,7 +53,7 @@ eErr ready(const DeviceChannel& channel, bool (*supported)())
     return supported() ? ERR_SUCCESS : ERR_NEWER_SS_VERSION_REQUIRED;
 }
 
-/// A setting whose few values the library knows.
+/// A setting with a known set of values.
 template <class Setting>
 struct Choice {
     Read<Word> read;
@@ -177,7 +177,7 @@ eErr Config_Imp::getStartupVoltageConfig(double* volts)
     Word raw = 0;
     if (const eErr err = channel_.read({codes::confStartupVoltage}, &raw); err != ERR_SUCCESS)
         return err;
-    // A set of 9.0 is stored as a little less; the lowest setting must read back as it was set.
+    // 9.0 is stored as slightly less; the lowest setting must read back as it was set.
     const double measured = raw * 33.0 * 12.0 / 40960.0;
     *volts = measured < kMinVolts ? kMinVolts : measured;
     return ERR_SUCCESS;
@@ -232,7 +232,7 @@ eErr Config_Imp::setFrontBtnTrigTime(unsigned short time)
     TimeBlock block{};
     if (const eErr err = channel_.read({codes::confFrontBtnTrigTime}, &block); err != ERR_SUCCESS)
         return err;
-    block.time = time; // the first word goes back as it was
+    block.time = time; // the first word is written back unchanged
     return channel_.write({codes::setConfFrontBtnTrigTime}, block);
 }
 

@@ -40,7 +40,7 @@ public:
     eErr Release() override;
 
 protected:
-    Config_Imp() = default; // made by getInstance alone
+    Config_Imp() = default; // created only by getInstance
     friend class SharedInstance<Config_Imp>;
 
 private:

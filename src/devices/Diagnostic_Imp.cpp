@@ -16,7 +16,7 @@ struct MinMaxTemp {
 static_assert(sizeof(MinMaxTemp) == 4);
 static_assert(sizeof(TimerType) == 28);
 
-/// What the board library says of a sensor's value when it can be used.
+/// The board library's status of a usable sensor value.
 constexpr bool isValid(unsigned long sensorStatus)
 {
     return sensorStatus == 1 || sensorStatus == 2;
@@ -44,7 +44,7 @@ eErr Diagnostic_Imp::getPCBTemp(short* temperature)
 
 eErr Diagnostic_Imp::getPMTemp(unsigned char index, short* temperature, JidaSensorType* type)
 {
-    unsigned long board = 0; // of this call: another thread's would be closed under it
+    unsigned long board = 0; // of this call: another thread could close a shared one
     if (!LinuxWrapper::JidaInit(&board))
         return ERR_JIDA_TEMP;
     board_ = board;
@@ -84,7 +84,7 @@ eErr Diagnostic_Imp::getMinMaxTemp(short* first, short* second)
     MinMaxTemp answer{};
     if (const eErr err = read<MinMaxTemp>({codes::diagMinMaxTemp}, &answer); err != ERR_SUCCESS)
         return err;
-    *first = answer.second; // crosswise: callers rely on it
+    *first = answer.second; // swapped: callers rely on it
     *second = answer.first;
     return ERR_SUCCESS;
 }

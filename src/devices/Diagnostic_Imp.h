@@ -26,11 +26,11 @@ public:
     eErr Release() override;
 
 protected:
-    Diagnostic_Imp() = default; // made by getInstance alone
+    Diagnostic_Imp() = default; // created only by getInstance
     friend class SharedInstance<Diagnostic_Imp>;
 
 private:
-    /// Opens if need be, then one request.
+    /// Opens the device if necessary, then sends one request.
     template <class Payload>
     [[nodiscard]] eErr read(Read<Payload> request, Payload* answer);
 

@@ -31,7 +31,7 @@ constexpr double kUnitsPerSecond = 100.0; // times are in units of 10 ms
 constexpr unsigned char kComponentLimit = 16;
 constexpr int kColors = 6;
 
-/// The row of the table as it is now: programs change it.
+/// The current row of the table: programs change it.
 const unsigned char* rowOf(int color)
 {
     return stdColor + std::ptrdiff_t{3} * color;
@@ -76,7 +76,7 @@ eErr FrontLED_Imp::getSignal(double* frequency, unsigned char* dutyCycle)
     if (const eErr err = getOffTime(&off); err != ERR_SUCCESS)
         return err;
     const int sum = on + off;
-    if (sum == 0) { // an LED without times blinks infinitely fast and is never on
+    if (sum == 0) { // both times 0: infinite frequency, never on
         *frequency = std::numeric_limits<double>::infinity();
         *dutyCycle = 0;
         return ERR_SUCCESS;
@@ -127,7 +127,7 @@ eErr FrontLED_Imp::getColor(HXAuxColor* color)
     int found = 0;
     while (found < kColors && (rowOf(found)[0] != red || rowOf(found)[1] != green || rowOf(found)[2] != blue))
         ++found;
-    *color = static_cast<HXAuxColor>(found); // 6 when no row fits
+    *color = static_cast<HXAuxColor>(found); // 6 when no row matches
     return ERR_SUCCESS;
 }
 
@@ -146,8 +146,8 @@ eErr FrontLED_Imp::setSignal(double frequency, unsigned char dutyCycle)
         return ERR_INVALID_PARAMETER;
     if (dutyCycle > kMaxDutyCycle)
         return ERR_INVALID_PARAMETER;
-    // Long periods lose their high bits, first in the on time and then in what is left for the off time. Callers rely
-    // on these very bytes.
+    // Long periods lose their high bits, first in the on time and then in the rest for the off time. Callers rely on
+    // exactly these bytes.
     const double period = kUnitsPerSecond / frequency;
     const std::uint8_t on = x86TruncateToByte(period * (dutyCycle / 100.0));
     const std::uint8_t off = x86TruncateToByte(period - on);

@@ -7,7 +7,7 @@
 
 namespace Halvix {
 
-/// The pattern as the front panel takes it. Times are in units of 10 ms.
+/// The pattern in the form of the front panel. Times are in units of 10 ms.
 struct _TimingType {
     unsigned char onTime;
     unsigned char offTime;
@@ -39,13 +39,13 @@ public:
     eErr setEnabledDuringStartup(HXStatus status) override;
     eErr Release() override;
 
-    /// 1, 7, 6. The driver writes into `*t`: after a failure it holds whatever arrived.
+    /// 1, 7, 6. The driver writes into `*t`: after a failure it contains whatever arrived.
     eErr getTiming(_TimingType* t);
     /// 1, 7.
     eErr setTiming(_TimingType t);
 
 protected:
-    FrontLED_Imp() = default; // made by getInstance alone
+    FrontLED_Imp() = default; // created only by getInstance
     friend class SharedInstance<FrontLED_Imp>;
 
 private:

@@ -36,7 +36,8 @@ try {
     if (!storeOf(store).GetProperty(key, text, sizeof text))
         return ERR_JIDA_EEPROM;
     const std::size_t length = std::strlen(text);
-    if (static_cast<int>(length) > size) // a value as long as size passes: callers give a buffer of size + 1
+    if (static_cast<int>(length) >
+        size) // a value of exactly size characters is accepted: callers pass a buffer of size + 1
         return ERR_BUFFER_SIZE;
     std::memcpy(value, text, length + 1);
     return ERR_SUCCESS;
@@ -53,7 +54,7 @@ try {
 
 eErr HXAuxPrivate_Imp::getFromSmart(char reg, unsigned short* value)
 {
-    if (reg > kLastSmartRegister) // signed: negative numbers pass, callers rely on it
+    if (reg > kLastSmartRegister) // signed: negative numbers are accepted, callers rely on it
         return ERR_INVALID_DATA;
     const SmartRegister sent = smartRegister(reg, 0);
     SmartRegister answer = sent;
@@ -101,7 +102,7 @@ eErr HXAuxPrivate_Imp::getFileSetting(char const* key, char* value, int size)
 
 eErr HXAuxPrivate_Imp::resumeVideo()
 {
-    // The flag is not looked at. The request answers failure whatever the driver does: its outcome cannot be told.
+    // The flag is ignored. The request always reports failure: its outcome cannot be determined.
     return LinuxWrapper::IoCtrl(channel_.handle(), codes::resumeVideo, nullptr, 0, nullptr, 0, nullptr)
                ? ERR_SUCCESS
                : ERR_IOCTRL_FAILED;

@@ -28,7 +28,7 @@ public:
 private:
     [[nodiscard]] EepromConfig& storeOf(unsigned char store) { return store == 0 ? mainStore_ : addOnStore_; }
 
-    // Made in this order, destroyed in the reverse one.
+    // Constructed in this order, destroyed in reverse.
     BacklightController controller_;
     DeviceChannel channel_{"/dev/diag-id"};
     EepromConfig mainStore_{EepromTypeMain};

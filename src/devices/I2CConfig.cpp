@@ -24,25 +24,25 @@ constexpr unsigned char kFixedDirections = 0x1F;
 constexpr unsigned char kConfigured = 0x1C;
 constexpr unsigned char kStartDirections = 0xFC;
 
-constexpr unsigned char kGprsKey = 0x01; // held high like a finger on the module's power key
+constexpr unsigned char kGprsKey = 0x01; // high: the module's power key is pressed
 constexpr unsigned char kWlanPower = 0x02;
-constexpr unsigned char kGprsStatus = 0x04; // the module's own answer, boards of version 1 to 9
+constexpr unsigned char kGprsStatus = 0x04; // the module's own status line, boards of version 1 to 9
 constexpr unsigned char kAntennaShort = 0x08;
-constexpr unsigned char kGprsOffOnOldBoard = 0x20; // remembered as a direction: input is off
+constexpr unsigned char kGprsOffOnOldBoard = 0x20; // stored as a direction: input is off
 constexpr unsigned char kWlanAuxiliary = 0x80;
 
-// How long the module wants its key to be held.
+// How long the module requires its key to be pressed.
 constexpr unsigned long kKeyOnMs = 1100;
 constexpr unsigned long kKeyOffMs = 2100;
 
-/// Boards of version 1 to 9 have the module's status line. Asked afresh each time. 0, or 32.
+/// Boards of version 1 to 9 have the module's status line. Read again each time. 0, or 32.
 eErr findBoardVariant(bool* oldBoard)
 {
     About* about = GetAbout();
     if (about == nullptr)
         return ERR_MEM_ALLOC_FAIL;
     constexpr int kLongest = 128;
-    std::array<char, kLongest + 1> version{}; // a text of the full length has its terminator behind it
+    std::array<char, kLongest + 1> version{}; // a text of the full length is followed by its terminator
     const eErr err = about->getAddOnHWversion(version.data(), kLongest);
     about->Release();
     *oldBoard = err != ERR_SUCCESS || version[0] < '1' || version[0] > '9';
@@ -57,7 +57,7 @@ void printValue(unsigned value)
 
 void print(const char* text)
 {
-    std::fputs(text, stdout); // no line break: the messages are as service scripts know them
+    std::fputs(text, stdout); // no line break: service scripts rely on these messages
 }
 
 } // namespace
@@ -115,7 +115,8 @@ bool I2CConfig::Init()
     unsigned char directions = 0;
     if (!LinuxWrapper::JidaInit(&board_) || !read(kIodir, &directions))
         return false;
-    const bool configured = (directions & kFixedDirections) == kConfigured; // then modules may be on: change nothing
+    const bool configured =
+        (directions & kFixedDirections) == kConfigured; // then modules may be on: keep the directions
     if (!configured && (!write(kIodir, kStartDirections) || !write(kGpio, 0)))
         return false;
     initialised_ = true;
@@ -164,7 +165,7 @@ eErr I2CConfig::setGPRSPowerStatus(bool on)
     LinuxWrapper::SleepFully(on ? kKeyOnMs : kKeyOffMs);
     const int directions = on ? state.directions & ~kGprsOffOnOldBoard : state.directions | kGprsOffOnOldBoard;
     if (state.oldBoard && !write(kIodir, static_cast<unsigned char>(directions)))
-        return ERR_I2C_EXPANDER_WRITE_FAILED; // the key stays held
+        return ERR_I2C_EXPANDER_WRITE_FAILED; // the key stays pressed
     return setI2CExpanderGPIO(kGprsKey, 0) ? ERR_SUCCESS : ERR_I2C_EXPANDER_WRITE_FAILED;
 }
 

@@ -8,10 +8,10 @@ namespace Halvix {
 /// The GPIO expander on the add-on board, whose pins switch the telematics modules.
 ///
 /// Pins are changed by reading the register, changing bits and writing it back, without a lock: one user at a time. The
-/// pins keep their state when the object is gone.
+/// pins keep their state after the object is destroyed.
 class I2CConfig {
 public:
-    /// Opens the board library and sets the expander's directions, unless they are set already.
+    /// Opens the board library and sets the expander's directions, unless they are already set.
     [[nodiscard]] bool Init();
 
     // One pin or several: 1 sets the bits of the mask, any other value clears them.
@@ -21,16 +21,16 @@ public:
     [[nodiscard]] bool getI2CExpanderIODIR(unsigned char mask, bool* set) const;
     [[nodiscard]] bool getI2CExpanderGPIO(unsigned char mask, bool* set) const;
 
-    // The modules: 24 when `Init` is needed and fails, 32 for a lack of memory, 22 for a failed read, 23 for a failed
+    // The modules: 24 when `Init` is needed and fails, 32 when out of memory, 22 for a failed read, 23 for a failed
     // write.
     [[nodiscard]] eErr getGPRSPowerStatus(bool* on);
-    /// Lasts 1.1 s to switch on, 2.1 s to switch off, nothing when the module is in that state.
+    /// Takes 1.1 s to switch on, 2.1 s to switch off; returns at once if the module is already in that state.
     [[nodiscard]] eErr setGPRSPowerStatus(bool on);
     [[nodiscard]] eErr getWLANPowerStatus(bool* on);
     [[nodiscard]] eErr setWLANPowerStatus(bool on);
     [[nodiscard]] eErr getXANTSHORTPowerStatus(bool* high);
 
-    // For service: print registers on standard output, or write one whole. They expect that `Init` has run.
+    // For service: print registers on standard output, or write a whole one. `Init` must have run.
     bool readGPIO() const;
     bool readOLAT() const;
     bool readIODIR() const;

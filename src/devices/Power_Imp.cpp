@@ -29,7 +29,7 @@ eErr Power_Imp::setStatus(Write<std::uint8_t> request, HXStatus status)
 {
     if (const eErr err = channel_.ensureOpen(); err != ERR_SUCCESS)
         return err;
-    return channel_.write(request, std::uint8_t{status == HXStatusEnabled}); // anything but 1 switches off
+    return channel_.write(request, std::uint8_t{status == HXStatusEnabled}); // anything except 1 switches off
 }
 
 eErr Power_Imp::getBLPowerStatus(HXStatus* status)
@@ -97,7 +97,7 @@ eErr Power_Imp::ackPowerRequest()
 {
     if (const eErr err = channel_.ensureOpen(); err != ERR_SUCCESS)
         return err;
-    // Unlike the other operations it does not look at the count; callers rely on its success.
+    // Unlike the other operations it does not check the count; callers rely on its success.
     return channel_.writeUncounted({codes::ackPowerRequest}, kAcknowledged);
 }
 

@@ -19,7 +19,7 @@ HXStatus toStatus(bool on)
     return on ? HXStatusEnabled : HXStatusDisabled;
 }
 
-/// A missing file or key, or a text that is no number, is "not wished".
+/// A missing file or key, or a text that is not a number, means "not set".
 eErr readWish(const char* key, HXStatus* status)
 try {
     IniSettings settings;
@@ -44,14 +44,14 @@ try {
 
 } // namespace
 
-eErr Telematics_Imp::check(Availability& cached, eErr (About::*ask)(bool*), eErr missing)
+eErr Telematics_Imp::check(Availability& cached, eErr (About::*getter)(bool*), eErr missing)
 {
     if (!cached.computed) {
         About* const about = GetAbout();
         if (about == nullptr)
             return ERR_MEM_ALLOC_FAIL;
         bool fitted = false;
-        cached.value = (about->*ask)(&fitted) == ERR_SUCCESS && fitted;
+        cached.value = (about->*getter)(&fitted) == ERR_SUCCESS && fitted;
         about->Release();
         cached.computed = true;
     }

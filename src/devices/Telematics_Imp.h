@@ -33,8 +33,8 @@ public:
     [[nodiscard]] static bool isBTAvailable();
 
 protected:
-    /// What the production data said about one module when it was asked first; kept for the process's life, also when
-    /// it could not be read then. A question that ran out of memory is asked again.
+    /// The production data of one module at the first query; kept for the lifetime of the process, also when it could
+    /// not be read then. A query that ran out of memory is repeated.
     struct Availability {
         std::atomic<bool> computed;
         std::atomic<bool> value;
@@ -42,8 +42,8 @@ protected:
     static inline Availability gprs_{}, wlan_{}, gps_{}, bt_{};
 
 private:
-    /// 0 when the module is fitted, `missing` when it is not, 32 when memory ran out.
-    [[nodiscard]] static eErr check(Availability& cached, eErr (About::*ask)(bool*), eErr missing);
+    /// 0 when the module is fitted, `missing` when it is not, 32 when out of memory.
+    [[nodiscard]] static eErr check(Availability& cached, eErr (About::*getter)(bool*), eErr missing);
     [[nodiscard]] static eErr checkGPRS();
     [[nodiscard]] static eErr checkWLAN();
     [[nodiscard]] static eErr checkGPS();

@@ -37,7 +37,7 @@ const Mode* find(CalibrationModeSettings mode)
 // Parameters 2 and 3 are crossed; applications rely on the numbering.
 constexpr std::array<std::uint8_t, 6> kParameterRegisters{13, 14, 16, 15, 17, 18};
 
-/// Null for a parameter that does not exist; a negative one is none.
+/// Null for a parameter that does not exist, also for a negative one.
 const std::uint8_t* findRegister(CalibrationConfigParam parameter)
 {
     const auto index = static_cast<std::uint32_t>(parameter);
@@ -67,7 +67,7 @@ eErr TouchScreenCalib_Imp::GetMode(CalibrationModeSettings* mode)
 eErr TouchScreenCalib_Imp::SetCalibrationPoint(unsigned char point)
 {
     CalibrationModeSettings mode = CalibrationModeNone;
-    if (const eErr err = GetMode(&mode); err != ERR_SUCCESS) // through the slot: a derived class may know better
+    if (const eErr err = GetMode(&mode); err != ERR_SUCCESS) // through the slot: a derived class may override it
         return err;
     const Mode* running = find(mode);
     if (running == nullptr)

@@ -42,7 +42,7 @@ constexpr std::array<AdvancedSetting, 12> kAdvancedSettings{{
     {19, 65535, 0},
 }};
 
-/// Null for a parameter that does not exist; a negative one is none.
+/// Null for a parameter that does not exist, also for a negative one.
 const AdvancedSetting* find(TSAdvancedSettingsParameter parameter)
 {
     const auto index = static_cast<std::uint32_t>(parameter);

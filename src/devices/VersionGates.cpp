@@ -13,7 +13,7 @@ struct Version {
     unsigned char major, minor, release, build;
 };
 
-/// Parts of 100 and more spill into the next one; the released firmware is numbered with that in mind.
+/// Parts of 100 and more carry into the next one; released firmware is numbered accordingly.
 std::uint32_t weightOf(const Version& version)
 {
     return version.major * 1000000U + version.minor * 10000U + version.release * 100U + version.build;

@@ -15,7 +15,7 @@ constexpr Read<video_scaling> kReadScaling{codes::videoScaling};
 
 constexpr std::uint8_t kNotEnlarged = 128;
 constexpr std::uint8_t kNotReduced = 64;
-constexpr std::uint8_t kSmallestPicture = 255; // stands for 64 / 0.25, which does not fit a byte
+constexpr std::uint8_t kSmallestPicture = 255; // represents 64 / 0.25, which does not fit a byte
 
 constexpr float kSmallest = 0.25F;
 constexpr float kLargest = 4.0F;
@@ -32,8 +32,8 @@ bool isOneField(DeInterlaceMode mode)
     return mode == DeInterlaceFirstField || mode == DeInterlaceSecondField;
 }
 
-/// What the FPGA is to be told for a wanted pair of factors. A new FPGA refuses what is too large, an old one gets the
-/// largest it can do. NaN passes every comparison.
+/// The values to send to the FPGA for the requested factors. Factors that are too large are refused with a new FPGA and
+/// limited with an old one. NaN passes every comparison.
 bool toFpga(float& x, float& y, DeInterlaceMode mode)
 {
     if (fpgaScalesFields()) {
@@ -108,7 +108,7 @@ eErr Video_Imp::getScaling(float* x, float* y)
     if (const eErr err = getScalingInternal(&scaling); err != ERR_SUCCESS)
         return err;
     float vertical = getFloatFromScale(scaling.reduceY, scaling.enlargeY);
-    const bool oldFpga = !fpgaScalesFields(); // asked always, also when the mode alone decides
+    const bool oldFpga = !fpgaScalesFields(); // always queried, even if the mode alone decides
     if (oldFpga || isOneField(mode))
         vertical /= 2.0F;
     *x = getFloatFromScale(scaling.reduceX, scaling.enlargeX);

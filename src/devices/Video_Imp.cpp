@@ -19,7 +19,7 @@ struct RawImage {
 };
 static_assert(sizeof(RawImage) == 6);
 
-// No operation but one looks at the length of the answer.
+// Only one operation checks the length of the answer.
 constexpr Write<TwoBytes> kInit{codes::initVideo};
 constexpr Request<std::uint8_t, std::uint8_t> kWriteControl{codes::setVideoControl};
 constexpr Read<std::uint8_t> kReadControl{codes::videoStatus};
@@ -35,7 +35,7 @@ constexpr Request<TwoBytes, TwoBytes> kReadDecoder{codes::videoDecoderRegister};
 constexpr Write<video_cropping> kWriteCropping{codes::setVideoCropping};
 constexpr Read<video_cropping> kReadCropping{codes::videoCropping};
 
-// The control byte. Bits 4 to 7 are the driver's.
+// The control byte. Bits 4 to 7 belong to the driver.
 constexpr unsigned kShown = 0x01;
 constexpr unsigned kModeMask = 0x06;
 constexpr unsigned kModeShift = 1;
@@ -55,13 +55,13 @@ bool isMode(unsigned mode)
 
 eErr Video_Imp::init(unsigned char device)
 {
-    channel_.forget(); // also when the number is refused below: the object is closed from here on
+    channel_.forget(); // also when the number is refused below: the object is closed from now on
     if (device != 1 && device != 2)
         return ERR_INVALID_PARAMETER; // callers rely on this code for a bad number
     if (const eErr err = channel_.bind(device == 1 ? "/dev/analog-video1" : "/dev/analog-video2"); err != ERR_SUCCESS)
         return err;
     const eErr err = channel_.writeUncounted(kInit, {0, 0});
-    (void)setDeInterlaceMode(DeInterlaceBothFields); // what they answer is not part of init's answer
+    (void)setDeInterlaceMode(DeInterlaceBothFields); // their result does not affect the result of init
     (void)setMirroring(HXStatusDisabled);
     return err;
 }
@@ -151,7 +151,7 @@ eErr Video_Imp::getActiveChannel(VideoChannel* channel)
     std::uint32_t number = 0;
     eErr err = channel_.read(kReadChannel, &number);
     if (err == ERR_IOCTRL_FAILED)
-        err = ERR_BUFFER_SIZE; // the length is looked at first, and a refused request has answered nothing
+        err = ERR_BUFFER_SIZE; // the length is checked first, and a refused request has no answer
     if (err == ERR_SUCCESS)
         *channel = static_cast<VideoChannel>(number);
     return err;
@@ -282,7 +282,7 @@ eErr Video_Imp::getCroppingInternal(video_cropping* cropping) const
 
 eErr Video_Imp::setCropping(unsigned char first, unsigned char second, unsigned char third, unsigned char fourth)
 {
-    if (second > kLargestCrop || fourth > kLargestCrop) // half of the other two is never more
+    if (second > kLargestCrop || fourth > kLargestCrop) // half of the other two never exceeds it
         return ERR_INVALID_DATA;
     return setCroppingInternal(
         {static_cast<std::uint8_t>(first >> 1), second, static_cast<std::uint8_t>(third >> 1), fourth});

@@ -93,7 +93,7 @@ private:
     /// Changes the bits of `mask` in the control byte and keeps the others. 7 from the read or from the write.
     [[nodiscard]] eErr changeControl(unsigned mask, unsigned bits);
     [[nodiscard]] eErr writeControl(unsigned control) const;
-    /// The fields shown, as far as scaling cares: both when they cannot be read.
+    /// The fields shown, for scaling: both when they cannot be read.
     [[nodiscard]] DeInterlaceMode fieldsForScaling();
 
     BindableChannel channel_;

@@ -11,10 +11,10 @@
 #include <cstring>
 #include <iterator>
 
-/// What each control code does: one row per code. `IoCtrl.cpp` carries the rows out.
+/// What each control code does: one row per code. `IoCtrl.cpp` executes the rows.
 namespace Halvix {
 
-/// One `IoCtrl` call, as its caller made it.
+/// One `IoCtrl` call with the arguments of its caller.
 struct Call {
     int handle;
     unsigned long code;
@@ -27,10 +27,10 @@ struct Call {
 
 enum class Action : std::uint8_t { PassIn, PassOut, ByteRead, ByteWrite, CopyOut, Registers, Named };
 
-/// What the caller is told as the number of bytes.
+/// The number of bytes reported to the caller.
 enum class Count : std::uint8_t { InLength, OutLength, Unset };
 
-/// One register read into the answer, or one register written from what was sent.
+/// One register read into the answer, or one register written from the data sent.
 struct Step {
     enum class Kind : std::uint8_t { None, Get16, Get8, Zero16, Put16, Put8, PutSigned8, PutOne };
     Kind kind = Kind::None;
@@ -90,7 +90,8 @@ constexpr Row named(std::uint32_t code, NamedAction function)
     return {code, Action::Named, Count::Unset, {}, 0, function};
 }
 
-/// The actions that are no list of steps, in `NamedActions.cpp`. Each checks the blocks it needs and stores the count.
+/// The actions that are not a list of steps, in `NamedActions.cpp`. Each checks the blocks it needs and stores the
+/// count.
 namespace actions {
 [[nodiscard]] bool readVoltage(const Call& call);
 [[nodiscard]] bool readTimers(const Call& call);
@@ -217,7 +218,7 @@ inline constexpr Row kControlCodes[] = {
 
 static_assert(std::ranges::is_sorted(kControlCodes, std::ranges::less_equal{}, &Row::code) &&
                   std::ranges::adjacent_find(kControlCodes, {}, &Row::code) == std::end(kControlCodes),
-              "the codes stand in ascending order, each once");
+              "the codes are in ascending order, each once");
 
 // The callers' blocks are plain bytes without alignment.
 template <class Number>
@@ -234,7 +235,7 @@ void store(char* block, unsigned offset, Number number)
     std::memcpy(block + offset, &number, sizeof number);
 }
 
-/// The driver's own request. `errno` is nobody's business here.
+/// The driver's own request. `errno` is not reported here.
 [[nodiscard]] inline bool request(const Call& call, void* block)
 {
     return ::ioctl(call.handle, call.code, block) >= 0;

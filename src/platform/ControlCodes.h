@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-/// The numbers of the drivers' requests. The top digit tells the direction: 4 write, 8 read, C both. Each number stands
-/// here and nowhere else; what a request does is its row in `IoCtrl.cpp`.
+/// The numbers of the drivers' requests. The top digit is the direction: 4 write, 8 read, C both. Each number appears
+/// only here; what a request does is its row in `IoCtrl.cpp`.
 namespace Halvix::codes {
 
 inline constexpr std::uint32_t setBacklightLevel = 0x40010003;

@@ -8,9 +8,9 @@
 
 namespace Halvix {
 
-/// The process's file-creation mask for a scope, one scope at a time: of two that overlapped, the later one would
-/// restore the mask of the earlier one for good. Files that the application itself makes in another thread during the
-/// scope get this mask too.
+/// The process's file-creation mask for a scope, one scope at a time: if two overlapped, the later one would
+/// permanently restore the mask of the earlier one. Files that the application itself creates in another thread during
+/// the scope get this mask too.
 class CreationMask {
 public:
     explicit CreationMask(unsigned int mask)
@@ -25,7 +25,7 @@ public:
     CreationMask(const CreationMask&) = delete;
     CreationMask& operator=(const CreationMask&) = delete;
 
-    /// Leaves the mask as it is when the scope ends.
+    /// Keeps the mask when the scope ends.
     void keep() { restores_ = false; }
 
 private:

@@ -17,8 +17,8 @@ constexpr char kFifo[] = "/tmp/hxauxd.fifo";
 constexpr int kAttempts = 6; // at a full FIFO
 constexpr unsigned long kPauseMs = 200;
 
-/// Writes the command. Only a full FIFO counts as an attempt: any other error is tried again at once and without end,
-/// as the daemon's operators know it.
+/// Writes the command. Only a full FIFO counts as an attempt: any other error is retried at once and without limit;
+/// operators of the daemon rely on it.
 eErr send(int fifo, std::int32_t command)
 {
     int full = 0;
@@ -39,7 +39,7 @@ int LinuxWrapper::open_write_fifo(const char* path, unsigned int mode)
     {
         CreationMask forEverybody{0};
         if (::mkfifo(path, mode) != 0 && errno != EEXIST) {
-            forEverybody.keep(); // the mask stays 0; callers know it so
+            forEverybody.keep(); // the mask stays 0; callers rely on it
             return -1;
         }
     }

@@ -14,7 +14,7 @@ namespace Halvix {
 
 bool LinuxWrapper::open(int& handle, const char* path, bool readWrite)
 {
-    // Applications' file names end here unchecked; the C library must not see a null one.
+    // File names of applications arrive unchecked; the C library must not get a null one.
     handle = path == nullptr ? -1 : ::open(path, (readWrite ? O_RDWR : O_RDONLY) | O_NONBLOCK);
     return handle >= 0;
 }

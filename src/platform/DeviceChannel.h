@@ -8,8 +8,8 @@
 
 namespace Halvix {
 
-/// A control code together with what the caller sends and what the driver answers, so that a payload of the wrong
-/// size does not compile. `None` stands for no payload.
+/// A control code together with what the caller sends and what the driver answers, so that a payload of the wrong size
+/// does not compile. `None` means no payload.
 struct None {};
 
 template <class Sent, class Answered>
@@ -23,10 +23,10 @@ using Read = Request<None, Payload>;
 template <class Payload>
 using Write = Request<Payload, None>;
 
-/// What an operation holds of one character device: its handle and whether it could be opened.
+/// One character device: its handle and whether it could be opened.
 ///
-/// It contains the common path of a request once: device open (1), driver call (7), length of the answer (6).
-/// Checks that differ between operations stand in the operation. Opens in the constructor, closes in the destructor.
+/// It contains the common path of a request once: device open (1), driver call (7), length of the answer (6). Checks
+/// that differ between operations belong to the operation. Opens in the constructor, closes in the destructor.
 class DeviceChannel {
 public:
     explicit DeviceChannel(const char* path) { open(path); }
@@ -39,8 +39,8 @@ public:
     /// ERR_SUCCESS, or ERR_OPEN_FAILED: for operations that check the device before the value.
     [[nodiscard]] eErr opened() const { return initialised_ ? ERR_SUCCESS : ERR_OPEN_FAILED; }
 
-    /// 1, 7, 6. `answer` is written only on success and its pointer is not checked. `preset` is what the block holds
-    /// before the driver fills it.
+    /// 1, 7, 6. `answer` is written only on success and its pointer is not checked. `preset` is the content of the
+    /// block before the driver fills it.
     template <class Payload>
     [[nodiscard]] eErr read(Read<Payload> request, Payload* answer, Payload preset = {}) const
     {
@@ -51,15 +51,15 @@ public:
         return err;
     }
 
-    /// 1, 7, 6. The driver writes into `answer` itself: after a failure it holds whatever arrived.
+    /// 1, 7, 6. The driver writes into `answer` itself: after a failure it contains whatever arrived.
     template <class Payload>
     [[nodiscard]] eErr readThrough(Read<Payload> request, Payload* answer) const
     {
         return transfer(request.code, nullptr, 0, answer, sizeof *answer, CountCheck::Yes);
     }
 
-    /// 1, 7, 6, for requests that send a block and answer another. `answer` goes to the driver's layer as it stands and
-    /// is changed only on success.
+    /// 1, 7, 6, for requests that send a block and answer another. `answer` is passed to the driver unchanged and is
+    /// written only on success.
     template <class Sent, class Answered>
     [[nodiscard]] eErr query(Request<Sent, Answered> request, const Sent& sent, Answered* answer) const
     {
@@ -79,7 +79,7 @@ public:
         return transfer(request.code, &block, sizeof block, nullptr, 0, CountCheck::Yes);
     }
 
-    /// 1, 7: for the requests whose answer's length nobody looks at.
+    /// 1, 7: for the requests whose answer's length is not checked.
     template <class Payload>
     [[nodiscard]] eErr writeUncounted(Write<Payload> request, const Payload& value) const
     {
@@ -93,7 +93,7 @@ public:
         return transfer(request.code, nullptr, 0, nullptr, 0, CountCheck::No);
     }
 
-    /// 1, 7: for the reads whose answer's length nobody looks at.
+    /// 1, 7: for the reads whose answer's length is not checked.
     template <class Payload>
     [[nodiscard]] eErr readUncounted(Read<Payload> request, Payload* answer) const
     {
@@ -104,7 +104,7 @@ public:
         return err;
     }
 
-    /// 1, 7: one block is both what is sent and where the answer arrives. `block` changes only on success.
+    /// 1, 7: one block is both the data sent and the buffer for the answer. `block` changes only on success.
     template <class Payload>
     [[nodiscard]] eErr exchange(Request<Payload, Payload> request, Payload* block) const
     {
@@ -142,13 +142,13 @@ private:
     bool initialised_ = false;
 };
 
-/// A channel whose device is opened by the first operation, and tried again by each one until it succeeds. Operations
-/// may come from several threads at once.
+/// A channel whose device is opened by the first operation; each operation retries until it succeeds. Operations may
+/// come from several threads at once.
 class RetryingChannel : public DeviceChannel {
 public:
     explicit RetryingChannel(const char* path) : path_{path} {}
 
-    /// Call at the head of every operation: ERR_SUCCESS, or ERR_OPEN_FAILED.
+    /// Call first in every operation: ERR_SUCCESS, or ERR_OPEN_FAILED.
     [[nodiscard]] eErr ensureOpen()
     {
         const std::lock_guard oneOpens{opening_};
@@ -164,8 +164,8 @@ private:
 
 /// A channel that is bound to a device later, and may be bound again.
 ///
-/// Callers rely on both: binding again leaves the earlier handle open, and a channel that was forgotten is closed for
-/// its requests though its handle is not.
+/// Callers rely on both: binding again leaves the earlier handle open, and a forgotten channel refuses requests
+/// although its handle stays open.
 class BindableChannel : public DeviceChannel {
 public:
     BindableChannel() = default;

@@ -7,7 +7,7 @@ namespace Halvix {
 
 namespace {
 
-/// Where the row of each code stands, by the code's low byte: no two codes have the same.
+/// Index of the row of each code, by the code's low byte: no two codes have the same.
 constexpr std::array<std::uint8_t, 256> indexByLowByte()
 {
     std::array<std::uint8_t, 256> index{};
@@ -80,7 +80,7 @@ std::uint16_t valueToWrite(const Call& call, const Step& step)
         return load<std::uint16_t>(call.in, step.offset);
     case Step::Kind::Put8:
         return load<std::uint8_t>(call.in, step.offset);
-    case Step::Kind::PutSigned8: // 0xFF arrives as 0xFFFF; the supervisor is used to it
+    case Step::Kind::PutSigned8: // 0xFF arrives as 0xFFFF; the supervisor relies on it
         return static_cast<std::uint16_t>(load<std::int8_t>(call.in, step.offset));
     default:
         return 1;
@@ -103,8 +103,8 @@ void storeAnswer(const Call& call, const Step& step, std::uint16_t value)
         store(call.out, step.offset, value);
 }
 
-/// A step that fails ends the request at once; what was written to registers before stays written, but the caller's
-/// block is filled only when every register could be read.
+/// The first failed step ends the request. Registers written before it stay written, but the caller's block is filled
+/// only if every register could be read.
 bool registerSteps(const Call& call, const Row& row)
 {
     std::uint16_t values[kMostSteps];

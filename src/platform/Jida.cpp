@@ -16,7 +16,7 @@ constexpr unsigned int kReadChunk = 128;
 constexpr unsigned int kPage = 32; // of the EEPROM: a longer write would wrap to the page's start
 constexpr unsigned long kPageWriteMs = 10;
 
-/// What the board library tells of a sensor; the first field holds the record's size on entry.
+/// What the board library reports about a sensor; the first field holds the record's size on entry.
 struct TemperatureInfo {
     std::uint32_t size;
     std::uint32_t type;
@@ -56,12 +56,12 @@ bool LinuxWrapper::JidaInit(unsigned long* board)
     if (JidaDllInitialize() == 0) {
         if (JidaDllInstall(1) == 0)
             return false;
-        (void)JidaDllInitialize(); // whether it helped shows when the boards are counted
+        (void)JidaDllInitialize(); // whether it succeeded shows when the boards are counted
     }
     const unsigned int boards = JidaBoardCountA(nullptr, 0);
     if (openBoard("CPU", 0, board))
         (void)JidaBoardClose(*board);
-    // The last board's handle is what callers get; the others stay open, and with no board it is the one just closed.
+    // Callers get the last board's handle. The others stay open; without a board it is the one just closed.
     for (unsigned int i = 0; i < boards; ++i)
         if (!openBoard(nullptr, i, board))
             return false;
@@ -90,16 +90,16 @@ bool LinuxWrapper::I2CWrite(unsigned long board, unsigned char address, char reg
     const auto writeAddress = static_cast<unsigned char>(address & 0xFE);
     if (JidaI2CWriteRegister(board, kBus, writeAddress, static_cast<unsigned short>(reg), value) != 0)
         return true;
-    std::fputs("WindowsWrapper: I2CWrite error...", stdout); // the word is kept: log filters look for it
+    std::fputs("WindowsWrapper: I2CWrite error...", stdout); // the wrong name stays: log filters match it
     return false;
 }
 
 bool LinuxWrapper::I2CRead(unsigned long board, unsigned char address, char reg, unsigned char* value)
 {
-    // The address as the caller has it, read bit included.
+    // The address as the caller passed it, including the read bit.
     if (JidaI2CReadRegister(board, kBus, address, static_cast<unsigned short>(reg), value) != 0)
         return true;
-    std::fputs("WindowsWrapper: I2CRead error...", stdout); // the word is kept: log filters look for it
+    std::fputs("WindowsWrapper: I2CRead error...", stdout); // the wrong name stays: log filters match it
     return false;
 }
 
@@ -125,7 +125,7 @@ bool LinuxWrapper::EepromWrite(unsigned long board, EepromType which, const char
         const unsigned int chunk = std::min(kPage, length - done);
         unsigned char block[2 + kPage] = {high(done), low(done)};
         std::memcpy(block + 2, buffer + done, chunk);
-        SleepFully(kPageWriteMs); // the part does not answer while it writes the page before
+        SleepFully(kPageWriteMs); // the part does not answer while it writes the previous page
         if (JidaI2CWrite(board, kBus, address, block, chunk + 2) == 0)
             return false;
         done += chunk;

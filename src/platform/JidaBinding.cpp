@@ -5,7 +5,8 @@
 
 #include <cstdio>
 
-// Programs may read and write the pointers, and old ones hold their own copy of them: always through the symbol.
+// Programs may read and write the pointers, and old ones have their own copy of them: always access them through the
+// symbol.
 decltype(pJidaBoardClose) pJidaBoardClose = nullptr;
 decltype(pJidaTemperatureGetCurrent) pJidaTemperatureGetCurrent = nullptr;
 decltype(pJidaBoardOpenA) pJidaBoardOpenA = nullptr;
@@ -30,7 +31,7 @@ bool resolve(void* library, const char* name, Function*& pointer)
     __atomic_store_n(&pointer, reinterpret_cast<Function*>(::dlsym(library, name)), __ATOMIC_RELAXED);
     if (::dlerror() == nullptr)
         return true;
-    // The first call took the text away: what is printed is what the second one has.
+    // The first call cleared the text: the result of the second one is printed.
     const char* text = ::dlerror();
     std::printf("Failed to find symbol %s. Error = %s\r\n", name, text != nullptr ? text : "(null)");
     return false;

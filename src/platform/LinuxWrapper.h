@@ -8,11 +8,10 @@ namespace Halvix {
 /// Which of the two EEPROMs on the board's I2C bus 0. Any value but 1 means the add-on board's.
 enum EepromType HX_32BIT { EepromTypeMain = 1, EepromTypeAddOn = 2 };
 
-/// The only access to the operating system. Holds no state: any thread may call any member at any time.
+/// The only access to the operating system. Has no state: any thread may call any member at any time.
 ///
 /// The members come in groups, each in a source file of its own (`DeviceAccess.cpp`, `IoCtrl.cpp`, `Semaphores.cpp`,
-/// `Threads.cpp`, `Daemon.cpp`, `Files.cpp`, `Jida.cpp`), so that a test program may bring its own version of one
-/// group.
+/// `Threads.cpp`, `Daemon.cpp`, `Files.cpp`, `Jida.cpp`), so that a test program can replace one group.
 class LinuxWrapper {
 public:
     // Device files.
@@ -26,21 +25,21 @@ public:
     [[nodiscard]] static bool write(int handle, const char* buffer, int length);
     /// Size in bytes; 0 when it cannot be read or is above 2 GiB - 1, on both ABIs.
     [[nodiscard]] static int getFileSize(int handle);
-    /// Reads a 16-bit register of the supervisor; the number's meaning depends on the device.
+    /// Reads a 16-bit register of the supervisor; the meaning of the number depends on the device.
     [[nodiscard]] static bool ReadID(int handle, unsigned char reg, unsigned short* value);
     [[nodiscard]] static bool WriteID(int handle, unsigned char reg, unsigned short value);
     /// Reads "%d.%d.%d.%d" from the handle. False unless all four are there and below 256.
     [[nodiscard]] static bool ParseFirmwareVersion(int handle, int& major, int& minor, int& release, int& build);
 
-    /// Carries out one control code; the actions are the rows of `ControlCodes.h`.
+    /// Executes one control code; the actions are the rows of `ControlCodes.h`.
     ///
-    /// `returned` receives the number of bytes the code answers; it is not compared with anything here.
+    /// `returned` receives the number of bytes of the answer; it is not checked here.
     [[nodiscard]] static bool IoCtrl(int handle, unsigned long code, char* in, int inLength, char* out, int outLength,
                                      int* returned);
 
-    // Named semaphores, used as locks between processes. A handle is an `int`; 0 is no semaphore.
+    // Named semaphores, used as locks between processes. A handle is an `int`; 0 is not a semaphore.
 
-    /// Opens or creates (count 1) the semaphore of that name; a null name makes a private one.
+    /// Opens or creates (count 1) the semaphore of that name; a null name creates a private one.
     [[nodiscard]] static bool CreateSema(int& sema, const char* name);
     /// `name` is the final one, with its slash. Null when it cannot be opened.
     [[nodiscard]] static void* CreateSemaHelper(const char* name);
@@ -50,23 +49,23 @@ public:
 
     // Threads and time.
 
-    /// Starts a thread that nobody joins. 0, or 10 when it cannot be created.
+    /// Starts a detached thread. 0, or 10 when it cannot be created.
     ///
-    /// The thread detaches itself. It takes no signals but those of its own faults, so that handlers of the application
-    /// never run on it and never cut its waits short.
+    /// The thread blocks all signals except those of its own faults, so that handlers of the application never run on
+    /// it and never interrupt its waits.
     [[nodiscard]] static eErr startThread(void (*function)(const void*), const void* argument);
     /// True when the whole time was slept; an interrupted sleep is not resumed.
     static bool Sleep(unsigned long milliseconds);
-    /// Sleeps the whole time, whatever signals arrive: for pauses that hardware or stored data depend on.
+    /// Sleeps the whole time, regardless of signals: for pauses that hardware or stored data depend on.
     static void SleepFully(unsigned long milliseconds);
-    /// Sets the process's file-creation mask and gives the previous one.
+    /// Sets the process's file-creation mask and returns the previous one.
     static unsigned int umask(unsigned int mask);
 
     // The service daemon's FIFO.
 
-    /// Descriptor, or -1 when the FIFO cannot be made, -2 when nobody reads it.
+    /// Descriptor, or -1 when the FIFO cannot be created, -2 when it has no reader.
     [[nodiscard]] static int open_write_fifo(const char* path, unsigned int mode);
-    /// Sends one command. 0, 1 (no daemon), 9 (negative command) or 17 (the daemon does not take it).
+    /// Sends one command. 0, 1 (no daemon), 9 (negative command) or 17 (the daemon does not accept it).
     [[nodiscard]] static eErr ControlDaemon(int command);
 
     // The board library: I2C bus 0, EEPROMs and temperatures.
@@ -85,7 +84,7 @@ public:
     // Plain files.
 
     /// Whether the path leads to a FIFO, a socket or a device: reading one may wait or never end. False for what does
-    /// not exist or cannot be examined; opening it shows why.
+    /// not exist or cannot be examined; opening it reports why.
     [[nodiscard]] static bool isSpecialFile(const char* path);
 
     [[nodiscard]] static const char* GetSettingsFileName();

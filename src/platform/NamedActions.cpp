@@ -16,7 +16,7 @@ bool counted(const Call& call, int count)
     return true;
 }
 
-/// Gathers one bit of each of four registers; `bitOf` tells whether a register's value counts as set.
+/// Gathers one bit of each of four registers; `bitOf` returns whether a register's value counts as set.
 template <class BitOf>
 bool gatherBits(const Call& call, const std::uint8_t (&numbers)[4], BitOf bitOf, unsigned& bits)
 {
@@ -48,7 +48,7 @@ bool readVoltage(const Call& call)
 /// Seven operating times of the supervisor in seconds, each kept as minutes (or half-words of them) and seconds.
 bool readTimers(const Call& call)
 {
-    // In the order in which the supervisor's registers are read: minutes before seconds, but field 1 the other way
+    // In the order in which the supervisor's registers are read: minutes before seconds, but in field 1 the other way
     // round.
     static constexpr std::uint8_t kOrder[] = {8, 7, 9, 11, 10, 23, 24, 15, 16, 17, 18, 19, 20, 21, 22};
     if (call.out == nullptr)
@@ -115,7 +115,7 @@ bool readFrontRegister(const Call& call)
     std::uint16_t value = 0;
     if (!registers::read(call.handle, load<std::uint8_t>(call.in, 0), value))
         return false;
-    store(call.out, 2, value); // the register number's place in the answer stays as it is
+    store(call.out, 2, value); // the register number's bytes in the answer stay unchanged
     return counted(call, call.outLength);
 }
 
@@ -127,7 +127,7 @@ bool writeFrontRegister(const Call& call)
            counted(call, call.inLength);
 }
 
-/// The driver is called, and false is answered whatever it says: callers rely on it and cannot tell the outcome.
+/// Calls the driver and always returns false: callers rely on it and cannot determine the outcome.
 bool callWithoutAnswer(const Call& call)
 {
     (void)request(call, nullptr);

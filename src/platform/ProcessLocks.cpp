@@ -23,7 +23,7 @@ void unlockBoth()
     maskLock.unlock();
 }
 
-/// At first use, not at load. Without memory for the registration only a fork in the wrong moment is unprotected.
+/// At first use, not at load. If the registration runs out of memory, only a fork at the wrong moment is unprotected.
 void registerOnce()
 {
     ::pthread_once(&registered, [] { (void)::pthread_atfork(lockBoth, unlockBoth, unlockBoth); });

@@ -4,7 +4,7 @@
 #include <mutex>
 
 /// The locks that belong to the process as a whole. A fork waits until both are free, so that a child never inherits
-/// one from a thread that it does not have. Nobody holds one while acquiring the other.
+/// one from a thread that it does not have. No thread acquires one while it holds the other.
 namespace Halvix::processlocks {
 
 /// Guards the file-creation mask while it differs from the application's, and keeps forks out of the C library's calls

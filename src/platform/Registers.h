@@ -5,14 +5,14 @@
 
 #include <cstdint>
 
-/// The drivers' two requests for the supervisor's registers. Inline, because every call that is left after a system
-/// call costs more than the rest of the operation: processors forget where to return to while the kernel runs.
+/// The drivers' two requests for the supervisor's registers. Inline, because a return after a system call costs more
+/// than the rest of the operation: the return prediction is lost while the kernel runs.
 namespace Halvix::registers {
 
 inline constexpr unsigned long kRead = 0xC004003A;
 inline constexpr unsigned long kWrite = 0xC004003B;
 
-/// What both requests exchange.
+/// The record that both requests exchange.
 struct Block {
     std::uint16_t reg;
     std::uint16_t value;

@@ -8,7 +8,7 @@
 
 namespace Halvix {
 
-/// Blocks until the semaphore is taken. A signal does not end the wait; false only when the semaphore is not open.
+/// Blocks until the semaphore is acquired. A signal does not end the wait; false only when the semaphore is not open.
 [[nodiscard]] inline bool waitThroughSignals(int semaphore)
 {
     bool taken = LinuxWrapper::WaitForSema(semaphore, true);
@@ -17,9 +17,9 @@ namespace Halvix {
     return taken;
 }
 
-/// A named semaphore (or a private one, for a null name), opened here and closed by itself.
+/// A named semaphore (or a private one, for a null name), opened in the constructor and closed in the destructor.
 ///
-/// When it cannot be opened every `wait` is false and every `post` only prints: the functions behind it go on.
+/// When it cannot be opened every `wait` is false and every `post` only prints: the functions that use it continue.
 class HX_CAPABILITY("semaphore") Semaphore {
 public:
     explicit Semaphore(const char* name)
@@ -31,11 +31,11 @@ public:
     Semaphore(const Semaphore&) = delete;
     Semaphore& operator=(const Semaphore&) = delete;
 
-    /// Blocks until it is taken. A signal does not end the wait; false only when the semaphore is not open.
+    /// Blocks until it is acquired. A signal does not end the wait; false only when the semaphore is not open.
     [[nodiscard]] bool wait() HX_TRY_ACQUIRE(true) { return waitThroughSignals(handle_); }
-    /// The same for callers that go on, unlocked, when the semaphore is not open.
+    /// The same for callers that continue without the lock when the semaphore is not open.
     void acquire() HX_ACQUIRE() HX_UNCHECKED_LOCKING { (void)wait(); }
-    /// False at once when somebody holds it.
+    /// False at once if it is already acquired.
     [[nodiscard]] bool tryWait() HX_TRY_ACQUIRE(true) { return LinuxWrapper::WaitForSema(handle_, false); }
     void post() HX_RELEASE() { LinuxWrapper::ReleaseSema(handle_); }
     /// Adds to the count of a semaphore that is used as a signal, not as a lock.
@@ -47,15 +47,15 @@ private:
     int handle_ = 0;
 };
 
-/// Holds a semaphore for a scope. A semaphore that could not be taken is not given back.
+/// Acquires a semaphore for a scope. A semaphore that could not be acquired is not released.
 class HX_SCOPED_CAPABILITY Lock {
 public:
-    explicit Lock(Semaphore& semaphore) HX_ACQUIRE(semaphore) HX_UNCHECKED_LOCKING // a failed wait goes on unlocked
+    explicit Lock(Semaphore& semaphore) HX_ACQUIRE(semaphore) HX_UNCHECKED_LOCKING // a failed wait continues unlocked
         : semaphore_{semaphore},
           taken_{semaphore.wait()}
     {
     }
-    ~Lock() HX_RELEASE() HX_UNCHECKED_LOCKING // only what was taken
+    ~Lock() HX_RELEASE() HX_UNCHECKED_LOCKING // only what was acquired
     {
         if (taken_)
             semaphore_.post();

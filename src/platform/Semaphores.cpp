@@ -23,7 +23,7 @@ constexpr std::size_t kNameSize = 80; // longer names are cut, in every process 
 
 #if __SIZEOF_POINTER__ == __SIZEOF_INT__
 
-// The handle is the pointer. Addresses above 2 GB give negative handles; only 0 is none.
+// The handle is the pointer. Addresses above 2 GB give negative handles; only 0 is invalid.
 
 int keep(sem_t* semaphore)
 {
@@ -91,7 +91,7 @@ int closeOutsideForks(sem_t* semaphore)
     return ::sem_close(semaphore);
 }
 
-/// Prints and leaves `errno` as the failed call set it: callers ask whether a wait was interrupted.
+/// Prints, and keeps the `errno` of the failed call: callers check whether a wait was interrupted.
 void complain(const char* message)
 {
     const int reason = errno;
@@ -99,7 +99,7 @@ void complain(const char* message)
     errno = reason;
 }
 
-/// The semaphore behind the handle, or null with the error that the system gives for one that is not open.
+/// The semaphore of the handle, or null with the error that the system sets for one that is not open.
 sem_t* openSemaphore(int handle)
 {
     sem_t* semaphore = find(handle);
@@ -108,7 +108,7 @@ sem_t* openSemaphore(int handle)
     return semaphore;
 }
 
-/// A name that nobody else has. Without the right to make the file the template still ends up filled in.
+/// A unique name. Without permission to create the file, the template is filled in nevertheless.
 void makeUniqueName(char (&name)[kNameSize])
 {
     std::snprintf(name, sizeof name, "%s", "/hxSema.XXXXXX");
@@ -144,10 +144,10 @@ bool LinuxWrapper::CreateSema(int& sema, const char* name)
         sema = handle;
     else
         std::printf("sem_open failed with error: %s\n", std::strerror(errno));
-    if (handle == 0 && semaphore != nullptr) // no memory for a handle
+    if (handle == 0 && semaphore != nullptr) // out of memory for a handle
         (void)closeOutsideForks(semaphore);
     if (name == nullptr)
-        ::sem_unlink(finalName); // private to this process from here on
+        ::sem_unlink(finalName); // private to this process from now on
     return handle != 0;
 }
 
@@ -162,7 +162,7 @@ bool LinuxWrapper::WaitForSema(int sema, bool wait)
     }
     if (semaphore != nullptr && ::sem_trywait(semaphore) == 0)
         return true;
-    if (errno != EAGAIN) // taken by somebody is no failure worth a word
+    if (errno != EAGAIN) // an acquired semaphore is not an error to print
         complain("sem_trywait failed");
     return false;
 }

@@ -3,10 +3,10 @@
 
 namespace Halvix {
 
-/// Gives `Implementation` its one instance per process and the count of its users.
+/// The single instance of `Implementation` per process and its reference count.
 ///
 /// Neither the pointer nor the count is locked: an application creates and releases a shared object from one thread.
-/// The count is a plain decrement that wraps; callers rely on nothing else once the instance is gone.
+/// The count is decremented without a check and wraps; callers rely on nothing else once the instance is deleted.
 template <class Implementation>
 class SharedInstance {
 public:

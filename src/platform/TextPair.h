@@ -9,8 +9,8 @@ struct TextPair {
     const wchar_t* wide;
 };
 
-// The tables are writable data that the compiler must not take for constant, so they are visible inside the library:
-// a program that replaces a text finds its own text in the answers.
+// The tables are writable data that the compiler must not treat as constant, so they are visible inside the library: a
+// program that replaces a text gets its own text back.
 extern TextPair errorTexts[33];
 extern TextPair hwErrorStatusTexts[132];
 extern TextPair unknownHwErrorStatusText;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-/// Words for clang's -Wthread-safety; other compilers see nothing. A guarded field says `HX_GUARDED_BY(lock_)`.
+/// Annotations for clang's -Wthread-safety; empty for other compilers. A guarded field is declared with
+/// `HX_GUARDED_BY(lock_)`.
 #if defined(__clang__)
 #define HX_THREAD_ANNOTATION(x) __attribute__((x))
 #else
@@ -16,5 +17,5 @@
 #define HX_ACQUIRE(...) HX_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define HX_TRY_ACQUIRE(...) HX_THREAD_ANNOTATION(try_acquire_capability(__VA_ARGS__))
 #define HX_RELEASE(...) HX_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
-/// For the few functions whose locking the analysis cannot follow; each says why.
+/// For the few functions whose locking the analysis cannot follow; each documents why.
 #define HX_UNCHECKED_LOCKING HX_THREAD_ANNOTATION(no_thread_safety_analysis)

@@ -19,7 +19,7 @@ struct Start {
     const void* argument;
 };
 
-/// POSIX threads return a pointer, ours return nothing. Nobody joins them: each releases its own stack.
+/// POSIX threads return a pointer, ours return nothing. The threads are detached: each releases its own stack.
 void* run(void* given)
 {
     ::pthread_detach(::pthread_self());
@@ -29,8 +29,8 @@ void* run(void* given)
     return nullptr;
 }
 
-/// Blocks signals on the calling thread for a scope, for a new thread to inherit. Left out are those that a thread's
-/// own faults raise, and the abort and the profiler's.
+/// Blocks signals on the calling thread for a scope, for a new thread to inherit. Except those raised by a thread's own
+/// faults, the abort and the profiler's.
 class SignalsBlocked {
 public:
     SignalsBlocked()

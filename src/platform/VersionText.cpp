@@ -9,7 +9,7 @@ namespace Halvix {
 
 bool scanVersion(const char* text, VersionParts& parts)
 {
-    // A long is read and then held to an int's range, so that both ABIs give what the 32-bit one gives.
+    // Reads a long and limits it to an int's range, so that both ABIs return what the 32-bit one returns.
     std::array<long, 4> read{};
     if (std::sscanf(text, "%ld.%ld.%ld.%ld", &read[0], &read[1], &read[2], &read[3]) != 4)
         return false;

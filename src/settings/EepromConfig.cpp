@@ -38,7 +38,7 @@ std::size_t findLine(std::string_view text, const char* key)
 {
     if (text.find(key) == 0)
         return 0;
-    char pattern[254] = {'\n'}; // a longer key is compared by what fits
+    char pattern[254] = {'\n'}; // of a longer key only what fits is compared
     const std::size_t length = std::min(std::strlen(key), sizeof pattern - 1);
     std::memcpy(pattern + 1, key, length);
     const std::size_t at = text.find({pattern, length + 1});
@@ -96,7 +96,7 @@ bool EepromConfig::GetProperty(const char* key, char* buffer, unsigned int size)
     Value value;
     if (!valid_ || !locate(key, value) || value.start == value.end)
         return false;
-    if (size == 0) // no room even for the final 0
+    if (size == 0) // no space even for the final 0
         return true;
     const std::size_t length = std::min<std::size_t>(value.end - value.start, size - 1);
     std::memcpy(buffer, image_ + value.start, length);
@@ -110,7 +110,8 @@ bool EepromConfig::UpdateProperty(const char* key, const char* value)
     if (!valid_ || !locate(key, old))
         return false;
 
-    // Everything behind the value moves with it, the bytes after the text's end included; what leaves the 4096 is lost.
+    // Everything after the value moves with it, including the bytes after the end of the text; bytes beyond 4096 are
+    // lost.
     char image[kSize];
     char* end = std::copy_n(image_, old.start, image);
     end = std::copy_n(value, std::min(std::strlen(value), kSize - old.start), end);

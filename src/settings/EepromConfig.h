@@ -9,8 +9,8 @@ namespace Halvix {
 
 /// The production data in one EEPROM: lines "KEY:value" ended by CR LF, the text by 0x00 or 0xFF.
 ///
-/// The constructor reads the EEPROM; look-ups answer from that copy. Only the value of a key that is there can be
-/// changed, which rewrites the whole EEPROM. Not locked: objects in several processes overwrite each other's changes.
+/// The constructor reads the EEPROM; look-ups use that copy. Only the value of an existing key can be changed, which
+/// rewrites the whole EEPROM. Not locked: objects in several processes overwrite each other's changes.
 class EepromConfig {
 public:
     static constexpr unsigned int kSize = 4096;
@@ -20,11 +20,11 @@ public:
     EepromConfig(const EepromConfig&) = delete;
     EepromConfig& operator=(const EepromConfig&) = delete;
 
-    /// Reads the EEPROM again and gives `isValid`.
+    /// Reads the EEPROM again and returns `isValid`.
     bool Reload();
     /// Copies the value, cut to `size` - 1 characters, and a final 0. False when the key is missing or has no value.
     [[nodiscard]] bool GetProperty(const char* key, char* buffer, unsigned int size) const;
-    /// Changes the value of a key that is there. Takes about two seconds. False when nothing or not all was written.
+    /// Changes the value of an existing key. Takes about two seconds. False when nothing or not everything was written.
     [[nodiscard]] bool UpdateProperty(const char* key, const char* value);
     /// Writes a production text for tests of the board. The copy in memory is not refreshed.
     [[nodiscard]] bool TestWriteDefaults() const;
@@ -35,7 +35,7 @@ public:
     [[nodiscard]] int length() const { return length_; }
 
 private:
-    /// Where a key's value lies in the image; end is the first byte after it.
+    /// Position of a key's value in the image; end is the first byte after it.
     struct Value {
         std::size_t start = 0;
         std::size_t end = 0;

@@ -12,8 +12,8 @@ namespace Halvix {
 
 namespace {
 
-/// An application's global locale must not change the file; and memory that runs out must not look like a text that is
-/// not a number, or like the end of the file.
+/// The application's global locale must not change the file, and out of memory must not look like a text that is not a
+/// number, or like the end of the file.
 template <class Stream>
 void makeStrict(Stream& stream)
 {
@@ -46,12 +46,12 @@ eErr scan(Number* value, const std::string& text)
 
 } // namespace
 
-// A lock that cannot be had does not stop the settings: they are then used unlocked, and nothing is given back.
+// Without the lock the settings are used unlocked, and nothing is released.
 IniSettings::IniSettings() HX_UNCHECKED_LOCKING : lock_{"FILE_HXAUXINI_IS_IN_USE"}, locked_{lock_.wait()}
 {
     makeStrict(input_);
     output_.imbue(std::locale::classic());
-    output_.rdbuf()->pubsetbuf(outputBuffer_, sizeof outputBuffer_); // or it would allocate one with the file emptied
+    output_.rdbuf()->pubsetbuf(outputBuffer_, sizeof outputBuffer_); // otherwise allocated while the file is empty
 }
 
 IniSettings::~IniSettings() HX_UNCHECKED_LOCKING
@@ -72,7 +72,7 @@ void IniSettings::reload()
     load(fileName_);
 }
 
-/// False when the file is there but could not be read to its end.
+/// False when the file exists but could not be read to its end.
 bool IniSettings::readFile()
 try {
     input_.open(fileName_);
@@ -90,7 +90,7 @@ try {
     } while (input_.good());
     input_.close();
     return true;
-} catch (const std::ios::failure&) { // a folder, or a broken disk
+} catch (const std::ios::failure&) { // a directory, or an I/O error
     input_.close();
     return false;
 }
@@ -120,7 +120,7 @@ void IniSettings::set(std::vector<Setting> settings)
         writeFile(std::move(text));
 }
 
-/// A file that cannot be opened stays as it is. Where there is no room for the new text, the old one is put back.
+/// A file that cannot be opened stays unchanged. If there is no space for the new text, the old one is restored.
 void IniSettings::writeFile(std::string text)
 {
     const CreationMask forEverybody{0};
@@ -143,8 +143,8 @@ bool IniSettings::fillFile(const std::string& text)
     return output_.good();
 }
 
-/// The file with the new value. Readers of the file rely on the form: a key that is new stands in its sorted place with
-/// blanks around its "=", until the next write removes them.
+/// The file with the new value. Readers of the file rely on the form: a new key is inserted in sorted order with blanks
+/// around its "=", until the next write removes them.
 std::string IniSettings::image(const std::string& key, const std::string& value) const
 {
     std::string text;
@@ -164,7 +164,7 @@ std::string IniSettings::image(const std::string& key, const std::string& value)
 
 void IniSettings::parse(std::string line)
 {
-    // Only these whole lines: "[ABL]" is no heading but a line without "=".
+    // Only these whole lines: "[ABL]" is not a heading but a line without "=".
     if (line.empty() || line.front() == ';' || line == "[" || line == "/")
         return;
     std::string key;

@@ -10,10 +10,11 @@
 
 namespace Halvix {
 
-/// The settings file, held alone: the constructor waits until no other object of this class exists in any process.
+/// Exclusive access to the settings file: the constructor waits until no other object of this class exists in any
+/// process.
 ///
-/// So: make one, `load`, read and write, destroy it at once. A second one in the same thread never returns. Operations
-/// may run out of memory (`std::bad_alloc`); the file is then as it was and the destructor releases the lock.
+/// Create one, `load`, read and write, and destroy it at once. A second one in the same thread deadlocks. Operations
+/// may run out of memory (`std::bad_alloc`); the file is then unchanged and the destructor releases the lock.
 class IniSettings {
 public:
     struct Setting {
@@ -26,22 +27,22 @@ public:
     IniSettings(const IniSettings&) = delete;
     IniSettings& operator=(const IniSettings&) = delete;
 
-    /// Reads the file into the map, on top of what is there, and remembers its name for `set`.
+    /// Reads the file into the map, in addition to the entries already there, and stores its name for `set`.
     ///
-    /// A file that cannot be opened changes nothing. If it exists all the same, or fails while it is read, or is a
-    /// FIFO, a socket or a device, `set` leaves it alone from then on: writing the few settings known here would lose
+    /// A file that cannot be opened changes nothing. If it exists nevertheless, or fails while it is read, or is a
+    /// FIFO, a socket or a device, later calls of `set` do not write it: writing the few settings known here would lose
     /// the others.
     void load(std::string fileName);
-    /// Forgets the map and reads the file again.
+    /// Clears the map and reads the file again.
     void reload();
-    /// A missing key yields an empty text and is in the map from then on, so a later `set` writes it as well.
+    /// A missing key yields an empty text and is added to the map, so a later `set` writes it as well.
     std::string get(std::string key);
-    /// Rewrites the whole file with the new value: sorted, comments lost. Whether it could be written is not reported.
+    /// Rewrites the whole file with the new value: sorted, without comments. A failure to write it is not reported.
     void set(std::string key, std::string value);
-    /// Sets one after the other, each by a rewrite of the file. What runs out of memory does so before the first.
+    /// Sets one value after the other, each by a rewrite of the file. Out of memory is possible only before the first.
     void set(std::vector<Setting> settings);
 
-    /// Puts one line of the file into the map.
+    /// Adds one line of the file to the map.
     void parse(std::string line);
     /// Removes blanks (0x20 only) at both ends.
     static void trim(std::string& text);

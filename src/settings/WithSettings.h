@@ -8,14 +8,14 @@
 namespace Halvix {
 
 /// Runs `work(settings)` on the loaded settings file, releases the file and returns what `work` returned; 32 when it
-/// runs out of memory on the way.
+/// runs out of memory.
 template <class Work>
 [[nodiscard]] eErr withSettings(Work work)
 try {
     IniSettings settings;
     settings.load(LinuxWrapper::GetSettingsFileName());
     return work(settings);
-} catch (const std::exception&) { // out of memory; nothing may leave an operation
+} catch (const std::exception&) { // out of memory; no exception may leave an operation
     return ERR_MEM_ALLOC_FAIL;
 }
 

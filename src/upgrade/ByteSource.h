@@ -6,7 +6,7 @@
 
 namespace Halvix {
 
-/// Hands out the characters of a firmware file, one at a time. A failed read ends it as the end of the file does.
+/// Returns the characters of a firmware file, one at a time. A failed read ends it as the end of the file does.
 class ByteSource {
 public:
     [[nodiscard]] virtual bool next(char& character) = 0;
@@ -15,7 +15,7 @@ protected:
     ~ByteSource() = default;
 };
 
-/// A file's contents that are in memory already.
+/// The contents of a file in memory.
 class MemorySource final : public ByteSource {
 public:
     explicit MemorySource(std::span<const char> contents) : contents_{contents} {}

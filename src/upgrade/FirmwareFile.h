@@ -23,7 +23,7 @@ private:
     int handle_ = -1;
 };
 
-/// Reads the file as its characters are asked for: one read per character.
+/// Reads the file on demand: one read per character.
 class CharacterSource final : public ByteSource {
 public:
     explicit CharacterSource(const FirmwareFile& file) : file_{file} {}

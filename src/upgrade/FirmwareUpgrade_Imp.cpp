@@ -13,8 +13,8 @@
 namespace Halvix {
 
 struct FirmwareUpgrade_Imp::Job {
-    /// Ends the previous run's flasher, with the device and the image it may still hold, and makes a fresh one. Only
-    /// for the holder of the upgrade lock.
+    /// Destroys the previous run's flasher, with its device and image, and creates a new one. Only for the holder of
+    /// the upgrade lock.
     template <class Flasher, class... Arguments>
     Flasher& renew(std::optional<Flasher>& place, Arguments... arguments)
     {
@@ -27,7 +27,7 @@ struct FirmwareUpgrade_Imp::Job {
 
     std::optional<Flasher_FPGA> fpga;
     std::optional<Flasher_STM32> microcontroller;
-    // One that could not be made is 0: without the upgrade lock every start answers 11.
+    // A semaphore that could not be created is 0: without the upgrade lock every start returns 11.
     Semaphore statusLock{nullptr};
     Semaphore statusSignal{nullptr}; ///< counts the published changes; starts at 1, so the first wait returns at once
     Semaphore upgradeLock{"HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS"}; ///< one run at a time on the unit
@@ -87,8 +87,7 @@ eErr FirmwareUpgrade_Imp::startFpga(const char* file, Task task, bool blocking)
     return run(job_->renew(job_->fpga), file, task, blocking);
 }
 
-// From here on the upgrade lock is the flasher's: its run releases it. Only a thread that could not be started does
-// not.
+// From now on the flasher owns the upgrade lock: its run releases it, unless its thread could not be started.
 eErr FirmwareUpgrade_Imp::run(IFlasher& flasher, const char* file, Task task, bool blocking)
 {
     resetStatus();
@@ -99,7 +98,7 @@ eErr FirmwareUpgrade_Imp::run(IFlasher& flasher, const char* file, Task task, bo
     const eErr err = LinuxWrapper::startThread(task == Task::Program ? threadProcProgram : threadProcVerify, &flasher);
     if (err != ERR_SUCCESS) {
         (void)flasher.takeOwner();
-        LinuxWrapper::ReleaseSema(job_->upgradeLock.handle()); // nothing was touched yet
+        LinuxWrapper::ReleaseSema(job_->upgradeLock.handle()); // nothing was changed yet
     }
     return err;
 }
@@ -140,9 +139,9 @@ eErr FirmwareUpgrade_Imp::CheckFile(const char* file, Flasher_STM32::eDeviceType
     if (!opened.isOpen())
         return ERR_OPEN_FAILED;
     const unsigned size = opened.size();
-    // What cannot be firmware by its size is only read as far as shows whether it can be read at all.
+    // A file whose size rules out firmware is read only far enough to show that it is readable.
     const unsigned wanted = isFirmwareSize(size, type) ? size : std::min(size, 1U);
-    // One byte more than is read, so that the search ends with the file.
+    // One byte more than is read, so that the search ends at the end of the file.
     const std::unique_ptr<char, decltype(&std::free)> text{static_cast<char*>(std::calloc(wanted + std::size_t{1}, 1)),
                                                            &std::free};
     if (text == nullptr)

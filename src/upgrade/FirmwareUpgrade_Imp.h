@@ -10,8 +10,8 @@ namespace Halvix {
 
 /// Starts upgrades and verifications, one at a time on the unit, and reports their progress.
 ///
-/// What a run uses (flashers, semaphores, status record) is owned by this object and by the worker thread together: an
-/// application may release the object as soon as it has seen the final status, while the worker is still closing up.
+/// This object and the worker thread share ownership of what a run uses (flashers, semaphores, status record): an
+/// application may release the object as soon as it gets the final status, while the worker is still closing.
 class FirmwareUpgrade_Imp : public FirmwareUpgrade {
 public:
     FirmwareUpgrade_Imp();
@@ -27,7 +27,7 @@ public:
     eErr shutDown() override;
     eErr Release() override;
 
-    /// Entries of the worker thread; the argument is the flasher.
+    /// Entry points of the worker thread; the argument is the flasher.
     static void threadProcProgram(const void* flasher);
     static void threadProcVerify(const void* flasher);
     /// 1, 32, 4.

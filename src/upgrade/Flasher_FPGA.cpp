@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint32_t kPage = 528; ///< of the configuration flash, as the driver presents it
 
-/// Both ways of the two block requests; the driver puts its answer into the same places.
+/// Record of both block requests, in both directions: the driver writes its answer into the same fields.
 struct FlashBlock {
     std::uint32_t length;
     std::uint32_t position;
@@ -57,8 +57,8 @@ try {
     eErr result = Mcs2Bin();
     if (result != ERR_SUCCESS)
         return result;
-    readBack_.reserve(image_.size()); // memory that runs out does so before the flash is touched
-    *modeChanged = true;              // undone even if it could not be sent
+    readBack_.reserve(image_.size()); // throws before the flash is touched
+    *modeChanged = true;              // restored even if it could not be sent
     (void)redirector_.setSsMode(0x0F);
     if (write)
         result = flash();
@@ -91,7 +91,7 @@ eErr Flasher_FPGA::initHW()
     if (!initialised_)
         return failed(UpgradeActionPrepareHardware, 0, ERR_OPEN_FAILED);
     updateSharedStatus(UpgradeActionPrepareHardware, 50, ERR_SUCCESS);
-    // The request is of the kind that only sends, yet the driver puts its answer into the byte that it is given.
+    // The request is of the sending kind, but the driver writes its answer into the byte that it is given.
     char status = 0;
     int returned = 0;
     if (!LinuxWrapper::IoCtrl(handle_, codes::fpgaFlashStatus, &status, 0, &status, sizeof status, &returned))
@@ -108,7 +108,7 @@ eErr Flasher_FPGA::Mcs2Bin()
 {
     image_.clear();
     updateSharedStatus(UpgradeActionReadFile, 0, ERR_SUCCESS);
-    if (LinuxWrapper::isSpecialFile(fileName())) // it might never end
+    if (LinuxWrapper::isSpecialFile(fileName())) // reading it might never end
         return failed(UpgradeActionReadFile, 0, ERR_OPEN_FAILED);
     const FirmwareFile file{fileName()};
     if (!file.isOpen())
@@ -152,7 +152,7 @@ eErr Flasher_FPGA::flash()
         const std::uint32_t before = position;
         if (!writeBlock(std::min(kPage, size - done), done, &position) || position <= before)
             return failed(UpgradeActionWrite, 100, ERR_IOCTRL_FAILED);
-        // The driver may take less than it was given; what it did not take goes again, from its new position on.
+        // The driver may accept less than it was given; the rest is sent again from its new position.
         done += std::min(position - before, size - done);
         updateSharedStatus(UpgradeActionWrite, static_cast<unsigned char>(calcPercent(done, size)), ERR_SUCCESS);
     }
@@ -180,7 +180,7 @@ eErr Flasher_FPGA::verify()
         std::memcpy(&block, exchanged, sizeof block);
         if (block.length == 0)
             return failed(UpgradeActionVerify, 100, ERR_DEVICE_READ_DATA_FAILED);
-        // A whole page counts, however much the driver says that it read.
+        // A whole page counts, whatever number the driver reports.
         const std::size_t first = readBack_.size();
         const std::size_t taken = std::min<std::size_t>(kPage, size - first);
         readBack_.insert(readBack_.end(), block.data, block.data + taken);

@@ -14,7 +14,7 @@ namespace Halvix {
 namespace {
 
 constexpr char kSerialPort[] = "/dev/ttyS0";
-constexpr unsigned kChunk = 256; ///< the most that the bootloader takes at once
+constexpr unsigned kChunk = 256; ///< the most that the bootloader accepts at once
 
 struct SerialClose {
     void operator()(serial_port* h) const { serial_close(h); }
@@ -39,7 +39,7 @@ eErr Flasher_STM32::Run(bool write)
     if (result == ERR_SUCCESS)
         result = writeAndVerifyFlash(write);
 
-    // The routing goes back whatever the result. Nothing can be done about a request that fails here.
+    // The routing is restored whatever the result. A request that fails here is ignored.
     if (modeChanged_)
         (void)redirector_.setSsMode(0xC3);
     if (directionChanged_)
@@ -63,11 +63,11 @@ eErr Flasher_STM32::initHW(bool)
     return result;
 }
 
-// The answers of the redirector are not looked at: a target that is not reached shows when it does not answer.
+// The results of the redirector are ignored: a target that is not reached is detected when it does not answer.
 
 eErr Flasher_STM32::prepareSupervisor()
 {
-    // The supervisor leaves this mode by itself, so only the direction is restored.
+    // The supervisor leaves this mode on its own, so only the direction is restored.
     (void)redirector_.setSsMode(0x96);
     updateSharedStatus(UpgradeActionPrepareHardware, 25, ERR_SUCCESS);
     LinuxWrapper::SleepFully(100);
@@ -191,7 +191,7 @@ eErr Flasher_STM32::program(const stm32_target* target)
         updateSharedStatus(UpgradeActionWrite, 0, ERR_INVALID_DATA);
         return ERR_INVALID_DATA;
     }
-    (void)stm32_erase_memory(target); // flash that was not erased shows at the first block
+    (void)stm32_erase_memory(target); // flash that was not erased is detected at the first block
     unsigned char percent = 0;
     unsigned char chunk[kChunk];
     std::uint32_t address = device.flash_start;

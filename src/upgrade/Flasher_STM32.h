@@ -9,7 +9,7 @@ namespace Halvix {
 
 /// Programs or verifies one of the unit's two microcontrollers from an Intel HEX file.
 ///
-/// The whole file is read before the target is touched, so a bad file never leaves half a firmware behind.
+/// The whole file is read before the target is touched, so a bad file never leaves incomplete firmware.
 class Flasher_STM32 : public IFlasher {
 public:
     enum eDeviceType : int { Supervisor = 0, FrontController = 1 };
@@ -31,10 +31,10 @@ public:
     static bool hex_read(HexImage* image, void* buffer, unsigned* length);
     static void hex_restart(HexImage* image);
     static std::uint32_t calcPercent(std::uint32_t done, std::uint32_t total);
-    /// Asks the daemon to restart the unit.
+    /// Requests a restart of the unit from the daemon.
     static bool restartAfterUpgrade();
     static bool cpu_le();
-    /// The value unchanged, unlike the bootloader's function of this name: HEX addresses rely on it.
+    /// Returns the value unchanged, unlike the bootloader's function of this name: HEX addresses rely on it.
     static unsigned long be_u32(unsigned long value);
 
     [[nodiscard]] const HexImage* image() const { return image_.get(); }

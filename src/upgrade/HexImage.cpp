@@ -12,7 +12,7 @@ bool HexImage::grow(std::uint64_t bytes)
     if (wanted > std::min<std::uint64_t>(limit, SIZE_MAX))
         return false;
     if (wanted > data.size()) {
-        // By half more than before, so that a file of many records does not ask for room at each of them.
+        // Grows by half, so that a file of many records does not reallocate at each of them.
         const std::uint64_t roomy = std::min<std::uint64_t>(wanted + wanted / 2, std::max(wanted, limit));
         if (!data.grow(static_cast<std::size_t>(roomy)))
             return false;

@@ -9,10 +9,10 @@
 
 namespace Halvix {
 
-/// done * 100 / total in 32 bits; 0 when the total is not known.
+/// done * 100 / total in 32 bits; 0 when the total is unknown.
 [[nodiscard]] std::uint32_t percentOf(std::uint32_t done, std::uint32_t total);
 
-/// What the two flashers have in common: the file's name, the routing of the UART and the published status.
+/// Common to the two flashers: the file's name, the routing of the UART and the published status.
 ///
 /// One object serves one run, in one thread. The status record is shared with readers and guarded by the status lock.
 class IFlasher {
@@ -20,14 +20,14 @@ public:
     virtual eErr Run(bool write) = 0;
     virtual ~IFlasher() = default;
 
-    /// True when the whole name fitted; a longer one is cut at 256 characters.
+    /// True when the whole name fits; a longer one is cut at 256 characters.
     bool setFileName(const char* name);
-    /// Publishes a change: writes the record under its lock and posts the signal. Repeats are swallowed.
+    /// Publishes a change: writes the record under its lock and posts the signal. Repeats are dropped.
     void updateSharedStatus(UpgradeAction action, unsigned char percent, eErr error);
 
     /// The semaphores and the record of the object that this flasher works for.
     void attach(int statusLock, int statusSignal, int runLock, UpgradeStatus* status);
-    /// Keeps the flasher's owner alive until the worker thread, which takes it over, has ended.
+    /// Keeps the flasher's owner alive until the worker thread, which takes ownership, has ended.
     void holdOwner(std::shared_ptr<void> owner) { owner_ = std::move(owner); }
     [[nodiscard]] std::shared_ptr<void> takeOwner() { return std::move(owner_); }
 
@@ -36,7 +36,7 @@ protected:
     [[nodiscard]] const char* fileName() const { return fileName_; }
     /// The end of every run: publishes success or failure as the last change.
     void publishOutcome(eErr result);
-    /// The last use of this flasher: from here on another run may start, which puts a new flasher in its place.
+    /// The last use of this flasher: from now on another run may start, which replaces it.
     void releaseRunLock() const;
 
     UartRedirector redirector_;

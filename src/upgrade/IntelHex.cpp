@@ -15,7 +15,7 @@ struct RecordHead {
     unsigned char type;
 };
 
-// Firmware tools rely on these two readings: "1G" is 1, and the checksum has to catch it.
+// Firmware tools rely on these two conversions: "1G" is 1, and the checksum must detect it.
 
 bool scanHead(const char (&text)[9], RecordHead& head)
 {
@@ -41,7 +41,7 @@ class Parser {
 public:
     Parser(ByteSource& file, HexImage& image) : file_{file}, image_{image} {}
 
-    /// One record, the line ends before it included.
+    /// One record, including the line ends before it.
     [[nodiscard]] HexResult record();
     [[nodiscard]] bool atEndRecord() const { return head_.type == kEndOfFile; }
     [[nodiscard]] std::uint32_t charactersRead() const { return charactersRead_; }

@@ -19,7 +19,7 @@ struct Line {
     std::size_t length = 0;
 };
 
-/// False at the end of the file. A longer line comes in pieces.
+/// False at the end of the file. A longer line is returned in pieces.
 bool readLine(ByteSource& file, Line& line)
 {
     line = Line{};
@@ -36,7 +36,7 @@ bool readLine(ByteSource& file, Line& line)
     return any;
 }
 
-/// Not validated: what is no number counts as 0, and a sign is taken.
+/// Not validated: anything that is not a number counts as 0, and a sign is accepted.
 unsigned char byteAt(const Line& line, std::size_t index)
 {
     const char pair[3] = {line.text[index], line.text[index + 1], '\0'};

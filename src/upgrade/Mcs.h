@@ -10,15 +10,15 @@
 
 namespace Halvix {
 
-/// Told at each full data record how many characters of the file lie behind, line ends not counted.
+/// Called at each full data record with the number of characters read before it, without line ends.
 using McsProgress = std::function<void(std::uint32_t)>;
 
 /// Appends the data of an MCS file's full records (16 bytes each) to the image, in the order of the file.
 ///
-/// Shorter lines are passed over: address records, the end record, and data records of fewer bytes. Addresses are not
-/// used: the file has to hold full records in address order from flash position 0 on, as FPGA tools write it.
-/// A wrong checksum empties the image and answers 12; `progress` is then not called for that line, and `wrongAt` tells
-/// how many characters lay behind.
+/// Shorter lines are skipped: address records, the end record, and data records of fewer bytes. Addresses are not used:
+/// the file has to hold full records in address order from flash position 0 on, as FPGA tools write it. A wrong
+/// checksum empties the image and returns 12; `progress` is then not called for that line, and `wrongAt` is the number
+/// of characters read before it.
 [[nodiscard]] eErr convertMcs(ByteSource& file, std::vector<unsigned char>& image, const McsProgress& progress,
                               std::uint32_t* wrongAt);
 

@@ -21,7 +21,7 @@ bool SparseMemory::grow(std::size_t bytes)
                                           : ::mremap(bytes_, size_, bytes, MREMAP_MAYMOVE);
     if (grown == MAP_FAILED)
         return false;
-    (void)::madvise(grown, bytes, MADV_NOHUGEPAGE); // or a single byte would take up two megabytes
+    (void)::madvise(grown, bytes, MADV_NOHUGEPAGE); // otherwise a single byte would take up two megabytes
     bytes_ = static_cast<unsigned char*>(grown);
     size_ = bytes;
     return true;

@@ -5,7 +5,7 @@
 
 namespace Halvix {
 
-/// A growing block of zero bytes, of which only the pages that were written to take up memory.
+/// A growing block of zero bytes, in which only the pages that were written take up memory.
 class SparseMemory {
 public:
     SparseMemory() = default;
@@ -13,7 +13,7 @@ public:
     SparseMemory(const SparseMemory&) = delete;
     SparseMemory& operator=(const SparseMemory&) = delete;
 
-    /// False, and nothing changed, when there is no room for them. The block may move.
+    /// False, with nothing changed, when out of memory. The block may move.
     [[nodiscard]] bool grow(std::size_t bytes);
     [[nodiscard]] std::size_t size() const { return size_; }
     [[nodiscard]] unsigned char* get() const { return bytes_; }

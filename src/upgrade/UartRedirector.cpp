@@ -47,7 +47,7 @@ eErr UartRedirector::setSsMode(unsigned char mode)
         return ERR_OPEN_FAILED;
     if (mode != 0x0F && mode != 0x96 && mode != 0xC3)
         return ERR_INVALID_DATA;
-    (void)send(handle_, codes::setSupervisorMode, mode); // a supervisor that is just being replaced may not answer
+    (void)send(handle_, codes::setSupervisorMode, mode); // a supervisor that is being upgraded may not answer
     return ERR_SUCCESS;
 }
 
@@ -65,7 +65,7 @@ void UartRedirector::closeHWConnection()
 {
     if (initialised_)
         LinuxWrapper::close(handle_);
-    handle_ = -1; // a request after this must not reach a foreign file
+    handle_ = -1; // a later request must not reach another file
 }
 
 } // namespace Halvix

@@ -5,7 +5,7 @@
 
 namespace Halvix {
 
-/// Decides who is at the other end of the service UART, through "/dev/uart-redir".
+/// Selects the target of the service UART, through "/dev/uart-redir".
 ///
 /// One object serves one run: once closed, the device is not opened again and the requests fail.
 class UartRedirector {
@@ -15,11 +15,11 @@ public:
     UartRedirector(const UartRedirector&) = delete;
     UartRedirector& operator=(const UartRedirector&) = delete;
 
-    /// Opens the device, unless that has succeeded before; answers the handle.
+    /// Opens the device, unless it is already open; returns the handle.
     int openHWConnection();
     /// 1 (not open), 8 (direction above 2), 7.
     [[nodiscard]] eErr setComDir(unsigned char direction);
-    /// 1 (not open), 8 (not one of the three modes). That the driver refused is not told.
+    /// 1 (not open), 8 (not one of the three modes). A refusal by the driver is not reported.
     [[nodiscard]] eErr setSsMode(unsigned char mode);
     /// 1 (not open), 7.
     [[nodiscard]] eErr frontBootMode();

@@ -28,7 +28,7 @@ bool isDevice(const char* path)
     return std::strncmp(path, "/dev/", 5) == 0;
 }
 
-/// What belongs to the unit and not to the machine that runs the test.
+/// Paths of the unit, as opposed to the machine that runs the test.
 bool isOfTheUnit(const char* path)
 {
     return (isDevice(path) && std::strcmp(path, "/dev/null") != 0) || std::strcmp(path, "/etc/firmware.ver") == 0 ||
@@ -225,7 +225,7 @@ mode_t modeOf(int flags, va_list arguments)
 
 } // namespace driver
 
-// The C library's entries, under all names by which the library may call them.
+// The functions of the C library, under all names by which the library may call them.
 
 extern "C" {
 

@@ -9,18 +9,18 @@
 #include <string>
 #include <vector>
 
-/// Stands in place of the kernel's drivers, one call at a time: this program's own `open` and `ioctl`.
+/// Replaces the kernel's drivers, one call at a time: this program's own `open` and `ioctl`.
 ///
-/// A test says which calls it expects and what each answers; every byte that crosses is compared. For the questions
-/// "what exactly reaches a driver"; a whole unit with states is the simulated unit's business.
+/// A test defines the expected calls and their answers; every transferred byte is compared. For tests of what exactly
+/// reaches a driver; use the simulated unit for a whole unit with state.
 namespace driver {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Bytes written as hexadecimal digits; blanks are for the eye.
+/// Bytes written as hexadecimal digits; blanks are ignored.
 Bytes operator""_hex(const char* digits, std::size_t length);
 
-/// Which block a driver is given.
+/// The block passed to the driver.
 enum class Block { Callers, Local, Null };
 
 /// One `ioctl`: what the driver must see, and what it puts into the block.
@@ -29,14 +29,14 @@ struct Exchange {
     Block block;
     Bytes seen;
     Bytes answer;
-    int error = 0; ///< 0, or the errno with which the driver refuses
+    int error = 0; ///< 0, or the errno of the driver
 };
 bool operator==(const Exchange& a, const Exchange& b);
 std::ostream& operator<<(std::ostream& out, const Exchange& exchange);
 
-/// The driver gets a block of the library's own.
+/// The driver gets a block of the library.
 Exchange local(std::uint32_t request, Bytes seen, Bytes answer = {});
-/// The driver gets the caller's own block.
+/// The driver gets the caller's block.
 Exchange callers(std::uint32_t request, Bytes seen, Bytes answer = {});
 Exchange null(std::uint32_t request);
 /// The supervisor's registers.
@@ -57,15 +57,15 @@ public:
     void failAt(std::size_t index, int error);
     /// Files under /dev cannot be opened.
     void deviceIsAbsent() { absent = true; }
-    /// A plain file of the unit, such as /etc/firmware.ver; without it the path does not exist.
+    /// A plain file of the unit, such as /etc/firmware.ver; by default it does not exist.
     void file(const std::string& path, std::string content) { files[path] = std::move(content); }
 
-    /// Every `write` of the library answers this and writes nothing.
+    /// Every `write` of the library returns this and writes nothing.
     void answerWritesWith(long answer) { writesAnswer = answer; }
 
-    /// What was asked, in order.
+    /// The calls, in order.
     [[nodiscard]] const std::vector<Exchange>& calls() const { return made; }
-    /// The first disagreement with what was expected, or an empty text.
+    /// The first difference from the expected calls, or an empty text.
     [[nodiscard]] std::string complaint() const;
     [[nodiscard]] const std::vector<std::string>& opened() const { return paths; }
     [[nodiscard]] int lastOpenFlags() const { return flags; }
@@ -90,7 +90,7 @@ private:
     bool absent = false;
 };
 
-/// Answers every `ioctl` in place of a script while it is set: for measuring, where a script costs too much.
+/// Answers every `ioctl` instead of a script while it is set: for benchmarks, where a script costs too much.
 extern int (*unscripted)(unsigned long request, void* argument);
 
 } // namespace driver

@@ -13,7 +13,7 @@ ScriptedDevice* current = nullptr;
 ScriptedDevice& device()
 {
     if (current == nullptr)
-        std::abort(); // a test of this program touches a device without having scripted one
+        std::abort(); // a test of this program accesses a device without a script
     return *current;
 }
 
@@ -69,7 +69,7 @@ bool ScriptedDevice::ioCtrl(unsigned long code, const char* in, int inLength, ch
     return true;
 }
 
-// In place of the library's own definitions, which stay in the archive.
+// Replaces the library's own definitions, which stay in the archive.
 
 namespace Halvix {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-/// Brings this program's own version of `LinuxWrapper`'s device access, to give the answers that no driver path can:
-/// a count that differs from the length asked for, an echo that names something else.
+/// Replaces `LinuxWrapper`'s device access, for answers that no driver path gives: a count other than the requested
+/// length, an echo of another number.
 ///
 /// One exists at a time; every `IoCtrl` of the program goes to it.
 class ScriptedDevice {
@@ -27,14 +27,14 @@ public:
     void answers(std::vector<std::uint8_t> bytes, int count);
     /// The next `IoCtrl` is refused, after the driver has put these bytes into the block.
     void refuses(std::vector<std::uint8_t> bytes = {});
-    /// Forgets the script and what was asked.
+    /// Clears the script and the recorded calls.
     void restart();
     void isAbsent() { absent = true; }
     void returns() { absent = false; }
 
     std::vector<Request> requests;
     std::vector<std::string> opened;
-    std::function<void()> whileOpening; ///< called by each open before it answers
+    std::function<void()> whileOpening; ///< called by each open before it returns
     int closed = 0;
 
     bool ioCtrl(unsigned long code, const char* in, int inLength, char* out, int outLength, int* returned);

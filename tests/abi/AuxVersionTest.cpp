@@ -21,7 +21,7 @@ Exchange answers(std::uint32_t request)
 
 } // namespace
 
-TEST(AuxVersionSlots, TellTheVersionsOfTheDevicesInOrder)
+TEST(AuxVersionSlots, ReportTheVersionsOfTheDevicesInOrder)
 {
     EXPECT_EQ(versionOf(0, {answers(0x80040036)}), "01020304"_hex);
     EXPECT_EQ(versionOf(1, {answers(0x80040037)}), "01020304"_hex);
@@ -29,7 +29,7 @@ TEST(AuxVersionSlots, TellTheVersionsOfTheDevicesInOrder)
     EXPECT_EQ(versionOf(5, {answers(0x80040064)}), "01020304"_hex);
 }
 
-TEST(AuxVersionSlots, TellTheLibrarysVersionInSlot3)
+TEST(AuxVersionSlots, ReportTheLibrarysVersionInSlot3)
 {
     EXPECT_EQ(versionOf(3, {}), "01030100"_hex);
 }

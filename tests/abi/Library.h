@@ -3,11 +3,11 @@
 
 #include <cstddef>
 
-/// The library as an old application sees it: names found by `dlsym` and numbered slots of virtual tables. Nothing here
-/// or in the tests that use it includes one of our headers.
+/// The library as an old application sees it: names found by `dlsym` and numbered slots of virtual tables. Neither this
+/// file nor the tests that use it include a public header.
 namespace oldapp {
 
-/// The address of an exported name; aborts with a message when it is not there.
+/// The address of an exported name; aborts with a message when it is missing.
 void* symbol(const char* name);
 
 template <class Function>
@@ -16,7 +16,7 @@ Function* function(const char* name)
     return reinterpret_cast<Function*>(symbol(name));
 }
 
-/// An object from one of the factories. Given back through its last slot.
+/// An object from one of the factories, released through its last slot.
 class Object {
 public:
     Object(const char* factory, unsigned releaseSlot);

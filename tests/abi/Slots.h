@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-/// Words for "slot n is this operation": what its call does at the driver tells the operation.
+/// Helpers for "slot n is this operation": its driver calls identify the operation.
 namespace oldapp {
 
 using driver::Bytes;
@@ -18,7 +18,7 @@ using driver::Script;
 using driver::writesRegister;
 using driver::operator""_hex;
 
-/// Room for whatever a getter writes.
+/// Storage for any output of a getter.
 struct Answer {
     alignas(8) unsigned char bytes[64] = {};
 };

@@ -64,7 +64,7 @@ TEST(VideoSlots, ChooseChannelColorKeysAndAreaInTheirOrder)
     EXPECT_EQ((slot<void*, void*, void*, void*>(11, {local(0x80080009, Bytes(8))}, &a, &b, &c, &d)), 0);
 }
 
-TEST(VideoSlots, TellTheSignalInTheirOrder)
+TEST(VideoSlots, ReportTheSignalInTheirOrder)
 {
     Answer a;
     Answer b;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// This program's operator new, and malloc as the linker brings it here (--wrap).
+// This program's operator new, and malloc, redirected here by the linker (--wrap).
 #include "tests/faults/Allocations.h"
 
 #include <atomic>
@@ -21,10 +21,10 @@ void __real_free(void* block);
 
 namespace {
 
-/// What this file allocates itself is neither counted nor failed.
+/// Allocations of this file are neither counted nor failed.
 thread_local bool inside = false;
 
-/// The blocks that are out, without an allocation of its own.
+/// The allocated blocks; allocates nothing itself.
 class Blocks {
 public:
     void start()
@@ -201,7 +201,7 @@ void operator delete[](void* block, std::size_t) noexcept
     give(block);
 }
 
-void operator delete(void* block, const std::nothrow_t&) noexcept // when a constructor threw
+void operator delete(void* block, const std::nothrow_t&) noexcept // if a constructor throws
 {
     give(block);
 }

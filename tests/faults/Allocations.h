@@ -3,7 +3,7 @@
 
 namespace faults {
 
-/// Is asked for every allocation of the program, except for the backend's and the test's own: true lets it fail.
+/// Called for every allocation of the program, except those of the backend and the test: true makes it fail.
 bool onAllocation();
 
 } // namespace faults

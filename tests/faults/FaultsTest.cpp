@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Every operation of every interface, with each of its system calls and allocations failing in turn, and
-// with each answer of the system being one that no healthy unit gives.
+// Every operation of every interface, with each of its system calls and allocations failing in turn, and with each
+// answer of the system replaced by one that no healthy unit returns.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -20,7 +20,7 @@
 #include "testing/Arguments.h"
 #include "testing/Documented.h"
 #include "testing/EveryOperation.h"
-#include "testing/World.h"
+#include "testing/OperationCalls.h"
 #include "tests/faults/Forked.h"
 #include "tests/faults/Injector.h"
 
@@ -36,7 +36,7 @@ std::size_t openDescriptors()
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
-/// "NAME COUNT" of those opened and not closed again, by the journal; private ones all have one name.
+/// "NAME COUNT" of those left open, from the journal; private ones share one name.
 std::set<std::string> semaphoresOpen(SimulatedUnit& unit)
 {
     std::map<std::string, int> open;
@@ -52,7 +52,7 @@ std::set<std::string> semaphoresOpen(SimulatedUnit& unit)
     return names;
 }
 
-/// What the unit keeps without power: the settings file, both EEPROMs and the firmware of all targets.
+/// The persistent state of the unit: the settings file, both EEPROMs and the firmware of all targets.
 using Stored = std::map<std::string, std::string>;
 
 constexpr const char* kSettingsFile = "settings file";
@@ -72,20 +72,20 @@ Stored storedIn(SimulatedUnit& unit)
     return stored;
 }
 
-/// What a run left. Goes from the child to the test as a text.
+/// The result of a run, passed from the child to the test as a text.
 struct Outcome {
     int code = 0;
     bool threw = false;
-    bool made = true; ///< the factory gave an object
+    bool made = true; ///< the factory returned an object
     bool fired = false;
     std::size_t blocks = 0;
     std::size_t descriptors = 0;
-    std::set<std::string> semaphores{}; ///< "NAME COUNT" of those opened and not closed again
+    std::set<std::string> semaphores{}; ///< "NAME COUNT" of those left open
     std::set<std::string> locks{};      ///< "NAME VALUE"
     Stored before{};
     Stored after{};
     Recording recording{};
-    int signal = 0; ///< that ended the run
+    int signal = 0; ///< that terminated the run
     std::string errors{};
 };
 
@@ -146,7 +146,7 @@ std::string textOf(const Outcome& outcome)
 
 Outcome outcomeOf(const Ended& ended)
 {
-    Text text{ended.told};
+    Text text{ended.output};
     Outcome outcome;
     outcome.signal = ended.signal;
     outcome.errors = ended.errors;
@@ -179,13 +179,13 @@ Outcome outcomeOf(const Ended& ended)
 
 enum class Part { Factory, Operation, Release };
 
-/// What is done while calls fail, and what stands around it.
+/// The action during which calls fail, with its set-up and clean-up.
 template <class Interface>
 class Run {
 public:
     using Operation = std::function<eErr(Interface&)>;
 
-    Run(const Try& tried, Part part, Operation operation)
+    Run(const OperationCall& tried, Part part, Operation operation)
         : try_{tried}, part_{part}, name_{tried.operation.substr(tried.operation.find('.') + 1)}, operation_{std::move(
                                                                                                       operation)}
     {
@@ -201,7 +201,7 @@ private:
     {
         thisIsTheCaller();
         SimulatedUnit unit;
-        furnish(unit, try_);
+        prepareUnit(unit, try_);
         Outcome outcome;
         outcome.before = storedIn(unit);
         hxsim::watchCalls(onCall);
@@ -257,13 +257,13 @@ private:
         finish(object, name_, unit);
     }
 
-    Try try_;
+    OperationCall try_;
     Part part_;
     std::string name_;
     Operation operation_;
 };
 
-/// Counts cases and collects what was wrong.
+/// Counts cases and collects errors.
 class Findings {
 public:
     explicit Findings(std::string interface) : interface_{std::move(interface)} {}
@@ -287,10 +287,10 @@ private:
     int answers_ = 0;
 };
 
-/// Judges one run with a fault against the same run without.
+/// Compares a run with a fault with the same run without it.
 class Judge {
 public:
-    Judge(const documented::Interface& interface, const Try& tried, Part part, const Outcome& healthy,
+    Judge(const documented::Interface& interface, const OperationCall& tried, Part part, const Outcome& healthy,
           Findings& findings)
         : interface_{interface}, try_{tried}, part_{part}, healthy_{healthy}, findings_{findings}
     {
@@ -302,7 +302,7 @@ public:
         case_ = try_.operation + (kind == Kind::Allocation ? " allocation " : " call ") + std::to_string(number) +
                 " (" + call_ + wordsOf(kind);
         findings_.count(kind);
-        if (mayWaitForEver(call_) && outcome.errors.find("every thread of the program waits") != std::string::npos)
+        if (mayWaitForever(call_) && outcome.errors.find("every thread of the program waits") != std::string::npos)
             return;
         if (outcome.signal != 0)
             return complain("ends by signal " + std::to_string(outcome.signal) + ' ' + outcome.errors);
@@ -310,11 +310,11 @@ public:
             return complain("it was not made in the second run");
         judgeAnswer(kind, outcome);
         judgeStored(kind, outcome);
-        if (mayWaitForEver(call_))
+        if (mayWaitForever(call_))
             return;
         if (outcome.descriptors > healthy_.descriptors)
             complain("a descriptor stays open");
-        if (runsForGood(try_.operation))
+        if (runsForever(try_.operation))
             return judgeLocks(outcome);
         if (outcome.blocks > healthy_.blocks)
             complain(std::to_string(outcome.blocks - healthy_.blocks) + " blocks of memory are lost");
@@ -357,16 +357,16 @@ private:
         const std::string name = documented::nameOf(outcome.code);
         if (!interface_.codes.at(operation).contains(name))
             complain("answers " + std::to_string(outcome.code) + " " + name + ", which its header does not name");
-        // Nothing but a lack of memory, a thread that has none, or a version that could not be asked for.
+        // Only out of memory, a thread without memory, or a version that could not be read.
         static const std::set<int> kLacks{ERR_CREATE_THREAD, ERR_INIT_FAILED, ERR_NEWER_SS_VERSION_REQUIRED,
                                           ERR_NEWER_FRONT_VERSION_REQUIRED, ERR_MEM_ALLOC_FAIL};
-        // The serial port answers with a null handle whether it cannot be opened or has no memory for one.
+        // The serial port answers with a null handle both when it cannot be opened and when out of memory.
         const bool noPort = outcome.code == ERR_OPEN_FAILED && operation.starts_with("start");
         if (kind == Kind::Allocation && outcome.code != healthy_.code && !kLacks.contains(outcome.code) && !noPort)
             complain("answers " + std::to_string(outcome.code) + " " + name + " when memory runs out");
     }
 
-    /// Each memory is as it was or completely new, or the header says that it may be torn.
+    /// Each memory is unchanged or completely new, or the header says that it may be torn.
     void judgeStored(Kind kind, const Outcome& outcome)
     {
         for (const auto& [memory, content] : outcome.after) {
@@ -374,15 +374,15 @@ private:
             if (content == before)
                 continue;
             if (outcome.code == ERR_MEM_ALLOC_FAIL && kind == Kind::Allocation)
-                complain("answers that memory ran out and changes the " + memory);
+                complain("reports out of memory and changes the " + memory);
             else if (memory == kSettingsFile ? !losesNothing(kind, before, content)
                                              : content != healthy_.after.at(memory) && !mayBeTorn(kind, try_, memory))
                 complain("leaves the " + memory + " torn");
         }
     }
 
-    /// Several settings are written one after the other: each file on the way has every line that was there before,
-    /// changed or not. An answer of the system that falsifies what is read from the file is beyond that.
+    /// Several settings are written one after the other: each intermediate file has every line of the original, changed
+    /// or not. Answers of the system that falsify reads of the file are excluded.
     [[nodiscard]] bool losesNothing(Kind kind, const std::string& before, const std::string& content) const
     {
         if (isFalsified(kind) && call_.starts_with("/opt/etc/hxaux.ini"))
@@ -406,7 +406,7 @@ private:
     }
 
     const documented::Interface& interface_;
-    const Try& try_;
+    const OperationCall& try_;
     Part part_;
     const Outcome& healthy_;
     Findings& findings_;
@@ -415,7 +415,7 @@ private:
 };
 
 template <class Interface>
-void tryAll(const documented::Interface& interface, const Try& tried, Part part,
+void tryAll(const documented::Interface& interface, const OperationCall& tried, Part part,
             typename Run<Interface>::Operation operation, Findings& findings)
 {
     Run<Interface> run{tried, part, std::move(operation)};
@@ -424,7 +424,7 @@ void tryAll(const documented::Interface& interface, const Try& tried, Part part,
         findings.add(tried.operation + ": ends by signal " + std::to_string(healthy.signal) + " without any fault");
     if (healthy.code != tried.usual && healthy.code != ERR_NOT_SUPPORTED)
         findings.add(tried.operation + ": answers " + std::to_string(healthy.code) + " without any fault");
-    if (!runsForGood(tried.operation) && (healthy.threw || !healthy.locks.empty() || healthy.descriptors != 0))
+    if (!runsForever(tried.operation) && (healthy.threw || !healthy.locks.empty() || healthy.descriptors != 0))
         findings.add(tried.operation + ": leaves something without any fault");
     Judge judge{interface, tried, part, healthy, findings};
     for (const Kind kind : {Kind::Call, Kind::Interrupted, Kind::Allocation, Kind::Zeros, Kind::Ones, Kind::AnyBytes})
@@ -433,7 +433,7 @@ void tryAll(const documented::Interface& interface, const Try& tried, Part part,
     findings.operationDone();
 }
 
-/// Upgrades take long: each kind is a part of its own.
+/// Upgrades take long: each kind is a separate part.
 std::string partOf(const std::string& operation)
 {
     for (const char* part : {"Fpga", "SS", "Front"})
@@ -442,7 +442,7 @@ std::string partOf(const std::string& operation)
     return {};
 }
 
-/// One part of an interface's operations; the factory and the release belong to the nameless one.
+/// One part of an interface's operations; the factory and the release belong to the unnamed part.
 template <class Interface>
 void failEverywhere(const std::string& part = "")
 {
@@ -455,7 +455,7 @@ void failEverywhere(const std::string& part = "")
     const auto visit = [&](const char* operation, auto member) {
         if (partOf(operation) != part)
             return;
-        for (const Try& tried : triesOf(name + '.' + operation)) {
+        for (const OperationCall& tried : waysToCall(name + '.' + operation)) {
             const auto call = [&](Interface& object) {
                 Arguments arguments{tried.numbers, tried.texts};
                 return arguments.call(object, member);

@@ -32,14 +32,14 @@ std::string contentOf(int file)
     return text;
 }
 
-[[noreturn]] void live(int output, int errors, const std::function<std::string()>& deed)
+[[noreturn]] void live(int output, int errors, const std::function<std::string()>& action)
 {
     redirectOutput(errors);
     alarm(kPatienceSeconds);
-    const std::string told = deed();
+    const std::string text = action();
     std::size_t done = 0;
-    while (done < told.size()) {
-        const ssize_t count = write(output, told.data() + done, told.size() - done);
+    while (done < text.size()) {
+        const ssize_t count = write(output, text.data() + done, text.size() - done);
         if (count <= 0)
             break;
         done += static_cast<std::size_t>(count);
@@ -51,7 +51,7 @@ std::string contentOf(int file)
 
 } // namespace
 
-Ended inAChild(const std::function<std::string()>& deed)
+Ended inAChild(const std::function<std::string()>& action)
 {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
@@ -60,13 +60,13 @@ Ended inAChild(const std::function<std::string()>& deed)
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
-        live(ends[1], errors, deed);
+        live(ends[1], errors, action);
     }
     close(ends[1]);
     Ended ended;
     char bytes[4096];
     for (ssize_t count; (count = read(ends[0], bytes, sizeof bytes)) > 0;)
-        ended.told.append(bytes, static_cast<std::size_t>(count));
+        ended.output.append(bytes, static_cast<std::size_t>(count));
     close(ends[0]);
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {

@@ -6,13 +6,13 @@
 
 namespace faults {
 
-/// Runs `deed` in a child of this process, where nothing was used before and where it may crash, hang or be killed, and
-/// waits for its end. `told` is what it answers: a text of any length; `errors` what it wrote to standard error.
+/// Runs `action` in a child of this process, where nothing was used before and where it may crash, hang or be killed,
+/// and waits for its end. `output` is the text that it returns, of any length; `errors` its standard error.
 struct Ended {
-    std::string told{};
+    std::string output{};
     std::string errors{};
-    int signal = 0; ///< that ended it, or 0
+    int signal = 0; ///< that terminated it, or 0
 };
-Ended inAChild(const std::function<std::string()>& deed);
+Ended inAChild(const std::function<std::string()>& action);
 
 } // namespace faults

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Questions whose answer others rely on, with each of their calls and allocations failing: the version gates answer no
-// and never more than that; what modules are fitted is asked again when memory ran out.
+// Queries that other operations rely on, with each of their calls and allocations failing: the version gates return
+// false; fitted modules are read again after out of memory.
 #include <gtest/gtest.h>
 
 #include "hx-aux/hx-aux.h"
@@ -20,7 +20,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, EveryGate,
                          testing::Values(&DoesSystemHaveAtLeastFPGAVersion, &DoesSystemHaveAtLeastSSVersion,
                                          &DoesSystemHaveAtLeastFrontVersion));
 
-/// "yes", "no" or "threw"; and "unfailed" when the gate made no such call.
+/// "yes", "no" or "threw", or "unfailed" when the gate makes no such call.
 std::string askedWith(Gate gate, Kind kind, std::size_t number)
 {
     return inAChild([&] {
@@ -36,7 +36,7 @@ std::string askedWith(Gate gate, Kind kind, std::size_t number)
                (void)stop();
                return hasFired() ? answer : "unfailed";
            })
-        .told;
+        .output;
 }
 
 TEST_P(EveryGate, AnswersNoWhenTheVersionCannotBeRead)
@@ -45,14 +45,14 @@ TEST_P(EveryGate, AnswersNoWhenTheVersionCannotBeRead)
     const std::string request = askedWith(GetParam(), Kind::Call, 1);
     const std::string close = askedWith(GetParam(), Kind::Call, 2);
 
-    EXPECT_EQ(open + ' ' + request + ' ' + close, "no no yes"); // a failed close changes nothing
+    EXPECT_EQ(open + ' ' + request + ' ' + close, "no no yes"); // a failed close has no effect
     EXPECT_EQ(askedWith(GetParam(), Kind::Call, 3), "unfailed");
     EXPECT_EQ(askedWith(GetParam(), Kind::Interrupted, 1), "no");
     EXPECT_EQ(askedWith(GetParam(), Kind::Allocation, 0), "no");
     EXPECT_EQ(askedWith(GetParam(), Kind::Allocation, 1), "unfailed");
 }
 
-/// The answers of two questions, the first of which runs out of memory at one allocation; "unfailed" past the last one.
+/// The results of two queries, the first of which runs out of memory at one allocation; "unfailed" after the last one.
 std::string askedTwiceFailing(std::size_t allocation)
 {
     return inAChild([&] {
@@ -68,10 +68,10 @@ std::string askedTwiceFailing(std::size_t allocation)
                telematics->Release();
                return hasFired() ? std::to_string(first) + ' ' + std::to_string(second) : "unfailed";
            })
-        .told;
+        .output;
 }
 
-TEST(FittedModules, AreAskedForAgainWhenMemoryRanOut)
+TEST(FittedModules, AreReadAgainAfterOutOfMemory)
 {
     EXPECT_EQ(askedTwiceFailing(0), "32 0");
     EXPECT_EQ(askedTwiceFailing(1), "32 0");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What other users of the machine can put in the library's way, and names that nobody meant. SECURITY.md tells what is
-// tested here.
+// Objects that other users of the machine can create in the paths of the library, and unintended names. SECURITY.md
+// describes what is tested here.
 #include <fcntl.h>
 #include <semaphore.h>
 #include <sys/stat.h>
@@ -32,7 +32,7 @@ std::string contentOf(const std::string& path)
     return {std::istreambuf_iterator<char>{stream}, {}};
 }
 
-// At the place of the daemon's FIFO.
+// In place of the daemon's FIFO.
 
 int openFifo(const std::string& path)
 {
@@ -50,10 +50,10 @@ TEST(Hostile, FileInPlaceOfTheFifoTakesTheCommands)
 
     EXPECT_GE(openFifo(path), 0);
 
-    EXPECT_EQ(contentOf(path), "there"); // opening alone changes nothing
+    EXPECT_EQ(contentOf(path), "there"); // opening alone has no effect
 }
 
-TEST(Hostile, FolderInPlaceOfTheFifoIsNoDaemon)
+TEST(Hostile, FolderInPlaceOfTheFifoIsNotADaemon)
 {
     SimulatedUnit unit;
     const std::string path = unit.folder() + "/fifo";
@@ -74,7 +74,7 @@ TEST(Hostile, LinkInPlaceOfTheFifoIsFollowed)
     EXPECT_EQ(contentOf(unit.folder() + "/target"), "there");
 }
 
-TEST(Hostile, DanglingLinkInPlaceOfTheFifoIsNoDaemonAndMakesNoFile)
+TEST(Hostile, DanglingLinkInPlaceOfTheFifoIsNotADaemonAndCreatesNoFile)
 {
     SimulatedUnit unit;
     const std::string path = unit.folder() + "/fifo";
@@ -85,7 +85,7 @@ TEST(Hostile, DanglingLinkInPlaceOfTheFifoIsNoDaemonAndMakesNoFile)
     EXPECT_FALSE(std::filesystem::exists(unit.folder() + "/nowhere"));
 }
 
-TEST(Hostile, FifoThatNobodyReadsIsNoDaemon)
+TEST(Hostile, FifoWithoutAReaderIsNotADaemon)
 {
     SimulatedUnit unit;
     const std::string path = unit.folder() + "/fifo";
@@ -94,7 +94,7 @@ TEST(Hostile, FifoThatNobodyReadsIsNoDaemon)
     EXPECT_EQ(openFifo(path), -2);
 }
 
-// At the place of the settings file.
+// In place of the settings file.
 
 eErr setKey(const char* value)
 {
@@ -115,7 +115,7 @@ TEST(Hostile, LinkInPlaceOfTheSettingsIsFollowedAndItsTargetRewritten)
 {
     SimulatedUnit unit;
     const std::string target = unit.folder() + "/target";
-    std::ofstream{target} << "somebody's file\n";
+    std::ofstream{target} << "a user's file\n";
     std::filesystem::create_symlink(target, unit.settingsFile());
 
     EXPECT_EQ(setKey("1"), ERR_SUCCESS);
@@ -123,7 +123,7 @@ TEST(Hostile, LinkInPlaceOfTheSettingsIsFollowedAndItsTargetRewritten)
     EXPECT_EQ(contentOf(target), "=\nKEY = 1\n");
 }
 
-TEST(Hostile, DanglingLinkInPlaceOfTheSettingsMakesItsTarget)
+TEST(Hostile, DanglingLinkInPlaceOfTheSettingsCreatesItsTarget)
 {
     SimulatedUnit unit;
     const std::string target = unit.folder() + "/target";
@@ -140,7 +140,7 @@ TEST(Hostile, FolderInPlaceOfTheSettingsIsAnEmptyFileThatTakesNothing)
     std::filesystem::create_directory(unit.settingsFile());
     std::string value;
 
-    EXPECT_EQ(setKey("1"), ERR_SUCCESS); // whether it could be written is not told
+    EXPECT_EQ(setKey("1"), ERR_SUCCESS); // a failure to write is not reported
     EXPECT_EQ(getKey(value), ERR_COMMAND_FAILED);
 }
 
@@ -155,7 +155,7 @@ TEST(Hostile, SettingsThatCannotBeReadStayAsTheyAre)
     EXPECT_EQ(unit.settings(), "OTHER=1\n");
 }
 
-TEST(Hostile, SettingsOfWhichThereIsNoRoomForAChangeStayAsTheyAre)
+TEST(Hostile, SettingsWithoutSpaceForAChangeStayUnchanged)
 {
     SimulatedUnit unit;
     unit.writeSettings("; a comment\nOTHER=1");
@@ -177,7 +177,7 @@ TEST(Hostile, SettingsThatCannotBeWrittenAtAllAreEmpty)
     EXPECT_EQ(unit.settings(), "");
 }
 
-// Semaphores that somebody made first.
+// Semaphores that another user created first.
 
 void makeFirst(const char* name, unsigned count)
 {
@@ -203,7 +203,7 @@ TEST(Hostile, SettingsLockOfCountZeroIsWaitedForWithoutEnd)
         return std::to_string(setKey("1"));
     });
 
-    EXPECT_EQ(ended.told, "");
+    EXPECT_EQ(ended.output, "");
     EXPECT_THAT(ended.errors, HasSubstr("semaphore /FILE_HXAUXINI_IS_IN_USE"));
 }
 
@@ -240,7 +240,7 @@ TEST(Hostile, LocksOfCountAThousandDoNotExcludeAndKeepTheirCount)
     EXPECT_EQ(valueOf("/FILE_HXAUXINI_IS_IN_USE"), 1000);
 }
 
-// Names and texts that nobody meant.
+// Unintended names and texts.
 
 TEST(Hostile, FormatsInSettingsAreTexts)
 {
@@ -255,7 +255,7 @@ TEST(Hostile, FormatsInSettingsAreTexts)
     EXPECT_EQ(unit.settings(), std::string{kHostile} + " = " + kHostile + "\n");
 }
 
-TEST(Hostile, SettingsMayBeLongButNotLongerThanTheCallersRoom)
+TEST(Hostile, SettingsMayBeLongButNotLongerThanTheCallersBuffer)
 {
     SimulatedUnit unit;
     Released<HXAuxPrivate> service{GetHXAuxPrivate()};
@@ -280,7 +280,7 @@ TEST(Hostile, FormatsInProductionDataAreTexts)
     EXPECT_STREQ(serial, "%s%n");
 }
 
-TEST(Hostile, LongPropertyIsCutOrRefusedByTheCallersRoom)
+TEST(Hostile, LongPropertyIsCutOrRefusedByTheCallersBuffer)
 {
     SimulatedUnit unit;
     unit.model<hxsim::ProductionData>()->main.setText("DATA:1\r\nUNIT_SERIAL:" + std::string(2000, 'x') + "\r\n");
@@ -337,7 +337,7 @@ INSTANTIATE_TEST_SUITE_P(Hostile, AnyRate,
                          testing::Values("", "\n", "%s%n\n", "-1\n", "99999999999999999999\n",
                                          "1111111111111111111111111111111111111111111111111111111111111\n"));
 
-TEST_P(AnyRate, OfANetworkGivesANumberOrAnError)
+TEST_P(AnyRate, OfANetworkReturnsANumberOrAnError)
 {
     SimulatedUnit unit;
     unit.set("can.1.text", GetParam());

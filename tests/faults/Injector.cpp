@@ -20,7 +20,7 @@ namespace {
 enum class Mode { Off, Recording, Failing };
 
 thread_local bool isCaller = false;
-thread_local std::size_t callInProgress = 0; ///< of this thread: its answer belongs to it
+thread_local std::size_t callInProgress = 0; ///< of this thread: the answer belongs to it
 
 struct State {
     Mode mode = Mode::Off;
@@ -36,7 +36,7 @@ struct State {
 
 State state; // one thread of a unit runs at a time, or its calls do not count
 
-/// Which calls led here.
+/// The call stack.
 std::size_t place()
 {
     void* frames[48];
@@ -87,7 +87,7 @@ std::vector<std::size_t> firstSecondAndLast(const std::vector<std::size_t>& plac
 void thisIsTheCaller()
 {
     isCaller = true;
-    (void)place(); // loads what it needs
+    (void)place(); // loads its dependencies
 }
 
 void startRecording(Scope scope)
@@ -99,9 +99,9 @@ void startRecording(Scope scope)
 
 void startFailing(Kind kind, Scope scope, std::size_t n)
 {
-    const auto deed = state.beforeDeath;
+    const auto action = state.beforeDeath;
     state = State{};
-    state.beforeDeath = deed;
+    state.beforeDeath = action;
     state.kind = kind;
     state.scope = scope;
     state.failAt = n;
@@ -119,9 +119,9 @@ bool hasFired()
     return state.fired;
 }
 
-void beforeDeath(void (*deed)())
+void beforeDeath(void (*action)())
 {
-    state.beforeDeath = deed;
+    state.beforeDeath = action;
 }
 
 bool isFalsified(Kind kind)
@@ -147,7 +147,7 @@ std::vector<std::size_t> choose(const Recording& recording, Kind kind)
             numbers.emplace(std::tuple{call.subject, call.name, call.place}, numbers.size()).first->second);
     std::vector<std::size_t> chosen = firstSecondAndLast(places);
     int pages = 0;
-    for (std::size_t i = 0; kind == Kind::Kill && i < places.size(); ++i) // a memory may be half written
+    for (std::size_t i = 0; kind == Kind::Kill && i < places.size(); ++i) // a memory may be partly written
         if (recording.calls[i].name == "JidaI2CWrite" && ++pages % 4 == 0 &&
             std::ranges::find(chosen, i) == chosen.end())
             chosen.push_back(i);

@@ -8,20 +8,20 @@
 #include <string_view>
 #include <vector>
 
-/// Lets one system call or one allocation of the library fail, chosen by its number.
+/// Makes one system call or one allocation of the library fail, selected by its number.
 ///
-/// A run is recorded once; `choose` then says which of its calls are worth failing: of equal calls from one place the
-/// first, the second and the last. The same run is then repeated with `failing` each of them.
+/// A run is recorded once; `choose` then selects the calls to fail: of equal calls from one place the first, the second
+/// and the last. The same run is then repeated with `failing` each of them.
 namespace faults {
 
 enum class Kind {
-    Call,        ///< a system call fails with an error of its own kind
+    Call,        ///< a system call fails with a suitable error
     Interrupted, ///< a system call that a signal can end fails with EINTR
-    Allocation,  ///< operator new, malloc, calloc or realloc finds no memory
-    Kill,        ///< the process dies in front of a system call
-    Zeros,       ///< a system call answers zeros in place of what it read
+    Allocation,  ///< operator new, malloc, calloc or realloc runs out of memory
+    Kill,        ///< the process is killed before a system call
+    Zeros,       ///< a system call returns zeros instead of the data read
     Ones,        ///< the same with all bits set
-    AnyBytes,    ///< the same with bytes that mean nothing
+    AnyBytes,    ///< the same with arbitrary bytes
 };
 
 /// Whose calls count: the test's own thread's or those of the threads that the library starts.
@@ -31,10 +31,10 @@ struct Call {
     std::string subject;
     std::string name;
     std::size_t place = 0; ///< the stack, as a number
-    bool answered = false; ///< it gave bytes
+    bool answered = false; ///< it returned bytes
 };
 
-/// What happened while it was on.
+/// The recorded calls and allocations.
 struct Recording {
     std::vector<Call> calls;
     std::vector<std::size_t> allocations; ///< places
@@ -46,12 +46,12 @@ void thisIsTheCaller();
 void startRecording(Scope scope);
 /// From now on the n-th call or allocation fails.
 void startFailing(Kind kind, Scope scope, std::size_t n);
-/// Nothing fails any more. Gives what a recording saw.
+/// Stops failing and returns the recording.
 Recording stop();
-/// Whether the call that was to fail was made.
+/// Whether the call to fail was made.
 bool hasFired();
-/// Is called in front of the call that the process dies at.
-void beforeDeath(void (*deed)());
+/// Called before the call at which the process is killed.
+void beforeDeath(void (*action)());
 
 [[nodiscard]] bool isFalsified(Kind kind);
 [[nodiscard]] bool canBeInterrupted(std::string_view name);
@@ -63,7 +63,7 @@ int onCall(std::string_view subject, std::string_view name);
 /// For hxsim::watchAnswers.
 void onAnswer(std::span<std::uint8_t> answer);
 
-/// Memory that the library took since `trackMemory` and did not give back, as numbers of blocks.
+/// Blocks that the library allocated since `trackMemory` and did not free.
 void trackMemory();
 [[nodiscard]] std::size_t blocksLeft();
 void stopTracking();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// A program that is killed in front of each system call of an operation: what the unit's locks, settings file, memories
-// and hardware are then, seen from outside. docs/locks-and-processes.md tells the states of this table.
+// A program that is killed before each system call of an operation: the resulting state of the unit's locks, settings
+// file, memories and hardware, seen from outside. docs/locks-and-processes.md describes these states.
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -23,7 +23,7 @@
 #include "simulator/model/UartRouting.h"
 #include "testing/Arguments.h"
 #include "testing/EveryOperation.h"
-#include "testing/World.h"
+#include "testing/OperationCalls.h"
 #include "tests/faults/Forked.h"
 #include "tests/faults/Injector.h"
 
@@ -33,19 +33,19 @@ using testing::IsEmpty;
 
 namespace {
 
-/// What the unit of a killed program held. Its model dies with the program, so this is written down in the last moment.
+/// State of the unit of a killed program. Its model dies with the program, so this is recorded at the last moment.
 struct Hardware {
     std::size_t eeprom; ///< sums
     std::size_t flash;
     bool sounds;
-    bool keyHeld; ///< of the GSM module
-    bool routed;  ///< the service UART, to a microcontroller
-    bool aside;   ///< the supervisor does not work as usual
+    bool keyHeld;     ///< of the GSM module
+    bool routed;      ///< the service UART, to a microcontroller
+    bool upgradeMode; ///< the supervisor has left normal operation
 };
 
-Hardware* lastHardware = nullptr; // shared with the program that dies
+Hardware* lastHardware = nullptr; // shared with the program to be killed
 
-/// The parts of the unit; used without its lock, which the dying thread has.
+/// The parts of the unit; used without its lock, which the killed thread holds.
 struct Parts {
     const std::vector<std::uint8_t>* eeprom;
     const hxsim::Microcontrollers* microcontrollers;
@@ -77,8 +77,8 @@ void watchHardware(SimulatedUnit& unit)
     lastHardware =
         new (mmap(nullptr, sizeof(Hardware), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Hardware{};
     // One at a time: each expression holds the unit's lock.
-    auto& world = dynamic_cast<hxsim::LinkedUnit&>(*hxsim::Link::current());
-    parts.eeprom = &world.unit()->memories().at("eeprom-main").bytes;
+    auto& linked = dynamic_cast<hxsim::LinkedUnit&>(*hxsim::Link::current());
+    parts.eeprom = &linked.unit()->memories().at("eeprom-main").bytes;
     parts.microcontrollers = &*unit.model<hxsim::Microcontrollers>();
     parts.fpga = &*unit.model<hxsim::FpgaFlash>();
     parts.buzzer = &*unit.model<hxsim::Buzzer>();
@@ -87,7 +87,7 @@ void watchHardware(SimulatedUnit& unit)
     beforeDeath(writeDown);
 }
 
-/// What a life left. Goes from the child to the test as a text; a settings file has no tabs.
+/// The result of a run, passed from the child to the test as a text; a settings file has no tabs.
 struct State {
     std::string settings;
     Hardware hardware{};
@@ -99,27 +99,30 @@ std::string textOf(const State& state)
     std::ostringstream text;
     text << state.settings << '\t' << state.locks << '\t' << state.hardware.eeprom << ' ' << state.hardware.flash << ' '
          << state.hardware.sounds << ' ' << state.hardware.keyHeld << ' ' << state.hardware.routed << ' '
-         << state.hardware.aside;
+         << state.hardware.upgradeMode;
     return text.str();
 }
 
-State stateOf(const std::string& told)
+State stateOf(const std::string& output)
 {
     State state;
-    std::istringstream text{told};
+    std::istringstream text{output};
     std::getline(text, state.settings, '\t');
     std::getline(text, state.locks, '\t');
     text >> state.hardware.eeprom >> state.hardware.flash >> state.hardware.sounds >> state.hardware.keyHeld >>
-        state.hardware.routed >> state.hardware.aside;
+        state.hardware.routed >> state.hardware.upgradeMode;
     return state;
 }
 
-/// One way to call one operation, ready for any number of lives.
+/// One way to call one operation, for any number of runs.
 class Life {
 public:
-    using Deed = std::function<void()>;
+    using Action = std::function<void()>;
 
-    Life(Try tried, std::function<Deed()> makeDeed) : try_{std::move(tried)}, makeDeed_{std::move(makeDeed)} {}
+    Life(OperationCall tried, std::function<Action()> makeAction)
+        : try_{std::move(tried)}, makeAction_{std::move(makeAction)}
+    {
+    }
 
     /// Numbers of the calls to be killed at.
     [[nodiscard]] std::vector<std::size_t> calls() const
@@ -133,11 +136,11 @@ public:
                 text << number << ' ';
             return text.str();
         });
-        std::istringstream text{ended.told};
+        std::istringstream text{ended.output};
         return {std::istream_iterator<std::size_t>{text}, {}};
     }
 
-    /// What is left when it is killed there; beyond its last call: when it ends.
+    /// The state when it is killed there; after its last call: when it ends.
     [[nodiscard]] State killedAt(std::size_t number) const
     {
         return stateOf(inAChild([&] {
@@ -153,7 +156,7 @@ public:
                            int status = 0;
                            waitpid(program, &status, 0);
                            return textOf({unit.settings(), *lastHardware, joined(locksTaken())});
-                       }).told);
+                       }).output);
     }
 
 private:
@@ -167,21 +170,21 @@ private:
     void begin(SimulatedUnit& unit) const
     {
         thisIsTheCaller();
-        furnish(unit, try_);
+        prepareUnit(unit, try_);
         hxsim::watchCalls(onCall);
     }
     void live(SimulatedUnit& unit, const std::function<void()>& start) const
     {
-        const Deed deed = makeDeed_();
+        const Action action = makeAction_();
         start();
-        deed();
+        action();
         if (try_.milliseconds != 0)
             unit.sleepFor(try_.milliseconds);
         recording_ = stop();
     }
 
-    Try try_;
-    std::function<Deed()> makeDeed_;
+    OperationCall try_;
+    std::function<Action()> makeAction_;
     mutable Recording recording_;
 };
 
@@ -190,8 +193,8 @@ std::string oldOrNew(bool isOld, bool isNew, const char* what)
     return std::string{isOld ? "old " : isNew ? "new " : "partly new "} + what;
 }
 
-/// One state in words, by what it was at first and what it is in the end.
-std::string told(const State& state, const State& first, const State& last)
+/// Describes one state relative to the first and the last state.
+std::string describe(const State& state, const State& first, const State& last)
 {
     std::vector<std::string> words;
     if (state.settings.empty())
@@ -210,8 +213,8 @@ std::string told(const State& state, const State& first, const State& last)
         words.emplace_back("key held");
     if (state.hardware.routed)
         words.emplace_back("line routed");
-    if (state.hardware.aside)
-        words.emplace_back("supervisor stands aside");
+    if (state.hardware.upgradeMode)
+        words.emplace_back("supervisor in upgrade mode");
     if (!state.locks.empty())
         words.push_back(state.locks);
     std::string text;
@@ -232,19 +235,20 @@ States statesOf(const Life& life, int& kills)
     states.push_back(life.killedAt(static_cast<std::size_t>(-1)));
     States all;
     for (const State& state : states)
-        if (const std::string words = told(state, states.front(), states.back()); all.empty() || all.back() != words)
+        if (const std::string words = describe(state, states.front(), states.back());
+            all.empty() || all.back() != words)
             all.push_back(words);
     return all;
 }
 
-/// By operation, with the number of the way of use if there are several: "buzze 2".
+/// By operation, with the number of the variant if there are several: "buzze 2".
 using Table = std::map<std::string, States>;
 
 const States kReads{"nothing", "FILE_HXAUXINI_IS_IN_USE 0", "nothing"};
 const States kWrites{"old file", "old file, FILE_HXAUXINI_IS_IN_USE 0", "empty file, FILE_HXAUXINI_IS_IN_USE 0",
                      "new file, FILE_HXAUXINI_IS_IN_USE 0", "new file"};
 
-/// Kills at each call of each operation of the interface that begins so; one that is not in the table leaves nothing.
+/// Kills at each call of each operation of the interface that begins so; one that is not in the table changes nothing.
 template <class Interface>
 void killEverywhere(const Table& expected, const std::string& beginning = "")
 {
@@ -254,18 +258,18 @@ void killEverywhere(const Table& expected, const std::string& beginning = "")
     const auto visit = [&](const std::string& operation, auto member) {
         if (!operation.starts_with(beginning))
             return;
-        const std::vector<Try> tries = triesOf(interface + '.' + operation);
-        for (std::size_t i = 0; i < tries.size(); ++i) {
-            const auto makeDeed = [&tried = tries[i], member] {
+        const std::vector<OperationCall> ways = waysToCall(interface + '.' + operation);
+        for (std::size_t i = 0; i < ways.size(); ++i) {
+            const auto makeAction = [&tried = ways[i], member] {
                 auto* const object = every::Operations<Interface>::make();
-                return Life::Deed{[&tried, member, object] {
+                return Life::Action{[&tried, member, object] {
                     Arguments arguments{tried.numbers, tried.texts};
                     (void)arguments.call(*object, member);
                 }};
             };
-            const std::string name = tries.size() == 1 ? operation : operation + ' ' + std::to_string(i + 1);
+            const std::string name = ways.size() == 1 ? operation : operation + ' ' + std::to_string(i + 1);
             const auto row = expected.find(name);
-            const States states = statesOf(Life{tries[i], makeDeed}, kills);
+            const States states = statesOf(Life{ways[i], makeAction}, kills);
             if (states != (row == expected.end() ? States{"nothing"} : row->second))
                 wrong.push_back(name + " leaves " + testing::PrintToString(states));
         }
@@ -283,14 +287,14 @@ TEST(Kill, LeavesOfBacklight)
          {"getAutomaticBLParams", kReads},
          {"getAutomaticBLFilter", kReads},
          {"getLedDimming", kReads},
-         // The file says so already: its text is the same before and after.
+         // The file has the value already: its text is the same before and after.
          {"startAutomaticBL",
           {"nothing", "FILE_HXAUXINI_IS_IN_USE 0", "empty file, FILE_HXAUXINI_IS_IN_USE 0", "FILE_HXAUXINI_IS_IN_USE 0",
            "nothing"}},
          {"stopAutomaticBL", kWrites},
          {"setAutomaticBLParams", kWrites},
          {"setLedDimming", kWrites},
-         // One writing of the whole file for each of the four settings.
+         // One write of the whole file for each of the four settings.
          {"setAutomaticBLFilter",
           {"old file", "old file, FILE_HXAUXINI_IS_IN_USE 0", "empty file, FILE_HXAUXINI_IS_IN_USE 0",
            "old file, FILE_HXAUXINI_IS_IN_USE 0", "empty file, FILE_HXAUXINI_IS_IN_USE 0",
@@ -346,8 +350,8 @@ TEST(Kill, LeavesOfCanSetting)
 }
 
 const std::string kUpgrading = "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS 0";
-const std::string kAside = "supervisor stands aside, " + kUpgrading;
-const std::string kRouted = "line routed, " + kAside;
+const std::string kUpgradeMode = "supervisor in upgrade mode, " + kUpgrading;
+const std::string kRouted = "line routed, " + kUpgradeMode;
 /// Killed before its thread starts, or not at all.
 const States kStartsProgramming{"old flash", "old flash, " + kUpgrading, "new flash"};
 
@@ -355,29 +359,29 @@ TEST(Kill, LeavesOfFpgaUpgrades)
 {
     const States programmes{"old flash",
                             "old flash, " + kUpgrading,
-                            "old flash, " + kAside,
-                            "partly new flash, " + kAside,
-                            "new flash, " + kAside,
+                            "old flash, " + kUpgradeMode,
+                            "partly new flash, " + kUpgradeMode,
+                            "new flash, " + kUpgradeMode,
                             "new flash, " + kUpgrading,
                             "new flash"};
     killEverywhere<FirmwareUpgrade>(
         {{"startFpgaUpgrade 1", programmes},
          {"startFpgaUpgrade 2", kStartsProgramming},
-         {"startFpgaUpgrade 3", {programmes.begin() + 1, programmes.end()}}, // the lock came with the thread
-         {"startFpgaVerification 1", {"nothing", kUpgrading, kAside, kUpgrading, "nothing"}},
+         {"startFpgaUpgrade 3", {programmes.begin() + 1, programmes.end()}}, // the lock is acquired with the thread
+         {"startFpgaVerification 1", {"nothing", kUpgrading, kUpgradeMode, kUpgrading, "nothing"}},
          {"startFpgaVerification 2", {"nothing", kUpgrading, "nothing"}}},
         "startFpga");
 }
 
 TEST(Kill, LeavesOfSupervisorUpgrades)
 {
-    // One request turns the line back and starts the new firmware.
+    // One request restores the line and starts the new firmware.
     killEverywhere<FirmwareUpgrade>(
         {{"startSSUpgrade 1",
-          {"old flash", "old flash, " + kUpgrading, "old flash, " + kAside, "old flash, " + kRouted,
+          {"old flash", "old flash, " + kUpgrading, "old flash, " + kUpgradeMode, "old flash, " + kRouted,
            "partly new flash, " + kRouted, "new flash, " + kRouted, "new flash, " + kUpgrading, "new flash"}},
          {"startSSUpgrade 2", kStartsProgramming},
-         {"startSSVerification", {"nothing", kUpgrading, kAside, kRouted, kUpgrading, "nothing"}}},
+         {"startSSVerification", {"nothing", kUpgrading, kUpgradeMode, kRouted, kUpgrading, "nothing"}}},
         "startSS");
 }
 
@@ -386,10 +390,10 @@ TEST(Kill, LeavesOfFrontUpgrades)
     const std::string routedOnly = "line routed, " + kUpgrading;
     killEverywhere<FirmwareUpgrade>(
         {{"startFrontUpgrade",
-          {"old flash", "old flash, " + kUpgrading, "old flash, " + kAside, "old flash, " + kRouted,
+          {"old flash", "old flash, " + kUpgrading, "old flash, " + kUpgradeMode, "old flash, " + kRouted,
            "partly new flash, " + kRouted, "new flash, " + kRouted, "new flash, " + routedOnly,
            "new flash, " + kUpgrading, "new flash"}},
-         {"startFrontVerification", {"nothing", kUpgrading, kAside, kRouted, routedOnly, kUpgrading, "nothing"}}},
+         {"startFrontVerification", {"nothing", kUpgrading, kUpgradeMode, kRouted, routedOnly, kUpgrading, "nothing"}}},
         "startFront");
 }
 

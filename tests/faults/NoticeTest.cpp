@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* kNotice = "/Global\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ";
 
-/// "stored" or "refused", with ", notified" behind it; "unfailed" when there is no such allocation.
+/// "stored" or "refused", followed by ", notified"; "unfailed" when there is no such allocation.
 std::string setWithFailing(std::size_t allocation)
 {
     return inAChild([&] {
@@ -33,10 +33,10 @@ std::string setWithFailing(std::size_t allocation)
                        answer += ", notified";
                return answer;
            })
-        .told;
+        .output;
 }
 
-TEST(Notice, IsNotGivenOfASettingThatWasNotStored)
+TEST(Notice, IsNotSentForASettingThatWasNotStored)
 {
     std::size_t failed = 0;
     std::string answer = setWithFailing(failed);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// A semaphore that was opened and for whose handle there is no memory.
+// A semaphore that was opened and whose handle runs out of memory.
 #include <cerrno>
 #include <pthread.h>
 #include <string_view>
@@ -51,7 +51,7 @@ TEST(SemaphoreWithoutMemoryForItsHandle, IsClosedWhileForksWait)
         return made || !hasFired() ? std::string{"made"} : std::string{closing};
     });
 
-    EXPECT_EQ(ended.told, "closed while forks wait");
+    EXPECT_EQ(ended.output, "closed while forks wait");
 }
 
 } // namespace

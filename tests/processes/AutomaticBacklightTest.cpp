@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The service process of the automatic backlight, and other processes that steer it, in real time.
+// The service process of the automatic backlight, and other processes that control it, in real time.
 #include <csignal>
 #include <functional>
 #include <thread>
@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A unit with the serving process on it.
+/// A unit with the service process.
 struct ServedUnit {
     explicit ServedUnit(const std::string& settings) : unit{{"light = 100"}}
     {
@@ -29,7 +29,7 @@ struct ServedUnit {
         return service[0].status();
     }
     std::string level() const { return unit.control("get", {"backlight.level"}); }
-    /// Waits for a level, much longer than it takes; a busy machine is slow.
+    /// Waits for a level, with a generous deadline for busy machines.
     bool reaches(const std::string& wanted) const
     {
         for (int tries = 0; tries < 300; ++tries) {
@@ -93,7 +93,7 @@ TEST(AutomaticBacklightService, RefusesASecondOneWithTheReason)
 {
     const ServedUnit served{kQuick};
 
-    const SharedUnit::Told second = served.unit.hxaux({"backlight", "serve"});
+    const SharedUnit::Result second = served.unit.hxaux({"backlight", "serve"});
 
     EXPECT_EQ(second.status, 5);
     EXPECT_THAT(second.output, HasSubstr("another process already serves the automatic backlight of this unit"));
@@ -104,7 +104,7 @@ TEST(AutomaticBacklightService, HasTheAveragingToItself)
     const ServedUnit served{kQuick};
     ASSERT_TRUE(served.reaches("218"));
 
-    const SharedUnit::Told other = served.unit.hxaux({"light", "--average"});
+    const SharedUnit::Result other = served.unit.hxaux({"light", "--average"});
 
     EXPECT_EQ(other.status, 5);
     EXPECT_THAT(other.output, HasSubstr("(20)"));

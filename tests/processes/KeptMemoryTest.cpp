@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A folder of this test alone.
+/// A private directory of this test.
 class KeptFolder {
 public:
     KeptFolder()
@@ -29,7 +29,7 @@ private:
     std::string path_;
 };
 
-/// Runs hxaux on a unit of its own whose memories are kept in the folder.
+/// Runs hxaux on a private unit whose memories are kept in the directory.
 std::string hxauxOn(const KeptFolder& folder, const std::vector<std::string>& words)
 {
     std::vector<std::string> command{HXSIM_PROGRAM, "run",         "--scale", "10",

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// One beep at a time over all programs of a unit.
+// One beep at a time across all programs of a unit.
 #include <gmock/gmock.h>
 
 #include <thread>
@@ -12,12 +12,12 @@ namespace {
 
 constexpr const char* kLongTime = "600000";
 
-/// Looks until it is so; false after a minute.
-template <class Claim>
-bool becomes(Claim claim)
+/// Polls the condition; false after a minute.
+template <class Condition>
+bool becomes(Condition condition)
 {
     for (int i = 0; i < 600; ++i) {
-        if (claim())
+        if (condition())
             return true;
         std::this_thread::sleep_for(100ms);
     }
@@ -29,14 +29,14 @@ bool sounds(const SharedUnit& unit)
     return becomes([&] { return unit.control("get", {"buzzer.sounding"}).find("on") != std::string::npos; });
 }
 
-TEST(SharedBuzzer, RefusesASecondProgramWhileABeepRunsAside)
+TEST(SharedBuzzer, RefusesASecondProgramWhileABeepRunsInTheBackground)
 {
     const SharedUnit unit;
-    Process first = unit.child({"beep", kLongTime, "aside"});
+    Process first = unit.child({"beep", kLongTime, "background"});
     ASSERT_EQ(first.line(), "answer 0");
 
     EXPECT_EQ(unit.child({"beep", "1", "waiting"}).line(), "answer 11");
-    EXPECT_EQ(unit.child({"beep", "1", "aside"}).line(), "answer 11");
+    EXPECT_EQ(unit.child({"beep", "1", "background"}).line(), "answer 11");
 }
 
 TEST(SharedBuzzer, RefusesASecondProgramWhileAnotherWaitsForItsBeep)
@@ -52,8 +52,8 @@ TEST(SharedBuzzer, IsFreeForTheNextProgramAfterABeep)
 {
     const SharedUnit unit;
     ASSERT_EQ(unit.child({"beep", "20", "waiting"}).line(), "answer 0");
-    Process aside = unit.child({"beep", "20", "aside"});
-    ASSERT_EQ(aside.line(), "answer 0");
+    Process background = unit.child({"beep", "20", "background"});
+    ASSERT_EQ(background.line(), "answer 0");
 
     EXPECT_TRUE(becomes([&] { return unit.child({"beep", "20", "waiting"}).line() == "answer 0"; }));
 }

@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kUpgrade[] = "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS";
 
-/// Takes a lock, between two rounds of others that take it, and dies with it.
+/// Acquires a lock that others use in rounds, and is killed while it holds it.
 void leaveStale(const SharedUnit& unit, const char* lock)
 {
     std::string said;
@@ -32,7 +32,7 @@ TEST(SharedSemaphore, IsTheSameForASecondProcessAndNotReset)
     EXPECT_EQ(second.line(), "refused");
 }
 
-TEST(SharedSemaphore, IsGivenFromOneProcessToAnother)
+TEST(SharedSemaphore, IsPassedFromOneProcessToAnother)
 {
     const SharedUnit unit;
     Process first = unit.child({"take", kUpgrade});
@@ -77,7 +77,7 @@ TEST(LocksTool, ShowsWhoHoldsALock)
     EXPECT_THAT(shown, HasSubstr("HXAUX_BUZZING_IN_PROGRESS: does not exist yet\n"));
 }
 
-TEST(LocksTool, ShowsAFreeLockAndNobodyAtIt)
+TEST(LocksTool, ShowsAFreeLockWithoutProcesses)
 {
     const SharedUnit unit;
     ASSERT_EQ(unit.child({"set", "A", "1"}).status(), 0);
@@ -102,10 +102,10 @@ TEST(LocksTool, RefusesToFreeALockInUse)
     Process holder = unit.child({"hold"});
     ASSERT_EQ(holder.line(), "held");
 
-    const SharedUnit::Told told = unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE"});
+    const SharedUnit::Result result = unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE"});
 
-    EXPECT_EQ(told.status, 5);
-    EXPECT_THAT(told.output, HasSubstr("it is in use by " + std::to_string(holder.pid()) + " (hx-child)"));
+    EXPECT_EQ(result.status, 5);
+    EXPECT_THAT(result.output, HasSubstr("it is in use by " + std::to_string(holder.pid()) + " (hx-child)"));
     EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: taken"));
 }
 
@@ -146,14 +146,14 @@ TEST(LocksTool, LeavesAFreeLockAlone)
     const SharedUnit unit;
     ASSERT_EQ(unit.child({"set", "A", "1"}).status(), 0);
 
-    const SharedUnit::Told told = unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE", "--force"});
+    const SharedUnit::Result result = unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE", "--force"});
 
-    EXPECT_EQ(told.status, 0);
-    EXPECT_EQ(told.output, "it is free already\n");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "it is free already\n");
     EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
 }
 
-TEST(LocksTool, CallsALockStaleThatNobodyMapsAnyMore)
+TEST(LocksTool, CallsALockStaleThatNoProcessMaps)
 {
     const SharedUnit unit;
     Process holder = unit.child({"take", kUpgrade});
@@ -191,7 +191,7 @@ TEST(LocksTool, NeverResetsTheCounter)
     EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr(counter + ": nothing pending, value 0"));
 }
 
-TEST(LocksTool, GivesJsonWithTheProcesses)
+TEST(LocksTool, PrintsJsonWithTheProcesses)
 {
     const SharedUnit unit;
     Process holder = unit.child({"hold"});
@@ -203,7 +203,7 @@ TEST(LocksTool, GivesJsonWithTheProcesses)
                           std::to_string(holder.pid()) + ",\"program\":\"hx-child\",\"waits\":false}]}"));
 }
 
-TEST(LocksTool, FreesTheSettingsOfAKilledProgramSoThatTheNextGoesOn)
+TEST(LocksTool, FreesTheSettingsOfAKilledProgramSoThatTheNextContinues)
 {
     const SharedUnit unit;
     Process holder = unit.child({"hold"});

@@ -22,7 +22,7 @@ namespace {
 const std::string kFree = "uart.paced = no";
 constexpr int kQuick = 200;
 
-/// Firmware files of this test alone.
+/// Firmware files of this test.
 class Files {
 public:
     Files()
@@ -92,7 +92,7 @@ TEST(UpgradeTool, WritesAndVerifiesEveryTarget)
     }
 }
 
-TEST(UpgradeTool, TellsThePhasesAsJson)
+TEST(UpgradeTool, PrintsThePhasesAsJson)
 {
     const SharedUnit unit({kFree});
     const Files files;
@@ -116,10 +116,10 @@ TEST(UpgradeTool, HasNoConnectionWithoutThePort)
     const SharedUnit unit({kFree, "absent = /dev/ttyS0"});
     const Files files;
 
-    const auto told = unit.hxaux({"upgrade", "ss", files.supervisor(100)});
+    const auto result = unit.hxaux({"upgrade", "ss", files.supervisor(100)});
 
-    EXPECT_EQ(told.status, 6);
-    EXPECT_THAT(told.output, HasSubstr("connecting: Open failed (1)"));
+    EXPECT_EQ(result.status, 6);
+    EXPECT_THAT(result.output, HasSubstr("connecting: Open failed (1)"));
 }
 
 TEST(UpgradeTool, IsRefusedByAFlashThatIsNotReady)
@@ -127,10 +127,10 @@ TEST(UpgradeTool, IsRefusedByAFlashThatIsNotReady)
     const SharedUnit unit({"fpga.status = 1"});
     const Files files;
 
-    const auto told = unit.hxaux({"upgrade", "fpga", files.fpga(160)});
+    const auto result = unit.hxaux({"upgrade", "fpga", files.fpga(160)});
 
-    EXPECT_EQ(told.status, 1);
-    EXPECT_THAT(told.output, HasSubstr("preparing: Initialisation failed (13)"));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.output, HasSubstr("preparing: Initialisation failed (13)"));
 }
 
 TEST(UpgradeTool, EndsWithADifferenceWhenABitReadsBackWrongly)
@@ -138,13 +138,13 @@ TEST(UpgradeTool, EndsWithADifferenceWhenABitReadsBackWrongly)
     const SharedUnit unit({kFree, "front.flip-read-at = 300"});
     const Files files;
 
-    const auto told = unit.hxaux({"upgrade", "front", files.front(1000)});
+    const auto result = unit.hxaux({"upgrade", "front", files.front(1000)});
 
-    EXPECT_EQ(told.status, 4);
-    EXPECT_THAT(told.output, HasSubstr("verifying: Verify failed (14)"));
+    EXPECT_EQ(result.status, 4);
+    EXPECT_THAT(result.output, HasSubstr("verifying: Verify failed (14)"));
 }
 
-// Phases that are over before anybody looks: nothing of the answer may depend on having seen them.
+// Phases that end before the first status query: the result must not depend on them.
 TEST(UpgradeTool, EndsWithADifferenceHoweverShortThePhasesAre)
 {
     const SharedUnit unit({kFree}, kQuick);
@@ -154,9 +154,9 @@ TEST(UpgradeTool, EndsWithADifferenceHoweverShortThePhasesAre)
 
     for (int i = 0; i < 12; ++i) {
         for (const auto& [target, file] : {std::pair{"front", front}, std::pair{"fpga", fpga}}) {
-            const auto told = unit.hxaux({"verify", target, file});
-            EXPECT_EQ(told.status, 4) << told.output;
-            EXPECT_THAT(told.output, HasSubstr("verify: verifying: Verify failed (14)"));
+            const auto result = unit.hxaux({"verify", target, file});
+            EXPECT_EQ(result.status, 4) << result.output;
+            EXPECT_THAT(result.output, HasSubstr("verify: verifying: Verify failed (14)"));
         }
     }
 }
@@ -169,9 +169,9 @@ TEST(UpgradeTool, VerifiesASmallImageHoweverShortThePhasesAre)
     ASSERT_EQ(unit.hxaux({"upgrade", "front", file}).status, 0);
 
     for (int i = 0; i < 12; ++i) {
-        const auto told = unit.hxaux({"verify", "front", file});
-        EXPECT_EQ(told.status, 0) << told.output;
-        EXPECT_THAT(told.output, HasSubstr("verified: 40 bytes"));
+        const auto result = unit.hxaux({"verify", "front", file});
+        EXPECT_EQ(result.status, 0) << result.output;
+        EXPECT_THAT(result.output, HasSubstr("verified: 40 bytes"));
     }
 }
 
@@ -182,11 +182,11 @@ TEST(UpgradeTool, DoesNotCallVerifiedWhatTheFlashIsTooSmallFor)
     const Files files;
     ASSERT_EQ(unit.hxaux({"upgrade", "ss", files.supervisor(kFlash)}).status, 0);
 
-    const auto told = unit.hxaux({"verify", "ss", files.supervisor(2 * kFlash)});
+    const auto result = unit.hxaux({"verify", "ss", files.supervisor(2 * kFlash)});
 
-    EXPECT_EQ(told.status, 4);
-    EXPECT_THAT(told.output, HasSubstr("% of the file could be compared"));
-    EXPECT_THAT(told.output, Not(HasSubstr("verified")));
+    EXPECT_EQ(result.status, 4);
+    EXPECT_THAT(result.output, HasSubstr("% of the file could be compared"));
+    EXPECT_THAT(result.output, Not(HasSubstr("verified")));
 }
 
 TEST(UpgradeTool, DoesNotCallVerifiedWhatAnUnknownTargetHas)
@@ -194,10 +194,10 @@ TEST(UpgradeTool, DoesNotCallVerifiedWhatAnUnknownTargetHas)
     const SharedUnit unit({kFree, "front.product-id = 0x999"}, kQuick);
     const Files files;
 
-    const auto told = unit.hxaux({"verify", "front", files.front(100)});
+    const auto result = unit.hxaux({"verify", "front", files.front(100)});
 
-    EXPECT_EQ(told.status, 4);
-    EXPECT_THAT(told.output, HasSubstr("only 0 % of the file could be compared"));
+    EXPECT_EQ(result.status, 4);
+    EXPECT_THAT(result.output, HasSubstr("only 0 % of the file could be compared"));
 }
 
 TEST(UpgradeTool, RefusesAnImageThatIsLargerThanTheFlashAsAFile)
@@ -205,10 +205,10 @@ TEST(UpgradeTool, RefusesAnImageThatIsLargerThanTheFlashAsAFile)
     const SharedUnit unit({kFree, "ss.product-id = 0x412"}, kQuick);
     const Files files;
 
-    const auto told = unit.hxaux({"upgrade", "ss", files.supervisor(40000)});
+    const auto result = unit.hxaux({"upgrade", "ss", files.supervisor(40000)});
 
-    EXPECT_EQ(told.status, 3);
-    EXPECT_THAT(told.output, HasSubstr("writing: "));
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.output, HasSubstr("writing: "));
 }
 
 TEST(UpgradeTool, RefusesFirmwareForTheOtherMicrocontroller)
@@ -271,7 +271,7 @@ TEST(UpgradeTool, EndsAfterASecondSignalAndNamesTheNextSteps)
     EXPECT_EQ(unit.hxaux({"upgrade", "front", file}).status, 0);
 }
 
-TEST(ShutdownTool, AsksTheDaemon)
+TEST(ShutdownTool, CommandsTheDaemon)
 {
     const SharedUnit unit;
 
@@ -284,8 +284,8 @@ TEST(ShutdownTool, IsRefusedWithoutTheDaemon)
 {
     const SharedUnit unit({"daemon.running = no"});
 
-    const auto told = unit.hxaux({"shutdown"});
+    const auto result = unit.hxaux({"shutdown"});
 
-    EXPECT_EQ(told.status, 1);
-    EXPECT_THAT(told.output, HasSubstr("Failed to execute command (17)"));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.output, HasSubstr("Failed to execute command (17)"));
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The application's signals, every millisecond, change neither what operations answer nor what is stored.
+// Signals of the application, every millisecond, change neither results nor stored data.
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -17,7 +17,7 @@ using testing::Not;
 
 namespace {
 
-/// A unit whose time runs ten times faster than real, in a folder with firmware files, for one program at a time.
+/// A unit whose time runs ten times faster than real, in a directory with firmware files, for one program at a time.
 class FastUnit {
 public:
     explicit FastUnit(const std::vector<std::string>& description)
@@ -43,18 +43,18 @@ public:
     FastUnit(const FastUnit&) = delete;
     FastUnit& operator=(const FastUnit&) = delete;
 
-    struct Told {
+    struct Result {
         std::string output;
         int status;
     };
-    [[nodiscard]] Told carryOut(const std::string& mode, const std::string& scene) const
+    [[nodiscard]] Result carryOut(const std::string& mode, const std::string& scene) const
     {
         Process program{{"/bin/sh", "-c",
                          "cd '" + folder_.string() + "' && exec '" HXSIM_PROGRAM "' run --unit " + name_ +
                              " -- '" HXDISTURBED_PROGRAM "' " + mode + ' ' + scene + " 2>/dev/null"}};
         return {withoutInterruptedWaits(program.rest()), program.status()};
     }
-    /// What the unit keeps: settings, production data, firmware, pins.
+    /// The persistent state of the unit: settings, production data, firmware, pins.
     [[nodiscard]] std::string kept() const
     {
         constexpr const char* kWhat =
@@ -101,13 +101,13 @@ TEST_P(Signals, ChangeNoAnswerAndNothingStored)
     const FastUnit undisturbed{description};
     const FastUnit disturbed{description};
 
-    const FastUnit::Told expected = undisturbed.carryOut("quiet", scene.name);
-    const FastUnit::Told told = disturbed.carryOut(mode, scene.name);
+    const FastUnit::Result expected = undisturbed.carryOut("quiet", scene.name);
+    const FastUnit::Result result = disturbed.carryOut(mode, scene.name);
 
     EXPECT_EQ(expected.status, 0);
-    EXPECT_EQ(told.status, 0);
+    EXPECT_EQ(result.status, 0);
     EXPECT_THAT(expected.output, AllOf(Not(testing::IsEmpty()), HasSubstr("signals on other threads 0 0\n")));
-    EXPECT_EQ(told.output, expected.output);
+    EXPECT_EQ(result.output, expected.output);
     EXPECT_EQ(disturbed.kept(), undisturbed.kept());
 }
 
@@ -126,7 +126,7 @@ INSTANTIATE_TEST_SUITE_P(Every, Signals,
                                           testing::Values("plain", "restart")),
                          nameOf);
 
-// The same answers as an undisturbed run are worth something only if that run does what it should.
+// The comparison with an undisturbed run requires that that run is correct.
 
 TEST(WithoutSignals, ModulesAreSwitchedAndUpgradesSucceed)
 {

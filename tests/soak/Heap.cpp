@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// This program's malloc: the C library's own, with a mark at the end of each block that is counted.
+// This program's malloc: the C library's, with a mark at the end of each counted block.
 #include "tests/soak/Heap.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -8,7 +8,7 @@ namespace soak {
 
 Heap Heap::now()
 {
-    return {}; // the sanitizer has the heap; it reports what is lost at the end of the program
+    return {}; // the sanitizer owns the heap; it reports leaks at the end of the program
 }
 
 bool heapIsExact()

@@ -5,8 +5,8 @@
 
 namespace soak {
 
-/// Memory of the program that was allocated and not freed. What the simulated unit allocates while it answers a call is
-/// not counted: its journal and its lists of names grow with the calls. (Under a sanitizer everything is counted.)
+/// Memory of the program that was allocated and not freed. Allocations of the simulated unit during a call are not
+/// counted: its journal and its lists of names grow with the calls. (Under a sanitizer everything is counted.)
 struct Heap {
     std::size_t blocks = 0;
     std::size_t bytes = 0;
@@ -15,7 +15,7 @@ struct Heap {
     bool operator==(const Heap&) const = default;
 };
 
-/// Whether only what the program itself allocates is counted.
+/// Whether only allocations of the program itself are counted.
 [[nodiscard]] bool heapIsExact();
 
 } // namespace soak

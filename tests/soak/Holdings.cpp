@@ -43,7 +43,7 @@ std::size_t threadsNow()
 
 } // namespace
 
-void startAnew()
+void startMeasurement()
 {
     semaphores = 0;
     ownThreads = threadsNow();
@@ -70,7 +70,7 @@ Holdings Holdings::now(const SimulatedUnit& unit, std::size_t lasting)
     waitForThreads(lasting);
     const std::string prefix = hxsim::UnitFolder::semaphorePrefix(hxsim::UnitFolder::markOf(unit.folder()));
     Holdings all;
-    all.heap = Heap::now(); // before what the rest of this needs itself
+    all.heap = Heap::now(); // before the allocations of this function
     all.semaphoresOpen = semaphores;
     all.descriptors = entriesOf("/proc/self/fd");
     all.threads = threadsNow();

@@ -9,7 +9,7 @@
 
 namespace soak {
 
-/// What this process holds of the system, and what the unit has because of it.
+/// Resources that this process uses, and those of the unit on its behalf.
 struct Holdings {
     std::size_t descriptors = 0;
     std::size_t mappings = 0;
@@ -18,19 +18,19 @@ struct Holdings {
     long semaphoresOpen = 0;     ///< opened and not closed again
     Heap heap{};
 
-    /// After the threads that are about to end have ended; `lasting` are those of the library that never do.
+    /// Measured after ending threads have ended; `lasting` is the number of library threads that never end.
     static Holdings now(const SimulatedUnit& unit, std::size_t lasting = 0);
     bool operator==(const Holdings&) const = default;
 };
 
 std::ostream& operator<<(std::ostream& stream, const Holdings& holdings);
 
-/// Before the first operation on a unit: the threads that there are now are none of the library's.
-void startAnew();
-/// After each round: counts the semaphores opened and closed in it, and forgets its journal.
+/// Before the first operation on a unit: the current threads do not belong to the library.
+void startMeasurement();
+/// After each round: counts the semaphores opened and closed in it, and clears its journal.
 void digestJournal();
 
-/// Waits until the library has no more than these threads, so that the next one gets the stack of one that is gone.
+/// Waits until the library has no more than these threads, so that the next one reuses a stack.
 void waitForThreads(std::size_t lasting = 0);
 
 } // namespace soak

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// All operations in random order by three threads for a while: HX_SOAK_SECONDS says how long, HX_SOAK_SEED repeats a
-// run. What is held afterwards may not depend on how long it was.
+// All operations in random order by three threads for a while: HX_SOAK_SECONDS is the duration, HX_SOAK_SEED repeats a
+// run. Resource use afterwards must not depend on the duration.
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -15,11 +15,11 @@
 
 #include "testing/Arguments.h"
 #include "testing/EveryOperation.h"
-#include "testing/World.h"
+#include "testing/OperationCalls.h"
 #include "tests/soak/Holdings.h"
 
 using namespace Halvix;
-using faults::Try;
+using faults::OperationCall;
 
 namespace soak {
 
@@ -28,23 +28,23 @@ namespace {
 constexpr std::size_t kThreads = 3;
 constexpr int kLongestRunMs = 60000;
 
-/// What would not leave things as they were, by its header, and what may wait forever.
+/// Operations that by their headers change the state permanently, or may wait forever.
 const std::set<std::string> kLeftOut{"Video.init", "HXAuxPrivate.automaticBacklightInit"};
 
 template <class Interface>
 constexpr bool kIsShared = std::is_same_v<Interface, Backlight> || std::is_same_v<Interface, Config> ||
                            std::is_same_v<Interface, Diagnostic> || std::is_same_v<Interface, FrontLED>;
 
-std::vector<Try> triesOf(const std::string& operation)
+std::vector<OperationCall> waysToCall(const std::string& operation)
 {
     if (kLeftOut.contains(operation))
         return {};
     if (operation == "FirmwareUpgrade.getUpgradeStatus") // without a wait
         return {{operation, {0}}};
-    return faults::triesOf(operation);
+    return faults::waysToCall(operation);
 }
 
-/// The object of one interface that a thread works with, made again now and then.
+/// The object of one interface that a thread uses, created again now and then.
 template <class Interface>
 class Worn {
 public:
@@ -65,7 +65,7 @@ private:
     {
         Interface* const object = every::Operations<Interface>::make();
         if constexpr (std::is_same_v<Interface, Video>)
-            (void)object->init(static_cast<unsigned char>(number_)); // each thread an input of its own, or none
+            (void)object->init(static_cast<unsigned char>(number_)); // each thread its own input, or none
         return object;
     }
 
@@ -86,9 +86,9 @@ public:
     {
         constexpr int kUntilDigested = 16;
         std::minstd_rand random{seed};
-        std::uniform_int_distribution<std::size_t> any{0, deeds_.size() - 1};
+        std::uniform_int_distribution<std::size_t> any{0, actions_.size() - 1};
         for (; std::chrono::steady_clock::now() < end; ++done_) {
-            deeds_[any(random)]();
+            actions_[any(random)]();
             if (done_ % kUntilDigested == 0)
                 digestJournal();
         }
@@ -105,11 +105,11 @@ private:
     void add()
     {
         auto object = std::make_shared<Worn<Interface>>(number_);
-        if constexpr (!kIsShared<Interface>) // the headers have those made and released by one thread
-            deeds_.push_back([object] { object->renew(); });
+        if constexpr (!kIsShared<Interface>) // the headers require one thread to create and release them
+            actions_.push_back([object] { object->renew(); });
         every::Operations<Interface>::visit([&](const char* name, auto operation) {
-            for (const Try& tried : triesOf(std::string{every::Operations<Interface>::kName} + '.' + name))
-                deeds_.push_back([object, operation, tried] {
+            for (const OperationCall& tried : waysToCall(std::string{every::Operations<Interface>::kName} + '.' + name))
+                actions_.push_back([object, operation, tried] {
                     faults::Arguments arguments{tried.numbers, tried.texts};
                     (void)arguments.call(**object, operation);
                 });
@@ -117,11 +117,11 @@ private:
     }
 
     std::size_t number_;
-    std::vector<std::function<void()>> deeds_;
+    std::vector<std::function<void()>> actions_;
     long done_ = 0;
 };
 
-/// Objects are made and released here, by one thread. Returns how many operations there were.
+/// Creates and releases objects in one thread. Returns the number of operations.
 long mix(SimulatedUnit& unit, unsigned seed, std::chrono::seconds duration)
 {
     std::array<std::unique_ptr<Worker>, kThreads> workers;
@@ -142,7 +142,7 @@ long mix(SimulatedUnit& unit, unsigned seed, std::chrono::seconds duration)
     return done;
 }
 
-/// Averaging goes on after its object: the next start would be refused, and its thread is one more.
+/// Averaging continues after its object: the next start would be refused, and its thread would be an additional one.
 void endAveraging(SimulatedUnit& unit)
 {
     unit.describe("fail = /dev/lightsensor 0x80020048 EIO");
@@ -169,8 +169,8 @@ TEST(Mix, OfAllOperationsByThreeThreadsLeavesNoMoreThanAShorterOne)
     std::printf("[  MIX     ] HX_SOAK_SEED=%u\n", seed);
     std::fflush(stdout);
     SimulatedUnit unit;
-    faults::furnish(unit, {"", {}, {"files"}});
-    startAnew();
+    faults::prepareUnit(unit, {"", {}, {"files"}});
+    startMeasurement();
 
     const long before = mix(unit, seed, std::chrono::seconds{1});
     endAveraging(unit);
@@ -184,7 +184,7 @@ TEST(Mix, OfAllOperationsByThreeThreadsLeavesNoMoreThanAShorterOne)
     EXPECT_EQ(found.threads, expected.threads);
     EXPECT_EQ(found.semaphoresOpen, expected.semaphoresOpen);
     EXPECT_EQ(found.locksOnDisk, expected.locksOnDisk);
-    // More threads may have worked at the same time: their stacks are kept for later ones, and tables have grown.
+    // More threads may have worked at the same time: their stacks are reused, and tables have grown.
     constexpr std::size_t kByChance = 64;
     EXPECT_LE(found.mappings, expected.mappings + kByChance);
     EXPECT_LE(found.heap.blocks, expected.heap.blocks + kByChance);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Every operation of every interface, and every factory with its release, over and over: nothing may grow with the
-// number of calls. HX_SOAK_ROUNDS says how often; scripts/check.sh soak takes a million.
+// Every operation of every interface, and every factory with its release, repeatedly: nothing may grow with the number
+// of calls. HX_SOAK_ROUNDS is the number of rounds; scripts/check.sh soak uses a million.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -13,11 +13,11 @@
 #include "hx-aux/Jida.h"
 #include "testing/Arguments.h"
 #include "testing/EveryOperation.h"
-#include "testing/World.h"
+#include "testing/OperationCalls.h"
 #include "tests/soak/Holdings.h"
 
 using namespace Halvix;
-using faults::Try;
+using faults::OperationCall;
 
 namespace soak {
 
@@ -25,13 +25,13 @@ namespace {
 
 constexpr int kWarmUp = 30;
 
-/// A million rounds are for what is cheap: a use ends when it has taken that long and has had its usual rounds.
+/// A million rounds are for cheap operations: a test ends after this time if it has had its usual rounds.
 constexpr std::chrono::seconds kLongestUse{30};
 constexpr int kFewestRounds = 2000;
 
 /// Uses that take milliseconds each. They have fewer rounds.
 struct Slow {
-    std::string_view use; ///< how its name begins
+    std::string_view use; ///< prefix of its name
     int divisor;
     const char* reason;
 };
@@ -41,7 +41,7 @@ constexpr Slow kSlow[] = {
     {"FirmwareUpgrade.startFront", 5, "a file of 50 kB and a whole conversation with the bootloader"},
 };
 
-/// What the headers say of handles that stay open: growth with each call.
+/// Handles that stay open by the headers: growth per call.
 struct Growth {
     std::string_view use;
     std::size_t devices;
@@ -51,7 +51,7 @@ constexpr Growth kGrowing[] = {
     {"Video.init", 1, "the device of an earlier call stays open until the process ends"},
 };
 
-/// How many descriptors of this process the simulated unit takes for an open device.
+/// Number of descriptors of this process that the simulated unit uses for an open device.
 std::size_t descriptorsOfADevice(SimulatedUnit& unit)
 {
     const std::size_t before = Holdings::now(unit, 0).descriptors;
@@ -81,18 +81,18 @@ const Growth* growthOf(const std::string& use)
     return found != std::end(kGrowing) ? found : nullptr;
 }
 
-// What ends one round, so that the next is like it.
+// Ends one round, so that the next one starts in the same state.
 
 template <class Interface>
-void endRound(Interface&, const Try& tried, const std::string&, SimulatedUnit& unit)
+void endRound(Interface&, const OperationCall& tried, const std::string&, SimulatedUnit& unit)
 {
-    if (tried.milliseconds == 0 || faults::runsForGood(tried.operation))
+    if (tried.milliseconds == 0 || faults::runsForever(tried.operation))
         return;
     unit.sleepFor(tried.milliseconds);
     waitForThreads();
 }
 
-void endRound(Lightsensor& sensor, const Try&, const std::string& name, SimulatedUnit&)
+void endRound(Lightsensor& sensor, const OperationCall&, const std::string& name, SimulatedUnit&)
 {
     if (name == "startAverageCalc") {
         (void)sensor.stopAverageCalc();
@@ -100,7 +100,7 @@ void endRound(Lightsensor& sensor, const Try&, const std::string& name, Simulate
     }
 }
 
-void endRound(Telematics& telematics, const Try& tried, const std::string& name, SimulatedUnit&)
+void endRound(Telematics& telematics, const OperationCall& tried, const std::string& name, SimulatedUnit&)
 {
     const HXStatus opposite = !tried.numbers.empty() && tried.numbers[0] == 1 ? HXStatusDisabled : HXStatusEnabled;
     if (name == "setGPRSPowerStatus")
@@ -109,10 +109,10 @@ void endRound(Telematics& telematics, const Try& tried, const std::string& name,
         (void)telematics.setWLANPowerStatus(opposite);
 }
 
-/// Threads that work through all rounds: the automatic backlight's own and that of its averaging, or the averaging.
+/// Threads that run through all rounds: the automatic backlight's own and that of its averaging, or the averaging.
 std::size_t threadsOf(const std::string& use)
 {
-    return faults::runsForGood(use) ? 2 : use == "Lightsensor.getAverageIlluminance" ? 1 : 0;
+    return faults::runsForever(use) ? 2 : use == "Lightsensor.getAverageIlluminance" ? 1 : 0;
 }
 
 struct Counter {
@@ -120,7 +120,7 @@ struct Counter {
     long rounds = 0;
 };
 
-/// Calls `round` over and over and compares before and after. `round` answers whether it went as it should.
+/// Calls `round` repeatedly and compares before and after. `round` returns whether it succeeded.
 void repeat(const std::string& use, SimulatedUnit& unit, const std::function<bool()>& round, Counter& counter)
 {
     int wrong = 0;
@@ -134,7 +134,7 @@ void repeat(const std::string& use, SimulatedUnit& unit, const std::function<boo
         return done;
     };
     (void)times(kWarmUp);
-    if (threadsOf(use) != 0) { // they have to be where they stay
+    if (threadsOf(use) != 0) { // they must have reached their final state
         unit.sleepFor(5000);
         digestJournal();
     }
@@ -143,7 +143,7 @@ void repeat(const std::string& use, SimulatedUnit& unit, const std::function<boo
     Holdings found = Holdings::now(unit, threadsOf(use));
     if (const Growth* const growth = growthOf(use)) {
         expected.descriptors += growth->devices * descriptorsOfADevice(unit) * static_cast<std::size_t>(rounds);
-        expected.heap = found.heap = {}; // the unit's own notes of an open file
+        expected.heap = found.heap = {}; // the unit's own records of an open file
     }
     EXPECT_EQ(found, expected) << use << " after " << rounds << " rounds";
     EXPECT_EQ(wrong, 0) << use << " answers otherwise";
@@ -151,9 +151,9 @@ void repeat(const std::string& use, SimulatedUnit& unit, const std::function<boo
     counter.rounds += rounds;
 }
 
-bool isUsual(const Try& tried, int answer)
+bool isUsual(const OperationCall& tried, int answer)
 {
-    const bool again = faults::runsForGood(tried.operation) && answer == ERR_INIT_FAILED; // it was initialised before
+    const bool again = faults::runsForever(tried.operation) && answer == ERR_INIT_FAILED; // it was initialised before
     return answer == tried.usual || answer == ERR_NOT_SUPPORTED || again;
 }
 
@@ -162,7 +162,7 @@ void soakFactory(Counter& counter)
 {
     using Operations = every::Operations<Interface>;
     SimulatedUnit unit;
-    startAnew();
+    startMeasurement();
     const auto round = [] {
         Interface* const object = Operations::make();
         return object != nullptr && object->Release() == ERR_SUCCESS;
@@ -171,11 +171,11 @@ void soakFactory(Counter& counter)
 }
 
 template <class Interface, class Operation>
-void soakOperation(const Try& tried, const std::string& name, Operation operation, Counter& counter)
+void soakOperation(const OperationCall& tried, const std::string& name, Operation operation, Counter& counter)
 {
     SimulatedUnit unit;
-    faults::furnish(unit, tried);
-    startAnew();
+    faults::prepareUnit(unit, tried);
+    startMeasurement();
     Interface* const object = every::Operations<Interface>::make();
     faults::prepare(*object, name, unit);
     const auto round = [&] {
@@ -187,15 +187,15 @@ void soakOperation(const Try& tried, const std::string& name, Operation operatio
     repeat(tried.operation, unit, round, counter);
     faults::finish(*object, name, unit);
     object->Release();
-    waitForThreads(faults::runsForGood(tried.operation) ? threadsOf(tried.operation) : 0);
+    waitForThreads(faults::runsForever(tried.operation) ? threadsOf(tried.operation) : 0);
 }
 
-/// With a wait, the second answer would never come.
-std::vector<Try> triesOf(const std::string& operation)
+/// With a wait, the second call would never return.
+std::vector<OperationCall> waysToCall(const std::string& operation)
 {
     if (operation == "FirmwareUpgrade.getUpgradeStatus")
         return {{operation, {0}}};
-    return faults::triesOf(operation);
+    return faults::waysToCall(operation);
 }
 
 std::string partOf(const std::string& operation)
@@ -211,7 +211,7 @@ void print(const std::string& subject, const Counter& counter)
     std::printf("[  SOAK    ] %s: %d ways of use, %ld rounds\n", subject.c_str(), counter.uses, counter.rounds);
 }
 
-/// One part of an interface's operations; the factory belongs to the nameless one.
+/// One part of an interface's operations; the factory belongs to the unnamed part.
 template <class Interface>
 void soak(const std::string& part = "")
 {
@@ -223,7 +223,7 @@ void soak(const std::string& part = "")
     Operations::visit([&](const char* name, auto operation) {
         if (partOf(name) != part)
             return;
-        for (const Try& tried : triesOf(interface + '.' + name))
+        for (const OperationCall& tried : waysToCall(interface + '.' + name))
             if (tried.scope == faults::Scope::Caller)
                 soakOperation<Interface>(tried, name, operation, counter);
     });
@@ -319,14 +319,14 @@ TEST(Soak, LeavesVideoAsItWas)
     soak<Video>();
 }
 
-/// Runs that end early: threads come and go, thousands of them, without a conversation.
+/// Runs that end early: thousands of threads start and end, without bootloader traffic.
 TEST(Soak, LeavesThreadedRunsThatFailAsTheyWere)
 {
     using Start = eErr (FirmwareUpgrade::*)(const char*, bool);
     Counter counter;
     for (const Start start : {&FirmwareUpgrade::startFpgaUpgrade, &FirmwareUpgrade::startFpgaVerification}) {
         SimulatedUnit unit{"fpga.status = 1"};
-        startAnew();
+        startMeasurement();
         FirmwareUpgrade* const upgrade = GetFirmwareUpgrade();
         const auto round = [&] {
             const eErr answer = (upgrade->*start)("/opt/etc/none.mcs", false);
@@ -346,12 +346,12 @@ TEST(Soak, LeavesThreadedRunsThatFailAsTheyWere)
     print("threaded runs that fail", counter);
 }
 
-/// The object goes while its thread still works.
+/// The object is released while its thread is still running.
 TEST(Soak, LeavesObjectsThatAreReleasedInABeepOrAnAveragingAsTheyWere)
 {
     Counter counter;
     SimulatedUnit unit;
-    startAnew();
+    startMeasurement();
     const auto beep = [&] {
         Buzzer* const buzzer = GetBuzzer();
         const eErr answer = buzzer->buzze(200, false);
@@ -376,7 +376,7 @@ TEST(Soak, LeavesObjectsThatAreReleasedInABeepOrAnAveragingAsTheyWere)
 TEST(Soak, LeavesTheFunctionsAsTheyWere)
 {
     SimulatedUnit unit;
-    startAnew();
+    startMeasurement();
     Counter counter;
     const std::map<std::string, std::function<bool()>> functions{
         {"GetErrorStringA", [] { return GetErrorStringA(ERR_OPEN_FAILED) != nullptr; }},

@@ -17,14 +17,14 @@ void sleepInTheUnit(long milliseconds)
 
 Pair::~Pair()
 {
-    deed_ = nullptr;
+    action_ = nullptr;
     meet();
     second_.join();
 }
 
-void Pair::run(const Deed& first, const Deed& second, int rounds)
+void Pair::run(const Action& first, const Action& second, int rounds)
 {
-    deed_ = &second;
+    action_ = &second;
     rounds_ = rounds;
     meet();
     for (int i = 0; i < rounds; ++i)
@@ -34,20 +34,20 @@ void Pair::run(const Deed& first, const Deed& second, int rounds)
 
 void Pair::live()
 {
-    for (meet(); deed_ != nullptr; meet()) {
+    for (meet(); action_ != nullptr; meet()) {
         for (int i = 0; i < rounds_; ++i)
-            carryOut(*deed_, static_cast<unsigned>(i) / 4 % 4);
+            carryOut(*action_, static_cast<unsigned>(i) / 4 % 4);
         meet();
     }
 }
 
-/// Starts together with the other thread, but for a moment that differs from round to round.
-void Pair::carryOut(const Deed& deed, unsigned skew)
+/// Starts together with the other thread, with an offset that differs from round to round.
+void Pair::carryOut(const Action& action, unsigned skew)
 {
     meet();
     for (unsigned i = 0; i < skew * 100; ++i)
         std::atomic_signal_fence(std::memory_order_seq_cst);
-    deed();
+    action();
 }
 
 void Pair::meet()

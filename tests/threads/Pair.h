@@ -5,28 +5,28 @@
 #include <functional>
 #include <thread>
 
-/// Two threads that do two things at the same time, over and over: the caller's own, and one of this object.
+/// Runs two actions at the same time, repeatedly: in the caller's thread and in one of this object.
 ///
-/// They wait for each other awake, so that they start together; one that waits long sleeps in the unit's time, because
-/// the other may sleep there too.
+/// They spin while they wait for each other, so that they start together; after a while they sleep in the unit's time,
+/// because the other may sleep there too.
 class Pair {
 public:
-    using Deed = std::function<void()>;
+    using Action = std::function<void()>;
 
     Pair() : second_{[this] { live(); }} {}
     ~Pair();
     Pair(const Pair&) = delete;
     Pair& operator=(const Pair&) = delete;
 
-    void run(const Deed& first, const Deed& second, int rounds);
+    void run(const Action& first, const Action& second, int rounds);
 
 private:
     void live();
-    void carryOut(const Deed& deed, unsigned skew);
+    void carryOut(const Action& action, unsigned skew);
     void meet();
 
     std::atomic<unsigned> arrivals_{0};
-    const Deed* deed_ = nullptr; ///< of the second thread, between two meetings; null: it ends
+    const Action* action_ = nullptr; ///< of the second thread, for the next round; null: it ends
     int rounds_ = 0;
     std::thread second_;
 };

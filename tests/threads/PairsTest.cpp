@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Every two operations that may run at once by the words of their headers, on one object and on objects of their own,
-// on two threads that start together. Run it under ThreadSanitizer; here the answers are looked at.
+// on two threads that start together. Run it under ThreadSanitizer; here the results are checked.
 #include <algorithm>
 #include <cstdio>
 #include <functional>
@@ -13,18 +13,18 @@
 #include "testing/Arguments.h"
 #include "testing/Documented.h"
 #include "testing/EveryOperation.h"
-#include "testing/World.h"
+#include "testing/OperationCalls.h"
 #include "tests/threads/Pair.h"
 #include "tests/threads/ThreadWords.h"
 
 using namespace Halvix;
 using documented::Threads;
-using faults::Try;
+using faults::OperationCall;
 using testing::IsEmpty;
 
 namespace {
 
-/// Uses that take thousands of calls at the unit each.
+/// Calls that make thousands of requests to the unit each.
 constexpr std::string_view kSlow[] = {"About.GetAbout",
                                       "FirmwareUpgrade.start",
                                       "HXAuxPrivate.GetHXAuxPrivate",
@@ -32,16 +32,16 @@ constexpr std::string_view kSlow[] = {"About.GetAbout",
                                       "HXAuxPrivate.setEepromProperty",
                                       "Telematics.getGPRSPowerStatus",
                                       "Telematics.setGPRSPowerStatus",
-                                      "Video.init"}; // each leaves a descriptor
+                                      "Video.init"}; // each leaves a descriptor open
 
 constexpr int kRounds = 16;
 constexpr int kRoundsOfSlow = 2;
 
-/// Something that a thread does with one object.
+/// An action of a thread on one object.
 struct Use {
     std::string name;
     Threads allowed;
-    std::function<std::string()> carryOut; ///< empty, or what was wrong
+    std::function<std::string()> carryOut; ///< empty, or the error
 };
 
 std::string judged(const std::string& use, const std::set<std::string>& codes, int answer)
@@ -50,17 +50,17 @@ std::string judged(const std::string& use, const std::set<std::string>& codes, i
     return codes.contains(name) ? "" : use + " answers " + std::to_string(answer) + ' ' + name;
 }
 
-/// With a wait, an answer may never come.
-std::vector<Try> triesOf(const std::string& operation)
+/// With a wait, the call may never return.
+std::vector<OperationCall> waysToCall(const std::string& operation)
 {
     if (operation == "FirmwareUpgrade.getUpgradeStatus")
         return {{operation, {0}}};
-    std::vector<Try> tries = faults::triesOf(operation);
-    std::erase_if(tries, [](const Try& tried) { return tried.scope != faults::Scope::Caller; });
-    return tries;
+    std::vector<OperationCall> ways = faults::waysToCall(operation);
+    std::erase_if(ways, [](const OperationCall& tried) { return tried.scope != faults::Scope::Caller; });
+    return ways;
 }
 
-/// An object and everything that can be done with it.
+/// An object and all its actions.
 class Party {
 public:
     virtual ~Party() = default;
@@ -88,7 +88,7 @@ public:
         prepare(*object, number, unit);
         addFactory();
         Operations::visit([&](const char* name, auto operation) {
-            for (const Try& tried : triesOf(std::string{Operations::kName} + '.' + name))
+            for (const OperationCall& tried : waysToCall(std::string{Operations::kName} + '.' + name))
                 add(*object, name, operation, tried, number);
         });
     }
@@ -105,7 +105,7 @@ private:
                         }});
     }
     template <class Operation>
-    void add(Interface& object, const std::string& name, Operation operation, Try tried, unsigned char number)
+    void add(Interface& object, const std::string& name, Operation operation, OperationCall tried, unsigned char number)
     {
         if (tried.operation == "Video.init")
             tried.numbers = {static_cast<double>(number)};
@@ -128,7 +128,7 @@ int roundsOf(const Use& use, int usual)
     return usual;
 }
 
-/// Runs pairs on one unit and collects what was wrong.
+/// Runs pairs on one unit and collects errors.
 class Arena {
 public:
     explicit Arena(SimulatedUnit& unit) : unit_{unit} {}
@@ -166,14 +166,14 @@ private:
     std::vector<std::string> complaints_;
 };
 
-const Try kWithFiles{"", {}, {"files"}};
+const OperationCall kWithFiles{"", {}, {"files"}};
 
-/// Objects are made by one thread, as the headers of those that are shared ask.
+/// Objects are created by one thread, as the headers of shared ones require.
 template <class Interface>
 void pairsOnOneObject()
 {
     SimulatedUnit unit;
-    faults::furnish(unit, kWithFiles);
+    faults::prepareUnit(unit, kWithFiles);
     Interface* const object = every::Operations<Interface>::make();
     const PartyOf<Interface> party{unit, object, 1};
     Arena arena{unit};
@@ -189,7 +189,7 @@ template <class Interface>
 void pairsOnOwnObjects()
 {
     SimulatedUnit unit;
-    faults::furnish(unit, kWithFiles);
+    faults::prepareUnit(unit, kWithFiles);
     Interface* const objects[] = {every::Operations<Interface>::make(), every::Operations<Interface>::make()};
     const PartyOf<Interface> first{unit, objects[0], 1};
     const PartyOf<Interface> second{unit, objects[1], 2};
@@ -240,7 +240,7 @@ TYPED_TEST(PairsOfObjectsOf, OperationsOnTheirOwnObjectsAnswerAsDocumented)
 
 // Pairs of operations of two interfaces.
 
-/// An object with its party, whatever its interface.
+/// An object with its actions, whatever its interface.
 class Guest {
 public:
     template <class Interface>
@@ -263,7 +263,7 @@ std::vector<Guest> guests(SimulatedUnit& unit, List<Interfaces...>)
 
 class PairsOfInterfaces : public testing::TestWithParam<std::size_t> {};
 
-/// Without files, so that no run of an upgrade gets further than the file: whole runs meet in the tests above.
+/// Without files, so that no upgrade gets beyond the file: the tests above cover whole runs.
 TEST_P(PairsOfInterfaces, AnswerAsDocumented)
 {
     constexpr int kFewRounds = 2;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What two threads share beside an object: the file-creation mask, the descriptors, the board library, and a fork.
+// What two threads share in addition to an object: the file-creation mask, the descriptors, the board library, and a
+// fork.
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -53,7 +54,7 @@ void openAndCloseALock()
     GetBuzzer()->Release();
 }
 
-/// How many descriptors of this process the simulated unit takes for an open device.
+/// Number of descriptors of this process that the simulated unit uses for an open device.
 std::size_t descriptorsOfADevice()
 {
     const std::size_t before = openDescriptors();
@@ -94,12 +95,12 @@ TEST(TwoThreads, ThatUseTheDiagnosticsFirstOpenOneDescriptor)
     const std::size_t before = openDescriptors();
     for (int round = 0; round < 200; ++round) {
         Released diagnostic{GetDiagnostic()};
-        const auto ask = [&] {
+        const auto query = [&] {
             short temperature = 0;
             EXPECT_EQ(diagnostic->getSSTemp(&temperature), ERR_SUCCESS);
         };
 
-        pair.run(ask, ask, 1);
+        pair.run(query, query, 1);
 
         ASSERT_EQ(openDescriptors(), before + ofADevice) << "round " << round;
     }
@@ -114,12 +115,12 @@ TEST(TwoThreads, ThatUseThePowerFirstOpenOneDescriptor)
     const std::size_t before = openDescriptors();
     for (int round = 0; round < 200; ++round) {
         Released power{GetPower()};
-        const auto ask = [&] {
+        const auto query = [&] {
             HXStatus status = HXStatusDisabled;
             EXPECT_EQ(power->getCanPowerStatus(&status), ERR_SUCCESS);
         };
 
-        pair.run(ask, ask, 1);
+        pair.run(query, query, 1);
 
         ASSERT_EQ(openDescriptors(), before + ofADevice) << "round " << round;
     }
@@ -131,19 +132,19 @@ TEST(TwoThreads, ReadTheModulesTemperatureEveryTime)
     SimulatedUnit unit;
     Released diagnostic{GetDiagnostic()};
     std::atomic<int> wrong{0};
-    const auto ask = [&] {
+    const auto query = [&] {
         short temperature = 0;
         JidaSensorType type{};
         if (diagnostic->getPMTemp(0, &temperature, &type) != ERR_SUCCESS || temperature != 45)
             ++wrong;
     };
 
-    Pair{}.run(ask, ask, kRounds);
+    Pair{}.run(query, query, kRounds);
 
     EXPECT_EQ(wrong, 0);
 }
 
-/// 0 when a fresh child can make objects and store a setting; it is killed when it waits forever.
+/// 0 when a new child can create objects and store a setting; it is killed if it waits forever.
 int statusOfAChildThatUsesTheLibrary(HXAuxPrivate& service)
 {
     const pid_t child = fork();
@@ -159,7 +160,7 @@ int statusOfAChildThatUsesTheLibrary(HXAuxPrivate& service)
     return status;
 }
 
-TEST(Fork, WhileAnotherThreadMakesObjectsLeavesTheChildAbleToDoSo)
+TEST(Fork, WhileAnotherThreadCreatesObjectsLeavesTheChildAbleToDoSo)
 {
     constexpr int kForks = 60;
     SimulatedUnit unit;

@@ -20,7 +20,7 @@ Threads meaningOf(const std::string& words, const std::string& of)
     throw std::runtime_error{"no known thread words at " + of + ": \"" + words + '"'};
 }
 
-/// What follows `@threadsafe` in a comment, up to its end; empty: nothing.
+/// The text after `@threadsafe` in a comment, up to its end; empty if there is none.
 std::string wordsIn(const std::string& comment)
 {
     constexpr std::string_view kTag = "@threadsafe ";

@@ -6,7 +6,7 @@
 
 namespace documented {
 
-/// What a header's `@threadsafe` words allow two threads to do at once.
+/// What the `@threadsafe` text of a header allows two threads to do at once.
 enum class Threads {
     OnOneObject,      ///< "Always"
     OnObjectsOfOwn,   ///< "Between objects", "Between inputs"
@@ -14,11 +14,11 @@ enum class Threads {
 };
 
 struct ThreadWords {
-    std::map<std::string, Threads> operations; ///< by name, `Release` too; overloads say the same
+    std::map<std::string, Threads> operations; ///< by name, including `Release`; overloads have the same text
     Threads factory = Threads::OneThreadAtATime;
 };
 
-/// Of an interface, from its header. Throws for words that it does not know.
+/// Of an interface, from its header. Throws for unknown texts.
 ThreadWords threadWords(const std::string& interface);
 
 } // namespace documented

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "serial_posix.h"
 
-// The assertions below hold in release builds too, with exactly these texts.
+// The assertions below are active in release builds too, with exactly these texts.
 #undef NDEBUG
 #include <cassert>
 
@@ -16,8 +16,8 @@
 
 struct serial_port {
     int fd;
-    termios saved;   ///< as the port was found; given back at close
-    termios working; ///< what serial_setup builds and applies
+    termios saved;   ///< settings found at open; restored at close
+    termios working; ///< settings that serial_setup builds and applies
     bool configured;
     unsigned baud;
     unsigned bits;
@@ -90,7 +90,7 @@ serial_port* serial_open(const char* path)
         std::free(h);
         return nullptr;
     }
-    fcntl(h->fd, F_SETFL, 0); // reads wait from now on
+    fcntl(h->fd, F_SETFL, 0); // reads block from now on
     tcgetattr(h->fd, &h->saved);
     h->working = h->saved;
     return h;
@@ -122,7 +122,7 @@ int serial_setup(serial_port* h, unsigned baud, unsigned bits, unsigned parity, 
     makeRaw(h->working);
     cfsetispeed(&h->working, kSpeeds[baud]);
     cfsetospeed(&h->working, kSpeeds[baud]);
-    // Added to the flags that are there: a second set-up cannot take odd parity or two stop bits back.
+    // Added to the current flags: a second set-up cannot clear odd parity or two stop bits.
     h->working.c_cflag |= kCharacterSizes[bits] | kParities[parity] | kStopBits[stop] | CLOCAL | CREAD;
     if (const int failed = apply(h); failed != SERIAL_OK)
         return failed;

@@ -23,7 +23,7 @@ void complain(const char (&message)[size])
     std::fwrite(message, 1, size - 1, stderr);
 }
 
-// A frame that could not be sent shows by its missing acknowledgement, so the results of sends are not looked at.
+// A frame that could not be sent is detected by its missing acknowledgement, so the results of sends are ignored.
 
 void send(const stm32_target* h, const uint8_t* frame, size_t length)
 {
@@ -179,8 +179,8 @@ bool stm32_write_memory(const stm32_target* h, uint32_t address, const void* dat
         return false;
     if (!sendNamed(h, STM32_WRITE_MEMORY) || !sendAddress(h, address))
         return false;
-    // As many bytes of padding as the length exceeds a multiple of 4, not as many as are missing to the next one:
-    // targets in the field are fed so. A block of 255 bytes thus announces 1, the low byte of 257.
+    // The padding is the length modulo 4, not the number of bytes missing to the next multiple: targets in the field
+    // rely on it. A block of 255 bytes thus announces 1, the low byte of 257.
     const unsigned pad = length % 4;
     uint8_t frame[1 + kLongestBlock + 3 + 1];
     frame[0] = static_cast<uint8_t>(length + pad - 1);

@@ -7,14 +7,14 @@
 
 /// Client of the STM32 system memory bootloader on a serial line (ST application note AN3155).
 ///
-/// Nothing is repeated here: a missing acknowledgement ends the operation with false and leaves the target where it
-/// was. Each frame goes to the port in one write. One thread owns a target and its port.
+/// Nothing is repeated here: a missing acknowledgement ends the operation with false and leaves the target in its
+/// state. Each frame goes to the port in one write. One thread owns a target and its port.
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/// Where a family of microcontrollers has its memories. Ends are exclusive.
+/// Memory layout of a family of microcontrollers. Ends are exclusive.
 typedef struct stm32_device {
     uint16_t id;
     const char* name;
@@ -29,7 +29,7 @@ typedef struct stm32_device {
 /// The known families and a last row that is all zero.
 extern const stm32_device stm32_devices[];
 
-/// Places in the command table, in the order in which a bootloader lists its codes.
+/// Indices of the command table, in the order in which a bootloader lists its codes.
 enum stm32_command {
     STM32_GET,
     STM32_GET_VERSION,
@@ -47,7 +47,7 @@ enum stm32_command {
 
 enum stm32_init_mode {
     STM32_INIT_NONE = 0,        ///< fails at once
-    STM32_INIT_SYNCHRONISE = 1, ///< the bootloader still has to learn the baud rate
+    STM32_INIT_SYNCHRONISE = 1, ///< the bootloader still has to detect the baud rate
     STM32_INIT_CONTINUE = 2     ///< it has synchronised before
 };
 
@@ -65,9 +65,9 @@ stm32_target* stm32_init(serial_port* serial, unsigned mode);
 /// Does not close the port. Null is allowed.
 void stm32_close(stm32_target* h);
 
-/// What `serial_write` answers.
+/// Returns the result of `serial_write`.
 int stm32_send_byte(const stm32_target* h, uint8_t byte);
-/// 0 when nothing came.
+/// 0 when nothing was received.
 uint8_t stm32_read_byte(const stm32_target* h);
 /// True when the target acknowledges the command byte.
 bool stm32_send_command(const stm32_target* h, uint8_t command, bool withComplement);
@@ -86,7 +86,7 @@ bool stm32_reset_device(const stm32_target* h);
 uint8_t stm32_gen_cs(uint32_t value);
 /// True: the host is little-endian.
 bool cpu_le(void);
-/// The value so swapped that it lies in memory with its highest byte first.
+/// The value byte-swapped to big-endian order in memory.
 uint32_t be_u32(uint32_t value);
 
 /// A program that requests a system reset, linked to run at 0x20000200. Its source is in `reset/`.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// An application of version 1.3.1, kept as it was: it uses every interface through that version's headers, which stand
-// beside it. Neither is ever changed; a library that breaks it breaks the applications in the field.
+// An application of version 1.3.1, kept unchanged: it uses every interface through that version's headers, next to it.
+// A library that breaks it breaks the applications in the field.
 
 #include <hx-aux/hx-aux.h>
 
@@ -19,7 +19,7 @@ void section(const char* title)
     std::printf("\n%s\n", title);
 }
 
-/// One line: what was asked, and the answer or the text of the error.
+/// One line: the request, and the answer or the text of the error.
 void line(const char* what, eErr err, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
 void line(const char* what, eErr err, const char* format, ...)

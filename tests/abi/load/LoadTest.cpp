@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Loading the library does nothing. This program's own allocation, file, semaphore and thread functions note from where
-// they are called.
+// Loading the library does nothing. This program's own allocation, file, semaphore and thread functions record their
+// callers.
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
@@ -53,7 +53,7 @@ int findLibrary(dl_phdr_info* info, std::size_t, void* found)
     return 1;
 }
 
-/// How many of the noted calls came from inside the library.
+/// Number of recorded calls from inside the library.
 std::size_t callsFromTheLibrary()
 {
     Range range;

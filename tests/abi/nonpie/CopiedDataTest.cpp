@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// A program that is not position independent holds its own copy of the library's data: what it changes there, the
-// library must see. Built without -fPIE on purpose; declares the data itself, as an old program does.
+// A program that is not position independent has its own copy of the library's data: the library must see its changes
+// there. Built without -fPIE on purpose; declares the data itself, as an old program does.
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/ProductionData.h"
-#include "tests/abi/unit/World.h"
+#include "tests/abi/unit/Journal.h"
 
 #include <map>
 
@@ -37,7 +37,7 @@ bool fitted(const char* key, unsigned slot)
 
 } // namespace
 
-TEST(AboutSlots, TellTextsAndNumbersInTheirOrder)
+TEST(AboutSlots, ReportTextsAndNumbersInTheirOrder)
 {
     SimulatedUnit unit;
     {
@@ -55,7 +55,7 @@ TEST(AboutSlots, TellTextsAndNumbersInTheirOrder)
         EXPECT_EQ(number(about, static_cast<unsigned>(slot)), slot);
 }
 
-TEST(AboutSlots, TellTheFittedModulesInTheirOrder)
+TEST(AboutSlots, ReportTheFittedModulesInTheirOrder)
 {
     const std::map<unsigned, const char*> keys = {{16, "WLAN"}, {17, "GPS"}, {18, "GSM"}, {19, "BLUETOOTH"}};
     for (const auto& [fittedSlot, key] : keys)

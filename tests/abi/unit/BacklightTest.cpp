@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "tests/abi/unit/World.h"
+#include "tests/abi/unit/Journal.h"
 
 using namespace oldapp;
 
@@ -21,7 +21,7 @@ TEST(BacklightSlots, DriveTheBacklightInTheirOrder)
     EXPECT_EQ(backlight.call(0, &value), 0);
     EXPECT_EQ(value, 77);
     EXPECT_EQ(backlight.call(2, &value), 0);
-    EXPECT_THAT(unit.requestsTo(kDevice), Asks("0x80010004"));
+    EXPECT_THAT(unit.requestsTo(kDevice), HasRequest("0x80010004"));
 }
 
 TEST(BacklightSlots, SwitchTheAutomaticInTheirOrder)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/FirmwareFile.h"
-#include "tests/abi/unit/World.h"
+#include "tests/abi/unit/Journal.h"
 
 using namespace oldapp;
 
@@ -8,7 +8,7 @@ namespace {
 
 constexpr unsigned kRelease = 8;
 
-/// On an object of its own: one serves for one run.
+/// On an object of its own.
 int start(unsigned slot, const std::string& file)
 {
     const Object upgrade{"GetFirmwareUpgrade", kRelease};
@@ -28,9 +28,9 @@ TEST(FirmwareUpgradeSlots, ProgramAndVerifyTheFpgaInTheirOrder)
     const std::string file = firmware::fpgaFile(unit, image(1056, 0xA5));
 
     EXPECT_EQ(start(1, file), 14) << "the flash holds something else";
-    EXPECT_THAT(unit.requestsTo("/dev/fpgaflash"), testing::Not(Asks("0xc218004e")));
+    EXPECT_THAT(unit.requestsTo("/dev/fpgaflash"), testing::Not(HasRequest("0xc218004e")));
     EXPECT_EQ(start(0, file), 0);
-    EXPECT_THAT(unit.requestsTo("/dev/fpgaflash"), Asks("0xc218004e"));
+    EXPECT_THAT(unit.requestsTo("/dev/fpgaflash"), HasRequest("0xc218004e"));
     EXPECT_EQ(start(1, file), 0);
 }
 
@@ -42,7 +42,7 @@ TEST(FirmwareUpgradeSlots, ProgramAndVerifyTheSupervisorInTheirOrder)
     EXPECT_EQ(start(3, file), 14) << "the supervisor holds something else";
     EXPECT_EQ(start(2, file), 0);
     EXPECT_EQ(start(3, file), 0);
-    EXPECT_THAT(unit.requestsTo("/dev/uart-redir"), Asks("0x4001004c: 96"));
+    EXPECT_THAT(unit.requestsTo("/dev/uart-redir"), HasRequest("0x4001004c: 96"));
 }
 
 TEST(FirmwareUpgradeSlots, ProgramAndVerifyTheFrontInTheirOrder)
@@ -53,10 +53,10 @@ TEST(FirmwareUpgradeSlots, ProgramAndVerifyTheFrontInTheirOrder)
     EXPECT_EQ(start(5, file), 14) << "the front microcontroller holds something else";
     EXPECT_EQ(start(4, file), 0);
     EXPECT_EQ(start(5, file), 0);
-    EXPECT_THAT(unit.requestsTo("/dev/uart-redir"), Asks("0x40010050"));
+    EXPECT_THAT(unit.requestsTo("/dev/uart-redir"), HasRequest("0x40010050"));
 }
 
-TEST(FirmwareUpgradeSlots, TellTheStatusInSlot6)
+TEST(FirmwareUpgradeSlots, ReportTheStatusInSlot6)
 {
     struct Status {
         int action;
@@ -80,5 +80,5 @@ TEST(FirmwareUpgradeSlots, ShutTheUnitDownInSlot7)
 
     EXPECT_EQ(upgrade.call(7), 0);
 
-    EXPECT_THAT(unit.callsTo("/tmp/hxauxd.fifo"), Asks("81 00 00 00"));
+    EXPECT_THAT(unit.callsTo("/tmp/hxauxd.fifo"), HasRequest("81 00 00 00"));
 }

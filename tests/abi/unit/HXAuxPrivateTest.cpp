@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/ProductionData.h"
-#include "tests/abi/unit/World.h"
+#include "tests/abi/unit/Journal.h"
 
 #include <array>
 
@@ -59,5 +59,5 @@ TEST(HXAuxPrivateSlots, KeepSettingsAndResumeTheVideoInTheirOrder)
     EXPECT_EQ((service.call<const char*, char*, int>(6, "Key", buffer, 60)), 0);
     EXPECT_STREQ(buffer, "value");
     EXPECT_EQ(service.call(7), 7) << "the outcome is not known";
-    EXPECT_THAT(unit.requestsTo("/dev/diag-id"), Asks("0x40010069"));
+    EXPECT_THAT(unit.requestsTo("/dev/diag-id"), HasRequest("0x40010069"));
 }

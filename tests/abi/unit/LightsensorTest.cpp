@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "tests/abi/unit/World.h"
+#include "tests/abi/unit/Journal.h"
 
 using namespace oldapp;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "tests/abi/unit/World.h"
+#include "tests/abi/unit/Journal.h"
 
 using namespace oldapp;
 
@@ -14,7 +14,7 @@ int state(const Object& telematics, unsigned slot)
 
 } // namespace
 
-// One test: the library asks once per process which modules are fitted.
+// One test: the library reads once per process which modules are fitted.
 TEST(TelematicsSlots, StandInTheirOrder)
 {
     SimulatedUnit unit;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What the processes of these tests do, chosen by the first word. Lines of output tell the test how far they are.
+// The processes of these tests; the first argument selects the action. Their output reports their progress to the test.
 #include "hx-aux/Buzzer.h"
 #include "settings/IniSettings.h"
 
@@ -25,7 +25,7 @@ void say(const std::string& word)
         pause();
 }
 
-/// PREFIX COUNT: sets that many keys, each with a settings object of its own.
+/// PREFIX COUNT: sets that many keys, each with its own settings object.
 int write(const std::string& prefix, int count)
 {
     say("started");
@@ -38,7 +38,7 @@ int write(const std::string& prefix, int count)
     return 0;
 }
 
-/// KEY TIMES: reads the settings and says the first value that is not "whole".
+/// KEY TIMES: reads the settings and prints the first value that is not "whole".
 int read(const std::string& key, int times)
 {
     say("started");
@@ -61,7 +61,7 @@ int hold()
     waitToBeKilled();
 }
 
-/// KEY VALUE: sets one key when the settings can be had.
+/// KEY VALUE: sets one key once the settings are available.
 int set(const std::string& key, const std::string& value)
 {
     say("started");
@@ -83,7 +83,7 @@ int rewrite()
     }
 }
 
-/// NAME: tries the semaphore, says what came of it, and keeps what it got until it is killed.
+/// NAME: tries to acquire the semaphore, prints the result, and keeps it until it is killed.
 int take(const char* name)
 {
     int sema = 0;
@@ -93,7 +93,7 @@ int take(const char* name)
     waitToBeKilled();
 }
 
-/// NAME: gives the semaphore back once.
+/// NAME: posts the semaphore once.
 int post(const char* name)
 {
     int sema = 0;
@@ -105,7 +105,7 @@ int post(const char* name)
     return 0;
 }
 
-/// NAME: leaves the semaphore with a count of one, whatever its last holder did.
+/// NAME: sets the semaphore to a count of one, whatever its state.
 int setFree(const char* name)
 {
     int sema = 0;
@@ -117,12 +117,12 @@ int setFree(const char* name)
     return 0;
 }
 
-/// TIME HOW: beeps, "waiting" or "aside" on a thread, and says what was answered; stays for the thread's sake.
+/// TIME HOW: beeps, "waiting" or "background", and prints the result; keeps running for the background thread.
 int beep(int time, const std::string& how)
 {
     Buzzer* buzzer = GetBuzzer();
     say("answer " + std::to_string(buzzer->buzze(time, how == "waiting")));
-    if (how == "aside")
+    if (how == "background")
         waitToBeKilled();
     buzzer->Release();
     return 0;
@@ -132,24 +132,24 @@ int beep(int time, const std::string& how)
 
 int main(int count, char** words)
 {
-    const std::string deed = count > 1 ? words[1] : "";
-    if (deed == "write" && count == 4)
+    const std::string command = count > 1 ? words[1] : "";
+    if (command == "write" && count == 4)
         return write(words[2], std::atoi(words[3]));
-    if (deed == "read" && count == 4)
+    if (command == "read" && count == 4)
         return read(words[2], std::atoi(words[3]));
-    if (deed == "set" && count == 4)
+    if (command == "set" && count == 4)
         return set(words[2], words[3]);
-    if (deed == "beep" && count == 4)
+    if (command == "beep" && count == 4)
         return beep(std::atoi(words[2]), words[3]);
-    if (deed == "hold")
+    if (command == "hold")
         return hold();
-    if (deed == "rewrite")
+    if (command == "rewrite")
         return rewrite();
-    if (deed == "take" && count == 3)
+    if (command == "take" && count == 3)
         return take(words[2]);
-    if (deed == "post" && count == 3)
+    if (command == "post" && count == 3)
         return post(words[2]);
-    if (deed == "free" && count == 3)
+    if (command == "free" && count == 3)
         return setFree(words[2]);
     return 2;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// MODE SCENE: carries out a scene of calls, with a timer that interrupts it every millisecond (MODE "plain", or
-// "restart" with SA_RESTART) or undisturbed ("quiet"), and prints each answer.
+// MODE SCENE: runs a scene of calls, with a timer that interrupts it every millisecond (MODE "plain", or "restart" with
+// SA_RESTART) or undisturbed ("quiet"), and prints each answer.
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -60,7 +60,7 @@ void print(const std::string& name, int answer)
     std::printf("%s %d\n", name.c_str(), answer);
 }
 
-/// `value` is asked for after the answer has come: it gives what the operation wrote.
+/// `value` is called after the operation: it returns what the operation wrote.
 template <class Value>
 void print(const std::string& name, int answer, const Value& value)
 {
@@ -98,8 +98,8 @@ void settings()
         print("setLedDimming", backlight->setLedDimming(HXStatusEnabled));
         print("startAutomaticBL", backlight->startAutomaticBL());
         print("setGPRSStartUpPowerStatus", telematics->setGPRSStartUpPowerStatus(HXStatusEnabled));
-        HXStatus wish = HXStatusDisabled;
-        print("getGPRSStartUpPowerStatus", telematics->getGPRSStartUpPowerStatus(&wish), [&] { return int{wish}; });
+        HXStatus status = HXStatusDisabled;
+        print("getGPRSStartUpPowerStatus", telematics->getGPRSStartUpPowerStatus(&status), [&] { return int{status}; });
     }
 }
 
@@ -202,14 +202,14 @@ void background()
     print("buzze", buzzer->buzze(2000, false));
     for (bool on = true; on; usleep(1000)) {
         (void)buzzer->getTrigger(&on);
-        on = on || std::chrono::steady_clock::now() - begin < 50ms; // it may not sound yet
+        on = on || std::chrono::steady_clock::now() - begin < 50ms; // it may not have started yet
     }
     const auto lasted = std::chrono::steady_clock::now() - begin;
     print("the beep lasts two seconds", lasted >= 200ms ? 0 : 1);
     sleepFully(300ms);
 }
 
-/// Every operation with usual arguments, but for those that the other scenes have.
+/// Every operation with usual arguments, except those of the other scenes.
 class Everything {
 public:
     template <class... Interfaces>
@@ -230,7 +230,7 @@ private:
             const std::string use = std::string{Operations::kName} + '.' + name;
             if (use == "HXAuxPrivate.automaticBacklightInit" || use == "Lightsensor.startAverageCalc" ||
                 use.starts_with("FirmwareUpgrade.start") ||
-                use == "Video.freeBmpBuffer") // a pointer that was never given
+                use == "Video.freeBmpBuffer") // a pointer that was never allocated
                 return;
             static const std::vector<double> kNone{};
             static const std::vector<const char*> kTexts{"KEY", "value"};

@@ -45,7 +45,7 @@ TEST(Backlight, IsOneObjectForAllCallersUntilTheLastRelease)
     EXPECT_THAT(unit.callsTo(kBacklightDevice), Requests("open rdwr nonblock", "0x40010003: 00 07", "close"));
 }
 
-TEST(Backlight, IsMadeAfreshAfterTheLastRelease)
+TEST(Backlight, IsCreatedAgainAfterTheLastRelease)
 {
     SimulatedUnit unit{"absent = /dev/backlight"};
     GetBacklight()->Release();
@@ -144,7 +144,7 @@ TEST(Backlight, WhoseDriverRefusesAnswersSoAndLeavesTheOutputs)
     EXPECT_EQ(output, 77);
 }
 
-TEST(AutomaticBacklightSettings, AreWrittenThenTheFileIsGivenBackThenTheControllerIsNotified)
+TEST(AutomaticBacklightSettings, AreWrittenThenTheFileIsReleasedThenTheControllerIsNotified)
 {
     SimulatedUnit unit;
     Given<Backlight> backlight{GetBacklight()};
@@ -270,7 +270,7 @@ TEST(AutomaticBacklightSettings, OfTheFilterAreReadInOrderUpToTheFirstUnreadable
     EXPECT_EQ(mode, SamplingModeStandard);
 }
 
-TEST(AutomaticBacklightSettings, StatusIsOneForAnyNumberButZero)
+TEST(AutomaticBacklightSettings, StatusIsOneForAnyNumberExceptZero)
 {
     SimulatedUnit unit;
     Given<Backlight> backlight{GetBacklight()};
@@ -285,7 +285,7 @@ TEST(AutomaticBacklightSettings, StatusIsOneForAnyNumberButZero)
     }
 }
 
-TEST(AutomaticBacklightSettings, StatusThatIsNoNumberReadsAsOffAndAMismatch)
+TEST(AutomaticBacklightSettings, StatusThatIsNotANumberReadsAsOffAndAMismatch)
 {
     SimulatedUnit unit;
     Given<Backlight> backlight{GetBacklight()};
@@ -313,7 +313,7 @@ TEST(AutomaticBacklightSettings, ParametersAreReadTogether)
     EXPECT_EQ(k, 28.1184);
 }
 
-TEST(AutomaticBacklightSettings, AnUnreadableSlopeStillGivesTheTransition)
+TEST(AutomaticBacklightSettings, AnUnreadableSlopeStillReturnsTheTransition)
 {
     SimulatedUnit unit;
     unit.writeSettings("ABL_bSoftTransitions=1\nABL_k=steep\n");
@@ -341,7 +341,7 @@ TEST(AutomaticBacklightSettings, AnUnreadableTransitionLeavesBothOutputs)
     EXPECT_EQ(k, 1.5);
 }
 
-TEST(AutomaticBacklightSettings, GettersNotifyNobody)
+TEST(AutomaticBacklightSettings, GettersDoNotNotify)
 {
     SimulatedUnit unit;
     Given<Backlight> backlight{GetBacklight()};
@@ -357,7 +357,7 @@ TEST(AutomaticBacklightSettings, GettersNotifyNobody)
     EXPECT_EQ(posts(unit), 0U);
 }
 
-TEST(LedDimming, IsOnUnlessTheSettingSaysOtherwiseThanOne)
+TEST(LedDimming, IsOnUnlessTheSettingIsOtherThanOne)
 {
     SimulatedUnit unit;
     Given<Backlight> backlight{GetBacklight()};
@@ -379,7 +379,7 @@ TEST(LedDimming, IsOnUnlessTheSettingSaysOtherwiseThanOne)
     }
 }
 
-TEST(LedDimming, IsStoredThenTheDaemonIsTold)
+TEST(LedDimming, IsStoredThenTheDaemonIsNotified)
 {
     SimulatedUnit unit;
     Given<Backlight> backlight{GetBacklight()};

@@ -13,13 +13,13 @@ namespace {
 
 constexpr int kTenMinutesMs = 600000;
 
-/// Does something every so often for ten minutes of the unit's time.
-std::thread every(unsigned long milliseconds, const std::function<void(int round)>& deed)
+/// Runs an action periodically for ten minutes of the unit's time.
+std::thread every(unsigned long milliseconds, const std::function<void(int round)>& action)
 {
     return std::thread{[=] {
         for (int round = 0; round < kTenMinutesMs / static_cast<int>(milliseconds); ++round) {
             LinuxWrapper::Sleep(milliseconds);
-            deed(round);
+            action(round);
         }
     }};
 }
@@ -31,7 +31,7 @@ std::size_t countOf(const std::vector<std::string>& lines, const std::string& li
 
 } // namespace
 
-TEST(TenMinutes, OfSamplerControllerAndCallersTogetherEndWithEverybodyAlive)
+TEST(TenMinutes, OfSamplerControllerAndCallersTogetherEndWithEveryThreadAlive)
 {
     SimulatedUnit unit{"light.profile = 0 5; 20 1500; 40 5; repeat", "light.noise = 5"};
     forgetLogs();
@@ -95,7 +95,7 @@ TEST(TenMinutes, OfCallersOnOneLightSensorWhileItsSamplerRuns)
     sensor->stopAverageCalc();
 }
 
-TEST(TenMinutes, OfASensorThatComesAndGoesLeaveTheServiceAlive)
+TEST(TenMinutes, OfASensorThatFailsIntermittentlyLeaveTheServiceAlive)
 {
     SimulatedUnit unit{"light = 100"};
     Service service{unit, abl({.soft = false})};

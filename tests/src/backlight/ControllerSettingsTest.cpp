@@ -24,7 +24,7 @@ Values defaults()
             {"ABL_rejectDeltaInLux", "50"}, {"ABL_rejectWndSize", "5"},    {"ABL_status", "0"}};
 }
 
-/// Good ones that are not the defaults.
+/// Valid settings that are not the defaults.
 Values others()
 {
     return {{"ABL_averageWndSize", "9"},    {"ABL_bSoftTransitions", "0"}, {"ABL_k", "33.5"},  {"ABL_mode", "1"},
@@ -75,7 +75,7 @@ TEST(ControllerSettings, ThatAreGoodAreNotRewritten)
     EXPECT_EQ(unit.settings(), text);
 }
 
-TEST(ControllerSettings, OfWhichOneIsNoNumberAreRepairedWithItsDefaultAlone)
+TEST(ControllerSettings, OfWhichOneIsNotANumberAreRepairedWithItsDefaultAlone)
 {
     for (const char* key : kKeys)
         for (const char* nonsense : {"", "x", "auto", "--1", "e5"}) {

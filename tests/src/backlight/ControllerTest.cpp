@@ -91,7 +91,7 @@ TEST(Controller, InitThatIsRepeatedHoldsOneLightSensor)
     EXPECT_EQ(openSensors(unit), afterOne);
 }
 
-TEST(Controller, WithoutItsThreadGivesEverythingBack)
+TEST(Controller, WithoutItsThreadReleasesEverything)
 {
     SimulatedUnit unit;
     {
@@ -234,7 +234,7 @@ TEST(ControllerSoftTransition, AcrossTheWholeRangeTakesTwelveSecondsAndSevenTent
     EXPECT_THAT(timesOf(unit, "0x80010002"), AreApart(800));
 }
 
-TEST(ControllerSoftTransition, IsAimedAnewAtEachMeasurementOnTheWay)
+TEST(ControllerSoftTransition, IsAimedAgainAtEachMeasurementOnTheWay)
 {
     SimulatedUnit unit;
     Service service{unit, abl({.k = "20"})};
@@ -296,13 +296,13 @@ TEST(ControllerLearning, FallsOneShortOnceTheStoredSlopeIsReadAgain)
     unit.set("backlight.level", 100);
     unit.sleepFor(8000);
 
-    service.backlight->setAutomaticBLParams(true); // any notice makes it read the six digits of the file
+    service.backlight->setAutomaticBLParams(true); // any notification makes it read the six digits of the file
     unit.sleepFor(8000);
 
     EXPECT_EQ(unit.get("backlight.level"), "99");
 }
 
-TEST(ControllerLearning, NotifiesNobody)
+TEST(ControllerLearning, DoesNotNotify)
 {
     SimulatedUnit unit;
     shine(unit, 50);
@@ -384,7 +384,7 @@ TEST(ControllerSwitch, ReadsTheSettingsOnceMoreForTheCountOfAFreshSemaphore)
     EXPECT_EQ(settingsReads(unit), 2U);
 }
 
-TEST(ControllerSwitch, WaitsOnWhenASignalEndsItsWait)
+TEST(ControllerSwitch, KeepsWaitingWhenASignalEndsItsWait)
 {
     SimulatedUnit unit;
     unit.fail(kNewSettings, "sem_wait", EINTR, 2);
@@ -428,7 +428,7 @@ TEST(ControllerSwitch, TakesANewTransitionInMidRunAndANewFilterOnlyAtTheNextStar
 
     shine(unit, 20);
     unit.sleepFor(1600);
-    EXPECT_THAT(levelsWritten(unit), ElementsAre(139)); // at once, and not averaged with the light before
+    EXPECT_THAT(levelsWritten(unit), ElementsAre(139)); // at once, not averaged with the previous light
     service.backlight->stopAutomaticBL();
     unit.sleepFor(1600);
     service.backlight->startAutomaticBL();
@@ -437,7 +437,7 @@ TEST(ControllerSwitch, TakesANewTransitionInMidRunAndANewFilterOnlyAtTheNextStar
     shine(unit, 100);
     unit.sleepFor(3200);
 
-    EXPECT_THAT(levelsWritten(unit), ElementsAre(194, 220)); // 60 lux on the way
+    EXPECT_THAT(levelsWritten(unit), ElementsAre(194, 220)); // 60 lux in between
 }
 
 TEST(ControllerBusy, TriesAgainEverySecondWhileAnotherAverages)
@@ -459,7 +459,7 @@ TEST(ControllerBusy, TriesAgainEverySecondWhileAnotherAverages)
     EXPECT_EQ(unit.get("backlight.level"), "220");
 }
 
-TEST(ControllerFault, OfAnyRequestEndsTheLoopUntilTheNextNotice)
+TEST(ControllerFault, OfAnyRequestEndsTheLoopUntilTheNextNotification)
 {
     const std::pair<std::string, std::uint32_t> kRows[] = {{kBacklightDevice, 0x80010002},
                                                            {kBacklightDevice, 0x40010003},
@@ -484,7 +484,7 @@ TEST(ControllerFault, OfAnyRequestEndsTheLoopUntilTheNextNotice)
     }
 }
 
-TEST(ControllerFault, OfTheStartLeavesTheAveragingTakenForEver)
+TEST(ControllerFault, OfTheStartLeavesTheAveragingTakenForever)
 {
     SimulatedUnit unit;
     Service service{unit, abl({})};
@@ -529,12 +529,12 @@ TEST(ControllerFault, WithoutTheSensorIsLoggedAndTheThreadLives)
     service.backlight->stopAutomaticBL();
     unit.sleepFor(2000);
 
-    // It waits for the averaging that its own failed start holds.
+    // It waits for the averaging lock of its own failed start.
     EXPECT_THAT(controllerLog(), testing::Each("Error ERR_AVERAGE_CALC_STARTED, sleep(1000)\n"));
     EXPECT_THAT(controllerLog(), testing::SizeIs(2));
 }
 
-TEST(ControllerFault, OfTheSemaphoreIsLoggedAndTheFileIsLookedAtNowAndThen)
+TEST(ControllerFault, OfTheSemaphoreIsLoggedAndTheFileIsPolled)
 {
     SimulatedUnit unit;
     unit.fail(kNewSettings, "sem_open");

@@ -10,14 +10,14 @@
 #include <utility>
 #include <vector>
 
-/// Names as the journal shows them.
+/// Names in the journal.
 inline const std::string kBacklightDevice = "/dev/backlight";
 inline const std::string kSensorDevice = "/dev/lightsensor";
 inline const std::string kNewSettings = "/Global\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ";
 inline const std::string kAveragingLock = "/HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED";
 inline const std::string kFileLock = "/FILE_HXAUXINI_IS_IN_USE";
 
-/// An interface object of a factory, given back at the end of the scope.
+/// An interface object of a factory, released at the end of the scope.
 template <class Interface>
 class Given {
 public:
@@ -42,7 +42,7 @@ inline void putChannels(SimulatedUnit& unit, unsigned ch0, unsigned ch1)
     unit.set("light.channels", std::to_string(ch0) + " " + std::to_string(ch1));
 }
 
-/// Two bytes that read as exactly this many lux in the standard range; channel 0 stays off the converter's top.
+/// Two bytes that read as exactly this many lux in the standard range; channel 0 stays below the converter's maximum.
 inline std::optional<Halvix::_ValueType> readingOf(unsigned lux)
 {
     for (unsigned ch0 = 0x80; ch0 < 0xFF; ++ch0)

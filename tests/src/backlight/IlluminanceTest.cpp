@@ -9,8 +9,8 @@ using namespace Halvix;
 
 namespace {
 
-/// Counts by walking the converter's scale from the bottom: sixteen steps of each chord, and on the way from chord to
-/// chord half of the old and half of the new step.
+/// Counts by stepping through the converter's scale from the bottom: sixteen steps of each chord, and on the way from
+/// chord to chord half of the old and half of the new step.
 unsigned walkedCount(unsigned code)
 {
     unsigned twice = 0; // in half counts, so that nothing is rounded before the end
@@ -22,7 +22,7 @@ unsigned walkedCount(unsigned code)
     return twice / 2;
 }
 
-/// Lux in extended precision, with the exponent's sum taken in another order than the library's.
+/// Lux in extended precision, with the exponent's sum in another order than in the library.
 unsigned expectedLux(unsigned byte0, unsigned byte1)
 {
     const long double c0 = walkedCount(byte0 & 0x7FU);

@@ -79,7 +79,7 @@ TEST(Lightsensor, WhoseReadingIsRefusedLeavesEverythingUntouched)
     EXPECT_EQ(read, Outputs{});
 }
 
-TEST(Lightsensor, WhoseRangeIsRefusedGivesTheReadingInTheStandardRangeAndTheCode)
+TEST(Lightsensor, WhoseRangeIsRefusedReturnsTheReadingInTheStandardRangeAndTheCode)
 {
     SimulatedUnit unit{"light.channels = 0xc5 0xa3", "light.range = 1"};
     Given<Lightsensor> sensor{GetLightsensor()};
@@ -91,7 +91,7 @@ TEST(Lightsensor, WhoseRangeIsRefusedGivesTheReadingInTheStandardRangeAndTheCode
     EXPECT_EQ(read, (Outputs{102, 0xC5, 0xA3}));
 }
 
-TEST(Lightsensor, WhoseRangeIsSevenGivesTheReadingAndInvalidData)
+TEST(Lightsensor, WhoseRangeIsSevenReturnsTheReadingAndInvalidData)
 {
     SimulatedUnit unit{"light.channels = 0xc5 0xa3", "light.range = 7"};
     Given<Lightsensor> sensor{GetLightsensor()};
@@ -172,7 +172,7 @@ TEST(OperatingRange, IsReadAsTheSensorHasIt)
     }
 }
 
-TEST(OperatingRange, OfSevenIsInvalidAndNotGiven)
+TEST(OperatingRange, OfSevenIsInvalidAndNotReturned)
 {
     SimulatedUnit unit{"light.range = 7"};
     Given<Lightsensor> sensor{GetLightsensor()};
@@ -220,7 +220,7 @@ TEST(OperatingRange, OutsideTheTwoIsAnInvalidParameterAndSendsNothing)
     EXPECT_THAT(unit.requestsTo(kSensorDevice), IsEmpty());
 }
 
-TEST(OperatingRange, OutsideTheTwoIsLookedAtAfterTheDevice)
+TEST(OperatingRange, OutsideTheTwoIsCheckedAfterTheDevice)
 {
     SimulatedUnit unit{"absent = /dev/lightsensor"};
     Given<Lightsensor> sensor{GetLightsensor()};
@@ -332,7 +332,7 @@ TEST(Averaging, StartInEachModeSendsItsRange)
     SimulatedUnit unit;
     Given<Lightsensor> sensor{GetLightsensor()};
     const std::pair<int, const char*> kRows[] = {{SamplingModeExtended, "0x4001004a: 00 01"},
-                                                 {7, "0x4001004a: 00 01"}, // another mode keeps the range it had
+                                                 {7, "0x4001004a: 00 01"}, // another mode keeps the range
                                                  {SamplingModeStandard, "0x4001004a: 00 00"},
                                                  {SamplingModeAuto, "0x4001004a: 00 00"}};
     for (const auto& [mode, expected] : kRows) {
@@ -411,7 +411,7 @@ TEST(Averaging, StartWithoutAThreadLeavesNothingOpenAfterTheRelease)
     EXPECT_EQ(unit.callsTo(kSensorDevice).back(), "close");
 }
 
-TEST(Averaging, ThatRunsWhenItsObjectIsReleasedGoesOn)
+TEST(Averaging, ThatRunsWhenItsObjectIsReleasedContinues)
 {
     SimulatedUnit unit;
     Lightsensor* const sensor = GetLightsensor();
@@ -452,7 +452,7 @@ TEST(Averaging, StartsAgainAtTheVeryMomentWhenItsThreadEnds)
         ASSERT_EQ(startDefault(sensor.operator->()), ERR_SUCCESS) << round;
         unit.fail(kSensorDevice, 0x80020048, EIO, 1); // the thread ends at its first reading
         eErr err = ERR_AVERAGE_CALC_STARTED;
-        while (err == ERR_AVERAGE_CALC_STARTED) { // as soon as it has released the unit's lock
+        while (err == ERR_AVERAGE_CALC_STARTED) { // until it has released the unit's lock
             unit.sleepFor(10);
             err = startDefault(sensor.operator->());
         }

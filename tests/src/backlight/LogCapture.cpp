@@ -15,7 +15,7 @@ struct Kept {
 
 Kept& kept()
 {
-    static auto* const lines = new Kept; // threads that are never joined write until the very end
+    static auto* const lines = new Kept; // detached threads write until the end of the process
     return *lines;
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The automatic backlight over the light profiles that come with the simulated unit, in virtual time. The figures in
-// docs/automatic-backlight.md are these.
+// The automatic backlight over the light profiles of the simulated unit, in virtual time. docs/automatic-backlight.md
+// shows these figures.
 #include "simulator/model/LightPlot.h"
 #include "simulator/model/LightSensor.h"
 #include "simulator/model/LightTrace.h"
@@ -26,7 +26,7 @@ hxsim::LightProfile profileOf(const std::string& name)
     return hxsim::LightProfile::parse(std::string{std::istreambuf_iterator<char>{stream}, {}});
 }
 
-/// The automatic backlight with its defaults on a profile that begins when everything has settled at its first light.
+/// The automatic backlight with its defaults on a profile that begins after the level has settled at its first light.
 class Played {
 public:
     Played(const char* profile, double seconds) : Played{profileOf(profile), seconds} {}
@@ -77,7 +77,7 @@ TEST(LightProfile, DawnIsFollowedWithoutHunting)
     const auto [lowest, highest] = day.levels();
 
     EXPECT_LE(day.reversalsPerHour(), 60);
-    EXPECT_EQ(lowest, 25) << "the first level sent: the night's 24 stood before the profile began";
+    EXPECT_EQ(lowest, 25) << "the first level sent: the night's 24 was set before the profile began";
     EXPECT_EQ(highest, 254);
     day.record("reversals per hour " + std::to_string(day.reversalsPerHour()));
 }

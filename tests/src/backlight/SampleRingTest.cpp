@@ -53,13 +53,13 @@ TEST(SampleRing, OfAWindowOfZeroHasOneSlotAndIsAlwaysEmpty)
     EXPECT_TRUE(isEmpty(*ring));
 }
 
-TEST(SampleRing, IsNotMadeForAWindowWhoseSizeNoWordCanHold)
+TEST(SampleRing, IsNotCreatedForAWindowWhoseSizeNoWordCanHold)
 {
     EXPECT_EQ(makeSampleRing(0xFFFFFFFF), nullptr);
 }
 
 #if __SIZEOF_POINTER__ == 4
-TEST(SampleRing, IsNotMadeForAWindowWhoseBytesNoBlockCanHold)
+TEST(SampleRing, IsNotCreatedForAWindowWhoseBytesNoBlockCanHold)
 {
     EXPECT_EQ(makeSampleRing(0xFFFFFFFE), nullptr);
     EXPECT_EQ(makeSampleRing(0x3FFFFFFC), nullptr); // (W + 4) * 4 is 2 to the power of 32

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kPeriodMs = 800;
 
-/// An averaging that runs. Its samples are taken one by one.
+/// A running averaging whose samples are taken one by one.
 class Averaging {
 public:
     Averaging(SimulatedUnit& unit, unsigned long average, unsigned long reject, unsigned long delta,
@@ -98,7 +98,7 @@ TEST(Sampler, RejectsASampleFarFromItsNeighbours)
     EXPECT_EQ(occurrences(samplerLog(), "Sample rejected\n"), 1U);
 }
 
-TEST(Sampler, StandsStillAfterAStepUntilTheRejectWindowHoldsTheNewLight)
+TEST(Sampler, StaysUnchangedAfterAStepUntilTheRejectWindowHoldsTheNewLight)
 {
     SimulatedUnit unit;
     Averaging averaging{unit, 1, 3, 50};
@@ -142,7 +142,7 @@ TEST(Sampler, TruncatesTheAverage)
     EXPECT_EQ(averaging.sample(102), 102U);
 }
 
-TEST(Sampler, DropsAReadingThatIsNotReadyAndGoesOn)
+TEST(Sampler, DropsAReadingThatIsNotReadyAndContinues)
 {
     SimulatedUnit unit;
     Averaging averaging{unit, 1, 0, 50};
@@ -174,7 +174,7 @@ TEST(SamplerRange, SwitchesToExtendedOnceAndDropsThatReading)
     unit.clearJournal();
 
     EXPECT_EQ(averaging.sampleChannels(kTop, kDimmer), 100U);
-    EXPECT_EQ(averaging.next(), 100U); // still at the top: saturation now, and no second switch
+    EXPECT_EQ(averaging.next(), 100U); // still at the maximum: saturation, and no second switch
 
     EXPECT_THAT(unit.requestsTo(kSensorDevice), Requests("0x80020048 -> ff 80", "0x80010049 -> 00", "0x4001004a: 00 01",
                                                          "0x80020048 -> ff 80", "0x80010049 -> 01"));
@@ -208,7 +208,7 @@ TEST(SamplerRange, ComesBackBelowEightyFiveAndNotAtIt)
     const std::optional<unsigned> atEightyFour = averaging.sampleChannels(0x80 | 84, kDimmer);
 
     EXPECT_THAT(unit.requestsTo(kSensorDevice), Contains("0x4001004a: 00 00"));
-    EXPECT_EQ(atEightyFour, atEightyFive); // the reading that made it come back is dropped
+    EXPECT_EQ(atEightyFour, atEightyFive); // the reading that switched it back is dropped
     EXPECT_EQ(occurrences(samplerLog(), "Set range standard\n"), 1U);
 }
 
@@ -223,7 +223,7 @@ TEST(SamplerRange, InTheExtendedModeDoesNotComeBack)
     EXPECT_THAT(unit.requestsTo(kSensorDevice), Requests("0x80020048 -> 94 80", "0x80010049 -> 01"));
 }
 
-TEST(SamplerRange, FollowsWhatTheSensorSaysAndNotWhatItWasSet)
+TEST(SamplerRange, FollowsTheRangeOfTheSensorAndNotTheRangeSet)
 {
     SimulatedUnit unit;
     Averaging averaging{unit, 1, 0, 50};
@@ -232,7 +232,7 @@ TEST(SamplerRange, FollowsWhatTheSensorSaysAndNotWhatItWasSet)
     EXPECT_EQ(averaging.sampleChannels(0x80 | 90, 0x80), 5 * 324U); // 831 counts
 }
 
-TEST(SamplerEnd, ByStopComesWithinTenMillisecondsAndGivesTheAveragingBack)
+TEST(SamplerEnd, ByStopComesWithinTenMillisecondsAndReleasesTheAveraging)
 {
     SimulatedUnit unit;
     Given<Lightsensor> sensor{GetLightsensor()};
@@ -351,7 +351,7 @@ TEST(SamplerEnd, ByAnErrorLeavesTheAveragingFreeForTheNextStart)
     sensor->stopAverageCalc();
 }
 
-TEST(SamplerStart, GivesNoAverageUntilItsThreadRuns)
+TEST(SamplerStart, ReturnsNoAverageUntilItsThreadRuns)
 {
     SimulatedUnit unit;
     Given<Lightsensor> sensor{GetLightsensor()};
@@ -361,7 +361,7 @@ TEST(SamplerStart, GivesNoAverageUntilItsThreadRuns)
     unit.settle();
 
     EXPECT_EQ(sensor->getAverageIlluminance(&lux), ERR_SUCCESS);
-    EXPECT_EQ(lux, 0); // the thread runs, and no sample has been taken
+    EXPECT_EQ(lux, 0); // the thread is running, and no sample has been taken
     sensor->stopAverageCalc();
 }
 
@@ -469,7 +469,7 @@ TEST(SamplerLog, OfARejectWindowOfOneNamesNoSuchWindow)
     EXPECT_THAT(samplerLog(), Not(Contains(testing::StartsWith("pReject"))));
 }
 
-TEST(SamplerLog, SaysWhenThereIsNoMemory)
+TEST(SamplerLog, LogsOutOfMemory)
 {
     SimulatedUnit unit;
     Given<Lightsensor> sensor{GetLightsensor()};

@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-/// The seven settings as a file has them.
+/// The seven settings in a file.
 struct Abl {
     bool on = true;
     const char* k = "50";
@@ -33,8 +33,8 @@ inline std::string abl(const Abl& settings)
            "\n";
 }
 
-/// The unit's service process and an application: a controller that runs on these settings, and a backlight object to
-/// change them. The thread begins 800 ms after the unit.
+/// The unit's service process and an application: a running controller with these settings, and a backlight object to
+/// change them. The thread starts 800 ms after the unit.
 struct Service {
     Service(SimulatedUnit& itsUnit, const std::string& settings) : unit{itsUnit}
     {
@@ -66,7 +66,7 @@ inline std::string setting(SimulatedUnit& unit, const std::string& key)
     return text.substr(value, text.find('\n', value) - value);
 }
 
-/// When a request reached its driver, in milliseconds.
+/// Times at which a request reached its driver, in milliseconds.
 inline std::vector<std::int64_t> timesOf(SimulatedUnit& unit, const std::string& request)
 {
     std::vector<std::int64_t> times;
@@ -85,7 +85,7 @@ inline std::vector<int> levelsWritten(SimulatedUnit& unit)
     return levels;
 }
 
-/// How often the settings file was read.
+/// Number of reads of the settings file.
 inline std::size_t settingsReads(SimulatedUnit& unit)
 {
     const std::vector<std::string> calls = unit.callsTo(kFileLock);

@@ -243,7 +243,7 @@ TEST_P(AboutModules, AreNotFittedForTwo)
 {
     EXPECT_EQ(of("2"), "not fitted");
 }
-TEST_P(AboutModules, AreNotFittedForAWord)
+TEST_P(AboutModules, AreNotFittedForAText)
 {
     EXPECT_EQ(of("yes"), "not fitted");
 }
@@ -272,7 +272,7 @@ TEST(About, ReadsTheDefaultText)
     EXPECT_EQ(text(*object, &About::getMainPCBArt), "error 18");
 }
 
-TEST(About, KnowsNoModuleInTheDefaultText)
+TEST(About, FindsNoModuleInTheDefaultText)
 {
     UnitWithDefaults unit;
     bool fitted = true;
@@ -282,7 +282,7 @@ TEST(About, KnowsNoModuleInTheDefaultText)
     EXPECT_TRUE(fitted);
 }
 
-TEST(About, WritesOneByteMoreThanTheSizeSays)
+TEST(About, WritesOneByteMoreThanTheSize)
 {
     UnitWithDefaults unit;
     char buffer[] = "#########";
@@ -301,14 +301,14 @@ TEST(About, ReadsTheHardwareRevisionOfTheFirstLayoutFromHWVERSION)
     EXPECT_EQ(text(*about(), &About::getMainHWversion), "3");
 }
 
-TEST(About, KnowsNoHardwareRevisionOfAnotherLayout)
+TEST(About, FindsNoHardwareRevisionOfAnotherLayout)
 {
     SimulatedUnit unit{"eeprom.main.DATA = 3"};
 
     EXPECT_EQ(text(*about(), &About::getMainHWversion), "error 18");
 }
 
-TEST(About, KnowsNoHardwareRevisionWithoutALayout)
+TEST(About, FindsNoHardwareRevisionWithoutALayout)
 {
     SimulatedUnit unit{"do = forget main DATA"};
 
@@ -343,7 +343,7 @@ TEST(About, CannotCountSerialPortsWhenTheLayoutsKeyIsMissing)
     EXPECT_EQ(number(*about(), &About::getNrOfSerialConnections), -ERR_JIDA_EEPROM);
 }
 
-// Null pointers: only one operation looks.
+// Null pointers: only one operation checks.
 
 TEST(About, RefusesANullTextOfTheMainBoardsSerialNumberAfterItsLength)
 {
@@ -360,7 +360,7 @@ TEST(About, RefusesANullTextOfTheMainBoardsSerialNumberAfterTheEeprom)
     EXPECT_EQ(about()->getMainPCBSerial(nullptr, 254), ERR_JIDA_EEPROM);
 }
 
-// Its life.
+// Lifetime.
 
 TEST(About, ReadsBothEepromsOnceAndThenNeverAgain)
 {
@@ -400,7 +400,7 @@ TEST(About, EndsTheUseOfTheBoardLibraryTwiceOnRelease)
     EXPECT_THAT(unit.journal(), Requests("libjida.so JidaDllUninitialize = 1", "libjida.so JidaDllUninitialize = 1"));
 }
 
-TEST(About, MakesANewObjectEachTime)
+TEST(About, CreatesANewObjectEachTime)
 {
     SimulatedUnit unit;
 

@@ -67,7 +67,7 @@ TEST(Beep, OfANegativeTimeSwitchesOnAndOffAtOnce)
     EXPECT_EQ(unit.get("buzzer.sounding"), "off");
 }
 
-TEST(Beep, GivesTheLockBackWhenItCannotSound)
+TEST(Beep, ReleasesTheLockWhenItCannotSound)
 {
     SimulatedUnit unit;
     unit.fail(kDevice, 0x40010041, EIO, 1);
@@ -111,7 +111,7 @@ TEST(Beep, EndsEarlyWhenItsSleepIsInterrupted)
     EXPECT_EQ(unit.get("buzzer.last"), "0 ms at 2000 Hz, volume 25");
 }
 
-TEST(Beep, GoesOnAfterTheCallThatDoesNotWait)
+TEST(Beep, ContinuesAfterTheCallThatDoesNotWait)
 {
     SimulatedUnit unit;
     Released<Buzzer> buzzer{GetBuzzer()};
@@ -125,7 +125,7 @@ TEST(Beep, GoesOnAfterTheCallThatDoesNotWait)
     EXPECT_EQ(unit.get("buzzer.last"), "250 ms at 2000 Hz, volume 25");
 }
 
-TEST(Beep, GoesOnAndClosesWhenItsObjectIsReleased)
+TEST(Beep, ContinuesAndClosesWhenItsObjectIsReleased)
 {
     SimulatedUnit unit;
     Buzzer* const buzzer = GetBuzzer();
@@ -173,7 +173,7 @@ TEST(Beep, IsRefusedWhileABlockingOneRuns)
     EXPECT_TRUE(isFree(*second));
 }
 
-TEST(Beep, OnAThreadSleepsAndGivesTheLockBackEvenIfItCannotSound)
+TEST(Beep, OnAThreadSleepsAndReleasesTheLockEvenIfItCannotSound)
 {
     SimulatedUnit unit;
     unit.fail(kDevice, 0x40010041, EIO, 2);
@@ -242,7 +242,7 @@ TEST(Beep, AnswersInProgressWhenItsLockCannotBeOpened)
               "sem_open failed with error: Permission denied\nsem_trywait failed\n");
 }
 
-/// How often the lock could be taken now; it is left as it was.
+/// The count of the lock, left unchanged.
 int valueOfTheLock()
 {
     int lock = 0;

@@ -15,7 +15,7 @@ namespace {
 constexpr const char* kDevice = "/dev/buzzer";
 constexpr unsigned short kUntouched = 77;
 
-TEST(Buzzer, TakesItsLockBeforeItsDeviceAndGivesItBackAfter)
+TEST(Buzzer, AcquiresItsLockBeforeItsDeviceAndReleasesItAfter)
 {
     SimulatedUnit unit;
 
@@ -26,7 +26,7 @@ TEST(Buzzer, TakesItsLockBeforeItsDeviceAndGivesItBackAfter)
                          "/dev/buzzer close", "/HXAUX_BUZZING_IN_PROGRESS sem_close"}));
 }
 
-TEST(Buzzer, MakesANewObjectForEveryCaller)
+TEST(Buzzer, CreatesANewObjectForEveryCaller)
 {
     SimulatedUnit unit;
     Released<Buzzer> first{GetBuzzer()};
@@ -147,7 +147,7 @@ TEST(Buzzer, WritesNothingWhenTheSetupCannotBeRead)
     EXPECT_EQ(unit.requestsTo(kDevice).size(), 3U);
 }
 
-TEST(Buzzer, SaysWhenTheSetupIsRefused)
+TEST(Buzzer, ReportsWhenTheSetupIsRefused)
 {
     SimulatedUnit unit;
     unit.fail(kDevice, 0x4004003F);
@@ -157,7 +157,7 @@ TEST(Buzzer, SaysWhenTheSetupIsRefused)
     EXPECT_EQ(buzzer->setVolume(1), ERR_IOCTRL_FAILED);
 }
 
-TEST(Buzzer, SoundsForEveryTriggerByteButZero)
+TEST(Buzzer, SoundsForEveryTriggerByteExceptZero)
 {
     for (const int byte : {0, 1, 2, 255}) {
         SimulatedUnit unit;
@@ -259,7 +259,7 @@ TEST(BuzzerTrigger, IsNotSwitchedWhenTheRepairIsRefused)
     EXPECT_EQ(unit.requestsTo(kDevice).size(), 2U);
 }
 
-TEST(BuzzerTrigger, SaysWhenItIsRefused)
+TEST(BuzzerTrigger, ReportsARefusal)
 {
     SimulatedUnit unit;
     unit.fail(kDevice, 0x40010041);
@@ -268,7 +268,7 @@ TEST(BuzzerTrigger, SaysWhenItIsRefused)
     EXPECT_EQ(buzzer->setTrigger(true), ERR_IOCTRL_FAILED);
 }
 
-TEST(Buzzer, GivesItsWholeSetupAtOnce)
+TEST(Buzzer, ReturnsItsWholeSetupAtOnce)
 {
     SimulatedUnit unit;
     Released<Buzzer> buzzer{GetBuzzer()};
@@ -276,7 +276,7 @@ TEST(Buzzer, GivesItsWholeSetupAtOnce)
     _SetupType setup{};
 
     EXPECT_EQ(implementation->getSetup(&setup), ERR_SUCCESS);
-    setup.volume = 60; // nobody looks at the range here
+    setup.volume = 60; // the range is not checked here
     EXPECT_EQ(implementation->setSetup(setup), ERR_SUCCESS);
 
     EXPECT_THAT(unit.requestsTo(kDevice), Requests("0x8004003e -> d0 07 19 00", "0x4004003f: d0 07 3c 00"));

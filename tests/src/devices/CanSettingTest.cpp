@@ -19,7 +19,7 @@ constexpr CanFrameType kUntouchedType = static_cast<CanFrameType>(-77);
 const std::string kCan0 = "/sys/class/net/can0/can_bittiming/bitrate";
 const std::string kCan3 = "/sys/class/net/can3/can_bittiming/bitrate";
 
-/// What network 1 reads when the attribute holds this text.
+/// The value read for network 1 with this text in the attribute.
 struct Reading {
     eErr err;
     unsigned short kbit;
@@ -109,7 +109,7 @@ TEST(CanSetting, CountsATextWithoutANumberAsZero)
     EXPECT_EQ(readingOf("unknown"), (Reading{ERR_SUCCESS, 0}));
 }
 
-TEST(CanSetting, LooksAtFortyCharactersOnly)
+TEST(CanSetting, ReadsFortyCharactersOnly)
 {
     EXPECT_EQ(readingOf(std::string(36, '0') + "250000"), (Reading{ERR_SUCCESS, 2}));
     EXPECT_EQ(readingOf(std::string(34, '0') + "250000999"), (Reading{ERR_SUCCESS, 250}));

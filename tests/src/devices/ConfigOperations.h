@@ -9,11 +9,10 @@
 
 #include "hx-aux/Config.h"
 
-/// One row per operation of the configuration, as the supervisor sees it: written down from its register map, not from
-/// the library.
+/// One row per operation of the configuration, as the supervisor sees it: from its register map, not from the library.
 namespace config {
 
-/// A getter with its value as a number; the number is put into the output before the call.
+/// A getter with its value as a number; the output has the number before the call.
 using Get = Halvix::eErr (*)(Halvix::Config&, double&);
 using Set = Halvix::eErr (*)(Halvix::Config&, double);
 

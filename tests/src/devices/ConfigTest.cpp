@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What is the same for every operation of the configuration, row by row.
+// Common behaviour of every operation of the configuration, row by row.
 #include "hx-aux/Config.h"
 
 #include <gmock/gmock.h>
@@ -39,7 +39,7 @@ std::string nameOf(const testing::TestParamInfo<Row>& info)
     return info.param.name;
 }
 
-/// The rows that only newer supervisors know.
+/// The rows that only newer supervisors support.
 template <class Row>
 std::vector<Row> gated(std::vector<Row> rows)
 {
@@ -74,7 +74,7 @@ TEST_P(ConfigGetter, ReadsItsRegistersInOrder)
 TEST_P(ConfigGetter, IsRefusedWithoutTheDevice)
 {
     SimulatedUnit unit{"absent = /dev/conf-id"};
-    unit.set("version.ss", "0.0.0.0"); // the device counts before the version
+    unit.set("version.ss", "0.0.0.0"); // the device is checked before the version
     Released<Config> config{GetConfig()};
     double value = kUntouched;
 
@@ -83,7 +83,7 @@ TEST_P(ConfigGetter, IsRefusedWithoutTheDevice)
     EXPECT_EQ(value, kUntouched);
 }
 
-TEST_P(NewerConfigGetter, AsksAnOlderSupervisorNothing)
+TEST_P(NewerConfigGetter, SendsNothingToAnOlderSupervisor)
 {
     SimulatedUnit unit;
     unit.set("version.ss", before(GetParam().neededVersion));
@@ -96,7 +96,7 @@ TEST_P(NewerConfigGetter, AsksAnOlderSupervisorNothing)
     EXPECT_THAT(unit.requestsTo(kDevice), IsEmpty());
 }
 
-TEST_P(ConfigGetter, WorksWithTheOldestSupervisorThatKnowsIt)
+TEST_P(ConfigGetter, WorksWithTheOldestSupervisorThatSupportsIt)
 {
     SimulatedUnit unit;
     unit.set("version.ss", GetParam().neededVersion != nullptr ? GetParam().neededVersion : "0.0.0.0");
@@ -106,7 +106,7 @@ TEST_P(ConfigGetter, WorksWithTheOldestSupervisorThatKnowsIt)
     EXPECT_EQ(GetParam().call(*config, value), ERR_SUCCESS);
 }
 
-TEST_P(ConfigGetter, AsksForTheVersionOnlyWhenItMatters)
+TEST_P(ConfigGetter, ReadsTheVersionOnlyWhenItMatters)
 {
     SimulatedUnit unit;
     Released<Config> config{GetConfig()};
@@ -162,7 +162,7 @@ TEST_P(NewerConfigSetter, SendsAnOlderSupervisorNothing)
     EXPECT_THAT(unit.requestsTo(kDevice), IsEmpty());
 }
 
-TEST_P(ConfigSetter, WorksWithTheOldestSupervisorThatKnowsIt)
+TEST_P(ConfigSetter, WorksWithTheOldestSupervisorThatSupportsIt)
 {
     SimulatedUnit unit;
     unit.set("version.ss", GetParam().neededVersion != nullptr ? GetParam().neededVersion : "0.0.0.0");
@@ -184,7 +184,7 @@ TEST_P(ConfigSetter, EndsAtTheFirstRequestThatTheDriverRefuses)
     }
 }
 
-TEST(Config, AsksForTheVersionBeforeTheDevice)
+TEST(Config, ReadsTheVersionBeforeTheDevice)
 {
     SimulatedUnit unit;
     Released<Config> config{GetConfig()};
@@ -219,7 +219,7 @@ TEST(Config, IsOneObjectForAllItsUsers)
     EXPECT_THAT(unit.callsTo(kDevice), testing::ElementsAre("open rdwr nonblock", "put 4 = 5", "close"));
 }
 
-TEST(Config, IsMadeAnewAfterItsLastUser)
+TEST(Config, IsCreatedAgainAfterItsLastUser)
 {
     SimulatedUnit unit;
     GetConfig()->Release();

@@ -55,7 +55,7 @@ TEST(StartupTrigger, IsNotReportedWhenTheSupervisorHoldsAnotherValue)
     }
 }
 
-TEST(StartupTrigger, LooksAtTheVersionBeforeTheRange)
+TEST(StartupTrigger, ChecksTheVersionBeforeTheRange)
 {
     SimulatedUnit unit{"version.ss = 0.99.99.99"};
     Released<Config> config{GetConfig()};
@@ -178,7 +178,7 @@ TEST(StartupVideo, ReadsBackEveryMask)
     }
 }
 
-TEST(StartupVideo, LooksAtTheDeviceBeforeTheRange)
+TEST(StartupVideo, ChecksTheDeviceBeforeTheRange)
 {
     SimulatedUnit unit{"absent = /dev/conf-id"};
     Released<Config> config{GetConfig()};
@@ -186,7 +186,7 @@ TEST(StartupVideo, LooksAtTheDeviceBeforeTheRange)
     EXPECT_EQ(config->setVideoStartupPowerConfig(16), ERR_OPEN_FAILED);
 }
 
-TEST(PowerOnStartup, IsEnabledByEveryLowByteButZero)
+TEST(PowerOnStartup, IsEnabledByEveryLowByteExceptZero)
 {
     SimulatedUnit unit;
     Released<Config> config{GetConfig()};
@@ -237,7 +237,7 @@ TEST(StartupVoltage, AcceptsItsLimits)
     EXPECT_THAT(unit.requestsTo(kDevice), Requests("put 10 = 930", "put 10 = 2896"));
 }
 
-TEST(StartupVoltage, LooksAtTheDeviceBeforeTheRange)
+TEST(StartupVoltage, ChecksTheDeviceBeforeTheRange)
 {
     SimulatedUnit unit{"absent = /dev/conf-id"};
     Released<Config> config{GetConfig()};
@@ -276,7 +276,7 @@ TEST(StartupVoltage, ReadsEveryWordAsTheDividerGivesIt)
         hold(unit, 10, raw);
         double volts = 77;
         ASSERT_EQ(config->getStartupVoltageConfig(&volts), ERR_SUCCESS);
-        // 3.3 V through 1:12 over 4096 counts, as one fraction of whole numbers.
+        // 3.3 V through 1:12 over 4096 counts, as one fraction of integers.
         const double exact = static_cast<double>(raw * 99) / 10240.0;
         ASSERT_EQ(volts, std::max(exact, 9.0)) << raw;
     }
@@ -334,7 +334,7 @@ TEST(HeatingLimit, IsNotReportedWhenTheSupervisorHoldsAnotherValue)
     }
 }
 
-TEST(HeatingLimit, LooksAtTheVersionBeforeTheRange)
+TEST(HeatingLimit, ChecksTheVersionBeforeTheRange)
 {
     SimulatedUnit unit{"version.ss = 0.8.99.99"};
     Released<Config> config{GetConfig()};

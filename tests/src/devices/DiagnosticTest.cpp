@@ -74,22 +74,22 @@ const std::vector<Reading> kReadings{
      {(65536 + 2) * 60 + 3, 245, 6, 428, 550, 672, 794}},
 };
 
-/// The unit of the rows: values that differ from each other and need their signs and high bits.
-constexpr const char* kWorld = "diagnostics.ss-temp = -20\n"
-                               "diagnostics.pcb-temp = 32767\n"
-                               "diagnostics.startup-reason = 170\n"
-                               "diagnostics.shutdown-reason = 240\n"
-                               "diagnostics.error = 65535\n"
-                               "diagnostics.power-cycles = 50000\n"
-                               "diagnostics.lowest = 16\n"
-                               "diagnostics.highest = 80\n"
-                               "diagnostics.time.0 = 3932283\n"
-                               "diagnostics.time.1 = 245\n"
-                               "diagnostics.time.2 = 6\n"
-                               "diagnostics.time.3 = 428\n"
-                               "diagnostics.time.4 = 550\n"
-                               "diagnostics.time.5 = 672\n"
-                               "diagnostics.time.6 = 794\n";
+/// The unit of the rows: distinct values that need their signs and high bits.
+constexpr const char* kDescription = "diagnostics.ss-temp = -20\n"
+                                     "diagnostics.pcb-temp = 32767\n"
+                                     "diagnostics.startup-reason = 170\n"
+                                     "diagnostics.shutdown-reason = 240\n"
+                                     "diagnostics.error = 65535\n"
+                                     "diagnostics.power-cycles = 50000\n"
+                                     "diagnostics.lowest = 16\n"
+                                     "diagnostics.highest = 80\n"
+                                     "diagnostics.time.0 = 3932283\n"
+                                     "diagnostics.time.1 = 245\n"
+                                     "diagnostics.time.2 = 6\n"
+                                     "diagnostics.time.3 = 428\n"
+                                     "diagnostics.time.4 = 550\n"
+                                     "diagnostics.time.5 = 672\n"
+                                     "diagnostics.time.6 = 794\n";
 
 /// "get 3" of "get 3 -> 240".
 std::string callOf(const std::string& request)
@@ -103,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(Every, DiagnosticReading, testing::ValuesIn(kReadings),
 
 TEST_P(DiagnosticReading, TakesItsRegistersInOrder)
 {
-    SimulatedUnit unit{kWorld};
+    SimulatedUnit unit{kDescription};
     Released<Diagnostic> diagnostic{GetDiagnostic()};
     std::vector<int> values;
 
@@ -224,7 +224,7 @@ TEST(Diagnostic, CannotClearTheErrorWithoutTheDevice)
     EXPECT_EQ(diagnostic->clearHwErrorStatus(), ERR_OPEN_FAILED);
 }
 
-TEST(Diagnostic, SaysWhenTheErrorCouldNotBeCleared)
+TEST(Diagnostic, ReportsWhenTheErrorCouldNotBeCleared)
 {
     SimulatedUnit unit;
     unit.fail(kDevice, "put 25");
@@ -233,7 +233,7 @@ TEST(Diagnostic, SaysWhenTheErrorCouldNotBeCleared)
     EXPECT_EQ(diagnostic->clearHwErrorStatus(), ERR_IOCTRL_FAILED);
 }
 
-TEST(Diagnostic, OpensNothingBeforeItIsAsked)
+TEST(Diagnostic, OpensNothingBeforeItIsUsed)
 {
     SimulatedUnit unit;
 
@@ -329,7 +329,7 @@ TEST(ModuleTemperature, TakesOnlyValuesOfStatusOneAndTwo)
     }
 }
 
-TEST(ModuleTemperature, KnowsNoSensorBeyondTheBoards)
+TEST(ModuleTemperature, FindsNoSensorBeyondTheBoards)
 {
     SimulatedUnit unit{"jida.sensors = 2"};
 
@@ -361,7 +361,7 @@ TEST(ModuleTemperature, FailsWhenTheBoardLibraryRefusesAnyStep)
     }
 }
 
-TEST(ModuleTemperature, OpensTheBoardAnewAtEachCall)
+TEST(ModuleTemperature, OpensTheBoardAgainAtEachCall)
 {
     SimulatedUnit unit;
     Released<Diagnostic> diagnostic{GetDiagnostic()};

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// What went over the bus to the GPIO expander, and the pauses between, as "r 9 = 00", "w 9 = 01", "1100 ms"; a failed
+/// The bus transfers of the GPIO expander, with the pauses between them, as "r 9 = 00", "w 9 = 01", "1100 ms"; a failed
 /// transfer is "r 9 !EIO".
 inline std::vector<std::string> pinTraffic(SimulatedUnit& unit)
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The six standard colors and the table behind them, which programs may change.
+// The six standard colors and their table, which programs may change.
 #include "hx-aux/FrontLED.h"
 
 #include <gmock/gmock.h>
@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* kDevice = "/dev/frontled";
 
-/// Gives the table back as it was.
+/// Restores the table.
 class TableGuard {
 public:
     TableGuard() { std::copy(std::begin(stdColor), std::end(stdColor), kept_.begin()); }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Frequency and duty cycle against the times that the front panel takes, over whole ranges.
+// Frequency and duty cycle against the times sent to the front panel, over whole ranges.
 #include "devices/FrontLED_Imp.h"
 
 #include <gmock/gmock.h>
@@ -19,7 +19,7 @@ namespace {
 constexpr const char* kDevice = "/dev/frontled";
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// A LED whose times live here: composite operations must come through these slots.
+/// An LED with its times stored here: composite operations must use these slots.
 class PaperLed : public FrontLED_Imp {
 public:
     eErr getOnTime(unsigned char* value) override { return give(value, on); }
@@ -101,7 +101,7 @@ TEST(LedSignal, ReadsEveryPairOfTimes)
     SimulatedUnit unit;
     PaperLed led;
 
-    int oneLess = 0; // where the share of whole numbers lies below its own whole per cent as a double
+    int oneLess = 0; // where the integer share is below its integer per cent as a double
     for (int pair = 1; pair < 65536; ++pair) {
         led.on = static_cast<unsigned char>(pair & 0xFF);
         led.off = static_cast<unsigned char>(pair >> 8);

@@ -28,7 +28,7 @@ void PrintTo(const Part& part, std::ostream* out)
     *out << part.name;
 }
 
-// On a LED that shows 1, 2, 3, 4.
+// On an LED with the pattern 1, 2, 3, 4.
 const Part kParts[] = {
     {"OnTime", &FrontLED::getOnTime, &FrontLED::setOnTime, 1, "0x40040043: ee 02 03 04"},
     {"OffTime", &FrontLED::getOffTime, &FrontLED::setOffTime, 2, "0x40040043: 01 ee 03 04"},
@@ -73,7 +73,7 @@ TEST_P(LedPart, WritesNothingWhenItsReadFails)
     EXPECT_EQ(unit.requestsTo(kDevice).size(), 1U);
 }
 
-TEST_P(LedPart, SaysWhenTheWriteIsRefused)
+TEST_P(LedPart, ReportsWhenTheWriteIsRefused)
 {
     unit.fail(kDevice, 0x40040043);
 
@@ -207,7 +207,7 @@ TEST(FrontLed, RefusesSixteenEvenWhenTheDeviceIsClosed)
     EXPECT_EQ(led->setColor(0, 0, 255), ERR_INVALID_PARAMETER);
 }
 
-TEST(FrontLed, SaysWhenTheColorIsRefused)
+TEST(FrontLed, ReportsWhenTheColorIsRefused)
 {
     SimulatedUnit unit;
     unit.fail(kDevice, 0x40030045);
@@ -232,7 +232,7 @@ TEST(FrontLed, MayShineDuringStartup)
     EXPECT_THAT(unit.requestsTo(kDevice), Requests("0x80010046 -> 00", "0x40010047: 01", "0x80010046 -> 01"));
 }
 
-TEST(FrontLed, StaysDarkDuringStartupForEveryValueButOne)
+TEST(FrontLed, StaysDarkDuringStartupForEveryValueExceptOne)
 {
     SimulatedUnit unit;
     Released<FrontLED> led{GetFrontLED()};
@@ -243,7 +243,7 @@ TEST(FrontLed, StaysDarkDuringStartupForEveryValueButOne)
     EXPECT_THAT(unit.requestsTo(kDevice), testing::Each("0x40010047: 00"));
 }
 
-TEST(FrontLed, SaysWhenTheStartupSettingIsRefused)
+TEST(FrontLed, ReportsWhenTheStartupSettingIsRefused)
 {
     SimulatedUnit unit;
     unit.fail(kDevice, 0x80010046);
@@ -257,7 +257,7 @@ TEST(FrontLed, SaysWhenTheStartupSettingIsRefused)
     EXPECT_EQ(status, 77);
 }
 
-TEST(FrontLed, GivesItsWholePatternAtOnce)
+TEST(FrontLed, ReturnsItsWholePatternAtOnce)
 {
     SimulatedUnit unit{"led.timing = 9 8 7 6"};
     Released<FrontLED> led{GetFrontLED()};

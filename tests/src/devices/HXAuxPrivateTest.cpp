@@ -18,10 +18,10 @@ namespace {
 
 const std::string kDevice = "/dev/diag-id";
 
-/// The operations take texts that they could change.
+/// The operations take writable texts.
 struct Text {
     explicit Text(std::string given) : text{std::move(given)} {}
-    operator char*() { return text.data(); } // NOLINT: stands for the argument
+    operator char*() { return text.data(); } // NOLINT: used as the argument
     std::string text;
 };
 
@@ -48,7 +48,7 @@ TEST(SmartRegister, IsReadThirtyTwoRegistersHigher)
                 ElementsAre(StartsWith("get 32 "), StartsWith("get 40 "), StartsWith("get 127 ")));
 }
 
-TEST(SmartRegister, ComesBackAsItWasWritten)
+TEST(SmartRegister, ReadsBackAsItWasWritten)
 {
     SimulatedUnit unit;
     Released service{GetHXAuxPrivate()};
@@ -163,7 +163,7 @@ TEST(ProductionProperty, ThatIsMissingOrWhoseStoreIsUnreadableAnswersSo)
     EXPECT_EQ(other->setEepromProperty(0, Text{"DATA"}, value), ERR_JIDA_EEPROM);
 }
 
-TEST(ProductionProperty, IsTheOneOfWhenTheObjectWasMade)
+TEST(ProductionProperty, IsReadWhenTheObjectIsCreated)
 {
     SimulatedUnit unit;
     unit.model<hxsim::ProductionData>()->main.setText("DATA:1\r\nPLACE:old\r\nPAD:xxxxxxxx\r\n");
@@ -198,7 +198,7 @@ TEST(ProductionProperty, ThatDoesNotExistIsNotAdded)
     EXPECT_EQ(unit.model<hxsim::ProductionData>()->addOn.text(), before);
 }
 
-TEST(FileSetting, ComesBackAsItWasSetWithoutOuterBlanks)
+TEST(FileSetting, ReadsBackAsItWasSetWithoutOuterBlanks)
 {
     SimulatedUnit unit;
     Released service{GetHXAuxPrivate()};
@@ -264,7 +264,7 @@ TEST(FileSetting, NeedsRoomForItsTerminator)
     EXPECT_STREQ(value, "0123456789");
 }
 
-TEST(ResumeVideo, SendsTheRequestEachTimeAndCannotTellTheOutcome)
+TEST(ResumeVideo, SendsTheRequestEachTimeAndNeverReportsTheOutcome)
 {
     SimulatedUnit unit;
     Released service{GetHXAuxPrivate()};
@@ -284,7 +284,7 @@ TEST(ResumeVideo, AnswersTheSameWithoutTheDevice)
     EXPECT_EQ(service->resumeVideo(), ERR_IOCTRL_FAILED);
 }
 
-TEST(ServiceObject, IsMadeOfControllerDeviceAndBothStoresAndTakenApartInTheOppositeOrder)
+TEST(ServiceObject, ConstructsControllerDeviceAndBothStoresAndDestroysThemInReverse)
 {
     SimulatedUnit unit;
     {

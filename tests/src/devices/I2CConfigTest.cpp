@@ -16,13 +16,13 @@ constexpr const char* kOldBoard = "eeprom.addon.PCB_REV = A1";
 constexpr const char* kReads = "JidaI2CReadRegister";
 constexpr const char* kWrites = "JidaI2CWriteRegister";
 
-/// A bus line of the expander fails once, after so many that went well.
+/// A bus line of the expander fails once, after so many successes.
 void failOnce(SimulatedUnit& unit, const char* call, int after)
 {
     unit.fail("libjida.so", call, EIO, 1, after);
 }
 
-/// The expander as the library leaves it, so that no set-up stands between a test and what it is about.
+/// The expander as the library leaves it, so that tests need no set-up.
 constexpr const char* kReady = "expander.directions = 0xfc";
 
 } // namespace
@@ -152,7 +152,7 @@ TEST(I2CConfig, ReadsAndWritesLevelsAtThePinsAndNotAtTheLatch)
     EXPECT_THAT(pinTraffic(unit), Requests("r 9 = 88", "w 9 = 8a", "r 9 = 8a", "w 9 = 88"));
 }
 
-TEST(I2CConfig, ClearsBitsForAnyValueButOne)
+TEST(I2CConfig, ClearsBitsForAnyValueExceptOne)
 {
     SimulatedUnit unit{kReady};
     I2CConfig expander;
@@ -164,7 +164,7 @@ TEST(I2CConfig, ClearsBitsForAnyValueButOne)
     EXPECT_EQ(unit.get("expander.latch"), std::to_string(0x80));
 }
 
-TEST(I2CConfig, TellsWhetherAnyBitOfAMaskIsSet)
+TEST(I2CConfig, ReportsWhetherAnyBitOfAMaskIsSet)
 {
     SimulatedUnit unit{kReady, "telematics.antenna-short = true"};
     I2CConfig expander;
@@ -500,7 +500,7 @@ TEST(I2CConfig, ReadsWlanFromPin1AndTheAntennaFromPin3)
     EXPECT_THAT(pinTraffic(unit), Requests("r 0 = fc", "r 9 = 88", "r 9 = 88"));
 }
 
-// Service texts, character for character.
+// Service texts, byte for byte.
 
 namespace {
 

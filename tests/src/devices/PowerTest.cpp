@@ -19,8 +19,8 @@ struct Operation {
     const char* name;
     eErr (*call)(Power&, int& value); ///< value in, or out
     std::vector<std::string> requests;
-    int given;  ///< put into the value before the call
-    int answer; ///< what it holds afterwards
+    int given;  ///< value before the call
+    int answer; ///< value after the call
 };
 
 void PrintTo(const Operation& row, std::ostream* out)
@@ -96,7 +96,7 @@ TEST_P(PowerOperation, TouchesItsRegistersInOrder)
     EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(GetParam().requests));
 }
 
-TEST_P(PowerOperation, OpensTheDeviceByItselfAndOnce)
+TEST_P(PowerOperation, OpensTheDeviceOnDemandAndOnce)
 {
     SimulatedUnit unit;
     Released<Power> power{GetPower()};
@@ -139,7 +139,7 @@ TEST_P(PowerOperation, EndsAtTheFirstRequestThatTheDriverRefuses)
     }
 }
 
-TEST_P(PowerOperation, AsksForTheVersionOnlyForTheTransition)
+TEST_P(PowerOperation, ReadsTheVersionOnlyForTheTransition)
 {
     SimulatedUnit unit;
     Released<Power> power{GetPower()};
@@ -158,7 +158,7 @@ INSTANTIATE_TEST_SUITE_P(Of, PowerSwitch,
                                          std::pair{&Power::setCanPowerStatus, 1},
                                          std::pair{&Power::setExtFanPowerStatus, 3}));
 
-TEST_P(PowerSwitch, SwitchesOffForEveryValueButOne)
+TEST_P(PowerSwitch, SwitchesOffForEveryValueExceptOne)
 {
     for (const int value : {0, 2, 257, -1}) {
         SimulatedUnit unit;
@@ -177,7 +177,7 @@ INSTANTIATE_TEST_SUITE_P(Of, PowerState,
                                          std::pair{&Power::getCanPowerStatus, 1},
                                          std::pair{&Power::getExtFanPowerStatus, 3}));
 
-TEST_P(PowerState, IsEnabledForEveryLowByteButZero)
+TEST_P(PowerState, IsEnabledForEveryLowByteExceptZero)
 {
     for (const int word : {0, 1, 2, 255, 0x100}) {
         SimulatedUnit unit;
@@ -202,7 +202,7 @@ TEST(VideoPower, RefusesAFifthChannel)
     EXPECT_THAT(unit.requestsTo(kDevice), IsEmpty());
 }
 
-TEST(VideoPower, LooksAtTheDeviceBeforeTheRange)
+TEST(VideoPower, ChecksTheDeviceBeforeTheRange)
 {
     SimulatedUnit unit{"absent = /dev/power-id"};
     Released<Power> power{GetPower()};
@@ -236,7 +236,7 @@ TEST(VideoPower, TakesTheLowestBitOfEachRegister)
     EXPECT_EQ(channels, 0x0A);
 }
 
-TEST(PowerTransition, NeedsASupervisorThatKnowsIt)
+TEST(PowerTransition, NeedsASupervisorThatSupportsIt)
 {
     SimulatedUnit unit{"version.ss = 0.8.99.99"};
     Released<Power> power{GetPower()};
@@ -248,7 +248,7 @@ TEST(PowerTransition, NeedsASupervisorThatKnowsIt)
     EXPECT_THAT(unit.requestsTo(kDevice), IsEmpty());
 }
 
-TEST(PowerTransition, WorksWithTheOldestSupervisorThatKnowsIt)
+TEST(PowerTransition, WorksWithTheOldestSupervisorThatSupportsIt)
 {
     SimulatedUnit unit{"version.ss = 0.9.0.0"};
     Released<Power> power{GetPower()};
@@ -257,7 +257,7 @@ TEST(PowerTransition, WorksWithTheOldestSupervisorThatKnowsIt)
     EXPECT_EQ(power->getButtonPowerTransitionStatus(&status), ERR_SUCCESS);
 }
 
-TEST(PowerTransition, LooksAtTheDeviceBeforeTheVersion)
+TEST(PowerTransition, ChecksTheDeviceBeforeTheVersion)
 {
     SimulatedUnit unit{"absent = /dev/power-id", "version.ss = 0.8.0.0"};
     Released<Power> power{GetPower()};
@@ -295,7 +295,7 @@ TEST(PowerTransition, FollowsTheFrontButtonUntilItIsAcknowledged)
     EXPECT_EQ(status, ButtonPowerTransition0);
 }
 
-TEST(Power, MakesANewObjectForEveryCaller)
+TEST(Power, CreatesANewObjectForEveryCaller)
 {
     SimulatedUnit unit;
     Released<Power> first{GetPower()};

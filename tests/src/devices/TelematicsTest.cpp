@@ -13,7 +13,7 @@ namespace {
 
 constexpr HXStatus kUntouched = static_cast<HXStatus>(-77);
 
-/// The library asks once per process which modules are fitted; a test that needs another answer asks for it again.
+/// The library reads once per process which modules are fitted; a test that needs another answer resets the cache.
 class Forgetting : public Telematics_Imp {
 public:
     static void modules()
@@ -25,7 +25,7 @@ public:
     }
 };
 
-/// A unit whose modules this process has not asked for yet.
+/// A unit whose modules this process has not read yet.
 class FreshUnit : public SimulatedUnit {
 public:
     explicit FreshUnit(std::initializer_list<const char*> description = {}) : SimulatedUnit{description}
@@ -72,7 +72,7 @@ const Operation kWishOperations[] = {
 
 } // namespace
 
-TEST(Telematics, TouchesNoHardwareWhenItIsMadeAndReleased)
+TEST(Telematics, TouchesNoHardwareWhenItIsCreatedAndReleased)
 {
     FreshUnit unit;
 
@@ -128,7 +128,7 @@ TEST(Telematics, AFlagOtherThanOneCountsAsNotFitted)
     EXPECT_FALSE(Telematics_Imp::isGPRSAvailable());
 }
 
-TEST(Telematics, StopsAskingAtTheFirstFittedModule)
+TEST(Telematics, StopsReadingAtTheFirstFittedModule)
 {
     FreshUnit unit{kNoBluetooth};
     Released telematics{GetTelematics()};
@@ -137,11 +137,11 @@ TEST(Telematics, StopsAskingAtTheFirstFittedModule)
 
     unit.describe(std::string{kNoGps} + "\n" + kNoGsm);
 
-    EXPECT_TRUE(Telematics_Imp::isGPSAvailable()) << "was asked and is remembered";
-    EXPECT_FALSE(Telematics_Imp::isGPRSAvailable()) << "was not asked before";
+    EXPECT_TRUE(Telematics_Imp::isGPSAvailable()) << "was read and is cached";
+    EXPECT_FALSE(Telematics_Imp::isGPRSAvailable()) << "was not read before";
 }
 
-TEST(Telematics, AsksForEachModuleOncePerProcess)
+TEST(Telematics, ReadsEachModuleOncePerProcess)
 {
     FreshUnit unit;
     EXPECT_TRUE(Telematics_Imp::isGPRSAvailable());
@@ -218,7 +218,7 @@ TEST(Telematics, SwitchesTheGsmModuleOnAndOff)
     }
 }
 
-TEST(Telematics, SwitchesOffForAnyStatusButOne)
+TEST(Telematics, SwitchesOffForAnyStatusExceptOne)
 {
     for (const int value : {0, 2, -1}) {
         FreshUnit unit{"telematics.gsm = true"};
@@ -263,7 +263,7 @@ TEST(Telematics, ReportsTheAntennaLine)
     }
 }
 
-TEST(Telematics, KeepsModulesOnWhenTheObjectIsGone)
+TEST(Telematics, KeepsModulesOnAfterTheObjectIsReleased)
 {
     FreshUnit unit;
     {
@@ -310,7 +310,7 @@ TEST(Telematics, LeavesTheStatusUntouchedWhenTheExpanderCannotBeRead)
     }
 }
 
-// Wishes for the start.
+// Start-up settings.
 
 namespace {
 
@@ -332,7 +332,7 @@ HXStatus wlanWish(SimulatedUnit&)
 
 } // namespace
 
-TEST(Telematics, ReadsWishesFromTheSettingsFile)
+TEST(Telematics, ReadsStartUpSettingsFromTheSettingsFile)
 {
     FreshUnit unit;
     unit.writeSettings("GPRSPowerAtStartup=1\nWLANPowerAtStartup=0\n");
@@ -344,7 +344,7 @@ TEST(Telematics, ReadsWishesFromTheSettingsFile)
     EXPECT_EQ(wlanWish(unit), HXStatusEnabled);
 }
 
-TEST(Telematics, ReadsAMissingFileKeyOrNumberAsNoWish)
+TEST(Telematics, ReadsAMissingFileKeyOrNumberAsNotSet)
 {
     FreshUnit unit;
     EXPECT_EQ(gprsWish(unit), HXStatusDisabled) << "no file";
@@ -357,7 +357,7 @@ TEST(Telematics, ReadsAMissingFileKeyOrNumberAsNoWish)
     }
 }
 
-TEST(Telematics, TakesTheNumberAtTheStartOfAWish)
+TEST(Telematics, TakesTheNumberAtTheStartOfASetting)
 {
     FreshUnit unit;
     unit.writeSettings("GPRSPowerAtStartup = 1 yes\nWLANPowerAtStartup = 01\n");
@@ -366,7 +366,7 @@ TEST(Telematics, TakesTheNumberAtTheStartOfAWish)
     EXPECT_EQ(wlanWish(unit), HXStatusEnabled);
 }
 
-TEST(Telematics, StoresWishesBesideTheOtherSettings)
+TEST(Telematics, StoresStartUpSettingsNextToTheOtherSettings)
 {
     FreshUnit unit;
     unit.writeSettings("ABL_status=1\nZ=2\n");
@@ -378,7 +378,7 @@ TEST(Telematics, StoresWishesBesideTheOtherSettings)
     EXPECT_EQ(unit.settings(), "ABL_status=1\nGPRSPowerAtStartup=1\nWLANPowerAtStartup = 0\nZ=2\n");
 }
 
-TEST(Telematics, StoresZeroForAnyWishButOne)
+TEST(Telematics, StoresZeroForAnyValueExceptOne)
 {
     for (const int value : {0, 2, -1}) {
         FreshUnit unit;
@@ -390,7 +390,7 @@ TEST(Telematics, StoresZeroForAnyWishButOne)
     }
 }
 
-TEST(Telematics, AnswersSuccessForAWishThatCannotBeWritten)
+TEST(Telematics, AnswersSuccessForASettingThatCannotBeWritten)
 {
     FreshUnit unit;
     unit.fail("/opt/etc/hxaux.ini", "*");
@@ -401,7 +401,7 @@ TEST(Telematics, AnswersSuccessForAWishThatCannotBeWritten)
     EXPECT_EQ(unit.settings(), "");
 }
 
-TEST(Telematics, NeverActsOnWishes)
+TEST(Telematics, NeverActsOnStartUpSettings)
 {
     FreshUnit unit;
     Released telematics{GetTelematics()};
@@ -412,7 +412,7 @@ TEST(Telematics, NeverActsOnWishes)
     EXPECT_THAT(pinTraffic(unit), IsEmpty());
 }
 
-TEST(Telematics, GivesTheSettingsFileBack)
+TEST(Telematics, ReleasesTheSettingsFile)
 {
     FreshUnit unit;
     EXPECT_EQ(gprsWish(unit), HXStatusDisabled);

@@ -33,7 +33,7 @@ struct ModeRow {
 
 constexpr ModeRow kModes[] = {{1, "01", 1, 5}, {2, "06", 6, 5}, {3, "0a", 10, 9}, {4, "0e", 14, 13}};
 
-/// Answers a mode of its own choice to whoever asks through the interface.
+/// Returns a chosen mode to callers of the interface.
 class WithMode : public TouchScreenCalib_Imp {
 public:
     WithMode(eErr err, int number) : err_{err}, number_{number} {}
@@ -105,7 +105,7 @@ TEST(TouchScreenCalib, RefusesOtherModesThanOneToFour)
     }
 }
 
-TEST(TouchScreenCalib, LooksAtTheModeBeforeTheClosedDevice)
+TEST(TouchScreenCalib, ChecksTheModeBeforeTheClosedDevice)
 {
     SimulatedUnit unit{kAbsent};
     Released calib{GetTouchScreenCalib()};
@@ -172,7 +172,7 @@ TEST(TouchScreenCalib, LeavesTheModeUntouchedOnFailure)
 
 // Points.
 
-TEST(TouchScreenCalib, AnnouncesAPointInRegister1AfterAskingForTheMode)
+TEST(TouchScreenCalib, AnnouncesAPointInRegister1AfterReadingTheMode)
 {
     SimulatedUnit unit{"touch.calibration = 10"};
     Released calib{GetTouchScreenCalib()};
@@ -208,7 +208,7 @@ TEST(TouchScreenCalib, RefusesAPointAboveTheHighestOfTheModeAndSendsNothing)
     }
 }
 
-TEST(TouchScreenCalib, AnswersThatNothingRunsBeforeItLooksAtThePoint)
+TEST(TouchScreenCalib, AnswersThatNothingRunsBeforeItChecksThePoint)
 {
     for (const int raw : {0, 7}) {
         SimulatedUnit unit;
@@ -242,7 +242,7 @@ TEST(TouchScreenCalib, AnswersTheDriversRefusalOfAPoint)
     EXPECT_EQ(calib->SetCalibrationPoint(1), ERR_IOCTRL_FAILED);
 }
 
-TEST(TouchScreenCalib, AsksForTheModeThroughTheSlot)
+TEST(TouchScreenCalib, ReadsTheModeThroughTheSlot)
 {
     SimulatedUnit unit{"touch.calibration = 1"};
     Released calib{static_cast<TouchScreenCalib*>(new WithMode{ERR_SUCCESS, 4})};
@@ -268,7 +268,7 @@ TEST(TouchScreenCalib, TreatsAnUnknownReplacedModeAsNoneRunning)
     EXPECT_EQ(calib->SetCalibrationPoint(1), ERR_NOT_RUNNING);
 }
 
-TEST(TouchScreenCalib, LooksAtThePointBeforeTheClosedDeviceWhenTheModeIsReplaced)
+TEST(TouchScreenCalib, ChecksThePointBeforeTheClosedDeviceWhenTheModeIsReplaced)
 {
     SimulatedUnit unit{kAbsent};
     Released calib{static_cast<TouchScreenCalib*>(new WithMode{ERR_SUCCESS, 2})};
@@ -277,7 +277,7 @@ TEST(TouchScreenCalib, LooksAtThePointBeforeTheClosedDeviceWhenTheModeIsReplaced
     EXPECT_EQ(calib->SetCalibrationPoint(5), ERR_OPEN_FAILED);
 }
 
-TEST(TouchScreenCalib, TellsAPointFinishedByTheHighByteOfRegister1)
+TEST(TouchScreenCalib, DetectsAFinishedPointByTheHighByteOfRegister1)
 {
     SimulatedUnit unit{"touch.calibration = 1"};
     unit.model<hxsim::TouchController>()->taken = 3;

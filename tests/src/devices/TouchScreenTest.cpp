@@ -20,7 +20,7 @@ TSAdvancedSettingsParameter parameter(int number)
     return static_cast<TSAdvancedSettingsParameter>(number);
 }
 
-/// Every request that the device got, without the one of the version.
+/// Every request to the device, except that of the version.
 std::vector<std::string> requests(SimulatedUnit& unit)
 {
     return unit.requestsTo(kNode);
@@ -63,7 +63,7 @@ TEST(TouchScreen, ReadsTheModeFromRegister3)
     }
 }
 
-TEST(TouchScreen, AsksForTheFirmwareAfreshForEachCall)
+TEST(TouchScreen, ChecksTheFirmwareAgainForEachCall)
 {
     SimulatedUnit unit{"version.front = 1.2.3.4"};
     Released touch{GetTouchScreen()};
@@ -87,7 +87,7 @@ TEST(TouchScreen, RefusesAModeAboveThreeFromTheController)
     EXPECT_EQ(mode, kUntouchedMode);
 }
 
-TEST(TouchScreen, LooksAtTheLowByteOfTheModeOnly)
+TEST(TouchScreen, UsesTheLowByteOfTheModeOnly)
 {
     SimulatedUnit unit;
     unit.model<hxsim::TouchController>()->registers[3] = 0x0102;
@@ -276,7 +276,7 @@ TEST(TouchScreen, WritesFourTimesSetting3UpTo16383)
     EXPECT_THAT(requests(unit), Requests("put 7 = 65532", "get 7 -> 65532"));
 }
 
-TEST(TouchScreen, WritesOneForAnySetting8ButZero)
+TEST(TouchScreen, WritesOneForAnySetting8ExceptZero)
 {
     struct Row {
         unsigned short value;
@@ -324,7 +324,7 @@ TEST(TouchScreen, RefusesAnAdvancedSettingThatDoesNotExist)
     }
 }
 
-TEST(TouchScreen, AsksForTheFirmwareBeforeParameterValueAndDevice)
+TEST(TouchScreen, ChecksTheFirmwareBeforeParameterValueAndDevice)
 {
     SimulatedUnit unit{kAbsent, "version.front = 0.9.0.0"};
     Released touch{GetTouchScreen()};
@@ -337,7 +337,7 @@ TEST(TouchScreen, AsksForTheFirmwareBeforeParameterValueAndDevice)
     EXPECT_EQ(touch->getAdvancedSetting(parameter(12), &value), ERR_NEWER_FRONT_VERSION_REQUIRED);
 }
 
-TEST(TouchScreen, AsksForOlderFirmwareForSetting0)
+TEST(TouchScreen, RequiresOlderFirmwareForSetting0)
 {
     for (const char* version : {"version.front = 0.5.0.0", "version.front = 0.9.0.0"}) {
         SimulatedUnit unit{version};
@@ -352,7 +352,7 @@ TEST(TouchScreen, AsksForOlderFirmwareForSetting0)
     EXPECT_EQ(touch->setAdvancedSetting(TSAdvancedSetting0, 1), ERR_NEWER_FRONT_VERSION_REQUIRED);
 }
 
-TEST(TouchScreen, AsksForFirmware1000ForEveryOtherSetting)
+TEST(TouchScreen, RequiresFirmware1000ForEveryOtherSetting)
 {
     for (int number = 1; number < 12; ++number) {
         SimulatedUnit unit{"version.front = 0.99.99.99"};
@@ -368,7 +368,7 @@ TEST(TouchScreen, AsksForFirmware1000ForEveryOtherSetting)
     }
 }
 
-TEST(TouchScreen, LooksAtParameterAndValueBeforeTheClosedDevice)
+TEST(TouchScreen, ChecksParameterAndValueBeforeTheClosedDevice)
 {
     SimulatedUnit unit{kAbsent};
     Released touch{GetTouchScreen()};

@@ -20,12 +20,12 @@ constexpr const char* kOldFpga = "version.fpga = 0.4.0.0";
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-struct World {
+struct VideoState {
     const char* fpga;
-    int mode; ///< de-interlace mode; 3 is one that cannot be read
+    int mode; ///< de-interlace mode; 3 cannot be read
 
-    static constexpr World newFpga(int mode) { return {kNewFpga, mode}; }
-    static constexpr World oldFpga(int mode) { return {kOldFpga, mode}; }
+    static constexpr VideoState newFpga(int mode) { return {kNewFpga, mode}; }
+    static constexpr VideoState oldFpga(int mode) { return {kOldFpga, mode}; }
 };
 
 struct Result {
@@ -45,12 +45,12 @@ void PrintTo(const Result& result, std::ostream* out)
 constexpr std::array<std::uint8_t, 4> kBefore{1, 2, 3, 4};
 constexpr Result kRefused{ERR_INVALID_DATA, kBefore};
 
-Result sent(float x, float y, World world)
+Result sent(float x, float y, VideoState state)
 {
-    SimulatedUnit unit{world.fpga};
+    SimulatedUnit unit{state.fpga};
     Released video{GetVideo()};
     EXPECT_EQ(video->init(1), ERR_SUCCESS);
-    unit.set("video.1.control", world.mode << 1);
+    unit.set("video.1.control", state.mode << 1);
     unit.model<hxsim::VideoInputs>()->first.scaling = kBefore;
     const eErr err = video->setScaling(x, y);
     return {err, unit.model<hxsim::VideoInputs>()->first.scaling};
@@ -61,12 +61,12 @@ Result done(std::uint8_t enlargeX, std::uint8_t enlargeY, std::uint8_t reduceX, 
     return {ERR_SUCCESS, {enlargeX, enlargeY, reduceX, reduceY}};
 }
 
-std::pair<float, float> reported(std::array<std::uint8_t, 4> bytes, World world)
+std::pair<float, float> reported(std::array<std::uint8_t, 4> bytes, VideoState state)
 {
-    SimulatedUnit unit{world.fpga};
+    SimulatedUnit unit{state.fpga};
     Released video{GetVideo()};
     EXPECT_EQ(video->init(1), ERR_SUCCESS);
-    unit.set("video.1.control", world.mode << 1);
+    unit.set("video.1.control", state.mode << 1);
     unit.model<hxsim::VideoInputs>()->first.scaling = bytes;
     std::pair<float, float> factors{-7.0F, -7.0F};
     EXPECT_EQ(video->getScaling(&factors.first, &factors.second), ERR_SUCCESS);
@@ -77,36 +77,36 @@ std::pair<float, float> reported(std::array<std::uint8_t, 4> bytes, World world)
 
 TEST(VideoScaling, SendsOriginalSizeForBothFields)
 {
-    EXPECT_EQ(sent(1.0F, 1.0F, World::newFpga(2)), done(128, 128, 64, 64));
+    EXPECT_EQ(sent(1.0F, 1.0F, VideoState::newFpga(2)), done(128, 128, 64, 64));
 }
 
 TEST(VideoScaling, DoublesTheHeightOfOneField)
 {
-    EXPECT_EQ(sent(1.0F, 1.0F, World::newFpga(0)), done(128, 64, 64, 64));
-    EXPECT_EQ(sent(1.0F, 1.0F, World::newFpga(1)), done(128, 64, 64, 64));
+    EXPECT_EQ(sent(1.0F, 1.0F, VideoState::newFpga(0)), done(128, 64, 64, 64));
+    EXPECT_EQ(sent(1.0F, 1.0F, VideoState::newFpga(1)), done(128, 64, 64, 64));
 }
 
 TEST(VideoScaling, Sends255ForAQuarter)
 {
-    EXPECT_EQ(sent(0.25F, 0.5F, World::newFpga(2)), done(128, 128, 255, 128));
-    EXPECT_EQ(sent(0.5F, 0.25F, World::newFpga(2)), done(128, 128, 128, 255));
-    EXPECT_EQ(sent(0.5F, 0.125F, World::newFpga(0)), done(128, 128, 128, 255));
+    EXPECT_EQ(sent(0.25F, 0.5F, VideoState::newFpga(2)), done(128, 128, 255, 128));
+    EXPECT_EQ(sent(0.5F, 0.25F, VideoState::newFpga(2)), done(128, 128, 128, 255));
+    EXPECT_EQ(sent(0.5F, 0.125F, VideoState::newFpga(0)), done(128, 128, 128, 255));
 }
 
 TEST(VideoScaling, RoundsTheInverseToAFloatBeforeItMultiplies)
 {
-    EXPECT_EQ(sent(0.4F, 0.8F, World::newFpga(2)), done(128, 128, 160, 80));
-    EXPECT_EQ(sent(1.6F, 3.2F, World::newFpga(2)), done(80, 40, 64, 64));
+    EXPECT_EQ(sent(0.4F, 0.8F, VideoState::newFpga(2)), done(128, 128, 160, 80));
+    EXPECT_EQ(sent(1.6F, 3.2F, VideoState::newFpga(2)), done(80, 40, 64, 64));
 }
 
 TEST(VideoScaling, TruncatesTheBytes)
 {
-    EXPECT_EQ(sent(3.0F, 0.3F, World::newFpga(2)), done(42, 128, 64, 213));
+    EXPECT_EQ(sent(3.0F, 0.3F, VideoState::newFpga(2)), done(42, 128, 64, 213));
 }
 
 TEST(VideoScaling, ANewFpgaRefusesWhatIsOutOfRange)
 {
-    const World both = World::newFpga(2);
+    const VideoState both = VideoState::newFpga(2);
     EXPECT_EQ(sent(0.2F, 1.0F, both), kRefused);
     EXPECT_EQ(sent(1.0F, 0.2F, both), kRefused);
     EXPECT_EQ(sent(4.001F, 1.0F, both), kRefused);
@@ -118,51 +118,51 @@ TEST(VideoScaling, ANewFpgaRefusesWhatIsOutOfRange)
 
 TEST(VideoScaling, ANewFpgaTakesTheWholeRange)
 {
-    EXPECT_EQ(sent(4.0F, 4.0F, World::newFpga(2)), done(32, 32, 64, 64));
-    EXPECT_EQ(sent(0.25F, 0.25F, World::newFpga(2)), done(128, 128, 255, 255));
-    EXPECT_EQ(sent(4.0F, 2.0F, World::newFpga(1)), done(32, 32, 64, 64));
+    EXPECT_EQ(sent(4.0F, 4.0F, VideoState::newFpga(2)), done(32, 32, 64, 64));
+    EXPECT_EQ(sent(0.25F, 0.25F, VideoState::newFpga(2)), done(128, 128, 255, 255));
+    EXPECT_EQ(sent(4.0F, 2.0F, VideoState::newFpga(1)), done(32, 32, 64, 64));
 }
 
 TEST(VideoScaling, ANewFpgaHalvesTheVerticalRangeForOneField)
 {
-    EXPECT_EQ(sent(1.0F, 2.001F, World::newFpga(0)), kRefused);
-    EXPECT_EQ(sent(1.0F, 0.124F, World::newFpga(1)), kRefused);
+    EXPECT_EQ(sent(1.0F, 2.001F, VideoState::newFpga(0)), kRefused);
+    EXPECT_EQ(sent(1.0F, 0.124F, VideoState::newFpga(1)), kRefused);
 }
 
 TEST(VideoScaling, AnOldFpgaGetsTheLargestItCanDo)
 {
-    EXPECT_EQ(sent(3.0F, 1.0F, World::oldFpga(2)), done(64, 64, 64, 64));
-    EXPECT_EQ(sent(100.0F, 100.0F, World::oldFpga(2)), done(64, 64, 64, 64));
-    EXPECT_EQ(sent(kInfinity, kInfinity, World::oldFpga(2)), done(64, 64, 64, 64));
+    EXPECT_EQ(sent(3.0F, 1.0F, VideoState::oldFpga(2)), done(64, 64, 64, 64));
+    EXPECT_EQ(sent(100.0F, 100.0F, VideoState::oldFpga(2)), done(64, 64, 64, 64));
+    EXPECT_EQ(sent(kInfinity, kInfinity, VideoState::oldFpga(2)), done(64, 64, 64, 64));
 }
 
 TEST(VideoScaling, AnOldFpgaDoublesTheHeightInEveryMode)
 {
     for (const int mode : {0, 1, 2})
-        EXPECT_EQ(sent(1.0F, 0.5F, World::oldFpga(mode)), done(128, 128, 64, 64));
+        EXPECT_EQ(sent(1.0F, 0.5F, VideoState::oldFpga(mode)), done(128, 128, 64, 64));
 }
 
 TEST(VideoScaling, AnOldFpgaRefusesOnlyWhatIsTooSmall)
 {
-    EXPECT_EQ(sent(0.2F, 1.0F, World::oldFpga(2)), kRefused);
-    EXPECT_EQ(sent(1.0F, 0.124F, World::oldFpga(2)), kRefused);
-    EXPECT_EQ(sent(-kInfinity, 1.0F, World::oldFpga(2)), kRefused);
-    EXPECT_EQ(sent(0.25F, 0.125F, World::oldFpga(2)), done(128, 128, 255, 255));
+    EXPECT_EQ(sent(0.2F, 1.0F, VideoState::oldFpga(2)), kRefused);
+    EXPECT_EQ(sent(1.0F, 0.124F, VideoState::oldFpga(2)), kRefused);
+    EXPECT_EQ(sent(-kInfinity, 1.0F, VideoState::oldFpga(2)), kRefused);
+    EXPECT_EQ(sent(0.25F, 0.125F, VideoState::oldFpga(2)), done(128, 128, 255, 255));
 }
 
 TEST(VideoScaling, NotANumberPassesAndReducesToZero)
 {
-    EXPECT_EQ(sent(kNan, 1.0F, World::newFpga(2)), done(128, 128, 0, 64));
-    EXPECT_EQ(sent(1.0F, kNan, World::newFpga(0)), done(128, 128, 64, 0));
-    EXPECT_EQ(sent(kNan, kNan, World::oldFpga(2)), done(128, 128, 0, 0));
+    EXPECT_EQ(sent(kNan, 1.0F, VideoState::newFpga(2)), done(128, 128, 0, 64));
+    EXPECT_EQ(sent(1.0F, kNan, VideoState::newFpga(0)), done(128, 128, 64, 0));
+    EXPECT_EQ(sent(kNan, kNan, VideoState::oldFpga(2)), done(128, 128, 0, 0));
 }
 
 TEST(VideoScaling, TakesBothFieldsWhenTheModeCannotBeRead)
 {
-    EXPECT_EQ(sent(1.0F, 1.0F, World::newFpga(3)), done(128, 128, 64, 64));
+    EXPECT_EQ(sent(1.0F, 1.0F, VideoState::newFpga(3)), done(128, 128, 64, 64));
 }
 
-TEST(VideoScaling, AsksForTheModeThenTheFpgaThenSends)
+TEST(VideoScaling, ReadsTheModeThenTheFpgaThenSends)
 {
     SimulatedUnit unit{kNewFpga};
     Released video{GetVideo()};
@@ -176,7 +176,7 @@ TEST(VideoScaling, AsksForTheModeThenTheFpgaThenSends)
                                          "/dev/analog-video1 0x4004000a: 80 80 40 40"));
 }
 
-TEST(VideoScaling, LooksAtTheRangeBeforeTheClosedDevice)
+TEST(VideoScaling, ChecksTheRangeBeforeTheClosedDevice)
 {
     SimulatedUnit unit;
     Released video{GetVideo()};
@@ -219,17 +219,17 @@ TEST(VideoScaling, ReportsWhatWasSetForOneField)
 TEST(VideoScaling, HalvesTheReportedHeightForOneFieldAndForAnOldFpga)
 {
     const std::array<std::uint8_t, 4> original{128, 128, 64, 64};
-    EXPECT_EQ(reported(original, World::newFpga(2)), std::pair(1.0F, 1.0F));
-    EXPECT_EQ(reported(original, World::newFpga(0)), std::pair(1.0F, 0.5F));
-    EXPECT_EQ(reported(original, World::newFpga(1)), std::pair(1.0F, 0.5F));
-    EXPECT_EQ(reported(original, World::newFpga(3)), std::pair(1.0F, 1.0F)) << "the mode cannot be read";
+    EXPECT_EQ(reported(original, VideoState::newFpga(2)), std::pair(1.0F, 1.0F));
+    EXPECT_EQ(reported(original, VideoState::newFpga(0)), std::pair(1.0F, 0.5F));
+    EXPECT_EQ(reported(original, VideoState::newFpga(1)), std::pair(1.0F, 0.5F));
+    EXPECT_EQ(reported(original, VideoState::newFpga(3)), std::pair(1.0F, 1.0F)) << "the mode cannot be read";
     for (const int mode : {0, 1, 2})
-        EXPECT_EQ(reported(original, World::oldFpga(mode)), std::pair(1.0F, 0.5F));
+        EXPECT_EQ(reported(original, VideoState::oldFpga(mode)), std::pair(1.0F, 0.5F));
 }
 
 TEST(VideoScaling, ReportsTheSmallestHeightAsAnEighthOrMore)
 {
-    const auto [x, y] = reported({128, 128, 255, 255}, World::newFpga(0));
+    const auto [x, y] = reported({128, 128, 255, 255}, VideoState::newFpga(0));
     EXPECT_EQ(x, 64.0F / 255.0F);
     EXPECT_EQ(y, 64.0F / 255.0F / 2.0F);
     EXPECT_GE(y, 0.125F);
@@ -237,17 +237,17 @@ TEST(VideoScaling, ReportsTheSmallestHeightAsAnEighthOrMore)
 
 TEST(VideoScaling, TheEnlargeByte128DecidesTheDirection)
 {
-    EXPECT_EQ(reported({64, 127, 32, 32}, World::newFpga(2)), std::pair(2.0F, 1.0F / (127.0F / 128.0F)));
-    EXPECT_EQ(reported({128, 128, 32, 16}, World::newFpga(2)), std::pair(2.0F, 4.0F));
+    EXPECT_EQ(reported({64, 127, 32, 32}, VideoState::newFpga(2)), std::pair(2.0F, 1.0F / (127.0F / 128.0F)));
+    EXPECT_EQ(reported({128, 128, 32, 16}, VideoState::newFpga(2)), std::pair(2.0F, 4.0F));
 }
 
 TEST(VideoScaling, ReportsAZeroByteAsInfinite)
 {
-    EXPECT_EQ(reported({128, 128, 0, 0}, World::newFpga(2)), std::pair(kInfinity, kInfinity));
-    EXPECT_EQ(reported({0, 0, 64, 64}, World::newFpga(0)), std::pair(kInfinity, kInfinity));
+    EXPECT_EQ(reported({128, 128, 0, 0}, VideoState::newFpga(2)), std::pair(kInfinity, kInfinity));
+    EXPECT_EQ(reported({0, 0, 64, 64}, VideoState::newFpga(0)), std::pair(kInfinity, kInfinity));
 }
 
-TEST(VideoScaling, AsksForTheModeThenTheFactorsThenTheFpga)
+TEST(VideoScaling, ReadsTheModeThenTheFactorsThenTheFpga)
 {
     SimulatedUnit unit{kNewFpga};
     Released video{GetVideo()};
@@ -264,7 +264,7 @@ TEST(VideoScaling, AsksForTheModeThenTheFactorsThenTheFpga)
                          "/dev/fpga-version close"));
 }
 
-TEST(VideoScaling, DoesNotAskForTheFpgaWhenTheFactorsCannotBeRead)
+TEST(VideoScaling, DoesNotReadTheFpgasVersionWhenTheFactorsCannotBeRead)
 {
     SimulatedUnit unit;
     unit.fail(kNode, 0x8004000b);
@@ -297,7 +297,7 @@ private:
 
 } // namespace
 
-TEST(VideoScaling, AsksForTheModeThroughTheSlot)
+TEST(VideoScaling, ReadsTheModeThroughTheSlot)
 {
     SimulatedUnit unit{kNewFpga};
     Released video{static_cast<Video*>(new WithMode{ERR_SUCCESS})};
@@ -322,8 +322,8 @@ TEST(VideoScaling, TakesBothFieldsWhenTheSlotFails)
     EXPECT_EQ(unit.get("video.1.scaling"), "128 128 64 64");
 }
 
-// The conversion itself, over its whole domain. Dividing two floats in double and rounding once gives the float that
-// the processor's single-precision division gives, so this is a second computation of the same numbers.
+// The conversion itself, over its whole domain. Dividing two floats in double and rounding once gives the same float as
+// the processor's single-precision division, so this is an independent computation of the same numbers.
 
 namespace {
 
@@ -407,7 +407,7 @@ TEST(VideoScaling, SomeBytesComeBackOneLower)
     EXPECT_EQ(again(64, 63), (Bytes{62, 64}));
 }
 
-TEST(VideoScaling, EveryByteComesBackOrOneLower)
+TEST(VideoScaling, EveryByteReadsBackOrOneLower)
 {
     for (int reduce = 64; reduce < 256; ++reduce) {
         const auto factor = Video_Imp::getFloatFromScale(static_cast<unsigned char>(reduce), 128);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Opening, control byte, channel, area, color key, decoder, cropping and the snapshots that do not exist.
+// Opening, control byte, channel, area, color key, decoder, cropping and the unsupported snapshots.
 #include "devices/Video_Imp.h"
 #include "simulator/model/VideoInputs.h"
 #include "testing/Released.h"
@@ -20,7 +20,7 @@ constexpr unsigned char kUntouched = 0x5A;
 constexpr unsigned char kBadInputs[] = {0, 3, 255};
 constexpr unsigned short kUntouchedWord = 0x5A5A;
 
-/// Video 1, opened; what `init` asked is not in the journal any more.
+/// Video 1, opened; the requests of `init` are removed from the journal.
 class OpenVideo {
 public:
     explicit OpenVideo(SimulatedUnit& unit)
@@ -43,11 +43,11 @@ void setControl(SimulatedUnit& unit, int control)
 struct Operation {
     const char* name;
     std::function<eErr(Video&)> call;
-    const char* lastRequest; ///< the one whose refusal the operation answers
+    const char* lastRequest; ///< the one whose refusal the operation reports
     eErr refused = ERR_IOCTRL_FAILED;
 };
 
-/// Calls a getter with an output that must stay as it is.
+/// Calls a getter whose output must stay unchanged.
 template <class Type, class Getter>
 std::function<eErr(Video&)> leaving(Type untouched, Getter get)
 {
@@ -191,7 +191,7 @@ TEST(Video, InitAnswers9ForAnotherInputAndOpensNothing)
     }
 }
 
-TEST(Video, InitWithoutADriverAnswers1AndAsksNothing)
+TEST(Video, InitWithoutADriverAnswers1AndSendsNothing)
 {
     SimulatedUnit unit{"absent = /dev/analog-video1"};
     Released video{GetVideo()};
@@ -202,7 +202,7 @@ TEST(Video, InitWithoutADriverAnswers1AndAsksNothing)
     EXPECT_EQ(video->showVideo(true), ERR_OPEN_FAILED);
 }
 
-TEST(Video, InitAnswers7WhenTheInputCannotBeStartedAndGoesOn)
+TEST(Video, InitAnswers7WhenTheInputCannotBeStartedAndContinues)
 {
     SimulatedUnit unit;
     unit.fail(kNode, 0x40020011);
@@ -317,7 +317,7 @@ TEST(Video, SetsTheFieldsAndKeepsTheOtherBits)
     }
 }
 
-TEST(Video, RefusesOtherFieldModesWith9AndAsksNothing)
+TEST(Video, RefusesOtherFieldModesWith9AndSendsNothing)
 {
     for (const int mode : {3, 4, -1, INT32_MIN, INT32_MAX}) {
         SimulatedUnit unit;
@@ -329,7 +329,7 @@ TEST(Video, RefusesOtherFieldModesWith9AndAsksNothing)
     }
 }
 
-TEST(Video, LooksAtTheClosedDeviceBeforeTheFieldMode)
+TEST(Video, ChecksTheClosedDeviceBeforeTheFieldMode)
 {
     SimulatedUnit unit;
     Released video{GetVideo()};
@@ -363,7 +363,7 @@ TEST(Video, AnswersFieldMode3OfTheDriverWith8)
     EXPECT_EQ(found, -7);
 }
 
-TEST(Video, MirrorsForAnyValueButZeroAndKeepsTheOtherBits)
+TEST(Video, MirrorsForAnyValueExceptZeroAndKeepsTheOtherBits)
 {
     struct Row {
         int before;
@@ -522,7 +522,7 @@ TEST(Video, ReadsTheStandardThroughTheDecoderSlot)
     EXPECT_EQ(replaced->asked, 0x8C);
 }
 
-TEST(Video, LooksAtTheClosedDeviceBeforeItAsksTheDecoderSlot)
+TEST(Video, ChecksTheClosedDeviceBeforeItCallsTheDecoderSlot)
 {
     SimulatedUnit unit;
     auto* replaced = new WithDecoder;
@@ -764,7 +764,7 @@ TEST(Video, RefusesASecondOrFourthCroppingValueAbove127AndSendsNothing)
     EXPECT_THAT(unit.journal(), IsEmpty());
 }
 
-TEST(Video, LooksAtCroppingValuesBeforeTheClosedDevice)
+TEST(Video, ChecksCroppingValuesBeforeTheClosedDevice)
 {
     SimulatedUnit unit;
     Released video{GetVideo()};
@@ -787,7 +787,7 @@ TEST(Video, DoublesCroppingValuesIn8Bits)
 
 // Null pointers.
 
-TEST(Video, LooksAtNullPointersBeforeTheClosedDevice)
+TEST(Video, ChecksNullPointersBeforeTheClosedDevice)
 {
     SimulatedUnit unit;
     Released closed{GetVideo()};

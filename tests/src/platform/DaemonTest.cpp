@@ -33,7 +33,7 @@ TEST(DaemonCommand, IsFourBytesInTheMachinesOrder)
                 ElementsAre("mkfifo 0666 !EEXIST", "open wronly nonblock", "write: 84 03 02 01", "close"));
 }
 
-TEST(DaemonCommand, MakesTheFifoWithTheMaskAtZero)
+TEST(DaemonCommand, CreatesTheFifoWithTheMaskAtZero)
 {
     SimulatedUnit unit;
     const unsigned int before = LinuxWrapper::umask(022);
@@ -55,14 +55,14 @@ TEST(DaemonCommand, RefusesANegativeNumberBeforeItTouchesTheFifo)
     EXPECT_THAT(unit.journal(), IsEmpty());
 }
 
-TEST(DaemonCommand, AnswersOpenFailedWhenNobodyReads)
+TEST(DaemonCommand, AnswersOpenFailedWithoutAReader)
 {
     SimulatedUnit unit{"daemon.running = no"};
 
     EXPECT_EQ(LinuxWrapper::ControlDaemon(129), ERR_OPEN_FAILED);
 }
 
-TEST(DaemonCommand, AnswersOpenFailedWhenTheFifoCannotBeMade)
+TEST(DaemonCommand, AnswersOpenFailedWhenTheFifoCannotBeCreated)
 {
     SimulatedUnit unit;
     unit.fail(kFifo, "mkfifo", EROFS);
@@ -128,7 +128,7 @@ TEST(DaemonFifo, CountsOnlyFullPipesAmongMixedErrors)
     EXPECT_EQ(unit.now(), 1000);
 }
 
-TEST(DaemonFifo, LeavesTheMaskAtZeroWhenItCannotBeMade)
+TEST(DaemonFifo, LeavesTheMaskAtZeroWhenItCannotBeCreated)
 {
     SimulatedUnit unit;
     unit.fail(kFifo, "mkfifo", EROFS);
@@ -136,10 +136,10 @@ TEST(DaemonFifo, LeavesTheMaskAtZeroWhenItCannotBeMade)
 
     EXPECT_EQ(LinuxWrapper::open_write_fifo(kFifo, 0600), -1);
 
-    EXPECT_EQ(LinuxWrapper::umask(before), 0U); // callers know it so
+    EXPECT_EQ(LinuxWrapper::umask(before), 0U); // callers rely on it
 }
 
-TEST(DaemonFifo, AnswersMinusTwoAndRestoresTheMaskWhenNobodyReads)
+TEST(DaemonFifo, AnswersMinusTwoAndRestoresTheMaskWithoutAReader)
 {
     SimulatedUnit unit{"daemon.running = no"};
     const unsigned int before = LinuxWrapper::umask(022);
@@ -149,7 +149,7 @@ TEST(DaemonFifo, AnswersMinusTwoAndRestoresTheMaskWhenNobodyReads)
     EXPECT_EQ(LinuxWrapper::umask(before), 022U);
 }
 
-TEST(DaemonFifo, IsMadeWithTheGivenRights)
+TEST(DaemonFifo, IsCreatedWithTheGivenPermissions)
 {
     SimulatedUnit unit;
 

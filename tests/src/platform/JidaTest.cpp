@@ -20,7 +20,7 @@ using testing::Not;
 
 namespace {
 
-/// All thirteen pointers, for tests of what is resolved. Cleared, because a program keeps them over units.
+/// All thirteen pointers, for tests of what is resolved. Cleared first, because they outlive a unit.
 struct Pointers {
     Pointers() { clear(); }
     ~Pointers() { clear(); }
@@ -40,7 +40,7 @@ struct Pointers {
         pJidaI2CWriteRegister = nullptr;
         pJidaI2CReadRegister = nullptr;
     }
-    /// Which are set, in the order in which they are resolved.
+    /// Those that are set, in the order in which they are resolved.
     static std::string set()
     {
         const bool flags[] = {pJidaBoardClose != nullptr,         pJidaTemperatureGetCurrent != nullptr,
@@ -65,10 +65,10 @@ unsigned long boardOf(SimulatedUnit& unit)
     return board;
 }
 
-std::string printedBy(const std::function<void()>& deed)
+std::string printedBy(const std::function<void()>& action)
 {
     testing::internal::CaptureStdout();
-    deed();
+    action();
     return testing::internal::GetCapturedStdout();
 }
 
@@ -134,7 +134,7 @@ TEST(BoardLibrary, ThatIsAbsentMakesEveryForwarderAnswerZero)
 
 struct Missing {
     const char* function;
-    const char* pointers; ///< set before it was found missing
+    const char* pointers; ///< set before the missing one
 };
 
 class IncompleteBoardLibrary : public testing::TestWithParam<Missing> {};
@@ -186,7 +186,7 @@ TEST(BoardInit, OpensAndClosesTheCpuBoardAndThenOpensAll)
                          "libjida.so JidaBoardOpenA any 2 = handle 4"));
 }
 
-TEST(BoardInit, GoesOnWithoutACpuBoard)
+TEST(BoardInit, ContinuesWithoutACpuBoard)
 {
     SimulatedUnit unit;
     unit.fail("libjida.so", "JidaBoardOpenA", ENODEV, 1);
@@ -242,7 +242,7 @@ TEST(BoardInit, FailsWhenTheLibraryCannotBeInstalled)
     EXPECT_THAT(unit.callsTo("libjida.so"), ElementsAre("dlopen", "JidaDllInitialize = 0", "JidaDllInstall 1 = 0"));
 }
 
-TEST(BoardInit, DoesNotMindWhatTheSecondInitialisationSays)
+TEST(BoardInit, IgnoresTheResultOfTheSecondInitialisation)
 {
     SimulatedUnit unit;
     unit.fail("libjida.so", "JidaDllInitialize", EIO, 2);
@@ -256,8 +256,8 @@ TEST(BoardInit, AcceptsAHandleOfFourBytes)
     const Pointers pointers;
     SimulatedUnit unit;
     ASSERT_TRUE(JidaLinuxInitialize());
-    // The real library of a 64-bit system may write 4 bytes where the caller has 8; dlopen is asked again by the
-    // initialisation, so the forwarder is called here as JidaInit calls it.
+    // The real library of a 64-bit system may write 4 bytes where the caller has 8; the initialisation calls dlopen
+    // again, so the forwarder is called here as JidaInit calls it.
     pJidaBoardOpenA = [](const char*, unsigned long, unsigned long, unsigned long* handle) {
         const std::uint32_t four = 0x12345678;
         std::memcpy(handle, &four, sizeof four);
@@ -347,7 +347,7 @@ TEST(BoardTemperature, FailsWhenTheSensorCannotBeDescribed)
     EXPECT_EQ(reading.type, 77U);
 }
 
-TEST(BoardTemperature, GivesTheBoardLibraryTheCallersOwnStatus)
+TEST(BoardTemperature, PassesTheBoardLibraryTheCallersOwnStatus)
 {
     const Pointers pointers;
     static unsigned long* given = nullptr;
@@ -398,7 +398,7 @@ TEST(I2cRegister, IsReadWithTheAddressAsItIs)
                 Contains(testing::StartsWith("JidaI2CReadRegister handle 2 0x41 register 9")));
 }
 
-TEST(I2cRegister, ThatNobodyAnswersPrintsTheOldWord)
+TEST(I2cRegister, WithoutAnAnswerPrintsTheOldText)
 {
     SimulatedUnit unit;
     const unsigned long board = boardOf(unit);
@@ -448,7 +448,7 @@ TEST(EepromRead, DeliversTheBytesOfThePart)
         ASSERT_EQ(static_cast<unsigned char>(buffer[i]), i % 256);
 }
 
-TEST(EepromRead, TellsHowMuchArrivedBeforeAFailure)
+TEST(EepromRead, ReportsTheNumberOfBytesReadBeforeAFailure)
 {
     SimulatedUnit unit;
     const unsigned long board = boardOf(unit);

@@ -16,10 +16,10 @@ using testing::IsEmpty;
 
 namespace {
 
-std::string printedBy(const std::function<void()>& deed)
+std::string printedBy(const std::function<void()>& action)
 {
     testing::internal::CaptureStdout();
-    deed();
+    action();
     std::fflush(stdout);
     return testing::internal::GetCapturedStdout();
 }
@@ -32,7 +32,7 @@ int opened(const char* name)
     return sema;
 }
 
-/// Of the file that the system keeps a unit's semaphore in.
+/// Of the file in which the system stores a unit's semaphore.
 unsigned permissionsOf(const SimulatedUnit& unit, const std::string& semaphore)
 {
     const std::string prefix = hxsim::UnitFolder::semaphorePrefix(hxsim::UnitFolder::markOf(unit.folder()));
@@ -155,13 +155,13 @@ TEST(NamedSemaphore, IsNeverRemoved)
 
     const int second = opened("a");
 
-    EXPECT_FALSE(LinuxWrapper::WaitForSema(second, false)); // what was taken stays taken
+    EXPECT_FALSE(LinuxWrapper::WaitForSema(second, false)); // it stays acquired
     LinuxWrapper::CloseSema(second);
 }
 
 // Without a name.
 
-TEST(PrivateSemaphore, IsMadeUnderAUniqueNameThatIsRemovedAtOnce)
+TEST(PrivateSemaphore, IsCreatedUnderAUniqueNameThatIsRemovedAtOnce)
 {
     SimulatedUnit unit;
 
@@ -194,7 +194,7 @@ TEST(PrivateSemaphore, IsNotSharedWithAnother)
     LinuxWrapper::CloseSema(second);
 }
 
-TEST(PrivateSemaphore, IsMadeWithoutTheRightToWriteTheRootDirectory)
+TEST(PrivateSemaphore, IsCreatedWithoutPermissionToWriteTheRootDirectory)
 {
     SimulatedUnit unit;
     unit.fail("/hxSema.XXXXXX", "mkstemp", EACCES);
@@ -219,9 +219,9 @@ TEST(PrivateSemaphore, UnlinksItsNameAfterAFailureToo)
                 ElementsAre("mkstemp", "unlink", "sem_open creat excl 1 !EMFILE", "sem_unlink !ENOENT"));
 }
 
-// Waiting and giving back.
+// Waiting and releasing.
 
-TEST(SemaphoreWait, TriesWithoutAWordWhenItIsTaken)
+TEST(SemaphoreWait, TriesWithoutAMessageWhenItIsTaken)
 {
     SimulatedUnit unit;
     const int sema = opened("a");
@@ -252,17 +252,17 @@ TEST(SemaphoreWait, PrintsAndEndsWhenItIsInterrupted)
     LinuxWrapper::CloseSema(sema);
 }
 
-TEST(SemaphoreWait, EndsWhenAnotherThreadGivesItBack)
+TEST(SemaphoreWait, EndsWhenAnotherThreadReleasesIt)
 {
     SimulatedUnit unit;
     static int sema;
     sema = opened("a");
     ASSERT_TRUE(LinuxWrapper::WaitForSema(sema, true));
-    const auto giveBackLater = [](const void*) {
+    const auto releaseLater = [](const void*) {
         LinuxWrapper::Sleep(300);
         LinuxWrapper::ReleaseSema(sema);
     };
-    ASSERT_EQ(LinuxWrapper::startThread(giveBackLater, nullptr), ERR_SUCCESS);
+    ASSERT_EQ(LinuxWrapper::startThread(releaseLater, nullptr), ERR_SUCCESS);
 
     EXPECT_TRUE(LinuxWrapper::WaitForSema(sema, true));
 
@@ -291,7 +291,7 @@ TEST(SemaphoreClose, PrintsWhenItFails)
 
 // Handles.
 
-TEST(SemaphoreHandle, OfZeroIsNone)
+TEST(SemaphoreHandle, OfZeroIsInvalid)
 {
     SimulatedUnit unit;
 
@@ -318,7 +318,7 @@ TEST(SemaphoreHandle, IsThePointerOrAnIndexFromOne)
     LinuxWrapper::CloseSema(second);
 }
 
-TEST(SemaphoreHandle, IsNoneAfterItsClose)
+TEST(SemaphoreHandle, IsInvalidAfterItsClose)
 {
     if (sizeof(void*) == sizeof(int))
         GTEST_SKIP() << "the handle is the pointer";
@@ -368,7 +368,7 @@ TEST(Lock, HoldsItsSemaphoreForAScope)
     EXPECT_TRUE(LinuxWrapper::WaitForSema(semaphore.handle(), false));
 }
 
-TEST(Lock, GivesBackNothingThatItDidNotGet)
+TEST(Lock, ReleasesNothingThatItDidNotAcquire)
 {
     SimulatedUnit unit;
     Semaphore semaphore{"a"};

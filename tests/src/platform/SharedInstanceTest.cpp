@@ -40,7 +40,7 @@ TEST(SharedInstance, IsOneForAllAndLivesUntilTheLastRelease)
     EXPECT_EQ(alive, 0);
 }
 
-TEST(SharedInstance, IsMadeAnewAfterTheLastRelease)
+TEST(SharedInstance, IsCreatedAgainAfterTheLastRelease)
 {
     Wiper::getInstance()->Release();
 
@@ -67,7 +67,7 @@ TEST(SharedInstance, CountsEveryGet)
 
 TEST(SharedInstance, LivesUntilTheLastOf257UsersReleasesIt)
 {
-    constexpr int kUsers = 257; // more than a byte counts
+    constexpr int kUsers = 257; // more than a byte can count
     for (int i = 0; i < kUsers; ++i)
         (void)Wiper::getInstance();
     Wiper* shared = Wiper::getInstance();
@@ -82,7 +82,7 @@ TEST(SharedInstance, LivesUntilTheLastOf257UsersReleasesIt)
     EXPECT_EQ(alive, 0);
 }
 
-TEST(SharedInstance, CountsBelowZeroWhenNobodyHoldsItAndThenLivesForEver)
+TEST(SharedInstance, CountsBelowZeroWithoutUsersAndThenLivesForever)
 {
     Wiper::releaseWithoutObject();
     EXPECT_EQ(Wiper::users(), ~0U);

@@ -52,7 +52,7 @@ TEST(Thread, ThatCannotBeCreatedIsAnError)
     EXPECT_EQ(seen, nullptr);
 }
 
-/// What a new thread finds of itself.
+/// Properties of a new thread.
 struct Found {
     int detachState = -1;
     sigset_t blocked{};
@@ -79,7 +79,7 @@ TEST(Thread, DetachesItself)
     EXPECT_EQ(found.detachState, PTHREAD_CREATE_DETACHED);
 }
 
-TEST(Thread, TakesNoSignalsButThoseOfItsOwnFaults)
+TEST(Thread, BlocksAllSignalsExceptThoseOfItsOwnFaults)
 {
     SimulatedUnit unit;
     found = {};
@@ -115,10 +115,10 @@ TEST(SleepFully, SleepsTheRestAfterAnInterruption)
 
     LinuxWrapper::SleepFully(1500);
 
-    EXPECT_THAT(unit.journal(), ElementsAre("sleep 1500 ms !EINTR", "sleep 1500 ms")); // nothing had passed
+    EXPECT_THAT(unit.journal(), ElementsAre("sleep 1500 ms !EINTR", "sleep 1500 ms")); // no time had passed
 }
 
-TEST(SleepFully, EndsAlthoughSignalsGoOn)
+TEST(SleepFully, EndsAlthoughSignalsContinue)
 {
     struct sigaction action {};
     struct sigaction before {};
@@ -128,7 +128,7 @@ TEST(SleepFully, EndsAlthoughSignalsGoOn)
     std::atomic<bool> inTime{true};
     std::thread interrupter{[&, sleeper = ::pthread_self()] {
         for (int signals = 0; !slept; ++signals) {
-            if (signals == 200) // 20 s: each signal began the sleep again
+            if (signals == 200) // 20 s: each signal restarted the sleep
                 inTime = false;
             if (inTime)
                 ::pthread_kill(sleeper, SIGUSR1);
@@ -144,7 +144,7 @@ TEST(SleepFully, EndsAlthoughSignalsGoOn)
     EXPECT_TRUE(inTime);
 }
 
-TEST(SleepFully, AsksOnceWhenNothingInterrupts)
+TEST(SleepFully, CallsOnceWhenNothingInterrupts)
 {
     SimulatedUnit unit;
 
@@ -153,7 +153,7 @@ TEST(SleepFully, AsksOnceWhenNothingInterrupts)
     EXPECT_THAT(unit.journal(), ElementsAre("sleep 1100 ms"));
 }
 
-TEST(Sleep, LastsAsLongAsItIsAskedTo)
+TEST(Sleep, LastsAsLongAsRequested)
 {
     SimulatedUnit unit;
 
@@ -163,7 +163,7 @@ TEST(Sleep, LastsAsLongAsItIsAskedTo)
     EXPECT_THAT(unit.journal(), ElementsAre("sleep 1500 ms"));
 }
 
-TEST(Sleep, AsksTheSystemForZeroToo)
+TEST(Sleep, CallsTheSystemForZeroToo)
 {
     SimulatedUnit unit;
 
@@ -196,7 +196,7 @@ TEST(CreationMask, IsChangedByOneThreadAtATime)
     {
         const CreationMask scope{0};
         inside = true;
-        ::usleep(200000); // the second thread tries meanwhile
+        ::usleep(200000); // meanwhile the second thread tries
         inside = false;
     }
     second.join();
@@ -217,7 +217,7 @@ TEST(CreationMask, CanBeChangedByAChildOfAForkDuringAnotherThreadsScope)
 
     const pid_t child = ::fork();
     if (child == 0) {
-        ::alarm(20); // ends a child that waits for a thread that it does not have
+        ::alarm(20); // ends a child that waits for a missing thread
         {
             const CreationMask scope{0};
         }
@@ -230,7 +230,7 @@ TEST(CreationMask, CanBeChangedByAChildOfAForkDuringAnotherThreadsScope)
     EXPECT_EQ(status, 0);
 }
 
-TEST(CreationMask, IsSetAndThePreviousOneGiven)
+TEST(CreationMask, IsSetAndThePreviousOneIsReturned)
 {
     const unsigned int before = LinuxWrapper::umask(027);
 

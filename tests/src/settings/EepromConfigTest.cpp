@@ -22,7 +22,7 @@ constexpr char kDefaultText[] =
     "DATA:1\r\nPCB_SERIAL:pcb\r\nUNIT_SERIAL:unitser\r\nDATE:2011-01-10\r\nHWVERSION:2\r\nPROD_REV:3\r\n"
     "PROD_ART:12345\r\nETH:2\r\nMAC1:00-11\r\nMAC2:22-33\r\nCAN:4\r\nVIDEO:4\r\nUSBHOST:2\r\nSERIAL:0\r\nCF:4\r\n";
 
-/// A unit whose main EEPROM holds this text.
+/// A unit with this text in the main EEPROM.
 class UnitWithText : public SimulatedUnit {
 public:
     explicit UnitWithText(const std::string& text = kDefaultText) { model<ProductionData>()->main.setText(text); }
@@ -63,7 +63,7 @@ std::vector<std::string> transfers(SimulatedUnit& unit)
     return lines;
 }
 
-// What counts as a text.
+// Valid texts.
 
 TEST(ProductionText, IsReadInThirtyTwoTransfersOf128Bytes)
 {
@@ -172,7 +172,7 @@ TEST(ProductionText, IsNotValidWhenATransferFails)
     EXPECT_EQ(property(store, "PCB_SERIAL"), "(none)");
 }
 
-TEST(ProductionText, IsNotAskedForAgainAfterAFailedTransfer)
+TEST(ProductionText, IsNotReadAgainAfterAFailedTransfer)
 {
     UnitWithText unit;
     unit.fail("libjida.so", "JidaI2CWriteReadCombined", EIO, 1, 2);
@@ -321,7 +321,7 @@ TEST(ProductionProperty, IsFoundByTheFirst253CharactersOfALongKey)
     EXPECT_EQ(property(EepromConfig{EepromTypeMain}, (key + "more").c_str()), "found");
 }
 
-TEST(ProductionProperty, IsToldApartByThe253rdCharacterOfItsKey)
+TEST(ProductionProperty, IsDistinguishedByThe253rdCharacterOfItsKey)
 {
     const std::string same(252, 'k');
     UnitWithText unit{"FILLER:filler filler\r\n" + same + "a:first\r\n" + same + "b:second\r\n"};
@@ -331,7 +331,7 @@ TEST(ProductionProperty, IsToldApartByThe253rdCharacterOfItsKey)
     EXPECT_EQ(property(store, (same + "b").c_str()), "second");
 }
 
-TEST(ProductionProperty, IsNotToldApartByLaterCharactersOfItsKey)
+TEST(ProductionProperty, IsNotDistinguishedByLaterCharactersOfItsKey)
 {
     const std::string same(253, 'k');
     UnitWithText unit{"FILLER:filler filler\r\n" + same + "ax:first\r\n" + same + "bx:second\r\n"};
@@ -342,7 +342,7 @@ TEST(ProductionProperty, IsNotToldApartByLaterCharactersOfItsKey)
     EXPECT_EQ(property(store, (same + "bxy").c_str()), "first") << "256 characters";
 }
 
-TEST(ProductionProperty, IsNotLookedForBehindTheTextsEnd)
+TEST(ProductionProperty, IsNotSearchedAfterTheTextsEnd)
 {
     UnitWithText unit{std::string{kDefaultText} + "\xFF\nHIDDEN:1\r\n"};
 
@@ -351,7 +351,7 @@ TEST(ProductionProperty, IsNotLookedForBehindTheTextsEnd)
 
 // Changes.
 
-TEST(ProductionUpdate, MovesTheRestBehindALongerValue)
+TEST(ProductionUpdate, MovesTheRestAfterALongerValue)
 {
     UnitWithText unit;
     EepromConfig store{EepromTypeMain};
@@ -375,7 +375,7 @@ TEST(ProductionUpdate, DropsTheLastByteForALongerValue)
     ASSERT_TRUE(store.UpdateProperty("CAN", "12"));
 
     const std::vector<std::uint8_t> after = unit.bytes();
-    EXPECT_TRUE(std::equal(bytes.begin() + 4000, bytes.begin() + 4095, after.begin() + 4001)); // carried along
+    EXPECT_TRUE(std::equal(bytes.begin() + 4000, bytes.begin() + 4095, after.begin() + 4001)); // moved along
     EXPECT_EQ(after[4096], 0xFF);                                                              // not touched
 }
 
@@ -404,7 +404,7 @@ TEST(ProductionUpdate, TurnsAZeroEndMarkIntoFF)
     EXPECT_EQ(unit.bytes()[177], 0xFF);
 }
 
-TEST(ProductionUpdate, GivesAnEmptyValueANewOne)
+TEST(ProductionUpdate, ReplacesAnEmptyValue)
 {
     UnitWithText unit{"FILLER:filler filler\r\nA:\r\nB:2\r\n"};
     EepromConfig store{EepromTypeMain};
@@ -414,7 +414,7 @@ TEST(ProductionUpdate, GivesAnEmptyValueANewOne)
     EXPECT_EQ(unit.text(), "FILLER:filler filler\r\nA:1\r\nB:2\r\n");
 }
 
-TEST(ProductionUpdate, MakesAValueEmpty)
+TEST(ProductionUpdate, EmptiesAValue)
 {
     UnitWithText unit;
     EepromConfig store{EepromTypeMain};
@@ -441,7 +441,7 @@ TEST(ProductionUpdate, CutsAValueThatIsLongerThanTheEeprom)
 
     EXPECT_TRUE(store.UpdateProperty("CF", std::string(5000, 'x').c_str()));
 
-    EXPECT_FALSE(store.isValid()); // no end mark is left
+    EXPECT_FALSE(store.isValid()); // no end mark remains
     EXPECT_EQ(unit.bytes()[4095], 'x');
     EXPECT_EQ(unit.bytes()[4096], 0xFF);
 }
@@ -515,7 +515,7 @@ TEST(ProductionUpdate, SleepsOnceAndDoesNotReadAfterAFailedWrite)
     std::vector<std::string> expected = pages(4);
     expected.emplace_back("200 ms");
     EXPECT_EQ(steps(unit), expected);
-    EXPECT_EQ(property(store, "CAN"), "4"); // the copy is as it was
+    EXPECT_EQ(property(store, "CAN"), "4"); // the copy is unchanged
 }
 
 // The default text.

@@ -23,7 +23,7 @@ TEST(SettingsTrim, RemovesBlanksAtBothEnds)
 {
     EXPECT_EQ(trimmed("  a b  "), "a b");
 }
-TEST(SettingsTrim, MakesATextOfBlanksEmpty)
+TEST(SettingsTrim, EmptiesATextOfBlanks)
 {
     EXPECT_EQ(trimmed("    "), "");
 }

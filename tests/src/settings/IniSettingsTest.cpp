@@ -18,7 +18,7 @@ using testing::Not;
 
 namespace {
 
-/// An object that has read the unit's settings file, as every user of the class makes it.
+/// An object that has loaded the unit's settings file.
 class Loaded : public IniSettings {
 public:
     Loaded() { load(LinuxWrapper::GetSettingsFileName()); }
@@ -51,7 +51,7 @@ TEST(SettingsFile, IgnoresCommentsAndTheTwoLoneSigns)
 
     EXPECT_EQ(Loaded{}.get("ABL_X"), "5");
     Loaded{}.set("ABL_X", "6");
-    EXPECT_EQ(unit.settings(), "ABL_X=6\n"); // nothing else had become an entry
+    EXPECT_EQ(unit.settings(), "ABL_X=6\n"); // no other entry was added
 }
 
 TEST(SettingsFile, KeepsALineWithoutAnEqualsSignAsTheEmptyKey)
@@ -196,7 +196,7 @@ TEST(SettingsFile, IsNeitherReadNorWrittenWhenItIsADevice)
     EXPECT_THAT(unit.callsTo("/opt/etc/hxaux.ini"), Not(Contains(testing::StartsWith("fopen"))));
 }
 
-TEST(SettingsFile, IsMadeBehindALinkThatLeadsNowhere)
+TEST(SettingsFile, IsCreatedAsTheTargetOfADanglingLink)
 {
     SimulatedUnit unit;
     const std::string target = unit.folder() + "/target";
@@ -299,18 +299,18 @@ TEST(SettingsWrite, LosesCommentsAndTheOrderOfLines)
     EXPECT_EQ(afterSetting(unit, "; comment\nB=2\n\nA=1\n", "B", "3"), "A=1\nB=3\n");
 }
 
-TEST(SettingsWrite, WritesAKeyThatWasOnlyAskedFor)
+TEST(SettingsWrite, WritesAKeyThatWasOnlyRead)
 {
     SimulatedUnit unit;
     Loaded settings;
 
-    (void)settings.get("ASKED");
+    (void)settings.get("ABSENT");
     settings.set("B", "1");
 
-    EXPECT_EQ(unit.settings(), "ASKED=\nB = 1\n");
+    EXPECT_EQ(unit.settings(), "ABSENT=\nB = 1\n");
 }
 
-TEST(SettingsWrite, HasNoBlanksForAKeyThatWasAskedForBefore)
+TEST(SettingsWrite, HasNoBlanksForAKeyThatWasReadBefore)
 {
     SimulatedUnit unit;
     Loaded settings;
@@ -321,7 +321,7 @@ TEST(SettingsWrite, HasNoBlanksForAKeyThatWasAskedForBefore)
     EXPECT_EQ(unit.settings(), "K=1\n");
 }
 
-TEST(SettingsWrite, DoesNotTrimTheKeyThatIsAskedFor)
+TEST(SettingsWrite, DoesNotTrimTheKeyThatIsLookedUp)
 {
     SimulatedUnit unit;
     unit.writeSettings("K=1\n");
@@ -407,7 +407,7 @@ TEST(SettingsWrite, SucceedsAfterAnAttemptThatFailed)
     EXPECT_EQ(unit.settings(), "A=1\nB = 2\n");
 }
 
-TEST(SettingsWrite, PutsTheTextOfTheLastWriteBackWhenThereIsNoRoomForTheNext)
+TEST(SettingsWrite, RestoresTheTextOfTheLastWriteWithoutSpaceForTheNext)
 {
     SimulatedUnit unit;
     unit.writeSettings("A=1\n");
@@ -420,7 +420,7 @@ TEST(SettingsWrite, PutsTheTextOfTheLastWriteBackWhenThereIsNoRoomForTheNext)
     EXPECT_EQ(unit.settings(), "A=1\nB = 2\n");
 }
 
-TEST(SettingsWrite, MakesAFileThatEverybodyMayWrite)
+TEST(SettingsWrite, CreatesAFileThatEveryUserMayWrite)
 {
     SimulatedUnit unit;
     struct stat status {};
@@ -460,7 +460,7 @@ TEST(SettingsLock, IsHeldFromConstructionToDestruction)
     LinuxWrapper::CloseSema(after);
 }
 
-TEST(SettingsLock, IsOpenedTakenGivenBackAndClosed)
+TEST(SettingsLock, IsOpenedAcquiredReleasedAndClosed)
 {
     SimulatedUnit unit;
 
@@ -486,7 +486,7 @@ TEST(SettingsLock, IsWaitedForAgainAfterASignal)
                             "sem_close"));
 }
 
-TEST(SettingsLock, IsNotGivenBackWhenItWasNeverTaken)
+TEST(SettingsLock, IsNotReleasedWhenItWasNeverAcquired)
 {
     SimulatedUnit unit;
     unit.fail("/FILE_HXAUXINI_IS_IN_USE", "sem_wait", EINVAL);

@@ -8,13 +8,13 @@
 
 namespace {
 
-/// A row of the table, its name apart from its numbers, in the order of the fields.
+/// A row of the table: its name and its numbers, in the order of the fields.
 struct Known {
     std::string name;
     std::array<std::uint32_t, 11> numbers;
 };
 
-// Written down by hand, as the families have it.
+// Written by hand from the data of the families.
 const Known kKnown[] = {
     {"Low-density",
      {0x412, 0x20000200, 0x20002800, 0x08000000, 0x08008000, 4, 1024, 0x1FFFF800, 0x1FFFF80F, 0x1FFFF000, 0x1FFFF800}},

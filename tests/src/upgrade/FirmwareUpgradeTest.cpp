@@ -55,7 +55,7 @@ UpgradeStatus statusOf(const Upgrade& upgrade)
     return status;
 }
 
-/// The most memory that this process ever used.
+/// The peak memory of this process.
 long residentPeakKib()
 {
     rusage usage{};
@@ -63,7 +63,7 @@ long residentPeakKib()
     return usage.ru_maxrss;
 }
 
-/// Waits for the end of a run on a thread of its own.
+/// Waits for the end of a run in the background.
 UpgradeStatus outcomeOf(const Upgrade& upgrade)
 {
     UpgradeStatus status{};
@@ -99,7 +99,7 @@ const StartCase kStarts[] = {
 
 class EveryStart : public testing::TestWithParam<StartCase> {
 protected:
-    /// What a run of this kind ends with on a unit that holds something else than the file.
+    /// The result of a run of this kind on a unit whose contents differ from the file.
     static eErr expected() { return GetParam().writes ? ERR_SUCCESS : ERR_VERIFY_FAILED; }
     static eErr start(const Upgrade& upgrade, const std::string& file, bool blocking)
     {
@@ -126,7 +126,7 @@ TEST_P(EveryStart, AnswersTheResultOfABlockingRun)
     EXPECT_TRUE(lockIsFree());
 }
 
-TEST_P(EveryStart, TellsTheResultOfARunOnItsOwnThreadInTheStatus)
+TEST_P(EveryStart, ReportsTheResultOfARunOnItsOwnThreadInTheStatus)
 {
     SimulatedUnit unit;
     const Upgrade upgrade = makeUpgrade();
@@ -195,7 +195,7 @@ TEST_P(EveryStart, ForgetsWhatWasReadOfTheRunBefore)
         ASSERT_GE(statusOf(upgrade).action, UpgradeActionFinished);
     unit.fail("thread", "start", EAGAIN);
 
-    EXPECT_EQ(start(upgrade, file, false), ERR_CREATE_THREAD); // which publishes nothing
+    EXPECT_EQ(start(upgrade, file, false), ERR_CREATE_THREAD); // it publishes nothing
 
     EXPECT_EQ(statusOf(upgrade).action, UpgradeActionPrepareHardware);
     EXPECT_EQ(statusOf(upgrade).error, ERR_SUCCESS);
@@ -404,7 +404,7 @@ TEST(FirmwareUpgrade, DoesNotCheckTheFileOfTheFpga)
     EXPECT_EQ(makeUpgrade()->startFpgaUpgrade("/missing", false), ERR_SUCCESS) << "the run itself finds out";
 }
 
-TEST(FirmwareUpgrade, MakesTwoPrivateSemaphoresAndTheUnitsLock)
+TEST(FirmwareUpgrade, CreatesTwoPrivateSemaphoresAndTheUnitsLock)
 {
     SimulatedUnit unit;
     {
@@ -417,7 +417,7 @@ TEST(FirmwareUpgrade, MakesTwoPrivateSemaphoresAndTheUnitsLock)
     EXPECT_EQ(closed, 3);
 }
 
-TEST(FirmwareUpgrade, AsksTheDaemonToShutTheUnitDown)
+TEST(FirmwareUpgrade, SendsTheDaemonTheShutdownCommand)
 {
     SimulatedUnit unit;
 
@@ -451,7 +451,7 @@ TEST(FirmwareUpgrade, KeepsNoDeviceOpenBeforeARunThatItRefuses)
     (void)outcomeOf(other);
 }
 
-TEST(FirmwareUpgrade, AnswersOpenFailedWhenTheFlashIsGoneInASecondRun)
+TEST(FirmwareUpgrade, AnswersOpenFailedWhenTheFlashIsAbsentInASecondRun)
 {
     SimulatedUnit unit;
     const Upgrade upgrade = makeUpgrade();
@@ -500,7 +500,7 @@ TEST(FirmwareUpgrade, ReadsNoMoreThanAByteOfAFileOfAnImpossibleSize)
     EXPECT_LT(residentPeakKib() - before, 1024);
 }
 
-TEST(FirmwareUpgrade, CannotOpenAnFpgaFileThatIsNoRegularFile)
+TEST(FirmwareUpgrade, CannotOpenAnFpgaFileThatIsNotARegularFile)
 {
     SimulatedUnit unit;
     const Upgrade upgrade = makeUpgrade();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Files written by other people's tools reach the targets unchanged.
+// Files written by third-party tools reach the targets unchanged.
 #include "testing/FirmwareFile.h"
 
 #include "hx-aux/FirmwareUpgrade.h"

@@ -66,7 +66,7 @@ TEST(FpgaFlasher, WritesBlocksOf528BytesAndReadsAlways528)
                 ElementsAre("0xc218004f: 10 02 00 00 00 00 00 00", "0xc218004f: 10 02 00 00 10 02 00 00"));
 }
 
-TEST(FpgaFlasher, AsksForTheStatusWithOneByte)
+TEST(FpgaFlasher, ReadsTheStatusWithOneByte)
 {
     SimulatedUnit unit;
 
@@ -99,7 +99,7 @@ TEST(FpgaFlasher, WritesNothingInAVerification)
     EXPECT_THAT(heads(unit, "0xc218004e"), IsEmpty());
 }
 
-TEST(FpgaFlasher, MakesTheSupervisorKeepItsHandsOff)
+TEST(FpgaFlasher, KeepsTheSupervisorOffTheFlash)
 {
     SimulatedUnit unit;
 
@@ -141,7 +141,7 @@ TEST(FpgaFlasher, TakesAFolderForAnEmptyFile)
     EXPECT_EQ(flasher.Run(true), ERR_INVALID_DATA);
 }
 
-TEST(FpgaFlasher, ClosesTheRedirectorWhenItGoes)
+TEST(FpgaFlasher, ClosesTheRedirectorWhenItIsDestroyed)
 {
     SimulatedUnit unit;
 
@@ -150,13 +150,13 @@ TEST(FpgaFlasher, ClosesTheRedirectorWhenItGoes)
     EXPECT_EQ(unit.callsTo("/dev/uart-redir").back(), "close");
 }
 
-TEST(BufferedSource, EndsForGoodAtAReadThatFails)
+TEST(BufferedSource, EndsPermanentlyAtAFailedRead)
 {
     SimulatedUnit unit;
     const FirmwareFile file{firmware::file(unit, std::string(10000, 'x')).c_str()};
     BufferedSource source{file};
     char character = '\0';
-    for (int i = 0; i < 4096; ++i) // what one read brings
+    for (int i = 0; i < 4096; ++i) // the size of one read
         ASSERT_TRUE(source.next(character));
 
     const int unreadable = ::open("/dev/null", O_WRONLY);

@@ -40,7 +40,7 @@ const std::string kFlash = firmware::linear(0x0800);
 
 } // namespace
 
-TEST(IntelHex, PutsTheDataRecordsOneBehindTheOther)
+TEST(IntelHex, PutsTheDataRecordsInSequence)
 {
     const Parsed parsed = parse(kFlash + firmware::data(0, {1, 2, 3}) + firmware::data(3, {4, 5}) + kEnd);
 
@@ -56,7 +56,7 @@ TEST(IntelHex, ReadsLowerCaseAndAnyLineEnds)
     EXPECT_THAT(parsed.image, ElementsAre(0xAB));
 }
 
-TEST(IntelHex, DoesNotReadBehindTheEndRecord)
+TEST(IntelHex, DoesNotReadAfterTheEndRecord)
 {
     const Parsed parsed = parse(firmware::data(0, {1}) + kEnd + "this is not HEX");
 
@@ -89,7 +89,7 @@ TEST(IntelHex, PlacesTheNextSegmentAtItsDistanceFromTheFirst)
     EXPECT_EQ(parsed.base, 0x0800U);
 }
 
-TEST(IntelHex, ContinuesBehindAFullSegment)
+TEST(IntelHex, ContinuesAfterAFullSegment)
 {
     Bytes full = firmware::pattern(0x10000);
     std::string text = firmware::intelHex(full);
@@ -144,7 +144,7 @@ TEST(IntelHex, SetsTheSegmentEndFromTheOffsetOfALinearRecord)
     EXPECT_EQ(parsed.base, 0x00100800U);
 }
 
-// Segment records are handled differently from what the format's makers meant; the results are kept as they are.
+// Segment records are handled differently from the specification of the format; callers rely on the results.
 
 TEST(IntelHex, KeepsTheSegmentEndAcrossASegmentRecord)
 {
@@ -236,7 +236,7 @@ TEST(IntelHex, RefusesARecordThatIsCutShort)
 
 TEST(IntelHex, DoesNotUseAHeadThatIsCutShort)
 {
-    const std::string head = ":01FFFF00"; // whole, it asks for 64 KiB
+    const std::string head = ":01FFFF00"; // complete, it needs 64 KiB
     for (std::size_t length = 1; length < head.size(); ++length) {
         const Parsed parsed = parse(":01000000AB54\n" + head.substr(0, length), 1);
 
@@ -245,7 +245,7 @@ TEST(IntelHex, DoesNotUseAHeadThatIsCutShort)
     }
 }
 
-TEST(IntelHex, RefusesFieldsThatAreNoNumbers)
+TEST(IntelHex, RefusesFieldsThatAreNotNumbers)
 {
     EXPECT_EQ(parse(":zz000000AB54\n").result, HexResult::WrongSyntax);
     EXPECT_EQ(parse(":01zzzz00AB54\n").result, HexResult::WrongSyntax);
@@ -272,7 +272,7 @@ TEST(IntelHex, IsOutOfMemoryWhenTheImageCannotGrow)
               HexResult::OutOfMemory);
 }
 
-TEST(IntelHex, NamesTheCodesThatTheUserGets)
+TEST(IntelHex, MapsToTheCodesOfTheOperations)
 {
     EXPECT_EQ(errorOf(HexResult::Complete), ERR_SUCCESS);
     EXPECT_EQ(errorOf(HexResult::WrongSyntax), ERR_INVALID_DATA);
@@ -283,7 +283,7 @@ TEST(IntelHex, NamesTheCodesThatTheUserGets)
 
 TEST(HexImage, KeepsItsBytesWhenItHasToMove)
 {
-    // Two images that grow in turn stand in each other's way.
+    // Two images that grow in turn block each other.
     HexImage images[2];
     for (std::uint32_t size = 1U << 20; size <= 16U << 20; size *= 2)
         for (HexImage& image : images) {
@@ -295,7 +295,7 @@ TEST(HexImage, KeepsItsBytesWhenItHasToMove)
 
 TEST(HexImage, ReleasesItsMemory)
 {
-    // Together more than a process has addresses for.
+    // Together more than the address space of a process.
     constexpr std::uint64_t kSize = sizeof(void*) == 4 ? 1U << 28 : UINT32_MAX;
     for (int i = 0; i < 50000; ++i) {
         HexImage image;
@@ -319,7 +319,7 @@ TEST(HexImage, HandsOutItsBytesPieceByPiece)
 
 namespace {
 
-/// By how much a parse raises the most memory that this process ever used, in KiB.
+/// Increase of the peak memory of this process by a parse, in KiB.
 long memoryFor(const std::string& text, HexResult expected)
 {
     const auto peak = [] {
@@ -340,7 +340,7 @@ constexpr long k16MiB = 16 * 1024;
 
 TEST(HexImage, TakesUpNoMemoryForAHoleOfFourGigabytes)
 {
-    // More than a 32-bit process has addresses for.
+    // More than the address space of a 32-bit process.
     const HexResult expected = sizeof(void*) == 4 ? HexResult::OutOfMemory : HexResult::Complete;
     const std::string text = kFlash + firmware::data(0, {1}) + firmware::linear(0xFFFF) + firmware::data(0, {2}) + kEnd;
 

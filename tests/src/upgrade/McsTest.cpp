@@ -52,7 +52,7 @@ TEST(Mcs, IgnoresShortRecordsUncheckedIncludingTheirData)
     EXPECT_THAT(converted.progress, IsEmpty());
 }
 
-TEST(Mcs, NeverLooksAtLengthAddressAndTypeOfARecord)
+TEST(Mcs, IgnoresLengthAddressAndTypeOfARecord)
 {
     const Converted converted = convert(firmware::record(7, 0x1230, firmware::pattern(16)));
 
@@ -111,7 +111,7 @@ TEST(Mcs, ReadsHalfAChecksumOnALineOf42Characters)
     EXPECT_EQ(convert(line + "EE" + "3\n").result, ERR_CHECKSUM);
 }
 
-TEST(Mcs, CountsWhatIsNoNumberAsZero)
+TEST(Mcs, CountsANonNumberAsZero)
 {
     std::string line = ":10000000";
     for (int i = 0; i < 16; ++i)

@@ -28,7 +28,7 @@ Bytes flashOf(SimulatedUnit& unit, Flasher_STM32::eDeviceType type, std::size_t 
     return {flash.begin(), flash.begin() + static_cast<std::ptrdiff_t>(size)};
 }
 
-/// What the unit was asked, without the characters of the file and the bytes on the line.
+/// The calls on the unit, without the characters of the file and the bytes on the line.
 std::vector<std::string> stepsOf(SimulatedUnit& unit)
 {
     std::vector<std::string> steps;
@@ -271,7 +271,7 @@ TEST(Flasher, DoesNotSwapHexAddresses)
     EXPECT_EQ(Flasher_STM32::be_u32(0x12345678), 0x12345678U);
 }
 
-TEST(Flasher, AsksTheDaemonToRestartTheUnit)
+TEST(Flasher, SendsTheDaemonTheRestartCommand)
 {
     SimulatedUnit unit;
 
@@ -281,7 +281,7 @@ TEST(Flasher, AsksTheDaemonToRestartTheUnit)
     EXPECT_EQ(unit.get("daemon.commands"), "128");
 }
 
-TEST(Flasher, TellsThatTheDaemonDoesNotRun)
+TEST(Flasher, ReportsThatTheDaemonDoesNotRun)
 {
     SimulatedUnit unit{"daemon.running = no"};
 

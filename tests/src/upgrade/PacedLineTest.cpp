@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// How well an upgrade uses the line: the wire is what takes the time.
+// How well an upgrade uses the line: the wire is the bottleneck.
 #include "testing/FirmwareFile.h"
 
 #include "hx-aux/FirmwareUpgrade.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Power fails at every acknowledgement and every block: an upgrade never claims success with a wrong image, and the
+// Power fails at every acknowledgement and every block: an upgrade never reports success with a wrong image, and the
 // next one succeeds.
 #include "testing/FirmwareFile.h"
 
@@ -47,7 +47,7 @@ bool holdsTheImage(SimulatedUnit& unit, const Target& target)
 
 class PowerCut : public testing::TestWithParam<Target> {
 protected:
-    /// How many acknowledgements, or bytes on the line, a whole upgrade takes.
+    /// Number of acknowledgements, or bytes on the line, of a whole upgrade.
     static std::int64_t countOf(std::int64_t hxsim::Microcontroller::*counter, std::int64_t start)
     {
         SimulatedUnit unit;

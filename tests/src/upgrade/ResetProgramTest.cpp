@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The reset program is what its source says, and does on an emulated processor what it is for.
+// The reset program matches its source and resets an emulated processor.
 #include "upgrade/STM32/stm32_bootloader.h"
 
 #include <gmock/gmock.h>
@@ -70,13 +70,13 @@ std::string outputOf(const std::string& command)
     return text;
 }
 
-/// Runs the image in the RAM of an emulated Cortex-M3 as a bootloader starts it, and tells what the
-/// emulator reports: events, and the last word of the image with the three words behind it. Those held rubbish before.
+/// Runs the image in the RAM of an emulated Cortex-M3 as a bootloader starts it, and returns what the emulator reports:
+/// events, and the last word of the image with the three words after it. Those contained garbage before.
 std::string emulate(const Image& image)
 {
     const Folder folder;
     write(folder / "image", image, image.size());
-    write(folder / "vectors", image, 8); // where a start from flash finds stack pointer and entry
+    write(folder / "vectors", image, 8); // location of stack pointer and entry for a start from flash
     const std::string machine = "qemu-system-arm -S -M netduino2 -nographic -serial none -monitor none -qmp stdio "
                                 "-action reboot=shutdown,shutdown=pause -kernel " +
                                 (folder / "vectors") +
@@ -84,8 +84,8 @@ std::string emulate(const Image& image)
                                 " -device loader,addr=0x200003ac,data=0xdeadbeefdeadbeef,data-len=8"
                                 " -device loader,addr=0x200003b4,data=0xdeadbeef,data-len=4";
     const std::string report = folder / "report";
-    // The processor starts once the emulator reports events: a reset before that would not be heard. A busy machine
-    // may need long for the few instructions: it has until it reports the reset, ten seconds at most.
+    // The processor starts once the emulator reports events: a reset before that would be missed. A busy machine may
+    // need long for the few instructions: it has until it reports the reset, at most ten seconds.
     const std::string commands =
         R"((echo '{"execute":"qmp_capabilities"}{"execute":"cont"}'; n=0; )"
         "until grep -qs guest-reset " +
@@ -110,7 +110,7 @@ TEST(ResetProgram, IsOnePieceOf428BytesFor0x20000200)
     EXPECT_LT(wordAt(image, 4), 0x20000200U + 428);
 }
 
-TEST(ResetProgram, IsWhatItsSourceGives)
+TEST(ResetProgram, MatchesItsSource)
 {
     if (!has("clang") || !has("ld.lld") || !has("objcopy"))
         GTEST_SKIP() << "needs clang, lld and binutils";

@@ -142,7 +142,7 @@ TEST(SerialPort, KeepsOddParityAndTwoStopBitsInALaterSetUp)
     EXPECT_THAT(unit.callsTo(kPort), Contains(HasSubstr(" 8o2 ")));
 }
 
-TEST(SerialPort, TellsThatTheSettingsCouldNotBeApplied)
+TEST(SerialPort, ReportsThatTheSettingsCouldNotBeApplied)
 {
     SimulatedUnit unit;
     const Port port{serial_open(kPort)};
@@ -152,7 +152,7 @@ TEST(SerialPort, TellsThatTheSettingsCouldNotBeApplied)
     EXPECT_EQ(setUp(port), SERIAL_OK) << "a failed set-up does not count as done";
 }
 
-TEST(SerialPort, TellsThatThePortReadsBackOtherSettings)
+TEST(SerialPort, ReportsThatThePortReadsBackOtherSettings)
 {
     SimulatedUnit unit;
     const Port port{serial_open(kPort)};
@@ -161,7 +161,7 @@ TEST(SerialPort, TellsThatThePortReadsBackOtherSettings)
     EXPECT_EQ(setUp(port), SERIAL_SETTINGS_NOT_TAKEN);
 }
 
-TEST(SerialPort, GetsItsEarlierSettingsBackAtClose)
+TEST(SerialPort, RestoresItsEarlierSettingsAtClose)
 {
     SimulatedUnit unit;
     serial_port* port = serial_open(kPort);
@@ -186,7 +186,7 @@ TEST(SerialPort, WritesEverythingInOneCall)
     EXPECT_THAT(unit.callsTo(kPort), ElementsAre("write: 01 02 03"));
 }
 
-TEST(SerialPort, TellsThatNothingCameWithinThreeSeconds)
+TEST(SerialPort, ReportsThatNothingCameWithinThreeSeconds)
 {
     SimulatedUnit unit;
     const Port port{serial_open(kPort)};
@@ -200,7 +200,7 @@ TEST(SerialPort, TellsThatNothingCameWithinThreeSeconds)
     EXPECT_EQ(byte, 'x');
 }
 
-TEST(SerialPort, TellsThatASystemCallFailed)
+TEST(SerialPort, ReportsThatASystemCallFailed)
 {
     SimulatedUnit unit;
     const Port port{serial_open(kPort)};
@@ -213,7 +213,7 @@ TEST(SerialPort, TellsThatASystemCallFailed)
     EXPECT_EQ(serial_write(port.get(), &byte, 1), SERIAL_SYSTEM_CALL_FAILED);
 }
 
-TEST(SerialPort, GoesOnAfterASignal)
+TEST(SerialPort, ContinuesAfterASignal)
 {
     SimulatedUnit unit;
     const Port port{serial_open(kPort)};

@@ -17,7 +17,7 @@
 
 namespace {
 
-/// A terminal whose other end the test holds; nobody writes unless the test does.
+/// A terminal whose other end belongs to the test; only the test writes to it.
 class Line {
 public:
     Line()
@@ -39,7 +39,7 @@ public:
     Line& operator=(const Line&) = delete;
 
     [[nodiscard]] const serial_port* port() const { return port_; }
-    /// Of the port, which keeps it to itself.
+    /// Of the port, which does not expose it.
     [[nodiscard]] int descriptor() const
     {
         char name[64];
@@ -50,7 +50,7 @@ public:
                 return fd;
         return -1;
     }
-    /// How many bytes arrive, up to that many; fewer when ten seconds bring none.
+    /// Number of bytes that arrive, up to that many; fewer after ten seconds without any.
     [[nodiscard]] std::size_t receive(std::size_t wanted) const
     {
         std::size_t count = 0;
@@ -69,7 +69,7 @@ private:
     serial_port* port_ = nullptr;
 };
 
-/// Interrupts the calls of the thread that made it, fifty times a second.
+/// Interrupts the calls of the thread that created it, fifty times a second.
 class Interruptions {
 public:
     Interruptions()
@@ -120,7 +120,7 @@ TEST(SerialPortUnderSignals, ReportsThatNothingCame)
 TEST(SerialPortUnderSignals, WritesEverything)
 {
     const Line line;
-    const std::string text(300000, 'x'); // far more than a terminal holds
+    const std::string text(300000, 'x'); // far more than a terminal can buffer
     std::size_t received = 0;
     std::thread receiver{[&] {
         ::usleep(200000); // the line is full by then, and the write waits
@@ -136,7 +136,7 @@ TEST(SerialPortUnderSignals, WritesEverything)
     EXPECT_EQ(received, text.size());
 }
 
-TEST(SerialPortUnderSignals, WaitsForEachByteAnew)
+TEST(SerialPortUnderSignals, RestartsTheWaitForEachByte)
 {
     const Line line;
     std::thread sender{[&] {

@@ -57,7 +57,7 @@ TEST(UartRedirector, RefusesOtherValuesAndSendsNothing)
     EXPECT_THAT(unit.requestsTo(kNode), IsEmpty());
 }
 
-TEST(UartRedirector, IsNotOpenBeforeItLooksAtTheValue)
+TEST(UartRedirector, IsNotOpenBeforeItChecksTheValue)
 {
     SimulatedUnit unit{"absent = /dev/uart-redir"};
     UartRedirector redirector;
@@ -67,7 +67,7 @@ TEST(UartRedirector, IsNotOpenBeforeItLooksAtTheValue)
     EXPECT_EQ(redirector.frontBootMode(), ERR_OPEN_FAILED);
 }
 
-TEST(UartRedirector, TellsARefusedRequestExceptForTheMode)
+TEST(UartRedirector, ReportsARefusedRequestExceptForTheMode)
 {
     SimulatedUnit unit;
     unit.fail(kNode, 0x4001004b);
@@ -76,7 +76,7 @@ TEST(UartRedirector, TellsARefusedRequestExceptForTheMode)
     UartRedirector redirector;
 
     EXPECT_EQ(redirector.setComDir(1), ERR_IOCTRL_FAILED);
-    EXPECT_EQ(redirector.setSsMode(0x0F), ERR_SUCCESS) << "the supervisor may be gone just then";
+    EXPECT_EQ(redirector.setSsMode(0x0F), ERR_SUCCESS) << "the supervisor may not answer at that moment";
     EXPECT_EQ(redirector.frontBootMode(), ERR_IOCTRL_FAILED);
 }
 
@@ -105,7 +105,7 @@ TEST(UartRedirector, ThatWasNeverOpenClosesNothing)
     EXPECT_THAT(unit.callsTo(kNode), IsEmpty());
 }
 
-TEST(UartRedirector, ClosesTheDeviceWhenItGoes)
+TEST(UartRedirector, ClosesTheDeviceWhenItIsDestroyed)
 {
     SimulatedUnit unit;
     {

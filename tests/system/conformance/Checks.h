@@ -11,20 +11,20 @@
 #include <type_traits>
 #include <vector>
 
-/// The same questions to the library whatever it runs on: a linked unit, a preloaded unit, or real devices. They use
-/// the public headers only. Each states what a healthy unit answers, so a failure common to all backends shows up as
-/// well as a difference between them.
+/// The same checks of the library on any backend: a linked unit, a preloaded unit, or real devices. They use only the
+/// public headers. Each defines the answer of a healthy unit, so a failure common to all backends is detected as well
+/// as a difference between them.
 namespace conformance {
 
 struct Check {
     std::string operation; ///< "Adc.getVoltage"
-    std::string expected;  ///< the answer's code, and the values in plain text
-    std::function<std::string()> ask;
+    std::string expected;  ///< the error code, and the values as text
+    std::function<std::string()> run;
 };
 
 using Checks = std::vector<Check>;
 
-/// An interface's object for the length of a check.
+/// An interface object for the duration of a check.
 template <class Interface>
 class Held {
 public:
@@ -39,7 +39,7 @@ private:
     Interface* object_;
 };
 
-/// A value as a person would write it: numbers plain, fractions with two digits.
+/// A value in readable form: numbers plain, fractions with two digits.
 template <class Value>
 std::string shown(Value value)
 {
@@ -52,7 +52,7 @@ std::string shown(Value value)
     }
 }
 
-/// "0 24.00": the code and what was delivered. Values stand only beside success.
+/// "0 24.00": the code and the values. Values appear only with success.
 template <class... Values>
 std::string answer(Halvix::eErr code, const Values&... values)
 {
@@ -62,7 +62,7 @@ std::string answer(Halvix::eErr code, const Values&... values)
     return text;
 }
 
-/// Asks a getter.
+/// Calls a getter.
 template <class Interface, class... Values>
 Check gets(const char* operation, Interface* (*factory)(), Halvix::eErr (Interface::*getter)(Values*...),
            const char* expected)
@@ -70,13 +70,13 @@ Check gets(const char* operation, Interface* (*factory)(), Halvix::eErr (Interfa
     return {operation, expected, [=] {
                 Held<Interface> object{factory()};
                 std::tuple<Values...> values{};
-                const auto ask = [&](Values&... each) { return ((*object).*getter)(&each...); };
-                const Halvix::eErr err = std::apply(ask, values);
+                const auto call = [&](Values&... each) { return ((*object).*getter)(&each...); };
+                const Halvix::eErr err = std::apply(call, values);
                 return std::apply([&](const Values&... each) { return answer(err, each...); }, values);
             }};
 }
 
-/// Asks a setter for its code alone.
+/// Calls a setter and reports only its code.
 template <class Interface, class... Values>
 Check sets(const char* operation, const char* expected, Interface* (*factory)(),
            Halvix::eErr (Interface::*setter)(Values...), std::type_identity_t<Values>... values)
@@ -99,7 +99,7 @@ Check keeps(const char* operation, Interface* (*factory)(), Halvix::eErr (Interf
                     if (const Halvix::eErr err = ((*object).*setter)(values...); err != Halvix::ERR_SUCCESS)
                         return "set: " + answer(err);
                 }
-                return gets(operation, factory, getter, "").ask();
+                return gets(operation, factory, getter, "").run();
             }};
 }
 
@@ -112,12 +112,12 @@ Checks signals();
 Checks peripherals();
 Checks video();
 Checks texts();
-/// With firmware of its own for all three targets: last of those that use the unit as it is.
+/// With its own firmware for all three targets: last of those that use an unchanged unit.
 Checks upgrades();
-/// Starts a thread that follows the light for as long as the program lives: last of all.
+/// Starts a thread that follows the light until the program ends: last of all.
 Checks automaticBacklight();
 
-/// Runs them all and prints "operation<TAB>pass|FAIL<TAB>answer" a line; returns how many failed.
+/// Runs them all and prints "operation<TAB>pass|FAIL<TAB>answer" a line; returns the number of failures.
 int runAll();
 
 } // namespace conformance

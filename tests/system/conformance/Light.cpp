@@ -58,7 +58,7 @@ std::string softTransitions()
 {
     Held backlight{GetBacklight()};
     Held service{GetHXAuxPrivate()};
-    (void)service->setFileSetting("ABL_k", "50"); // nothing has been learnt yet
+    (void)service->setFileSetting("ABL_k", "50"); // nothing has been learned yet
     bool soft = false;
     double slope = 0;
     const eErr set = backlight->setAutomaticBLParams(true);

@@ -27,8 +27,8 @@ std::string beep()
     Held buzzer{GetBuzzer()};
     bool on = true;
     const eErr sounded = buzzer->buzze(30, true);
-    const eErr asked = buzzer->getTrigger(&on);
-    return answer(sounded) + " " + answer(asked, on);
+    const eErr queried = buzzer->getTrigger(&on);
+    return answer(sounded) + " " + answer(queried, on);
 }
 
 } // namespace

@@ -7,7 +7,7 @@ using namespace Halvix;
 
 namespace {
 
-/// A reading whose value is the unit's own business: only that it comes.
+/// A reading of unit-specific value: checks only that it succeeds.
 template <class Interface, class Value>
 Check reads(const char* operation, Interface* (*factory)(), eErr (Interface::*getter)(Value*))
 {

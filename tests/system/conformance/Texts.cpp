@@ -9,7 +9,7 @@ std::string narrow(const wchar_t* text)
 {
     std::string narrowed;
     for (; *text != L'\0'; ++text)
-        narrowed += static_cast<char>(*text); // all of them are ASCII
+        narrowed += static_cast<char>(*text); // all are ASCII
     return narrowed;
 }
 

@@ -9,7 +9,7 @@ using namespace Halvix;
 
 namespace {
 
-/// One object for all questions: it reads both EEPROMs when it is made, which takes a second on a real bus.
+/// One object for all checks: its creation reads both EEPROMs, which takes a second on a real bus.
 using SharedAbout = std::shared_ptr<About>;
 
 SharedAbout makeAbout()
@@ -17,7 +17,7 @@ SharedAbout makeAbout()
     return {GetAbout(), [](About* about) { about->Release(); }};
 }
 
-/// The text itself depends on the unit's production data; that it is there, and what size it needs, does not.
+/// The text depends on the unit's production data; its presence and the required size do not.
 Check text(const SharedAbout& about, const char* operation, eErr (About::*getter)(char*, int))
 {
     return {operation, "0 present; 6 in a room of none", [=] {

@@ -14,7 +14,7 @@ using namespace Halvix;
 
 namespace {
 
-/// A firmware file of a few blocks, for as long as the checks that use it.
+/// A firmware file of a few blocks, for the duration of the checks that use it.
 class FirmwareFile {
 public:
     explicit FirmwareFile(const std::string& text)
@@ -37,7 +37,7 @@ private:
 using Run = eErr (FirmwareUpgrade::*)(const char*, bool);
 using SharedFile = std::shared_ptr<const FirmwareFile>;
 
-/// A whole run: its code, and what the status says in the end.
+/// A whole run: its code and its final status.
 Check runs(const char* operation, Run run, const SharedFile& file)
 {
     return {operation, "0 0 6 0 0", [run, file] {

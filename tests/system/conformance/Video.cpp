@@ -23,12 +23,12 @@ Check keepsOnInput(const char* operation, eErr (Video::*setter)(Values...), eErr
             }};
 }
 
-Check onInput(const char* operation, const char* expected, std::function<eErr(Video&)> ask)
+Check onInput(const char* operation, const char* expected, std::function<eErr(Video&)> call)
 {
     return {operation, expected, [=] {
                 Held input{GetVideo()};
                 const eErr ready = input->init(2);
-                return answer(ready) + " " + answer(ask(*input));
+                return answer(ready) + " " + answer(call(*input));
             }};
 }
 

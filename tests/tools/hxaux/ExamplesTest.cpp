@@ -113,7 +113,7 @@ TEST(Dashboard, AcknowledgesARequestOfTheFrontButtonAndEnds)
     const Unit unit({"power.transition=2"});
 
     EXPECT_THAT(unit.run(kPrograms + "/dashboard"),
-                AllOf(outputMatches("power    the front button asks for a change of power\npower    acknowledged\n$"),
+                AllOf(outputMatches("power    the front button requests a change of power\npower    acknowledged\n$"),
                       statusIs(0)));
     EXPECT_THAT(unit.property("power.transition"), testing::HasSubstr("0"));
 }

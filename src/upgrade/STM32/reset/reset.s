@@ -1,7 +1,7 @@
 @ SPDX-License-Identifier: LicenseRef-HXAux
 @
-@ The reset program: loaded into the RAM of a target whose bootloader is connected, and started there, it asks the
-@ microcontroller for a system reset and so starts the firmware in its flash. It prepares its memory as any program
+@ The reset program: loaded into the RAM of a target whose bootloader is connected, and started there, it requests
+@ a system reset of the microcontroller, which starts the firmware in its flash. It prepares its memory as any program
 @ does: initialised data copied, zero data cleared.
 
     .syntax unified

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file Adc.h
-/// @brief The unit's supply voltages.
 #ifndef HX_AUX_ADC_H
 #define HX_AUX_ADC_H
 
@@ -8,45 +6,21 @@
 
 namespace Halvix {
 
-/// @brief Which supply voltage is meant: the number that the supervisor knows it by.
-///
-/// Other numbers are passed on to the supervisor as well, and what it answers is scaled by 1.
 enum VoltageEnum HX_32BIT {
-    Voltage0 = 0, ///< Divided by 12 before it is measured: up to 39.6 V.
-    Voltage1 = 1, ///< Divided by 12 before it is measured: up to 39.6 V.
-    Voltage2 = 2, ///< Divided by 5 before it is measured: up to 16.5 V.
-    Voltage3 = 3, ///< Divided by 5 before it is measured: up to 16.5 V.
-    Voltage4 = 4, ///< Divided by 2 before it is measured: up to 6.6 V.
-    Voltage5 = 5, ///< Divided by 2 before it is measured: up to 6.6 V.
-    Voltage6 = 6, ///< Divided by 2 before it is measured: up to 6.6 V.
-    Voltage7 = 7, ///< Divided by 2 before it is measured: up to 6.6 V.
+    Voltage0 = 0,
+    Voltage1 = 1,
+    Voltage2 = 2,
+    Voltage3 = 3,
+    Voltage4 = 4,
+    Voltage5 = 5,
+    Voltage6 = 6,
+    Voltage7 = 7,
     HX_32BIT_RANGE(VoltageEnum)
 };
 
-/// @brief Measures the supply voltages.
-///
-/// An object comes from @ref GetAdc and goes back with @ref Release. "/dev/adc-id" is opened when the object is made
-/// and not tried again.
 class Adc {
 public:
-    /// @brief Reads one supply voltage.
-    ///
-    /// The supervisor answers a count of 3.3 V / 4096; it is scaled by the divider in front of the converter.
-    ///
-    /// @param[in]  which    The voltage to read.
-    /// @param[out] voltage  Volts.
-    /// @retval ERR_SUCCESS            @p voltage holds the value.
-    /// @retval ERR_INVALID_PARAMETER  @p voltage is null.
-    /// @retval ERR_OPEN_FAILED        "/dev/adc-id" could not be opened when the object was made.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE        The answer is not eight bytes long.
-    /// @retval ERR_DATATYPE_MISMATCH  The answer is for another voltage.
-    /// @note On failure @p voltage is unchanged.
-    /// @threadsafe Always.
     virtual eErr getVoltage(VoltageEnum which, double* voltage) = 0;
-
-    /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
-    /// @threadsafe Between objects.
     virtual void Release() = 0;
 
 protected:
@@ -55,13 +29,6 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that measures supply voltages.
-///
-/// A device that cannot be opened does not matter here: the operations answer ERR_OPEN_FAILED.
-///
-/// @return A new object, never null. Give it back with `Release()`.
-/// @throws std::bad_alloc  Memory is out.
-/// @threadsafe Always.
 HX_EXPORT Halvix::Adc* GetAdc();
 
 #endif

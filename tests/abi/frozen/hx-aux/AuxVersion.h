@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file AuxVersion.h
-/// @brief Versions of the unit's components.
 #ifndef HX_AUX_AUXVERSION_H
 #define HX_AUX_AUXVERSION_H
 
@@ -8,116 +6,20 @@
 
 namespace Halvix {
 
-/// @brief Tells the versions of the FPGA, the microcontrollers, the drivers, the system image and this library.
-///
-/// Every version is four numbers of 0 to 255: major, minor, release, build, printed with points between them.
-/// An object comes from @ref GetAuxVersion and goes back with @ref Release. The device versions need
-/// "/dev/fpga-version", which is opened when the object is made and not tried again.
 class AuxVersion {
 public:
-    /// @brief Reads the version of the FPGA's configuration.
-    ///
-    /// The pointers are not checked: none may be null.
-    ///
-    /// @param[out] major    First number.
-    /// @param[out] minor    Second number.
-    /// @param[out] release  Third number.
-    /// @param[out] build    Fourth number.
-    /// @retval ERR_SUCCESS        The four outputs hold the version.
-    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was made.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
-    /// @note On failure the outputs are unchanged.
-    /// @threadsafe Always.
     virtual eErr getFPGAVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
                                 unsigned char* build) = 0;
-
-    /// @brief Reads the version of the supervisor microcontroller's firmware.
-    ///
-    /// The pointers are not checked: none may be null.
-    ///
-    /// @param[out] major    First number.
-    /// @param[out] minor    Second number.
-    /// @param[out] release  Third number.
-    /// @param[out] build    Fourth number.
-    /// @retval ERR_SUCCESS        The four outputs hold the version.
-    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was made.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
-    /// @note On failure the outputs are unchanged.
-    /// @threadsafe Always.
     virtual eErr getSSVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
                               unsigned char* build) = 0;
-
-    /// @brief Reads the version of the front-panel microcontroller's firmware.
-    ///
-    /// The pointers are not checked: none may be null.
-    ///
-    /// @param[out] major    First number.
-    /// @param[out] minor    Second number.
-    /// @param[out] release  Third number.
-    /// @param[out] build    Fourth number.
-    /// @retval ERR_SUCCESS        The four outputs hold the version.
-    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was made.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
-    /// @note On failure the outputs are unchanged.
-    /// @threadsafe Always.
     virtual eErr getFrontVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
                                  unsigned char* build) = 0;
-
-    /// @brief Tells the version of this library. Needs no device.
-    ///
-    /// The pointers are not checked: none may be null.
-    ///
-    /// @param[out] major    First number.
-    /// @param[out] minor    Second number.
-    /// @param[out] release  Third number.
-    /// @param[out] build    Fourth number.
-    /// @retval ERR_SUCCESS         The four outputs hold the version.
-    /// @retval ERR_COMMAND_FAILED  The library's own version text is damaged; does not happen with a released library.
-    /// @note On failure the outputs are unchanged.
-    /// @threadsafe Always.
     virtual eErr getHXAuxVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
                                  unsigned char* build) = 0;
-
-    /// @brief Reads the version of the operating system's image from "/etc/firmware.ver". Needs no device.
-    ///
-    /// The file holds four decimal numbers with points between them; what follows them is ignored. A negative number
-    /// counts as below 256 and arrives modulo 256.
-    ///
-    /// @param[out] major    First number.
-    /// @param[out] minor    Second number.
-    /// @param[out] release  Third number.
-    /// @param[out] build    Fourth number.
-    /// @retval ERR_SUCCESS            The four outputs hold the version.
-    /// @retval ERR_INVALID_PARAMETER  A pointer is null; the file was not opened.
-    /// @retval ERR_OPEN_FAILED        "/etc/firmware.ver" could not be opened.
-    /// @retval ERR_COMMAND_FAILED     The file cannot be read, or does not start with four numbers below 256.
-    /// @note On failure the outputs are unchanged.
-    /// @threadsafe Always.
     virtual eErr getOSVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
                               unsigned char* build) = 0;
-
-    /// @brief Reads the version of the unit's kernel drivers.
-    ///
-    /// The pointers are not checked: none may be null.
-    ///
-    /// @param[out] major    First number.
-    /// @param[out] minor    Second number.
-    /// @param[out] release  Third number.
-    /// @param[out] build    Fourth number.
-    /// @retval ERR_SUCCESS        The four outputs hold the version.
-    /// @retval ERR_OPEN_FAILED    "/dev/fpga-version" could not be opened when the object was made.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
-    /// @note On failure the outputs are unchanged.
-    /// @threadsafe Always.
     virtual eErr getHXAuxDrvVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
                                     unsigned char* build) = 0;
-
-    /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
-    /// @threadsafe Between objects.
     virtual void Release() = 0;
 
 protected:
@@ -126,13 +28,6 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that tells versions.
-///
-/// A device that cannot be opened does not matter here: the operations that need it answer ERR_OPEN_FAILED.
-///
-/// @return A new object, never null. Give it back with `Release()`.
-/// @throws std::bad_alloc  Memory is out.
-/// @threadsafe Always.
 HX_EXPORT Halvix::AuxVersion* GetAuxVersion();
 
 #endif

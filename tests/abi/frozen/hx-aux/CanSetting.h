@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file CanSetting.h
-/// @brief Bit rates of the unit's CAN networks.
 #ifndef HX_AUX_CANSETTING_H
 #define HX_AUX_CANSETTING_H
 
@@ -8,71 +6,14 @@
 
 namespace Halvix {
 
-/// @brief Kind of CAN frames. No operation of this library interprets it.
-enum CanFrameType HX_32BIT {
-    CanFrameTypeStandard = 0, ///< 11-bit identifiers.
-    CanFrameTypeExtended = 1, ///< 29-bit identifiers.
-    HX_32BIT_RANGE(CanFrameType)
-};
+enum CanFrameType HX_32BIT { CanFrameTypeStandard = 0, CanFrameTypeExtended = 1, HX_32BIT_RANGE(CanFrameType) };
 
-/// @brief Reads and sets the bit rates of the CAN networks 1 to 4.
-///
-/// Network n is the interface "can<n-1>" of the system: network 1 is can0. Its rate is the text of the file
-/// "/sys/class/net/can<n-1>/can_bittiming/bitrate", in bit/s; this interface counts in kbit/s. Nothing is held open
-/// between two calls. The limits are also exported as data: `Halvix::CanSetting_Imp::CAN_NET_MIN` (1), `CAN_NET_MAX`
-/// (4) and `CAN_MAX_BAUDRATE` (1000 kbit/s).
-///
-/// An object comes from @ref GetCanSetting and goes back with @ref Release.
 class CanSetting {
 public:
-    /// @brief Reads the bit rate of a network.
-    ///
-    /// A rate that is no whole number of kbit/s is rounded towards zero (125500 bit/s is 125). A file that cannot be
-    /// read, or that holds no number, counts as 0 with success.
-    ///
-    /// @param[in]  net   CAN network, 1 to 4.
-    /// @param[out] kbit  Bit rate in kbit/s.
-    /// @retval ERR_SUCCESS            @p kbit holds the rate.
-    /// @retval ERR_INVALID_PARAMETER  @p kbit is null, or @p net is not 1 to 4.
-    /// @retval ERR_IOCTRL_FAILED      The file cannot be opened (there is no such network), or its number is too large.
-    /// @note On failure @p kbit is unchanged.
-    /// @threadsafe Always.
     virtual eErr getBaudrate(unsigned char net, unsigned short* kbit) = 0;
-
-    /// @brief Would tell which kind of frames a network carries; this platform cannot.
-    ///
-    /// @param[in]  net   CAN network, 1 to 4.
-    /// @param[out] type  Never written.
-    /// @retval ERR_INVALID_PARAMETER  @p type is null, or @p net is not 1 to 4.
-    /// @retval ERR_NOT_SUPPORTED      In every other case.
-    /// @threadsafe Always.
     virtual eErr getFrameType(unsigned char net, CanFrameType* type) = 0;
-
-    /// @brief Sets the bit rate of a network.
-    ///
-    /// The system takes a new rate only while the interface is down; bring it down and up again around the call. The
-    /// rate is in force when the interface comes up, and is not kept over a restart.
-    ///
-    /// @param[in] net   CAN network, 1 to 4.
-    /// @param[in] kbit  Bit rate in kbit/s, 0 to 1000. 0 is passed on to the system like any other rate.
-    /// @retval ERR_SUCCESS            The system has taken the rate.
-    /// @retval ERR_INVALID_PARAMETER  @p kbit is above 1000, or @p net is not 1 to 4; nothing was opened.
-    /// @retval ERR_OPEN_FAILED        The file cannot be opened for writing: no such network, or no right to change it.
-    /// @retval ERR_IOCTRL_FAILED      The system refused the rate; mostly because the interface is up.
-    /// @threadsafe Always.
     virtual eErr setBaudrate(unsigned char net, unsigned short kbit) = 0;
-
-    /// @brief Would choose which kind of frames a network carries; this platform cannot.
-    ///
-    /// @param[in] net   CAN network, 1 to 4.
-    /// @param[in] type  Not looked at.
-    /// @retval ERR_INVALID_PARAMETER  @p net is not 1 to 4.
-    /// @retval ERR_NOT_SUPPORTED      In every other case.
-    /// @threadsafe Always.
     virtual eErr setFrameType(unsigned char net, CanFrameType type) = 0;
-
-    /// @brief Gives the object back and deletes it. The pointer must not be used afterwards.
-    /// @threadsafe Between objects.
     virtual void Release() = 0;
 
 protected:
@@ -81,9 +22,6 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that reads and sets the bit rates of the CAN networks.
-/// @return A new object. Throws `std::bad_alloc` when memory is out. Give it back with `Release()`.
-/// @threadsafe Always.
 HX_EXPORT Halvix::CanSetting* GetCanSetting();
 
 #endif

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file Diagnostic.h
-/// @brief Diagnostic values of the supervisor and of the processor module.
 #ifndef HX_AUX_DIAGNOSTIC_H
 #define HX_AUX_DIAGNOSTIC_H
 
@@ -9,141 +7,24 @@
 
 namespace Halvix {
 
-/// @brief Operating times of the unit, counted by the supervisor, which gives each its meaning.
 struct TimerType {
-    unsigned int seconds[7]; ///< In seconds. [0] is the one that runs on past 65535 minutes.
+    unsigned int seconds[7];
 };
 
-/// @brief Kind of a temperature sensor of the processor module: a number of the board library, passed on unchanged.
-enum JidaSensorType HX_32BIT {
-    JidaSensorType0 = 0, ///< The board library's first kind.
-    HX_32BIT_RANGE(JidaSensorType)
-};
+enum JidaSensorType HX_32BIT { JidaSensorType0 = 0, HX_32BIT_RANGE(JidaSensorType) };
 
-/// @brief Temperatures, counters, reasons and the hardware error status.
-///
-/// All callers in a process share one object. Each operation but @ref getPMTemp opens "/dev/diag-id" if that has not
-/// succeeded yet. No operation checks its pointers.
 class Diagnostic {
 public:
-    /// @brief Reads the temperature inside the supervisor.
-    ///
-    /// @param[out] temperature  As the supervisor measures it, in its own unit. A valid pointer, it is not checked.
-    ///                          Untouched on failure.
-    /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
     virtual eErr getSSTemp(short* temperature) = 0;
-
-    /// @brief Reads the temperature of the main board.
-    ///
-    /// @param[out] temperature  As the supervisor measures it, in its own unit. A valid pointer, it is not checked.
-    ///                          Untouched on failure.
-    /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
     virtual eErr getPCBTemp(short* temperature) = 0;
-
-    /// @brief Reads a temperature sensor of the processor module through the board library.
-    ///
-    /// Does not use the supervisor: it works without "/dev/diag-id". The board library is loaded and the board opened
-    /// anew at each call.
-    ///
-    /// @param[in] index  Number of the sensor, from 0.
-    /// @param[out] temperature  Degrees Celsius, the fraction cut off: 45.999 gives 45 and -1.5 gives -1. A valid
-    ///                          pointer, it is not checked. Untouched on failure.
-    /// @param[out] type  Kind of sensor, as the board library names it. A valid pointer, it is not checked. Untouched
-    ///                   on failure.
-    /// @retval ERR_SUCCESS    Both outputs hold their values.
-    /// @retval ERR_JIDA_TEMP  The board library is missing or refuses, there is no sensor @p index, or its value is not
-    ///                        valid now.
-    /// @threadsafe From one thread at a time: the object is shared and keeps the board's handle.
     virtual eErr getPMTemp(unsigned char index, short* temperature, JidaSensorType* type) = 0;
-
-    /// @brief Reads why the unit started.
-    ///
-    /// @param[out] reason  A code; @ref GetStartupReasonStringA gives its text. A valid pointer, it is not checked.
-    ///                     Untouched on failure.
-    /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
     virtual eErr getStartupReason(unsigned short* reason) = 0;
-
-    /// @brief Reads why the unit was last shut down.
-    ///
-    /// @param[out] reason  A code of the supervisor. A valid pointer, it is not checked. Untouched on failure.
-    /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
     virtual eErr getShutDownReason(unsigned short* reason) = 0;
-
-    /// @brief Reads the supervisor's hardware error status.
-    ///
-    /// @param[out] error  A code; @ref GetHwErrorStatusStringA gives its text. A valid pointer, it is not checked.
-    ///                    Untouched on failure.
-    /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
     virtual eErr getHwErrorStatus(unsigned short* error) = 0;
-
-    /// @brief Reads the seven operating times that the supervisor counts.
-    ///
-    /// @param[out] timers  Seconds; the counters are 16 bits of minutes and their seconds, only the first counts on
-    ///                     beyond that. A valid pointer, it is not checked. Untouched on failure.
-    /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not 28 bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
     virtual eErr getTimer(TimerType* timers) = 0;
-
-    /// @brief Reads the lowest and the highest temperature that the supervisor has seen.
-    ///
-    /// The answer's two words come crosswise; applications rely on that.
-    ///
-    /// @param[out] first  The answer's second word. A valid pointer, it is not checked. Untouched on failure.
-    /// @param[out] second  The answer's first word. A valid pointer, it is not checked. Untouched on failure.
-    /// @retval ERR_SUCCESS        Both outputs hold their values.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not four bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
     virtual eErr getMinMaxTemp(short* first, short* second) = 0;
-
-    /// @brief Reads how often the unit was switched on.
-    ///
-    /// @param[out] cycles  A count. A valid pointer, it is not checked. Untouched on failure.
-    /// @retval ERR_SUCCESS        The output holds the value.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not two bytes long.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
     virtual eErr getPowerCycles(unsigned short* cycles) = 0;
-
-    /// @brief Clears the supervisor's hardware error status.
-    ///
-    /// Takes effect at once. How many bytes the driver took is not looked at.
-    ///
-    /// @retval ERR_SUCCESS        The supervisor has the request.
-    /// @retval ERR_OPEN_FAILED    "/dev/diag-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @threadsafe From one thread at a time: the object is shared, and an operation may open its device.
     virtual eErr clearHwErrorStatus() = 0;
-
-    /// @brief Ends the caller's use of the shared object.
-    ///
-    /// The last user's call closes the device and deletes the object. The pointer must not be used afterwards.
-    /// @threadsafe From one thread: @ref GetDiagnostic and this operation do not lock the count of users.
     virtual void Release() = 0;
 
 protected:
@@ -152,13 +33,6 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Gives the process's shared diagnostics object, and makes it at the first call.
-///
-/// Each call needs a `Release()` of its own. The device is opened by the first operation that needs it.
-///
-/// @return The shared object, never null.
-/// @throws std::bad_alloc  Memory is out.
-/// @threadsafe From one thread: the object and the count of its users are not locked.
 HX_EXPORT Halvix::Diagnostic* GetDiagnostic();
 
 #endif

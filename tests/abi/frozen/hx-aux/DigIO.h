@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file DigIO.h
-/// @brief The unit's digital inputs.
 #ifndef HX_AUX_DIGIO_H
 #define HX_AUX_DIGIO_H
 
@@ -8,27 +6,9 @@
 
 namespace Halvix {
 
-/// @brief Reads the four digital inputs.
-///
-/// An object comes from @ref GetDigIO and goes back with @ref Release. "/dev/dig-io" is opened when the object is made
-/// and not tried again.
 class DigIO {
 public:
-    /// @brief Reads the present state of all inputs at once.
-    ///
-    /// The pointer is not checked: it must not be null.
-    ///
-    /// @param[out] inputs  Bits 0 to 3 are the inputs 1 to 4, a one for an active input; bits 4 to 7 are 0.
-    /// @retval ERR_SUCCESS        @p inputs holds the state.
-    /// @retval ERR_OPEN_FAILED    "/dev/dig-io" could not be opened when the object was made.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
-    /// @note On failure @p inputs is unchanged.
-    /// @threadsafe Always.
     virtual eErr getDigIO(unsigned char* inputs) = 0;
-
-    /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
-    /// @threadsafe Between objects.
     virtual void Release() = 0;
 
 protected:
@@ -37,12 +17,6 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that reads the digital inputs.
-///
-/// A device that cannot be opened does not matter here: the operations answer ERR_OPEN_FAILED.
-///
-/// @return A new object, or null when memory is out. Give it back with `Release()`.
-/// @threadsafe Always.
 HX_EXPORT Halvix::DigIO* GetDigIO();
 
 #endif

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file FirmwareUpgrade.h
-/// @brief Upgrade and verification of the unit's firmware in the field.
 #ifndef HX_AUX_FIRMWAREUPGRADE_H
 #define HX_AUX_FIRMWAREUPGRADE_H
 
@@ -8,224 +6,35 @@
 
 namespace Halvix {
 
-/// @brief What a run is busy with. They follow each other as listed, but the file is read before the connection.
 enum UpgradeAction HX_32BIT {
-    UpgradeActionPrepareHardware = 0, ///< Routing the service UART, starting bootloaders, checking the FPGA's flash.
-    UpgradeActionConnect = 1,         ///< Connecting to a microcontroller's bootloader.
-    UpgradeActionReserved = 2,        ///< Not reported.
-    UpgradeActionReadFile = 3,        ///< Reading and converting the file.
-    UpgradeActionWrite = 4,           ///< Erasing and writing.
-    UpgradeActionVerify = 5,          ///< Reading back and comparing.
-    UpgradeActionFinished = 6,        ///< The run has ended and succeeded.
-    UpgradeActionFailed = 7,          ///< The run has ended and failed; the error is in the same record.
+    UpgradeActionPrepareHardware = 0,
+    UpgradeActionConnect = 1,
+    UpgradeActionReserved = 2,
+    UpgradeActionReadFile = 3,
+    UpgradeActionWrite = 4,
+    UpgradeActionVerify = 5,
+    UpgradeActionFinished = 6,
+    UpgradeActionFailed = 7,
     HX_32BIT_RANGE(UpgradeAction)
 };
 
-/// @brief State of a run, as @ref FirmwareUpgrade::getUpgradeStatus reports it.
 struct UpgradeStatus {
-    UpgradeAction action;      ///< What the run is busy with.
-    unsigned char percent;     ///< How much of that action is done, 0 to 100.
-    unsigned char reserved[3]; ///< Always 0, so that a reader may take the percent as 32 bits.
-    eErr error;                ///< ERR_SUCCESS as long as the action goes well.
+    UpgradeAction action;
+    unsigned char percent;
+    unsigned char reserved[3];
+    eErr error;
 };
 
-/// @brief Upgrades the two microcontrollers and the FPGA from files, and verifies them.
-///
-/// One run at a time takes place on the unit, whatever the process. A run cannot be stopped: ending the process in the
-/// middle leaves the target without firmware, the routing changed and the upgrade lock taken. A target that lost its
-/// firmware is brought back by another upgrade.
-///
-/// A microcontroller's run routes "/dev/uart-redir" to the target and uses the serial port "/dev/ttyS0"; make a new
-/// object for each such run, since one object routes only once. An object comes from @ref GetFirmwareUpgrade and goes
-/// back with @ref Release.
 class FirmwareUpgrade {
 public:
-    /// @brief Programs the flash that holds the FPGA's configuration.
-    ///
-    /// The flash is erased as it is programmed, and read back at the end. The new configuration takes effect when the
-    /// unit is switched on again. The file is not looked at before the run.
-    ///
-    /// @param[in] file      Name of an MCS file made of full records (16 bytes each) from flash position 0 on; cut at
-    /// 256
-    ///                      characters.
-    /// @param[in] blocking  True: return when the run has ended, with its result. False: run on a thread of its own and
-    ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
-    /// @retval ERR_SUCCESS                  The run succeeded (@p blocking) or was started.
-    /// @retval ERR_IN_PROGRESS              An upgrade or verification runs already, in this process or in another.
-    /// @retval ERR_CREATE_THREAD            @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                      of the unit then stays taken until the unit restarts.
-    /// @retval ERR_OPEN_FAILED              @p blocking: "/dev/fpgaflash" or the file could not be opened.
-    /// @retval ERR_IOCTRL_FAILED            @p blocking: the driver refused a request or made no progress.
-    /// @retval ERR_BUFFER_SIZE              @p blocking: the driver's status is not one byte long.
-    /// @retval ERR_INIT_FAILED              @p blocking: the flash is not ready.
-    /// @retval ERR_CHECKSUM                 @p blocking: a record's checksum is wrong.
-    /// @retval ERR_INVALID_DATA             @p blocking: the file holds no full data record.
-    /// @retval ERR_MEM_ALLOC_FAIL           @p blocking: there is no memory for the file's data.
-    /// @retval ERR_DEVICE_READ_DATA_FAILED  @p blocking: the driver read nothing.
-    /// @retval ERR_VERIFY_FAILED            @p blocking: the flash differs from the file.
-    /// @threadsafe Between objects. Calls on one object must not overlap, @ref getUpgradeStatus included.
     virtual eErr startFpgaUpgrade(const char* file, bool blocking) = 0;
-
-    /// @brief Compares the flash that holds the FPGA's configuration with a file.
-    ///
-    /// Reads the flash as far as the file's data goes and writes nothing. The file is not looked at before the run.
-    ///
-    /// @param[in] file      Name of an MCS file made of full records (16 bytes each) from flash position 0 on; cut at
-    /// 256
-    ///                      characters.
-    /// @param[in] blocking  True: return when the run has ended, with its result. False: run on a thread of its own and
-    ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
-    /// @retval ERR_SUCCESS                  The run succeeded (@p blocking) or was started.
-    /// @retval ERR_IN_PROGRESS              An upgrade or verification runs already, in this process or in another.
-    /// @retval ERR_CREATE_THREAD            @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                      of the unit then stays taken until the unit restarts.
-    /// @retval ERR_OPEN_FAILED              @p blocking: "/dev/fpgaflash" or the file could not be opened.
-    /// @retval ERR_IOCTRL_FAILED            @p blocking: the driver refused a request or made no progress.
-    /// @retval ERR_BUFFER_SIZE              @p blocking: the driver's status is not one byte long.
-    /// @retval ERR_INIT_FAILED              @p blocking: the flash is not ready.
-    /// @retval ERR_CHECKSUM                 @p blocking: a record's checksum is wrong.
-    /// @retval ERR_INVALID_DATA             @p blocking: the file holds no full data record.
-    /// @retval ERR_MEM_ALLOC_FAIL           @p blocking: there is no memory for the file's data.
-    /// @retval ERR_DEVICE_READ_DATA_FAILED  @p blocking: the driver read nothing.
-    /// @retval ERR_VERIFY_FAILED            @p blocking: the flash differs from the file.
-    /// @threadsafe Between objects. Calls on one object must not overlap, @ref getUpgradeStatus included.
     virtual eErr startFpgaVerification(const char* file, bool blocking) = 0;
-
-    /// @brief Programs the supervisor microcontroller.
-    ///
-    /// The file is read and checked as a whole before the supervisor is touched. Then its flash is erased, written and
-    /// read back. The routing of the service UART is restored afterwards whatever happened. Takes effect when the
-    /// supervisor starts again; see @ref shutDown.
-    ///
-    /// @param[in] file      Name of an Intel HEX file that starts where the flash does; cut at 256 characters.
-    /// @param[in] blocking  True: return when the run has ended, with its result. False: run on a thread of its own and
-    ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
-    /// @retval ERR_SUCCESS                   The run succeeded (@p blocking) or was started.
-    /// @retval ERR_IN_PROGRESS               An upgrade or verification runs already, in this process or in another.
-    /// @retval ERR_OPEN_FAILED               The file could not be opened or read, or (@p blocking) the
-    ///                                       serial port or the bootloader did not answer.
-    /// @retval ERR_MEM_ALLOC_FAIL            There is no memory for the file's text.
-    /// @retval ERR_DATATYPE_MISMATCH         The file's size is outside 95000 to 1000000 bytes, or its text holds
-    ///                                       "Front_uc".
-    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                       of the unit then stays taken until the unit restarts.
-    /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or its
-    /// data is larger
-    ///                                       than the flash.
-    /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
-    /// @retval ERR_INIT_FAILED               @p blocking: there is no memory for the file's data.
-    /// @retval ERR_DEVICE_WRITE_DATA_FAILED  @p blocking: a block was not taken. The target has no firmware now.
-    /// @retval ERR_DEVICE_READ_DATA_FAILED   @p blocking: a block could not be read back.
-    /// @retval ERR_VERIFY_FAILED             @p blocking: the flash differs from the file.
-    /// @threadsafe Between objects. Calls on one object must not overlap, @ref getUpgradeStatus included.
     virtual eErr startSSUpgrade(const char* file, bool blocking) = 0;
-
-    /// @brief Compares the supervisor microcontroller's flash with a file.
-    ///
-    /// Reads the flash as far as the file's data goes and writes nothing. The supervisor is in its bootloader
-    /// meanwhile, and the routing of the service UART is restored afterwards whatever happened.
-    ///
-    /// @param[in] file      Name of an Intel HEX file that starts where the flash does; cut at 256 characters.
-    /// @param[in] blocking  True: return when the run has ended, with its result. False: run on a thread of its own and
-    ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
-    /// @retval ERR_SUCCESS                   The run succeeded (@p blocking) or was started.
-    /// @retval ERR_IN_PROGRESS               An upgrade or verification runs already, in this process or in another.
-    /// @retval ERR_OPEN_FAILED               The file could not be opened or read, or (@p blocking) the
-    ///                                       serial port or the bootloader did not answer.
-    /// @retval ERR_MEM_ALLOC_FAIL            There is no memory for the file's text.
-    /// @retval ERR_DATATYPE_MISMATCH         The file's size is outside 95000 to 1000000 bytes, or its text holds
-    ///                                       "Front_uc".
-    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                       of the unit then stays taken until the unit restarts.
-    /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or
-    /// addresses that go
-    ///                                       down.
-    /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
-    /// @retval ERR_INIT_FAILED               @p blocking: there is no memory for the file's data.
-    /// @retval ERR_DEVICE_READ_DATA_FAILED   @p blocking: a block could not be read back.
-    /// @retval ERR_VERIFY_FAILED             @p blocking: the flash differs from the file.
-    /// @threadsafe Between objects. Calls on one object must not overlap, @ref getUpgradeStatus included.
     virtual eErr startSSVerification(const char* file, bool blocking) = 0;
-
-    /// @brief Programs the front-panel microcontroller.
-    ///
-    /// The file is read and checked as a whole before the front-panel microcontroller is touched. Then its flash is
-    /// erased, written and read back. The routing of the service UART is restored afterwards whatever happened. Takes
-    /// effect when the front-panel microcontroller starts again; see @ref shutDown.
-    ///
-    /// @param[in] file      Name of an Intel HEX file that starts where the flash does; cut at 256 characters.
-    /// @param[in] blocking  True: return when the run has ended, with its result. False: run on a thread of its own and
-    ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
-    /// @retval ERR_SUCCESS                   The run succeeded (@p blocking) or was started.
-    /// @retval ERR_IN_PROGRESS               An upgrade or verification runs already, in this process or in another.
-    /// @retval ERR_OPEN_FAILED               The file could not be opened or read, or (@p blocking) the
-    ///                                       serial port or the bootloader did not answer.
-    /// @retval ERR_MEM_ALLOC_FAIL            There is no memory for the file's text.
-    /// @retval ERR_DATATYPE_MISMATCH         The file's size is outside 50000 to 110000 bytes, or its text holds
-    ///                                       "SystemSupervisor".
-    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                       of the unit then stays taken until the unit restarts.
-    /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or its
-    /// data is larger
-    ///                                       than the flash.
-    /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
-    /// @retval ERR_INIT_FAILED               @p blocking: there is no memory for the file's data.
-    /// @retval ERR_DEVICE_WRITE_DATA_FAILED  @p blocking: a block was not taken. The target has no firmware now.
-    /// @retval ERR_DEVICE_READ_DATA_FAILED   @p blocking: a block could not be read back.
-    /// @retval ERR_VERIFY_FAILED             @p blocking: the flash differs from the file.
-    /// @threadsafe Between objects. Calls on one object must not overlap, @ref getUpgradeStatus included.
     virtual eErr startFrontUpgrade(const char* file, bool blocking) = 0;
-
-    /// @brief Compares the front-panel microcontroller's flash with a file.
-    ///
-    /// Reads the flash as far as the file's data goes and writes nothing. The front-panel microcontroller is in its
-    /// bootloader meanwhile, and the routing of the service UART is restored afterwards whatever happened.
-    ///
-    /// @param[in] file      Name of an Intel HEX file that starts where the flash does; cut at 256 characters.
-    /// @param[in] blocking  True: return when the run has ended, with its result. False: run on a thread of its own and
-    ///                      return at once; the result is then seen through @ref getUpgradeStatus alone.
-    /// @retval ERR_SUCCESS                   The run succeeded (@p blocking) or was started.
-    /// @retval ERR_IN_PROGRESS               An upgrade or verification runs already, in this process or in another.
-    /// @retval ERR_OPEN_FAILED               The file could not be opened or read, or (@p blocking) the
-    ///                                       serial port or the bootloader did not answer.
-    /// @retval ERR_MEM_ALLOC_FAIL            There is no memory for the file's text.
-    /// @retval ERR_DATATYPE_MISMATCH         The file's size is outside 50000 to 110000 bytes, or its text holds
-    ///                                       "SystemSupervisor".
-    /// @retval ERR_CREATE_THREAD             @p blocking is false and the thread could not be started. The upgrade lock
-    ///                                       of the unit then stays taken until the unit restarts.
-    /// @retval ERR_INVALID_DATA              @p blocking: the file is no Intel HEX file or has no end record, or
-    /// addresses that go
-    ///                                       down.
-    /// @retval ERR_CHECKSUM                  @p blocking: a record's checksum is wrong.
-    /// @retval ERR_INIT_FAILED               @p blocking: there is no memory for the file's data.
-    /// @retval ERR_DEVICE_READ_DATA_FAILED   @p blocking: a block could not be read back.
-    /// @retval ERR_VERIFY_FAILED             @p blocking: the flash differs from the file.
-    /// @threadsafe Between objects. Calls on one object must not overlap, @ref getUpgradeStatus included.
     virtual eErr startFrontVerification(const char* file, bool blocking) = 0;
-
-    /// @brief Reports the state of this object's run.
-    ///
-    /// A run posts each change once and never the same state twice. Waiting callers get the newest state: one that is
-    /// slower than the run sees that state again until it has taken as many changes as there were. The first waiting
-    /// call on an object returns at once.
-    ///
-    /// @param[out] status  The state; all zero before the first start. Not checked: must not be null.
-    /// @param[in]  wait    True: wait for the next change. False: return the last one at once.
-    /// @retval ERR_SUCCESS  Always. The error of the run is in @p status.
-    /// @note A run in another process is not seen here.
-    /// @threadsafe Between objects. One thread at a time may ask one object.
     virtual eErr getUpgradeStatus(UpgradeStatus* status, bool wait) = 0;
-
-    /// @brief Asks the service daemon to shut the unit down, so that new firmware starts with the next power-on.
-    /// @retval ERR_SUCCESS         The daemon has taken the command.
-    /// @retval ERR_COMMAND_FAILED  The daemon does not run or does not take commands.
-    /// @threadsafe Always.
     virtual eErr shutDown() = 0;
-
-    /// @brief Ends the use of the object, which must not be used afterwards.
-    ///
-    /// Neither waits for a run on its own thread nor stops it; such a run ends as if the object were still there.
-    /// @threadsafe Between objects.
     virtual void Release() = 0;
 
 protected:
@@ -234,9 +43,6 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that starts upgrades.
-/// @return The object; never null. Throws std::bad_alloc when memory is out.
-/// @threadsafe Always.
 HX_EXPORT Halvix::FirmwareUpgrade* GetFirmwareUpgrade();
 
 #endif

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file Power.h
-/// @brief Power of the loads at run time.
 #ifndef HX_AUX_POWER_H
 #define HX_AUX_POWER_H
 
@@ -8,147 +6,29 @@
 
 namespace Halvix {
 
-/// @brief State of a power transition that was asked for with the front button or the external signal.
-///
-/// The supervisor's firmware gives the values their meaning; 0 is what it holds after an acknowledgement.
 enum ButtonPowerTransitionStatus HX_32BIT {
-    ButtonPowerTransition0 = 0, ///< Nothing is asked for.
-    ButtonPowerTransition1 = 1, ///< State 1 of the supervisor.
-    ButtonPowerTransition2 = 2, ///< State 2 of the supervisor.
-    ButtonPowerTransition3 = 3, ///< State 3 of the supervisor.
-    ButtonPowerTransition4 = 4, ///< State 4 of the supervisor.
-    ButtonPowerTransition5 = 5, ///< State 5 of the supervisor.
-    ButtonPowerTransition6 = 6, ///< State 6 of the supervisor.
+    ButtonPowerTransition0 = 0,
+    ButtonPowerTransition1 = 1,
+    ButtonPowerTransition2 = 2,
+    ButtonPowerTransition3 = 3,
+    ButtonPowerTransition4 = 4,
+    ButtonPowerTransition5 = 5,
+    ButtonPowerTransition6 = 6,
     HX_32BIT_RANGE(ButtonPowerTransitionStatus)
 };
 
-/// @brief Switches loads on and off at run time and follows the front button's power requests.
-///
-/// An object comes from @ref GetPower and goes back with @ref Release. Each operation opens "/dev/power-id" if that has
-/// not succeeded yet, so an object made before the driver is there works as soon as it is. What is powered at start-up
-/// is set with @ref Config. No operation checks its pointer.
 class Power {
 public:
-    /// @brief Reads whether the backlight has power.
-    ///
-    /// @param[out] status  Enabled or disabled, as it is at this moment. A valid pointer, it is not checked. Untouched
-    ///                     on failure.
-    /// @retval ERR_SUCCESS        @p status holds the state.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr getBLPowerStatus(HXStatus* status) = 0;
-
-    /// @brief Reads whether the CAN interfaces have power.
-    ///
-    /// @param[out] status  Enabled or disabled, as it is at this moment. A valid pointer, it is not checked. Untouched
-    ///                     on failure.
-    /// @retval ERR_SUCCESS        @p status holds the state.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr getCanPowerStatus(HXStatus* status) = 0;
-
-    /// @brief Reads which video channels have power.
-    ///
-    /// @param[out] channels  One bit per channel, bit 0 for the first of four. A valid pointer, it is not checked.
-    ///                       Untouched on failure.
-    /// @retval ERR_SUCCESS        @p channels holds the state.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr getVideoPowerStatus(unsigned char* channels) = 0;
-
-    /// @brief Reads whether the external fan has power.
-    ///
-    /// @param[out] status  Enabled or disabled, as it is at this moment. A valid pointer, it is not checked. Untouched
-    ///                     on failure.
-    /// @retval ERR_SUCCESS        @p status holds the state.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The answer is not one byte long.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr getExtFanPowerStatus(HXStatus* status) = 0;
-
-    /// @brief Switches the power of the backlight.
-    ///
-    /// Takes effect at once; not kept over a restart.
-    ///
-    /// @param[in] status  Enabled switches on; every other value, also one above 1, switches off.
-    /// @retval ERR_SUCCESS        The supervisor has the request.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr setBLPowerStatus(HXStatus status) = 0;
-
-    /// @brief Switches the power of the CAN interfaces.
-    ///
-    /// Takes effect at once; not kept over a restart.
-    ///
-    /// @param[in] status  Enabled switches on; every other value, also one above 1, switches off.
-    /// @retval ERR_SUCCESS        The supervisor has the request.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr setCanPowerStatus(HXStatus status) = 0;
-
-    /// @brief Switches the power of the four video channels.
-    ///
-    /// Takes effect at once; not kept over a restart.
-    ///
-    /// @param[in] channels  One bit per channel, 0 to 15; a bit that is not set switches its channel off.
-    /// @retval ERR_SUCCESS        The supervisor has the request.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_INVALID_DATA   @p channels is above 15; nothing was sent.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr setVideoPowerStatus(unsigned char channels) = 0;
-
-    /// @brief Switches the power of the external fan.
-    ///
-    /// Takes effect at once; not kept over a restart.
-    ///
-    /// @param[in] status  Enabled switches on; every other value, also one above 1, switches off.
-    /// @retval ERR_SUCCESS        The supervisor has the request.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE    The driver did not take one byte.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr setExtFanPowerStatus(HXStatus status) = 0;
-
-    /// @brief Reads which power transition the front button or the external signal has asked for.
-    ///
-    /// Applications poll it, finish their work and then acknowledge with @ref ackPowerRequest.
-    ///
-    /// @param[out] status  0 to 6, as the supervisor gives it. A valid pointer, it is not checked. Untouched on
-    ///                     failure.
-    /// @retval ERR_SUCCESS                    @p status holds the state.
-    /// @retval ERR_OPEN_FAILED                "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_NEWER_SS_VERSION_REQUIRED  The supervisor is older than 0.9.0.0; its state was not asked for.
-    /// @retval ERR_IOCTRL_FAILED              The driver refused the request.
-    /// @retval ERR_BUFFER_SIZE                The answer is not one byte long.
-    /// @retval ERR_INVALID_DATA               The supervisor answers a value above 6.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr getButtonPowerTransitionStatus(ButtonPowerTransitionStatus* status) = 0;
-
-    /// @brief Tells the supervisor that the requested power transition has been taken notice of.
-    ///
-    /// The supervisor's state of the transition goes back to 0. How many bytes the driver took is not looked at.
-    ///
-    /// @retval ERR_SUCCESS        The supervisor has the acknowledgement.
-    /// @retval ERR_OPEN_FAILED    "/dev/power-id" cannot be opened; the next operation tries again.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr ackPowerRequest() = 0;
-
-    /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
-    /// @threadsafe Between objects.
     virtual void Release() = 0;
 
 protected:
@@ -157,10 +37,6 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that switches the power of the loads. The device is opened by the first operation.
-/// @return A new object, never null. Give it back with `Release()`.
-/// @throws std::bad_alloc  Memory is out.
-/// @threadsafe Always.
 HX_EXPORT Halvix::Power* GetPower();
 
 #endif

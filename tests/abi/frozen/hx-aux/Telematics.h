@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file Telematics.h
-/// @brief Power of the optional GSM/GPRS, WLAN, Bluetooth and GPS modules.
 #ifndef HX_AUX_TELEMATICS_H
 #define HX_AUX_TELEMATICS_H
 
@@ -8,135 +6,18 @@
 
 namespace Halvix {
 
-/// @brief Tells which telematics modules are fitted and switches the GSM/GPRS and the WLAN module.
-///
-/// Which modules are fitted stands in the production data of the add-on board. It is read once per process and module,
-/// by the first operation that needs it, and never again: data that could not be read then counts as "not fitted" for
-/// the rest of the process. The modules' power lines are pins of an I2C expander on the add-on board, reached through
-/// the board library; the first power operation of an object sets the expander up.
-///
-/// An object comes from @ref GetTelematics and goes back with @ref Release; making one touches no hardware. Modules
-/// keep their state when the object is gone. No operation checks its pointer: none may be null. Two callers must not
-/// switch the same module at the same time, not even from two processes: their steps would mix.
 class Telematics {
 public:
-    /// @brief Tells whether any of the four modules is fitted.
-    ///
-    /// @param[out] status  Enabled if Bluetooth, GPS, WLAN or GSM/GPRS is fitted.
-    /// @retval ERR_SUCCESS  Always; unreadable production data counts as "not fitted".
-    /// @threadsafe Always.
     virtual eErr getTelematicsAvailable(HXStatus* status) = 0;
-
-    /// @brief Tells whether the GSM/GPRS module is switched on.
-    ///
-    /// Add-on boards of hardware version 1 to 9 report the module's own status line. Older boards have none: there
-    /// the answer is what was switched last.
-    ///
-    /// @param[out] status  Enabled while the module is on.
-    /// @retval ERR_SUCCESS                        @p status holds the state.
-    /// @retval ERR_TELEMATICS_GPRS_NOT_AVAILABLE  No GSM/GPRS module is fitted.
-    /// @retval ERR_I2C_EXPANDER_INIT_FAILED       The board library or the expander could not be set up.
-    /// @retval ERR_I2C_EXPANDER_READ_FAILED       The expander cannot be read.
-    /// @note On failure @p status is unchanged.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr getGPRSPowerStatus(HXStatus* status) = 0;
-
-    /// @brief Tells whether the GSM/GPRS module is to be switched on when the unit starts.
-    ///
-    /// Only the wish is stored; the library itself never acts on it.
-    ///
-    /// @param[out] status  Enabled if the wish is stored; disabled if not, also when there is no settings file.
-    /// @retval ERR_SUCCESS                        @p status holds the wish.
-    /// @retval ERR_TELEMATICS_GPRS_NOT_AVAILABLE  No GSM/GPRS module is fitted.
-    /// @retval ERR_MEM_ALLOC_FAIL                 Memory is out.
-    /// @note On failure @p status is unchanged.
-    /// @threadsafe Always. Waits while any process uses the settings file.
     virtual eErr getGPRSStartUpPowerStatus(HXStatus* status) = 0;
-
-    /// @brief Tells whether the WLAN module has power.
-    ///
-    /// @param[out] status  Enabled while the module's power line is on.
-    /// @retval ERR_SUCCESS                        @p status holds the state.
-    /// @retval ERR_TELEMATICS_WLAN_NOT_AVAILABLE  No WLAN module is fitted.
-    /// @retval ERR_I2C_EXPANDER_INIT_FAILED       The board library or the expander could not be set up.
-    /// @retval ERR_I2C_EXPANDER_READ_FAILED       The expander cannot be read.
-    /// @note On failure @p status is unchanged.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr getWLANPowerStatus(HXStatus* status) = 0;
-
-    /// @brief Tells whether the WLAN module is to be switched on when the unit starts.
-    ///
-    /// Only the wish is stored; the library itself never acts on it.
-    ///
-    /// @param[out] status  Enabled if the wish is stored; disabled if not, also when there is no settings file.
-    /// @retval ERR_SUCCESS                        @p status holds the wish.
-    /// @retval ERR_TELEMATICS_WLAN_NOT_AVAILABLE  No WLAN module is fitted.
-    /// @retval ERR_MEM_ALLOC_FAIL                 Memory is out.
-    /// @note On failure @p status is unchanged.
-    /// @threadsafe Always. Waits while any process uses the settings file.
     virtual eErr getWLANStartUpPowerStatus(HXStatus* status) = 0;
-
-    /// @brief Reads the short-circuit line of the GPS antenna.
-    ///
-    /// @param[out] status  Enabled while the line is high.
-    /// @retval ERR_SUCCESS                       @p status holds the line's state.
-    /// @retval ERR_TELEMATICS_GPS_NOT_AVAILABLE  No GPS module is fitted.
-    /// @retval ERR_I2C_EXPANDER_INIT_FAILED      The board library or the expander could not be set up.
-    /// @retval ERR_I2C_EXPANDER_READ_FAILED      The expander cannot be read.
-    /// @note On failure @p status is unchanged.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr getGPSAntennaStatus(HXStatus* status) = 0;
-
-    /// @brief Switches the GSM/GPRS module on or off, by a pulse on its power key.
-    ///
-    /// Answers at once when the module is in the wanted state already. Otherwise the call lasts 1.1 s to switch on,
-    /// 2.1 s to switch off; the module acts on the pulse. Not kept over a restart.
-    ///
-    /// @param[in] status  HXStatusEnabled switches on, every other value switches off.
-    /// @retval ERR_SUCCESS                        The pulse was given, or none was needed.
-    /// @retval ERR_TELEMATICS_GPRS_NOT_AVAILABLE  No GSM/GPRS module is fitted.
-    /// @retval ERR_I2C_EXPANDER_INIT_FAILED       The board library or the expander could not be set up.
-    /// @retval ERR_I2C_EXPANDER_READ_FAILED       The present state cannot be read; no pin was touched.
-    /// @retval ERR_I2C_EXPANDER_WRITE_FAILED      A pin could not be switched; the power key may be held down still.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr setGPRSPowerStatus(HXStatus status) = 0;
-
-    /// @brief Stores whether the GSM/GPRS module is to be switched on when the unit starts.
-    ///
-    /// The wish is kept over a restart. Whether the settings file could be written is not told.
-    ///
-    /// @param[in] status  HXStatusEnabled stores "on", every other value "off".
-    /// @retval ERR_SUCCESS                        The wish was handed to the settings file.
-    /// @retval ERR_TELEMATICS_GPRS_NOT_AVAILABLE  No GSM/GPRS module is fitted; nothing was stored.
-    /// @retval ERR_MEM_ALLOC_FAIL                 Memory is out.
-    /// @threadsafe Always. Waits while any process uses the settings file.
     virtual eErr setGPRSStartUpPowerStatus(HXStatus status) = 0;
-
-    /// @brief Switches the WLAN module on or off.
-    ///
-    /// The whole sequence runs even when the module is in the wanted state already. Not kept over a restart.
-    ///
-    /// @param[in] status  HXStatusEnabled switches on, every other value switches off.
-    /// @retval ERR_SUCCESS                        The module was switched.
-    /// @retval ERR_TELEMATICS_WLAN_NOT_AVAILABLE  No WLAN module is fitted.
-    /// @retval ERR_I2C_EXPANDER_INIT_FAILED       The board library or the expander could not be set up.
-    /// @retval ERR_I2C_EXPANDER_WRITE_FAILED      A pin could not be switched; the steps before it stay done.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr setWLANPowerStatus(HXStatus status) = 0;
-
-    /// @brief Stores whether the WLAN module is to be switched on when the unit starts.
-    ///
-    /// The wish is kept over a restart. Whether the settings file could be written is not told.
-    ///
-    /// @param[in] status  HXStatusEnabled stores "on", every other value "off".
-    /// @retval ERR_SUCCESS                        The wish was handed to the settings file.
-    /// @retval ERR_TELEMATICS_WLAN_NOT_AVAILABLE  No WLAN module is fitted; nothing was stored.
-    /// @retval ERR_MEM_ALLOC_FAIL                 Memory is out.
-    /// @threadsafe Always. Waits while any process uses the settings file.
     virtual eErr setWLANStartUpPowerStatus(HXStatus status) = 0;
-
-    /// @brief Gives the object back and deletes it. The pointer must not be used afterwards.
-    /// @threadsafe Between objects.
     virtual void Release() = 0;
 
 protected:
@@ -145,9 +26,6 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object that switches the telematics modules.
-/// @return A new object. Throws `std::bad_alloc` when memory is out. Give it back with `Release()`.
-/// @threadsafe Always.
 HX_EXPORT Halvix::Telematics* GetTelematics();
 
 #endif

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file Video.h
-/// @brief Analog video inputs as windows on the display.
 #ifndef HX_AUX_VIDEO_H
 #define HX_AUX_VIDEO_H
 
@@ -8,328 +6,68 @@
 
 namespace Halvix {
 
-/// @brief Channel of a video input. The driver gets every 32-bit value unchanged.
 enum VideoChannel HX_32BIT {
-    VideoChannel1 = 1, ///< Channel 1.
-    VideoChannel2 = 2, ///< Channel 2.
-    VideoChannel3 = 3, ///< Channel 3.
-    VideoChannel4 = 4, ///< Channel 4.
+    VideoChannel1 = 1,
+    VideoChannel2 = 2,
+    VideoChannel3 = 3,
+    VideoChannel4 = 4,
     HX_32BIT_RANGE(VideoChannel)
 };
 
-/// @brief Which fields of the interlaced picture are shown.
 enum DeInterlaceMode HX_32BIT {
-    DeInterlaceFirstField = 0,  ///< One field only, half the lines.
-    DeInterlaceSecondField = 1, ///< The other field only, half the lines.
-    DeInterlaceBothFields = 2,  ///< Both fields; what `init` sets.
+    DeInterlaceFirstField = 0,
+    DeInterlaceSecondField = 1,
+    DeInterlaceBothFields = 2,
     HX_32BIT_RANGE(DeInterlaceMode)
 };
 
-/// @brief Video standard that the decoder detects: bits 1 to 3 of its register 0x8C.
 enum videoStandard HX_32BIT {
-    videoStandardNtscM = 0,    ///< NTSC M, J.
-    videoStandardPal = 1,      ///< PAL B, D, G, H, I, N.
-    videoStandardPalM = 2,     ///< PAL M.
-    videoStandardPalN = 3,     ///< PAL combination N.
-    videoStandardNtsc443 = 4,  ///< NTSC 4.43.
-    videoStandardSecam = 5,    ///< SECAM.
-    videoStandardUnknown6 = 6, ///< The decoder's value 6.
-    videoStandardUnknown7 = 7, ///< The decoder's value 7.
+    videoStandardNtscM = 0,
+    videoStandardPal = 1,
+    videoStandardPalM = 2,
+    videoStandardPalN = 3,
+    videoStandardNtsc443 = 4,
+    videoStandardSecam = 5,
+    videoStandardUnknown6 = 6,
+    videoStandardUnknown7 = 7,
     HX_32BIT_RANGE(videoStandard)
 };
 
-/// @brief Controls one analog video input, shown as a window over the display's picture.
-///
-/// An object comes from @ref GetVideo, is bound to an input with @ref init and goes back with @ref Release. Until
-/// `init` has succeeded in opening the device, the operations answer ERR_OPEN_FAILED. All settings live in the driver,
-/// take effect at once and are lost at a restart; every getter asks the driver.
-///
-/// The answers ERR_OPEN_FAILED ("the device is not open") and ERR_IOCTRL_FAILED ("the driver refused a request") mean
-/// the same everywhere. Outputs are unchanged on failure.
 class Video {
 public:
-    /// @brief Opens a video input and sets it to both fields, not mirrored.
-    ///
-    /// A second call opens again; the device of the first one then stays open until the process ends. A number that is
-    /// refused leaves the object closed.
-    /// @param[in] device  1 or 2.
-    /// @retval ERR_SUCCESS            The input is ready; whether fields and mirroring could be set is not told.
-    /// @retval ERR_INVALID_PARAMETER  @p device is neither 1 nor 2; nothing was opened.
-    /// @retval ERR_OPEN_FAILED        "/dev/analog-video1" or "2" could not be opened.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused to start the input; the object is open nevertheless.
-    /// @threadsafe Between objects. Calls on one object must not overlap.
     virtual eErr init(unsigned char device) = 0;
-
-    /// @brief Shows or hides the video.
-    ///
-    /// Works also when the present settings cannot be read; then it sets the first field and no mirroring as well.
-    /// @param[in] show  True to show.
-    /// @retval ERR_SUCCESS        The driver has the setting.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the new setting.
-    /// @threadsafe Between inputs. Settings of one input must not be changed at the same time, by any program.
     virtual eErr showVideo(bool show) = 0;
-
-    /// @brief Chooses the fields that are shown.
-    /// @param[in] mode  0, 1 or 2.
-    /// @retval ERR_SUCCESS            The driver has the setting.
-    /// @retval ERR_OPEN_FAILED        The device is not open.
-    /// @retval ERR_INVALID_PARAMETER  @p mode is none of the three; nothing was sent.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused to tell the present settings, or the new one.
-    /// @threadsafe Between inputs.
     virtual eErr setDeInterlaceMode(DeInterlaceMode mode) = 0;
-
-    /// @brief Tells the fields that are shown. The pointer is not checked.
-    /// @param[out] mode  0, 1 or 2.
-    /// @retval ERR_SUCCESS        @p mode holds the setting.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @retval ERR_INVALID_DATA   The driver reports a mode that does not exist.
-    /// @threadsafe Between inputs.
     virtual eErr getDeInterlaceMode(DeInterlaceMode* mode) = 0;
-
-    /// @brief Mirrors the picture, left to right.
-    /// @param[in] status  Disabled, or any other value to mirror.
-    /// @retval ERR_SUCCESS        The driver has the setting.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused to tell the present settings, or the new one.
-    /// @threadsafe Between inputs.
     virtual eErr setMirroring(HXStatus status) = 0;
-
-    /// @brief Tells whether the picture is mirrored. The pointer is not checked.
-    /// @param[out] status  Enabled when mirrored.
-    /// @retval ERR_SUCCESS        @p status holds the setting.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr getMirroring(HXStatus* status) = 0;
-
-    /// @brief Chooses the channel that the input shows.
-    /// @param[in] channel  Not checked; the driver knows which channels there are.
-    /// @retval ERR_SUCCESS        The driver has the channel.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the channel.
-    /// @threadsafe Between inputs.
     virtual eErr setActiveChannel(VideoChannel channel) = 0;
-
-    /// @brief Tells the channel that the input shows.
-    /// @param[out] channel  As the driver reports it.
-    /// @retval ERR_SUCCESS            @p channel holds the channel.
-    /// @retval ERR_INVALID_PARAMETER  @p channel is null.
-    /// @retval ERR_OPEN_FAILED        The device is not open.
-    /// @retval ERR_BUFFER_SIZE        The driver refused the request, or its answer is not four bytes long.
-    /// @threadsafe Between inputs.
     virtual eErr getActiveChannel(VideoChannel* channel) = 0;
-
-    /// @brief Sets the colour through which the video is seen.
-    /// @param[in] first   First component, 0 to 255.
-    /// @param[in] second  Second component.
-    /// @param[in] third   Third component.
-    /// @retval ERR_SUCCESS        The driver has the colour.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr setColorKeys(unsigned char first, unsigned char second, unsigned char third) = 0;
-
-    /// @brief Reads the colour through which the video is seen.
-    /// @param[out] first   First component.
-    /// @param[out] second  Second component.
-    /// @param[out] third   Third component.
-    /// @retval ERR_SUCCESS            The outputs hold the colour.
-    /// @retval ERR_INVALID_PARAMETER  A pointer is null.
-    /// @retval ERR_OPEN_FAILED        The device is not open.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr getColorKeys(unsigned char* first, unsigned char* second, unsigned char* third) = 0;
-
-    /// @brief Places the window. The four values go to the driver as they are.
-    /// @param[in] first   First value of the area.
-    /// @param[in] second  Second value.
-    /// @param[in] third   Third value.
-    /// @param[in] fourth  Fourth value.
-    /// @retval ERR_SUCCESS        The driver has the area.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the area.
-    /// @threadsafe Between inputs.
     virtual eErr setVideoArea(unsigned short first, unsigned short second, unsigned short third,
                               unsigned short fourth) = 0;
-
-    /// @brief Tells where the window is, in the values of @ref setVideoArea.
-    /// @param[out] first   First value of the area.
-    /// @param[out] second  Second value.
-    /// @param[out] third   Third value.
-    /// @param[out] fourth  Fourth value.
-    /// @retval ERR_SUCCESS            The outputs hold the area.
-    /// @retval ERR_INVALID_PARAMETER  A pointer is null.
-    /// @retval ERR_OPEN_FAILED        The device is not open.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr getVideoArea(unsigned short* first, unsigned short* second, unsigned short* third,
                               unsigned short* fourth) = 0;
-
-    /// @brief Reads what the driver knows of the incoming picture.
-    /// @param[out] first   First value of the driver.
-    /// @param[out] second  Second value of the driver.
-    /// @param[out] third   Third value, a multiple of 0.25 from 0 to 63.75.
-    /// @retval ERR_SUCCESS            The outputs hold the values.
-    /// @retval ERR_INVALID_PARAMETER  A pointer is null.
-    /// @retval ERR_OPEN_FAILED        The device is not open.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr getRawImage(unsigned short* first, unsigned short* second, float* third) = 0;
-
-    /// @brief Reads the video standard that the decoder detects.
-    /// @param[out] standard  0 to 7.
-    /// @retval ERR_SUCCESS            @p standard holds the standard.
-    /// @retval ERR_INVALID_PARAMETER  @p standard is null.
-    /// @retval ERR_OPEN_FAILED        The device is not open.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr getVideoStandard(videoStandard* standard) = 0;
-
-    /// @brief Reads the control byte: bit 0 shown, bits 1 and 2 fields, bit 3 mirrored, the others the driver's.
-    /// @param[out] status  The byte.
-    /// @retval ERR_SUCCESS            @p status holds the byte.
-    /// @retval ERR_INVALID_PARAMETER  @p status is null.
-    /// @retval ERR_OPEN_FAILED        The device is not open.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr getStatus(unsigned char* status) = 0;
-
-    /// @brief Enlarges or reduces the picture. 1.0 is the picture's own size.
-    ///
-    /// With an FPGA of 0.4.0.1 or newer the factors are 0.25 to 4.0, and 0.125 to 2.0 vertically when one field is
-    /// shown. With an older FPGA factors above 2.0 (vertically 1.0) count as that limit, without an error; the least
-    /// are 0.25 and 0.125. The driver counts in 1/128 and 1/64, so the value read back may be a little different.
-    /// @param[in] x  Horizontal factor.
-    /// @param[in] y  Vertical factor.
-    /// @retval ERR_SUCCESS        The driver has the factors.
-    /// @retval ERR_INVALID_DATA   A factor is out of range; nothing was set. Comes also before the next.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr setScaling(float x, float y) = 0;
-
-    /// @brief Reads the factors by which the picture is enlarged or reduced.
-    /// @param[out] x  Horizontal factor; infinite if the driver reports 0.
-    /// @param[out] y  Vertical factor, 0.125 or more; infinite if the driver reports 0.
-    /// @retval ERR_SUCCESS            The outputs hold the factors.
-    /// @retval ERR_INVALID_PARAMETER  A pointer is null.
-    /// @retval ERR_OPEN_FAILED        The device is not open.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr getScaling(float* x, float* y) = 0;
-
-    /// @brief Part of the interface but not offered.
-    /// @param[in] activate  Not looked at.
-    /// @retval ERR_NOT_SUPPORTED  Always.
-    /// @threadsafe Always.
     virtual eErr activateSnapshot(bool activate) = 0;
-
-    /// @brief Part of the interface but not offered.
-    /// @param[in] path  Not looked at.
-    /// @param[in] flag  Not looked at.
-    /// @retval ERR_NOT_SUPPORTED  Always.
-    /// @threadsafe Always.
     virtual eErr takeSnapshot(const char* path, bool flag) = 0;
-
-    /// @brief Part of the interface but not offered.
-    /// @param[out] buffer  Not touched.
-    /// @param[in]  size    Not looked at.
-    /// @param[in]  flag    Not looked at.
-    /// @retval ERR_NOT_SUPPORTED  Always.
-    /// @threadsafe Always.
     virtual eErr takeSnapshotRaw(char* buffer, unsigned long size, bool flag) = 0;
-
-    /// @brief Part of the interface but not offered. Nothing is allocated.
-    /// @param[out] buffer  Not touched.
-    /// @param[out] size    Not touched.
-    /// @param[in]  first   Not looked at.
-    /// @param[in]  second  Not looked at.
-    /// @retval ERR_NOT_SUPPORTED  Always.
-    /// @threadsafe Always.
     virtual eErr takeSnapshotBmp(char** buffer, unsigned long* size, bool first, bool second) = 0;
-
-    /// @brief Part of the interface but not offered. Nothing is allocated.
-    /// @param[out] buffer   Not touched.
-    /// @param[out] size     Not touched.
-    /// @param[in]  raw      Not looked at.
-    /// @param[in]  rawSize  Not looked at.
-    /// @param[in]  first    Not looked at.
-    /// @param[in]  second   Not looked at.
-    /// @retval ERR_NOT_SUPPORTED  Always.
-    /// @threadsafe Always.
     virtual eErr createBitmap(char** buffer, unsigned long* size, const char* raw, unsigned long rawSize, bool first,
                               bool second) = 0;
-
-    /// @brief Gives back a buffer of the C allocator, with `free`.
-    /// @param[in] buffer  The buffer.
-    /// @retval ERR_SUCCESS            The buffer is free.
-    /// @retval ERR_INVALID_PARAMETER  @p buffer is null.
-    /// @threadsafe Always.
     virtual eErr freeBmpBuffer(char* buffer) = 0;
-
-    /// @brief Remembers the window's area in this object and sets an area of zeros.
-    ///
-    /// A second call in a row remembers the zeros.
-    /// @retval ERR_SUCCESS        The window is minimised.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused to tell the area (nothing changed), or to take the zeros.
-    /// @threadsafe Between inputs. Calls on one object must not overlap.
     virtual eErr minimize() = 0;
-
-    /// @brief Sets the area that @ref minimize remembered; zeros if it was never called.
-    /// @retval ERR_SUCCESS        The driver has the area.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the area.
-    /// @threadsafe Between inputs. Calls on one object must not overlap.
     virtual eErr restore() = 0;
-
-    /// @brief Writes a register of the decoder chip.
-    /// @param[in] reg    Number of the register.
-    /// @param[in] value  Its new value.
-    /// @retval ERR_SUCCESS        The driver has written it.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr setDecoderReg(unsigned char reg, unsigned char value) = 0;
-
-    /// @brief Reads a register of the decoder chip.
-    /// @param[in]  reg    Number of the register.
-    /// @param[out] value  Its value.
-    /// @retval ERR_SUCCESS            @p value holds the value.
-    /// @retval ERR_INVALID_PARAMETER  @p value is null.
-    /// @retval ERR_OPEN_FAILED        The device is not open.
-    /// @retval ERR_IOCTRL_FAILED      The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr getDecoderReg(unsigned char reg, unsigned char* value) = 0;
-
-    /// @brief Cuts the edges of the picture off. The first and the third value count in steps of two.
-    /// @param[in] first   0 to 255; an odd value counts as the even one below.
-    /// @param[in] second  0 to 127.
-    /// @param[in] third   0 to 255; an odd value counts as the even one below.
-    /// @param[in] fourth  0 to 127.
-    /// @retval ERR_SUCCESS        The driver has the values.
-    /// @retval ERR_INVALID_DATA   @p second or @p fourth is above 127; nothing was sent. Comes also before the next.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the values.
-    /// @threadsafe Between inputs.
     virtual eErr setCropping(unsigned char first, unsigned char second, unsigned char third, unsigned char fourth) = 0;
-
-    /// @brief Reads what is cut off, in the values of @ref setCropping. The pointers are not checked.
-    /// @param[out] first   First value, even.
-    /// @param[out] second  Second value.
-    /// @param[out] third   Third value, even.
-    /// @param[out] fourth  Fourth value.
-    /// @retval ERR_SUCCESS        The outputs hold the values.
-    /// @retval ERR_OPEN_FAILED    The device is not open.
-    /// @retval ERR_IOCTRL_FAILED  The driver refused the request.
-    /// @threadsafe Between inputs.
     virtual eErr getCropping(unsigned char* first, unsigned char* second, unsigned char* third,
                              unsigned char* fourth) = 0;
-
-    /// @brief Gives the object back: closes its device and deletes it. The pointer must not be used afterwards.
-    /// @threadsafe Between objects.
     virtual void Release() = 0;
 
 protected:
@@ -338,9 +76,6 @@ protected:
 
 } // namespace Halvix
 
-/// @brief Makes an object for a video input; @ref Halvix::Video::init binds it to one.
-/// @return A new object, or null when memory is out. Give it back with `Release()`.
-/// @threadsafe Always.
 HX_EXPORT Halvix::Video* GetVideo();
 
 #endif

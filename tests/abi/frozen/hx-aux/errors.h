@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file errors.h
-/// @brief The error codes that every operation answers, and their texts.
 #ifndef HX_AUX_ERRORS_H
 #define HX_AUX_ERRORS_H
 
@@ -8,58 +6,46 @@
 
 namespace Halvix {
 
-/// @brief Answer of every operation: 0 for success, else what went wrong.
 enum eErr HX_32BIT {
-    ERR_SUCCESS = 0, ///< The operation did what it says.
-    ERR_OPEN_FAILED =
-        1, ///< The device could not be opened: its driver is missing or the program has no right to use it.
-    ERR_NOT_SUPPORTED = 2,     ///< The operation is part of the interface but not offered by this library.
-    ERR_UNKNOWN_FEATURE = 3,   ///< Reserved; no operation answers it.
-    ERR_DATATYPE_MISMATCH = 4, ///< An answer or a stored text is not of the kind that was asked for.
-    ERR_CODE_NOT_EXIST = 5,    ///< Reserved; no operation answers it.
-    ERR_BUFFER_SIZE = 6,   ///< An answer has another length than expected, or a text does not fit the caller's buffer.
-    ERR_IOCTRL_FAILED = 7, ///< The driver refused the request.
-    ERR_INVALID_DATA = 8,  ///< A value is outside its range; nothing was sent, or the answer was not used.
-    ERR_INVALID_PARAMETER = 9, ///< A pointer is null; the LED, the buzzer, the light sensor, video and CAN answer it
-                               ///< for values out of range as well.
-    ERR_CREATE_THREAD = 10,    ///< A thread could not be started.
-    ERR_IN_PROGRESS = 11,      ///< The same function is already at work, in this process or in another.
-    ERR_CHECKSUM = 12,         ///< A checksum inside a firmware file is wrong.
-    ERR_INIT_FAILED = 13,      ///< A function or a device could not be made ready, or it was made ready before.
-    ERR_VERIFY_FAILED = 14,    ///< What the device holds differs from the file.
-    ERR_DEVICE_READ_DATA_FAILED = 15,  ///< Data could not be read from a device during an upgrade.
-    ERR_DEVICE_WRITE_DATA_FAILED = 16, ///< Data could not be written to a device during an upgrade.
-    ERR_COMMAND_FAILED = 17,           ///< A command or a query could not be carried out; nothing more is known.
-    ERR_JIDA_EEPROM = 18,          ///< The property is missing, or the board library or its EEPROM cannot be reached.
-    ERR_JIDA_TEMP = 19,            ///< The board library cannot deliver the temperature.
-    ERR_AVERAGE_CALC_STARTED = 20, ///< The light sensor is averaging already, in this process or in another.
-    ERR_NOT_RUNNING = 21,          ///< There is no value, because the function that makes it does not run.
-    ERR_I2C_EXPANDER_READ_FAILED = 22,      ///< The I2C expander cannot be read.
-    ERR_I2C_EXPANDER_WRITE_FAILED = 23,     ///< The I2C expander cannot be written.
-    ERR_I2C_EXPANDER_INIT_FAILED = 24,      ///< The I2C expander could not be set up.
-    ERR_NEWER_SS_VERSION_REQUIRED = 25,     ///< The supervisor's firmware is too old for this function.
-    ERR_NEWER_FPGA_VERSION_REQUIRED = 26,   ///< Reserved; no operation answers it.
-    ERR_NEWER_FRONT_VERSION_REQUIRED = 27,  ///< The front microcontroller's firmware is too old for this function.
-    ERR_TELEMATICS_GPRS_NOT_AVAILABLE = 28, ///< No GSM/GPRS module is fitted.
-    ERR_TELEMATICS_WLAN_NOT_AVAILABLE = 29, ///< No WLAN module is fitted.
-    ERR_TELEMATICS_BT_NOT_AVAILABLE = 30,   ///< Reserved; no operation answers it.
-    ERR_TELEMATICS_GPS_NOT_AVAILABLE = 31,  ///< No GPS module is fitted.
-    ERR_MEM_ALLOC_FAIL = 32,                ///< Memory is out inside an operation.
+    ERR_SUCCESS = 0,
+    ERR_OPEN_FAILED = 1,
+    ERR_NOT_SUPPORTED = 2,
+    ERR_UNKNOWN_FEATURE = 3,
+    ERR_DATATYPE_MISMATCH = 4,
+    ERR_CODE_NOT_EXIST = 5,
+    ERR_BUFFER_SIZE = 6,
+    ERR_IOCTRL_FAILED = 7,
+    ERR_INVALID_DATA = 8,
+    ERR_INVALID_PARAMETER = 9,
+    ERR_CREATE_THREAD = 10,
+    ERR_IN_PROGRESS = 11,
+    ERR_CHECKSUM = 12,
+    ERR_INIT_FAILED = 13,
+    ERR_VERIFY_FAILED = 14,
+    ERR_DEVICE_READ_DATA_FAILED = 15,
+    ERR_DEVICE_WRITE_DATA_FAILED = 16,
+    ERR_COMMAND_FAILED = 17,
+    ERR_JIDA_EEPROM = 18,
+    ERR_JIDA_TEMP = 19,
+    ERR_AVERAGE_CALC_STARTED = 20,
+    ERR_NOT_RUNNING = 21,
+    ERR_I2C_EXPANDER_READ_FAILED = 22,
+    ERR_I2C_EXPANDER_WRITE_FAILED = 23,
+    ERR_I2C_EXPANDER_INIT_FAILED = 24,
+    ERR_NEWER_SS_VERSION_REQUIRED = 25,
+    ERR_NEWER_FPGA_VERSION_REQUIRED = 26,
+    ERR_NEWER_FRONT_VERSION_REQUIRED = 27,
+    ERR_TELEMATICS_GPRS_NOT_AVAILABLE = 28,
+    ERR_TELEMATICS_WLAN_NOT_AVAILABLE = 29,
+    ERR_TELEMATICS_BT_NOT_AVAILABLE = 30,
+    ERR_TELEMATICS_GPS_NOT_AVAILABLE = 31,
+    ERR_MEM_ALLOC_FAIL = 32,
     HX_32BIT_RANGE(eErr)
 };
 
-} // namespace Halvix
+}
 
-/// @brief Gives the text of an error code.
-/// @param[in] code  Any code of @ref Halvix::eErr.
-/// @return A constant text; neither change nor free it. A value outside 0 to 32 gives "Unknown error".
-/// @threadsafe Always.
 HX_EXPORT const char* GetErrorStringA(Halvix::eErr code);
-
-/// @brief Gives the text of an error code as a wide text (4 bytes a character).
-/// @param[in] code  Any code of @ref Halvix::eErr.
-/// @return A constant text; neither change nor free it. A value outside 0 to 32 gives L"Unknown error".
-/// @threadsafe Always.
 HX_EXPORT const wchar_t* GetErrorStringW(Halvix::eErr code);
 
 #endif

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file hx-aux.h
-/// @brief All interfaces of the unit's hardware-access library.
 #ifndef HX_AUX_HX_AUX_H
 #define HX_AUX_HX_AUX_H
 

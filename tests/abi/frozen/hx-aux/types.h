@@ -1,24 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-/// @file types.h
-/// @brief What several interfaces share: the export and enumeration macros and the common enumerations.
 #ifndef HX_AUX_TYPES_H
 #define HX_AUX_TYPES_H
 
-/// @brief Gives a function or variable C linkage and makes it visible outside the shared library.
 #if defined(__cplusplus)
 #define HX_EXPORT extern "C" __attribute__((visibility("default")))
 #else
 #error "The interfaces are C++ classes: include this header from C++."
 #endif
 
-/// @def HX_32BIT
-/// @brief Stands behind an enumeration's name and makes it 32 bits wide, able to hold every 32-bit value.
-///
-/// The unit's firmware may answer values that no enumerator names; they are passed on unchanged, so every value must
-/// be representable. From C++11 on a fixed underlying type says so. Before that, two sentinels stretch the range.
-
-/// @def HX_32BIT_RANGE(name)
-/// @brief Stands last in the enumeration: nothing, or the two sentinels.
 #if __cplusplus >= 201103L
 #define HX_32BIT : int
 #define HX_32BIT_RANGE(name)
@@ -27,28 +16,20 @@
 #define HX_32BIT_RANGE(name) name##_SmallestValue = -2147483647 - 1, name##_LargestValue = 2147483647
 #endif
 
-/// @brief The interfaces and everything that their operations take and give.
 namespace Halvix {
 
-/// @brief A two-state setting.
-enum HXStatus HX_32BIT {
-    HXStatusDisabled = 0, ///< Off, or not allowed.
-    HXStatusEnabled = 1,  ///< On, or allowed.
-    HX_32BIT_RANGE(HXStatus)
-};
+enum HXStatus HX_32BIT { HXStatusDisabled = 0, HXStatusEnabled = 1, HX_32BIT_RANGE(HXStatus) };
 
-/// @brief Measuring range of the ambient light sensor.
 enum LightSensorOperationRange HX_32BIT {
-    RangeStandard = 0, ///< Values are in lux as measured.
-    RangeExtended = 1, ///< For bright surroundings; every value counts five times.
+    RangeStandard = 0,
+    RangeExtended = 1,
     HX_32BIT_RANGE(LightSensorOperationRange)
 };
 
-/// @brief How the averaging of the light sensor chooses the measuring range.
 enum LightSensorSamplingMode HX_32BIT {
-    SamplingModeStandard = 0, ///< Always the standard range.
-    SamplingModeExtended = 1, ///< Always the extended range.
-    SamplingModeAuto = 2,     ///< Starts in the standard range and follows the light.
+    SamplingModeStandard = 0,
+    SamplingModeExtended = 1,
+    SamplingModeAuto = 2,
     HX_32BIT_RANGE(LightSensorSamplingMode)
 };
 

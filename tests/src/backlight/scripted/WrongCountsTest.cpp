@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Answers of a wrong length or for another register: no driver path gives them, but the library must refuse them.
+// Answers of a wrong length or for another register: no driver path returns them, but the library must refuse them.
 #include "backlight/BacklightIDrv.h"
 #include "backlight/LightsensorIDrv.h"
 #include "testing/scripted/ScriptedDevice.h"

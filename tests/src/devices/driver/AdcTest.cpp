@@ -16,7 +16,7 @@ namespace {
 
 constexpr double kUntouched = -7.5;
 
-/// What the library makes of the supervisor's answer.
+/// The value that the library calculates from the supervisor's answer.
 double voltageOf(int which, std::uint16_t raw)
 {
     Script script{{readsRegister(static_cast<std::uint8_t>(which), raw)}};
@@ -28,8 +28,8 @@ double voltageOf(int which, std::uint16_t raw)
     return voltage;
 }
 
-/// factor x 33 x raw / 40960, correctly rounded: the numerator is a whole number and 40960 is 5 x 2^13, so dividing
-/// the whole number by 5 in one rounded step is exact to the last digit.
+/// factor x 33 x raw / 40960, correctly rounded: the numerator is an integer and 40960 is 5 x 2^13, so dividing the
+/// integer by 5 in one rounded step is exact to the last digit.
 double correctlyRounded(int factor, std::uint16_t raw)
 {
     return std::ldexp(static_cast<double>(factor * 33 * raw) / 5.0, -13);

@@ -42,7 +42,7 @@ void PrintTo(const Version& version, std::ostream* out)
 
 const Version kUntouched;
 
-eErr ask(AuxVersion* versions, Getter get, Version& version)
+eErr readVersion(AuxVersion* versions, Getter get, Version& version)
 {
     return (versions->*get)(&version.major, &version.minor, &version.release, &version.build);
 }
@@ -57,21 +57,21 @@ TEST_P(DeviceVersion, IsTheFourBytesThatTheDriverAnswers)
     AuxVersion* versions = GetAuxVersion();
     Version version;
 
-    EXPECT_EQ(ask(versions, GetParam().get, version), ERR_SUCCESS);
+    EXPECT_EQ(readVersion(versions, GetParam().get, version), ERR_SUCCESS);
 
     EXPECT_EQ(script.complaint(), "");
     EXPECT_EQ(version, (Version{1, 254, 3, 128}));
     versions->Release();
 }
 
-TEST_P(DeviceVersion, CannotBeToldWithoutTheDevice)
+TEST_P(DeviceVersion, CannotBeReadWithoutTheDevice)
 {
     Script script;
     script.deviceIsAbsent();
     AuxVersion* versions = GetAuxVersion();
     Version version;
 
-    EXPECT_EQ(ask(versions, GetParam().get, version), ERR_OPEN_FAILED);
+    EXPECT_EQ(readVersion(versions, GetParam().get, version), ERR_OPEN_FAILED);
 
     EXPECT_TRUE(script.calls().empty());
     EXPECT_EQ(version, kUntouched);
@@ -85,7 +85,7 @@ TEST_P(DeviceVersion, IsLeftAloneWhenTheDriverRefuses)
     AuxVersion* versions = GetAuxVersion();
     Version version;
 
-    EXPECT_EQ(ask(versions, GetParam().get, version), ERR_IOCTRL_FAILED);
+    EXPECT_EQ(readVersion(versions, GetParam().get, version), ERR_IOCTRL_FAILED);
 
     EXPECT_EQ(version, kUntouched);
     versions->Release();
@@ -104,21 +104,21 @@ TEST(AuxVersion, OpensItsDeviceOnceForReadingAndWriting)
     AuxVersion* versions = GetAuxVersion();
     Version version;
 
-    EXPECT_EQ(ask(versions, &AuxVersion::getFPGAVersion, version), ERR_SUCCESS);
-    EXPECT_EQ(ask(versions, &AuxVersion::getFPGAVersion, version), ERR_SUCCESS);
+    EXPECT_EQ(readVersion(versions, &AuxVersion::getFPGAVersion, version), ERR_SUCCESS);
+    EXPECT_EQ(readVersion(versions, &AuxVersion::getFPGAVersion, version), ERR_SUCCESS);
 
     EXPECT_THAT(script.opened(), ElementsAre("/dev/fpga-version"));
     versions->Release();
 }
 
-TEST(AuxVersion, TellsTheLibrarysVersionWithoutADevice)
+TEST(AuxVersion, ReadsTheLibrarysVersionWithoutADevice)
 {
     Script script;
     script.deviceIsAbsent();
     AuxVersion* versions = GetAuxVersion();
     Version version;
 
-    EXPECT_EQ(ask(versions, &AuxVersion::getHXAuxVersion, version), ERR_SUCCESS);
+    EXPECT_EQ(readVersion(versions, &AuxVersion::getHXAuxVersion, version), ERR_SUCCESS);
 
     EXPECT_EQ(version, (Version{1, 3, 1, 0}));
     EXPECT_TRUE(script.calls().empty());
@@ -148,7 +148,7 @@ TEST(AuxVersion, ReadsTheSystemsVersionFromItsFile)
     AuxVersion* versions = GetAuxVersion();
     Version version;
 
-    EXPECT_EQ(ask(versions, &AuxVersion::getOSVersion, version), ERR_SUCCESS);
+    EXPECT_EQ(readVersion(versions, &AuxVersion::getOSVersion, version), ERR_SUCCESS);
 
     EXPECT_EQ(version, (Version{2, 1, 0, 5}));
     EXPECT_THAT(script.opened(), ElementsAre("/dev/fpga-version", "/etc/firmware.ver"));
@@ -156,13 +156,13 @@ TEST(AuxVersion, ReadsTheSystemsVersionFromItsFile)
     versions->Release();
 }
 
-TEST(AuxVersion, CannotTellTheSystemsVersionWithoutItsFile)
+TEST(AuxVersion, CannotReadTheSystemsVersionWithoutItsFile)
 {
     Script script;
     AuxVersion* versions = GetAuxVersion();
     Version version;
 
-    EXPECT_EQ(ask(versions, &AuxVersion::getOSVersion, version), ERR_OPEN_FAILED);
+    EXPECT_EQ(readVersion(versions, &AuxVersion::getOSVersion, version), ERR_OPEN_FAILED);
 
     EXPECT_EQ(version, kUntouched);
     versions->Release();
@@ -176,7 +176,7 @@ TEST(AuxVersion, RefusesAFileThatHoldsNoVersion)
         AuxVersion* versions = GetAuxVersion();
         Version version;
 
-        EXPECT_EQ(ask(versions, &AuxVersion::getOSVersion, version), ERR_COMMAND_FAILED) << text;
+        EXPECT_EQ(readVersion(versions, &AuxVersion::getOSVersion, version), ERR_COMMAND_FAILED) << text;
 
         EXPECT_EQ(version, kUntouched);
         versions->Release();
@@ -190,7 +190,7 @@ TEST(AuxVersion, TakesANegativeNumberOfTheFileModulo256)
     AuxVersion* versions = GetAuxVersion();
     Version version;
 
-    EXPECT_EQ(ask(versions, &AuxVersion::getOSVersion, version), ERR_SUCCESS);
+    EXPECT_EQ(readVersion(versions, &AuxVersion::getOSVersion, version), ERR_SUCCESS);
 
     EXPECT_EQ(version, (Version{255, 2, 3, 4}));
     versions->Release();
@@ -206,7 +206,7 @@ TEST(AuxVersion, ClosesTheSystemsVersionFileInBothCases)
         const int before = dup(0);
         close(before);
 
-        (void)ask(versions, &AuxVersion::getOSVersion, version);
+        (void)readVersion(versions, &AuxVersion::getOSVersion, version);
 
         const int after = dup(0);
         close(after);
@@ -215,7 +215,7 @@ TEST(AuxVersion, ClosesTheSystemsVersionFileInBothCases)
     }
 }
 
-TEST(AuxVersion, MakesANewObjectEachTime)
+TEST(AuxVersion, CreatesANewObjectEachTime)
 {
     Script script;
     AuxVersion* first = GetAuxVersion();

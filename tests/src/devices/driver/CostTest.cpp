@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What an operation costs on top of its requests to the driver: no other system call and no allocation. The sanitizers
-// make both on their own account, so this file is empty there.
+// The overhead of an operation over its driver requests: no other system call and no allocation. The sanitizers make
+// both themselves, so this file is empty there.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 
 #include "hx-aux/hx-aux.h"
@@ -37,7 +37,7 @@ int answerAtOnce(unsigned long, void*)
     return 0;
 }
 
-/// From here on every system call but the end of the process kills it.
+/// From now on every system call except the end of the process kills it.
 void allowNoSystemCalls()
 {
     std::array<sock_filter, 4> program = {{
@@ -60,7 +60,7 @@ struct Operation {
 template <class Interface>
 Interface* of(Interface* (*factory)())
 {
-    static Interface* const object = factory(); // made before the counting starts
+    static Interface* const object = factory(); // created before the counting starts
     return object;
 }
 
@@ -87,7 +87,7 @@ const Operation kOperations[] = {
     {"Power::getBLPowerStatus", 1, [] { (void)of(GetPower)->getBLPowerStatus(&status); }},
 };
 
-/// Runs the operation once to warm up, then counts. 0 when it costs its requests and nothing else.
+/// Runs the operation once to warm up, then counts. 0 when it makes only its requests.
 int verdict(const Operation& operation)
 {
     driver::unscripted = answerAtOnce;

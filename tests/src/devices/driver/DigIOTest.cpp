@@ -54,7 +54,7 @@ TEST(DigIO, LeavesTheInputsWhenTheDriverRefuses)
     digital->Release();
 }
 
-TEST(DigIO, LooksAtNoPointerBeforeTheDevice)
+TEST(DigIO, ChecksNoPointerBeforeTheDevice)
 {
     Script script;
     script.deviceIsAbsent();

@@ -16,7 +16,7 @@ using testing::IsEmpty;
 
 namespace {
 
-/// The number that the next descriptor will have: tells whether all others were given back.
+/// The number that the next descriptor will have: shows whether all others were closed.
 int nextDescriptor()
 {
     const int next = dup(0);
@@ -89,7 +89,7 @@ TEST(SharedInterfaces, AreOneObjectAndOneDescriptorUntilTheLastRelease)
     expectSharing(GetFrontLED, local(0x40030045, "010203"_hex), "/dev/frontled");
 }
 
-TEST(SharedInterfaces, AreGivenOutWithoutTheirDeviceAndAnswerOpenFailed)
+TEST(SharedInterfaces, AreReturnedWithoutTheirDeviceAndAnswerOpenFailed)
 {
     expectAnObjectWithoutDevice(GetConfig);
     expectAnObjectWithoutDevice(GetDiagnostic);

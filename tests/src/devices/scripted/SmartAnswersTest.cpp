@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Answers of the service registers that no driver path gives, but that the library must refuse.
+// Answers of the service registers that no driver path returns, but that the library must refuse.
 #include "devices/HXAuxPrivate_Imp.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Configuration, power, diagnostics, LED and buzzer against answers of a wrong length: no driver path gives them, but
-// the library must refuse them where it looks at the length, and nowhere else.
+// Configuration, power, diagnostics, LED and buzzer against answers of a wrong length: no driver path returns them, but
+// the library must refuse them where it checks the length, and only there.
 #include "devices/Buzzer_Imp.h"
 #include "devices/FrontLED_Imp.h"
 #include "hx-aux/Config.h"
@@ -22,13 +22,13 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// One operation with exactly one request whose count is looked at.
+/// One operation with exactly one request whose count is checked.
 struct Row {
     const char* name;
     unsigned long code;
     Bytes sent;
     Bytes answer;
-    std::function<eErr()> call; ///< also checks that outputs stay as they were unless it succeeds
+    std::function<eErr()> call; ///< also checks that outputs are unchanged unless it succeeds
     bool asksVersion = false;
 };
 
@@ -276,7 +276,7 @@ TEST_P(CountedRequest, IsRefusedByTheDriverBeforeItsCount)
     EXPECT_EQ(GetParam().call(), ERR_IOCTRL_FAILED);
 }
 
-// Requests whose count nobody looks at.
+// Requests whose count is not checked.
 
 class UncountedRequest : public testing::TestWithParam<Row> {
 protected:
@@ -341,7 +341,7 @@ TEST_P(UncountedRequest, SucceedsWhateverTheCount)
     }
 }
 
-TEST_P(UncountedRequest, SaysWhenTheDriverRefuses)
+TEST_P(UncountedRequest, ReportsWhenTheDriverRefuses)
 {
     ScriptedDevice device;
     device.refuses();
@@ -364,7 +364,7 @@ TEST(FrontButtonTime, IsNotWrittenAfterAReadOfAnotherLength)
     }
 }
 
-TEST(FrontButtonTime, LooksAtTheCountOfItsWrite)
+TEST(FrontButtonTime, ChecksTheCountOfItsWrite)
 {
     ScriptedDevice device;
     device.answers({0xCD, 0xAB, 2, 0}, 4);

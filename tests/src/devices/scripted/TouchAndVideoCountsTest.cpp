@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Which operations look at the length of an answer and which do not, and the settings over their whole domain.
+// Which operations check the length of an answer, and the settings over their whole domain.
 #include "devices/Video_Imp.h"
 #include "hx-aux/TouchScreen.h"
 #include "hx-aux/TouchScreenCalib.h"
@@ -116,7 +116,7 @@ TEST(TouchScreen, RefusesAnAdvancedSettingOfAnotherLength)
     }
 }
 
-TEST(TouchScreenCalib, LooksAtTheLengthOfReadsOnly)
+TEST(TouchScreenCalib, ChecksTheLengthOfReadsOnly)
 {
     ScriptedDevice device;
     device.answers({1, 2, 3, 4}, 3);
@@ -149,7 +149,7 @@ TEST(TouchScreenCalib, DoesNotLookAtTheLengthOfAWrittenPoint)
     EXPECT_THAT(device.requests.back().in, ElementsAre(1, 0, 2, 0));
 }
 
-// Video looks at one length only.
+// Video checks only one length.
 
 TEST(Video, RefusesAChannelOfAnotherLengthThanFourBytes)
 {
@@ -238,7 +238,7 @@ TEST(Video, DoesNotLookAtAnyOtherLength)
     }
 }
 
-TEST(Video, GivesSettersOneBlockInAndOut)
+TEST(Video, PassesSettersOneBlockInAndOut)
 {
     ScriptedDevice device;
     device.answers({}, 0);
@@ -268,7 +268,7 @@ TEST(Video, GivesSettersOneBlockInAndOut)
 
 namespace {
 
-/// What the register of a setting holds for a value, or -1 when the value is refused.
+/// The register of a setting for a value, or -1 when the value is refused.
 int expectedRegister(int number, int value)
 {
     switch (number) {
@@ -292,7 +292,7 @@ int expectedRegister(int number, int value)
 
 constexpr int kRegisters[] = {4, 5, 6, 7, 8, 9, 11, 10, 12, 13, 14, 19};
 
-/// The word after the register's number in the last request, or -1 when only the firmware was asked for.
+/// The word after the register's number in the last request, or -1 when only the firmware version was read.
 int lastWritten(const ScriptedDevice& device, int number)
 {
     const ScriptedDevice::Request& last = device.requests.back();

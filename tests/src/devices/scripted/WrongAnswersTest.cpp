@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Answers of a wrong length or for another question: no driver path gives them, but the library must refuse them.
+// Answers of a wrong length or for another question: no driver path returns them, but the library must refuse them.
 #include "hx-aux/Adc.h"
 #include "hx-aux/AuxVersion.h"
 #include "hx-aux/DigIO.h"
@@ -103,7 +103,7 @@ TEST(Adc, RefusesAnAnswerForAnotherVoltage)
     adc->Release();
 }
 
-TEST(Adc, LooksAtTheLengthOfAnAnswerBeforeItsEcho)
+TEST(Adc, ChecksTheLengthOfAnAnswerBeforeItsEcho)
 {
     ScriptedDevice device;
     device.answers({2, 0, 0, 0, 1, 0, 0, 0}, 7);

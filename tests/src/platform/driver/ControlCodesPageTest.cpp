@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// docs/control-codes.md says what the library's table does.
+// docs/control-codes.md matches the library's table.
 #include "platform/ControlCodeTable.h"
 
 #include <gmock/gmock.h>
@@ -127,7 +127,7 @@ TEST(ControlCodesPage, NamesEveryCodeOnceAndNoOthers)
     EXPECT_EQ(described, table);
 }
 
-TEST(ControlCodesPage, SaysWhatEveryRowDoes)
+TEST(ControlCodesPage, DescribesEveryRow)
 {
     const auto lines = page();
     for (const Row& row : kControlCodes) {

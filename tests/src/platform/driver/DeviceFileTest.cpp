@@ -63,7 +63,7 @@ bool parse(const std::string& content)
     return parse(content, parts);
 }
 
-/// Starts another program in a child and asks it for the descriptor.
+/// Starts another program in a child that checks the descriptor.
 bool isOpenAfterExec(int handle)
 {
     const std::string descriptor = "/proc/self/fd/" + std::to_string(handle);
@@ -105,7 +105,7 @@ TEST(Open, OpensForReadingAloneWithoutWaiting)
     LinuxWrapper::close(handle);
 }
 
-TEST(Open, GivesADescriptorThatAProgramStartedByExecStillHas)
+TEST(Open, ReturnsADescriptorThatAProgramStartedByExecStillHas)
 {
     int handle = -1;
     ASSERT_TRUE(LinuxWrapper::open(handle, "/proc/self/exe", false));
@@ -127,7 +127,7 @@ TEST(Open, StoresTheNegativeDescriptorOfAnAbsentDevice)
     EXPECT_EQ(handle, -1);
 }
 
-TEST(Close, GivesTheDescriptorBack)
+TEST(Close, ReleasesTheDescriptor)
 {
     const File file{""};
     const int handle = dup(file.handle());
@@ -137,7 +137,7 @@ TEST(Close, GivesTheDescriptorBack)
     EXPECT_EQ(fcntl(handle, F_GETFD), -1);
 }
 
-TEST(Read, TellsHowMuchItGot)
+TEST(Read, ReportsTheNumberOfBytesRead)
 {
     const File file{"abc"};
     char buffer[8] = {};
@@ -197,7 +197,7 @@ TEST(Write, AnswersFalseWhenNothingCanBeWritten)
     EXPECT_FALSE(LinuxWrapper::write(pipe.ends[0], "x", 1));
 }
 
-TEST(GetFileSize, TellsTheSizeWhereverTheFileStands)
+TEST(GetFileSize, ReportsTheSizeAtAnyPosition)
 {
     const File file{"12345"};
     lseek(file.handle(), 3, SEEK_SET);
@@ -247,7 +247,7 @@ TEST(ParseFirmwareVersion, RefusesNumbersTooLargeForAnIntOnEveryBuild)
     EXPECT_FALSE(parse("1.2.3.99999999999999999999"));
 }
 
-TEST(ParseFirmwareVersion, LooksAtTheFirst8192BytesOnly)
+TEST(ParseFirmwareVersion, ReadsTheFirst8192BytesOnly)
 {
     EXPECT_TRUE(parse(std::string(8192 - 7, ' ') + "1.2.3.4"));
     EXPECT_FALSE(parse(std::string(8192 - 6, ' ') + "1.2.3.4"));

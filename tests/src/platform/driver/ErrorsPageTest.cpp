@@ -22,7 +22,7 @@ std::vector<std::string> rows()
     return found;
 }
 
-/// The name as the header spells it.
+/// The name in the header.
 std::string nameOf(int code)
 {
     std::ifstream header{HX_SOURCE_DIR "/include/hx-aux/errors.h"};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// What every control code does, written down from the drivers' description and not from the library's table.
+// What every control code does, from the drivers' description, not from the library's table.
 #include "platform/ControlCodeTable.h"
 #include "platform/LinuxWrapper.h"
 #include "testing/driver/Driver.h"
@@ -18,11 +18,11 @@ namespace {
 
 struct Case {
     std::uint32_t code;
-    Bytes in;                     ///< what the caller sends; empty: a null pointer of length 0
+    Bytes in;                     ///< input of the caller; empty: a null pointer of length 0
     Bytes out;                    ///< the caller's answer block before the call; empty as above
-    std::vector<Exchange> driver; ///< what happens at the driver
+    std::vector<Exchange> driver; ///< calls of the driver
     Bytes answer;                 ///< the answer block afterwards
-    int returned;                 ///< the count; kUnset: it stays as it was
+    int returned;                 ///< the count; kUnset: unchanged
     bool result = true;
 };
 
@@ -103,7 +103,7 @@ Case flashRead()
 {
     Bytes out(536, 0);
     Bytes seen = out;
-    const Bytes in = "1002 9999 00000100"_hex; // only the 16-bit length and the position travel
+    const Bytes in = "1002 9999 00000100"_hex; // only the 16-bit length and the position are sent
     seen[0] = 0x10;
     seen[1] = 0x02;
     seen[6] = 0x01;
@@ -153,7 +153,7 @@ const std::vector<Case> kRegisterReads = {
     {0x80010060, {}, "eeeeeeee"_hex, {R(3, 0x1234), R(20, 0x0001)}, "34120100"_hex, 4},
     lowByte(0x80010067, 21),
     {0x8001006c, "f1002233"_hex, "eeeeeeee"_hex, {R(0xF1, 0xA1B2)}, "eeee b2a1"_hex, 4},
-    {0x40010066, {}, "eeee"_hex, {R(4, 0xA1B2)}, "b2a1"_hex, 2}, // reads, in spite of its number
+    {0x40010066, {}, "eeee"_hex, {R(4, 0xA1B2)}, "b2a1"_hex, 2}, // reads, despite its number
 };
 
 const std::vector<Case> kRegisterWrites = {
@@ -310,7 +310,7 @@ TEST(ControlCodes, EndWithFalseAtTheFirstRefusalWhereverItIs)
             EXPECT_FALSE(call.result);
             EXPECT_EQ(script.calls().size(), i + 1) << "nothing more is sent after a refusal";
             EXPECT_EQ(call.returned, kUnset);
-            // The caller's block, but for the one code that prepares it before it asks the driver.
+            // The caller's block, except for the one code that prepares it before the driver call.
             EXPECT_EQ(call.out, row.code == 0xc218004f ? row.driver[0].seen : row.out);
         }
     }
@@ -346,7 +346,7 @@ TEST(ControlCodes, AreRefusedForANullOutputOfALengthBeforeAnySystemCall)
     }
 }
 
-/// Codes whose block is the caller's own go ahead with a null one of no length; the others need it.
+/// Codes that use the caller's block accept a null one of length 0; the others require it.
 TEST(ControlCodes, FailWithoutTheBlockThatTheyReadOrFill)
 {
     const auto isCallers = [](const Exchange& exchange) { return exchange.block == Block::Callers; };
@@ -357,7 +357,7 @@ TEST(ControlCodes, FailWithoutTheBlockThatTheyReadOrFill)
         for (const bool withoutInput : {true, false}) {
             Case without = row;
             Bytes& block = withoutInput ? without.in : without.out;
-            if (block.empty() || (!withoutInput && row.code == 0xc218004e)) // its answer may be left where it came
+            if (block.empty() || (!withoutInput && row.code == 0xc218004e)) // its answer may stay in place
                 continue;
             block.clear();
             Script script{row.driver};

@@ -16,7 +16,7 @@ constexpr int kHandle = 42;
 
 } // namespace
 
-TEST(IoCtrl, GoesAheadWithANullInputOfNoLength)
+TEST(IoCtrl, AcceptsANullInputOfNoLength)
 {
     Script script{{local(0x80010051, "0000"_hex, "05"_hex)}};
     char out = 0;
@@ -129,7 +129,7 @@ TEST(IoCtrl, CountsWhatTheCallerStatedNotWhatTheDriverGave)
     EXPECT_EQ(version[4], 0) << "four bytes are copied whatever the caller has room for";
 }
 
-TEST(IoCtrl, CountsTheInputOfAFlashBlockWhenNoAnswerIsAsked)
+TEST(IoCtrl, CountsTheInputOfAFlashBlockWhenNoAnswerIsRequested)
 {
     Bytes block(536, 7);
     Script script{{local(0xc218004e, block)}};
@@ -223,7 +223,7 @@ TEST(IoCtrl, AcceptsCallersBlocksWithoutAlignment)
     EXPECT_EQ(script.complaint(), "");
 }
 
-TEST(IoCtrl, RefusesAnAnswerWithoutABlockBeforeTheDriverIsAsked)
+TEST(IoCtrl, RefusesAnAnswerWithoutABlockBeforeTheDriverIsCalled)
 {
     for (const unsigned long code : {0x80010051UL, 0x80040037UL, 0x80010014UL, 0x80010016UL, 0x80010022UL}) {
         Script script;

@@ -9,7 +9,7 @@
 using namespace Halvix;
 using namespace driver;
 
-TEST(ReadID, AsksTheDriverForTheRegistersValue)
+TEST(ReadID, QueriesTheDriverForTheRegistersValue)
 {
     Script script{{readsRegister(0xFE, 0xBEEF)}};
     unsigned short value = 0;
@@ -31,7 +31,7 @@ TEST(ReadID, LeavesTheValueWhenTheDriverRefuses)
     EXPECT_EQ(value, 7);
 }
 
-TEST(WriteID, GivesTheDriverRegisterAndValue)
+TEST(WriteID, PassesTheDriverRegisterAndValue)
 {
     Script script{{writesRegister(0xFE, 0xBEEF)}};
 

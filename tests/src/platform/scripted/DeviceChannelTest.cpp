@@ -94,7 +94,7 @@ TEST(DeviceChannel, KeepsWhatARefusingDriverWroteFromTheCaller)
     EXPECT_EQ(value, 7);
 }
 
-TEST(DeviceChannel, GivesWhatARefusingDriverWroteWhenItReadsThrough)
+TEST(DeviceChannel, ReturnsWhatARefusingDriverWroteWhenItReadsThrough)
 {
     ScriptedDevice device;
     device.refuses({1, 2});
@@ -109,7 +109,7 @@ TEST(DeviceChannel, GivesWhatARefusingDriverWroteWhenItReadsThrough)
 TEST(DeviceChannel, ExpectsTheLengthOfTheAnswerAndNotOfWhatItSent)
 {
     ScriptedDevice device;
-    device.answers({0x34, 0x12}, 1); // as long as what was sent
+    device.answers({0x34, 0x12}, 1); // as long as the data sent
     device.answers({0x34, 0x12}, 2);
     const DeviceChannel channel{"/dev/wiper"};
     std::uint16_t value = 7;
@@ -121,7 +121,7 @@ TEST(DeviceChannel, ExpectsTheLengthOfTheAnswerAndNotOfWhatItSent)
     EXPECT_EQ(value, 0x1234);
 }
 
-TEST(DeviceChannel, AnswersBufferSizeForAnotherCountUnlessNobodyLooksAtIt)
+TEST(DeviceChannel, AnswersBufferSizeForAnotherCountIfItIsChecked)
 {
     ScriptedDevice device;
     device.answers({1, 2}, 3);
@@ -155,7 +155,7 @@ TEST(DeviceChannel, SendsAndReceivesExactlyThePayload)
     EXPECT_EQ(device.requests[1].outLength, 0);
 }
 
-TEST(RetryingChannel, OpensNothingUntilItIsAsked)
+TEST(RetryingChannel, OpensNothingUntilItIsUsed)
 {
     ScriptedDevice device;
 
@@ -188,7 +188,7 @@ TEST(RetryingChannel, IsOpenedByOneOfTwoThreads)
     std::atomic<bool> opening{false};
     device.whileOpening = [&] {
         opening = true;
-        ::usleep(200000); // the second thread comes meanwhile
+        ::usleep(200000); // meanwhile the second thread arrives
     };
     std::thread second{[&] {
         while (!opening)

@@ -44,7 +44,7 @@ void putIntoFlash(SimulatedUnit& unit, const Bytes& image)
 
 } // namespace
 
-TEST(FpgaStatus, OfAnUpgradeIsToldStepByStep)
+TEST(FpgaStatus, OfAnUpgradeIsReportedStepByStep)
 {
     SimulatedUnit unit;
     Recorder recorder;

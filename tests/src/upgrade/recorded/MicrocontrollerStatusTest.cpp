@@ -54,7 +54,7 @@ void putIntoFlash(SimulatedUnit& unit, const Bytes& image)
 
 } // namespace
 
-TEST(MicrocontrollerStatus, OfAnUpgradeOfTheSupervisorIsToldStepByStep)
+TEST(MicrocontrollerStatus, OfAnUpgradeOfTheSupervisorIsReportedStepByStep)
 {
     SimulatedUnit unit;
     Recorder recorder;
@@ -192,7 +192,7 @@ TEST(MicrocontrollerStatus, OfASilentTargetFailsAfterElevenAttempts)
 
     EXPECT_EQ(run.result, ERR_OPEN_FAILED);
     EXPECT_EQ(run.story, kRead + "1 0..75, 1 100 !1, 7 0 !1");
-    // Six attempts of five bytes and five of one command, each given three seconds; the waits in between, before and
+    // Six attempts of five bytes and five of one command, with three seconds each; the waits in between, before and
     // after.
     EXPECT_EQ(unit.now() - before, (6 * 5 + 5) * 3000 + 5 * (500 + 100) + 2 * 100 + 100);
 }
@@ -232,7 +232,7 @@ TEST(MicrocontrollerStatus, OfAnUnknownProductFailsBeforeErasing)
 TEST(MicrocontrollerStatus, OfABlockThatIsRefusedCarriesTheLastPercent)
 {
     SimulatedUnit unit;
-    // GET, GET VERSION, GET ID, erase, and two blocks go well.
+    // GET, GET VERSION, GET ID, erase, and two blocks succeed.
     unit.set("ss.nack-at", 7);
 
     const Outcome run = runGoodFileOn(unit);
@@ -274,7 +274,7 @@ TEST(MicrocontrollerStatus, OfABitThatReadsBackWronglyFailsInVerifying)
 TEST(MicrocontrollerStatus, OfAFlashThatWasNotErasedFailsInVerifying)
 {
     SimulatedUnit unit;
-    unit.set("ss.nack-at", 4); // the erase command; its answer is not looked at
+    unit.set("ss.nack-at", 4); // the erase command; its answer is ignored
 
     const Outcome run = runGoodFileOn(unit);
 

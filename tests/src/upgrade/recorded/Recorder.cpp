@@ -80,7 +80,7 @@ std::string Recorder::story() const
     return text;
 }
 
-// In place of the library's semaphores, which stay in the archive.
+// Replaces the library's semaphores, which stay in the archive.
 
 namespace Halvix {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-/// Sees every status that a flasher publishes, in order and without a gap: this program brings its own semaphores, and
-/// posting the status signal takes the record down.
+/// Sees every status that a flasher publishes, in order and without gaps: this program replaces the semaphores, and
+/// posting the status signal records it.
 class Recorder {
 public:
     Recorder();
@@ -16,12 +16,12 @@ public:
     Recorder& operator=(const Recorder&) = delete;
 
     void attach(Halvix::IFlasher& flasher);
-    /// From here on waiting for the status lock fails.
+    /// From now on waiting for the status lock fails.
     void breakLock() { lockIsBroken_ = true; }
 
-    /// "action percent" each, with "!error" behind it when there is one.
+    /// "action percent" each, followed by "!error" if there is one.
     [[nodiscard]] const std::vector<std::string>& published() const { return published_; }
-    /// The same, with runs of rising percents of one action cut down to "action first..last".
+    /// The same, with runs of rising percents of one action shortened to "action first..last".
     [[nodiscard]] std::string story() const;
     void clear() { published_.clear(); }
     [[nodiscard]] int runsReleased() const { return runsReleased_; }

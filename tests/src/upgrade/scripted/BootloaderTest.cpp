@@ -66,7 +66,7 @@ TEST(Bootloader, IsSentNothingInModeZeroOrAnUnknownOne)
     EXPECT_EQ(dialogue.writes(), 0U);
 }
 
-TEST(Bootloader, IsAskedFiveTimesToSynchronise)
+TEST(Bootloader, GetsFiveAttemptsToSynchronise)
 {
     const Dialogue dialogue{"identify-silent"};
 
@@ -236,7 +236,7 @@ TEST(Bootloader, LoadsTheResetProgramWhereTheDevicesRamBegins)
     EXPECT_EQ(dialogue.complaint(), "");
 }
 
-TEST(Bootloader, IsSentNothingForAnAddressThatIsNoMultipleOfFour)
+TEST(Bootloader, IsSentNothingForAnAddressThatIsNotAMultipleOfFour)
 {
     const Dialogue dialogue{"silence"};
     std::array<std::uint8_t, 256> data{};
@@ -311,7 +311,7 @@ TEST(Bootloader, IsClosedWithoutATarget)
     stm32_close(nullptr);
 }
 
-// Whatever the target refuses, and wherever it falls silent, the operation fails and nothing more is sent.
+// If the target refuses or falls silent anywhere, the operation fails and nothing more is sent.
 
 namespace {
 
@@ -356,7 +356,7 @@ TEST_P(EveryOperation, FailsAtEachRefusal)
     const std::size_t lines = Dialogue{GetParam().dialogue}.linesOfTarget();
     for (std::size_t line = 1; line <= lines; ++line) {
         if (!isAcknowledgement(GetParam(), line) || (line == 1 && std::string{GetParam().dialogue} == "identify"))
-            continue; // data, or the synchronisation, which is tried again
+            continue; // data, or the synchronisation, which is retried
         Dialogue dialogue{GetParam().dialogue};
         dialogue.refuseAt(line);
 

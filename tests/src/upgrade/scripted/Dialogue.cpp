@@ -44,7 +44,7 @@ Dialogue::Dialogue(const std::string& name)
 {
     std::ifstream file{std::string{HX_DIALOGUES} + "/" + name + ".txt"};
     if (!file)
-        complaint_ = "there is no dialogue " + name;
+        complaint_ = "missing dialogue " + name;
     for (std::string text; std::getline(file, text);) {
         std::istringstream words{text};
         std::string who;
@@ -116,7 +116,7 @@ std::string CapturedErrors::text()
     return testing::internal::GetCapturedStderr();
 }
 
-// In place of the library's serial port, which stays in the archive.
+// Replaces the library's serial port, which stays in the archive.
 
 extern "C" {
 

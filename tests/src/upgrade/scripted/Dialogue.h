@@ -8,15 +8,15 @@
 #include <string>
 #include <vector>
 
-/// Plays the target's part of a conversation that is written down in `tests/upgrade/dialogues/<name>.txt`, in place of
-/// the serial port. Every byte of ours is compared, and each line of ours has to come in one write.
+/// Plays the target's part of a conversation from `tests/src/upgrade/dialogues/<name>.txt`, in place of the serial
+/// port. Every byte of the library is compared, and each of its lines must be one write.
 ///
 ///     # a remark
-///     > 43 BC         we send exactly this
+///     > 43 BC         the library sends exactly this
 ///     < 79            the target sends this
 ///     > 41*256        a byte many times
 ///
-/// Where the script has no byte left before our next line, the target is silent.
+/// Where the script has no byte left before the next line of the library, the target is silent.
 class Dialogue {
 public:
     explicit Dialogue(const std::string& name);
@@ -26,15 +26,15 @@ public:
 
     /// A target that has been identified, with the usual command codes.
     [[nodiscard]] const stm32_target* target() const { return &target_; }
-    /// What did not go as written, or an empty text. Lines that were not reached count.
+    /// The differences from the script, or an empty text. Lines that were not reached count.
     [[nodiscard]] std::string complaint() const;
 
     int write(const std::uint8_t* bytes, std::size_t length);
     int read(std::uint8_t* bytes, std::size_t length);
 
-    /// From the n-th byte of the target's on (counted from 1), there is silence.
+    /// The target is silent from its n-th byte on (counted from 1).
     void silentFrom(std::size_t byte) { silentFrom_ = byte; }
-    /// The n-th line of the target's is a NACK.
+    /// The n-th line of the target is a NACK.
     void refuseAt(std::size_t line) { refuseAt_ = line; }
     [[nodiscard]] std::size_t linesOfTarget() const;
     [[nodiscard]] std::size_t writes() const { return writes_; }

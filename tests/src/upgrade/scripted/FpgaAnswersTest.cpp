@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Answers of the configuration flash that no driver path can give.
+// Answers of the configuration flash that no driver path gives.
 #include "testing/scripted/ScriptedDevice.h"
 #include "upgrade/FirmwareFile.h"
 #include "upgrade/Flasher_FPGA.h"
@@ -28,7 +28,7 @@ TEST(FpgaAnswers, OfAStatusThatIsNotOneByteLongAreRefused)
     EXPECT_EQ(flasher.initHW(), ERR_BUFFER_SIZE);
 }
 
-TEST(FpgaAnswers, OfTheStatusComeInTheByteThatWasGiven)
+TEST(FpgaAnswers, OfTheStatusComeInTheByteThatWasPassed)
 {
     ScriptedDevice device;
     device.answers({1}, 1);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "testing/World.h"
+#include "testing/OperationCalls.h"
 
 #include <fcntl.h>
 #include <semaphore.h>
@@ -31,7 +31,7 @@ constexpr std::size_t kConfiguration = 1056; // two pages
 
 constexpr int kWholeUpgrade = 60000;
 
-const std::vector<Try> kTries{
+const std::vector<OperationCall> kCalls{
     {"Backlight.setAutomaticBLParams", {0}},
     {"Buzzer.setFrequency", {1000}},
     {"Buzzer.buzze", {200, 1}},
@@ -69,7 +69,7 @@ const std::vector<Try> kTries{
     {"Video.freeBmpBuffer", {}, {nullptr}, Scope::Caller, 0, ERR_INVALID_PARAMETER},
 };
 
-/// A file of the unit itself, so that the calls on it arrive there.
+/// A file of the unit, so that the unit receives the calls on it.
 void addFile(const SimulatedUnit& unit, const std::string& path, const std::string& text)
 {
     dynamic_cast<hxsim::LinkedUnit&>(*hxsim::Link::current()).unit()->addFile(path);
@@ -83,53 +83,53 @@ int valueOf(const char* lock)
 {
     sem_t* const semaphore = sem_open((std::string{"/"} + lock).c_str(), 0);
     if (semaphore == SEM_FAILED)
-        return 1; // never made
+        return 1; // never created
     int value = 0;
     sem_getvalue(semaphore, &value);
     sem_close(semaphore);
     return value;
 }
 
-/// A fault that leaves a lock in another state than free.
+/// A fault that leaves a lock not free.
 struct LockLeft {
-    std::string_view operation; ///< how its name begins
-    std::string_view call;      ///< the failed one, or how it ends; empty: any
+    std::string_view operation; ///< prefix of its name
+    std::string_view call;      ///< the failed one, or its end; empty: any
     std::string_view lock;      ///< "NAME VALUE"
     const char* reason;
 };
 
 constexpr LockLeft kLocksLeft[] = {
-    {"HXAuxPrivate.automaticBacklightInit", "", "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED 0", "it averages for good"},
-    {"", "FILE_HXAUXINI_IS_IN_USE sem_post", "FILE_HXAUXINI_IS_IN_USE 0", "the system did not take it back"},
-    {"", "HXAUX_BUZZING_IN_PROGRESS sem_post", "HXAUX_BUZZING_IN_PROGRESS 0", "the system did not take it back"},
+    {"HXAuxPrivate.automaticBacklightInit", "", "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED 0", "it averages permanently"},
+    {"", "FILE_HXAUXINI_IS_IN_USE sem_post", "FILE_HXAUXINI_IS_IN_USE 0", "the system refused the release"},
+    {"", "HXAUX_BUZZING_IN_PROGRESS sem_post", "HXAUX_BUZZING_IN_PROGRESS 0", "the system refused the release"},
     {"", "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS sem_post", "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS 0",
-     "the system did not take it back"},
+     "the system refused the release"},
     {"", "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED sem_post", "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED 0",
-     "the system did not take it back"},
-    {"Buzzer.buzze", "thread start", "HXAUX_BUZZING_IN_PROGRESS 0", "no thread, nobody to give it back"},
-    {"Buzzer.buzze", "allocation", "HXAUX_BUZZING_IN_PROGRESS 0", "the same: the thread's first words need memory"},
+     "the system refused the release"},
+    {"Buzzer.buzze", "thread start", "HXAUX_BUZZING_IN_PROGRESS 0", "no thread to release it"},
+    {"Buzzer.buzze", "allocation", "HXAUX_BUZZING_IN_PROGRESS 0", "no thread: its start needs memory"},
     {"Lightsensor.startAverageCalc", "/dev/lightsensor 0x4001004a", "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED 0",
-     "a start that fails leaves it taken"},
+     "a failed start leaves it taken"},
     {"Lightsensor.startAverageCalc", "thread start", "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED 0",
-     "a start that fails leaves it taken"},
+     "a failed start leaves it taken"},
     {"Lightsensor.startAverageCalc", "allocation", "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED 0",
-     "a start that fails leaves it taken"},
+     "a failed start leaves it taken"},
 };
 
 } // namespace
 
-std::vector<Try> triesOf(const std::string& operation)
+std::vector<OperationCall> waysToCall(const std::string& operation)
 {
-    std::vector<Try> tries;
-    for (const Try& one : kTries)
+    std::vector<OperationCall> ways;
+    for (const OperationCall& one : kCalls)
         if (one.operation == operation)
-            tries.push_back(one);
-    if (tries.empty())
-        tries.push_back({operation});
-    return tries;
+            ways.push_back(one);
+    if (ways.empty())
+        ways.push_back({operation});
+    return ways;
 }
 
-void furnish(SimulatedUnit& unit, const Try& tried)
+void prepareUnit(SimulatedUnit& unit, const OperationCall& tried)
 {
     unit.writeSettings(kSettings);
     if (tried.texts.empty())
@@ -188,7 +188,7 @@ void finish(Lightsensor& sensor, const std::string&, SimulatedUnit& unit)
     unit.sleepFor(1000);
 }
 
-bool runsForGood(const std::string& operation)
+bool runsForever(const std::string& operation)
 {
     return operation == "HXAuxPrivate.automaticBacklightInit";
 }
@@ -202,12 +202,12 @@ std::set<std::string> locksTaken()
     return taken;
 }
 
-bool mayWaitForEver(const std::string& call)
+bool mayWaitForever(const std::string& call)
 {
     return call == "/hxSema.XXXXXX sem_post";
 }
 
-bool mayBeTorn(Kind kind, const Try& tried, const std::string& memory)
+bool mayBeTorn(Kind kind, const OperationCall& tried, const std::string& memory)
 {
     struct Torn {
         const char* operation;
@@ -219,13 +219,13 @@ bool mayBeTorn(Kind kind, const Try& tried, const std::string& memory)
         {"FirmwareUpgrade.startFrontUpgrade", "front controller"},
         {"FirmwareUpgrade.startFpgaUpgrade", "FPGA"},
     };
-    if (kind == Kind::Allocation) // memory runs out before anything is touched
+    if (kind == Kind::Allocation) // out of memory before anything is changed
         return false;
     return std::ranges::any_of(
         kTorn, [&](const Torn& row) { return tried.operation == row.operation && memory.starts_with(row.memory); });
 }
 
-const char* reasonForLock(const Try& tried, const std::string& call, const std::string& lock)
+const char* reasonForLock(const OperationCall& tried, const std::string& call, const std::string& lock)
 {
     for (const LockLeft& row : kLocksLeft)
         if (std::string_view{tried.operation}.starts_with(row.operation) &&

@@ -4,13 +4,13 @@
 #include "testing/SimulatedUnit.h"
 #include "tests/abi/Library.h"
 
-/// For slots that a driver's single request does not tell: what changes on a whole unit does.
+/// For slots that a single driver request does not identify: their effect on a whole unit does.
 namespace oldapp {
 
 using testing::Contains;
 using testing::HasSubstr;
 
-inline testing::Matcher<const std::vector<std::string>&> Asks(const char* request)
+inline testing::Matcher<const std::vector<std::string>&> HasRequest(const char* request)
 {
     return Contains(HasSubstr(request));
 }

@@ -9,26 +9,26 @@
 #include "testing/SimulatedUnit.h"
 #include "tests/faults/Injector.h"
 
-/// In which unit and how an operation is tried.
+/// How tests call each operation, on which unit, and what a fault may leave.
 namespace faults {
 
 /// One way to call an operation.
-struct Try {
+struct OperationCall {
     std::string operation; ///< "Buzzer.buzze"
     std::vector<double> numbers{};
     std::vector<const char*> texts{};
     Scope scope = Scope::Caller;
-    int milliseconds = 0; ///< given to the library's threads after the operation
-    int usual = 0;        ///< the answer without any fault
+    int milliseconds = 0; ///< time for the library's threads after the operation
+    int usual = 0;        ///< the result without a fault
 };
 
-/// The ways to call the operation; one with usual arguments unless something else is said here.
-std::vector<Try> triesOf(const std::string& operation);
+/// The ways to call the operation; by default one with usual arguments.
+std::vector<OperationCall> waysToCall(const std::string& operation);
 
 /// A unit with settings and firmware files.
-void furnish(SimulatedUnit& unit, const Try& tried);
+void prepareUnit(SimulatedUnit& unit, const OperationCall& tried);
 
-// What an operation needs before it, and what ends it.
+// Set-up and clean-up of an operation.
 
 template <class Interface>
 void prepare(Interface&, const std::string& /*operation*/, SimulatedUnit&)
@@ -47,20 +47,20 @@ void finish(Halvix::FirmwareUpgrade& upgrade, const std::string& operation, Simu
 void finish(Halvix::HXAuxPrivate& service, const std::string& operation, SimulatedUnit& unit);
 void finish(Halvix::Lightsensor& sensor, const std::string& operation, SimulatedUnit& unit);
 
-/// Starts a thread that lives as long as its program and keeps what it uses.
-bool runsForGood(const std::string& operation);
+/// Whether it starts a thread that lives, with its resources, as long as the program.
+bool runsForever(const std::string& operation);
 
-/// The named locks as the unit has them now: name and value, only those that are not free.
+/// The named locks of the unit that are not free: name and value.
 std::set<std::string> locksTaken();
 
-/// Whether after this fault the library may wait forever: for a lock within the process that was not given back
-/// because the system refused to take it.
-bool mayWaitForEver(const std::string& call);
+/// Whether the library may wait forever after this fault: for a lock within the process that could not be released
+/// because the system refused it.
+bool mayWaitForever(const std::string& call);
 
-/// Whether the operation's header says that this fault may leave the memory neither as it was nor as it was to be.
-bool mayBeTorn(Kind kind, const Try& tried, const std::string& memory);
+/// Whether the operation's header says that this fault may leave the memory neither unchanged nor completely new.
+bool mayBeTorn(Kind kind, const OperationCall& tried, const std::string& memory);
 
-/// Why this fault may leave this lock so ("NAME VALUE"), or null: it may not.
-const char* reasonForLock(const Try& tried, const std::string& call, const std::string& lock);
+/// Why this fault may leave this lock in this state ("NAME VALUE"), or null if it may not.
+const char* reasonForLock(const OperationCall& tried, const std::string& call, const std::string& lock);
 
 } // namespace faults

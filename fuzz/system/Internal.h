@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-/// What the files of this folder share.
+/// Shared by the files of this directory.
 namespace fuzzed {
 
 Input& input();
@@ -15,9 +15,9 @@ void beginBoard();
 void beginSemaphores();
 void beginThreads();
 
-/// In a thread of the library that is to end: throws Stop, unless it is on its way out already.
+/// In a thread of the library that is to end: throws Stop, unless it is already ending.
 void mayEnd();
-/// Lets another thread run for a moment. False when nobody is there whom it could help.
+/// Runs another thread for a moment. False when no thread can run.
 [[nodiscard]] bool letOthersRun();
 /// In milliseconds since the input began.
 [[nodiscard]] std::int64_t timeNow();
