@@ -25,7 +25,7 @@ void requireBounds(const Unit& unit, const Recording& recording)
         REQUIRE(unit.hasFile(path));
     for (const RecordedCall& call : recording.calls) {
         if (call.entry.kind == Entry::Kind::Read)
-            REQUIRE(call.result <= std::int64_t(call.entry.out.size()));
+            REQUIRE(call.result <= static_cast<std::int64_t>(call.entry.out.size()));
         REQUIRE(call.entry.in.size() <= 65536 && call.entry.out.size() <= 65536);
     }
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The functions of the command line tests: run, outputIs, outputMatches, errorIs, errorMatches, statusIs, jsonOf.
-#ifndef HX_TESTS_COMMAND_H
-#define HX_TESTS_COMMAND_H
+#pragma once
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -15,32 +14,32 @@ struct Outcome {
     std::string command;
     std::string output = "";
     std::string error = "";
-    int status = -1; // of the shell: 128 plus the signal's number for a killed program
+    int status = -1; ///< of the shell: 128 plus the signal's number for a killed program
 };
 
 std::ostream& operator<<(std::ostream& stream, const Outcome& outcome);
 
-// Runs a shell command line in which hxaux and hx-sim are those of this build. For commands without a unit.
+/// Runs a shell command line in which hxaux and hx-sim are those of this build. For commands without a unit.
 Outcome run(const std::string& command);
-// The same with the output on a terminal of 100 columns; standard error goes there as well.
+/// The same with the output on a terminal of 100 columns; standard error goes there as well.
 Outcome runOnTerminal(const std::string& command);
 
-// A private simulated unit, healthy except for the given settings, as long as the object lives.
+/// A private simulated unit, healthy except for the given settings, as long as the object lives.
 class Unit {
 public:
-    // Lines of a description: "voltage.0=12", "absent=/dev/adc-id".
+    /// Lines of a description: "voltage.0=12", "absent=/dev/adc-id".
     explicit Unit(const std::vector<std::string>& settings = {});
     ~Unit();
     Unit(const Unit&) = delete;
     Unit& operator=(const Unit&) = delete;
 
-    // A program with its arguments on the unit: run("hxaux voltage 0"). A prefix is put before hx-sim.
+    /// A program with its arguments on the unit: run("hxaux voltage 0"). A prefix is put before hx-sim.
     [[nodiscard]] Outcome run(const std::string& command) const;
     [[nodiscard]] Outcome runOnTerminal(const std::string& command) const;
-    // The shell command line that does so, for pipes and programs in the background.
+    /// The shell command line that does so, for pipes and programs in the background.
     [[nodiscard]] std::string line(const std::string& command) const;
 
-    // Commands of hx-sim on this unit: control("set voltage.0 12"), control("fail /dev/adc-id open EIO").
+    /// Commands of hx-sim on this unit: control("set voltage.0 12"), control("fail /dev/adc-id open EIO").
     void control(const std::string& command) const;
     [[nodiscard]] std::string property(const std::string& name) const;
 
@@ -48,9 +47,9 @@ private:
     std::string name_;
 };
 
-// The only JSON document of the output; a test failure when it is not one.
+/// The only JSON document of the output; a test failure when it is not one.
 nlohmann::json jsonOf(const Outcome& outcome);
-// One document per line.
+/// One document per line.
 std::vector<nlohmann::json> jsonLinesOf(const Outcome& outcome);
 
 inline auto outputIs(const std::string& text)
@@ -58,7 +57,7 @@ inline auto outputIs(const std::string& text)
     return testing::Field("output", &Outcome::output, testing::StrEq(text));
 }
 
-// A POSIX extended regular expression that a part of the output matches.
+/// A POSIX extended regular expression that a part of the output matches.
 inline auto outputMatches(const std::string& pattern)
 {
     return testing::Field("output", &Outcome::output, testing::ContainsRegex(pattern));
@@ -80,5 +79,3 @@ inline auto statusIs(int status)
 }
 
 } // namespace hxtest
-
-#endif

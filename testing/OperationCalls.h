@@ -28,7 +28,7 @@ std::vector<OperationCall> waysToCall(const std::string& operation);
 /// A unit with settings and firmware files.
 void prepareUnit(SimulatedUnit& unit, const OperationCall& tried);
 
-// Set-up and clean-up of an operation.
+/// Set-up and clean-up of an operation.
 
 template <class Interface>
 void prepare(Interface&, const std::string& /*operation*/, SimulatedUnit&)

@@ -11,7 +11,7 @@
 class Process {
 public:
     explicit Process(const std::vector<std::string>& command);
-    ~Process(); // kills a running program
+    ~Process(); ///< kills a running program
     Process(Process&& other) noexcept;
     Process& operator=(Process&&) = delete;
 

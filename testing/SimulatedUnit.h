@@ -24,7 +24,7 @@ public:
     SimulatedUnit(std::initializer_list<const char*> description);
     explicit SimulatedUnit(const char* line) : SimulatedUnit{{line}} {}
 
-    // State of the unit.
+    /// State of the unit.
 
     void set(const std::string& property, const std::string& value);
     void set(const std::string& property, std::int64_t value) { set(property, std::to_string(value)); }
@@ -40,8 +40,8 @@ public:
         return linkedUnit_->hardware<Type>();
     }
 
-    // Failures. Calls have the names of the journal: "open", "read", "0x40010003", "get 5", "sem_wait" ... `skip` calls
-    // succeed before the failing ones; `count` calls fail, by default all.
+    /// Failures. Calls have the names of the journal: "open", "read", "0x40010003", "get 5", "sem_wait" ... `skip`
+    /// calls succeed before the failing ones; `count` calls fail, by default all.
 
     void fail(const std::string& subject, const std::string& call, int error = EIO, int count = hxsim::Fault::kAlways,
               int skip = 0);
@@ -49,7 +49,7 @@ public:
               int skip = 0);
     void stopFailing();
 
-    // Recorded calls.
+    /// Recorded calls.
 
     /// The ioctls on a node, as "0x40010003: 00 80", "0x80010002 -> 80", "get 3 -> 1241", "put 0 = 1".
     [[nodiscard]] std::vector<std::string> requestsTo(const std::string& node);
@@ -60,7 +60,7 @@ public:
     [[nodiscard]] std::vector<hxsim::Entry> entries();
     void clearJournal();
 
-    // Time.
+    /// Time.
 
     /// Runs the other threads for this long; everything due until then has happened when it returns.
     void sleepFor(std::int64_t milliseconds);
@@ -71,7 +71,7 @@ public:
     /// For tests with other processes: an endless wait is then not an error.
     void expectOtherProcesses();
 
-    // Files.
+    /// Files.
 
     /// The unit's private directory, removed with the unit.
     [[nodiscard]] std::string folder() const;

@@ -103,7 +103,7 @@ std::int64_t Calls::ioctl(Caller caller, OpenFile& file, std::uint32_t code, std
                      .request = code,
                      .in = copied(in),
                      .out = result < 0 ? std::vector<std::uint8_t>{} : copied(out),
-                     .error = result < 0 ? int(-result) : 0},
+                     .error = result < 0 ? static_cast<int>(-result) : 0},
                result);
     return result;
 }
@@ -120,12 +120,12 @@ Outcome Calls::read(Caller caller, OpenFile& file, std::span<std::uint8_t> out, 
     if (outcome.waits)
         return outcome;
     if (outcome.result > 0 && file.node.recorded())
-        showAnswer(out.first(std::size_t(outcome.result)));
+        showAnswer(out.first(static_cast<std::size_t>(outcome.result)));
     Entry entry{.kind = Entry::Kind::Read, .action = "read " + std::to_string(out.size())};
     if (outcome.result < 0)
-        entry.error = int(-outcome.result);
+        entry.error = static_cast<int>(-outcome.result);
     else
-        entry.out = copied(out.first(std::size_t(outcome.result)));
+        entry.out = copied(out.first(static_cast<std::size_t>(outcome.result)));
     record(caller, file.node, std::move(entry), outcome.result);
     return outcome;
 }
@@ -144,7 +144,7 @@ Outcome Calls::write(Caller caller, OpenFile& file, std::span<const std::uint8_t
                Entry{.kind = Entry::Kind::Write,
                      .action = "write",
                      .in = copied(in),
-                     .error = outcome.result < 0 ? int(-outcome.result) : 0},
+                     .error = outcome.result < 0 ? static_cast<int>(-outcome.result) : 0},
                outcome.result);
     return outcome;
 }

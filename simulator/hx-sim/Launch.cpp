@@ -104,7 +104,7 @@ public:
     [[nodiscard]] int next() const
     {
         signalfd_siginfo info{};
-        return ::read(fd_, &info, sizeof info) == sizeof info ? int(info.ssi_signo) : 0;
+        return ::read(fd_, &info, sizeof info) == sizeof info ? static_cast<int>(info.ssi_signo) : 0;
     }
     /// In the child, before it becomes the program.
     void restore() const { sigprocmask(SIG_SETMASK, &before_, nullptr); }
@@ -224,7 +224,7 @@ void startUnit(const UnitOptions& options)
     std::string word(4096, '\0');
     const ssize_t got = ::read(ready[0], word.data(), word.size());
     close(ready[0]);
-    word.resize(got > 0 ? std::size_t(got) : 0);
+    word.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
     if (word == "+")
         return;
     waitpid(child, nullptr, 0);

@@ -42,15 +42,16 @@ public:
     [[nodiscard]] std::optional<Record> at(std::uint64_t offset) const
     {
         Record record{};
-        const bool good = fd_ >= 0 && offset < std::uint64_t{1} << 40 &&
-                          ::pread(fd_, &record, sizeof record, off_t(offset)) == ssize_t(sizeof record);
+        const bool good =
+            fd_ >= 0 && offset < std::uint64_t{1} << 40 &&
+            ::pread(fd_, &record, sizeof record, static_cast<off_t>(offset)) == static_cast<ssize_t>(sizeof record);
         return good ? std::optional{record} : std::nullopt;
     }
     [[nodiscard]] std::string text(std::uint64_t offset, std::size_t size) const
     {
         std::string bytes(size, '\0');
-        const ssize_t got = fd_ < 0 ? -1 : ::pread(fd_, bytes.data(), size, off_t(offset));
-        bytes.resize(got > 0 ? std::size_t(got) : 0);
+        const ssize_t got = fd_ < 0 ? -1 : ::pread(fd_, bytes.data(), size, static_cast<off_t>(offset));
+        bytes.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
         return bytes.substr(0, bytes.find('\0'));
     }
 
@@ -89,7 +90,8 @@ std::optional<Executable> executableIn(const Image& image)
     for (std::size_t i = 0; i < std::min<std::size_t>(header->e_phnum, kMostHeaders); ++i) {
         const auto segment = image.at<Segment>(std::uint64_t{header->e_phoff} + i * sizeof(Segment));
         if (segment && segment->p_type == PT_INTERP)
-            found.loader = image.text(segment->p_offset, std::size_t(std::min<std::uint64_t>(segment->p_filesz, 4096)));
+            found.loader = image.text(segment->p_offset,
+                                      static_cast<std::size_t>(std::min<std::uint64_t>(segment->p_filesz, 4096)));
         if (segment && segment->p_type == PT_DYNAMIC)
             found.hasName = hasLibraryName<Dynamic>(image, segment->p_offset, segment->p_filesz);
     }
@@ -101,7 +103,7 @@ std::optional<Executable> executableIn(const Image& image)
     const std::string start = image.text(0, SELFMAG + 1);
     if (start.size() <= SELFMAG || !start.starts_with(ELFMAG))
         return std::nullopt;
-    if (start.back() == char(ELFCLASS64))
+    if (start.back() == static_cast<char>(ELFCLASS64))
         return executableIn<Elf64_Ehdr, Elf64_Phdr, Elf64_Dyn>(image);
     return executableIn<Elf32_Ehdr, Elf32_Phdr, Elf32_Dyn>(image);
 }

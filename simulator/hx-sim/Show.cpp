@@ -10,7 +10,7 @@ namespace {
 
 std::uint8_t byteAt(std::string_view text, std::size_t at)
 {
-    return at < text.size() ? std::uint8_t(text[at]) : 0;
+    return at < text.size() ? static_cast<std::uint8_t>(text[at]) : 0;
 }
 
 /// Number of bytes of the UTF-8 character there; 0 for none or a control character.
@@ -33,7 +33,7 @@ std::size_t lengthOfShown(std::string_view text)
 std::string escaped(char c)
 {
     constexpr char kDigits[] = "0123456789abcdef";
-    const auto byte = std::uint8_t(c);
+    const auto byte = static_cast<std::uint8_t>(c);
     return {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 0xF]};
 }
 

@@ -68,7 +68,7 @@ std::string UnitClient::request(const std::vector<std::string>& words)
     head.kind = wire::Kind::Command;
     head.process = getpid();
     Packet answer;
-    if (!hxsim::exchange(fd_, head, bytesOf(text), answer, int(kPatience.count())))
+    if (!hxsim::exchange(fd_, head, bytesOf(text), answer, static_cast<int>(kPatience.count())))
         throw NoUnit{errno == EAGAIN ? "the unit does not answer" : "the unit has stopped"};
     if (answer.head.value != 0)
         throw BadText{answer.text()};
@@ -82,7 +82,7 @@ void UnitClient::listen(const std::function<void(const std::string&)>& take)
     packet.bytes.resize(wire::kLargestPacket);
     std::size_t size = 0;
     while (receivePacket(fd_, packet.head, packet.bytes, size, true) == Received::Packet)
-        take({packet.bytes.begin(), packet.bytes.begin() + std::ptrdiff_t(size)});
+        take({packet.bytes.begin(), packet.bytes.begin() + static_cast<std::ptrdiff_t>(size)});
 }
 
 std::string UnitClient::choose(const std::string& named)

@@ -122,7 +122,7 @@ int LinkedFile::drain()
     for (;;) {
         const Outcome outcome = file_->node.drain();
         if (!outcome.waits)
-            return int(outcome.result);
+            return static_cast<int>(outcome.result);
         world_.time_.wait(turn.lock, outcome.wakeAt, &world_.unit_, VirtualTime::Rank::Program,
                           "drain of " + file_->node.path());
     }

@@ -24,7 +24,7 @@ bool copy(long call, void* ours, const void* theirs, std::size_t size, void* to,
         std::memcpy(to, from, size);
         return true;
     }
-    return copied == long(size);
+    return copied == static_cast<long>(size);
 }
 
 } // namespace

@@ -208,7 +208,7 @@ std::vector<Descriptors::Removed> Descriptors::removeAll(unsigned first, unsigne
         return all;
     const std::lock_guard guard{lock_};
     for (int fd = 0; fd <= highest_; ++fd)
-        if (unsigned(fd) >= first && unsigned(fd) <= last && isOurs(fd))
+        if (static_cast<unsigned>(fd) >= first && static_cast<unsigned>(fd) <= last && isOurs(fd))
             all.push_back(removeLocked(fd));
     return all;
 }
@@ -217,8 +217,8 @@ std::vector<unsigned> Descriptors::protectedIn(unsigned first, unsigned last) co
 {
     std::vector<unsigned> all;
     for (int fd = 0; fd <= highest_; ++fd)
-        if (unsigned(fd) >= first && unsigned(fd) <= last && isProtected(fd))
-            all.push_back(unsigned(fd));
+        if (static_cast<unsigned>(fd) >= first && static_cast<unsigned>(fd) <= last && isProtected(fd))
+            all.push_back(static_cast<unsigned>(fd));
     return all;
 }
 

@@ -28,7 +28,7 @@ public:
     {
         if (result >= 0)
             return result;
-        kept_ = int(-result);
+        kept_ = static_cast<int>(-result);
         return -1;
     }
     /// A result that is in the C library's form already.

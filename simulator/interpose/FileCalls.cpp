@@ -221,5 +221,5 @@ HXSIM_ENTRY int close_range(unsigned first, unsigned last, int flags) noexcept
 
 HXSIM_ENTRY void closefrom(int first) noexcept
 {
-    (void)close_range(unsigned(first < 0 ? 0 : first), ~0U, 0);
+    (void)close_range(static_cast<unsigned>(first < 0 ? 0 : first), ~0U, 0);
 }

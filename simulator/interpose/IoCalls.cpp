@@ -57,7 +57,7 @@ std::int64_t fileWrite(const Descriptor& descriptor, int fd, Bytes bytes)
     if (result == -1)
         result = -errno;
     if (link != nullptr && !descriptor.stream)
-        link->note(descriptor.path, "write", result < 0 ? int(-result) : 0, bytes);
+        link->note(descriptor.path, "write", result < 0 ? static_cast<int>(-result) : 0, bytes);
     return result;
 }
 
@@ -70,7 +70,7 @@ std::int64_t fileRead(const Descriptor& descriptor, int fd, Space space)
     if (result == -1)
         result = -errno;
     if (link != nullptr && !descriptor.stream)
-        link->note(descriptor.path, "read " + std::to_string(space.size()), result < 0 ? int(-result) : 0);
+        link->note(descriptor.path, "read " + std::to_string(space.size()), result < 0 ? static_cast<int>(-result) : 0);
     return result;
 }
 
@@ -88,8 +88,9 @@ int ioctlOr(int fd, unsigned long request, void* argument, Forward forward)
         return forward();
     KeepErrno keep;
     if ((descriptor->flags & O_PATH) != 0)
-        return int(keep.answer(-EBADF));
-    return int(keep.answer(deviceIoctl(*descriptor->device, std::uint32_t(request), argument)));
+        return static_cast<int>(keep.answer(-EBADF));
+    return static_cast<int>(
+        keep.answer(deviceIoctl(*descriptor->device, static_cast<std::uint32_t>(request), argument)));
 }
 
 } // namespace
@@ -130,7 +131,7 @@ ssize_t readOr(int fd, void* buffer, std::size_t size, Forward forward)
     if (descriptor == nullptr)
         return forward();
     KeepErrno keep;
-    return ssize_t(keep.answer(readUnit(*descriptor, fd, {static_cast<std::uint8_t*>(buffer), size})));
+    return static_cast<ssize_t>(keep.answer(readUnit(*descriptor, fd, {static_cast<std::uint8_t*>(buffer), size})));
 }
 
 } // namespace
@@ -153,7 +154,8 @@ HXSIM_ENTRY ssize_t write(int fd, const void* buffer, std::size_t size)
     if (descriptor == nullptr)
         return HXSIM_REAL(write)(fd, buffer, size);
     KeepErrno keep;
-    return ssize_t(keep.answer(writeUnit(*descriptor, fd, {static_cast<const std::uint8_t*>(buffer), size})));
+    return static_cast<ssize_t>(
+        keep.answer(writeUnit(*descriptor, fd, {static_cast<const std::uint8_t*>(buffer), size})));
 }
 
 #define HXSIM_IOCTL(name)                                                                                              \

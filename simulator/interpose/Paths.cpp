@@ -24,7 +24,7 @@ std::string directory(int folder)
         return getcwd(text.data(), text.size()) == nullptr ? "" : text.data();
     const std::string link = "/proc/self/fd/" + std::to_string(folder);
     const ssize_t size = HXSIM_REAL(readlink)(link.c_str(), text.data(), text.size());
-    return size > 0 && text[0] == '/' ? std::string(text.data(), std::size_t(size)) : "";
+    return size > 0 && text[0] == '/' ? std::string(text.data(), static_cast<std::size_t>(size)) : "";
 }
 
 bool isPlain(std::string_view path)

@@ -28,7 +28,7 @@ short readiness(int fd, short wanted)
     if (descriptor == nullptr)
         return POLLNVAL; // closed meanwhile
     const bool readable = (wanted & POLLIN) != 0 && descriptor->device->readable();
-    return short((wanted & POLLOUT) | (readable ? POLLIN : 0));
+    return static_cast<short>((wanted & POLLOUT) | (readable ? POLLIN : 0));
 }
 
 /// Checks all of them once; the number of ready ones.
@@ -70,7 +70,7 @@ template <typename Forward>
 int pollOr(pollfd* wanted, nfds_t count, std::int64_t timeoutNanoseconds, const sigset_t* mask, Forward forward)
 {
     Link* const link = Link::current();
-    const std::span all{wanted, std::size_t(count)};
+    const std::span all{wanted, static_cast<std::size_t>(count)};
     if (link == nullptr || std::none_of(all.begin(), all.end(), [](const pollfd& one) { return isDevice(one.fd); }))
         return forward();
     KeepErrno keep;
@@ -101,7 +101,8 @@ std::vector<pollfd> requested(int count, const fd_set* readers, const fd_set* wr
     std::vector<pollfd> all;
     for (int fd = 0; fd < count; ++fd)
         if (has(readers, fd) || has(writers, fd))
-            all.push_back({fd, short((has(readers, fd) ? POLLIN : 0) | (has(writers, fd) ? POLLOUT : 0)), 0});
+            all.push_back(
+                {fd, static_cast<short>((has(readers, fd) ? POLLIN : 0) | (has(writers, fd) ? POLLOUT : 0)), 0});
     return all;
 }
 

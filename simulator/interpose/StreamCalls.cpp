@@ -52,7 +52,7 @@ FILE* streamOfAttribute(Link& link, const std::string& path, bool& refused)
     HXSIM_REAL(close)(opened.descriptor);
     FILE* const stream = HXSIM_REAL(tmpfile64)();
     if (stream != nullptr && size > 0) {
-        std::fwrite(text.data(), 1, std::size_t(size), stream);
+        std::fwrite(text.data(), 1, static_cast<std::size_t>(size), stream);
         std::rewind(stream);
     }
     return stream;

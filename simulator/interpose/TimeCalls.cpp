@@ -115,7 +115,7 @@ HXSIM_ENTRY unsigned sleep(unsigned seconds)
     std::int64_t left = 0;
     if (sleepFor(*link, std::int64_t{seconds} * kNanosecondsPerSecond, left) == 0)
         return 0;
-    return unsigned((left + kNanosecondsPerSecond / 2) / kNanosecondsPerSecond);
+    return static_cast<unsigned>((left + kNanosecondsPerSecond / 2) / kNanosecondsPerSecond);
 }
 
 #if defined(__i386__)

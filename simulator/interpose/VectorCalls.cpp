@@ -24,11 +24,11 @@ public:
             error_ = EINVAL;
             return;
         }
-        parts_.resize(std::size_t(count));
+        parts_.resize(static_cast<std::size_t>(count));
         if (!copyFromCaller(parts_.data(), parts, parts_.size() * sizeof(iovec)))
             error_ = EFAULT;
         for (const iovec& part : parts_) {
-            if (error_ == 0 && part.iov_len > std::size_t(SSIZE_MAX) - size_)
+            if (error_ == 0 && part.iov_len > static_cast<std::size_t>(SSIZE_MAX) - size_)
                 error_ = EINVAL;
             size_ += part.iov_len;
         }
@@ -71,7 +71,7 @@ std::int64_t readParts(const Descriptor& descriptor, int fd, const Parts& parts)
         return -parts.error();
     std::vector<std::uint8_t> bytes = parts.space();
     const std::int64_t result = readUnit(descriptor, fd, bytes);
-    const bool good = result <= 0 || parts.scatter(Bytes{bytes}.first(std::size_t(result)));
+    const bool good = result <= 0 || parts.scatter(Bytes{bytes}.first(static_cast<std::size_t>(result)));
     return good ? result : -EFAULT;
 }
 
@@ -104,7 +104,7 @@ ssize_t atOffset(int fd, std::int64_t offset, int flags, Transfer transfer, Forw
         return forward();
     KeepErrno keep;
     const int error = refusedAt(*descriptor, offset, flags);
-    return ssize_t(keep.answer(error != 0 ? -error : transfer(*descriptor)));
+    return static_cast<ssize_t>(keep.answer(error != 0 ? -error : transfer(*descriptor)));
 }
 
 /// In preadv2 and pwritev2 an offset of -1 means the file's own.
@@ -125,7 +125,7 @@ HXSIM_ENTRY ssize_t readv(int fd, const iovec* parts, int count)
     if (descriptor == nullptr)
         return HXSIM_REAL(readv)(fd, parts, count);
     KeepErrno keep;
-    return ssize_t(keep.answer(readParts(*descriptor, fd, {parts, count})));
+    return static_cast<ssize_t>(keep.answer(readParts(*descriptor, fd, {parts, count})));
 }
 
 HXSIM_ENTRY ssize_t writev(int fd, const iovec* parts, int count)
@@ -134,7 +134,7 @@ HXSIM_ENTRY ssize_t writev(int fd, const iovec* parts, int count)
     if (descriptor == nullptr)
         return HXSIM_REAL(writev)(fd, parts, count);
     KeepErrno keep;
-    return ssize_t(keep.answer(writeParts(*descriptor, fd, {parts, count})));
+    return static_cast<ssize_t>(keep.answer(writeParts(*descriptor, fd, {parts, count})));
 }
 
 #define HXSIM_PREAD(name, Offset)                                                                                      \

@@ -48,11 +48,11 @@ public:
     /// Messages are complete or invalid.
     [[nodiscard]] bool exchange(const Message& message, std::size_t length, Answer& answer) const
     {
-        if (file_ < 0 || resumed([&] { return ::write(file_, &message, length); }) != ssize_t(length))
+        if (file_ < 0 || resumed([&] { return ::write(file_, &message, length); }) != static_cast<ssize_t>(length))
             return false;
         const ssize_t got = resumed([&] { return ::read(file_, &answer, sizeof answer); });
         const std::size_t promised = answer.reply.result == 0 ? 0 : message.call.answerSize;
-        return got >= ssize_t(sizeof(Reply) + promised);
+        return got >= static_cast<ssize_t>(sizeof(Reply) + promised);
     }
 
 private:
@@ -75,7 +75,7 @@ Reply transact(const Call& call, Bytes sent = {}, Space received = {})
     if (sent.size() > kLongest || received.size() > kLongest)
         return {};
     Message message{call, {}};
-    message.call.answerSize = std::uint32_t(received.size());
+    message.call.answerSize = static_cast<std::uint32_t>(received.size());
     std::copy(sent.begin(), sent.end(), message.bytes);
     Answer answer{};
     if (!Connection{}.exchange(message, sizeof(Call) + sent.size(), answer))
@@ -87,7 +87,7 @@ Reply transact(const Call& call, Bytes sent = {}, Space received = {})
 
 std::uint32_t number(unsigned long value)
 {
-    return std::uint32_t(value);
+    return static_cast<std::uint32_t>(value);
 }
 
 Bytes textBytes(const char* text)

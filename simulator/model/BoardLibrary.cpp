@@ -42,8 +42,8 @@ std::string degrees(std::int32_t milliCelsius)
 std::vector<std::uint8_t> registerBytes(std::uint32_t reg)
 {
     if (reg < 0x100)
-        return {std::uint8_t(reg)};
-    return {std::uint8_t(reg >> 8), std::uint8_t(reg)};
+        return {static_cast<std::uint8_t>(reg)};
+    return {static_cast<std::uint8_t>(reg >> 8), static_cast<std::uint8_t>(reg)};
 }
 
 } // namespace
@@ -86,7 +86,7 @@ const BoardLibrary::Row& BoardLibrary::row(jida::Function function)
         {"JidaTemperatureGetCurrent", &BoardLibrary::readSensor},
         {"JidaTemperatureGetInfo", &BoardLibrary::describeSensor},
     };
-    return kRows[std::size_t(function)];
+    return kRows[static_cast<std::size_t>(function)];
 }
 
 BoardLibrary::BoardLibrary(Unit& unit) : unit_{unit}
@@ -101,7 +101,7 @@ BoardLibrary::BoardLibrary(Unit& unit) : unit_{unit}
         if (header.function > jida::Function::TemperatureGetInfo || header.answerSize > jida::kLongest)
             return {-EINVAL, false, {}};
         dynamic_cast<JidaFile&>(file).done = call(header, in.subspan(sizeof header));
-        return {std::int64_t(in.size()), false, {}};
+        return {static_cast<std::int64_t>(in.size()), false, {}};
     });
     node.onRead([this](OpenFile& file, std::span<std::uint8_t> out, Time) -> Outcome {
         const Done& done = dynamic_cast<JidaFile&>(file).done;
@@ -110,9 +110,9 @@ BoardLibrary::BoardLibrary(Unit& unit) : unit_{unit}
         const std::vector<std::uint8_t> bytes = packed(done);
         const std::size_t count = std::min(bytes.size(), out.size());
         std::copy_n(bytes.begin(), count, out.begin());
-        return {std::int64_t(count), false, {}};
+        return {static_cast<std::int64_t>(count), false, {}};
     });
-    for (int i = 0; i <= int(jida::Function::TemperatureGetInfo); ++i)
+    for (int i = 0; i <= static_cast<int>(jida::Function::TemperatureGetInfo); ++i)
         unit.addFunction(row(jida::Function(i)).name);
     describe();
 }
@@ -123,7 +123,8 @@ void BoardLibrary::describe()
     properties.flag("jida.installed", installed, "whether the board library needs no installation");
     properties.flag("jida.refuses", refuses, "whether the board library can neither be initialised nor installed");
     properties.number("jida.boards", boards, 0, 16, "boards that the board library finds");
-    properties.number("jida.sensors", sensorCount, 0, std::int64_t(sensors.size()), "temperature sensors of a board");
+    properties.number("jida.sensors", sensorCount, 0, static_cast<std::int64_t>(sensors.size()),
+                      "temperature sensors of a board");
     properties.readOnly(
         "jida.users", [this] { return std::to_string(users); }, "initialisations that are still open");
     properties.number("i2c.hertz", unit_.i2c().hertz, 1000, 1000000, "clock of the I2C bus");
@@ -136,7 +137,7 @@ void BoardLibrary::describe()
                 const double value = parseReal(text);
                 if (value < -273.15 || value > 2e6)
                     throw BadText{"'" + text + "' is not a temperature"};
-                sensor.milliCelsius = std::int32_t(std::lround(value * 1000));
+                sensor.milliCelsius = static_cast<std::int32_t>(std::lround(value * 1000));
             },
             "sensor of the processor module, in degrees Celsius");
         properties.number(name + ".status", sensor.status, 0, 0xFFFFFFFF, "the sensor's status bits");
@@ -258,7 +259,7 @@ void BoardLibrary::readSensor(Work& work)
     work.check(isOpen(work.call.board) && index < sensorCount, EINVAL);
     if (work.error != 0)
         return;
-    work.done.reply.values[0] = std::uint32_t(sensors[index].milliCelsius);
+    work.done.reply.values[0] = static_cast<std::uint32_t>(sensors[index].milliCelsius);
     work.done.reply.values[1] = sensors[index].status;
     work.words += " = " + std::to_string(sensors[index].milliCelsius);
 }
@@ -280,7 +281,7 @@ void BoardLibrary::describeSensor(Work& work)
 /// Bus 0 of any open board.
 void BoardLibrary::transfer(Work& work, std::span<const std::uint8_t> written)
 {
-    const auto address = std::uint8_t(work.argument(1));
+    const auto address = static_cast<std::uint8_t>(work.argument(1));
     const std::uint8_t shown[] = {address};
     work.words = " handle " + std::to_string(work.call.board) + " 0x" + hexBytes(shown) + work.words;
     if (fails(work))

@@ -30,7 +30,7 @@ CanNetworks::CanNetworks(Unit& unit)
 
 int CanNetworks::set(Network& network, const std::string& text)
 try {
-    const auto rate = std::uint32_t(parseNumber(trimmed(text), 0, kHighestRate));
+    const auto rate = static_cast<std::uint32_t>(parseNumber(trimmed(text), 0, kHighestRate));
     if (network.up)
         return -EBUSY;
     network.bitrate = rate;

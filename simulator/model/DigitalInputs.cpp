@@ -16,10 +16,10 @@ DigitalInputs::DigitalInputs(Unit& unit)
 
 std::uint8_t DigitalInputs::port() const
 {
-    unsigned bits = unsigned(otherLines) << 4;
+    unsigned bits = static_cast<unsigned>(otherLines) << 4;
     for (std::size_t i = 0; i < inputs.size(); ++i)
-        bits |= unsigned(inputs[i]) << i;
-    return std::uint8_t(bits);
+        bits |= static_cast<unsigned>(inputs[i]) << i;
+    return static_cast<std::uint8_t>(bits);
 }
 
 HXSIM_HARDWARE(DigitalInputs)

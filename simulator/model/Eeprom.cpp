@@ -9,7 +9,7 @@ void Eeprom::write(std::span<const std::uint8_t> bytes, Time end)
 {
     if (bytes.size() < 2)
         return; // an offset cut short changes nothing
-    position_ = std::size_t(bytes[0] << 8 | bytes[1]) % kSize;
+    position_ = static_cast<std::size_t>(bytes[0] << 8 | bytes[1]) % kSize;
     const auto data = bytes.subspan(2);
     if (data.empty())
         return;

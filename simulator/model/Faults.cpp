@@ -26,7 +26,7 @@ std::string callName(const std::string& text)
 {
     if (!text.starts_with("0x") && !text.starts_with("0X"))
         return text;
-    return requestName(std::uint32_t(parseNumber(text, 0, std::numeric_limits<std::uint32_t>::max())));
+    return requestName(static_cast<std::uint32_t>(parseNumber(text, 0, std::numeric_limits<std::uint32_t>::max())));
 }
 
 bool isNumbered(std::string_view call)
@@ -63,7 +63,7 @@ Fault Faults::parse(std::string_view text)
     if (next < parts.size())
         fault.error = parseErrno(parts[next++]);
     if (next < parts.size())
-        fault.count = int(parseNumber(parts[next++], 1, 1000000));
+        fault.count = static_cast<int>(parseNumber(parts[next++], 1, 1000000));
     if (next < parts.size())
         throw BadText{"too many arguments: '" + parts[next] + "'; a fault is written as: NODE CALL [ERRNO] [COUNT]"};
     return fault;

@@ -25,11 +25,11 @@ bool countsDown(std::int64_t& counter)
 
 FpgaFlash::FpgaFlash(Unit& unit) : content(kPages * kPage, 0xFF)
 {
-    std::fill_n(content.begin(), 100 * kPage, std::uint8_t(0x5A)); // the configuration from the factory
+    std::fill_n(content.begin(), 100 * kPage, std::uint8_t{0x5A}); // the configuration from the factory
     unit.addNode("/dev/fpgaflash")
         .request(0x4001004D, Takes{0}, Gives{1},
                  [this](Request& request) {
-                     request.put8(0, std::uint8_t(notReady));
+                     request.put8(0, static_cast<std::uint8_t>(notReady));
                      return 0;
                  })
         .request(0xC218004E, Takes{kBlock}, Gives{kBlock}, [this](Request& request) { return write(request); })
@@ -60,7 +60,7 @@ void FpgaFlash::program(std::size_t position, std::span<const std::uint8_t> byte
 {
     for (const std::uint8_t byte : bytes) {
         if (position % kPage == 0)
-            std::fill_n(content.begin() + std::ptrdiff_t(position), kPage, std::uint8_t(0xFF));
+            std::fill_n(content.begin() + static_cast<std::ptrdiff_t>(position), kPage, std::uint8_t{0xFF});
         content[position++] &= byte;
     }
 }
@@ -85,11 +85,11 @@ int FpgaFlash::write(Request& request)
         hasPower = false;
         return fail(EIO);
     }
-    const std::size_t taken = std::min(length, std::size_t(accepts));
+    const std::size_t taken = std::min(length, static_cast<std::size_t>(accepts));
     failed_ = failed_ || taken == 0;
     program(position, request.in.subspan(kData, taken));
     std::copy(request.in.begin(), request.in.end(), request.out.begin());
-    request.put32(kPosition, std::uint32_t(position + taken));
+    request.put32(kPosition, static_cast<std::uint32_t>(position + taken));
     return 0;
 }
 
@@ -104,8 +104,8 @@ int FpgaFlash::read(Request& request)
     const std::size_t count = readsNothing ? 0 : std::min(length, content.size() - position);
     for (std::size_t i = 0; i < count; ++i)
         request.put8(kData + i, countsDown(flipReadAt) ? content[position + i] ^ 0x01 : content[position + i]);
-    request.put32(kLength, std::uint32_t(count));
-    request.put32(kPosition, std::uint32_t(position + count));
+    request.put32(kLength, static_cast<std::uint32_t>(count));
+    request.put32(kPosition, static_cast<std::uint32_t>(position + count));
     return 0;
 }
 

@@ -31,7 +31,7 @@ void parseInto(std::array<std::uint8_t, Size>& bytes, const std::string& text, s
         throw BadText{"'" + text + "' is not " + std::to_string(Size) + " numbers"};
     std::array<std::uint8_t, Size> parsed;
     for (std::size_t i = 0; i < Size; ++i)
-        parsed[i] = std::uint8_t(parseNumber(numbers[i], 0, most));
+        parsed[i] = static_cast<std::uint8_t>(parseNumber(numbers[i], 0, most));
     bytes = parsed;
 }
 

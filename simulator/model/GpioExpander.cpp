@@ -32,14 +32,14 @@ void GpioExpander::read(std::span<std::uint8_t> bytes)
 
 void GpioExpander::next()
 {
-    pointer_ = std::uint8_t((pointer_ + 1U) % registers.size());
+    pointer_ = static_cast<std::uint8_t>((pointer_ + 1U) % registers.size());
 }
 
 std::uint8_t GpioExpander::pins() const
 {
     const unsigned directions = registers[kDirections];
     const unsigned outside = inputs ? inputs() : 0U;
-    return std::uint8_t((registers[kLatch] & ~directions) | (outside & directions));
+    return static_cast<std::uint8_t>((registers[kLatch] & ~directions) | (outside & directions));
 }
 
 bool GpioExpander::drives(unsigned pin, bool high) const

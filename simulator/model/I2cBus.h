@@ -31,7 +31,10 @@ public:
     explicit I2cBus(Clock& clock) : clock_{clock} {}
 
     /// Attaches a part under its 8-bit address, whose lowest bit is ignored.
-    void attach(std::uint8_t address, I2cDevice& device) { devices_[std::uint8_t(address & 0xFE)] = &device; }
+    void attach(std::uint8_t address, I2cDevice& device)
+    {
+        devices_[static_cast<std::uint8_t>(address & 0xFE)] = &device;
+    }
 
     struct Transfer {
         bool acknowledged;

@@ -78,7 +78,8 @@ double LightProfile::luxAt(Time sinceStart) const
     if (after == points_.begin())
         return points_.front().lux;
     const Point& before = *(after - 1);
-    const double part = double((sinceStart - before.time).count()) / double((after->time - before.time).count());
+    const double part = static_cast<double>((sinceStart - before.time).count()) /
+                        static_cast<double>((after->time - before.time).count());
     return before.lux + part * (after->lux - before.lux);
 }
 

@@ -33,7 +33,7 @@ std::uint8_t codeOf(double counts)
     int code = 0;
     while (code < kLargestCode && countsOf(code + 1) <= counts)
         ++code;
-    return std::uint8_t(code);
+    return static_cast<std::uint8_t>(code);
 }
 
 double correction(double ratio)
@@ -106,7 +106,7 @@ void LightSensor::describe(Unit& unit)
     properties.add(
         "light.seed", [this] { return std::to_string(seed_); },
         [this](const std::string& text) {
-            seed_ = std::uint32_t(parseNumber(text, 0, 0xFFFFFFFF));
+            seed_ = static_cast<std::uint32_t>(parseNumber(text, 0, 0xFFFFFFFF));
             random_.seed(seed_);
         },
         "where the noise begins");
@@ -124,7 +124,8 @@ void LightSensor::describe(Unit& unit)
             const std::vector<std::string> parts = words(text);
             if (parts.size() != 2)
                 throw BadText{"two bytes as '0xc5 0xa3', or 'light'"};
-            forced = Bytes{std::uint8_t(parseNumber(parts[0], 0, 255)), std::uint8_t(parseNumber(parts[1], 0, 255))};
+            forced = Bytes{static_cast<std::uint8_t>(parseNumber(parts[0], 0, 255)),
+                           static_cast<std::uint8_t>(parseNumber(parts[1], 0, 255))};
         },
         "the two bytes that are read, whatever the light is; 'light' to follow it again");
 }
@@ -162,7 +163,7 @@ double LightSensor::noise()
     // The sum of twelve uniform numbers approximates a normal one, and is the same on every machine.
     double sum = -6;
     for (int i = 0; i < 12; ++i)
-        sum += double(random_()) / 4294967296.0;
+        sum += static_cast<double>(random_()) / 4294967296.0;
     return std::max(0.0, 1 + sum * noisePercent / 100);
 }
 
@@ -174,8 +175,9 @@ LightSensor::Bytes LightSensor::convert()
     const double ratio = infraredShare / (1 - infraredShare);
     const double visible = seen / (kLuxPerCount * correction(ratio));
     const double all = visible / (1 - infraredShare);
-    const auto complete = std::uint8_t(isComplete() ? kComplete : 0);
-    return {std::uint8_t(complete | codeOf(all)), std::uint8_t(complete | codeOf(all * infraredShare))};
+    const auto complete = static_cast<std::uint8_t>(isComplete() ? kComplete : 0);
+    return {static_cast<std::uint8_t>(complete | codeOf(all)),
+            static_cast<std::uint8_t>(complete | codeOf(all * infraredShare))};
 }
 
 double LightSensor::reported(const Bytes& bytes) const

@@ -46,14 +46,14 @@ void fillWithFirmware(std::vector<std::uint8_t>& flash)
     std::uint32_t state = 1;
     for (std::size_t i = 0; i < kFirmwareSize; ++i) {
         state = state * 1664525 + 1013904223;
-        flash[i] = i < kVectors.size() ? kVectors[i] : std::uint8_t(state >> 24);
+        flash[i] = i < kVectors.size() ? kVectors[i] : static_cast<std::uint8_t>(state >> 24);
     }
 }
 
 std::string shown(Microcontroller::State state)
 {
     static constexpr std::array<const char*, 4> kNames{"running", "bootloader", "no firmware", "off"};
-    return kNames[std::size_t(state)];
+    return kNames[static_cast<std::size_t>(state)];
 }
 
 std::uint32_t crc32(std::span<const std::uint8_t> bytes)
@@ -91,7 +91,7 @@ void Microcontroller::addProperties(const std::string& name)
         name + ".state", [this] { return shown(state); }, "running, bootloader, no firmware or off");
     properties.add(
         name + ".product-id", [this] { return hexNumber(productId, 3); },
-        [this](const std::string& text) { productId = std::uint16_t(parseNumber(text, 0, 0xFFFF)); },
+        [this](const std::string& text) { productId = static_cast<std::uint16_t>(parseNumber(text, 0, 0xFFFF)); },
         "the bootloader's answer to the product query; any number may be given");
     properties.readOnly(
         name + ".flash-crc", [this] { return hexNumber(crc32(flash), 8); }, "CRC-32 of the whole flash");
@@ -232,7 +232,7 @@ void Microcontroller::write(std::uint32_t address, std::span<const std::uint8_t>
 void Microcontroller::programFlash(std::uint32_t offset, std::uint8_t value)
 {
     changed_ = true;
-    if (!protectedSectors.contains(std::uint8_t(offset / kSectorSize)))
+    if (!protectedSectors.contains(static_cast<std::uint8_t>(offset / kSectorSize)))
         flash[offset] &= value;
 }
 
@@ -240,7 +240,7 @@ void Microcontroller::eraseRange(std::size_t first, std::size_t last)
 {
     changed_ = erased_ = true;
     for (std::size_t i = first; i < std::min(last, flash.size()); ++i)
-        if (!protectedSectors.contains(std::uint8_t(i / kSectorSize)))
+        if (!protectedSectors.contains(static_cast<std::uint8_t>(i / kSectorSize)))
             flash[i] = 0xFF;
 }
 

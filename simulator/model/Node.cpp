@@ -9,24 +9,24 @@ namespace hxsim {
 
 std::uint16_t Request::u16(std::size_t offset) const
 {
-    return std::uint16_t(in[offset] | in[offset + 1] << 8);
+    return static_cast<std::uint16_t>(in[offset] | in[offset + 1] << 8);
 }
 
 std::uint32_t Request::u32(std::size_t offset) const
 {
-    return u16(offset) | std::uint32_t(u16(offset + 2)) << 16;
+    return u16(offset) | static_cast<std::uint32_t>(u16(offset + 2)) << 16;
 }
 
 void Request::put16(std::size_t offset, std::uint16_t value) const
 {
-    out[offset] = std::uint8_t(value);
-    out[offset + 1] = std::uint8_t(value >> 8);
+    out[offset] = static_cast<std::uint8_t>(value);
+    out[offset + 1] = static_cast<std::uint8_t>(value >> 8);
 }
 
 void Request::put32(std::size_t offset, std::uint32_t value) const
 {
-    put16(offset, std::uint16_t(value));
-    put16(offset + 2, std::uint16_t(value >> 16));
+    put16(offset, static_cast<std::uint16_t>(value));
+    put16(offset + 2, static_cast<std::uint16_t>(value >> 16));
 }
 
 Node& Node::request(std::uint32_t code, Takes takes, Gives gives, RequestHandler handler)
@@ -69,14 +69,14 @@ Node& Node::attribute(std::function<std::string()> get, std::function<int(const 
             file.content = get();
         const std::size_t rest = file.content.size() - file.position;
         const std::size_t count = std::min(rest, out.size());
-        std::copy_n(file.content.begin() + std::ptrdiff_t(file.position), count, out.begin());
+        std::copy_n(file.content.begin() + static_cast<std::ptrdiff_t>(file.position), count, out.begin());
         file.position += count;
-        return Outcome{std::int64_t(count), false, {}};
+        return Outcome{static_cast<std::int64_t>(count), false, {}};
     };
     if (set)
         writer_ = [set = std::move(set)](OpenFile&, std::span<const std::uint8_t> in) {
             const int result = set({in.begin(), in.end()});
-            return Outcome{result < 0 ? result : std::int64_t(in.size()), false, {}};
+            return Outcome{result < 0 ? result : static_cast<std::int64_t>(in.size()), false, {}};
         };
     return *this;
 }

@@ -114,7 +114,7 @@ public:
     [[nodiscard]] bool isText() const { return text_; }
     /// Whether stat and its kin see a plain file from now on.
     void showAsFile(bool isFile) { text_ = isFile; }
-    [[nodiscard]] bool isSerial() const { return bool(lineChanged_); }
+    [[nodiscard]] bool isSerial() const { return static_cast<bool>(lineChanged_); }
 
     /// The answer to open: present in the unit unless the description says otherwise.
     bool present = true;

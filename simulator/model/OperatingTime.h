@@ -25,7 +25,7 @@ public:
     }
     [[nodiscard]] std::uint64_t seconds() const
     {
-        return std::uint64_t(std::chrono::duration_cast<std::chrono::seconds>(total()).count());
+        return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::seconds>(total()).count());
     }
 
 private:

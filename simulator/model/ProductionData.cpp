@@ -75,7 +75,7 @@ std::string unescaped(std::string_view text)
             used = 2;
             const char escape = text[1];
             if (escape == 'x' && text.size() > 3) {
-                c = char(parseNumber("0x" + std::string{text.substr(2, 2)}, 0, 255));
+                c = static_cast<char>(parseNumber("0x" + std::string{text.substr(2, 2)}, 0, 255));
                 used = 4;
             } else if (escape == 'r' || escape == 'n' || escape == '\\') {
                 c = escape == 'r' ? '\r' : escape == 'n' ? '\n' : '\\';
@@ -93,7 +93,7 @@ std::string escaped(const std::string& text)
 {
     std::string shown;
     for (const char c : text) {
-        const std::uint8_t byte[] = {std::uint8_t(c)};
+        const std::uint8_t byte[] = {static_cast<std::uint8_t>(c)};
         if (c == '\r' || c == '\n' || c == '\\')
             shown += c == '\r' ? "\\r" : c == '\n' ? "\\n" : "\\\\";
         else if (byte[0] < 0x20 || byte[0] > 0x7E || c == '#')
@@ -164,7 +164,7 @@ void ProductionData::addActions(Unit& unit)
         [this](const Actions::Words& words) {
             if (words.empty() || words.size() > 2)
                 throw BadText{"erase main|addon [BYTE]"};
-            named(words[0]).fill(std::uint8_t(words.size() == 2 ? parseNumber(words[1], 0, 255) : 0xFF));
+            named(words[0]).fill(static_cast<std::uint8_t>(words.size() == 2 ? parseNumber(words[1], 0, 255) : 0xFF));
         },
         "fills an EEPROM with one value, 0xFF unless another is given");
 }

@@ -33,7 +33,7 @@ constexpr std::uint8_t kEverything = 0xFF; // in place of a number of pages
 
 std::uint8_t checksum(const std::vector<std::uint8_t>& frame)
 {
-    return std::accumulate(frame.begin(), frame.end(), std::uint8_t(0), std::bit_xor<>{});
+    return std::accumulate(frame.begin(), frame.end(), std::uint8_t{0}, std::bit_xor<>{});
 }
 
 /// A value followed by its complement.
@@ -75,7 +75,7 @@ std::size_t RomBootloader::frameLength() const
     default:
         break;
     }
-    return std::size_t(frame_[0]) + 3; // count plus one bytes, the count itself and the checksum
+    return static_cast<std::size_t>(frame_[0]) + 3; // count plus one bytes, the count itself and the checksum
 }
 
 void RomBootloader::receive(std::uint8_t byte)
@@ -152,17 +152,17 @@ void RomBootloader::identify(std::uint8_t code)
 {
     chip_.acknowledge();
     if (code == kGet) {
-        chip_.send(std::uint8_t(kCodes.size()));
+        chip_.send(static_cast<std::uint8_t>(kCodes.size()));
         chip_.send(kVersion);
         for (const std::uint8_t each : kCodes)
             chip_.send(each);
     } else if (code == kGetVersion) {
-        for (const std::uint8_t each : {kVersion, std::uint8_t(0), std::uint8_t(0)})
+        for (const std::uint8_t each : {kVersion, std::uint8_t{0}, std::uint8_t{0}})
             chip_.send(each);
     } else {
         chip_.send(1);
-        chip_.send(std::uint8_t(chip_.productId >> 8));
-        chip_.send(std::uint8_t(chip_.productId));
+        chip_.send(static_cast<std::uint8_t>(chip_.productId >> 8));
+        chip_.send(static_cast<std::uint8_t>(chip_.productId));
     }
     chip_.acknowledge();
 }
@@ -187,7 +187,8 @@ void RomBootloader::restartAfterAnswer()
 
 void RomBootloader::address(const Frame& frame)
 {
-    address_ = std::uint32_t(frame[0]) << 24 | std::uint32_t(frame[1]) << 16 | std::uint32_t(frame[2]) << 8 | frame[3];
+    address_ = static_cast<std::uint32_t>(frame[0]) << 24 | static_cast<std::uint32_t>(frame[1]) << 16 |
+               static_cast<std::uint32_t>(frame[2]) << 8 | frame[3];
     const bool allowed = command_ == kReadMemory    ? chip_.isReadable(address_)
                          : command_ == kWriteMemory ? chip_.isWritable(address_)
                                                     : chip_.isExecutable(address_);
@@ -213,7 +214,8 @@ void RomBootloader::writeBlock(const Frame& frame)
 {
     const std::span<const std::uint8_t> data{frame.data() + 1, frame.size() - 2};
     // Flash is programmed in half-words.
-    if (checksum(frame) != 0 || data.size() % 2 != 0 || !chip_.isWritable(address_ + std::uint32_t(data.size()) - 1))
+    if (checksum(frame) != 0 || data.size() % 2 != 0 ||
+        !chip_.isWritable(address_ + static_cast<std::uint32_t>(data.size()) - 1))
         return refuse();
     expect(Expect::Command);
     chip_.write(address_, data);

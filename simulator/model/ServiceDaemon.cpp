@@ -14,13 +14,13 @@ ServiceDaemon::ServiceDaemon(Unit& unit)
     node.openError = [this] { return running || plainFile ? 0 : ENXIO; }; // no reader
     node.onWrite([this](OpenFile&, std::span<const std::uint8_t> in) -> Outcome {
         if (plainFile)
-            return {std::int64_t(in.size()), false, {}};
+            return {static_cast<std::int64_t>(in.size()), false, {}};
         if (!running)
             return {-EPIPE, false, {}};
         if (full)
             return {-EAGAIN, false, {}};
         take(in);
-        return {std::int64_t(in.size()), false, {}};
+        return {static_cast<std::int64_t>(in.size()), false, {}};
     });
     unit.properties().flag("daemon.running", running, "whether the service daemon reads its FIFO");
     unit.properties().flag("daemon.full", full, "whether the FIFO is full and not read");

@@ -69,7 +69,7 @@ Outcome ServiceUart::write(std::span<const std::uint8_t> in)
         else
             deliver(byte);
     }
-    return {std::int64_t(in.size()), false, {}};
+    return {static_cast<std::int64_t>(in.size()), false, {}};
 }
 
 void ServiceUart::deliver(std::uint8_t byte)
@@ -99,8 +99,8 @@ Outcome ServiceUart::read(std::span<std::uint8_t> out, Time started)
     if (received_.size() >= std::min(out.size(), wanted())) {
         const std::size_t count = std::min(out.size(), received_.size());
         std::copy_n(received_.begin(), count, out.begin());
-        received_.erase(received_.begin(), received_.begin() + std::ptrdiff_t(count));
-        return {std::int64_t(count), false, {}};
+        received_.erase(received_.begin(), received_.begin() + static_cast<std::ptrdiff_t>(count));
+        return {static_cast<std::int64_t>(count), false, {}};
     }
     if (line.vmin > 0)
         return Outcome::notBefore(std::nullopt);

@@ -76,7 +76,7 @@ void Supervisor::describeLoads()
         "power.state",
         [this] {
             constexpr const char* kNames[] = {"running", "suspended", "heating", "off"};
-            return std::string{kNames[int(state_)]};
+            return std::string{kNames[static_cast<int>(state_)]};
         },
         "running, suspended, heating or off");
 }
@@ -112,37 +112,38 @@ void Supervisor::describeTime(std::size_t which, int highWord, std::uint8_t minu
                               const char* help)
 {
     OperatingTime& time = times_[which];
-    diagnostics.onRead(minutes, [&time] { return std::uint16_t(time.seconds() / 60); });
-    diagnostics.onRead(seconds, [&time] { return std::uint16_t(time.seconds() % 60); });
+    diagnostics.onRead(minutes, [&time] { return static_cast<std::uint16_t>(time.seconds() / 60); });
+    diagnostics.onRead(seconds, [&time] { return static_cast<std::uint16_t>(time.seconds() % 60); });
     if (highWord >= 0)
-        diagnostics.onRead(std::uint8_t(highWord), [&time] { return std::uint16_t(time.seconds() / 60 >> 16); });
+        diagnostics.onRead(static_cast<std::uint8_t>(highWord),
+                           [&time] { return static_cast<std::uint16_t>(time.seconds() / 60 >> 16); });
     unit_.properties().add(
         "diagnostics.time." + std::to_string(which), [&time] { return std::to_string(time.seconds()); },
         [&time](const std::string& text) {
-            time.setSeconds(std::uint64_t(parseNumber(text, 0, INT64_MAX / 1000000000)));
+            time.setSeconds(static_cast<std::uint64_t>(parseNumber(text, 0, INT64_MAX / 1000000000)));
         },
         help);
 }
 
 void Supervisor::describeTemperature(std::uint8_t number, const std::string& name, int celsius, const char* help)
 {
-    diagnostics[number] = std::uint16_t(celsius);
+    diagnostics[number] = static_cast<std::uint16_t>(celsius);
     unit_.properties().add(
-        name, [this, number] { return std::to_string(std::int16_t(diagnostics[number])); },
+        name, [this, number] { return std::to_string(static_cast<std::int16_t>(diagnostics[number])); },
         [this, number](const std::string& text) {
-            diagnostics[number] = std::uint16_t(parseNumber(text, INT16_MIN, INT16_MAX));
+            diagnostics[number] = static_cast<std::uint16_t>(parseNumber(text, INT16_MIN, INT16_MAX));
             if (number == kBoardTemperature)
-                followTemperature(std::int16_t(diagnostics[number]));
+                followTemperature(static_cast<std::int16_t>(diagnostics[number]));
         },
         help);
 }
 
 void Supervisor::followTemperature(std::int16_t celsius)
 {
-    const auto lowest = std::int16_t(diagnostics[kLowest]);
-    const auto highest = std::int16_t(diagnostics[kHighest]);
-    diagnostics[kLowest] = std::uint16_t(std::min(lowest, celsius));
-    diagnostics[kHighest] = std::uint16_t(std::max(highest, celsius));
+    const auto lowest = static_cast<std::int16_t>(diagnostics[kLowest]);
+    const auto highest = static_cast<std::int16_t>(diagnostics[kHighest]);
+    diagnostics[kLowest] = static_cast<std::uint16_t>(std::min(lowest, celsius));
+    diagnostics[kHighest] = static_cast<std::uint16_t>(std::max(highest, celsius));
 }
 
 void Supervisor::describeActions()
@@ -267,7 +268,7 @@ void Supervisor::request(Requester requester, std::uint16_t action, Reason reaso
         return;
     action_ = action;
     reason_ = reason;
-    power[kTransition] = std::uint16_t(std::uint16_t(requester) + action - 1);
+    power[kTransition] = static_cast<std::uint16_t>(static_cast<std::uint16_t>(requester) + action - 1);
     timer_ = unit_.clock().after(kPatience, [this] { carryOut(); });
 }
 
@@ -313,11 +314,11 @@ void Supervisor::start(Reason reason)
 
 void Supervisor::startWhenWarm()
 {
-    const auto celsius = std::int16_t(diagnostics[kBoardTemperature]);
+    const auto celsius = static_cast<std::int16_t>(diagnostics[kBoardTemperature]);
     if (celsius < configuration.heatingCelsius()) {
         enter(State::Heating);
         timer_ = unit_.clock().after(kOneDegree, [this] {
-            diagnostics[kBoardTemperature] = std::uint16_t(diagnostics[kBoardTemperature] + 1);
+            diagnostics[kBoardTemperature] = static_cast<std::uint16_t>(diagnostics[kBoardTemperature] + 1);
             startWhenWarm();
         });
         return;

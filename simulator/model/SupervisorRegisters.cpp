@@ -19,11 +19,11 @@ SupervisorRegisters::SupervisorRegisters(Unit& unit, const std::string& path, Ow
         if (!isThere())
             return -EIO;
         request.put16(0, request.u16(0));
-        request.put16(2, read(std::uint8_t(request.u16(0))));
+        request.put16(2, read(static_cast<std::uint8_t>(request.u16(0))));
         return 0;
     });
     node_.request(kPutRegister, Takes{4}, Gives{0}, [this, isThere](Request& request) {
-        return isThere() ? write(std::uint8_t(request.u16(0)), request.u16(2)) : -EIO;
+        return isThere() ? write(static_cast<std::uint8_t>(request.u16(0)), request.u16(2)) : -EIO;
     });
 }
 

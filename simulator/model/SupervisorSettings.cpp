@@ -77,7 +77,7 @@ double SupervisorSettings::startupVolts() const
 
 int SupervisorSettings::heatingCelsius() const
 {
-    return int(read(HeatingLimit)) - 56;
+    return static_cast<int>(read(HeatingLimit)) - 56;
 }
 
 } // namespace hxsim

@@ -24,7 +24,7 @@ constexpr Time kHoldToSwitchOff = 2000ms;
 
 std::uint8_t bit(unsigned pin, bool high)
 {
-    return std::uint8_t(high ? 1U << pin : 0U);
+    return static_cast<std::uint8_t>(high ? 1U << pin : 0U);
 }
 
 } // namespace
@@ -89,7 +89,8 @@ bool TelematicsBoard::wlanRuns() const
 std::uint8_t TelematicsBoard::inputs() const
 {
     const unsigned auxiliary = bit(kWlanAuxiliary, true); // pulled up while not driven
-    return std::uint8_t(bit(kGsmStatus, hasStatusLine() && gsmOn) | bit(kAntennaShort, antennaShort) | auxiliary);
+    return static_cast<std::uint8_t>(bit(kGsmStatus, hasStatusLine() && gsmOn) | bit(kAntennaShort, antennaShort) |
+                                     auxiliary);
 }
 
 void TelematicsBoard::follow(Time now)

@@ -95,9 +95,9 @@ std::string quoted(std::span<const std::uint8_t> bytes)
         if (byte == '\n')
             text += "\\n";
         else if (byte == '"' || byte == '\\')
-            (text += '\\') += char(byte);
+            (text += '\\') += static_cast<char>(byte);
         else if (byte >= 0x20 && byte < 0x7F)
-            text += char(byte);
+            text += static_cast<char>(byte);
         else
             ((text += "\\x") += kDigits[byte >> 4]) += kDigits[byte & 0xF];
     }
@@ -166,7 +166,7 @@ int parseErrno(std::string_view text)
     const std::string_view digits = text.starts_with('E') ? text.substr(1) : text;
     if (digits.empty() || digits.find_first_not_of("0123456789") != std::string_view::npos)
         throw BadText{"there is no errno '" + std::string{text} + "'" + suggestion(std::string{text}, names)};
-    return int(parseNumber(digits, 1, 4095));
+    return static_cast<int>(parseNumber(digits, 1, 4095));
 }
 
 std::string openAction(int flags)

@@ -103,8 +103,8 @@ void TouchController::describeRegisters()
                            "register of the touch controller", range);
         registers.limit(setting.number, range);
     }
-    registers.onRead(kPoint, [this] { return std::uint16_t(taken << 8 | awaited); });
-    registers.onWrite(kPoint, [this](std::uint16_t value) { return await(std::uint8_t(value)); });
+    registers.onRead(kPoint, [this] { return static_cast<std::uint16_t>(taken << 8 | awaited); });
+    registers.onWrite(kPoint, [this](std::uint16_t value) { return await(static_cast<std::uint8_t>(value)); });
 }
 
 int TouchController::begin(std::uint8_t mode)
@@ -166,7 +166,7 @@ void TouchController::placeFinger(const std::string& text)
     const bool follows = text == "follow";
     const bool away = follows || text == "none";
     const std::optional<std::uint8_t> point =
-        away ? std::nullopt : std::optional{std::uint8_t(parseNumber(text, 0, 255))};
+        away ? std::nullopt : std::optional{static_cast<std::uint8_t>(parseNumber(text, 0, 255))};
     finger = point;
     fingerFollows = follows;
     look();

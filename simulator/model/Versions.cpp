@@ -31,7 +31,7 @@ Versions::Version parsed(std::string text)
         throw BadText{"a version has four numbers"};
     Versions::Version version;
     for (std::size_t i = 0; i < 4; ++i)
-        version[i] = std::uint8_t(parseNumber(parts[i], 0, 255));
+        version[i] = static_cast<std::uint8_t>(parseNumber(parts[i], 0, 255));
     return version;
 }
 

@@ -188,8 +188,8 @@ void VideoInput::setStandard(const std::string& name)
     const auto found = std::find_if(kStandards.begin(), kStandards.end(),
                                     [&name](const Standard& known) { return known.name == name; });
     const bool known = found != kStandards.end();
-    const auto number = known ? found->number : std::uint8_t(parseNumber(name, 0, 7));
-    decoder[kStandardRegister] = std::uint8_t(number << 1 | kLocked);
+    const auto number = known ? found->number : static_cast<std::uint8_t>(parseNumber(name, 0, 7));
+    decoder[kStandardRegister] = static_cast<std::uint8_t>(number << 1 | kLocked);
     if (known) {
         rawSize = {found->width, found->height};
         rawQuarters = found->picturesQuarters;

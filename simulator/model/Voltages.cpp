@@ -36,7 +36,7 @@ std::uint16_t countsOf(double volts, double divider)
     const double counts = std::round(volts / divider / kVoltsPerCount);
     if (counts < 0 || counts > kMostCounts)
         throw BadText{"the converter measures 0 to " + voltsOf(kMostCounts, divider) + " volts here"};
-    return std::uint16_t(counts);
+    return static_cast<std::uint16_t>(counts);
 }
 
 } // namespace

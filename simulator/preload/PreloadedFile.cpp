@@ -102,7 +102,7 @@ std::optional<Node::Shape> PreloadedFile::shape(std::uint32_t request)
     const std::int64_t takes = exchange(question, {}, {}, answer);
     std::optional<Node::Shape> shape;
     if (takes >= 0)
-        shape = Node::Shape{std::size_t(takes), std::size_t(answer.other)};
+        shape = Node::Shape{static_cast<std::size_t>(takes), static_cast<std::size_t>(answer.other)};
     const std::lock_guard guard{link_.connections()};
     shapes_[request] = shape;
     return shape;
@@ -118,7 +118,7 @@ std::int64_t PreloadedFile::ioctl(std::uint32_t request, Bytes in, Space out)
 std::int64_t PreloadedFile::read(Space out, bool nonblocking)
 {
     const Space space = out.first(std::min(out.size(), std::size_t{65536}));
-    wire::Head question = PreloadedLink::head(wire::Kind::Read, std::int64_t(space.size()));
+    wire::Head question = PreloadedLink::head(wire::Kind::Read, static_cast<std::int64_t>(space.size()));
     question.other = nonblocking ? 1 : 0;
     return exchange(question, {}, space);
 }
@@ -150,7 +150,8 @@ std::optional<termios> PreloadedFile::terminal()
 {
     std::uint8_t bytes[sizeof(termios)];
     const std::int64_t size = exchange(PreloadedLink::head(wire::Kind::GetTerminal), {}, bytes);
-    return terminalFrom({bytes, size > 0 && std::size_t(size) <= sizeof bytes ? std::size_t(size) : 0});
+    return terminalFrom(
+        {bytes, size > 0 && static_cast<std::size_t>(size) <= sizeof bytes ? static_cast<std::size_t>(size) : 0});
 }
 
 void PreloadedFile::flush(bool input, bool output)
@@ -160,7 +161,7 @@ void PreloadedFile::flush(bool input, bool output)
 
 int PreloadedFile::drain()
 {
-    return int(exchange(PreloadedLink::head(wire::Kind::Drain)));
+    return static_cast<int>(exchange(PreloadedLink::head(wire::Kind::Drain)));
 }
 
 bool PreloadedFile::readable()

@@ -29,7 +29,7 @@ timespec timespecOf(std::int64_t nanoseconds)
 {
     timespec time{};
     time.tv_sec = time_t(nanoseconds / kNanosecondsPerSecond);
-    time.tv_nsec = long(nanoseconds % kNanosecondsPerSecond);
+    time.tv_nsec = static_cast<long>(nanoseconds % kNanosecondsPerSecond);
     return time;
 }
 
@@ -174,7 +174,8 @@ std::optional<Link::Adopted> PreloadedLink::adopt(int fd)
     Packet answer;
     if (name.empty() || !control(head(wire::Kind::Which), bytesOf(name), &answer) || answer.head.value != 0)
         return std::nullopt;
-    return Adopted{answer.text(), int(answer.head.other), std::make_shared<PreloadedFile>(*this, answer.head.file)};
+    return Adopted{answer.text(), static_cast<int>(answer.head.other),
+                   std::make_shared<PreloadedFile>(*this, answer.head.file)};
 }
 
 bool PreloadedLink::exchangeSeparately(const wire::Head& question, Bytes bytes, Packet* answer)
@@ -274,7 +275,7 @@ Link::Opened PreloadedLink::open(const std::string& path, int flags)
         return {unreachable(-fd), nullptr};
     Packet answer;
     const int result = exchange(fd, head(wire::Kind::Open, flags), bytesOf(name + '\0' + path), answer)
-                           ? int(answer.head.value)
+                           ? static_cast<int>(answer.head.value)
                            : unreachable(ECONNRESET);
     if (result < 0) {
         HXSIM_REAL(close)(fd);
@@ -286,7 +287,9 @@ Link::Opened PreloadedLink::open(const std::string& path, int flags)
 int PreloadedLink::fault(const std::string& subject, const std::string& call)
 {
     Packet answer;
-    return control(head(wire::Kind::Fault), bytesOf(subject + '\0' + call), &answer) ? int(answer.head.value) : 0;
+    return control(head(wire::Kind::Fault), bytesOf(subject + '\0' + call), &answer)
+               ? static_cast<int>(answer.head.value)
+               : 0;
 }
 
 void PreloadedLink::note(const std::string& subject, const std::string& action, int error, Bytes in)
@@ -302,7 +305,8 @@ int PreloadedLink::sleep(std::int64_t nanoseconds, std::int64_t* rest)
     timespec left{};
     const int error = HXSIM_REAL(clock_nanosleep)(CLOCK_MONOTONIC, 0, &time, &left);
     if (error == EINTR && rest != nullptr)
-        *rest = std::int64_t(double(left.tv_sec * kNanosecondsPerSecond + left.tv_nsec) * scale_);
+        *rest =
+            static_cast<std::int64_t>(static_cast<double>(left.tv_sec * kNanosecondsPerSecond + left.tv_nsec) * scale_);
     return -error;
 }
 

@@ -58,7 +58,7 @@ private:
     [[nodiscard]] std::set<std::string> absentNames();
     [[nodiscard]] std::int64_t real(std::int64_t nanoseconds) const
     {
-        return std::int64_t(double(nanoseconds) / scale_);
+        return static_cast<std::int64_t>(static_cast<double>(nanoseconds) / scale_);
     }
 
     std::string folder_;

@@ -120,8 +120,8 @@ Received receivePacket(int fd, wire::Head& head, std::span<std::uint8_t> bytes, 
     message.msg_iovlen = 2;
     for (;;) {
         const ssize_t got = HXSIM_REAL(recvmsg)(fd, &message, 0);
-        if (got >= ssize_t(sizeof head)) {
-            size = std::size_t(got) - sizeof head;
+        if (got >= static_cast<ssize_t>(sizeof head)) {
+            size = static_cast<std::size_t>(got) - sizeof head;
             return Received::Packet;
         }
         if (got < 0 && errno == EAGAIN)
@@ -141,7 +141,7 @@ bool comesInTime(int fd, int seconds)
     pollfd watched{fd, POLLIN, 0};
     for (;;) {
         const std::int64_t left = until - millisecondsNow();
-        const int ready = HXSIM_REAL(poll)(&watched, 1, int(std::max<std::int64_t>(left, 0)));
+        const int ready = HXSIM_REAL(poll)(&watched, 1, static_cast<int>(std::max<std::int64_t>(left, 0)));
         if (ready > 0)
             return true;
         if (ready < 0 && errno != EINTR)

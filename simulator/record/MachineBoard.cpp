@@ -85,7 +85,7 @@ jida::Reply MachineBoard::carryOut(const jida::Call& call, std::span<std::uint8_
     case Function::BoardOpenA: {
         unsigned long handle = 0;
         const std::uint32_t good = invoke("JidaBoardOpenA", name, first, wide(call.arguments[1]), &handle);
-        return {good, {std::uint32_t(handle), 0}};
+        return {good, {static_cast<std::uint32_t>(handle), 0}};
     }
     case Function::BoardClose:
         return {invoke("JidaBoardClose", wide(call.board)), {}};
@@ -108,7 +108,7 @@ jida::Reply MachineBoard::temperature(const jida::Call& call) const
         unsigned long milliCelsius = 0;
         unsigned long status = 0;
         const std::uint32_t good = invoke("JidaTemperatureGetCurrent", board, index, &milliCelsius, &status);
-        return {good, {std::uint32_t(milliCelsius), std::uint32_t(status)}};
+        return {good, {static_cast<std::uint32_t>(milliCelsius), static_cast<std::uint32_t>(status)}};
     }
     std::array<std::uint32_t, 64> information{call.arguments[1]}; // its size comes first, then the type
     if (information[0] > sizeof information)

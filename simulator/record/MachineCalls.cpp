@@ -91,9 +91,9 @@ Outcome readSerial(MachineFile& file, std::span<std::uint8_t> out, Time started,
         return Outcome::notBefore(now + kPause);
     const std::size_t given = std::min(file.arrived.size(), out.size());
     std::copy_n(file.arrived.begin(), given, out.begin());
-    file.arrived.erase(file.arrived.begin(), file.arrived.begin() + std::ptrdiff_t(given));
+    file.arrived.erase(file.arrived.begin(), file.arrived.begin() + static_cast<std::ptrdiff_t>(given));
     file.lastArrival.reset();
-    return {std::int64_t(given), false, {}};
+    return {static_cast<std::int64_t>(given), false, {}};
 }
 
 } // namespace
@@ -164,7 +164,7 @@ Outcome MachineCalls::answerRead(Caller /*caller*/, OpenFile& file, std::span<st
     }
     const std::size_t count = std::min(open.arrived.size(), out.size());
     std::copy_n(open.arrived.begin(), count, out.begin());
-    return {std::int64_t(count), false, {}};
+    return {static_cast<std::int64_t>(count), false, {}};
 }
 
 Outcome MachineCalls::answerWrite(Caller /*caller*/, OpenFile& file, std::span<const std::uint8_t> in)
@@ -173,7 +173,7 @@ Outcome MachineCalls::answerWrite(Caller /*caller*/, OpenFile& file, std::span<c
     if (!isBoard(file.node))
         return {resultOf(::write(open.descriptor, in.data(), in.size())), false, {}};
     open.arrived = board_.call(in);
-    return {open.arrived.empty() ? -EINVAL : std::int64_t(in.size()), false, {}};
+    return {open.arrived.empty() ? -EINVAL : static_cast<std::int64_t>(in.size()), false, {}};
 }
 
 void MachineCalls::setLine(OpenFile& file, const LineSettings& settings)

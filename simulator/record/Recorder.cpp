@@ -53,7 +53,7 @@ void Recorder::add(const Entry& entry, std::int64_t result)
     auto thread = std::ranges::find(process.threads, entry.caller.thread);
     if (thread == process.threads.end())
         thread = process.threads.insert(thread, entry.caller.thread);
-    const int number = int(thread - process.threads.begin()) + 1;
+    const int number = static_cast<int>(thread - process.threads.begin()) + 1;
     const RecordedCall call{.process = process.number, .thread = number, .entry = entry, .result = result, .line = 0};
     file_ << call.lineText() << '\n' << std::flush; // a killed unit keeps its recording so far
     ++count_;
@@ -62,7 +62,7 @@ void Recorder::add(const Entry& entry, std::int64_t result)
 bool Recorder::finish()
 {
     file_.close();
-    return bool(file_);
+    return static_cast<bool>(file_);
 }
 
 } // namespace hxsim

@@ -75,7 +75,7 @@ public:
 private:
     [[nodiscard]] std::uint8_t pair() const
     {
-        return std::uint8_t(parseNumber("0x" + std::string{rest_.substr(0, 2)}, 0, 0xFF));
+        return static_cast<std::uint8_t>(parseNumber("0x" + std::string{rest_.substr(0, 2)}, 0, 0xFF));
     }
     Bytes pairs()
     {
@@ -100,7 +100,7 @@ private:
                 rest_.remove_prefix(2);
             } else {
                 (void)skip("\\");
-                bytes.push_back(std::uint8_t(rest_.empty() ? 0 : rest_[0]));
+                bytes.push_back(static_cast<std::uint8_t>(rest_.empty() ? 0 : rest_[0]));
                 rest_.remove_prefix(rest_.empty() ? 0 : 1);
             }
         }
@@ -114,8 +114,8 @@ private:
 std::int64_t usualResult(const Entry& entry)
 {
     if (entry.kind == Entry::Kind::Read)
-        return std::int64_t(entry.out.size());
-    return entry.kind == Entry::Kind::Write ? std::int64_t(entry.in.size()) : 0;
+        return static_cast<std::int64_t>(entry.out.size());
+    return entry.kind == Entry::Kind::Write ? static_cast<std::int64_t>(entry.in.size()) : 0;
 }
 
 Entry::Kind kindOf(const std::string& action)
@@ -149,7 +149,7 @@ void parseCall(Cursor& cursor, RecordedCall& call)
     else if (entry.kind = kindOf(entry.action); entry.kind == Entry::Kind::Other)
         throw BadText{"there is no call '" + entry.action + "'"};
     if (entry.kind == Entry::Kind::Ioctl)
-        entry.request = std::uint32_t(parseNumber(entry.action, 0, 0xFFFFFFFF));
+        entry.request = static_cast<std::uint32_t>(parseNumber(entry.action, 0, 0xFFFFFFFF));
     if (entry.kind != Entry::Kind::Other && entry.subject == kBoardLibrary)
         entry.subject = jida::kNode;
     parseBytes(cursor, ": ", entry, entry.in);
@@ -169,14 +169,14 @@ void checkBytes(const Unit& unit, const RecordedCall& call)
     const Entry& entry = call.entry;
     if (entry.in.size() > kMostBytes || entry.out.size() > kMostBytes)
         throw BadText{"more than " + std::to_string(kMostBytes) + " bytes in one call"};
-    const std::size_t requested =
-        entry.kind == Entry::Kind::Read
-            ? std::size_t(parseNumber(std::string_view{entry.action}.substr(sizeof "read " - 1), 0, INT32_MAX))
-            : kMostBytes;
+    const std::size_t requested = entry.kind == Entry::Kind::Read
+                                      ? static_cast<std::size_t>(parseNumber(
+                                            std::string_view{entry.action}.substr(sizeof "read " - 1), 0, INT32_MAX))
+                                      : kMostBytes;
     if (entry.out.size() > requested ||
-        (entry.kind == Entry::Kind::Read && call.result > std::int64_t(entry.out.size())))
+        (entry.kind == Entry::Kind::Read && call.result > static_cast<std::int64_t>(entry.out.size())))
         throw BadText{"the read returns more than the program requested"};
-    if (entry.kind == Entry::Kind::Write && call.result > std::int64_t(entry.in.size()))
+    if (entry.kind == Entry::Kind::Write && call.result > static_cast<std::int64_t>(entry.in.size()))
         throw BadText{"the write takes more than the program gave"};
     const bool isKnown =
         entry.kind != Entry::Kind::Ioctl || unit.nodes().at(entry.subject).shape(entry.request) != nullptr;
@@ -214,13 +214,13 @@ RecordedCall parseCallLine(std::string_view text)
 {
     Cursor cursor{text};
     RecordedCall call;
-    call.process = int(parseNumber(cursor.until("."), 1, INT32_MAX));
+    call.process = static_cast<int>(parseNumber(cursor.until("."), 1, INT32_MAX));
     if (!cursor.skip("."))
         throw BadText{"missing PROCESS.THREAD"};
-    call.thread = int(parseNumber(cursor.word(), 1, INT32_MAX));
+    call.thread = static_cast<int>(parseNumber(cursor.word(), 1, INT32_MAX));
     const std::chrono::duration<double> seconds{parseReal(cursor.word())};
     if (!(seconds.count() >= 0 && seconds.count() < kLongestSeconds))
-        throw BadText{"the time is outside 0 to " + std::to_string(int(kLongestSeconds)) + " seconds"};
+        throw BadText{"the time is outside 0 to " + std::to_string(static_cast<int>(kLongestSeconds)) + " seconds"};
     call.entry.time = std::chrono::duration_cast<Time>(seconds);
     parseCall(cursor, call);
     return call;
@@ -280,7 +280,7 @@ std::string RecordedCall::text() const
         text += " -> " + shown(entry.out);
     if (result >= 0 && result != usualResult(entry))
         text += " = " + std::to_string(result);
-    return result < 0 ? text + " !" + errnoName(int(-result)) : text;
+    return result < 0 ? text + " !" + errnoName(static_cast<int>(-result)) : text;
 }
 
 std::string RecordedCall::lineText() const

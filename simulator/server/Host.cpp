@@ -89,7 +89,7 @@ Host::~Host()
 Time Host::modelNow() const
 {
     const std::chrono::duration<double, std::nano> real = std::chrono::steady_clock::now() - start_;
-    return Time{std::int64_t(real.count() * scale_)};
+    return Time{static_cast<std::int64_t>(real.count() * scale_)};
 }
 
 void Host::advance()
@@ -107,15 +107,15 @@ std::optional<timespec> Host::timeToNextDeadline()
         if (connection.read && connection.read->wakeAt && (!next || *connection.read->wakeAt < *next))
             next = connection.read->wakeAt;
     // Any process of the machine may have freed a descriptor.
-    const auto nextLook = modelNow() + Time{std::int64_t(kAcceptAgainNanoseconds * scale_)};
+    const auto nextLook = modelNow() + Time{static_cast<std::int64_t>(kAcceptAgainNanoseconds * scale_)};
     if (full_ && (!next || nextLook < *next))
         next = nextLook;
     if (!next)
         return std::nullopt;
     // To the nanosecond: a bus transfer ends when it ends, not at the next millisecond.
-    const double real = std::clamp(double((*next - modelNow()).count()) / scale_, 0.0, 60e9);
-    const auto nanoseconds = std::int64_t(std::ceil(real));
-    return timespec{time_t(nanoseconds / 1'000'000'000), long(nanoseconds % 1'000'000'000)};
+    const double real = std::clamp(static_cast<double>((*next - modelNow()).count()) / scale_, 0.0, 60e9);
+    const auto nanoseconds = static_cast<std::int64_t>(std::ceil(real));
+    return timespec{time_t(nanoseconds / 1'000'000'000), static_cast<long>(nanoseconds % 1'000'000'000)};
 }
 
 void Host::run(int alsoWatched, const std::function<bool()>& seen)
@@ -166,7 +166,7 @@ void Host::receive(int fd)
         return; // an announced message may have been consumed meanwhile
     if (size > wire::kLargestPacket)
         return drop(fd); // not a program of this unit
-    packet.bytes.assign(buffer_.begin(), buffer_.begin() + std::ptrdiff_t(size));
+    packet.bytes.assign(buffer_.begin(), buffer_.begin() + static_cast<std::ptrdiff_t>(size));
     handleGuarded(found->second, packet);
 }
 
@@ -253,7 +253,7 @@ void Host::handleControl(Connection& connection, const Packet& packet)
     case wire::Kind::Note: {
         const std::vector<std::string> parts = split(packet.text(), 3);
         if (parts.size() == 3)
-            calls_->note(callerOf(packet), parts[0], parts[1], bytesOf(parts[2]), int(packet.head.value));
+            calls_->note(callerOf(packet), parts[0], parts[1], bytesOf(parts[2]), static_cast<int>(packet.head.value));
         return;
     }
     default: {
@@ -295,7 +295,7 @@ void Host::handleFile(Connection& connection, const Packet& packet)
     case wire::Kind::SetTerminal:
         return setTerminal(connection, packet);
     case wire::Kind::GetTerminal:
-        return answer(connection, std::int64_t(file.node.terminal.size()), file.node.terminal);
+        return answer(connection, static_cast<std::int64_t>(file.node.terminal.size()), file.node.terminal);
     case wire::Kind::Flush:
         calls_->flush(file, (packet.head.value & 1) != 0, (packet.head.value & 2) != 0);
         return answer(connection, 0);
@@ -335,7 +335,7 @@ void Host::open(Connection& connection, const Packet& packet)
     const std::vector<std::string> parts = split(packet.text(), 2);
     if (parts.size() != 2 || connection.opened != nullptr)
         return answer(connection, -EINVAL);
-    Calls::Opened opened = calls_->open(callerOf(packet), parts[1], int(packet.head.value));
+    Calls::Opened opened = calls_->open(callerOf(packet), parts[1], static_cast<int>(packet.head.value));
     if (opened.file == nullptr)
         return answer(connection, -opened.error);
     connection.name = parts[0];
@@ -376,7 +376,7 @@ void Host::shape(Connection& connection, const Packet& packet)
     const std::optional<Node::Shape> shape = calls_->shape(*connection.file->open, packet.head.request);
     if (!shape)
         return answer(connection, -1);
-    answer(connection, std::int64_t(shape->takes), {}, std::int64_t(shape->gives));
+    answer(connection, static_cast<std::int64_t>(shape->takes), {}, static_cast<std::int64_t>(shape->gives));
 }
 
 void Host::ioctl(Connection& connection, const Packet& packet)
@@ -392,7 +392,7 @@ void Host::read(Connection& connection, const Packet& packet)
 {
     if (packet.head.value < 0)
         return answer(connection, -EINVAL);
-    const std::size_t size = std::min(std::size_t(packet.head.value), kMostRead);
+    const std::size_t size = std::min(static_cast<std::size_t>(packet.head.value), kMostRead);
     connection.read = WaitingRead{callerOf(packet), size, unit_.clock().now(), {}};
     if (tryRead(connection, true))
         return;
@@ -413,8 +413,8 @@ bool Host::tryRead(Connection& connection, bool first)
         return false;
     }
     connection.read.reset();
-    const std::int64_t count = std::clamp<std::int64_t>(outcome.result, 0, std::int64_t(out.size()));
-    answer(connection, outcome.result, std::span{out}.first(std::size_t(count)));
+    const std::int64_t count = std::clamp<std::int64_t>(outcome.result, 0, static_cast<std::int64_t>(out.size()));
+    answer(connection, outcome.result, std::span{out}.first(static_cast<std::size_t>(count)));
     return true;
 }
 

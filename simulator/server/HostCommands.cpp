@@ -62,7 +62,7 @@ CommandResult listProperties(Host& host, int, const Words& words)
     std::string text;
     Json all = Json::object();
     for (const auto& [name, property] : host.unit().properties().all()) {
-        all[name] = {{"value", property.get()}, {"help", property.help}, {"writable", bool(property.set)}};
+        all[name] = {{"value", property.get()}, {"help", property.help}, {"writable", static_cast<bool>(property.set)}};
         text += name + " = " + property.get() + "    # " + property.help + (property.set ? "" : " (read only)") + '\n';
     }
     return {true, wantsJson(words) ? written(all, 2) + '\n' : text};
@@ -200,7 +200,7 @@ CommandResult record(Host& host, int connection, const Words& words)
 {
     if (words.size() != 3)
         throw BadText{"missing argument: a file and a process"};
-    host.record(connection, words[1], int(parseNumber(words[2], 1, INT32_MAX)));
+    host.record(connection, words[1], static_cast<int>(parseNumber(words[2], 1, INT32_MAX)));
     return {};
 }
 

@@ -60,7 +60,7 @@ std::string contentOf(const std::string& path)
     checkPlain(path, found);
     if (found.st_size > kLargest)
         throw BadText{path + " is larger than 64 MiB"};
-    std::string content(std::size_t(found.st_size) + 1, '\0'); // a growing file is truncated
+    std::string content(static_cast<std::size_t>(found.st_size) + 1, '\0'); // a growing file is truncated
     std::size_t size = 0;
     for (;;) {
         const ssize_t got = ::read(descriptor.get(), content.data() + size, content.size() - size);
@@ -68,7 +68,7 @@ std::string contentOf(const std::string& path)
             continue;
         if (got < 0)
             throw BadText{"cannot read " + path};
-        size += std::size_t(got);
+        size += static_cast<std::size_t>(got);
         if (got == 0 || size == content.size())
             break;
     }

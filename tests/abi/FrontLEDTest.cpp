@@ -12,7 +12,7 @@ void slot(unsigned number, std::vector<Exchange> expected, Arguments... argument
 }
 
 const Exchange kTiming = local(0x80040042, "00000000"_hex, "0a0b0c0d"_hex);
-const Exchange kColour = local(0x80030044, "000000"_hex, "000f00"_hex);
+const Exchange kColor = local(0x80030044, "000000"_hex, "000f00"_hex);
 
 Exchange timing(const Bytes& bytes)
 {
@@ -36,9 +36,9 @@ TEST(FrontLEDSlots, ReadInTheirOrder)
     EXPECT_EQ(first.bytes[0], 0x0C);
     slot(4, {kTiming}, &first);
     EXPECT_EQ(first.bytes[0], 0x0D);
-    slot(5, {kColour}, &first, &second, &third);
+    slot(5, {kColor}, &first, &second, &third);
     EXPECT_EQ(second.bytes[0], 0x0F);
-    slot(6, {kColour}, &first);
+    slot(6, {kColor}, &first);
     EXPECT_EQ(first.bytes[0], 1);
     slot(7, {local(0x80010046, "00"_hex, "01"_hex)}, &first);
 }

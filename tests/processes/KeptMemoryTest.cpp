@@ -9,28 +9,12 @@
 #include <gtest/gtest.h>
 
 #include "testing/Process.h"
+#include "testing/TemporaryFolder.h"
 
 namespace {
 
-/// A private directory of this test.
-class KeptFolder {
-public:
-    KeptFolder()
-    {
-        char pattern[] = "/tmp/hx-kept-XXXXXX";
-        path_ = mkdtemp(pattern);
-    }
-    ~KeptFolder() { std::filesystem::remove_all(path_); }
-    KeptFolder(const KeptFolder&) = delete;
-    KeptFolder& operator=(const KeptFolder&) = delete;
-    [[nodiscard]] const std::string& path() const { return path_; }
-
-private:
-    std::string path_;
-};
-
 /// Runs hxaux on a private unit whose memories are kept in the directory.
-std::string hxauxOn(const KeptFolder& folder, const std::vector<std::string>& words)
+std::string hxauxOn(const TemporaryFolder& folder, const std::vector<std::string>& words)
 {
     std::vector<std::string> command{HXSIM_PROGRAM, "run",         "--scale", "10",
                                      "--keep",      folder.path(), "--",      HXAUX_PROGRAM};
@@ -40,7 +24,7 @@ std::string hxauxOn(const KeptFolder& folder, const std::vector<std::string>& wo
 
 TEST(KeptMemory, OutlastsTheUnit)
 {
-    const KeptFolder folder;
+    const TemporaryFolder folder;
     ASSERT_EQ(hxauxOn(folder, {"eeprom", "set", "UNIT_SERIAL", "kept"}), "");
 
     EXPECT_EQ(hxauxOn(folder, {"eeprom", "get", "UNIT_SERIAL"}), "UNIT_SERIAL: kept\n");
@@ -48,7 +32,7 @@ TEST(KeptMemory, OutlastsTheUnit)
 
 TEST(KeptMemory, OutlastsAUnitThatIsKilled)
 {
-    const KeptFolder folder;
+    const TemporaryFolder folder;
     const std::string name = "kept-" + std::to_string(getpid());
     ASSERT_EQ((Process{{HXSIM_PROGRAM, "start", "--keep", folder.path(), name}}.status()), 0);
     (void)Process{{HXSIM_PROGRAM, "do", "--unit", name, "production", "main", "UNIT_SERIAL", "survivor"}}.status();
@@ -64,7 +48,7 @@ TEST(KeptMemory, OutlastsAUnitThatIsKilled)
 
 TEST(KeptMemory, RefusesAFileOfAnotherSize)
 {
-    const KeptFolder folder;
+    const TemporaryFolder folder;
     std::ofstream{folder.path() + "/eeprom-main.bin"} << "short";
 
     EXPECT_NE(hxauxOn(folder, {"eeprom", "get", "UNIT_SERIAL"}).find("does not have the size of this memory"),

@@ -2,6 +2,7 @@
 // Upgrades through the shared library and the command line tool, on a unit that several processes share.
 #include "testing/FirmwareTexts.h"
 #include "testing/Process.h"
+#include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -25,37 +26,22 @@ constexpr int kQuick = 200;
 /// Firmware files of this test.
 class Files {
 public:
-    Files()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "hx-upgrade-XXXXXX").string();
-        path_ = mkdtemp(name.data());
-    }
-    ~Files() { std::filesystem::remove_all(path_); }
-    Files(const Files&) = delete;
-    Files& operator=(const Files&) = delete;
-
     [[nodiscard]] std::string supervisor(std::size_t size) const
     {
-        return file("ss.hex",
-                    firmware::intelHexOfSize(std::max<std::size_t>(150000, 3 * size), firmware::pattern(size)));
+        return folder_.file("ss.hex",
+                            firmware::intelHexOfSize(std::max<std::size_t>(150000, 3 * size), firmware::pattern(size)));
     }
     [[nodiscard]] std::string front(std::size_t size) const
     {
-        return file("front.hex", firmware::intelHexOfSize(90000, firmware::pattern(size)));
+        return folder_.file("front.hex", firmware::intelHexOfSize(90000, firmware::pattern(size)));
     }
     [[nodiscard]] std::string fpga(std::size_t size) const
     {
-        return file("fpga.mcs", firmware::mcs(firmware::pattern(size)));
+        return folder_.file("fpga.mcs", firmware::mcs(firmware::pattern(size)));
     }
 
 private:
-    [[nodiscard]] std::string file(const std::string& name, const std::string& text) const
-    {
-        std::ofstream{path_ / name, std::ios::binary} << text;
-        return path_ / name;
-    }
-
-    std::filesystem::path path_;
+    TemporaryFolder folder_;
 };
 
 /// Starts an upgrade that takes seconds, and waits until it writes.

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Signals of the application, every millisecond, change neither results nor stored data.
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -10,6 +8,7 @@
 
 #include "testing/FirmwareTexts.h"
 #include "testing/Process.h"
+#include "testing/TemporaryFolder.h"
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -24,22 +23,16 @@ public:
     {
         static int made = 0;
         name_ = "signals-" + std::to_string(getpid()) + '-' + std::to_string(++made);
-        std::string pattern = (std::filesystem::temp_directory_path() / "hx-signals-XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
-        std::ofstream{folder_ / "ss.hex"} << firmware::intelHexOfSize(95000, firmware::pattern(5000));
-        std::ofstream{folder_ / "front.hex"} << firmware::intelHexOfSize(50000, firmware::pattern(5000));
-        std::ofstream{folder_ / "fpga.mcs"} << firmware::mcs(firmware::pattern(4000));
+        (void)folder_.file("ss.hex", firmware::intelHexOfSize(95000, firmware::pattern(5000)));
+        (void)folder_.file("front.hex", firmware::intelHexOfSize(50000, firmware::pattern(5000)));
+        (void)folder_.file("fpga.mcs", firmware::mcs(firmware::pattern(4000)));
         std::vector<std::string> command{HXSIM_PROGRAM, "start", "--scale", "10"};
         for (const std::string& line : description)
             command.insert(command.end(), {"--set", line});
         command.push_back(name_);
         EXPECT_EQ(Process{command}.status(), 0);
     }
-    ~FastUnit()
-    {
-        (void)Process{{HXSIM_PROGRAM, "stop", name_}}.status();
-        std::filesystem::remove_all(folder_);
-    }
+    ~FastUnit() { (void)Process{{HXSIM_PROGRAM, "stop", name_}}.status(); }
     FastUnit(const FastUnit&) = delete;
     FastUnit& operator=(const FastUnit&) = delete;
 
@@ -50,7 +43,7 @@ public:
     [[nodiscard]] Result carryOut(const std::string& mode, const std::string& scene) const
     {
         Process program{{"/bin/sh", "-c",
-                         "cd '" + folder_.string() + "' && exec '" HXSIM_PROGRAM "' run --unit " + name_ +
+                         "cd '" + folder_.path() + "' && exec '" HXSIM_PROGRAM "' run --unit " + name_ +
                              " -- '" HXDISTURBED_PROGRAM "' " + mode + ' ' + scene + " 2>/dev/null"}};
         return {withoutInterruptedWaits(program.rest()), program.status()};
     }
@@ -78,7 +71,7 @@ private:
     }
 
     std::string name_;
-    std::filesystem::path folder_;
+    TemporaryFolder folder_;
 };
 
 struct Scene {

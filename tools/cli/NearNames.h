@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Suggestions for mistyped words.
-#ifndef HXAUX_NEAR_NAMES_H
-#define HXAUX_NEAR_NAMES_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -9,15 +8,13 @@
 
 namespace hxaux {
 
-// Edit distance: letters to change, insert, delete or swap to turn one word into the other.
+/// Edit distance: letters to change, insert, delete or swap to turn one word into the other.
 std::size_t editDistance(std::string_view from, std::string_view to);
 
-// The candidates closest to a word, closest first, at most three.
+/// The candidates closest to a word, closest first, at most three.
 std::vector<std::string> nearNames(std::string_view word, const std::vector<std::string>& candidates);
 
-// "; did you mean 'a' or 'b'?", or nothing.
+/// "; did you mean 'a' or 'b'?", or nothing.
 std::string suggestion(std::string_view word, const std::vector<std::string>& candidates);
 
 } // namespace hxaux
-
-#endif

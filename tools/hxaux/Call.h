@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // One run of a verb: its arguments and its report.
-#ifndef HXAUX_CALL_H
-#define HXAUX_CALL_H
+#pragma once
 
 #include "hx-aux/errors.h"
 #include "tools/hxaux/Arguments.h"
@@ -13,7 +12,7 @@
 
 namespace hxaux {
 
-// Ends a verb early; the report is complete by then.
+/// Ends a verb early; the report is complete by then.
 struct Stop {};
 
 class Call {
@@ -21,46 +20,46 @@ public:
     Call(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen,
          std::shared_ptr<void>& kept);
 
-    // The values; their ranges and names are already checked.
+    /// The values; their ranges and names are already checked.
     [[nodiscard]] bool has(std::string_view name) const { return arguments_.has(name); }
     [[nodiscard]] const std::string& text(std::string_view name) const { return arguments_.text(name); }
     [[nodiscard]] const std::vector<std::string>& texts(std::string_view name) const { return arguments_.texts(name); }
     [[nodiscard]] long long integer(std::string_view name) const { return arguments_.integer(name); }
     [[nodiscard]] double real(std::string_view name) const { return arguments_.real(name); }
-    // integer() or choice() as the type that an operation takes: call.as<unsigned char>("level").
+    /// integer() or choice() as the type that an operation takes: call.as<unsigned char>("level").
     template <typename Type>
     [[nodiscard]] Type as(std::string_view name) const
     {
         return static_cast<Type>(arguments_.integer(name));
     }
 
-    // Ends the verb with the code's text and status, unless it is success.
+    /// Ends the verb with the code's text and status, unless it is success.
     void check(Halvix::eErr code, const std::string& item = "");
-    // Records a failure of one item of several and continues; true on success.
+    /// Records a failure of one item of several and continues; true on success.
     bool attempt(const std::string& item, Halvix::eErr code);
-    // Ends the verb for a reason that the tool itself detected.
+    /// Ends the verb for a reason that the tool itself detected.
     [[noreturn]] void fail(Exit status, const std::string& text);
-    // Ends the verb with the code's text and a status that the caller knows better than the code alone says.
+    /// Ends the verb with the code's text and a status that the caller knows better than the code alone says.
     [[noreturn]] void fail(Exit status, const std::string& item, Halvix::eErr code);
-    // Records such a reason and continues.
+    /// Records such a reason and continues.
     void problem(Exit status, const std::string& item, const std::string& text);
 
     void print(const std::string& name, Value value, const std::string& unit = "");
-    void document(const std::string& name, const std::string& text); // a text of many lines, printed as it is
-    void
-    note(const std::string& text); // a sentence on standard error to the user: "request sent; the outcome is not known"
+    void document(const std::string& name, const std::string& text); ///< a text of many lines, printed as it is
+    void note(const std::string&
+                  text); ///< a sentence on standard error to the user: "request sent; the outcome is not known"
 
-    // For verbs that report more than one state: prints what was collected since the last call.
+    /// For verbs that report more than one state: prints what was collected since the last call.
     void show();
-    // The last of them; for the frame.
+    /// The last of them; for the frame.
     void end();
-    // Whether the output is interactive: progress bars and prompts are for terminals only.
+    /// Whether the output is interactive: progress bars and prompts are for terminals only.
     [[nodiscard]] bool onTerminal() const { return screen_.onTerminal(); }
     [[nodiscard]] bool asJson() const { return screen_.form() == Form::Json; }
     [[nodiscard]] Screen& screen() { return screen_; }
 
-    // State of a verb over all rounds of --watch: created from this call on first use, destroyed with the last
-    // round, before held signals take effect.
+    /// State of a verb over all rounds of --watch: created from this call on first use, destroyed with the last
+    /// round, before held signals take effect.
     template <typename Kind>
     Kind& kept()
     {
@@ -78,12 +77,10 @@ private:
     Screen& screen_;
     std::shared_ptr<void>& kept_;
     Report report_;
-    bool shown_ = false; // something was printed already
+    bool shown_ = false; ///< something was printed already
 };
 
-// The default status of an error code: 11 and 20 are busy, 14 a difference, 12 a bad file.
+/// The default status of an error code: 11 and 20 are busy, 14 a difference, 12 a bad file.
 Exit statusOf(Halvix::eErr code);
 
 } // namespace hxaux
-
-#endif

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Signals that end a wait of the library early instead of ending the tool.
-#ifndef HXAUX_CAUGHT_SIGNALS_H
-#define HXAUX_CAUGHT_SIGNALS_H
+#pragma once
 
 #include <array>
 #include <csignal>
 
 namespace hxaux {
 
-// While it lives, INT, TERM and HUP only interrupt a sleep: the library's call then returns cleanly, with its lock
-// released. Signals received take effect when the object ends, with the previous handlers. One exists at a time.
+/// While it lives, INT, TERM and HUP only interrupt a sleep: the library's call then returns cleanly, with its lock
+/// released. Signals received take effect when the object ends, with the previous handlers. One exists at a time.
 class CaughtSignals {
 public:
     CaughtSignals();
@@ -25,5 +24,3 @@ private:
 };
 
 } // namespace hxaux
-
-#endif

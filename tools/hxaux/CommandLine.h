@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // From the words of a command line to an exit status.
-#ifndef HXAUX_COMMAND_LINE_H
-#define HXAUX_COMMAND_LINE_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -11,5 +10,3 @@ namespace hxaux {
 int runCommandLine(const std::vector<std::string>& words);
 
 } // namespace hxaux
-
-#endif

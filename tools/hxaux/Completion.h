@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Candidates for the last word of an unfinished command line.
-#ifndef HXAUX_COMPLETION_H
-#define HXAUX_COMPLETION_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -14,9 +13,7 @@ struct Candidate {
     auto operator<=>(const Candidate&) const = default;
 };
 
-// The words behind "hxaux"; the last one is unfinished and may be empty. No candidate: any text, or a file's name.
+/// The words behind "hxaux"; the last one is unfinished and may be empty. No candidate: any text, or a file's name.
 std::vector<Candidate> candidates(const std::vector<std::string>& words);
 
 } // namespace hxaux
-
-#endif

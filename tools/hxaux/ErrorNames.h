@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The names of the unit's error codes as the headers spell them, for readers of JSON.
-#ifndef HXAUX_ERROR_NAMES_H
-#define HXAUX_ERROR_NAMES_H
+#pragma once
 
 #include <string>
 
 namespace hxaux {
 
-std::string errorName(int code); // the number as text for a code that has no name
+std::string errorName(int code); ///< the number as text for a code that has no name
 
 } // namespace hxaux
-
-#endif

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The texts of --help, made from the verb table.
-#ifndef HXAUX_HELP_H
-#define HXAUX_HELP_H
+#pragma once
 
 #include "tools/hxaux/Verb.h"
 
@@ -15,11 +14,9 @@ std::string toolHelp();
 std::string objectHelp(const Object& object);
 std::string verbHelp(const Object& object, const Verb& verb);
 
-// "level   0 to 255: how bright": an argument's explanation in one line, without its name.
+/// "level   0 to 255: how bright": an argument's explanation in one line, without its name.
 std::string explanation(const Argument& argument);
-// Every exit status and what it means.
+/// Every exit status and what it means.
 const std::vector<std::pair<int, const char*>>& exitMeanings();
 
 } // namespace hxaux
-
-#endif

@@ -1,20 +1,19 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Owns an interface object of the library and releases it.
-#ifndef HXAUX_INTERFACE_H
-#define HXAUX_INTERFACE_H
+#pragma once
 
 #include <new>
 
 namespace hxaux {
 
-// Interface<Halvix::Adc> adc(GetAdc());  adc->getVoltage(...);
+/// Interface<Halvix::Adc> adc(GetAdc());  adc->getVoltage(...);
 template <typename Kind>
 class Interface {
 public:
     explicit Interface(Kind* object) : object_(object)
     {
         if (object_ == nullptr)
-            throw std::bad_alloc(); // factories return null only when out of memory
+            throw std::bad_alloc(); ///< factories return null only when out of memory
     }
     ~Interface() { object_->Release(); }
     Interface(const Interface&) = delete;
@@ -28,5 +27,3 @@ private:
 };
 
 } // namespace hxaux
-
-#endif

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A file that exists only in this process.
-#ifndef HXAUX_MEMORYFILE_H
-#define HXAUX_MEMORYFILE_H
+#pragma once
 
 #include <string>
 
 namespace hxaux {
 
-// Holds a text that the library opens by name: the library reads what the tool has checked, even if the original file
-// changes.
+/// Holds a text that the library opens by name: the library reads what the tool has checked, even if the original file
+/// changes.
 class MemoryFile {
 public:
-    // Throws std::bad_alloc when out of memory.
+    /// Throws std::bad_alloc when out of memory.
     explicit MemoryFile(const std::string& text);
     ~MemoryFile();
     MemoryFile(const MemoryFile&) = delete;
@@ -24,5 +23,3 @@ private:
 };
 
 } // namespace hxaux
-
-#endif

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Maps an enumeration's values to names and back. A value without a name is printed and parsed as its number.
-#ifndef HXAUX_NAMES_H
-#define HXAUX_NAMES_H
+#pragma once
 
 #include <initializer_list>
 #include <optional>
@@ -22,7 +21,7 @@ public:
         return nameOfNumber(static_cast<long long>(value));
     }
 
-    // The value of a name, or of the number of a value that has a name.
+    /// The value of a name, or of the number of a value that has a name.
     [[nodiscard]] std::optional<long long> valueOf(std::string_view name) const;
     [[nodiscard]] std::vector<std::string> all() const;
 
@@ -32,7 +31,7 @@ private:
     std::vector<std::pair<long long, std::string_view>> rows_;
 };
 
-// namesOf<PowerAction>({{PowerActionNone, "none"}, ...}): the names of one enumeration.
+/// namesOf<PowerAction>({{PowerActionNone, "none"}, ...}): the names of one enumeration.
 template <typename Value>
 Names namesOf(std::initializer_list<std::pair<Value, std::string_view>> rows)
 {
@@ -42,13 +41,11 @@ Names namesOf(std::initializer_list<std::pair<Value, std::string_view>> rows)
     return Names(std::move(all));
 }
 
-// For all two-state settings.
+/// For all two-state settings.
 extern const Names kOnOff;
 
-// Parses a whole text as a number; nothing when it contains anything else.
+/// Parses a whole text as a number; nothing when it contains anything else.
 std::optional<long long> toInteger(std::string_view text);
 std::optional<double> toReal(std::string_view text);
 
 } // namespace hxaux
-
-#endif

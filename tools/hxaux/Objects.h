@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The whole verb table.
-#ifndef HXAUX_OBJECTS_H
-#define HXAUX_OBJECTS_H
+#pragma once
 
 #include "tools/hxaux/Verb.h"
 
@@ -17,15 +16,13 @@ namespace objects {
 #undef HXAUX_OBJECT
 } // namespace objects
 
-const std::vector<const Object*>& allObjects(); // sorted by name
+const std::vector<const Object*>& allObjects(); ///< sorted by name
 const Object* findObject(std::string_view name);
 
-// The verb with the longest name that the words begin with, and the number of its words; null when none matches.
+/// The verb with the longest name that the words begin with, and the number of its words; null when none matches.
 std::pair<const Verb*, std::size_t> findVerb(const Object& object, const std::vector<std::string>& words);
 
-// "backlight set", "version": how a verb is called, without its values.
+/// "backlight set", "version": how a verb is called, without its values.
 std::string spoken(const Object& object, const Verb& verb);
 
 } // namespace hxaux
-
-#endif

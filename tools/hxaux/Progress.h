@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Progress of a long job: a bar on a terminal, otherwise one report per change.
-#ifndef HXAUX_PROGRESS_H
-#define HXAUX_PROGRESS_H
+#pragma once
 
 #include "tools/hxaux/Call.h"
 
@@ -14,7 +13,7 @@ class Progress {
 public:
     explicit Progress(Call& call) : call_(call) {}
 
-    // Call after every possible change. The extra text follows the bar.
+    /// Call after every possible change. The extra text follows the bar.
     void update(const std::string& phase, int percent, const std::string& extra = "");
     void end() { call_.screen().endPassingLine(); }
 
@@ -25,11 +24,9 @@ private:
     std::chrono::steady_clock::time_point began_;
 };
 
-// "[######------]  50 %": pure, so that it can be tested.
+/// "[######------]  50 %": pure, so that it can be tested.
 std::string progressBar(int percent, int width);
-// "1:05 left", or nothing when it cannot be estimated.
+/// "1:05 left", or nothing when it cannot be estimated.
 std::string timeLeft(int percent, std::chrono::milliseconds elapsed);
 
 } // namespace hxaux
-
-#endif

@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#ifndef HXAUX_REGULARFILE_H
-#define HXAUX_REGULARFILE_H
+#pragma once
 
 #include <string>
 
 namespace hxaux {
 
-// Appends a file's contents to a text. Returns the reason for a failure, or nothing. FIFOs, devices, directories and
-// files above 64 MiB are refused: they must neither block the tool nor exhaust memory.
+/// Appends a file's contents to a text. Returns the reason for a failure, or nothing. FIFOs, devices, directories and
+/// files above 64 MiB are refused: they must neither block the tool nor exhaust memory.
 std::string readRegularFile(const std::string& name, std::string& text);
 
 } // namespace hxaux
-
-#endif

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The report of one run of a verb, and its two output formats.
-#ifndef HXAUX_REPORT_H
-#define HXAUX_REPORT_H
+#pragma once
 
 #include "tools/hxaux/Value.h"
 #include "tools/hxaux/Verb.h"
@@ -12,7 +11,7 @@
 namespace hxaux {
 
 struct Problem {
-    std::string item; // what failed; empty when the verb failed as a whole
+    std::string item; ///< what failed; empty when the verb failed as a whole
     int code = -1;    // the unit's error code, or -1 when the tool itself detected it
     std::string text;
 };
@@ -26,18 +25,16 @@ struct Report {
     std::vector<Problem> problems;
 };
 
-// The version of the JSON format; it grows when a reader of the older format could misread the newer one.
+/// The version of the JSON format; it grows when a reader of the older format could misread the newer one.
 constexpr int kJsonFormat = 2;
 
-// One line, ended by a line break. docs/json.md describes the format.
+/// One line, ended by a line break. docs/json.md describes the format.
 std::string asJson(const Report& report);
 
-// Lines "name: value unit"; a list that is the only result is one line per element.
+/// Lines "name: value unit"; a list that is the only result is one line per element.
 std::string asText(const Report& report);
 std::string noteLines(const Report& report);
-// Lines "object verb: [item: ]text of the code (number)" for standard error.
+/// Lines "object verb: [item: ]text of the code (number)" for standard error.
 std::string problemLines(const Report& report);
 
 } // namespace hxaux
-
-#endif

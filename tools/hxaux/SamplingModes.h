@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Names of the light sensor's sampling modes.
-#ifndef HXAUX_SAMPLING_MODES_H
-#define HXAUX_SAMPLING_MODES_H
+#pragma once
 
 #include "hx-aux/types.h"
 #include "tools/hxaux/Names.h"
@@ -11,5 +10,3 @@ namespace hxaux {
 extern const Names kSamplingModes;
 
 } // namespace hxaux
-
-#endif

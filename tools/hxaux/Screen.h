@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The output of results: lines, JSON, or a screen that is redrawn in place on a terminal.
-#ifndef HXAUX_SCREEN_H
-#define HXAUX_SCREEN_H
+#pragma once
 
 #include "tools/hxaux/Report.h"
 
@@ -19,17 +18,17 @@ public:
     Screen& operator=(const Screen&) = delete;
 
     [[nodiscard]] Form form() const { return form_; }
-    // The output is a terminal, and text is wanted.
+    /// The output is a terminal, and text is wanted.
     [[nodiscard]] bool onTerminal() const { return terminal_; }
 
-    // From here on each report replaces the previous one on a terminal.
+    /// From here on each report replaces the previous one on a terminal.
     void redrawInPlace() { redraw_ = terminal_; }
     void show(const Report& report);
-    // A line that the next one replaces, for progress bars; prints nothing unless interactive.
+    /// A line that the next one replaces, for progress bars; prints nothing unless interactive.
     void passingLine(const std::string& line);
     void endPassingLine();
 
-    // False when standard output could not be written completely.
+    /// False when standard output could not be written completely.
     [[nodiscard]] static bool flushed();
 
 private:
@@ -41,5 +40,3 @@ private:
 };
 
 } // namespace hxaux
-
-#endif

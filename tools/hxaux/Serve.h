@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The unit's service process for the automatic backlight.
-#ifndef HXAUX_SERVE_H
-#define HXAUX_SERVE_H
+#pragma once
 
 namespace hxaux {
 
 class Call;
 
-// Serves until INT, TERM or HUP, then stops cleanly.
+/// Serves until INT, TERM or HUP, then stops cleanly.
 void serveBacklight(Call& call);
 
 } // namespace hxaux
-
-#endif

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Collects the status changes that a run of the library publishes.
-#ifndef HXAUX_STATUSREADER_H
-#define HXAUX_STATUSREADER_H
+#pragma once
 
 #include "hx-aux/FirmwareUpgrade.h"
 
@@ -13,26 +12,26 @@
 
 namespace hxaux {
 
-// Waits for the changes on a thread of its own, because polling misses some. Even so a change can be missed when the
-// next one follows at once; only progress may depend on having seen one.
+/// Waits for the changes on a thread of its own, because polling misses some. Even so a change can be missed when the
+/// next one follows at once; only progress may depend on having seen one.
 class StatusReader {
 public:
-    // Create it before the run is started, so that a failed thread creation does not leave a run without a reader.
+    /// Create it before the run is started, so that a failed thread creation does not leave a run without a reader.
     explicit StatusReader(Halvix::FirmwareUpgrade& upgrade);
     ~StatusReader();
     StatusReader(const StatusReader&) = delete;
     StatusReader& operator=(const StatusReader&) = delete;
 
-    // Call after the start: the run ends with a final change, which ends the reading.
+    /// Call after the start: the run ends with a final change, which ends the reading.
     void begin();
 
-    // The newest change of each action since the last call.
+    /// The newest change of each action since the last call.
     [[nodiscard]] std::vector<Halvix::UpgradeStatus> news();
-    // The run's result, once there is one.
+    /// The run's result, once there is one.
     [[nodiscard]] std::optional<Halvix::eErr> result() const;
-    // The action that was published with an error, if it was seen.
+    /// The action that was published with an error, if it was seen.
     [[nodiscard]] std::optional<Halvix::UpgradeAction> failedIn() const;
-    // The highest percentage of the verification that was seen.
+    /// The highest percentage of the verification that was seen.
     [[nodiscard]] int compared() const;
 
 private:
@@ -51,5 +50,3 @@ private:
 };
 
 } // namespace hxaux
-
-#endif

@@ -275,7 +275,8 @@ std::string withOtherLastByte(const FirmwareCheck& check)
     const int other = byte ^ 1;
     const int checksum = byteAt(check.lastByteAt + 2) + byte - other;
     std::array<char, 5> digits{};
-    std::snprintf(digits.data(), digits.size(), "%02X%02X", unsigned(other) & 0xFF, unsigned(checksum) & 0xFF);
+    std::snprintf(digits.data(), digits.size(), "%02X%02X", static_cast<unsigned>(other) & 0xFF,
+                  static_cast<unsigned>(checksum) & 0xFF);
     std::string text = check.text;
     return text.replace(check.lastByteAt, 4, digits.data());
 }

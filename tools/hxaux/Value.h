@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A result of a verb: printed as text with its unit, or as JSON.
-#ifndef HXAUX_VALUE_H
-#define HXAUX_VALUE_H
+#pragma once
 
 #include <concepts>
 #include <string>
@@ -14,19 +13,19 @@ namespace hxaux {
 
 struct Field;
 
-// A real number with its significant decimals; JSON contains the number rounded to them as well.
+/// A real number with its significant decimals; JSON contains the number rounded to them as well.
 struct Real {
     double value;
     int decimals = 3;
 };
 
-// A code of the unit with its name: "name (code)" as text, an object of code and text in JSON.
+/// A code of the unit with its name: "name (code)" as text, an object of code and text in JSON.
 struct Coded {
     long long code;
     std::string name;
 };
 
-struct Absent {}; // no value: "absent" as text, null in JSON
+struct Absent {}; ///< no value: "absent" as text, null in JSON
 
 class Value {
 public:
@@ -34,7 +33,7 @@ public:
     using Record = std::vector<Field>;
     using Any = std::variant<Absent, bool, long long, Real, Coded, std::string, List, Record>;
 
-    // Defined where Field is complete.
+    /// Defined where Field is complete.
     Value();
     Value(const Value& other);
     Value(Value&& other) noexcept;
@@ -55,7 +54,7 @@ public:
     Value(Record value);
 
     [[nodiscard]] const Any& any() const { return any_; }
-    [[nodiscard]] std::string text() const; // one line
+    [[nodiscard]] std::string text() const; ///< one line
 
 private:
     explicit Value(Any any);
@@ -70,5 +69,3 @@ struct Field {
 };
 
 } // namespace hxaux
-
-#endif

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A row of the verb table. Parsing, help, completion and the manual page are generated from these rows alone.
-#ifndef HXAUX_VERB_H
-#define HXAUX_VERB_H
+#pragma once
 
 #include "tools/hxaux/Names.h"
 
@@ -14,7 +13,7 @@ namespace hxaux {
 
 class Call;
 
-// Exit statuses of the tool. A signal ends it as signals do, which a shell reports as 128 and the signal's number.
+/// Exit statuses of the tool. A signal ends it as signals do, which a shell reports as 128 and the signal's number.
 enum class Exit {
     Done = 0,
     Refused = 1,
@@ -31,7 +30,7 @@ enum class Exit {
 enum class Kind { Flag, Integer, Real, Choice, Text, File };
 enum class Presence { Required, Optional, Repeated };
 
-// A value on the command line: positional, or an option when it is one of a verb's options.
+/// A value on the command line: positional, or an option when it is one of a verb's options.
 struct Argument {
     std::string_view name;
     Kind kind = Kind::Text;
@@ -39,16 +38,16 @@ struct Argument {
     std::string_view unit = "";
     double least = std::numeric_limits<double>::lowest();
     double most = std::numeric_limits<double>::max();
-    const Names* names = nullptr; // of a Choice, and of an Integer that also has names
+    const Names* names = nullptr; ///< of a Choice, and of an Integer that also has names
     Presence presence = Presence::Required;
-    std::vector<std::string> (*live)() = nullptr; // the possible values at this moment, for completion
+    std::vector<std::string> (*live)() = nullptr; ///< the possible values at this moment, for completion
 
     [[nodiscard]] Argument from(std::vector<std::string> (*current)()) const;
     [[nodiscard]] Argument optional() const;
-    [[nodiscard]] Argument repeated() const; // one or more values; always the last one
+    [[nodiscard]] Argument repeated() const; ///< one or more values; always the last one
 };
 
-// Builders for the rows.
+/// Builders for the rows.
 Argument flag(std::string_view name, std::string_view help);
 Argument integer(std::string_view name, double least, double most, std::string_view unit, std::string_view help);
 Argument real(std::string_view name, double least, double most, std::string_view unit, std::string_view help);
@@ -56,12 +55,12 @@ Argument choice(std::string_view name, const Names& names, std::string_view help
 Argument text(std::string_view name, std::string_view help);
 Argument file(std::string_view name, std::string_view help);
 
-// Whether a verb only reads and may be repeated by the frame: it then has --watch and --count.
+/// Whether a verb only reads and may be repeated by the frame: it then has --watch and --count.
 enum class Repeat { No, Watch };
 
 struct Verb {
-    std::string_view name; // one or two words; empty for what the object does when no verb is given
-    std::string_view help; // one sentence, third person
+    std::string_view name; ///< one or two words; empty for what the object does when no verb is given
+    std::string_view help; ///< one sentence, third person
     std::string_view example;
     void (*run)(Call& call) = nullptr;
     std::vector<Argument> values = {};
@@ -72,10 +71,8 @@ struct Verb {
 
 struct Object {
     std::string_view name;
-    std::string_view help; // what it is, without a full stop
+    std::string_view help; ///< what it is, without a full stop
     std::vector<Verb> verbs;
 };
 
 } // namespace hxaux
-
-#endif

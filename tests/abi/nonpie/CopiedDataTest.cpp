@@ -48,7 +48,7 @@ TEST(CopiedData, LiesInTheProgramAndNotInTheLibrary)
     EXPECT_EQ(homeOf(static_cast<void*>(&pJidaDllInitialize)), thisProgram());
 }
 
-TEST(CopiedData, OfTheColoursIsWhatTheLibraryUses)
+TEST(CopiedData, OfTheColorsIsWhatTheLibraryUses)
 {
     stdColor[0] = 1;
     stdColor[1] = 2;

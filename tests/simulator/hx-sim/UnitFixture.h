@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <unistd.h>
@@ -10,27 +9,17 @@
 #include <gtest/gtest.h>
 
 #include "testing/Command.h"
+#include "testing/TemporaryFolder.h"
 
 /// A separate directory for the units of a test. The destructor stops units that are still running.
 class UnitFixture : public testing::Test {
 protected:
-    UnitFixture()
-    {
-        char pattern[] = "/tmp/hx-units.XXXXXX";
-        place_ = mkdtemp(pattern);
-        setenv("XDG_RUNTIME_DIR", place_.c_str(), 1);
-    }
-    ~UnitFixture() override
-    {
-        hxtest::run("for unit in $(hx-sim list); do hx-sim stop $unit; done");
-        std::error_code ignored;
-        while (std::filesystem::exists(place_, ignored)) // a stopping unit removes its files at the same time
-            std::filesystem::remove_all(place_, ignored);
-    }
+    UnitFixture() { setenv("XDG_RUNTIME_DIR", place_.path().c_str(), 1); }
+    ~UnitFixture() override { hxtest::run("for unit in $(hx-sim list); do hx-sim stop $unit; done"); }
 
     [[nodiscard]] std::string folderOf(const std::string& unit) const
     {
-        return place_ + "/hx-sim-" + std::to_string(getuid()) + '/' + unit;
+        return place_ / "hx-sim-" + std::to_string(getuid()) + '/' + unit;
     }
     /// The process that hosts the unit.
     [[nodiscard]] std::string hostOf(const std::string& unit) const
@@ -41,5 +30,5 @@ protected:
     }
 
 private:
-    std::string place_;
+    TemporaryFolder place_;
 };

@@ -45,14 +45,14 @@ public:
         unit.clock().advanceTo(unit.clock().now() + std::chrono::seconds{1});
         Bytes answer(600);
         const Outcome outcome = port().read(*file, answer, unit.clock().now());
-        answer.resize(outcome.waits ? 0 : std::size_t(outcome.result));
+        answer.resize(outcome.waits ? 0 : static_cast<std::size_t>(outcome.result));
         return answer;
     }
     Bytes write(std::uint32_t address, const Bytes& data)
     {
         if (Bytes answer = at(0x31, address); answer != Bytes{kAck})
             return answer;
-        Bytes frame{std::uint8_t(data.size() - 1)};
+        Bytes frame{static_cast<std::uint8_t>(data.size() - 1)};
         frame.insert(frame.end(), data.begin(), data.end());
         std::uint8_t sum = 0;
         for (const std::uint8_t byte : frame)
@@ -63,10 +63,11 @@ public:
     /// A command with an address; the answer to the address.
     Bytes at(std::uint8_t command, std::uint32_t address)
     {
-        EXPECT_THAT(ask({command, std::uint8_t(~command)}), ElementsAre(kAck));
-        const Bytes bytes{std::uint8_t(address >> 24), std::uint8_t(address >> 16), std::uint8_t(address >> 8),
-                          std::uint8_t(address)};
-        return ask({bytes[0], bytes[1], bytes[2], bytes[3], std::uint8_t(bytes[0] ^ bytes[1] ^ bytes[2] ^ bytes[3])});
+        EXPECT_THAT(ask({command, static_cast<std::uint8_t>(~command)}), ElementsAre(kAck));
+        const Bytes bytes{static_cast<std::uint8_t>(address >> 24), static_cast<std::uint8_t>(address >> 16),
+                          static_cast<std::uint8_t>(address >> 8), static_cast<std::uint8_t>(address)};
+        return ask({bytes[0], bytes[1], bytes[2], bytes[3],
+                    static_cast<std::uint8_t>(bytes[0] ^ bytes[1] ^ bytes[2] ^ bytes[3])});
     }
     Microcontroller& chip() { return unit.get<Microcontrollers>().supervisor; }
 
@@ -416,8 +417,8 @@ public:
     {
         Bytes block(536, value);
         for (int i = 0; i < 4; ++i) {
-            block[std::size_t(i)] = std::uint8_t(length >> 8 * i);
-            block[std::size_t(i) + 4] = std::uint8_t(position >> 8 * i);
+            block[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(length >> 8 * i);
+            block[static_cast<std::size_t>(i) + 4] = static_cast<std::uint8_t>(position >> 8 * i);
         }
         Bytes out(536);
         Node& node = *unit.findNode("/dev/fpgaflash");
@@ -510,8 +511,8 @@ TEST(FpgaFlashModel, RefusesBlocksOutsideItsFlash)
     Bytes block(536);
     const auto ask = [&](std::uint32_t code, std::uint32_t length, std::uint32_t position) {
         for (int i = 0; i < 4; ++i) {
-            block[std::size_t(i)] = std::uint8_t(length >> 8 * i);
-            block[std::size_t(i) + 4] = std::uint8_t(position >> 8 * i);
+            block[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(length >> 8 * i);
+            block[static_cast<std::size_t>(i) + 4] = static_cast<std::uint8_t>(position >> 8 * i);
         }
         Bytes out(536);
         return node.ioctl(*file, code, block, out);

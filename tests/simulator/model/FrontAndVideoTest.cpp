@@ -24,7 +24,7 @@ int request(Unit& unit, const std::string& path, std::uint32_t code, Bytes in, B
     in.resize(std::max<std::size_t>(in.size(), 8));
     const int result = node->ioctl(*file, code, in, out);
     if (answer != nullptr)
-        *answer = Bytes(out.begin(), out.begin() + std::ptrdiff_t(answer->size()));
+        *answer = Bytes(out.begin(), out.begin() + static_cast<std::ptrdiff_t>(answer->size()));
     return result;
 }
 
@@ -33,7 +33,7 @@ int writeTo(Unit& unit, const std::string& path, const std::string& text)
     Node* node = unit.findNode(path);
     const auto file = node->open(O_RDWR);
     const Bytes bytes(text.begin(), text.end());
-    return int(node->write(*file, bytes).result);
+    return static_cast<int>(node->write(*file, bytes).result);
 }
 
 constexpr const char* kFront = "/dev/front-mcu-id";

@@ -30,14 +30,15 @@ struct Board {
 
     bool write(std::uint16_t offset, const Bytes& data)
     {
-        Bytes message{std::uint8_t(offset >> 8), std::uint8_t(offset)};
+        Bytes message{static_cast<std::uint8_t>(offset >> 8), static_cast<std::uint8_t>(offset)};
         message.insert(message.end(), data.begin(), data.end());
         return bus.transfer(0xA0, message, {}).acknowledged;
     }
     Bytes read(std::uint16_t offset, std::size_t count)
     {
         Bytes answer(count);
-        const std::array<std::uint8_t, 2> position{std::uint8_t(offset >> 8), std::uint8_t(offset)};
+        const std::array<std::uint8_t, 2> position{static_cast<std::uint8_t>(offset >> 8),
+                                                   static_cast<std::uint8_t>(offset)};
         EXPECT_TRUE(bus.transfer(0xA1, position, answer).acknowledged);
         return answer;
     }

@@ -49,7 +49,7 @@ TEST(SupervisorModel, RefusesWritesToMeasuredValues)
     Fixture fixture;
 
     for (const int number : {0, 3, 12, 24})
-        EXPECT_LT(fixture.supervisor.diagnostics.write(std::uint8_t(number), 7), 0) << number;
+        EXPECT_LT(fixture.supervisor.diagnostics.write(static_cast<std::uint8_t>(number), 7), 0) << number;
     EXPECT_EQ(fixture.supervisor.diagnostics.write(32, 7), 0); // free registers begin here
 }
 
@@ -244,7 +244,7 @@ TEST(SupervisorModel, RemembersTheLowestAndHighestTemperature)
     fixture.unit.properties().set("diagnostics.pcb-temp", "-20");
     fixture.unit.properties().set("diagnostics.pcb-temp", "70");
 
-    EXPECT_EQ(std::int16_t(fixture.supervisor.diagnostics.read(14)), -20);
+    EXPECT_EQ(static_cast<std::int16_t>(fixture.supervisor.diagnostics.read(14)), -20);
     EXPECT_EQ(fixture.supervisor.diagnostics.read(13), 70);
 }
 

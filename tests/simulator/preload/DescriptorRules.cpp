@@ -122,14 +122,14 @@ int openAt(const char* folder, const std::string& relative)
 /// Type and permissions, or -1.
 int modeOf(int result, const struct stat& record)
 {
-    return result == 0 ? int(record.st_mode) : result;
+    return result == 0 ? static_cast<int>(record.st_mode) : result;
 }
 
 int readInto(int fd, int count)
 {
     static char bytes[4];
     static std::vector<iovec> parts(IOV_MAX + 1, iovec{bytes, 1});
-    return int(readv(fd, parts.data(), count));
+    return static_cast<int>(readv(fd, parts.data(), count));
 }
 
 int closedInTurn(int step)
@@ -140,7 +140,7 @@ int closedInTurn(int step)
         all.push_back(dup(all.back()));
     int working = 0;
     for (int i = 0; i < kCount; ++i) {
-        const int fd = all[std::size_t(i * step % kCount)];
+        const int fd = all[static_cast<std::size_t>(i * step % kCount)];
         working += works(fd);
         close(fd);
     }
@@ -190,7 +190,7 @@ constexpr Rule kRules[] = {
      [] {
          const int fd = device();
          dup2(open("/dev/null", O_RDWR), fd);
-         return int(read(fd, &byte, 1));
+         return static_cast<int>(read(fd, &byte, 1));
      }},
     {"dup2 onto itself",
      [] {
@@ -233,18 +233,20 @@ constexpr Rule kRules[] = {
     {"close_range closes",
      [] {
          const int fd = device();
-         return close_range(unsigned(fd), unsigned(fd), 0) == 0 ? works(fd) : -2;
+         return close_range(static_cast<unsigned>(fd), static_cast<unsigned>(fd), 0) == 0 ? works(fd) : -2;
      }},
     {"close_range leaves a duplicate outside the range",
      [] {
          const int fd = device();
          const int copy = fcntl(fd, F_DUPFD, 340);
-         return close_range(unsigned(fd), unsigned(fd), 0) == 0 ? works(copy) : -2;
+         return close_range(static_cast<unsigned>(fd), static_cast<unsigned>(fd), 0) == 0 ? works(copy) : -2;
      }},
     {"close_range may close on exec alone",
      [] {
          const int fd = device();
-         return close_range(unsigned(fd), unsigned(fd), CLOSE_RANGE_CLOEXEC) == 0 ? fcntl(fd, F_GETFD) : -2;
+         return close_range(static_cast<unsigned>(fd), static_cast<unsigned>(fd), CLOSE_RANGE_CLOEXEC) == 0
+                    ? fcntl(fd, F_GETFD)
+                    : -2;
      }},
     {"close_range of an invalid range", [] { return close_range(9, 8, 0); }},
     {"closefrom closes in the child alone",
@@ -326,25 +328,26 @@ constexpr Rule kRules[] = {
     {"F_GETFL of a closed number", [] { return fcntl(990, F_GETFL); }},
 
     // Access.
-    {"read where only writing is allowed", [] { return int(read(device(O_WRONLY), &byte, 1)); }},
-    {"readv where only writing is allowed", [] { return int(readv(device(O_WRONLY), &one, 1)); }},
-    {"pread where only writing is allowed", [] { return int(pread(device(O_WRONLY), &byte, 1, 0)); }},
-    {"preadv where only writing is allowed", [] { return int(preadv(device(O_WRONLY), &one, 1, 0)); }},
-    {"write where only reading is allowed", [] { return int(write(device(O_RDONLY), &byte, 1)); }},
-    {"writev where only reading is allowed", [] { return int(writev(device(O_RDONLY), &one, 1)); }},
-    {"pwrite where only reading is allowed", [] { return int(pwrite(device(O_RDONLY), &byte, 1, 0)); }},
-    {"pwritev where only reading is allowed", [] { return int(pwritev(device(O_RDONLY), &one, 1, 0)); }},
-    {"read of a path alone", [] { return int(read(device(O_PATH), &byte, 1)); }},
-    {"pread of a path alone", [] { return int(pread(device(O_PATH), &byte, 1, 0)); }},
+    {"read where only writing is allowed", [] { return static_cast<int>(read(device(O_WRONLY), &byte, 1)); }},
+    {"readv where only writing is allowed", [] { return static_cast<int>(readv(device(O_WRONLY), &one, 1)); }},
+    {"pread where only writing is allowed", [] { return static_cast<int>(pread(device(O_WRONLY), &byte, 1, 0)); }},
+    {"preadv where only writing is allowed", [] { return static_cast<int>(preadv(device(O_WRONLY), &one, 1, 0)); }},
+    {"write where only reading is allowed", [] { return static_cast<int>(write(device(O_RDONLY), &byte, 1)); }},
+    {"writev where only reading is allowed", [] { return static_cast<int>(writev(device(O_RDONLY), &one, 1)); }},
+    {"pwrite where only reading is allowed", [] { return static_cast<int>(pwrite(device(O_RDONLY), &byte, 1, 0)); }},
+    {"pwritev where only reading is allowed", [] { return static_cast<int>(pwritev(device(O_RDONLY), &one, 1, 0)); }},
+    {"read of a path alone", [] { return static_cast<int>(read(device(O_PATH), &byte, 1)); }},
+    {"pread of a path alone", [] { return static_cast<int>(pread(device(O_PATH), &byte, 1, 0)); }},
     {"readv of too many blocks", [] { return readInto(device(), IOV_MAX + 1); }},
     {"readv of fewer than no blocks", [] { return readInto(device(), -1); }},
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they look at the memory before the kernel does
-    {"readv of blocks that are nowhere", [] { return int(readv(device(), static_cast<iovec*>(nowhere()), 1)); }},
-    {"read to nowhere", [] { return int(read(device(), nowhere(), 1)); }},
+    {"readv of blocks that are nowhere",
+     [] { return static_cast<int>(readv(device(), static_cast<iovec*>(nowhere()), 1)); }},
+    {"read to nowhere", [] { return static_cast<int>(read(device(), nowhere(), 1)); }},
 #endif
-    {"pread before the beginning", [] { return int(pread(device(), &byte, 1, -1)); }},
-    {"preadv before the beginning", [] { return int(preadv(device(), &one, 1, -1)); }},
-    {"pwrite before the beginning", [] { return int(pwrite(device(), &byte, 1, -1)); }},
+    {"pread before the beginning", [] { return static_cast<int>(pread(device(), &byte, 1, -1)); }},
+    {"preadv before the beginning", [] { return static_cast<int>(preadv(device(), &one, 1, -1)); }},
+    {"pwrite before the beginning", [] { return static_cast<int>(pwrite(device(), &byte, 1, -1)); }},
     {"isatty", [] { return isatty(device()); }},
 
     // Waiting.
@@ -369,7 +372,8 @@ constexpr Rule kRules[] = {
          fd_set readers;
          FD_ZERO(&readers);
          FD_SET(fd, &readers);
-         return 10 * pselect(fd + 1, &readers, nullptr, nullptr, nullptr, nullptr) + int(FD_ISSET(fd, &readers));
+         return 10 * pselect(fd + 1, &readers, nullptr, nullptr, nullptr, nullptr) +
+                static_cast<int>(FD_ISSET(fd, &readers));
      }},
     {"epoll",
      [] {
@@ -410,7 +414,7 @@ constexpr Rule kRules[] = {
          const int fd = device();
          const int other = open("/dev/null", O_RDWR);
          borrow(fd, other);
-         return 10 * works(fd) + int(read(other, &byte, 1));
+         return 10 * works(fd) + static_cast<int>(read(other, &byte, 1));
      }},
     {"a descriptor that was passed on leads to the device", [] { return works(passed(dup(device()))); }},
     {"the only descriptor survives being passed on", [] { return works(passed(device())); }},
@@ -420,7 +424,8 @@ constexpr Rule kRules[] = {
          fcntl(fd, F_SETFL, O_NONBLOCK);
          return fcntl(passed(fd), F_GETFL);
      }},
-    {"a descriptor that was passed on keeps its access", [] { return int(read(passed(device(O_WRONLY)), &byte, 1)); }},
+    {"a descriptor that was passed on keeps its access",
+     [] { return static_cast<int>(read(passed(device(O_WRONLY)), &byte, 1)); }},
 
     // Paths.
     {"relative", [] { return openIn("/dev", name); }},
@@ -500,13 +505,13 @@ constexpr Rule kRules[] = {
      [] {
          struct statx record {};
          const int result = statx(AT_FDCWD, path.c_str(), 0, STATX_BASIC_STATS, &record);
-         return result == 0 ? int(record.stx_mode) : result;
+         return result == 0 ? static_cast<int>(record.stx_mode) : result;
      }},
     {"statx of a descriptor",
      [] {
          struct statx record {};
          const int result = statx(device(), "", AT_EMPTY_PATH, STATX_BASIC_STATS, &record);
-         return result == 0 ? int(record.stx_mode) : result;
+         return result == 0 ? static_cast<int>(record.stx_mode) : result;
      }},
     {"access", [] { return access(path.c_str(), R_OK | W_OK); }},
     {"access as a program", [] { return access(path.c_str(), X_OK); }},
@@ -521,14 +526,14 @@ constexpr Rule kRules[] = {
     {"realpath",
      [] {
          char* const real = realpath(("/dev/shm/../" + name).c_str(), nullptr);
-         const int result = real == nullptr ? -1 : int(path == real);
+         const int result = real == nullptr ? -1 : static_cast<int>(path == real);
          free(real);
          return result;
      }},
     {"readlink",
      [] {
          char text[64];
-         return int(readlink(path.c_str(), text, sizeof text));
+         return static_cast<int>(readlink(path.c_str(), text, sizeof text));
      }},
 };
 
@@ -625,7 +630,7 @@ void play(const Rule (&rules)[Count], std::ostream& results)
             _exit(0);
         }
         close(pipes[1]);
-        if (read(pipes[0], answer, sizeof answer) != ssize_t(sizeof answer))
+        if (read(pipes[0], answer, sizeof answer) != static_cast<ssize_t>(sizeof answer))
             answer[0] = -99;
         close(pipes[0]);
         waitpid(child, nullptr, 0);

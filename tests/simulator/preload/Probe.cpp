@@ -33,7 +33,7 @@ struct RegisterBlock {
 
 int getRegister(int fd, int number)
 {
-    RegisterBlock block{std::uint16_t(number), 0};
+    RegisterBlock block{static_cast<std::uint16_t>(number), 0};
     if (ioctl(fd, 0xC004003A, &block) < 0) {
         std::cout << std::strerror(errno) << std::endl;
         return 1;
@@ -84,7 +84,7 @@ int hold(char** words)
 int repeat(char** words)
 {
     const int fd = open(words[0], O_RDWR);
-    RegisterBlock block{std::uint16_t(std::atoi(words[1])), 0};
+    RegisterBlock block{static_cast<std::uint16_t>(std::atoi(words[1])), 0};
     std::cout << "repeating" << std::endl;
     while (ioctl(fd, 0xC004003A, &block) == 0) {
     }

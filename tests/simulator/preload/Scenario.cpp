@@ -44,7 +44,7 @@ void settings(std::ostream& results)
     HXStatus dimming{};
     results << "set level " << backlight->setIntensity(128) << '\n';
     results << "set dimming " << backlight->setLedDimming(HXStatus(1)) << '\n';
-    results << "dimming " << backlight->getLedDimming(&dimming) << ' ' << int(dimming) << '\n';
+    results << "dimming " << backlight->getLedDimming(&dimming) << ' ' << static_cast<int>(dimming) << '\n';
     backlight->Release();
 }
 

@@ -107,8 +107,8 @@ void playStorm(std::ostream& results)
     bool slept = false;
     {
         const Storm storm;
-        begun = int(function<Begin>(library, "JidaDllInitialize")() != 0 &&
-                    function<Open>(library, "JidaBoardOpenA")("CPU", 0, 0, &board) != 0);
+        begun = static_cast<int>(function<Begin>(library, "JidaDllInitialize")() != 0 &&
+                                 function<Open>(library, "JidaBoardOpenA")("CPU", 0, 0, &board) != 0);
         answered = successes(3000, request);
         read = successes(200, [&] { return readBoard(library, board); });
         slept = sleepOn();

@@ -56,7 +56,7 @@ public:
     [[nodiscard]] bool connected() const { return connected_; }
     [[nodiscard]] bool sendBytes(const std::string& bytes, int flags = 0) const
     {
-        return send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL | flags) == ssize_t(bytes.size());
+        return send(fd_, bytes.data(), bytes.size(), MSG_NOSIGNAL | flags) == static_cast<ssize_t>(bytes.size());
     }
     bool say(wire::Kind kind, const std::string& bytes = "", std::int64_t value = 0, int process = getpid()) const
     {
@@ -66,7 +66,7 @@ public:
     [[nodiscard]] bool hears() const
     {
         std::array<char, 4096> buffer{};
-        return recv(fd_, buffer.data(), buffer.size(), 0) >= ssize_t(sizeof(wire::Head));
+        return recv(fd_, buffer.data(), buffer.size(), 0) >= static_cast<ssize_t>(sizeof(wire::Head));
     }
     static std::string packet(wire::Kind kind, const std::string& bytes, std::int64_t value, int process)
     {
@@ -133,9 +133,10 @@ TEST_F(HostileClients, SendChance)
         for (int packet = 0; packet < 5; ++packet) {
             std::string bytes(chance() % 200, '\0');
             for (char& byte : bytes)
-                byte = char(chance());
+                byte = static_cast<char>(chance());
             if (bytes.size() >= 4 && chance() % 4 != 0)
-                std::memcpy(bytes.data(), std::array<std::uint32_t, 1>{std::uint32_t(chance() % 22)}.data(), 4);
+                std::memcpy(bytes.data(),
+                            std::array<std::uint32_t, 1>{static_cast<std::uint32_t>(chance() % 22)}.data(), 4);
             if (bytes.starts_with(std::string("\6\0\0\0", 4)))
                 bytes[0] = 1; // a command by chance could be "stop"
             (void)one.sendBytes(bytes, MSG_DONTWAIT);
@@ -197,8 +198,8 @@ void liveUntil(const Raw& control, const Raw& file, const Raw& further, int last
         [&] { file.say(wire::Kind::Drain); },
         [&] { file.say(wire::Kind::Close); },
     };
-    for (int i = 0; i <= last && i < int(steps.size()); ++i)
-        steps[std::size_t(i)]();
+    for (int i = 0; i <= last && i < static_cast<int>(steps.size()); ++i)
+        steps[static_cast<std::size_t>(i)]();
 }
 
 TEST_F(HostileClients, AreKilledAtEachStep)

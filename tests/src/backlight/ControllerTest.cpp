@@ -546,5 +546,5 @@ TEST(ControllerFault, OfTheSemaphoreIsLoggedAndTheFileIsPolled)
     unit.sleepFor(10000);
 
     const std::vector<std::string> log = controllerLog();
-    EXPECT_NEAR(double(std::count(log.begin(), log.end(), "Read settings\n")), 10, 1);
+    EXPECT_NEAR(static_cast<double>(std::count(log.begin(), log.end(), "Read settings\n")), 10, 1);
 }

@@ -35,11 +35,11 @@ public:
         unit_.set("light.noise", "1");
         unit_.model<hxsim::LightSensor>()->setLux(light.luxAt({}));
         unit_.sleepFor(30000);
-        start_ = double(unit_.now()) / 1000;
+        start_ = static_cast<double>(unit_.now()) / 1000;
         unit_.model<hxsim::LightTrace>()->recording = true;
         unit_.model<hxsim::LightSensor>()->play(light);
         seconds_ = seconds;
-        unit_.sleepFor(std::int64_t(seconds * 1000));
+        unit_.sleepFor(static_cast<std::int64_t>(seconds * 1000));
     }
 
     double reversalsPerHour() { return unit_.model<hxsim::LightTrace>()->reversals() * 3600 / seconds_; }

@@ -119,16 +119,16 @@ TEST_P(ConfigGetter, ReadsTheVersionOnlyWhenItMatters)
 
 TEST_P(ConfigGetter, LeavesItsOutputWhenTheDriverRefusesAnyRead)
 {
-    for (int read = 0; read < int(GetParam().requests.size()); ++read) {
+    for (int read = 0; read < static_cast<int>(GetParam().requests.size()); ++read) {
         SimulatedUnit unit;
-        unit.fail(kDevice, callOf(GetParam().requests[std::size_t(read)]));
+        unit.fail(kDevice, callOf(GetParam().requests[static_cast<std::size_t>(read)]));
         Released<Config> config{GetConfig()};
         double value = kUntouched;
 
         EXPECT_EQ(GetParam().call(*config, value), ERR_IOCTRL_FAILED);
 
         EXPECT_EQ(value, kUntouched);
-        EXPECT_EQ(int(unit.requestsTo(kDevice).size()), read + 1);
+        EXPECT_EQ(static_cast<int>(unit.requestsTo(kDevice).size()), read + 1);
     }
 }
 
@@ -173,14 +173,14 @@ TEST_P(ConfigSetter, WorksWithTheOldestSupervisorThatSupportsIt)
 
 TEST_P(ConfigSetter, EndsAtTheFirstRequestThatTheDriverRefuses)
 {
-    for (int request = 0; request < int(GetParam().requests.size()); ++request) {
+    for (int request = 0; request < static_cast<int>(GetParam().requests.size()); ++request) {
         SimulatedUnit unit;
-        unit.fail(kDevice, callOf(GetParam().requests[std::size_t(request)]));
+        unit.fail(kDevice, callOf(GetParam().requests[static_cast<std::size_t>(request)]));
         Released<Config> config{GetConfig()};
 
         EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_IOCTRL_FAILED);
 
-        EXPECT_EQ(int(unit.requestsTo(kDevice).size()), request + 1);
+        EXPECT_EQ(static_cast<int>(unit.requestsTo(kDevice).size()), request + 1);
     }
 }
 

@@ -52,7 +52,7 @@ eErr minMax(Diagnostic& diagnostic, std::vector<int>& values)
 eErr timers(Diagnostic& diagnostic, std::vector<int>& values)
 {
     TimerType read{};
-    std::fill(std::begin(read.seconds), std::end(read.seconds), unsigned(kUntouched));
+    std::fill(std::begin(read.seconds), std::end(read.seconds), static_cast<unsigned>(kUntouched));
     const eErr err = diagnostic.getTimer(&read);
     values.assign(std::begin(read.seconds), std::end(read.seconds));
     return err;
@@ -128,16 +128,16 @@ TEST_P(DiagnosticReading, WorksOnceTheDeviceIsThere)
 
 TEST_P(DiagnosticReading, LeavesItsOutputsWhenTheDriverRefusesAnyRead)
 {
-    for (int read = 0; read < int(GetParam().requests.size()); ++read) {
+    for (int read = 0; read < static_cast<int>(GetParam().requests.size()); ++read) {
         SimulatedUnit unit;
-        unit.fail(kDevice, callOf(GetParam().requests[std::size_t(read)]));
+        unit.fail(kDevice, callOf(GetParam().requests[static_cast<std::size_t>(read)]));
         Released<Diagnostic> diagnostic{GetDiagnostic()};
         std::vector<int> values;
 
         EXPECT_EQ(GetParam().call(*diagnostic, values), ERR_IOCTRL_FAILED);
 
         EXPECT_THAT(values, testing::Each(kUntouched));
-        EXPECT_EQ(int(unit.requestsTo(kDevice).size()), read + 1);
+        EXPECT_EQ(static_cast<int>(unit.requestsTo(kDevice).size()), read + 1);
     }
 }
 

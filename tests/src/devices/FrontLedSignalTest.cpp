@@ -112,7 +112,7 @@ TEST(LedSignal, ReadsEveryPairOfTimes)
         const volatile double share = static_cast<double>(led.on) / sum;
         const volatile double percent = share * 100.0;
         ASSERT_EQ(hertz * sum, 100.0 / sum * sum);
-        ASSERT_EQ(duty, std::floor(percent)) << int(led.on) << ", " << int(led.off);
+        ASSERT_EQ(duty, std::floor(percent)) << static_cast<int>(led.on) << ", " << static_cast<int>(led.off);
         oneLess += duty != led.on * 100 / sum;
     }
     EXPECT_GT(oneLess, 0);

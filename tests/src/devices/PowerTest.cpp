@@ -126,16 +126,16 @@ TEST_P(PowerOperation, WorksOnceTheDeviceIsThere)
 
 TEST_P(PowerOperation, EndsAtTheFirstRequestThatTheDriverRefuses)
 {
-    for (int request = 0; request < int(GetParam().requests.size()); ++request) {
+    for (int request = 0; request < static_cast<int>(GetParam().requests.size()); ++request) {
         SimulatedUnit unit;
-        unit.fail(kDevice, callOf(GetParam().requests[std::size_t(request)]));
+        unit.fail(kDevice, callOf(GetParam().requests[static_cast<std::size_t>(request)]));
         Released<Power> power{GetPower()};
         int value = GetParam().given;
 
         EXPECT_EQ(GetParam().call(*power, value), ERR_IOCTRL_FAILED);
 
         EXPECT_EQ(value, GetParam().given);
-        EXPECT_EQ(int(unit.requestsTo(kDevice).size()), request + 1);
+        EXPECT_EQ(static_cast<int>(unit.requestsTo(kDevice).size()), request + 1);
     }
 }
 
@@ -181,7 +181,8 @@ TEST_P(PowerState, IsEnabledForEveryLowByteExceptZero)
 {
     for (const int word : {0, 1, 2, 255, 0x100}) {
         SimulatedUnit unit;
-        unit.model<hxsim::Supervisor>()->power[std::uint8_t(GetParam().second)] = std::uint16_t(word);
+        unit.model<hxsim::Supervisor>()->power[static_cast<std::uint8_t>(GetParam().second)] =
+            static_cast<std::uint16_t>(word);
         Released<Power> power{GetPower()};
         auto status = static_cast<HXStatus>(77);
 
@@ -272,7 +273,7 @@ TEST(PowerTransition, PassesOnSevenStatesAndRefusesTheRest)
     Released<Power> power{GetPower()};
 
     for (int raw = 0; raw <= 255; ++raw) {
-        unit.model<hxsim::Supervisor>()->power[4] = std::uint16_t(raw);
+        unit.model<hxsim::Supervisor>()->power[4] = static_cast<std::uint16_t>(raw);
         auto status = static_cast<ButtonPowerTransitionStatus>(77);
         EXPECT_EQ(power->getButtonPowerTransitionStatus(&status), raw <= 6 ? ERR_SUCCESS : ERR_INVALID_DATA);
         EXPECT_EQ(status, raw <= 6 ? raw : 77);

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "testing/TemporaryFolder.h"
+
 using testing::HasSubstr;
 using testing::Not;
 
@@ -38,22 +40,6 @@ bool has(const char* program)
     return std::system((std::string{"command -v "} + program + " >/dev/null").c_str()) == 0;
 }
 
-class Folder {
-public:
-    Folder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "hx-reset-XXXXXX").string();
-        path_ = mkdtemp(name.data());
-    }
-    ~Folder() { std::filesystem::remove_all(path_); }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    [[nodiscard]] std::string operator/(const char* name) const { return path_ / name; }
-
-private:
-    std::filesystem::path path_;
-};
-
 void write(const std::string& name, const Image& image, std::size_t size)
 {
     std::ofstream{name, std::ios::binary}.write(reinterpret_cast<const char*>(image.data()),
@@ -74,7 +60,7 @@ std::string outputOf(const std::string& command)
 /// events, and the last word of the image with the three words after it. Those contained garbage before.
 std::string emulate(const Image& image)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
     write(folder / "image", image, image.size());
     write(folder / "vectors", image, 8); // location of stack pointer and entry for a start from flash
     const std::string machine = "qemu-system-arm -S -M netduino2 -nographic -serial none -monitor none -qmp stdio "
@@ -114,7 +100,7 @@ TEST(ResetProgram, MatchesItsSource)
 {
     if (!has("clang") || !has("ld.lld") || !has("objcopy"))
         GTEST_SKIP() << "needs clang, lld and binutils";
-    const Folder folder;
+    const TemporaryFolder folder;
 
     ASSERT_EQ(std::system(std::string{HX_RESET_SOURCE}.append("/build.sh ").append(folder / "image").c_str()), 0);
 

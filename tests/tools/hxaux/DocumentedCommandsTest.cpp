@@ -6,6 +6,7 @@
 // output and errors, "..." for any lines, and "[status N]" unless N is 0. What needs a real unit stands in
 // "```sh" blocks that begin with "# on a unit". A "```cpp" block that begins with "// NAME.cpp" is that file.
 #include "testing/Command.h"
+#include "testing/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cctype>
@@ -137,8 +138,7 @@ enum class Statuses { Shown, Hidden };
 /// A folder for a page's commands and a place for its units.
 class Place {
 public:
-    explicit Place(Statuses statuses = Statuses::Shown)
-        : statuses_{statuses}, folder_{fs::temp_directory_path() / ("hx-documents-" + std::to_string(getpid()))}
+    explicit Place(Statuses statuses = Statuses::Shown) : statuses_{statuses}
     {
         fs::create_directories(folder_ / "units");
         fs::create_directories(folder_ / "work/build");
@@ -153,7 +153,6 @@ public:
     {
         run("for unit in $(hx-sim list); do hx-sim stop $unit; done");
         unsetenv("XDG_RUNTIME_DIR");
-        fs::remove_all(folder_);
     }
     [[nodiscard]] fs::path work() const { return folder_ / "work"; }
 
@@ -180,7 +179,8 @@ private:
     }
 
     Statuses statuses_;
-    fs::path folder_;
+    TemporaryFolder temporary_;
+    fs::path folder_{temporary_.path()};
 };
 
 void replaceAll(std::string& text, const std::string& from, const std::string& to)

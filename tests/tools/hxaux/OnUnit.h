@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Lines of shell on a simulated unit that lives as long as they run; hx-sim means that unit inside them.
-#ifndef HX_TESTS_ON_UNIT_H
-#define HX_TESTS_ON_UNIT_H
+#pragma once
 
 #include "testing/Command.h"
 
 namespace hxtest {
 
-// No single quotes in the script. Settings are lines of a description: what differs from a healthy unit.
+/// No single quotes in the script. Settings are lines of a description: what differs from a healthy unit.
 inline Outcome onUnit(const std::string& script, const std::vector<std::string>& settings = {})
 {
     std::string command = "hx-sim run";
@@ -17,5 +16,3 @@ inline Outcome onUnit(const std::string& script, const std::vector<std::string>&
 }
 
 } // namespace hxtest
-
-#endif

@@ -2,6 +2,7 @@
 // hx-sim record and replay: recording on a unit, replaying in a test.
 #include "testing/Command.h"
 #include "testing/FirmwareTexts.h"
+#include "testing/TemporaryFolder.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -20,19 +21,10 @@ namespace fs = std::filesystem;
 /// A folder for recordings, gone with the test.
 class Recordings {
 public:
-    Recordings() : path_{fs::temp_directory_path() / ("hx-recordings-" + std::to_string(getpid()))}
-    {
-        fs::create_directories(path_);
-    }
-    Recordings(const Recordings&) = delete;
-    Recordings& operator=(const Recordings&) = delete;
-    ~Recordings() { fs::remove_all(path_); }
-
-    [[nodiscard]] std::string file(const std::string& name) const { return path_ / name; }
+    [[nodiscard]] std::string file(const std::string& name) const { return folder_ / name; }
     [[nodiscard]] std::string write(const std::string& name, const std::string& content) const
     {
-        std::ofstream{file(name)} << content;
-        return file(name);
+        return folder_.file(name, content);
     }
     /// Records a command on a unit of its own and gives the file.
     [[nodiscard]] std::string of(const std::string& command, const std::string& options = "") const
@@ -44,7 +36,7 @@ public:
     }
 
 private:
-    fs::path path_;
+    TemporaryFolder folder_;
 };
 
 std::string contentOf(const fs::path& file)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/Command.h"
 #include "testing/FirmwareTexts.h"
+#include "testing/TemporaryFolder.h"
 #include "tools/hxaux/UpgradeRun.h"
 
 #include <cstdlib>
@@ -15,29 +16,6 @@ using testing::HasSubstr;
 
 namespace {
 
-/// A folder of its own for a test's files.
-class Folder {
-public:
-    Folder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "hxaux-upgrade-XXXXXX").string();
-        path_ = mkdtemp(name.data());
-    }
-    ~Folder() { std::filesystem::remove_all(path_); }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    [[nodiscard]] std::string file(const std::string& name, const std::string& text) const
-    {
-        std::ofstream(path_ / name, std::ios::binary) << text;
-        return path_ / name;
-    }
-    [[nodiscard]] std::string path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
-
 std::string supervisorText(std::size_t image = 1000)
 {
     return firmware::intelHexOfSize(95000, firmware::pattern(image));
@@ -47,7 +25,7 @@ std::string supervisorText(std::size_t image = 1000)
 
 TEST(UpgradeVerb, ChecksAGoodFileWithoutTheUnit)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
 
     EXPECT_THAT(
         run("hxaux upgrade ss " + folder.file("a.hex", supervisorText()) + " --dry-run"),
@@ -61,7 +39,7 @@ TEST(UpgradeVerb, ChecksAGoodFileWithoutTheUnit)
 
 TEST(UpgradeVerb, RefusesABadFileWithoutTheUnit)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
     std::string wrong = supervisorText();
     wrong[30] = wrong[30] == '0' ? '1' : '0';
     const auto check = [&](const std::string& target, const std::string& text) {
@@ -88,7 +66,7 @@ TEST(UpgradeVerb, RefusesABadFileWithoutTheUnit)
 
 TEST(UpgradeVerb, CannotReadAMissingFileOrAFolder)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
 
     for (const char* const verb : {"upgrade", "verify"}) {
         EXPECT_THAT(run(std::string("hxaux ") + verb + " ss " + folder.path() + "/missing"),
@@ -106,7 +84,7 @@ TEST(UpgradeVerb, RefusesAnUnknownTarget)
 
 TEST(UpgradeVerb, PrintsTheResultOfADryRunAsJson)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
 
     const auto document =
         jsonOf(run("hxaux upgrade ss " + folder.file("a.hex", supervisorText()) + " --dry-run --json"));
@@ -117,7 +95,7 @@ TEST(UpgradeVerb, PrintsTheResultOfADryRunAsJson)
 
 TEST(UpgradeVerb, RefusesAFileThatTheUnitWouldMisplaceWithItsLine)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
     const std::string text = firmware::linear(0) + firmware::data(0, {1, 2}) + firmware::linear(1) +
                              firmware::data(0, {3, 4}) + std::string(firmware::kEnd) + std::string(95000, '\n');
     const std::string file = folder.file("misplaced.hex", text);
@@ -130,7 +108,7 @@ TEST(UpgradeVerb, RefusesAFileThatTheUnitWouldMisplaceWithItsLine)
 
 TEST(UpgradeVerb, RefusesWhatIsNotARegularFileAndDoesNotWaitForIt)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
     const std::string fifo = folder.path() + "/fifo";
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
 
@@ -142,7 +120,7 @@ TEST(UpgradeVerb, RefusesWhatIsNotARegularFileAndDoesNotWaitForIt)
 
 TEST(UpgradeVerb, RefusesAFileWithoutAnEnd)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
     const std::string file = folder.file("sparse.mcs", "");
     std::filesystem::resize_file(file, std::uintmax_t{1} << 40);
 
@@ -207,7 +185,7 @@ TEST(UpgradeRun, ThatIsNotStartedHasTheStatusOfItsCode)
 
 TEST(UpgradeRun, MakesAFileThatDiffersInTheLastByteOfItsImageAlone)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
     FirmwareCheck check = checkFirmwareFile(kSupervisor, folder.file("a.hex", supervisorText(1000)));
 
     check.text = withOtherLastByte(check);

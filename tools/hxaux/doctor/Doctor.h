@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The checks of `hxaux doctor`. They are read-only: nothing on the unit changes, and they wait for no lock.
-#ifndef HXAUX_DOCTOR_H
-#define HXAUX_DOCTOR_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -10,7 +9,7 @@ namespace hxaux::doctor {
 
 struct Finding {
     std::string item;    // what was checked
-    std::string problem; // empty when it is fine
+    std::string problem; ///< empty when it is fine
     std::string remedy;  // the command that fixes it
 };
 
@@ -18,15 +17,13 @@ using Findings = std::vector<Finding>;
 
 Findings devices();      // present, and accessible to this user
 Findings versions();     // known, and new enough for every function
-Findings boardLibrary(); // libjida.so and every function that the library needs of it
+Findings boardLibrary(); ///< libjida.so and every function that the library needs of it
 Findings daemon();       // a process reads the FIFO
-Findings settingsFile(); // readable, writable, and every known setting within its range
+Findings settingsFile(); ///< readable, writable, and every known setting within its range
 Findings locks();        // none is held by a program that died
 Findings can();          // the bit-rate attributes of the CAN networks
 
-// Checks the lines of a settings file: a finding for every setting and for every bad line.
+/// Checks the lines of a settings file: a finding for every setting and for every bad line.
 Findings settingsIn(const std::string& content);
 
 } // namespace hxaux::doctor
-
-#endif

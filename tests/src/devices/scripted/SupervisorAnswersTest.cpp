@@ -253,7 +253,7 @@ TEST_P(CountedRequest, CarriesItsPayloadUnderItsCode)
     EXPECT_EQ(device.requests.size(), GetParam().asksVersion ? 2U : 1U);
     EXPECT_EQ(device.requests.back().code, GetParam().code);
     EXPECT_THAT(device.requests.back().in, ElementsAreArray(GetParam().sent));
-    EXPECT_EQ(device.requests.back().outLength, int(GetParam().answer.size()));
+    EXPECT_EQ(device.requests.back().outLength, static_cast<int>(GetParam().answer.size()));
 }
 
 TEST_P(CountedRequest, RefusesAnyOtherCount)
