@@ -18,55 +18,55 @@ std::optional<Node::Shape> LinkedFile::shape(std::uint32_t request)
 
 std::int64_t LinkedFile::ioctl(std::uint32_t request, Bytes in, Space out)
 {
-    if (world_.over_)
+    if (linked_.over_)
         return -ENODEV;
-    const LinkedUnit::Turn turn = world_.enter();
-    const std::int64_t result = world_.calls_.ioctl(LinkedUnit::caller(), *file_, request, in, out);
-    world_.time_.wakeAll(&world_.unit_);
+    const LinkedUnit::Turn turn = linked_.enter();
+    const std::int64_t result = linked_.calls_.ioctl(LinkedUnit::caller(), *file_, request, in, out);
+    linked_.time_.wakeAll(&linked_.unit_);
     return result;
 }
 
 std::int64_t LinkedFile::read(Space out, bool nonblocking)
 {
-    if (world_.over_)
+    if (linked_.over_)
         return -ENODEV;
-    LinkedUnit::Turn turn = world_.enter();
-    const Time started = world_.unit_.clock().now();
+    LinkedUnit::Turn turn = linked_.enter();
+    const Time started = linked_.unit_.clock().now();
     for (bool first = true;; first = false) {
-        const Outcome outcome = world_.calls_.read(LinkedUnit::caller(), *file_, out, started, first);
+        const Outcome outcome = linked_.calls_.read(LinkedUnit::caller(), *file_, out, started, first);
         if (!outcome.waits)
             return outcome.result;
         if (nonblocking)
             return -EAGAIN;
-        world_.time_.wait(turn.lock, outcome.wakeAt, &world_.unit_, VirtualTime::Rank::Program,
-                          "read from " + file_->node.path(),
-                          [this] { return file_->node.readable(*file_, world_.unit_.clock().now()); });
+        linked_.time_.wait(turn.lock, outcome.wakeAt, &linked_.unit_, VirtualTime::Rank::Program,
+                           "read from " + file_->node.path(),
+                           [this] { return file_->node.readable(*file_, linked_.unit_.clock().now()); });
     }
 }
 
 std::int64_t LinkedFile::write(Bytes in)
 {
-    if (world_.over_)
+    if (linked_.over_)
         return -ENODEV;
-    LinkedUnit::Turn turn = world_.enter();
+    LinkedUnit::Turn turn = linked_.enter();
     for (;;) {
-        const Outcome outcome = world_.calls_.write(LinkedUnit::caller(), *file_, in);
+        const Outcome outcome = linked_.calls_.write(LinkedUnit::caller(), *file_, in);
         if (!outcome.waits) {
-            world_.time_.wakeAll(&world_.unit_);
+            linked_.time_.wakeAll(&linked_.unit_);
             return outcome.result;
         }
-        world_.time_.wait(turn.lock, outcome.wakeAt, &world_.unit_, VirtualTime::Rank::Program,
-                          "write to " + file_->node.path());
+        linked_.time_.wait(turn.lock, outcome.wakeAt, &linked_.unit_, VirtualTime::Rank::Program,
+                           "write to " + file_->node.path());
     }
 }
 
 void LinkedFile::close()
 {
-    if (world_.over_)
+    if (linked_.over_)
         return closeOurs();
-    const LinkedUnit::Turn turn = world_.enter();
-    if (!closeIfReleased(world_))
-        world_.lingering_.push_back(shared_from_this());
+    const LinkedUnit::Turn turn = linked_.enter();
+    if (!closeIfReleased(linked_))
+        linked_.lingering_.push_back(shared_from_this());
 }
 
 bool LinkedFile::closeIfReleased(LinkedUnit& linked)
@@ -91,49 +91,49 @@ void LinkedFile::closeOurs()
 
 void LinkedFile::setTerminal(const termios& settings)
 {
-    if (world_.over_)
+    if (linked_.over_)
         return;
-    const LinkedUnit::Turn turn = world_.enter();
+    const LinkedUnit::Turn turn = linked_.enter();
     keepTerminal(file_->node, settings);
     file_->node.setLine(lineOf(settings));
 }
 
 std::optional<termios> LinkedFile::terminal()
 {
-    if (world_.over_)
+    if (linked_.over_)
         return std::nullopt;
-    const LinkedUnit::Turn turn = world_.enter();
+    const LinkedUnit::Turn turn = linked_.enter();
     return terminalFrom(file_->node.terminal);
 }
 
 void LinkedFile::flush(bool input, bool output)
 {
-    if (world_.over_)
+    if (linked_.over_)
         return;
-    const LinkedUnit::Turn turn = world_.enter();
+    const LinkedUnit::Turn turn = linked_.enter();
     file_->node.flush(input, output);
 }
 
 int LinkedFile::drain()
 {
-    if (world_.over_)
+    if (linked_.over_)
         return -ENODEV;
-    LinkedUnit::Turn turn = world_.enter();
+    LinkedUnit::Turn turn = linked_.enter();
     for (;;) {
         const Outcome outcome = file_->node.drain();
         if (!outcome.waits)
             return static_cast<int>(outcome.result);
-        world_.time_.wait(turn.lock, outcome.wakeAt, &world_.unit_, VirtualTime::Rank::Program,
-                          "drain of " + file_->node.path());
+        linked_.time_.wait(turn.lock, outcome.wakeAt, &linked_.unit_, VirtualTime::Rank::Program,
+                           "drain of " + file_->node.path());
     }
 }
 
 bool LinkedFile::readable()
 {
-    if (world_.over_)
+    if (linked_.over_)
         return true;
-    const LinkedUnit::Turn turn = world_.enter();
-    return file_->node.readable(*file_, world_.unit_.clock().now());
+    const LinkedUnit::Turn turn = linked_.enter();
+    return file_->node.readable(*file_, linked_.unit_.clock().now());
 }
 
 } // namespace hxsim

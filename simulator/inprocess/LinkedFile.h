@@ -12,7 +12,7 @@ class LinkedFile : public DeviceFile, public std::enable_shared_from_this<Linked
 public:
     /// `ours` is the unit's end of the socket that represents the file, `socket` the number of the program's end.
     LinkedFile(LinkedUnit& linked, std::unique_ptr<OpenFile> file, int ours, std::uint64_t socket)
-        : world_{linked}, file_{std::move(file)}, ours_{ours}, socket_{socket}
+        : linked_{linked}, file_{std::move(file)}, ours_{ours}, socket_{socket}
     {
     }
     LinkedFile(const LinkedFile&) = delete;
@@ -38,7 +38,7 @@ public:
 private:
     void closeOurs();
 
-    LinkedUnit& world_;
+    LinkedUnit& linked_;
     std::unique_ptr<OpenFile> file_;
     int ours_; ///< -1: the file is closed
     const std::uint64_t socket_;
