@@ -22,10 +22,10 @@ std::string faultName(std::uint32_t code, std::span<const std::uint8_t> in)
 }
 
 /// The errno with which a call must fail, or 0.
-int fate(Faults& faults, const Node& node, const std::string& call)
+int fate(Faults& faults, const Node& node, const std::string& call, const std::string& otherName = {})
 {
     const int error = node.recorded() ? watched(node.path(), call) : 0;
-    return error != 0 ? error : faults.take(node.path(), call);
+    return error != 0 ? error : faults.take(node.path(), call, otherName);
 }
 
 /// Result of a close caused by the end of the program.
@@ -87,13 +87,8 @@ std::int64_t Calls::ioctl(Caller caller, OpenFile& file, std::uint32_t code, std
 {
     Faults& faults = unit_.faults();
     int fault = 0;
-    if (!faults.empty() || callsAreWatched()) {
-        const std::string name = faultName(code, in);
-        fault = fate(faults, file.node, name);
-        // A request without a name of its own counts as one call, also for a fault that skips some calls.
-        if (fault == 0 && name != requestName(code))
-            fault = faults.take(file.node.path(), requestName(code));
-    }
+    if (!faults.empty() || callsAreWatched())
+        fault = fate(faults, file.node, faultName(code, in), requestName(code));
     const std::int64_t result = fault != 0 ? -fault : answerIoctl(caller, file, code, in, out);
     if (result >= 0 && file.node.recorded())
         showAnswer(out);

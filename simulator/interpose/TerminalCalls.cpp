@@ -36,6 +36,8 @@ std::string actionOf(int when, const termios& settings)
 
 int setTerminal(const Descriptor& descriptor, int when, const termios& settings)
 {
+    if (when != TCSANOW && when != TCSADRAIN && when != TCSAFLUSH)
+        return -EINVAL; // the C library looks at this before anything else
     if (const int error = fateOf(descriptor, "tcsetattr", actionOf(when, settings)); error != 0)
         return error;
     if (when != TCSANOW)
@@ -48,6 +50,8 @@ int setTerminal(const Descriptor& descriptor, int when, const termios& settings)
 
 int flushTerminal(const Descriptor& descriptor, int queue)
 {
+    if (queue != TCIFLUSH && queue != TCOFLUSH && queue != TCIOFLUSH)
+        return descriptor.serial ? -EINVAL : -ENOTTY;
     const char* const name = queue == TCIFLUSH ? "input" : queue == TCOFLUSH ? "output" : "both";
     if (const int error = fateOf(descriptor, "tcflush", std::string{"tcflush "} + name); error != 0)
         return error;

@@ -209,13 +209,21 @@ void BoardLibrary::install(Work& work)
     work.result(refuses ? 0 : 1);
 }
 
+/// One processor board; without a class all boards.
+std::uint32_t BoardLibrary::boardsOf(const std::string& className) const
+{
+    if (className.empty())
+        return boards;
+    return className == "CPU" ? std::min(boards, 1U) : 0;
+}
+
 void BoardLibrary::countBoards(Work& work)
 {
-    const bool all = work.bytes.empty();
-    work.words = all ? " any" : " CPU";
+    const std::string className{work.bytes.begin(), work.bytes.end()};
+    work.words = ' ' + (className.empty() ? "any" : className);
     if (fails(work))
         return;
-    work.result(all ? boards : std::min(boards, 1U));
+    work.result(boardsOf(className));
 }
 
 void BoardLibrary::openBoard(Work& work)
@@ -225,8 +233,7 @@ void BoardLibrary::openBoard(Work& work)
     work.words = ' ' + (className.empty() ? "any" : className) + ' ' + std::to_string(number);
     if (fails(work))
         return;
-    const std::uint32_t there = className.empty() ? boards : className == "CPU" ? std::min(boards, 1U) : 0;
-    work.check(number < there, ENODEV);
+    work.check(number < boardsOf(className), ENODEV);
     if (work.error != 0)
         return;
     handles_.insert(++lastHandle_);

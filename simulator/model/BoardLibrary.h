@@ -70,6 +70,7 @@ private:
     void writeRegister(Work& work);
     void readRegister(Work& work);
     void transfer(Work& work, std::span<const std::uint8_t> written);
+    [[nodiscard]] std::uint32_t boardsOf(const std::string& className) const;
     [[nodiscard]] bool isOpen(std::uint32_t handle) const { return handles_.contains(handle); }
 
     Unit& unit_;

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <utility>
 
+#include "simulator/model/Text.h"
+
 namespace hxsim {
 
 namespace {
@@ -46,11 +48,14 @@ Buzzer::Buzzer(Unit& unit) : unit_{unit}
     Properties& properties = unit.properties();
     properties.number("buzzer.frequency", frequency, 0, 0xFFFF, "hertz");
     properties.number("buzzer.volume", volume, 0, 0xFFFF, "0 to 51 are in use");
-    properties.number("buzzer.trigger", trigger, 0, 0xFF, "the trigger's byte");
+    properties.add(
+        "buzzer.trigger", [this] { return std::to_string(trigger); },
+        [this](const std::string& text) { sound(static_cast<std::uint8_t>(parseNumber(text, 0, 0xFF))); },
+        "the trigger's byte");
     properties.readOnly(
         "buzzer.sounding", [this] { return trigger != 0 ? "on" : "off"; }, "whether it sounds now");
     properties.readOnly(
-        "buzzer.beeps", [this] { return std::to_string(beeps.size()); }, "number of beeps so far");
+        "buzzer.beeps", [this] { return std::to_string(sounded); }, "number of beeps so far");
     properties.readOnly(
         "buzzer.last", [this] { return beeps.empty() ? "none" : shown(beeps.back()); },
         "duration, frequency and volume of the last time that it sounded");
@@ -62,9 +67,12 @@ void Buzzer::sound(std::uint8_t wanted)
     const Time now = unit_.clock().now();
     if (!was && wanted != 0) {
         current_ = {now, Time{0}, frequency, volume};
-    } else if (was && wanted == 0 && beeps.size() < kKept) {
+    } else if (was && wanted == 0) {
         current_.duration = now - current_.begin;
         beeps.push_back(current_);
+        ++sounded;
+        if (beeps.size() > kKept)
+            beeps.pop_front();
     }
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
+#include <deque>
 
 #include "simulator/model/Hardware.h"
 
@@ -24,7 +24,8 @@ public:
     std::uint16_t frequency = 2000; ///< hertz
     std::uint16_t volume = 25;
     std::uint8_t trigger = 0;
-    std::vector<Beep> beeps; ///< those that are over
+    std::uint64_t sounded = 0; ///< beeps that are over
+    std::deque<Beep> beeps;    ///< the last thousand of them
 
 private:
     void sound(std::uint8_t wanted);

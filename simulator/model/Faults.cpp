@@ -16,9 +16,10 @@ bool begins(std::string_view call, std::string_view wanted)
     return call.starts_with(wanted) && (call.size() == wanted.size() || call[wanted.size()] == ' ');
 }
 
-bool matches(const Fault& fault, std::string_view subject, std::string_view call)
+bool matches(const Fault& fault, std::string_view subject, std::string_view call, std::string_view otherName)
 {
-    return (fault.subject == "*" || fault.subject == subject) && (fault.call == "*" || begins(call, fault.call));
+    return (fault.subject == "*" || fault.subject == subject) &&
+           (fault.call == "*" || begins(call, fault.call) || begins(otherName, fault.call));
 }
 
 /// Requests may be written in any hexadecimal form.
@@ -74,10 +75,10 @@ void Faults::clear(std::string_view subject)
     std::erase_if(faults_, [&](const Fault& fault) { return fault.subject == subject; });
 }
 
-int Faults::take(std::string_view subject, std::string_view call)
+int Faults::take(std::string_view subject, std::string_view call, std::string_view otherName)
 {
     for (Fault& fault : faults_) {
-        if (fault.count == 0 || !matches(fault, subject, call))
+        if (fault.count == 0 || !matches(fault, subject, call, otherName))
             continue;
         if (fault.skip > 0) {
             --fault.skip;

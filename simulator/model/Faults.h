@@ -33,8 +33,8 @@ public:
     void clear(std::string_view subject);
     [[nodiscard]] const std::vector<Fault>& all() const { return faults_; }
 
-    /// The errno with which this call must fail, or 0.
-    int take(std::string_view subject, std::string_view call);
+    /// The errno with which this call must fail, or 0. A call may have a second name; it counts once all the same.
+    int take(std::string_view subject, std::string_view call, std::string_view otherName = {});
     [[nodiscard]] bool empty() const { return faults_.empty(); }
 
 private:

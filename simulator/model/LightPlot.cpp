@@ -39,6 +39,18 @@ constexpr const char* kStyle = "<style>text{font:13px sans-serif;fill:#333}.t{fo
     return text.data();
 }
 
+/// As text between two tags.
+std::string escaped(const std::string& text)
+{
+    std::string shown;
+    for (const char c : text)
+        if (c == '<' || c == '&')
+            shown += c == '<' ? "&lt;" : "&amp;";
+        else
+            shown += c;
+    return shown;
+}
+
 /// Step between grid lines, so that there are about eight of them.
 double niceStep(double range)
 {
@@ -114,7 +126,7 @@ private:
                       kWidth, kHeight, kWidth, kHeight);
         text_ += kStyle;
         text_ += formatted("<rect width=\"%g\" height=\"%g\" fill=\"#fff\"/>\n", kWidth, kHeight);
-        label(kLeft, 24, "t", title);
+        label(kLeft, 24, "t", escaped(title));
         label(kRight - 330, 40, "", "line: light as set, dots: as the sensor reports it");
         label(kRight - 330, kLevelTop - 8, "", "line: level of the backlight as written");
     }

@@ -155,7 +155,8 @@ void Microcontroller::cutPower()
 void Microcontroller::restorePower()
 {
     cutAtByte = cutAtAck = 0;
-    boot();
+    if (state == State::Off)
+        boot();
 }
 
 void Microcontroller::receive(std::uint8_t byte)

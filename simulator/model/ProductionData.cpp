@@ -186,10 +186,13 @@ std::string ProductionData::value(const Eeprom& part, std::string_view key)
 void ProductionData::setValue(Eeprom& part, const std::string& key, const std::string& value)
 {
     std::string text = part.text();
-    if (const Found found = find(text, key); found.line != std::string::npos)
+    if (const Found found = find(text, key); found.line != std::string::npos) {
         text.replace(found.value, found.end - found.value, value);
-    else
+    } else {
+        if (!text.empty() && !text.ends_with("\r\n"))
+            text += "\r\n"; // the last line had no end
         text.append(key).append(":").append(value).append("\r\n");
+    }
     part.setText(text);
 }
 

@@ -62,7 +62,10 @@ Supervisor::Supervisor(Unit& unit)
 void Supervisor::describeLoads()
 {
     const auto load = [this](std::uint8_t number, const std::string& name) {
-        power.property(number, name, "whether it has power now", {0, 1});
+        unit_.properties().add(
+            name, [this, number] { return std::to_string(power[number]); },
+            [this, number](const std::string& text) { (void)writeLoad(number, parseNumber(text, 0, 1) != 0); },
+            "whether it has power now");
         power.onWrite(number, [this, number](std::uint16_t value) { return writeLoad(number, value != 0); });
     };
     load(kBacklight, "power.backlight");

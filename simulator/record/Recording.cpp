@@ -75,14 +75,17 @@ public:
 private:
     [[nodiscard]] std::uint8_t pair() const
     {
-        return static_cast<std::uint8_t>(parseNumber("0x" + std::string{rest_.substr(0, 2)}, 0, 0xFF));
+        const std::string digits{rest_.substr(0, 2)};
+        if (digits.size() != 2)
+            throw BadText{"'" + digits + "' is not a byte of two digits"};
+        return static_cast<std::uint8_t>(parseNumber("0x" + digits, 0, 0xFF));
     }
     Bytes pairs()
     {
         Bytes bytes;
         do {
             bytes.push_back(pair());
-            rest_.remove_prefix(std::min<std::size_t>(2, rest_.size()));
+            rest_.remove_prefix(2);
         } while (rest_.size() > 2 && rest_[0] == ' ' && std::isxdigit(static_cast<unsigned char>(rest_[1])) != 0 &&
                  skip(" "));
         return bytes;

@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// What a program changes and asks by a path: the unit's own files, never its devices, and nothing of the machine.
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <dirent.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <pthread.h>
+#include <string>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "testing/SimulatedUnit.h"
+#include "testing/TemporaryFolder.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr char kSettings[] = "/opt/etc/hxaux.ini";
+constexpr char kDevice[] = "/dev/backlight";
+
+class ChangeCalls : public testing::Test {
+protected:
+    void fill(const std::string& content) const { std::ofstream{unit.settingsFile()} << content; }
+    [[nodiscard]] std::string content() const
+    {
+        std::string text;
+        std::getline(std::ifstream{unit.settingsFile()}, text, '\0');
+        return text;
+    }
+
+    SimulatedUnit unit{};
+    const TemporaryFolder scratch{};
+};
+
+/// Expects a call to fail with this errno.
+#define EXPECT_FAILS(call, error)                                                                                      \
+    do {                                                                                                               \
+        errno = 0;                                                                                                     \
+        EXPECT_EQ(call, -1);                                                                                           \
+        EXPECT_EQ(errno, error);                                                                                       \
+    } while (false)
+
+TEST_F(ChangeCalls, ChangeTheUnitsFiles)
+{
+    fill("0123456789");
+
+    EXPECT_EQ(::truncate(kSettings, 4), 0);
+    EXPECT_EQ(content(), "0123");
+    EXPECT_EQ(::chmod(kSettings, 0600), 0);
+    EXPECT_EQ(fs::status(unit.settingsFile()).permissions(), fs::perms{0600});
+    EXPECT_THAT(unit.callsTo(kSettings), Contains("truncate"));
+}
+
+TEST_F(ChangeCalls, ChangeNoDevice)
+{
+    EXPECT_FAILS(::truncate(kDevice, 0), EPERM);
+    EXPECT_FAILS(::chmod(kDevice, 0600), EPERM);
+    EXPECT_FAILS(::chown(kDevice, 0, 0), EPERM);
+    EXPECT_FAILS(::mkdir(kDevice, 0700), EPERM);
+    EXPECT_FAILS(::rmdir(kDevice), EPERM);
+    EXPECT_FAILS(::symlink("/tmp", kDevice), EPERM);
+    EXPECT_FAILS(::unlink(kDevice), EPERM);
+    EXPECT_EQ(::access(kDevice, F_OK), 0);
+}
+
+TEST_F(ChangeCalls, FindNothingWhereTheUnitLacksIt)
+{
+    unit.describe("absent = /dev/backlight");
+
+    EXPECT_FAILS(::chmod(kDevice, 0600), ENOENT);
+    EXPECT_FAILS(::unlink(kDevice), ENOENT);
+    EXPECT_FAILS(::chmod(kSettings, 0600), ENOENT);
+}
+
+TEST_F(ChangeCalls, MoveNothingBetweenUnitAndMachine)
+{
+    fill("mine");
+    const std::string outside = scratch.path() + "/outside";
+    std::ofstream{outside} << "theirs";
+
+    EXPECT_FAILS(::rename(kSettings, (outside + "2").c_str()), EXDEV);
+    EXPECT_FAILS(::rename(outside.c_str(), kSettings), EXDEV);
+    EXPECT_FAILS(::link(outside.c_str(), kSettings), EXDEV);
+    EXPECT_EQ(content(), "mine");
+    EXPECT_TRUE(fs::exists(outside));
+    EXPECT_FALSE(fs::exists(outside + "2"));
+}
+
+TEST_F(ChangeCalls, MoveTheMachinesFilesAsEver)
+{
+    const std::string one = scratch.path() + "/one";
+    std::ofstream{one} << "x";
+
+    EXPECT_EQ(::rename(one.c_str(), (one + "2").c_str()), 0);
+
+    EXPECT_TRUE(fs::exists(one + "2"));
+    EXPECT_THAT(unit.journal(), IsEmpty());
+}
+
+TEST_F(ChangeCalls, FailAsTheyAreAskedTo)
+{
+    fill("mine");
+    unit.fail(kSettings, "unlink", EROFS, 1);
+
+    EXPECT_FAILS(::unlink(kSettings), EROFS);
+    EXPECT_EQ(content(), "mine");
+    EXPECT_EQ(::unlink(kSettings), 0);
+    EXPECT_FALSE(fs::exists(unit.settingsFile()));
+    EXPECT_THAT(unit.callsTo(kSettings), ElementsAre("unlink !EROFS", "unlink"));
+}
+
+TEST_F(ChangeCalls, ShowNoLinkAmongTheUnitsPaths)
+{
+    std::array<char, PATH_MAX> room{};
+    EXPECT_FAILS(::readlink(kDevice, room.data(), room.size()), EINVAL);
+    EXPECT_FAILS(::readlinkat(AT_FDCWD, kDevice, room.data(), room.size()), EINVAL);
+    unit.describe("absent = /dev/backlight");
+    EXPECT_FAILS(::readlink(kDevice, room.data(), room.size()), ENOENT);
+}
+
+TEST_F(ChangeCalls, ResolveTheUnitsPaths)
+{
+    std::array<char, PATH_MAX> room{};
+    EXPECT_STREQ(::realpath("/dev/../dev/./backlight", room.data()), kDevice);
+    const std::unique_ptr<char, decltype(&std::free)> own{::realpath(kDevice, nullptr), std::free};
+    EXPECT_STREQ(own.get(), kDevice);
+    unit.describe("absent = /dev/backlight");
+    EXPECT_EQ(::realpath(kDevice, room.data()), nullptr);
+    EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(ChangeCalls, OpenTheUnitsDirectoriesAndNoDevices)
+{
+    fill("mine");
+    DIR* const folder = ::opendir("/opt/etc");
+    ASSERT_NE(folder, nullptr);
+    bool seen = false;
+    for (const dirent* entry = ::readdir(folder); entry != nullptr; entry = ::readdir(folder))
+        seen = seen || std::string{entry->d_name} == "hxaux.ini";
+    EXPECT_TRUE(seen);
+    EXPECT_EQ(::closedir(folder), 0);
+
+    EXPECT_EQ(::opendir(kDevice), nullptr);
+    EXPECT_EQ(errno, ENOTDIR);
+}
+
+TEST_F(ChangeCalls, ShowExtendedAttributesOfWhatIsThere)
+{
+    std::array<char, 100> room{};
+
+    EXPECT_GE(::listxattr(kDevice, room.data(), room.size()), 0);
+    unit.describe("absent = /dev/backlight");
+    EXPECT_FAILS(::listxattr(kDevice, room.data(), room.size()), ENOENT);
+    EXPECT_FAILS(::getxattr(kDevice, "user.x", room.data(), room.size()), ENOENT);
+}
+
+TEST_F(ChangeCalls, OpenStreamsOfAttributesForReadingOnly)
+{
+    FILE* const stream = std::fopen("/etc/firmware.ver", "r");
+    ASSERT_NE(stream, nullptr);
+    std::array<char, 20> line{};
+    EXPECT_STREQ(std::fgets(line.data(), line.size(), stream), "2.1.0.5\n");
+    EXPECT_EQ(std::fclose(stream), 0);
+
+    EXPECT_EQ(std::fopen("/etc/firmware.ver", "w"), nullptr);
+    EXPECT_EQ(errno, EACCES);
+    EXPECT_EQ(std::fopen(kDevice, "r"), nullptr);
+    EXPECT_EQ(errno, EACCES);
+}
+
+TEST_F(ChangeCalls, CloseAFileEvenWhenItsCloseIsAskedToFail)
+{
+    FILE* const stream = std::fopen(kSettings, "w");
+    ASSERT_NE(stream, nullptr);
+    std::fputs("A=1", stream);
+    unit.fail(kSettings, "fclose", ENOSPC, 1);
+
+    EXPECT_EQ(std::fclose(stream), -1);
+    EXPECT_EQ(errno, ENOSPC);
+    EXPECT_EQ(content(), "A=1");
+}
+
+TEST_F(ChangeCalls, StartNoThreadWhenThatIsAskedToFail)
+{
+    unit.fail("thread", "start", EAGAIN, 1);
+    pthread_t thread{};
+
+    EXPECT_EQ(pthread_create(
+                  &thread, nullptr, [](void*) -> void* { return nullptr; }, nullptr),
+              EAGAIN);
+    ASSERT_EQ(pthread_create(
+                  &thread, nullptr, [](void* value) { return value; }, this),
+              0);
+    void* result = nullptr;
+    EXPECT_EQ(pthread_join(thread, &result), 0);
+    EXPECT_EQ(result, this);
+    EXPECT_THAT(unit.callsTo("thread"), ElementsAre("start !EAGAIN", "start"));
+}
+
+TEST_F(ChangeCalls, RecordTheMaskOfNewFiles)
+{
+    const mode_t before = ::umask(027);
+    EXPECT_EQ(::umask(before), mode_t{027});
+
+    EXPECT_THAT(unit.callsTo("umask"), Contains("027"));
+}
+
+TEST_F(ChangeCalls, LoadTheBoardLibraryOfTheUnit)
+{
+    void* const library = dlopen("libjida.so", RTLD_LAZY);
+    ASSERT_NE(library, nullptr) << dlerror();
+    EXPECT_NE(dlsym(library, "JidaI2CWrite"), nullptr);
+    dlclose(library);
+
+    unit.describe("absent = libjida.so");
+    EXPECT_EQ(dlopen("libjida.so", RTLD_LAZY), nullptr);
+    EXPECT_NE(dlerror(), nullptr) << "with a text, as ever";
+    EXPECT_THAT(unit.callsTo("libjida.so"), ElementsAre("dlopen", "dlopen !ENOENT"));
+}
+
+TEST_F(ChangeCalls, LoadABoardLibraryThatLacksAFunction)
+{
+    unit.describe("absent = JidaI2CWrite");
+    void* const library = dlopen("libjida.so", RTLD_LAZY);
+    ASSERT_NE(library, nullptr) << dlerror();
+
+    EXPECT_EQ(dlsym(library, "JidaI2CWrite"), nullptr);
+    EXPECT_NE(dlsym(library, "JidaBoardClose"), nullptr);
+    dlclose(library);
+}
+
+} // namespace

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/model/Suggestion.h"
+
+#include "tests/simulator/model/ModelTest.h"
+
+using hxsim::suggestion;
+using modeltest::kNameOfRow;
+using modeltest::Named;
+
+namespace {
+
+struct Row : Named {
+    const char* written;
+    const char* nearest; ///< empty: none is near
+};
+
+class SuggestionFor : public testing::TestWithParam<Row> {};
+
+TEST_P(SuggestionFor, IsTheNearestName)
+{
+    const std::string nearest = GetParam().nearest;
+
+    EXPECT_EQ(suggestion(GetParam().written, {"backlight", "buzzer", "voltage.0", "voltage.1", "open"}),
+              nearest.empty() ? "" : "; did you mean '" + nearest + "'?");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Suggestion, SuggestionFor,
+    testing::Values(Row{{"LetterMissing"}, "buzer", "buzzer"}, Row{{"LetterTooMany"}, "bbuzzer", "buzzer"},
+                    Row{{"LetterChanged"}, "buzzet", "buzzer"}, Row{{"LettersSwapped"}, "opne", "open"},
+                    Row{{"TwoLettersMissing"}, "bcklght", "backlight"}, Row{{"TooFar"}, "bzr", ""},
+                    Row{{"NothingAlike"}, "xyz", ""}, Row{{"Empty"}, "", ""}, Row{{"Begin"}, "b", "backlight"},
+                    Row{{"FirstOfEqual"}, "voltage.2", "voltage.0"}, Row{{"ShortNameWithAChange"}, "opan", "open"}),
+    kNameOfRow);
+
+TEST(Suggestion, IsNothingAmongNoNames)
+{
+    EXPECT_EQ(suggestion("open", {}), "");
+}
+
+TEST(Suggestion, IsFoundAmongTheKeysOfAMap)
+{
+    const std::map<std::string, int> rows{{"open", 1}, {"close", 2}};
+
+    EXPECT_EQ(hxsim::suggestionFrom("clse", rows), "; did you mean 'close'?");
+}
+
+} // namespace

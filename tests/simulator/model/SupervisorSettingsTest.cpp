@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// The registers of "/dev/conf-id": which setting each one is, and what the firmware takes for it.
+#include "simulator/model/SupervisorSettings.h"
+
+#include "simulator/model/Supervisor.h"
+#include "tests/simulator/model/ModelTest.h"
+
+using namespace hxsim;
+using namespace std::chrono_literals;
+using modeltest::kNameOfRow;
+using modeltest::Named;
+
+namespace {
+
+constexpr char kPath[] = "/dev/conf-id";
+
+struct Setting : Named {
+    std::uint8_t number;
+    const char* property;
+    unsigned value;
+};
+
+class SupervisorSetting : public modeltest::ModelTest, public testing::WithParamInterface<Setting> {};
+
+TEST_P(SupervisorSetting, IsTheRegisterThatProgramsReadAndWrite)
+{
+    const Setting& row = GetParam();
+    ASSERT_NE(property(row.property), std::to_string(row.value));
+
+    EXPECT_EQ(setReg(kPath, row.number, row.value), 0);
+    EXPECT_EQ(property(row.property), std::to_string(row.value));
+    EXPECT_EQ(reg(kPath, row.number), static_cast<int>(row.value));
+}
+
+TEST_P(SupervisorSetting, IsReadAsItWasSetFromOutside)
+{
+    set(GetParam().property, std::to_string(GetParam().value));
+
+    EXPECT_EQ(reg(kPath, GetParam().number), static_cast<int>(GetParam().value));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Settings, SupervisorSetting,
+    testing::Values(Setting{{"ButtonDebounce"}, 0, "config.button-debounce", 65535},
+                    Setting{{"ButtonTime"}, 1, "config.button-time", 3000},
+                    Setting{{"SignalTimeLow"}, 3, "config.signal-time.low", 0x1234},
+                    Setting{{"SignalTimeHigh"}, 20, "config.signal-time.high", 1},
+                    Setting{{"SuspendTime"}, 4, "config.suspend-time", 1440}, Setting{{"Can"}, 7, "config.can", 0},
+                    Setting{{"FirstVideo"}, 8, "config.video.1", 0}, Setting{{"SecondVideo"}, 11, "config.video.2", 2},
+                    Setting{{"ThirdVideo"}, 12, "config.video.3", 4}, Setting{{"FourthVideo"}, 13, "config.video.4", 8},
+                    Setting{{"Fan"}, 9, "config.fan", 1}, Setting{{"StartupVoltage"}, 10, "config.voltage", 1241},
+                    Setting{{"HeatingLimit"}, 14, "config.heating", 31},
+                    Setting{{"ShortPress"}, 16, "config.short-press", 2},
+                    Setting{{"LongPress"}, 17, "config.long-press", 0}, Setting{{"Signal"}, 18, "config.signal", 1},
+                    Setting{{"Trigger"}, 19, "config.trigger", 2}, Setting{{"PowerOn"}, 21, "config.power-on", 0xFFFF}),
+    kNameOfRow);
+
+struct Edge : Named {
+    std::uint8_t number;
+    unsigned low;
+    unsigned high;
+};
+
+class LimitedSetting : public modeltest::ModelTest, public testing::WithParamInterface<Edge> {};
+
+TEST_P(LimitedSetting, TakesItsRangeAndNoMore)
+{
+    const Edge& row = GetParam();
+
+    EXPECT_EQ(setReg(kPath, row.number, row.low), 0);
+    EXPECT_EQ(setReg(kPath, row.number, row.high), 0);
+    EXPECT_EQ(setReg(kPath, row.number, row.high + 1), -EINVAL);
+    EXPECT_EQ(reg(kPath, row.number), static_cast<int>(row.high)) << "a refused value changes nothing";
+    if (row.low > 0) {
+        EXPECT_EQ(setReg(kPath, row.number, row.low - 1), -EINVAL);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, LimitedSetting,
+                         testing::Values(Edge{{"TriggersOneToThree"}, 19, 1, 3}, Edge{{"ShortPress"}, 16, 0, 2},
+                                         Edge{{"LongPress"}, 17, 0, 2}, Edge{{"Signal"}, 18, 0, 2},
+                                         Edge{{"TwelveBitsOfVoltage"}, 10, 0, 4095},
+                                         Edge{{"HeatingFromMinus25To5Degrees"}, 14, 31, 61}),
+                         kNameOfRow);
+
+class SettingsTest : public modeltest::ModelTest {
+protected:
+    SupervisorSettings& settings = unit.get<Supervisor>().configuration;
+};
+
+TEST_F(SettingsTest, JoinBothWordsOfTheSignalTime)
+{
+    set("config.signal-time.low", "4660");
+    set("config.signal-time.high", "1");
+
+    EXPECT_EQ(settings.signalTime(), 0x11234 * 1ms);
+}
+
+TEST_F(SettingsTest, CountMillisecondsForTheButtonAndMinutesOfSuspension)
+{
+    set("config.button-time", "65535");
+    set("config.suspend-time", "2");
+
+    EXPECT_EQ(settings.buttonTime(), 65535ms);
+    EXPECT_EQ(settings.suspendTime(), 2min);
+}
+
+TEST_F(SettingsTest, MeasureTheStartupVoltageBehindADividerOfTwelve)
+{
+    set("config.voltage", "1241");
+
+    EXPECT_NEAR(settings.startupVolts(), 11.99794921875, 1e-9);
+}
+
+TEST_F(SettingsTest, CountTheHeatingLimitFromMinus56Degrees)
+{
+    set("config.heating", "31");
+    EXPECT_EQ(settings.heatingCelsius(), -25);
+    set("config.heating", "61");
+    EXPECT_EQ(settings.heatingCelsius(), 5);
+}
+
+TEST_F(SettingsTest, KeepRegistersThatAreNoSetting)
+{
+    EXPECT_EQ(setReg(kPath, 200, 0xBEEF), 0);
+    EXPECT_EQ(reg(kPath, 200), 0xBEEF);
+}
+
+TEST_F(SettingsTest, AreNotAnsweredWithoutTheSupervisor)
+{
+    act("cut", {"ss"});
+
+    EXPECT_EQ(setReg(kPath, 16, 0), -EIO);
+    EXPECT_EQ(reg(kPath, 16), -1);
+    act("restore", {"ss"});
+    EXPECT_EQ(reg(kPath, 16), 1);
+}
+
+TEST_F(SettingsTest, OutlastTheSupply)
+{
+    EXPECT_EQ(setReg(kPath, 16, 0), 0);
+    supplyOffAndOn();
+    EXPECT_EQ(reg(kPath, 16), 0);
+}
+
+} // namespace

@@ -1,0 +1,374 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+// Packets of the protocol at a host in this process, one at a time, without a program or its backend.
+#include "simulator/server/Host.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <thread>
+#include <unistd.h>
+
+#include "simulator/file/Terminal.h"
+#include "simulator/protocol/Channel.h"
+#include "testing/TemporaryFolder.h"
+#include "tests/simulator/model/ModelTest.h"
+
+using namespace hxsim;
+using namespace std::chrono_literals;
+using modeltest::Bytes;
+using testing::HasSubstr;
+
+namespace {
+
+using wire::Kind;
+
+constexpr int kProcess = 4711;
+
+/// A unit that is served by a thread of the test, a thousand times faster than real time.
+class Served {
+public:
+    Served()
+    {
+        const char* const before = std::getenv("XDG_RUNTIME_DIR");
+        before_ = before == nullptr ? "" : before;
+        setenv("XDG_RUNTIME_DIR", scratch_.path().c_str(), 1);
+        host_ = std::make_unique<Host>("served", 1000);
+        server_ = std::thread{[this] { host_->run(-1, [] { return false; }); }};
+    }
+    ~Served()
+    {
+        const int fd = connectTo(host_->folder(), "");
+        const std::string stop{"stop\0", 5};
+        Packet answer;
+        EXPECT_TRUE(ask(fd, {Kind::Command, 0, 0, 0, 0, 0, 0}, bytesOf(stop), answer));
+        server_.join();
+        ::close(fd);
+        host_.reset();
+        if (before_.empty())
+            unsetenv("XDG_RUNTIME_DIR");
+        else
+            setenv("XDG_RUNTIME_DIR", before_.c_str(), 1);
+    }
+    Served(const Served&) = delete;
+    Served& operator=(const Served&) = delete;
+
+    [[nodiscard]] const std::string& folder() const { return host_->folder(); }
+
+private:
+    TemporaryFolder scratch_;
+    std::string before_;
+    std::unique_ptr<Host> host_;
+    std::thread server_;
+};
+
+/// A connection to it.
+class Client {
+public:
+    explicit Client(const Served& served) : fd_{connectTo(served.folder(), "")} { EXPECT_GE(fd_, 0); }
+    ~Client() { hangUp(); }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    void hangUp()
+    {
+        if (fd_ >= 0)
+            ::close(std::exchange(fd_, -1));
+    }
+    static wire::Head head(Kind kind, std::uint64_t file = 0, std::int64_t value = 0, std::uint32_t request = 0)
+    {
+        return {kind, request, kProcess, 1, value, 0, file};
+    }
+    Packet ask(const wire::Head& head, const Bytes& bytes = {}) const
+    {
+        Packet answer;
+        EXPECT_TRUE(hxsim::ask(fd_, head, bytes, answer));
+        EXPECT_EQ(answer.head.kind, Kind::Answer);
+        return answer;
+    }
+    Packet ask(Kind kind, const std::string& text, std::int64_t value = 0) const
+    {
+        return ask(head(kind, 0, value), {text.begin(), text.end()});
+    }
+    Packet command(std::vector<std::string> words) const
+    {
+        std::string text;
+        for (const std::string& word : words)
+            text += word + '\0';
+        return ask(Kind::Command, text);
+    }
+    void send(const wire::Head& head, const Bytes& bytes = {}) const { EXPECT_TRUE(sendPacket(fd_, head, bytes)); }
+    Packet receive() const
+    {
+        Packet packet;
+        packet.bytes.resize(wire::kLargestPacket);
+        std::size_t size = 0;
+        EXPECT_EQ(receivePacket(fd_, packet.head, packet.bytes, size, true), Received::Packet);
+        packet.bytes.resize(size);
+        return packet;
+    }
+    [[nodiscard]] bool isOver() const
+    {
+        Packet packet;
+        std::size_t size = 0;
+        return receivePacket(fd_, packet.head, packet.bytes, size, true) == Received::Gone;
+    }
+
+private:
+    int fd_;
+};
+
+class HostTest : public testing::Test {
+protected:
+    const Served served{};
+    Client control{served};
+
+    /// Opens on a connection of its own; the file's number, or -errno.
+    static std::int64_t open(Client& on, const std::string& path, int flags = O_RDWR)
+    {
+        const std::string text = "name-of-" + path + '\0' + path;
+        const Packet answer = on.ask(Kind::Open, text, flags);
+        return answer.head.value < 0 ? answer.head.value : static_cast<std::int64_t>(answer.head.file);
+    }
+    std::string log() { return control.command({"log"}).text(); }
+};
+
+TEST_F(HostTest, SaysWhereEverythingIs)
+{
+    const std::string paths = control.ask(Kind::Hello, "").text();
+
+    EXPECT_THAT(paths, HasSubstr("D /dev/backlight\n"));
+    EXPECT_THAT(paths, HasSubstr("S /dev/ttyS0\n"));
+    EXPECT_THAT(paths, HasSubstr("T /etc/firmware.ver\n"));
+    EXPECT_THAT(paths, HasSubstr("F /opt/etc/hxaux.ini " + served.folder() + "/files/opt/etc/hxaux.ini\n"));
+    EXPECT_THAT(paths, HasSubstr("N " + UnitFolder::markOf(served.folder()) + "\n"));
+    EXPECT_THAT(paths, HasSubstr("R " + served.folder() + "\n"));
+}
+
+TEST_F(HostTest, LocatesWhatIsPresent)
+{
+    EXPECT_EQ(control.ask(Kind::Locate, "/dev/backlight").head.value, 1);
+    control.command({"remove", "/dev/backlight", "libjida.so"});
+    EXPECT_EQ(control.ask(Kind::Locate, "/dev/backlight").head.value, 0);
+    EXPECT_EQ(control.ask(Kind::Absent, "").text(), "/dev/backlight\nlibjida.so\n");
+}
+
+TEST_F(HostTest, CarriesOutARequestOnAFile)
+{
+    Client file{served};
+    const auto number = static_cast<std::uint64_t>(open(file, "/dev/backlight"));
+    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, number, 0, 0x40010003), {0, 99}).head.value, 0);
+
+    const Packet answer = control.ask(Client::head(Kind::Ioctl, number, 0, 0x80010002));
+
+    EXPECT_EQ(answer.head.value, 0);
+    EXPECT_EQ(answer.bytes, Bytes{99});
+    EXPECT_THAT(log(), HasSubstr(" 4711/1 /dev/backlight 0x40010003: 00 63\n"));
+}
+
+TEST_F(HostTest, RefusesWhatTheDriverDoesNotKnow)
+{
+    Client file{served};
+    const auto number = static_cast<std::uint64_t>(open(file, "/dev/backlight"));
+
+    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, number, 0, 0x80019999)).head.value, -ENOTTY);
+    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, number, 0, 0x40010003), {0}).head.value, -EFAULT);
+    EXPECT_EQ(control.ask(Client::head(Kind::Shape, number, 0, 0x80019999)).head.value, -1);
+}
+
+TEST_F(HostTest, ShowsTheShapeOfARequest)
+{
+    Client file{served};
+    const auto number = static_cast<std::uint64_t>(open(file, "/dev/fpgaflash"));
+
+    const Packet answer = control.ask(Client::head(Kind::Shape, number, 0, 0xC218004E));
+
+    EXPECT_EQ(answer.head.value, 536);
+    EXPECT_EQ(answer.head.other, 536);
+}
+
+TEST_F(HostTest, RefusesOpeningsThatCannotBe)
+{
+    Client file{served};
+
+    EXPECT_EQ(open(file, "/dev/nothing"), -ENOENT);
+    EXPECT_EQ(file.ask(Kind::Open, "no path").head.value, -EINVAL);
+    EXPECT_GT(open(file, "/dev/backlight"), 0);
+    EXPECT_EQ(open(file, "/dev/backlight"), -EINVAL) << "a connection is one file";
+}
+
+TEST_F(HostTest, KnowsNoFileOfAnotherNumber)
+{
+    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, 1, 0, 0x80010002)).head.value, -EBADF);
+    EXPECT_EQ(control.ask(Client::head(Kind::Read, 99, 1)).head.value, -EBADF);
+}
+
+TEST_F(HostTest, FindsAFileByTheNameOfItsConnection)
+{
+    Client file{served};
+    const std::int64_t number = open(file, "/dev/backlight", O_RDWR | O_NONBLOCK);
+
+    const Packet found = control.ask(Kind::Which, "name-of-/dev/backlight");
+
+    EXPECT_EQ(static_cast<std::int64_t>(found.head.file), number);
+    EXPECT_EQ(found.head.other, O_RDWR | O_NONBLOCK);
+    EXPECT_EQ(found.text(), "/dev/backlight");
+    EXPECT_EQ(control.ask(Kind::Which, "another").head.value, -ENOENT);
+}
+
+TEST_F(HostTest, ClosesAFileWithItsConnection)
+{
+    Client file{served};
+    const auto number = static_cast<std::uint64_t>(open(file, "/dev/backlight"));
+    file.send(Client::head(Kind::Closing));
+    file.hangUp();
+
+    (void)control.ask(Client::head(Kind::Close, number)); // the host has seen the end when this is answered
+    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, number, 0, 0x80010002)).head.value, -EBADF);
+    EXPECT_THAT(log(), HasSubstr("/dev/backlight close\n"));
+}
+
+TEST_F(HostTest, ReadsAndWritesFiles)
+{
+    Client attribute{served};
+    Client fifo{served};
+    const auto version = static_cast<std::uint64_t>(open(attribute, "/etc/firmware.ver", O_RDONLY));
+    const auto daemon = static_cast<std::uint64_t>(open(fifo, "/tmp/hxauxd.fifo", O_WRONLY));
+
+    EXPECT_EQ(control.ask(Client::head(Kind::Read, version, 3)).text(), "2.1");
+    EXPECT_EQ(control.ask(Client::head(Kind::Read, version, 100)).text(), ".0.5\n");
+    EXPECT_EQ(control.ask(Client::head(Kind::Read, version, 100)).head.value, 0);
+    EXPECT_EQ(control.ask(Client::head(Kind::Write, daemon), {2, 0, 0, 0}).head.value, 4);
+    EXPECT_EQ(control.command({"get", "daemon.commands"}).text(), "2\n");
+    EXPECT_EQ(control.ask(Client::head(Kind::Read, version, -1)).head.value, -EINVAL);
+}
+
+class SerialPortOfAHost : public HostTest {
+protected:
+    Client file{served};
+    std::uint64_t number = static_cast<std::uint64_t>(open(file, "/dev/ttyS0"));
+
+    void terminal(const LineSettings& line)
+    {
+        termios settings = freshTerminal();
+        setLineOf(settings, line);
+        Bytes bytes(sizeof settings);
+        std::memcpy(bytes.data(), &settings, sizeof settings);
+        EXPECT_EQ(control.ask(Client::head(Kind::SetTerminal, number), bytes).head.value, 0);
+    }
+};
+
+TEST_F(SerialPortOfAHost, KeepsItsTerminal)
+{
+    EXPECT_EQ(control.ask(Client::head(Kind::GetTerminal, number)).head.value, 0) << "nobody has set any";
+    terminal({115200, 8, 'e', 1, 0, 30, false});
+
+    const Packet kept = control.ask(Client::head(Kind::GetTerminal, number));
+
+    EXPECT_EQ(kept.head.value, static_cast<std::int64_t>(sizeof(termios)));
+    ASSERT_TRUE(terminalFrom(kept.bytes));
+    EXPECT_EQ(lineOf(*terminalFrom(kept.bytes)).parity, 'e');
+    EXPECT_EQ(control.ask(Client::head(Kind::SetTerminal, number), Bytes(10)).head.value, -EINVAL);
+}
+
+TEST_F(SerialPortOfAHost, EndsAReadAtItsTime)
+{
+    terminal({115200, 8, 'e', 1, 0, 10, false});
+
+    const Packet answer = control.ask(Client::head(Kind::Read, number, 4));
+
+    EXPECT_EQ(answer.head.value, 0);
+    EXPECT_TRUE(answer.bytes.empty());
+}
+
+TEST_F(SerialPortOfAHost, DoesNotLetAReadWaitThatMustNot)
+{
+    terminal({115200, 8, 'e', 1, 1, 0, false});
+    wire::Head head = Client::head(Kind::Read, number, 4);
+    head.other = 1;
+
+    EXPECT_EQ(control.ask(head).head.value, -EAGAIN);
+}
+
+TEST_F(SerialPortOfAHost, EndsAReadThatIsCancelled)
+{
+    terminal({115200, 8, 'e', 1, 1, 0, false});
+    Client reader{served};
+    reader.send(Client::head(Kind::Read, number, 4));
+    reader.send(Client::head(Kind::Cancel));
+
+    EXPECT_EQ(reader.receive().head.value, -EINTR);
+    reader.send(Client::head(Kind::Cancel));
+    EXPECT_EQ(reader.ask(Client::head(Kind::Readable, number)).head.value, 0) << "what does not wait is not cancelled";
+}
+
+TEST_F(SerialPortOfAHost, AnswersAReadWhenBytesCome)
+{
+    terminal({115200, 8, 'e', 1, 1, 0, false});
+    Client router{served};
+    const auto routing = static_cast<std::uint64_t>(open(router, "/dev/uart-redir"));
+    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, routing, 0, 0x4001004C), {0x96}).head.value, 0);
+    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, routing, 0, 0x4001004B), {1}).head.value, 0);
+    Client reader{served};
+    reader.send(Client::head(Kind::Read, number, 4));
+
+    EXPECT_EQ(control.ask(Client::head(Kind::Write, number), {0x7F}).head.value, 1);
+
+    const Packet answer = reader.receive();
+    EXPECT_EQ(answer.head.value, 1);
+    EXPECT_EQ(answer.bytes, Bytes{0x79});
+    EXPECT_EQ(control.ask(Client::head(Kind::Drain, number)).head.value, 0);
+}
+
+TEST_F(HostTest, FailsAndNotesOtherCalls)
+{
+    control.command({"fail", "/any", "sem_wait", "EINTR", "1"});
+    const std::string call{"/any\0sem_wait", 13};
+    EXPECT_EQ(control.ask(Kind::Fault, call).head.value, EINTR);
+    EXPECT_EQ(control.ask(Kind::Fault, call).head.value, 0);
+    EXPECT_EQ(control.ask(Kind::Fault, "nonsense").head.value, 0);
+
+    const std::string note{"/any\0sem_wait\0", 14};
+    control.send(Client::head(Kind::Note, 0, EINTR), {note.begin(), note.end()});
+    EXPECT_THAT(log(), HasSubstr(" 4711/1 /any sem_wait !EINTR\n"));
+}
+
+TEST_F(HostTest, ShowsWhatIsNotedBeforeWhatIsAskedNext)
+{
+    (void)control.ask(Kind::Hello, "");
+    const std::string note{"sleep\0first\0", 12};
+    control.send(Client::head(Kind::Note), {note.begin(), note.end()});
+    Client file{served};
+    (void)open(file, "/dev/backlight");
+
+    EXPECT_THAT(log(), testing::ContainsRegex("sleep first\n.*/dev/backlight open rdwr\n"));
+}
+
+TEST_F(HostTest, FollowsTheLogForWhoAsksForIt)
+{
+    Client follower{served};
+    EXPECT_EQ(follower.command({"follow"}).head.value, 0);
+    Client file{served};
+    (void)open(file, "/dev/backlight");
+
+    EXPECT_THAT(follower.receive().text(), HasSubstr("/dev/backlight open rdwr"));
+}
+
+TEST_F(HostTest, AnswersACommandThatCannotBe)
+{
+    const Packet answer = control.command({"explode"});
+
+    EXPECT_EQ(answer.head.value, 1);
+    EXPECT_EQ(answer.text(), "the unit knows no command 'explode'");
+}
+
+TEST_F(HostTest, EndsAConnectionThatSendsMoreThanAnyProgram)
+{
+    Client flood{served};
+    flood.send(Client::head(Kind::Write), Bytes(wire::kLargestPacket + 1));
+
+    EXPECT_TRUE(flood.isOver());
+    EXPECT_EQ(control.ask(Kind::Locate, "/dev/backlight").head.value, 1) << "the others go on";
+}
+
+} // namespace
