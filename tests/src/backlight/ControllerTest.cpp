@@ -14,6 +14,12 @@ using testing::Not;
 
 namespace {
 
+/// A thread that first looks for its unit after the unit has gone would end the program.
+void waitUntilTheThreadWaits(SimulatedUnit& unit)
+{
+    unit.sleepFor(1); // time moves only when every thread waits
+}
+
 std::size_t startedThreads(SimulatedUnit& unit)
 {
     return unit.callsTo("thread").size();
@@ -49,6 +55,7 @@ TEST(Controller, InitWaitsThenTakesTheSensorThenStartsItsThread)
 
     EXPECT_THAT(unit.journal(), InOrder({"/hxSema.XXXXXX sem_trywait", "sleep 800 ms",
                                          "/dev/lightsensor open rdwr nonblock", "thread start"}));
+    waitUntilTheThreadWaits(unit);
 }
 
 TEST(Controller, SecondInitIsRefusedAtOnceAndStartsNothing)
@@ -62,6 +69,7 @@ TEST(Controller, SecondInitIsRefusedAtOnceAndStartsNothing)
 
     EXPECT_EQ(unit.now(), before);
     EXPECT_EQ(startedThreads(unit), 1U);
+    waitUntilTheThreadWaits(unit);
 }
 
 TEST(Controller, InitWithoutAThreadMayBeRepeated)
@@ -74,6 +82,7 @@ TEST(Controller, InitWithoutAThreadMayBeRepeated)
     EXPECT_EQ(controller.init(), ERR_SUCCESS);
 
     EXPECT_EQ(controller.init(), ERR_INIT_FAILED);
+    waitUntilTheThreadWaits(unit);
 }
 
 TEST(Controller, InitThatIsRepeatedHoldsOneLightSensor)
@@ -89,6 +98,7 @@ TEST(Controller, InitThatIsRepeatedHoldsOneLightSensor)
     EXPECT_EQ(controller.init(), ERR_SUCCESS);
 
     EXPECT_EQ(openSensors(unit), afterOne);
+    waitUntilTheThreadWaits(unit);
 }
 
 TEST(Controller, WithoutItsThreadReleasesEverything)

@@ -264,13 +264,18 @@ struct Sensor {
     int type;
 };
 
+Sensor readSensor(Diagnostic& diagnostic, unsigned char index)
+{
+    short temperature = kUntouched;
+    auto type = static_cast<JidaSensorType>(kUntouched);
+    const eErr err = diagnostic.getPMTemp(index, &temperature, &type);
+    return {err, temperature, type};
+}
+
 Sensor readSensor(unsigned char index)
 {
     Released<Diagnostic> diagnostic{GetDiagnostic()};
-    short temperature = kUntouched;
-    auto type = static_cast<JidaSensorType>(kUntouched);
-    const eErr err = diagnostic->getPMTemp(index, &temperature, &type);
-    return {err, temperature, type};
+    return readSensor(*diagnostic, index);
 }
 
 TEST(ModuleTemperature, WorksWithoutTheSupervisor)
@@ -300,10 +305,11 @@ TEST(ModuleTemperature, CutsTheFractionOffTowardZero)
 TEST(ModuleTemperature, IsReadByTwoThreadsAtOnce)
 {
     SimulatedUnit unit{"temperature.pm.0 = 45"};
+    Released<Diagnostic> diagnostic{GetDiagnostic()}; // shared objects are created and released by one thread
     std::atomic<int> wrong{0};
-    const auto readOften = [&wrong] {
+    const auto readOften = [&] {
         for (int i = 0; i < 1000; ++i)
-            if (const Sensor sensor = readSensor(0); sensor.err != ERR_SUCCESS || sensor.temperature != 45)
+            if (const Sensor sensor = readSensor(*diagnostic, 0); sensor.err != ERR_SUCCESS || sensor.temperature != 45)
                 ++wrong;
     };
 
