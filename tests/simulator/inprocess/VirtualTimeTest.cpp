@@ -286,7 +286,7 @@ TEST_F(VirtualTimeDeathTest, ShowsWhatEachThreadWaitsForWhenNobodyCanGoOn)
             std::unique_lock own{lock};
             (void)time.wait(own, std::nullopt, &channel, Rank::Program, "semaphore /x");
         },
-        "every thread of the program waits for another one .unit's time 0.000 s, 0 running.:\n  semaphore /x\n");
+        "every thread of the program waits for another thread .unit's time 0.000 s, 0 running.:\n  semaphore /x\n");
 }
 
 TEST_F(VirtualTimeDeathTest, EndsHardwareThatTurnsForeverWhileEveryThreadWaits)
@@ -298,7 +298,7 @@ TEST_F(VirtualTimeDeathTest, EndsHardwareThatTurnsForeverWhileEveryThreadWaits)
             std::unique_lock own{lock};
             (void)time.wait(own, std::nullopt, &channel, Rank::Program, "semaphore /x");
         },
-        "every thread of the program waits for another one .unit's time 90000.000 s");
+        "every thread of the program waits for another thread .unit's time 90000.000 s");
 }
 
 } // namespace

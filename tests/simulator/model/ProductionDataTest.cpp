@@ -158,9 +158,11 @@ INSTANTIATE_TEST_SUITE_P(ProductionData, ProductionText,
 
 TEST_F(ProductionDataTest, RefusesOtherEscapes)
 {
-    EXPECT_EQ(refusalOfSet("eeprom.main.text", R"(A:\t)"), R"(eeprom.main.text: '\t' is none of \r, \n, \\ and \xNN)");
+    EXPECT_EQ(refusalOfSet("eeprom.main.text", R"(A:\t)"),
+              R"(eeprom.main.text: '\t' is not one of \r, \n, \\ and \xNN)");
     EXPECT_EQ(refusalOfSet("eeprom.main.text", R"(A:\xZZ)"), "eeprom.main.text: '0xZZ' is not a number");
-    EXPECT_EQ(refusalOfSet("eeprom.main.text", R"(A:\x4)"), R"(eeprom.main.text: '\x' is none of \r, \n, \\ and \xNN)");
+    EXPECT_EQ(refusalOfSet("eeprom.main.text", R"(A:\x4)"),
+              R"(eeprom.main.text: '\x' is not one of \r, \n, \\ and \xNN)");
     EXPECT_EQ(property("eeprom.main.DATA"), "2");
 }
 

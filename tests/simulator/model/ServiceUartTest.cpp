@@ -37,7 +37,7 @@ protected:
     {
         Bytes out(size);
         const Outcome outcome = port.read(*file, out, started);
-        got.assign(out.begin(), out.begin() + std::max<std::ptrdiff_t>(outcome.result, 0));
+        got.assign(out.begin(), out.begin() + static_cast<std::ptrdiff_t>(std::max<std::int64_t>(outcome.result, 0)));
         return outcome;
     }
     bool isReadable() { return port.readable(*file, unit.clock().now()); }

@@ -194,7 +194,7 @@ TEST_F(ChannelTest, AsksAndGetsTheAnswer)
     }};
     Packet answer;
 
-    EXPECT_TRUE(ask(ours, kHead, Bytes{'a', 'b'}, answer));
+    EXPECT_TRUE(exchange(ours, kHead, Bytes{'a', 'b'}, answer));
     host.join();
 
     EXPECT_EQ(answer.head.value, 42);
@@ -210,7 +210,7 @@ TEST_F(ChannelTest, GetsTheLargestAnswer)
     }};
     Packet answer;
 
-    EXPECT_TRUE(ask(ours, kHead, {}, answer));
+    EXPECT_TRUE(exchange(ours, kHead, {}, answer));
     host.join();
 
     EXPECT_EQ(answer.bytes, largest);
@@ -221,7 +221,7 @@ TEST_F(ChannelTest, AsksNoLongerThanItIsToldTo)
     Packet answer;
     answer.bytes = {1, 2, 3};
 
-    EXPECT_FALSE(ask(ours, kHead, {}, answer, 0));
+    EXPECT_FALSE(exchange(ours, kHead, {}, answer, 0));
     EXPECT_EQ(errno, EAGAIN);
     EXPECT_TRUE(answer.bytes.empty());
 }
@@ -231,7 +231,7 @@ TEST_F(ChannelTest, AsksNobodyWhoIsGone)
     hangUp();
     Packet answer;
 
-    EXPECT_FALSE(ask(ours, kHead, {}, answer));
+    EXPECT_FALSE(exchange(ours, kHead, {}, answer));
     EXPECT_NE(errno, EAGAIN);
 }
 

@@ -116,7 +116,7 @@ TEST_F(UnitFolderTest, IsMadeOnceOfAName)
         failure = error.what();
     }
 
-    EXPECT_EQ(failure, "a unit named 'one' runs already");
+    EXPECT_EQ(failure, "a unit named 'one' is already running");
     EXPECT_TRUE(fs::exists(one.path())) << "the first one stays";
     EXPECT_THAT(UnitFolder::running(), ElementsAre("one"));
 }

@@ -147,17 +147,16 @@ TEST_P(BadLineOfARecording, IsRefusedWithItsNumber)
 INSTANTIATE_TEST_SUITE_P(
     Recording, BadLineOfARecording,
     testing::Values(
-        Refusal{{"NoThread"}, "1", "PROCESS.THREAD is missing"},
+        Refusal{{"NoThread"}, "1", "missing PROCESS.THREAD"},
         Refusal{{"NoProcess"}, ".1 0 /dev/backlight close", "'' is not a number"},
         Refusal{{"ProcessZero"}, "0.1 0 /dev/backlight close", "0 is outside 1 to 2147483647"},
         Refusal{{"ThreadZero"}, "1.0 0 /dev/backlight close", "0 is outside 1 to 2147483647"},
-        Refusal{{"NoTime"}, "1.1", "a word is missing"},
-        Refusal{{"TwoBlanks"}, "1.1  0 /dev/backlight close", "a word is missing"},
+        Refusal{{"NoTime"}, "1.1", "missing word"},
+        Refusal{{"TwoBlanks"}, "1.1  0 /dev/backlight close", "missing word"},
         Refusal{{"BadTime"}, "1.1 now /dev/backlight close", "'now' is not a number"},
         Refusal{{"NegativeTime"}, "1.1 -1 /dev/backlight close", "the time is outside 0 to 1000000000 seconds"},
         Refusal{{"EndlessTime"}, "1.1 1e9 /dev/backlight close", "the time is outside 0 to 1000000000 seconds"},
-        Refusal{{"NoDevice"}, "1.1 0", "a word is missing"},
-        Refusal{{"NoCall"}, "1.1 0 /dev/backlight", "the call is missing"},
+        Refusal{{"NoDevice"}, "1.1 0", "missing word"}, Refusal{{"NoCall"}, "1.1 0 /dev/backlight", "missing call"},
         Refusal{{"CallOfNothing"}, "1.1 0 /dev/backlight !EIO", "there is no call '!EIO'"},
         Refusal{{"UnknownCall"}, "1.1 0 /dev/backlight lseek 5", "there is no call 'lseek 5'"},
         Refusal{{"UnknownDevice"},
@@ -169,8 +168,8 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{{"BadBytes"}, "1.1 0 /dev/ttyS0 write: 0g", "'0x0g' is not a number"},
         Refusal{{"HalfAByte"}, "1.1 0 /dev/ttyS0 write: 1", "'1' is not a byte of two digits"},
         Refusal{{"HalfAByteMore"}, "1.1 0 /dev/ttyS0 write: 00 1", "' 1' is not understood"},
-        Refusal{{"OpenQuote"}, "1.1 0 /dev/ttyS0 write: \"abc", "the closing quote is missing"},
-        Refusal{{"OpenEscape"}, "1.1 0 /dev/ttyS0 write: \"abc\\", "the closing quote is missing"},
+        Refusal{{"OpenQuote"}, "1.1 0 /dev/ttyS0 write: \"abc", "missing closing quote"},
+        Refusal{{"OpenEscape"}, "1.1 0 /dev/ttyS0 write: \"abc\\", "missing closing quote"},
         Refusal{{"BadEscape"}, "1.1 0 /dev/ttyS0 write: \"\\xg0\"", "'0xg0' is not a number"},
         Refusal{{"CutEscape"}, "1.1 0 /dev/ttyS0 write: \"\\x0", "'0' is not a byte of two digits"},
         Refusal{{"BadResult"}, "1.1 0 /dev/ttyS0 read 4 = -1", "-1 is outside 0 to 2147483647"},
@@ -179,11 +178,12 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{{"ReadOfNoSize"}, "1.1 0 /dev/ttyS0 read much", "'much' is not a number"},
         Refusal{{"ReadOfMoreThanAsked"},
                 "1.1 0 /dev/ttyS0 read 1 -> 00 01",
-                "the read gives more than the program asked for"},
+                "the read returns more than the program requested"},
         Refusal{{"ReadCountsMoreThanItGives"},
                 "1.1 0 /dev/ttyS0 read 4 -> 00 = 2",
-                "the read gives more than the program asked for"},
-        Refusal{{"WritesMoreThanGiven"}, "1.1 0 /dev/ttyS0 write: 00 = 2", "more is written than the program gave"},
+                "the read returns more than the program requested"},
+        Refusal{
+            {"WritesMoreThanGiven"}, "1.1 0 /dev/ttyS0 write: 00 = 2", "the write takes more than the program gave"},
         Refusal{{"MoreThanDeclared"},
                 "1.1 0 /dev/backlight 0x80021234 -> 01 02 03",
                 "more bytes than the number of the request declares"},
@@ -201,7 +201,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(RecordingTest, RefusesAFileThatIsThereTwice)
 {
     EXPECT_EQ(refusal(kTitle + "file /opt/etc/hxaux.ini \"\"\nfile /opt/etc/hxaux.ini \"A\"\n"),
-              "3: the file /opt/etc/hxaux.ini is there twice");
+              "3: the file /opt/etc/hxaux.ini occurs twice");
 }
 
 TEST_F(RecordingTest, RefusesMoreBytesThanACallCanHave)
@@ -249,13 +249,13 @@ TEST_F(RecordingTest, ComparesWhatIsAskedAndNotWhatIsAnswered)
 {
     const RecordedCall one = call("1.1 0 /dev/backlight 0x80010002 -> 80");
 
-    EXPECT_TRUE(one.asksTheSameAs(call("2.5 7 /dev/backlight 0x80010002 -> 81")));
-    EXPECT_TRUE(one.asksTheSameAs(call("1.1 0 /dev/backlight 0x80010002 !EIO")));
-    EXPECT_FALSE(one.asksTheSameAs(call("1.1 0 /dev/backlight 0x80010004 -> 80")));
-    EXPECT_FALSE(one.asksTheSameAs(call("1.1 0 /dev/lightsensor 0x80010002 -> 80")));
-    EXPECT_FALSE(call("1.1 0 /dev/ttyS0 write: 01").asksTheSameAs(call("1.1 0 /dev/ttyS0 write: 02")));
-    EXPECT_FALSE(call("1.1 0 /dev/ttyS0 read 4").asksTheSameAs(call("1.1 0 /dev/ttyS0 read 5")));
-    EXPECT_FALSE(call("1.1 0 /dev/ttyS0 open rdwr").asksTheSameAs(call("1.1 0 /dev/ttyS0 open rdonly")));
+    EXPECT_TRUE(one.makesTheSameCallAs(call("2.5 7 /dev/backlight 0x80010002 -> 81")));
+    EXPECT_TRUE(one.makesTheSameCallAs(call("1.1 0 /dev/backlight 0x80010002 !EIO")));
+    EXPECT_FALSE(one.makesTheSameCallAs(call("1.1 0 /dev/backlight 0x80010004 -> 80")));
+    EXPECT_FALSE(one.makesTheSameCallAs(call("1.1 0 /dev/lightsensor 0x80010002 -> 80")));
+    EXPECT_FALSE(call("1.1 0 /dev/ttyS0 write: 01").makesTheSameCallAs(call("1.1 0 /dev/ttyS0 write: 02")));
+    EXPECT_FALSE(call("1.1 0 /dev/ttyS0 read 4").makesTheSameCallAs(call("1.1 0 /dev/ttyS0 read 5")));
+    EXPECT_FALSE(call("1.1 0 /dev/ttyS0 open rdwr").makesTheSameCallAs(call("1.1 0 /dev/ttyS0 open rdonly")));
 }
 
 } // namespace

@@ -91,7 +91,7 @@ TEST_F(ReplayTest, ShowsTheLineWhereAProgramAsksSomethingElse)
     EXPECT_EQ(calls->ioctl({1, 1}, *file, 0x80010004, {}, out), -EIO);
 
     EXPECT_TRUE(calls->differed());
-    EXPECT_EQ(difference, "3: the program asks something else\n"
+    EXPECT_EQ(difference, "3: the program makes another call\n"
                           "  recorded: /dev/backlight 0x80010002 -> 11\n"
                           "  now:      /dev/backlight 0x80010004");
 }
@@ -117,7 +117,7 @@ TEST_F(ReplayTest, ShowsWhereAProgramAsksMore)
 
     EXPECT_EQ(level({1, 1}, *file), -EIO);
 
-    EXPECT_EQ(difference, "2: the program asks more than was recorded\n  now:      /dev/backlight 0x80010002");
+    EXPECT_EQ(difference, "2: the program makes more calls than were recorded\n  now:      /dev/backlight 0x80010002");
 }
 
 TEST_F(ReplayTest, ShowsWhatAProgramDidNotAsk)
@@ -127,7 +127,7 @@ TEST_F(ReplayTest, ShowsWhatAProgramDidNotAsk)
     calls->finish();
 
     EXPECT_TRUE(calls->differed());
-    EXPECT_EQ(difference, "3: the program ended without asking this\n  recorded: /dev/backlight 0x80010002 -> 11");
+    EXPECT_EQ(difference, "3: the program ended without this call\n  recorded: /dev/backlight 0x80010002 -> 11");
 }
 
 TEST_F(ReplayTest, LetsThreadsGoInAnyOrderAmongEachOther)

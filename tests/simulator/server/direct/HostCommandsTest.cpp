@@ -112,7 +112,7 @@ TEST_F(HostCommandsTest, DoWhatCanBeDoneToTheUnit)
 {
     EXPECT_EQ(text({"do", "touch", "3"}), "");
     EXPECT_EQ(property("touch.finger"), "3");
-    EXPECT_EQ(refusal({"do"}), "an action is missing");
+    EXPECT_EQ(refusal({"do"}), "missing argument: an action");
     EXPECT_EQ(refusal({"do", "touch"}), "touch POINT");
 }
 
@@ -187,15 +187,15 @@ TEST_F(HostCommandsTest, ShowTheScaleOfTime)
 
 TEST_F(HostCommandsTest, RefuseWhatIsNoCommand)
 {
-    EXPECT_EQ(refusal({}), "no command");
-    EXPECT_EQ(refusal({"explode"}), "the unit knows no command 'explode'");
-    EXPECT_EQ(refusal({"Set"}), "the unit knows no command 'Set'");
+    EXPECT_EQ(refusal({}), "missing command");
+    EXPECT_EQ(refusal({"explode"}), "unknown command 'explode'");
+    EXPECT_EQ(refusal({"Set"}), "unknown command 'Set'");
 }
 
 TEST_F(HostCommandsTest, RecordForOneAtATime)
 {
     const TemporaryFolder scratch;
-    EXPECT_EQ(refusal({"record", scratch.path() + "/a"}), "a file and a process are missing");
+    EXPECT_EQ(refusal({"record", scratch.path() + "/a"}), "missing argument: a file and a process");
     EXPECT_EQ(text({"record", scratch.path() + "/a", "1"}), "");
     EXPECT_EQ(refusal({"record", scratch.path() + "/b", "1"}), "this unit is being recorded already");
     EXPECT_EQ(text({"end-record"}), "0");

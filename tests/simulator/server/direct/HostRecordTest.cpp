@@ -121,7 +121,7 @@ TEST_F(HostRecordTest, MakesWhatAReplayUnderstands)
 
 TEST_F(HostRecordTest, KeepsMemoriesInAFolderOnly)
 {
-    EXPECT_EQ(refusalOf([&] { host->keepIn("/dev/null"); }), "nothing can be kept in /dev/null");
+    EXPECT_EQ(refusalOf([&] { host->keepIn("/dev/null"); }), "cannot keep memories in /dev/null");
     EXPECT_EQ(refusalOf([&] { host->keepIn(scratch.path() + "/kept"); }), "");
 }
 

@@ -41,7 +41,7 @@ public:
         const int fd = connectTo(host_->folder(), "");
         const std::string stop{"stop\0", 5};
         Packet answer;
-        EXPECT_TRUE(ask(fd, {Kind::Command, 0, 0, 0, 0, 0, 0}, bytesOf(stop), answer));
+        EXPECT_TRUE(exchange(fd, {Kind::Command, 0, 0, 0, 0, 0, 0}, bytesOf(stop), answer));
         server_.join();
         ::close(fd);
         host_.reset();
@@ -79,23 +79,23 @@ public:
     {
         return {kind, request, kProcess, 1, value, 0, file};
     }
-    Packet ask(const wire::Head& head, const Bytes& bytes = {}) const
+    Packet exchange(const wire::Head& head, const Bytes& bytes = {}) const
     {
         Packet answer;
-        EXPECT_TRUE(hxsim::ask(fd_, head, bytes, answer));
+        EXPECT_TRUE(hxsim::exchange(fd_, head, bytes, answer));
         EXPECT_EQ(answer.head.kind, Kind::Answer);
         return answer;
     }
-    Packet ask(Kind kind, const std::string& text, std::int64_t value = 0) const
+    Packet exchange(Kind kind, const std::string& text, std::int64_t value = 0) const
     {
-        return ask(head(kind, 0, value), {text.begin(), text.end()});
+        return exchange(head(kind, 0, value), {text.begin(), text.end()});
     }
     Packet command(std::vector<std::string> words) const
     {
         std::string text;
         for (const std::string& word : words)
             text += word + '\0';
-        return ask(Kind::Command, text);
+        return exchange(Kind::Command, text);
     }
     void send(const wire::Head& head, const Bytes& bytes = {}) const { EXPECT_TRUE(sendPacket(fd_, head, bytes)); }
     Packet receive() const
@@ -127,7 +127,7 @@ protected:
     static std::int64_t open(Client& on, const std::string& path, int flags = O_RDWR)
     {
         const std::string text = "name-of-" + path + '\0' + path;
-        const Packet answer = on.ask(Kind::Open, text, flags);
+        const Packet answer = on.exchange(Kind::Open, text, flags);
         return answer.head.value < 0 ? answer.head.value : static_cast<std::int64_t>(answer.head.file);
     }
     std::string log() { return control.command({"log"}).text(); }
@@ -135,7 +135,7 @@ protected:
 
 TEST_F(HostTest, SaysWhereEverythingIs)
 {
-    const std::string paths = control.ask(Kind::Hello, "").text();
+    const std::string paths = control.exchange(Kind::Hello, "").text();
 
     EXPECT_THAT(paths, HasSubstr("D /dev/backlight\n"));
     EXPECT_THAT(paths, HasSubstr("S /dev/ttyS0\n"));
@@ -147,19 +147,19 @@ TEST_F(HostTest, SaysWhereEverythingIs)
 
 TEST_F(HostTest, LocatesWhatIsPresent)
 {
-    EXPECT_EQ(control.ask(Kind::Locate, "/dev/backlight").head.value, 1);
+    EXPECT_EQ(control.exchange(Kind::Locate, "/dev/backlight").head.value, 1);
     control.command({"remove", "/dev/backlight", "libjida.so"});
-    EXPECT_EQ(control.ask(Kind::Locate, "/dev/backlight").head.value, 0);
-    EXPECT_EQ(control.ask(Kind::Absent, "").text(), "/dev/backlight\nlibjida.so\n");
+    EXPECT_EQ(control.exchange(Kind::Locate, "/dev/backlight").head.value, 0);
+    EXPECT_EQ(control.exchange(Kind::Absent, "").text(), "/dev/backlight\nlibjida.so\n");
 }
 
 TEST_F(HostTest, CarriesOutARequestOnAFile)
 {
     Client file{served};
     const auto number = static_cast<std::uint64_t>(open(file, "/dev/backlight"));
-    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, number, 0, 0x40010003), {0, 99}).head.value, 0);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Ioctl, number, 0, 0x40010003), {0, 99}).head.value, 0);
 
-    const Packet answer = control.ask(Client::head(Kind::Ioctl, number, 0, 0x80010002));
+    const Packet answer = control.exchange(Client::head(Kind::Ioctl, number, 0, 0x80010002));
 
     EXPECT_EQ(answer.head.value, 0);
     EXPECT_EQ(answer.bytes, Bytes{99});
@@ -171,9 +171,9 @@ TEST_F(HostTest, RefusesWhatTheDriverDoesNotKnow)
     Client file{served};
     const auto number = static_cast<std::uint64_t>(open(file, "/dev/backlight"));
 
-    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, number, 0, 0x80019999)).head.value, -ENOTTY);
-    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, number, 0, 0x40010003), {0}).head.value, -EFAULT);
-    EXPECT_EQ(control.ask(Client::head(Kind::Shape, number, 0, 0x80019999)).head.value, -1);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Ioctl, number, 0, 0x80019999)).head.value, -ENOTTY);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Ioctl, number, 0, 0x40010003), {0}).head.value, -EFAULT);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Shape, number, 0, 0x80019999)).head.value, -1);
 }
 
 TEST_F(HostTest, ShowsTheShapeOfARequest)
@@ -181,7 +181,7 @@ TEST_F(HostTest, ShowsTheShapeOfARequest)
     Client file{served};
     const auto number = static_cast<std::uint64_t>(open(file, "/dev/fpgaflash"));
 
-    const Packet answer = control.ask(Client::head(Kind::Shape, number, 0, 0xC218004E));
+    const Packet answer = control.exchange(Client::head(Kind::Shape, number, 0, 0xC218004E));
 
     EXPECT_EQ(answer.head.value, 536);
     EXPECT_EQ(answer.head.other, 536);
@@ -192,15 +192,15 @@ TEST_F(HostTest, RefusesOpeningsThatCannotBe)
     Client file{served};
 
     EXPECT_EQ(open(file, "/dev/nothing"), -ENOENT);
-    EXPECT_EQ(file.ask(Kind::Open, "no path").head.value, -EINVAL);
+    EXPECT_EQ(file.exchange(Kind::Open, "no path").head.value, -EINVAL);
     EXPECT_GT(open(file, "/dev/backlight"), 0);
     EXPECT_EQ(open(file, "/dev/backlight"), -EINVAL) << "a connection is one file";
 }
 
 TEST_F(HostTest, KnowsNoFileOfAnotherNumber)
 {
-    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, 1, 0, 0x80010002)).head.value, -EBADF);
-    EXPECT_EQ(control.ask(Client::head(Kind::Read, 99, 1)).head.value, -EBADF);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Ioctl, 1, 0, 0x80010002)).head.value, -EBADF);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Read, 99, 1)).head.value, -EBADF);
 }
 
 TEST_F(HostTest, FindsAFileByTheNameOfItsConnection)
@@ -208,12 +208,12 @@ TEST_F(HostTest, FindsAFileByTheNameOfItsConnection)
     Client file{served};
     const std::int64_t number = open(file, "/dev/backlight", O_RDWR | O_NONBLOCK);
 
-    const Packet found = control.ask(Kind::Which, "name-of-/dev/backlight");
+    const Packet found = control.exchange(Kind::Which, "name-of-/dev/backlight");
 
     EXPECT_EQ(static_cast<std::int64_t>(found.head.file), number);
     EXPECT_EQ(found.head.other, O_RDWR | O_NONBLOCK);
     EXPECT_EQ(found.text(), "/dev/backlight");
-    EXPECT_EQ(control.ask(Kind::Which, "another").head.value, -ENOENT);
+    EXPECT_EQ(control.exchange(Kind::Which, "another").head.value, -ENOENT);
 }
 
 TEST_F(HostTest, ClosesAFileWithItsConnection)
@@ -223,8 +223,8 @@ TEST_F(HostTest, ClosesAFileWithItsConnection)
     file.send(Client::head(Kind::Closing));
     file.hangUp();
 
-    (void)control.ask(Client::head(Kind::Close, number)); // the host has seen the end when this is answered
-    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, number, 0, 0x80010002)).head.value, -EBADF);
+    (void)control.exchange(Client::head(Kind::Close, number)); // the host has seen the end when this is answered
+    EXPECT_EQ(control.exchange(Client::head(Kind::Ioctl, number, 0, 0x80010002)).head.value, -EBADF);
     EXPECT_THAT(log(), HasSubstr("/dev/backlight close\n"));
 }
 
@@ -235,12 +235,12 @@ TEST_F(HostTest, ReadsAndWritesFiles)
     const auto version = static_cast<std::uint64_t>(open(attribute, "/etc/firmware.ver", O_RDONLY));
     const auto daemon = static_cast<std::uint64_t>(open(fifo, "/tmp/hxauxd.fifo", O_WRONLY));
 
-    EXPECT_EQ(control.ask(Client::head(Kind::Read, version, 3)).text(), "2.1");
-    EXPECT_EQ(control.ask(Client::head(Kind::Read, version, 100)).text(), ".0.5\n");
-    EXPECT_EQ(control.ask(Client::head(Kind::Read, version, 100)).head.value, 0);
-    EXPECT_EQ(control.ask(Client::head(Kind::Write, daemon), {2, 0, 0, 0}).head.value, 4);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Read, version, 3)).text(), "2.1");
+    EXPECT_EQ(control.exchange(Client::head(Kind::Read, version, 100)).text(), ".0.5\n");
+    EXPECT_EQ(control.exchange(Client::head(Kind::Read, version, 100)).head.value, 0);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Write, daemon), {2, 0, 0, 0}).head.value, 4);
     EXPECT_EQ(control.command({"get", "daemon.commands"}).text(), "2\n");
-    EXPECT_EQ(control.ask(Client::head(Kind::Read, version, -1)).head.value, -EINVAL);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Read, version, -1)).head.value, -EINVAL);
 }
 
 class SerialPortOfAHost : public HostTest {
@@ -254,28 +254,28 @@ protected:
         setLineOf(settings, line);
         Bytes bytes(sizeof settings);
         std::memcpy(bytes.data(), &settings, sizeof settings);
-        EXPECT_EQ(control.ask(Client::head(Kind::SetTerminal, number), bytes).head.value, 0);
+        EXPECT_EQ(control.exchange(Client::head(Kind::SetTerminal, number), bytes).head.value, 0);
     }
 };
 
 TEST_F(SerialPortOfAHost, KeepsItsTerminal)
 {
-    EXPECT_EQ(control.ask(Client::head(Kind::GetTerminal, number)).head.value, 0) << "nobody has set any";
+    EXPECT_EQ(control.exchange(Client::head(Kind::GetTerminal, number)).head.value, 0) << "nobody has set any";
     terminal({115200, 8, 'e', 1, 0, 30, false});
 
-    const Packet kept = control.ask(Client::head(Kind::GetTerminal, number));
+    const Packet kept = control.exchange(Client::head(Kind::GetTerminal, number));
 
     EXPECT_EQ(kept.head.value, static_cast<std::int64_t>(sizeof(termios)));
     ASSERT_TRUE(terminalFrom(kept.bytes));
     EXPECT_EQ(lineOf(*terminalFrom(kept.bytes)).parity, 'e');
-    EXPECT_EQ(control.ask(Client::head(Kind::SetTerminal, number), Bytes(10)).head.value, -EINVAL);
+    EXPECT_EQ(control.exchange(Client::head(Kind::SetTerminal, number), Bytes(10)).head.value, -EINVAL);
 }
 
 TEST_F(SerialPortOfAHost, EndsAReadAtItsTime)
 {
     terminal({115200, 8, 'e', 1, 0, 10, false});
 
-    const Packet answer = control.ask(Client::head(Kind::Read, number, 4));
+    const Packet answer = control.exchange(Client::head(Kind::Read, number, 4));
 
     EXPECT_EQ(answer.head.value, 0);
     EXPECT_TRUE(answer.bytes.empty());
@@ -287,7 +287,7 @@ TEST_F(SerialPortOfAHost, DoesNotLetAReadWaitThatMustNot)
     wire::Head head = Client::head(Kind::Read, number, 4);
     head.other = 1;
 
-    EXPECT_EQ(control.ask(head).head.value, -EAGAIN);
+    EXPECT_EQ(control.exchange(head).head.value, -EAGAIN);
 }
 
 TEST_F(SerialPortOfAHost, EndsAReadThatIsCancelled)
@@ -299,7 +299,8 @@ TEST_F(SerialPortOfAHost, EndsAReadThatIsCancelled)
 
     EXPECT_EQ(reader.receive().head.value, -EINTR);
     reader.send(Client::head(Kind::Cancel));
-    EXPECT_EQ(reader.ask(Client::head(Kind::Readable, number)).head.value, 0) << "what does not wait is not cancelled";
+    EXPECT_EQ(reader.exchange(Client::head(Kind::Readable, number)).head.value, 0)
+        << "what does not wait is not cancelled";
 }
 
 TEST_F(SerialPortOfAHost, AnswersAReadWhenBytesCome)
@@ -307,26 +308,26 @@ TEST_F(SerialPortOfAHost, AnswersAReadWhenBytesCome)
     terminal({115200, 8, 'e', 1, 1, 0, false});
     Client router{served};
     const auto routing = static_cast<std::uint64_t>(open(router, "/dev/uart-redir"));
-    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, routing, 0, 0x4001004C), {0x96}).head.value, 0);
-    EXPECT_EQ(control.ask(Client::head(Kind::Ioctl, routing, 0, 0x4001004B), {1}).head.value, 0);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Ioctl, routing, 0, 0x4001004C), {0x96}).head.value, 0);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Ioctl, routing, 0, 0x4001004B), {1}).head.value, 0);
     Client reader{served};
     reader.send(Client::head(Kind::Read, number, 4));
 
-    EXPECT_EQ(control.ask(Client::head(Kind::Write, number), {0x7F}).head.value, 1);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Write, number), {0x7F}).head.value, 1);
 
     const Packet answer = reader.receive();
     EXPECT_EQ(answer.head.value, 1);
     EXPECT_EQ(answer.bytes, Bytes{0x79});
-    EXPECT_EQ(control.ask(Client::head(Kind::Drain, number)).head.value, 0);
+    EXPECT_EQ(control.exchange(Client::head(Kind::Drain, number)).head.value, 0);
 }
 
 TEST_F(HostTest, FailsAndNotesOtherCalls)
 {
     control.command({"fail", "/any", "sem_wait", "EINTR", "1"});
     const std::string call{"/any\0sem_wait", 13};
-    EXPECT_EQ(control.ask(Kind::Fault, call).head.value, EINTR);
-    EXPECT_EQ(control.ask(Kind::Fault, call).head.value, 0);
-    EXPECT_EQ(control.ask(Kind::Fault, "nonsense").head.value, 0);
+    EXPECT_EQ(control.exchange(Kind::Fault, call).head.value, EINTR);
+    EXPECT_EQ(control.exchange(Kind::Fault, call).head.value, 0);
+    EXPECT_EQ(control.exchange(Kind::Fault, "nonsense").head.value, 0);
 
     const std::string note{"/any\0sem_wait\0", 14};
     control.send(Client::head(Kind::Note, 0, EINTR), {note.begin(), note.end()});
@@ -335,7 +336,7 @@ TEST_F(HostTest, FailsAndNotesOtherCalls)
 
 TEST_F(HostTest, ShowsWhatIsNotedBeforeWhatIsAskedNext)
 {
-    (void)control.ask(Kind::Hello, "");
+    (void)control.exchange(Kind::Hello, "");
     const std::string note{"sleep\0first\0", 12};
     control.send(Client::head(Kind::Note), {note.begin(), note.end()});
     Client file{served};
@@ -359,7 +360,7 @@ TEST_F(HostTest, AnswersACommandThatCannotBe)
     const Packet answer = control.command({"explode"});
 
     EXPECT_EQ(answer.head.value, 1);
-    EXPECT_EQ(answer.text(), "the unit knows no command 'explode'");
+    EXPECT_EQ(answer.text(), "unknown command 'explode'");
 }
 
 TEST_F(HostTest, EndsAConnectionThatSendsMoreThanAnyProgram)
@@ -368,7 +369,7 @@ TEST_F(HostTest, EndsAConnectionThatSendsMoreThanAnyProgram)
     flood.send(Client::head(Kind::Write), Bytes(wire::kLargestPacket + 1));
 
     EXPECT_TRUE(flood.isOver());
-    EXPECT_EQ(control.ask(Kind::Locate, "/dev/backlight").head.value, 1) << "the others go on";
+    EXPECT_EQ(control.exchange(Kind::Locate, "/dev/backlight").head.value, 1) << "the others go on";
 }
 
 } // namespace

@@ -84,14 +84,14 @@ TEST_F(KeptMemoryTest, RefusesAPlaceThatIsNoFolder)
     EXPECT_EQ(refusalOf([&] {
                   KeptMemory{unit, scratch.path() + "/file"};
               }),
-              "nothing can be kept in " + scratch.path() + "/file");
+              "cannot keep memories in " + scratch.path() + "/file");
 }
 
 TEST_F(KeptMemoryTest, RefusesAFileOfAnotherSize)
 {
     fill(main, std::string(8191, 'x'));
 
-    EXPECT_EQ(refusalOf([&] { KeptMemory{unit, scratch.path()}; }), main + " has not the size of this memory");
+    EXPECT_EQ(refusalOf([&] { KeptMemory{unit, scratch.path()}; }), main + " does not have the size of this memory");
 }
 
 class PlainFileTest : public KeptMemoryTest {
