@@ -60,8 +60,8 @@ make_image() {
     put_program build/i386/tests/conformance bin/conformance
     put_program build/i386/hxaux bin/hxaux
     put_program build/i386/hx-sim bin/hx-sim
-    install -D build/i386/preload/lib/i386-linux-gnu/libhxsim-preload.so -t "$work/image/preload/lib/i386-linux-gnu"
-    install -D build/i386/preload/lib/i386-linux-gnu/jida/libjida.so -t "$work/image/preload/lib/i386-linux-gnu/jida"
+    install -D build/i386/preload/lib/i386-linux-gnu/libhxsim-preload.so -t "$work/image/bin/preload/lib/i386-linux-gnu"
+    install -D build/i386/preload/lib/i386-linux-gnu/jida/libjida.so -t "$work/image/bin/preload/lib/i386-linux-gnu/jida"
     install build/i386/preload/lib/i386-linux-gnu/jida/libjida.so "$work/image/lib32/"
     (cd "$work/image" && find . | cpio --quiet -o -H newc) | gzip -1 >"$work/image.gz"
 }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/system/conformance/Checks.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -57,11 +60,19 @@ Check refuses(const char* operation, const char* expected, Run run, const Shared
             }};
 }
 
+/// The microcontrollers run this firmware afterwards: its stack is in RAM and its entry in flash.
+firmware::Bytes runnable(firmware::Bytes image)
+{
+    constexpr std::array<std::uint8_t, 8> kVectors{0x00, 0x10, 0x00, 0x20, 0x01, 0x01, 0x00, 0x08};
+    std::ranges::copy(kVectors, image.begin());
+    return image;
+}
+
 } // namespace
 
 Checks upgrades()
 {
-    const firmware::Bytes image = firmware::pattern(1024);
+    const firmware::Bytes image = runnable(firmware::pattern(1024));
     const auto supervisor = std::make_shared<const FirmwareFile>(firmware::intelHexOfSize(95000, image));
     const auto front = std::make_shared<const FirmwareFile>(firmware::intelHexOfSize(50000, image));
     const auto fpga = std::make_shared<const FirmwareFile>(firmware::mcs(image));
