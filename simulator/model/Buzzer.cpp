@@ -23,6 +23,7 @@ std::string shown(const Buzzer::Beep& beep)
 
 Buzzer::Buzzer(Unit& unit) : unit_{unit}
 {
+    beeps.reserve(kKept); // a beep that ends in a program's sleep takes none of the program's memory
     Node& node = unit.addNode("/dev/buzzer");
     node.request(0x8004003E, Takes{0}, Gives{4}, [this](Request& request) {
         request.put16(0, frequency);
@@ -69,10 +70,10 @@ void Buzzer::sound(std::uint8_t wanted)
         current_ = {now, Time{0}, frequency, volume};
     } else if (was && wanted == 0) {
         current_.duration = now - current_.begin;
+        if (beeps.size() == kKept)
+            beeps.erase(beeps.begin());
         beeps.push_back(current_);
         ++sounded;
-        if (beeps.size() > kKept)
-            beeps.pop_front();
     }
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
+#include <vector>
 
 #include "simulator/model/Hardware.h"
 
@@ -25,7 +25,7 @@ public:
     std::uint16_t volume = 25;
     std::uint8_t trigger = 0;
     std::uint64_t sounded = 0; ///< beeps that are over
-    std::deque<Beep> beeps;    ///< the last thousand of them
+    std::vector<Beep> beeps;   ///< the last thousand of them
 
 private:
     void sound(std::uint8_t wanted);
