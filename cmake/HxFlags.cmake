@@ -31,9 +31,14 @@ endif()
 
 # hx_build_for(target abi): nothing for the tree's own ABI, else that of the target alone.
 function(hx_build_for target abi)
-  if(NOT abi STREQUAL HX_ABI)
-    target_compile_options(${target} PRIVATE ${HX_COMPILE_${abi}} $<$<BOOL:${HX_SANITIZE}>:-fno-sanitize=all>)
-    target_link_options(${target} PRIVATE ${HX_LINK_${abi}} $<$<BOOL:${HX_SANITIZE}>:-fno-sanitize=all>)
+  if(abi STREQUAL HX_ABI)
+    return()
+  endif()
+  target_compile_options(${target} PRIVATE ${HX_COMPILE_${abi}})
+  target_link_options(${target} PRIVATE ${HX_LINK_${abi}})
+  if(HX_SANITIZE)
+    target_compile_options(${target} PRIVATE -fno-sanitize=all)
+    target_link_options(${target} PRIVATE -fno-sanitize=all)
   endif()
 endfunction()
 
