@@ -78,7 +78,7 @@ void onIoctl(fuse_req_t request, int code, void* argument, fuse_file_info* info,
         fuse_reply_ioctl(request, static_cast<int>(result), answer.data(), answer.size());
 }
 
-/// Reads until there is an answer. Blocks only this device: its session has a thread of its own.
+/// Reads until there is an answer. Blocks only this device, which has a thread of its own.
 Outcome readWhenReady(fuse_req_t request, OpenFile& file, std::vector<std::uint8_t>& bytes)
 {
     constexpr auto kLook = std::chrono::milliseconds{1};

@@ -14,9 +14,9 @@ namespace hxsim {
 
 /// One STM32 of the unit: its memories, its boot pin, its power, and its faults.
 ///
-/// Flash holds 0xFF after erasing, and programming only clears bits. The result of a bootloader session is firmware
-/// only if the session erased, had no refused write, and was completed: else the chip starts nothing. Faults count from
-/// their injection; 0 means no fault.
+/// Flash holds 0xFF after erasing, and programming only clears bits. What a run of the bootloader
+/// leaves is firmware only if the run erased, had no refused write, and was completed: else the chip starts nothing.
+/// Faults count from their injection; 0 means no fault.
 class Microcontroller {
 public:
     Microcontroller(Unit& unit, const std::string& name, std::uint16_t itsProductId);
@@ -84,9 +84,9 @@ private:
     Unit& unit_;
     RomBootloader bootloader_{*this};
     bool erasing_ = false;
-    bool changed_ = false;       ///< the flash, and the session is not yet complete
-    bool erased_ = false;        ///< in this session with the bootloader
-    bool changeRefused_ = false; ///< in this session
+    bool changed_ = false;       ///< the flash, and the run of the bootloader is not yet complete
+    bool erased_ = false;        ///< in this run of the bootloader
+    bool changeRefused_ = false; ///< in this run of the bootloader
     std::uint64_t starts_ = 0;   ///< identifies an erase that a reset or a power failure has interrupted
 };
 

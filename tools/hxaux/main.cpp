@@ -7,7 +7,7 @@
 namespace {
 
 // The next file opened would get the number of a standard descriptor that the caller has closed, and results would be
-// written into a device. The placeholder opened here cannot be used in that direction.
+// written into a device. What is opened here instead refuses that direction: no input is read, no output is written.
 void occupyStandardDescriptors()
 {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})

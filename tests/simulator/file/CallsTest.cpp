@@ -71,8 +71,8 @@ TEST_F(CallsTest, AreWrittenIntoTheJournalWithCallerAndTime)
 TEST_F(CallsTest, ShowAttributesAsTexts)
 {
     const auto file = open("/etc/firmware.ver", O_RDONLY);
-    Bytes room(100);
-    EXPECT_EQ(calls.read(caller, *file, room, 0ns, true).result, 8);
+    Bytes buffer(100);
+    EXPECT_EQ(calls.read(caller, *file, buffer, 0ns, true).result, 8);
 
     EXPECT_EQ(unit.journal().entries().back().text(), R"(/etc/firmware.ver read 100 -> "2.1.0.5\n")");
 }
@@ -155,15 +155,15 @@ TEST_F(CallsTest, ThatWaitAreWrittenDownWhenTheyEndAndMeetOneFault)
     const auto file = open("/dev/ttyS0");
     node("/dev/ttyS0").setLine(LineSettings{115200, 8, 'e', 1, 0, 10, false});
     unit.journal().clear();
-    Bytes room(4);
+    Bytes buffer(4);
 
-    EXPECT_TRUE(calls.read(caller, *file, room, 0ns, true).waits);
+    EXPECT_TRUE(calls.read(caller, *file, buffer, 0ns, true).waits);
     EXPECT_EQ(journal(), "");
     unit.addFault("/dev/ttyS0 read EIO");
     pass(1s);
-    EXPECT_EQ(calls.read(caller, *file, room, 0ns, false).result, 0);
+    EXPECT_EQ(calls.read(caller, *file, buffer, 0ns, false).result, 0);
     EXPECT_EQ(journal(), "/dev/ttyS0 read 4\n");
-    EXPECT_EQ(calls.read(caller, *file, room, 1s, true).result, -EIO);
+    EXPECT_EQ(calls.read(caller, *file, buffer, 1s, true).result, -EIO);
 }
 
 TEST_F(CallsTest, ThatWriteCanFailToo)

@@ -123,21 +123,21 @@ TEST_F(ChangeCalls, FailAsTheyAreAskedTo)
 
 TEST_F(ChangeCalls, ShowNoLinkAmongTheUnitsPaths)
 {
-    std::array<char, PATH_MAX> room{};
-    EXPECT_FAILS(::readlink(kDevice, room.data(), room.size()), EINVAL);
-    EXPECT_FAILS(::readlinkat(AT_FDCWD, kDevice, room.data(), room.size()), EINVAL);
+    std::array<char, PATH_MAX> buffer{};
+    EXPECT_FAILS(::readlink(kDevice, buffer.data(), buffer.size()), EINVAL);
+    EXPECT_FAILS(::readlinkat(AT_FDCWD, kDevice, buffer.data(), buffer.size()), EINVAL);
     unit.describe("absent = /dev/backlight");
-    EXPECT_FAILS(::readlink(kDevice, room.data(), room.size()), ENOENT);
+    EXPECT_FAILS(::readlink(kDevice, buffer.data(), buffer.size()), ENOENT);
 }
 
 TEST_F(ChangeCalls, ResolveTheUnitsPaths)
 {
-    std::array<char, PATH_MAX> room{};
-    EXPECT_STREQ(::realpath("/dev/../dev/./backlight", room.data()), kDevice);
+    std::array<char, PATH_MAX> buffer{};
+    EXPECT_STREQ(::realpath("/dev/../dev/./backlight", buffer.data()), kDevice);
     const std::unique_ptr<char, decltype(&std::free)> own{::realpath(kDevice, nullptr), std::free};
     EXPECT_STREQ(own.get(), kDevice);
     unit.describe("absent = /dev/backlight");
-    EXPECT_EQ(::realpath(kDevice, room.data()), nullptr);
+    EXPECT_EQ(::realpath(kDevice, buffer.data()), nullptr);
     EXPECT_EQ(errno, ENOENT);
 }
 
@@ -158,12 +158,12 @@ TEST_F(ChangeCalls, OpenTheUnitsDirectoriesAndNoDevices)
 
 TEST_F(ChangeCalls, ShowExtendedAttributesOfWhatIsThere)
 {
-    std::array<char, 100> room{};
+    std::array<char, 100> buffer{};
 
-    EXPECT_GE(::listxattr(kDevice, room.data(), room.size()), 0);
+    EXPECT_GE(::listxattr(kDevice, buffer.data(), buffer.size()), 0);
     unit.describe("absent = /dev/backlight");
-    EXPECT_FAILS(::listxattr(kDevice, room.data(), room.size()), ENOENT);
-    EXPECT_FAILS(::getxattr(kDevice, "user.x", room.data(), room.size()), ENOENT);
+    EXPECT_FAILS(::listxattr(kDevice, buffer.data(), buffer.size()), ENOENT);
+    EXPECT_FAILS(::getxattr(kDevice, "user.x", buffer.data(), buffer.size()), ENOENT);
 }
 
 TEST_F(ChangeCalls, OpenStreamsOfAttributesForReadingOnly)

@@ -37,10 +37,10 @@ protected:
     }
     std::string text(std::size_t size)
     {
-        std::string room(size, '\0');
-        const ssize_t got = ::read(fd, room.data(), size);
-        room.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
-        return room;
+        std::string buffer(size, '\0');
+        const ssize_t got = ::read(fd, buffer.data(), size);
+        buffer.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
+        return buffer;
     }
 
     SimulatedUnit unit{};

@@ -85,11 +85,11 @@ protected:
                    {number, 0, static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8)});
     }
     /// Reads a file of the unit from its start.
-    std::string content(const std::string& path, std::size_t room = 4096)
+    std::string content(const std::string& path, std::size_t size = 4096)
     {
         hxsim::Node& asked = node(path);
         const auto file = asked.open(O_RDONLY);
-        Bytes out(room);
+        Bytes out(size);
         const hxsim::Outcome outcome = asked.read(*file, out, unit.clock().now());
         return outcome.result < 0 ? ""
                                   : std::string{out.begin(), out.begin() + static_cast<std::ptrdiff_t>(outcome.result)};

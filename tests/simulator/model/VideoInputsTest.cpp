@@ -45,8 +45,8 @@ TEST_P(VideoSetting, NeedsItsWholeBlock)
     cut.pop_back();
 
     EXPECT_EQ(put(kFirst, GetParam().write, cut), -EFAULT);
-    Bytes room(cut.size());
-    EXPECT_EQ(request(kFirst, GetParam().read, {}, room), -EFAULT);
+    Bytes buffer(cut.size());
+    EXPECT_EQ(request(kFirst, GetParam().read, {}, buffer), -EFAULT);
 }
 
 INSTANTIATE_TEST_SUITE_P(

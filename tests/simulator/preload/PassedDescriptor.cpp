@@ -6,19 +6,19 @@
 
 namespace {
 
-/// A message of one byte with room for one descriptor.
+/// A message of one byte with space for one descriptor.
 struct Message {
     Message()
     {
         header.msg_iov = &part;
         header.msg_iovlen = 1;
-        header.msg_control = room;
-        header.msg_controllen = sizeof room;
+        header.msg_control = control;
+        header.msg_controllen = sizeof control;
     }
 
     char byte = 0;
     iovec part{&byte, 1};
-    alignas(cmsghdr) char room[CMSG_SPACE(sizeof(int))]{};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))]{};
     msghdr header{};
 };
 

@@ -144,7 +144,7 @@ TEST(IntelHex, SetsTheSegmentEndFromTheOffsetOfALinearRecord)
     EXPECT_EQ(parsed.base, 0x00100800U);
 }
 
-// Segment records are handled differently from the specification of the format; callers rely on the results.
+// Segment records are handled differently from what Intel HEX asks for; callers rely on the results.
 
 TEST(IntelHex, KeepsTheSegmentEndAcrossASegmentRecord)
 {

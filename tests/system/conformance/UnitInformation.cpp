@@ -20,12 +20,12 @@ SharedAbout makeAbout()
 /// The text depends on the unit's production data; its presence and the required size do not.
 Check text(const SharedAbout& about, const char* operation, eErr (About::*getter)(char*, int))
 {
-    return {operation, "0 present; 6 in a room of none", [=] {
+    return {operation, "0 present; 6 in a buffer of none", [=] {
                 std::array<char, 256> value{};
                 const eErr fits = ((*about).*getter)(value.data(), 254);
                 const std::string found = value[0] != '\0' ? " present" : " empty";
                 const eErr tooSmall = ((*about).*getter)(value.data(), 0);
-                return answer(fits) + found + "; " + answer(tooSmall) + " in a room of none";
+                return answer(fits) + found + "; " + answer(tooSmall) + " in a buffer of none";
             }};
 }
 
