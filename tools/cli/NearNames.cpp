@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <numeric>
 
-namespace hxaux {
+namespace cli {
 
 std::size_t editDistance(std::string_view from, std::string_view to)
 {
@@ -54,4 +54,4 @@ std::string suggestion(std::string_view word, const std::vector<std::string>& ca
     return text.empty() ? text : text + "?";
 }
 
-} // namespace hxaux
+} // namespace cli

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace hxaux {
+namespace cli {
 
 /// Edit distance: letters to change, insert, delete or swap to turn one word into the other.
 std::size_t editDistance(std::string_view from, std::string_view to);
@@ -17,4 +17,4 @@ std::vector<std::string> nearNames(std::string_view word, const std::vector<std:
 /// "; did you mean 'a' or 'b'?", or nothing.
 std::string suggestion(std::string_view word, const std::vector<std::string>& candidates);
 
-} // namespace hxaux
+} // namespace cli

@@ -61,7 +61,7 @@ void checkValue(const Argument& argument, const std::string& text)
     const std::string name(argument.name);
     if (argument.kind == Kind::Choice && !argument.names->valueOf(text))
         throw UsageError(name + ": '" + text + "' is not one of " + allowedValues(argument) +
-                         suggestion(text, argument.names->all()));
+                         cli::suggestion(text, argument.names->all()));
     if (!isNumber(argument))
         return;
     const auto number = numberOf(argument, text);
@@ -80,7 +80,7 @@ void refuseUnknownOptions(const Verb& verb, std::vector<std::string> unknown)
     std::vector<std::string> known;
     for (const Argument& option : optionsOf(verb))
         known.push_back("--" + std::string(option.name));
-    throw UsageError("there is no option '" + unknown[0] + "'" + suggestion(unknown[0], known));
+    throw UsageError("there is no option '" + unknown[0] + "'" + cli::suggestion(unknown[0], known));
 }
 
 // Rewords "--every: 1 required TEXT missing" for users.

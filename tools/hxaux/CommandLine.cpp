@@ -51,7 +51,7 @@ std::string unknownObject(const std::string& word)
     Words names;
     for (const Object* object : allObjects())
         names.emplace_back(object->name);
-    const std::string near = suggestion(word, names);
+    const std::string near = cli::suggestion(word, names);
     return "there is no object '" + word + "'" + (near.empty() ? "; the objects are " + objectNames() : near);
 }
 
@@ -65,7 +65,7 @@ std::string verbMistake(const Object& object, const Words& words)
     }
     if (words.empty() || words[0].starts_with("--"))
         return "missing argument: a verb, one of " + all;
-    std::string near = suggestion(words[0], names);
+    std::string near = cli::suggestion(words[0], names);
     return "there is no verb '" + words[0] + "'" + (near.empty() ? "; the verbs are " + all : near);
 }
 
@@ -156,7 +156,8 @@ int runCommandLine(const Words& words)
         return print(markdownReference());
     if (first->starts_with("-"))
         return report(words, Exit::Usage, "", "",
-                      "there is no option '" + *first + "'" + suggestion(*first, {"--help", "--json", "--version"}));
+                      "there is no option '" + *first + "'" +
+                          cli::suggestion(*first, {"--help", "--json", "--version"}));
     const Object* object = findObject(*first);
     if (object == nullptr)
         return report(words, Exit::Usage, "", "", unknownObject(*first));

@@ -3,7 +3,7 @@
 
 #include <gmock/gmock.h>
 
-using namespace hxaux;
+using namespace cli;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
