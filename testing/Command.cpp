@@ -6,6 +6,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
+#include <iterator>
 #include <poll.h>
 #include <pty.h>
 #include <sstream>
@@ -115,11 +117,11 @@ Outcome runOnTerminal(const std::string& command)
     return outcome;
 }
 
-Unit::Unit(const std::vector<std::string>& settings)
+Unit::Unit(const std::vector<std::string>& settings, int scale)
 {
     static int made = 0;
     name_ = "tool-" + std::to_string(getpid()) + "-" + std::to_string(++made);
-    std::string command = "hx-sim start " + name_;
+    std::string command = "hx-sim start --scale " + std::to_string(scale) + " " + name_;
     for (const std::string& setting : settings)
         command += " --set '" + setting + "'";
     const Outcome outcome = hxtest::run(command);
@@ -146,6 +148,23 @@ Outcome Unit::runOnTerminal(const std::string& command) const
     return hxtest::runOnTerminal(line(command));
 }
 
+Process Unit::start(const std::vector<std::string>& words) const
+{
+    return program(HXAUX_PROGRAM, words);
+}
+
+Process Unit::child(const std::vector<std::string>& words) const
+{
+    return program(HXCHILD_PROGRAM, words);
+}
+
+Process Unit::program(const std::string& path, const std::vector<std::string>& words) const
+{
+    std::vector<std::string> command{HXSIM_PROGRAM, "run", "--unit", name_, "--", path};
+    command.insert(command.end(), words.begin(), words.end());
+    return Process{command};
+}
+
 void Unit::control(const std::string& command) const
 {
     const auto space = command.find(' ');
@@ -160,6 +179,24 @@ std::string Unit::property(const std::string& name) const
     while (!text.empty() && text.back() == '\n')
         text.pop_back();
     return text;
+}
+
+std::string Unit::settingsFile() const
+{
+    const char* base = std::getenv("XDG_RUNTIME_DIR");
+    const std::string folder = base != nullptr && *base != '\0' ? base : "/tmp";
+    return folder + "/hx-sim-" + std::to_string(getuid()) + '/' + name_ + "/files/opt/etc/hxaux.ini";
+}
+
+std::string Unit::settings() const
+{
+    std::ifstream stream{settingsFile()};
+    return {std::istreambuf_iterator<char>{stream}, {}};
+}
+
+void Unit::writeSettings(const std::string& text) const
+{
+    std::ofstream{settingsFile()} << text;
 }
 
 nlohmann::json jsonOf(const Outcome& outcome)

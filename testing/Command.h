@@ -2,6 +2,8 @@
 // The functions of the command line tests: run, outputIs, outputMatches, errorIs, errorMatches, statusIs, jsonOf.
 #pragma once
 
+#include "testing/Process.h"
+
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 #include <ostream>
@@ -24,11 +26,13 @@ Outcome run(const std::string& command);
 /// The same with the output on a terminal of 100 columns; standard error goes there as well.
 Outcome runOnTerminal(const std::string& command);
 
-/// A private simulated unit, healthy except for the given settings, as long as the object lives.
+/// A private simulated unit that several programs can share, healthy except for the given settings, as long as the
+/// object lives.
 class Unit {
 public:
-    /// Lines of a description: "voltage.0=12", "absent=/dev/adc-id".
-    explicit Unit(const std::vector<std::string>& settings = {});
+    /// Lines of a description: "voltage.0=12", "absent=/dev/adc-id"; `scale` is the speed of its time relative to real
+    /// time.
+    explicit Unit(const std::vector<std::string>& settings = {}, int scale = 1);
     ~Unit();
     Unit(const Unit&) = delete;
     Unit& operator=(const Unit&) = delete;
@@ -36,14 +40,24 @@ public:
     /// A program with its arguments on the unit: run("hxaux voltage 0"). A prefix is put before hx-sim.
     [[nodiscard]] Outcome run(const std::string& command) const;
     [[nodiscard]] Outcome runOnTerminal(const std::string& command) const;
-    /// The shell command line that does so, for pipes and programs in the background.
+    /// Starts hxaux or hx-child on the unit.
+    [[nodiscard]] Process start(const std::vector<std::string>& words) const;
+    [[nodiscard]] Process child(const std::vector<std::string>& words) const;
+    /// The shell command line of `run`, for pipes and programs in the background.
     [[nodiscard]] std::string line(const std::string& command) const;
 
     /// Commands of hx-sim on this unit: control("set voltage.0 12"), control("fail /dev/adc-id open EIO").
     void control(const std::string& command) const;
     [[nodiscard]] std::string property(const std::string& name) const;
 
+    [[nodiscard]] const std::string& name() const { return name_; }
+    [[nodiscard]] std::string settings() const; ///< the text of its settings file
+    void writeSettings(const std::string& text) const;
+
 private:
+    [[nodiscard]] Process program(const std::string& path, const std::vector<std::string>& words) const;
+    [[nodiscard]] std::string settingsFile() const;
+
     std::string name_;
 };
 

@@ -8,9 +8,6 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -108,74 +105,4 @@ void Process::kill()
         return;
     ::kill(pid_, SIGKILL);
     (void)status();
-}
-
-SharedUnit::SharedUnit(const std::vector<std::string>& description, int scale)
-{
-    static int made = 0;
-    name_ = "processes-" + std::to_string(getpid()) + '-' + std::to_string(++made);
-    std::vector<std::string> command{HXSIM_PROGRAM, "start", "--scale", std::to_string(scale)};
-    for (const std::string& line : description)
-        command.insert(command.end(), {"--set", line});
-    command.push_back(name_);
-    Process start{command};
-    const std::string said = start.rest();
-    if (start.status() != 0)
-        throw std::runtime_error{"hx-sim start: " + said};
-}
-
-SharedUnit::~SharedUnit()
-{
-    Process stop{{HXSIM_PROGRAM, "stop", name_}};
-    (void)stop.status();
-}
-
-std::vector<std::string> SharedUnit::onUnit(const std::string& program, const std::vector<std::string>& words) const
-{
-    std::vector<std::string> command{HXSIM_PROGRAM, "run", "--unit", name_, "--", program};
-    command.insert(command.end(), words.begin(), words.end());
-    return command;
-}
-
-Process SharedUnit::child(const std::vector<std::string>& words) const
-{
-    return Process{onUnit(HXCHILD_PROGRAM, words)};
-}
-
-Process SharedUnit::start(const std::vector<std::string>& words) const
-{
-    return Process{onUnit(HXAUX_PROGRAM, words)};
-}
-
-SharedUnit::Result SharedUnit::hxaux(const std::vector<std::string>& words) const
-{
-    Process tool{start(words)};
-    std::string output = tool.rest();
-    return {output, tool.status()};
-}
-
-std::string SharedUnit::control(const std::string& command, const std::vector<std::string>& words) const
-{
-    std::vector<std::string> whole{HXSIM_PROGRAM, command, "--unit", name_};
-    whole.insert(whole.end(), words.begin(), words.end());
-    Process sim{whole};
-    return sim.rest();
-}
-
-std::string SharedUnit::settingsFile() const
-{
-    const char* base = std::getenv("XDG_RUNTIME_DIR");
-    const std::string folder = base != nullptr && *base != '\0' ? base : "/tmp";
-    return folder + "/hx-sim-" + std::to_string(getuid()) + '/' + name_ + "/files/opt/etc/hxaux.ini";
-}
-
-std::string SharedUnit::settings() const
-{
-    std::ifstream stream{settingsFile()};
-    return {std::istreambuf_iterator<char>{stream}, {}};
-}
-
-void SharedUnit::writeSettings(const std::string& text) const
-{
-    std::ofstream{settingsFile()} << text;
 }

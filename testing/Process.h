@@ -33,36 +33,3 @@ private:
     bool ended_ = false;
     std::string unread_;
 };
-
-/// A private simulated unit that several programs share.
-class SharedUnit {
-public:
-    /// Description lines: what differs from a healthy unit; `scale` is the speed of its time relative to real time.
-    explicit SharedUnit(const std::vector<std::string>& description = {}, int scale = 1);
-    ~SharedUnit();
-    SharedUnit(const SharedUnit&) = delete;
-    SharedUnit& operator=(const SharedUnit&) = delete;
-
-    /// Starts hx-child on the unit.
-    [[nodiscard]] Process child(const std::vector<std::string>& words) const;
-    /// Runs hxaux on the unit and waits for its end.
-    struct Result {
-        std::string output; ///< including standard error
-        int status;
-    };
-    [[nodiscard]] Result hxaux(const std::vector<std::string>& words) const;
-    /// Starts hxaux on the unit.
-    [[nodiscard]] Process start(const std::vector<std::string>& words) const;
-    /// Runs a command of hx-sim for this unit and waits for its end.
-    std::string control(const std::string& command, const std::vector<std::string>& words) const;
-
-    [[nodiscard]] std::string settingsFile() const;
-    [[nodiscard]] std::string settings() const;
-    void writeSettings(const std::string& text) const;
-
-private:
-    [[nodiscard]] std::vector<std::string> onUnit(const std::string& program,
-                                                  const std::vector<std::string>& words) const;
-
-    std::string name_;
-};

@@ -6,8 +6,10 @@
 
 #include <gmock/gmock.h>
 
-#include "testing/Process.h"
+#include "testing/Command.h"
 
+using hxtest::Outcome;
+using hxtest::Unit;
 using testing::HasSubstr;
 
 namespace {
@@ -28,19 +30,19 @@ struct ServedUnit {
         ::kill(service[0].pid(), signal);
         return service[0].status();
     }
-    std::string level() const { return unit.control("get", {"backlight.level"}); }
+    std::string level() const { return unit.property("backlight.level"); }
     /// Waits for a level, with a generous deadline for busy machines.
     bool reaches(const std::string& wanted) const
     {
         for (int tries = 0; tries < 300; ++tries) {
-            if (level() == wanted + "\n")
+            if (level() == wanted)
                 return true;
             std::this_thread::sleep_for(100ms);
         }
         return false;
     }
 
-    SharedUnit unit;
+    Unit unit;
     std::vector<Process> service;
 };
 
@@ -52,19 +54,19 @@ constexpr const char* kQuick = "ABL_averageWndSize=1\nABL_bSoftTransitions=0\nAB
 TEST(AutomaticBacklightService, FollowsTheSettingsOfOtherProcesses)
 {
     const ServedUnit served{"ABL_k=50\n"};
-    EXPECT_EQ(served.unit.hxaux({"backlight", "auto", "params", "at-once"}).status, 0);
-    EXPECT_EQ(served.unit.hxaux({"backlight", "auto", "filter", "1", "0", "50", "auto"}).status, 0);
-    EXPECT_EQ(served.unit.hxaux({"backlight", "auto", "on"}).status, 0);
+    EXPECT_EQ(served.unit.run("hxaux backlight auto params at-once").status, 0);
+    EXPECT_EQ(served.unit.run("hxaux backlight auto filter 1 0 50 auto").status, 0);
+    EXPECT_EQ(served.unit.run("hxaux backlight auto on").status, 0);
     EXPECT_TRUE(served.reaches("218"));
 
-    served.unit.control("set", {"light = 20"});
+    served.unit.control("set 'light = 20'");
     EXPECT_TRUE(served.reaches("134"));
-    EXPECT_EQ(served.unit.hxaux({"backlight", "auto", "off"}).status, 0);
+    EXPECT_EQ(served.unit.run("hxaux backlight auto off").status, 0);
     std::this_thread::sleep_for(2s);
-    served.unit.control("set", {"light = 100"});
+    served.unit.control("set 'light = 100'");
     std::this_thread::sleep_for(3s);
 
-    EXPECT_EQ(served.level(), "134\n");
+    EXPECT_EQ(served.level(), "134");
 }
 
 TEST(AutomaticBacklightService, LearnsFromAnotherProcess)
@@ -72,11 +74,11 @@ TEST(AutomaticBacklightService, LearnsFromAnotherProcess)
     const ServedUnit served{kQuick};
     ASSERT_TRUE(served.reaches("218"));
 
-    EXPECT_EQ(served.unit.hxaux({"backlight", "set", "100"}).status, 0);
+    EXPECT_EQ(served.unit.run("hxaux backlight set 100").status, 0);
     std::this_thread::sleep_for(3s);
 
     EXPECT_THAT(served.unit.settings(), HasSubstr("ABL_k=24."));
-    EXPECT_EQ(served.level(), "100\n");
+    EXPECT_EQ(served.level(), "100");
 }
 
 TEST(AutomaticBacklightService, RepairsTheSettings)
@@ -84,7 +86,7 @@ TEST(AutomaticBacklightService, RepairsTheSettings)
     const ServedUnit served{"ABL_mode=auto\nABL_k=33\n"};
     std::this_thread::sleep_for(1s);
 
-    EXPECT_EQ(served.unit.hxaux({"settings", "list"}).output,
+    EXPECT_EQ(served.unit.run("hxaux settings list").output,
               "ABL_status: 0\nABL_bSoftTransitions: 1\nABL_k: 33\nABL_averageWndSize: 5\n"
               "ABL_rejectWndSize: 5\nABL_rejectDeltaInLux: 50\nABL_mode: 2\n");
 }
@@ -93,10 +95,10 @@ TEST(AutomaticBacklightService, RefusesASecondOneWithTheReason)
 {
     const ServedUnit served{kQuick};
 
-    const SharedUnit::Result second = served.unit.hxaux({"backlight", "serve"});
+    const Outcome second = served.unit.run("hxaux backlight serve");
 
     EXPECT_EQ(second.status, 5);
-    EXPECT_THAT(second.output, HasSubstr("another process already serves the automatic backlight of this unit"));
+    EXPECT_THAT(second.error, HasSubstr("another process already serves the automatic backlight of this unit"));
 }
 
 TEST(AutomaticBacklightService, HasTheAveragingToItself)
@@ -104,10 +106,10 @@ TEST(AutomaticBacklightService, HasTheAveragingToItself)
     const ServedUnit served{kQuick};
     ASSERT_TRUE(served.reaches("218"));
 
-    const SharedUnit::Result other = served.unit.hxaux({"light", "--average"});
+    const Outcome other = served.unit.run("hxaux light --average");
 
     EXPECT_EQ(other.status, 5);
-    EXPECT_THAT(other.output, HasSubstr("(20)"));
+    EXPECT_THAT(other.error, HasSubstr("(20)"));
 }
 
 TEST(AutomaticBacklightService, EndsInOrderAndByTheSignalOnEachSignal)
@@ -119,7 +121,7 @@ TEST(AutomaticBacklightService, EndsInOrderAndByTheSignalOnEachSignal)
         EXPECT_EQ(served.end(signal), 128 + signal);
 
         EXPECT_THAT(served.unit.settings(), HasSubstr("ABL_status=1\n"));
-        EXPECT_EQ(served.unit.hxaux({"light", "--average"}).status, 0);
+        EXPECT_EQ(served.unit.run("hxaux light --average").status, 0);
     }
 }
 
@@ -131,7 +133,7 @@ TEST(AutomaticBacklightService, CanBeRestarted)
 
     Process again = served.unit.start({"backlight", "serve"});
     EXPECT_EQ(again.line(), "serving the automatic backlight");
-    served.unit.control("set", {"light = 20"});
+    served.unit.control("set 'light = 20'");
 
     EXPECT_TRUE(served.reaches("134"));
 }
@@ -152,7 +154,7 @@ TEST(AutomaticBacklightService, ThatIsKilledLeavesTheAveragingTakenAndItsPlaceFr
 
     served.end(SIGKILL);
 
-    EXPECT_EQ(served.unit.hxaux({"light", "--average"}).status, 5);
+    EXPECT_EQ(served.unit.run("hxaux light --average").status, 5);
     Process again = served.unit.start({"backlight", "serve"});
     EXPECT_THAT(again.line(), HasSubstr("another program is averaging the light sensor"));
 }

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "testing/Process.h"
+#include "testing/Command.h"
 #include "testing/TemporaryFolder.h"
 
 namespace {

@@ -4,8 +4,9 @@
 
 #include <thread>
 
-#include "testing/Process.h"
+#include "testing/Command.h"
 
+using hxtest::Unit;
 using namespace std::chrono_literals;
 
 namespace {
@@ -24,14 +25,14 @@ bool becomes(Condition condition)
     return false;
 }
 
-bool sounds(const SharedUnit& unit)
+bool sounds(const Unit& unit)
 {
-    return becomes([&] { return unit.control("get", {"buzzer.sounding"}).find("on") != std::string::npos; });
+    return becomes([&] { return unit.property("buzzer.sounding").find("on") != std::string::npos; });
 }
 
 TEST(SharedBuzzer, RefusesASecondProgramWhileABeepRunsInTheBackground)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process first = unit.child({"beep", kLongTime, "background"});
     ASSERT_EQ(first.line(), "answer 0");
 
@@ -41,7 +42,7 @@ TEST(SharedBuzzer, RefusesASecondProgramWhileABeepRunsInTheBackground)
 
 TEST(SharedBuzzer, RefusesASecondProgramWhileAnotherWaitsForItsBeep)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process first = unit.child({"beep", kLongTime, "waiting"});
     ASSERT_TRUE(sounds(unit));
 
@@ -50,7 +51,7 @@ TEST(SharedBuzzer, RefusesASecondProgramWhileAnotherWaitsForItsBeep)
 
 TEST(SharedBuzzer, IsFreeForTheNextProgramAfterABeep)
 {
-    const SharedUnit unit;
+    const Unit unit;
     ASSERT_EQ(unit.child({"beep", "20", "waiting"}).line(), "answer 0");
     Process background = unit.child({"beep", "20", "background"});
     ASSERT_EQ(background.line(), "answer 0");
@@ -60,23 +61,23 @@ TEST(SharedBuzzer, IsFreeForTheNextProgramAfterABeep)
 
 TEST(SharedBuzzer, StaysLockedWhenAProgramIsKilledInItsBeep)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process first = unit.child({"beep", kLongTime, "waiting"});
     ASSERT_TRUE(sounds(unit));
     first.kill();
 
     EXPECT_EQ(unit.child({"beep", "1", "waiting"}).line(), "answer 11");
-    EXPECT_EQ(unit.hxaux({"buzzer", "beep", "1"}).status, 5);
+    EXPECT_EQ(unit.run("hxaux buzzer beep 1").status, 5);
 }
 
 TEST(SharedBuzzer, SoundsAgainAfterItsLockWasReset)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process first = unit.child({"beep", kLongTime, "waiting"});
     ASSERT_TRUE(sounds(unit));
     first.kill();
 
-    ASSERT_EQ(unit.hxaux({"locks", "reset", "HXAUX_BUZZING_IN_PROGRESS", "--force"}).status, 0);
+    ASSERT_EQ(unit.run("hxaux locks reset HXAUX_BUZZING_IN_PROGRESS --force").status, 0);
 
     EXPECT_EQ(unit.child({"beep", "1", "waiting"}).line(), "answer 0");
 }

@@ -3,8 +3,10 @@
 
 #include <gmock/gmock.h>
 
-#include "testing/Process.h"
+#include "testing/Command.h"
 
+using hxtest::Outcome;
+using hxtest::Unit;
 using testing::HasSubstr;
 using testing::Not;
 using namespace std::chrono_literals;
@@ -14,7 +16,7 @@ namespace {
 constexpr char kUpgrade[] = "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS";
 
 /// Acquires a lock that others use in rounds, and is killed while it holds it.
-void leaveStale(const SharedUnit& unit, const char* lock)
+void leaveStale(const Unit& unit, const char* lock)
 {
     std::string said;
     while (said != "taken")
@@ -23,7 +25,7 @@ void leaveStale(const SharedUnit& unit, const char* lock)
 
 TEST(SharedSemaphore, IsTheSameForASecondProcessAndNotReset)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process first = unit.child({"take", kUpgrade});
     ASSERT_EQ(first.line(), "taken");
 
@@ -34,7 +36,7 @@ TEST(SharedSemaphore, IsTheSameForASecondProcessAndNotReset)
 
 TEST(SharedSemaphore, IsPassedFromOneProcessToAnother)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process first = unit.child({"take", kUpgrade});
     ASSERT_EQ(first.line(), "taken");
     ASSERT_EQ(unit.child({"post", kUpgrade}).line(), "posted");
@@ -44,7 +46,7 @@ TEST(SharedSemaphore, IsPassedFromOneProcessToAnother)
 
 TEST(SharedSemaphore, StaysTakenWhenItsHolderIsKilled)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process first = unit.child({"take", kUpgrade});
     ASSERT_EQ(first.line(), "taken");
     first.kill();
@@ -54,8 +56,8 @@ TEST(SharedSemaphore, StaysTakenWhenItsHolderIsKilled)
 
 TEST(SharedSemaphore, IsAnotherOneOnAnotherUnit)
 {
-    const SharedUnit here;
-    const SharedUnit there;
+    const Unit here;
+    const Unit there;
     Process first = here.child({"take", kUpgrade});
     ASSERT_EQ(first.line(), "taken");
 
@@ -66,11 +68,11 @@ TEST(SharedSemaphore, IsAnotherOneOnAnotherUnit)
 
 TEST(LocksTool, ShowsWhoHoldsALock)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process holder = unit.child({"hold"});
     ASSERT_EQ(holder.line(), "held");
 
-    const std::string shown = unit.hxaux({"locks"}).output;
+    const std::string shown = unit.run("hxaux locks").output;
 
     EXPECT_THAT(shown, HasSubstr("FILE_HXAUXINI_IS_IN_USE: taken, value 0, used by " + std::to_string(holder.pid()) +
                                  " (hx-child)\n"));
@@ -79,125 +81,126 @@ TEST(LocksTool, ShowsWhoHoldsALock)
 
 TEST(LocksTool, ShowsAFreeLockWithoutProcesses)
 {
-    const SharedUnit unit;
+    const Unit unit;
     ASSERT_EQ(unit.child({"set", "A", "1"}).status(), 0);
 
-    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1, used by no process"));
+    EXPECT_THAT(unit.run("hxaux locks").output,
+                HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1, used by no process"));
 }
 
 TEST(LocksTool, DoesNotCallALockStaleWhileItsHolderLives)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process holder = unit.child({"hold"});
     ASSERT_EQ(holder.line(), "held");
     Process next = unit.child({"set", "A", "1"});
     ASSERT_EQ(next.line(), "started");
 
-    EXPECT_THAT(unit.hxaux({"locks"}).output, Not(HasSubstr("stale")));
+    EXPECT_THAT(unit.run("hxaux locks").output, Not(HasSubstr("stale")));
 }
 
 TEST(LocksTool, RefusesToFreeALockInUse)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process holder = unit.child({"hold"});
     ASSERT_EQ(holder.line(), "held");
 
-    const SharedUnit::Result result = unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE"});
+    const Outcome result = unit.run("hxaux locks reset FILE_HXAUXINI_IS_IN_USE");
 
     EXPECT_EQ(result.status, 5);
-    EXPECT_THAT(result.output, HasSubstr("it is in use by " + std::to_string(holder.pid()) + " (hx-child)"));
-    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: taken"));
+    EXPECT_THAT(result.error, HasSubstr("it is in use by " + std::to_string(holder.pid()) + " (hx-child)"));
+    EXPECT_THAT(unit.run("hxaux locks").output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: taken"));
 }
 
 TEST(LocksTool, FreesALockInUseByForce)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process holder = unit.child({"hold"});
     ASSERT_EQ(holder.line(), "held");
 
-    EXPECT_EQ(unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE", "--force"}).status, 0);
+    EXPECT_EQ(unit.run("hxaux locks reset FILE_HXAUXINI_IS_IN_USE --force").status, 0);
 
-    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
+    EXPECT_THAT(unit.run("hxaux locks").output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
 }
 
 // The settings lock is stale, and the tool waits for it in each of its rounds while it averages the light.
 TEST(SignalInAWaitForAStaleLock, LeavesNoOtherLockTaken)
 {
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        const SharedUnit unit;
+        const Unit unit;
         Process tool = unit.start({"light", "--average", "--watch", "--every", "0.05"});
         for (std::string line; line.find("average") == std::string::npos; line = tool.line())
             ASSERT_NE(line, "(ended)");
         leaveStale(unit, "FILE_HXAUXINI_IS_IN_USE");
         const std::string waiting = std::to_string(tool.pid()) + " (hxaux, waiting)";
-        while (unit.hxaux({"locks"}).output.find(waiting) == std::string::npos) {
+        while (unit.run("hxaux locks").output.find(waiting) == std::string::npos) {
         }
 
         ::kill(tool.pid(), signal);
 
         EXPECT_THAT(tool.rest(), HasSubstr("ended while waiting for a lock"));
         EXPECT_EQ(tool.status(), 128 + signal);
-        EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED: free, value 1"));
+        EXPECT_THAT(unit.run("hxaux locks").output, HasSubstr("HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED: free, value 1"));
     }
 }
 
 TEST(LocksTool, LeavesAFreeLockAlone)
 {
-    const SharedUnit unit;
+    const Unit unit;
     ASSERT_EQ(unit.child({"set", "A", "1"}).status(), 0);
 
-    const SharedUnit::Result result = unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE", "--force"});
+    const Outcome result = unit.run("hxaux locks reset FILE_HXAUXINI_IS_IN_USE --force");
 
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.output, "it is free already\n");
-    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
+    EXPECT_EQ(result.error, "it is free already\n");
+    EXPECT_THAT(unit.run("hxaux locks").output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
 }
 
 TEST(LocksTool, CallsALockStaleThatNoProcessMaps)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process holder = unit.child({"take", kUpgrade});
     ASSERT_EQ(holder.line(), "taken");
     holder.kill();
 
-    EXPECT_THAT(unit.hxaux({"locks"}).output,
+    EXPECT_THAT(unit.run("hxaux locks").output,
                 HasSubstr("HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS: stale, value 0, used by no process"));
 }
 
 TEST(LocksTool, ShowsTheNewSettingsAsACounter)
 {
-    const SharedUnit unit;
+    const Unit unit;
     const std::string counter = "Global\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ";
     Process reader = unit.child({"take", counter});
     ASSERT_EQ(reader.line(), "taken");
     reader.kill();
 
-    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr(counter + ": nothing pending, value 0"));
+    EXPECT_THAT(unit.run("hxaux locks").output, HasSubstr(counter + ": nothing pending, value 0"));
     ASSERT_EQ(unit.child({"post", counter}).status(), 0);
     ASSERT_EQ(unit.child({"post", counter}).status(), 0);
-    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr(counter + ": pending, value 2"));
+    EXPECT_THAT(unit.run("hxaux locks").output, HasSubstr(counter + ": pending, value 2"));
 }
 
 TEST(LocksTool, NeverResetsTheCounter)
 {
-    const SharedUnit unit;
+    const Unit unit;
     const std::string counter = "Global\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ";
     Process reader = unit.child({"take", counter});
     ASSERT_EQ(reader.line(), "taken");
     reader.kill();
 
-    EXPECT_EQ(unit.hxaux({"locks", "reset", counter, "--force"}).status, 2);
+    EXPECT_EQ(unit.run("hxaux locks reset " + counter + " --force").status, 2);
 
-    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr(counter + ": nothing pending, value 0"));
+    EXPECT_THAT(unit.run("hxaux locks").output, HasSubstr(counter + ": nothing pending, value 0"));
 }
 
 TEST(LocksTool, PrintsJsonWithTheProcesses)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process holder = unit.child({"hold"});
     ASSERT_EQ(holder.line(), "held");
 
-    EXPECT_THAT(unit.hxaux({"locks", "--json"}).output,
+    EXPECT_THAT(unit.run("hxaux locks --json").output,
                 HasSubstr("\"FILE_HXAUXINI_IS_IN_USE\":{\"state\":\"taken\",\"value\":0,\"taken\":true,\"stale\":false,"
                           "\"processes\":[{\"pid\":" +
                           std::to_string(holder.pid()) + ",\"program\":\"hx-child\",\"waits\":false}]}"));
@@ -205,7 +208,7 @@ TEST(LocksTool, PrintsJsonWithTheProcesses)
 
 TEST(LocksTool, FreesTheSettingsOfAKilledProgramSoThatTheNextContinues)
 {
-    const SharedUnit unit;
+    const Unit unit;
     Process holder = unit.child({"hold"});
     ASSERT_EQ(holder.line(), "held");
     holder.kill();
@@ -213,14 +216,14 @@ TEST(LocksTool, FreesTheSettingsOfAKilledProgramSoThatTheNextContinues)
     ASSERT_EQ(next.line(), "started");
     ASSERT_EQ(next.line(500ms), "(silent)"); // it blocks
 
-    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: stale, value 0, used by " +
-                                                        std::to_string(next.pid()) + " (hx-child, waiting)"));
-    EXPECT_EQ(unit.hxaux({"locks", "reset", "FILE_HXAUXINI_IS_IN_USE"}).status, 0);
+    EXPECT_THAT(unit.run("hxaux locks").output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: stale, value 0, used by " +
+                                                          std::to_string(next.pid()) + " (hx-child, waiting)"));
+    EXPECT_EQ(unit.run("hxaux locks reset FILE_HXAUXINI_IS_IN_USE").status, 0);
 
     EXPECT_EQ(next.line(), "done");
     EXPECT_EQ(next.status(), 0);
     EXPECT_EQ(unit.settings(), "KEY = kept\n");
-    EXPECT_THAT(unit.hxaux({"locks"}).output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
+    EXPECT_THAT(unit.run("hxaux locks").output, HasSubstr("FILE_HXAUXINI_IS_IN_USE: free, value 1"));
 }
 
 } // namespace

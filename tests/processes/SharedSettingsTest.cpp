@@ -5,8 +5,9 @@
 
 #include <gmock/gmock.h>
 
-#include "testing/Process.h"
+#include "testing/Command.h"
 
+using hxtest::Unit;
 using testing::AnyOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -17,7 +18,7 @@ TEST(SharedSettings, LoseNoneOfTheWritesOfEightProcesses)
 {
     constexpr int kProcesses = 8;
     constexpr int kWrites = 200;
-    const SharedUnit unit;
+    const Unit unit;
     std::vector<Process> writers;
     for (int i = 0; i < kProcesses; ++i)
         writers.push_back(unit.child({"write", std::string(1, static_cast<char>('a' + i)), std::to_string(kWrites)}));
@@ -40,7 +41,7 @@ TEST(SharedSettings, LoseNoneOfTheWritesOfEightProcesses)
 
 TEST(SharedSettings, AreNeverSeenHalfWritten)
 {
-    const SharedUnit unit;
+    const Unit unit;
     unit.writeSettings("zz=whole\n"); // the last line of every version of the file
     std::vector<Process> writers;
     for (int i = 0; i < 4; ++i)
@@ -66,7 +67,7 @@ TEST(SharedSettings, AreOldNewOrEmptyAfterAKillAtAnyMoment)
 {
     std::mt19937 random{20110110};
     std::uniform_int_distribution<useconds_t> moment{0, 20000};
-    const SharedUnit unit;
+    const Unit unit;
     for (int round = 0; round < 60; ++round) {
         unit.writeSettings(fileWith("old"));
         Process writer = unit.child({"rewrite"});

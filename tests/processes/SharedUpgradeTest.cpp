@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Upgrades through the shared library and the command line tool, on a unit that several processes share.
+#include "testing/Command.h"
 #include "testing/FirmwareTexts.h"
-#include "testing/Process.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -13,10 +13,12 @@
 #include <fstream>
 #include <sstream>
 
+using hxtest::Unit;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using namespace std::string_literals;
 
 namespace {
 
@@ -45,7 +47,7 @@ private:
 };
 
 /// Starts an upgrade that takes seconds, and waits until it writes.
-Process startedUpgrade(const SharedUnit& unit, const std::string& file)
+Process startedUpgrade(const Unit& unit, const std::string& file)
 {
     Process run = unit.start({"upgrade", "front", file});
     for (std::string line = run.line(); line != "phase: writing"; line = run.line())
@@ -54,36 +56,29 @@ Process startedUpgrade(const SharedUnit& unit, const std::string& file)
     return run;
 }
 
-std::string trimmed(std::string text)
-{
-    while (!text.empty() && text.back() == '\n')
-        text.pop_back();
-    return text;
-}
-
 } // namespace
 
 TEST(UpgradeTool, WritesAndVerifiesEveryTarget)
 {
-    const SharedUnit unit({kFree});
+    const Unit unit({kFree});
     const Files files;
 
     for (const auto& [target, file] : {std::pair{"ss", files.supervisor(30001)}, std::pair{"front", files.front(20000)},
                                        std::pair{"fpga", files.fpga(8000)}}) {
-        EXPECT_EQ(unit.hxaux({"verify", target, file}).status, 4) << target;
-        const auto written = unit.hxaux({"upgrade", target, file});
+        EXPECT_EQ(unit.run("hxaux verify "s + target + " " + file).status, 4) << target;
+        const auto written = unit.run("hxaux upgrade "s + target + " " + file);
         EXPECT_EQ(written.status, 0) << written.output;
         EXPECT_THAT(written.output, HasSubstr("written and verified: ")) << target;
-        EXPECT_EQ(unit.hxaux({"verify", target, file}).status, 0) << target;
+        EXPECT_EQ(unit.run("hxaux verify "s + target + " " + file).status, 0) << target;
     }
 }
 
 TEST(UpgradeTool, PrintsThePhasesAsJson)
 {
-    const SharedUnit unit({kFree});
+    const Unit unit({kFree});
     const Files files;
 
-    std::istringstream lines{unit.hxaux({"upgrade", "ss", files.supervisor(30000), "--json"}).output};
+    std::istringstream lines{unit.run("hxaux upgrade ss " + files.supervisor(30000) + " --json").output};
 
     std::vector<std::string> phases;
     nlohmann::json document;
@@ -99,63 +94,63 @@ TEST(UpgradeTool, PrintsThePhasesAsJson)
 
 TEST(UpgradeTool, HasNoConnectionWithoutThePort)
 {
-    const SharedUnit unit({kFree, "absent = /dev/ttyS0"});
+    const Unit unit({kFree, "absent = /dev/ttyS0"});
     const Files files;
 
-    const auto result = unit.hxaux({"upgrade", "ss", files.supervisor(100)});
+    const auto result = unit.run("hxaux upgrade ss " + files.supervisor(100));
 
     EXPECT_EQ(result.status, 6);
-    EXPECT_THAT(result.output, HasSubstr("connecting: Open failed (1)"));
+    EXPECT_THAT(result.error, HasSubstr("connecting: Open failed (1)"));
 }
 
 TEST(UpgradeTool, IsRefusedByAFlashThatIsNotReady)
 {
-    const SharedUnit unit({"fpga.status = 1"});
+    const Unit unit({"fpga.status = 1"});
     const Files files;
 
-    const auto result = unit.hxaux({"upgrade", "fpga", files.fpga(160)});
+    const auto result = unit.run("hxaux upgrade fpga " + files.fpga(160));
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.output, HasSubstr("preparing: Initialisation failed (13)"));
+    EXPECT_THAT(result.error, HasSubstr("preparing: Initialisation failed (13)"));
 }
 
 TEST(UpgradeTool, EndsWithADifferenceWhenABitReadsBackWrongly)
 {
-    const SharedUnit unit({kFree, "front.flip-read-at = 300"});
+    const Unit unit({kFree, "front.flip-read-at = 300"});
     const Files files;
 
-    const auto result = unit.hxaux({"upgrade", "front", files.front(1000)});
+    const auto result = unit.run("hxaux upgrade front " + files.front(1000));
 
     EXPECT_EQ(result.status, 4);
-    EXPECT_THAT(result.output, HasSubstr("verifying: Verify failed (14)"));
+    EXPECT_THAT(result.error, HasSubstr("verifying: Verify failed (14)"));
 }
 
 // Phases that end before the first status query: the result must not depend on them.
 TEST(UpgradeTool, EndsWithADifferenceHoweverShortThePhasesAre)
 {
-    const SharedUnit unit({kFree}, kQuick);
+    const Unit unit({kFree}, kQuick);
     const Files files;
     const std::string front = files.front(40);
     const std::string fpga = files.fpga(16);
 
     for (int i = 0; i < 12; ++i) {
         for (const auto& [target, file] : {std::pair{"front", front}, std::pair{"fpga", fpga}}) {
-            const auto result = unit.hxaux({"verify", target, file});
-            EXPECT_EQ(result.status, 4) << result.output;
-            EXPECT_THAT(result.output, HasSubstr("verify: verifying: Verify failed (14)"));
+            const auto result = unit.run("hxaux verify "s + target + " " + file);
+            EXPECT_EQ(result.status, 4) << result.error;
+            EXPECT_THAT(result.error, HasSubstr("verify: verifying: Verify failed (14)"));
         }
     }
 }
 
 TEST(UpgradeTool, VerifiesASmallImageHoweverShortThePhasesAre)
 {
-    const SharedUnit unit({kFree}, kQuick);
+    const Unit unit({kFree}, kQuick);
     const Files files;
     const std::string file = files.front(40);
-    ASSERT_EQ(unit.hxaux({"upgrade", "front", file}).status, 0);
+    ASSERT_EQ(unit.run("hxaux upgrade front " + file).status, 0);
 
     for (int i = 0; i < 12; ++i) {
-        const auto result = unit.hxaux({"verify", "front", file});
+        const auto result = unit.run("hxaux verify front " + file);
         EXPECT_EQ(result.status, 0) << result.output;
         EXPECT_THAT(result.output, HasSubstr("verified: 40 bytes"));
     }
@@ -164,65 +159,65 @@ TEST(UpgradeTool, VerifiesASmallImageHoweverShortThePhasesAre)
 TEST(UpgradeTool, DoesNotCallVerifiedWhatTheFlashIsTooSmallFor)
 {
     constexpr std::size_t kFlash = 128 * 1024;
-    const SharedUnit unit({kFree, "ss.product-id = 0x410"}, kQuick);
+    const Unit unit({kFree, "ss.product-id = 0x410"}, kQuick);
     const Files files;
-    ASSERT_EQ(unit.hxaux({"upgrade", "ss", files.supervisor(kFlash)}).status, 0);
+    ASSERT_EQ(unit.run("hxaux upgrade ss " + files.supervisor(kFlash)).status, 0);
 
-    const auto result = unit.hxaux({"verify", "ss", files.supervisor(2 * kFlash)});
+    const auto result = unit.run("hxaux verify ss " + files.supervisor(2 * kFlash));
 
     EXPECT_EQ(result.status, 4);
-    EXPECT_THAT(result.output, HasSubstr("% of the file could be compared"));
+    EXPECT_THAT(result.error, HasSubstr("% of the file could be compared"));
     EXPECT_THAT(result.output, Not(HasSubstr("verified")));
 }
 
 TEST(UpgradeTool, DoesNotCallVerifiedWhatAnUnknownTargetHas)
 {
-    const SharedUnit unit({kFree, "front.product-id = 0x999"}, kQuick);
+    const Unit unit({kFree, "front.product-id = 0x999"}, kQuick);
     const Files files;
 
-    const auto result = unit.hxaux({"verify", "front", files.front(100)});
+    const auto result = unit.run("hxaux verify front " + files.front(100));
 
     EXPECT_EQ(result.status, 4);
-    EXPECT_THAT(result.output, HasSubstr("only 0 % of the file could be compared"));
+    EXPECT_THAT(result.error, HasSubstr("only 0 % of the file could be compared"));
 }
 
 TEST(UpgradeTool, RefusesAnImageThatIsLargerThanTheFlashAsAFile)
 {
-    const SharedUnit unit({kFree, "ss.product-id = 0x412"}, kQuick);
+    const Unit unit({kFree, "ss.product-id = 0x412"}, kQuick);
     const Files files;
 
-    const auto result = unit.hxaux({"upgrade", "ss", files.supervisor(40000)});
+    const auto result = unit.run("hxaux upgrade ss " + files.supervisor(40000));
 
     EXPECT_EQ(result.status, 3);
-    EXPECT_THAT(result.output, HasSubstr("writing: "));
+    EXPECT_THAT(result.error, HasSubstr("writing: "));
 }
 
 TEST(UpgradeTool, RefusesFirmwareForTheOtherMicrocontroller)
 {
-    const SharedUnit unit({kFree});
+    const Unit unit({kFree});
     const Files files;
 
-    EXPECT_EQ(unit.hxaux({"upgrade", "front", files.supervisor(100)}).status, 3) << "it is too long";
-    EXPECT_EQ(trimmed(unit.control("get", {"front.state"})), "running");
+    EXPECT_EQ(unit.run("hxaux upgrade front " + files.supervisor(100)).status, 3) << "it is too long";
+    EXPECT_EQ(unit.property("front.state"), "running");
 }
 
 TEST(UpgradeTool, IsBusyWhileAnotherProcessUpgrades)
 {
-    const SharedUnit unit;
+    const Unit unit;
     const Files files;
     Process first = startedUpgrade(unit, files.front(12000));
 
-    const auto second = unit.hxaux({"upgrade", "fpga", files.fpga(160)});
+    const auto second = unit.run("hxaux upgrade fpga " + files.fpga(160));
 
     EXPECT_EQ(second.status, 5);
-    EXPECT_THAT(second.output, HasSubstr("Function in progress (11)"));
+    EXPECT_THAT(second.error, HasSubstr("Function in progress (11)"));
     EXPECT_EQ(first.status(), 0) << "the running job is left alone";
-    EXPECT_EQ(unit.hxaux({"upgrade", "fpga", files.fpga(160)}).status, 0);
+    EXPECT_EQ(unit.run("hxaux upgrade fpga " + files.fpga(160)).status, 0);
 }
 
 TEST(UpgradeTool, ContinuesAfterOneSignalAndExplainsWhy)
 {
-    const SharedUnit unit;
+    const Unit unit;
     const Files files;
     Process run = startedUpgrade(unit, files.front(12000));
 
@@ -236,7 +231,7 @@ TEST(UpgradeTool, ContinuesAfterOneSignalAndExplainsWhy)
 
 TEST(UpgradeTool, EndsAfterASecondSignalAndNamesTheNextSteps)
 {
-    const SharedUnit unit;
+    const Unit unit;
     const Files files;
     const std::string file = files.front(12000);
     Process run = startedUpgrade(unit, file);
@@ -252,26 +247,26 @@ TEST(UpgradeTool, EndsAfterASecondSignalAndNamesTheNextSteps)
                           "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS', then run the upgrade again; it resets the "
                           "routing."));
     EXPECT_EQ(run.status(), 128 + SIGINT);
-    EXPECT_EQ(unit.hxaux({"upgrade", "front", file}).status, 5);
-    EXPECT_EQ(unit.hxaux({"locks", "reset", "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS"}).status, 0);
-    EXPECT_EQ(unit.hxaux({"upgrade", "front", file}).status, 0);
+    EXPECT_EQ(unit.run("hxaux upgrade front " + file).status, 5);
+    EXPECT_EQ(unit.run("hxaux locks reset HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS").status, 0);
+    EXPECT_EQ(unit.run("hxaux upgrade front " + file).status, 0);
 }
 
 TEST(ShutdownTool, CommandsTheDaemon)
 {
-    const SharedUnit unit;
+    const Unit unit;
 
-    EXPECT_EQ(unit.hxaux({"shutdown"}).status, 0);
+    EXPECT_EQ(unit.run("hxaux shutdown").status, 0);
 
-    EXPECT_THAT(unit.control("get", {"daemon.commands"}), HasSubstr("129"));
+    EXPECT_THAT(unit.property("daemon.commands"), HasSubstr("129"));
 }
 
 TEST(ShutdownTool, IsRefusedWithoutTheDaemon)
 {
-    const SharedUnit unit({"daemon.running = no"});
+    const Unit unit({"daemon.running = no"});
 
-    const auto result = unit.hxaux({"shutdown"});
+    const auto result = unit.run("hxaux shutdown");
 
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.output, HasSubstr("Failed to execute command (17)"));
+    EXPECT_THAT(result.error, HasSubstr("Failed to execute command (17)"));
 }

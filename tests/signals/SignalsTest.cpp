@@ -4,10 +4,9 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 
+#include "testing/Command.h"
 #include "testing/FirmwareTexts.h"
-#include "testing/Process.h"
 #include "testing/TemporaryFolder.h"
 
 using testing::AllOf;
@@ -19,22 +18,12 @@ namespace {
 /// A unit whose time runs ten times faster than real, in a directory with firmware files, for one program at a time.
 class FastUnit {
 public:
-    explicit FastUnit(const std::vector<std::string>& description)
+    explicit FastUnit(const std::vector<std::string>& description) : unit_{description, 10}
     {
-        static int made = 0;
-        name_ = "signals-" + std::to_string(getpid()) + '-' + std::to_string(++made);
         (void)folder_.file("ss.hex", firmware::intelHexOfSize(95000, firmware::pattern(5000)));
         (void)folder_.file("front.hex", firmware::intelHexOfSize(50000, firmware::pattern(5000)));
         (void)folder_.file("fpga.mcs", firmware::mcs(firmware::pattern(4000)));
-        std::vector<std::string> command{HXSIM_PROGRAM, "start", "--scale", "10"};
-        for (const std::string& line : description)
-            command.insert(command.end(), {"--set", line});
-        command.push_back(name_);
-        EXPECT_EQ(Process{command}.status(), 0);
     }
-    ~FastUnit() { (void)Process{{HXSIM_PROGRAM, "stop", name_}}.status(); }
-    FastUnit(const FastUnit&) = delete;
-    FastUnit& operator=(const FastUnit&) = delete;
 
     struct Result {
         std::string output;
@@ -43,7 +32,7 @@ public:
     [[nodiscard]] Result carryOut(const std::string& mode, const std::string& scene) const
     {
         Process program{{"/bin/sh", "-c",
-                         "cd '" + folder_.path() + "' && exec '" HXSIM_PROGRAM "' run --unit " + name_ +
+                         "cd '" + folder_.path() + "' && exec '" HXSIM_PROGRAM "' run --unit " + unit_.name() +
                              " -- '" HXDISTURBED_PROGRAM "' " + mode + ' ' + scene + " 2>/dev/null"}};
         return {withoutInterruptedWaits(program.rest()), program.status()};
     }
@@ -54,10 +43,7 @@ public:
             " eeprom.main.text eeprom.addon.text ss.flash-crc front.flash-crc expander.directions"
             " expander.latch expander.pins telematics.gsm telematics.wlan-power uart.direction uart.mode"
             " daemon.commands buzzer.frequency";
-        Process get{{"/bin/sh", "-c",
-                     "'" HXSIM_PROGRAM "' get --unit " + name_ + kWhat + "; '" HXSIM_PROGRAM "' run --unit " + name_ +
-                         " -- cat /opt/etc/hxaux.ini"}};
-        return get.rest();
+        return hxtest::run("hx-sim get --unit " + unit_.name() + kWhat).output + unit_.settings();
     }
 
 private:
@@ -70,7 +56,7 @@ private:
         return output;
     }
 
-    std::string name_;
+    hxtest::Unit unit_;
     TemporaryFolder folder_;
 };
 
