@@ -152,7 +152,7 @@ TEST(Pages, NameNoVerbThatTheToolsDoNotHave)
     }
 }
 
-// Doxygen refuses what has no words at all; this sees that each operation tells of its codes and its threads.
+// Doxygen refuses what has no words at all; this checks that each operation documents its codes and threads.
 TEST(PublicHeaders, DocumentEachOperationsCodesAndThreads)
 {
     int operations = 0;
