@@ -5,10 +5,10 @@
 #include <fstream>
 
 #include "simulator/hx-sim/UnitClient.h"
-#include "simulator/model/LightPlot.h"
 #include "simulator/model/LightSensor.h"
 #include "simulator/model/LightTrace.h"
 #include "simulator/model/Text.h"
+#include "simulator/plot/LightPlot.h"
 #include "simulator/server/Host.h"
 #include "simulator/server/PlainFile.h"
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The automatic backlight over the light profiles of the simulated unit, in virtual time. docs/automatic-backlight.md
 // shows these figures.
-#include "simulator/model/LightPlot.h"
 #include "simulator/model/LightSensor.h"
 #include "simulator/model/LightTrace.h"
+#include "simulator/plot/LightPlot.h"
 #include "tests/src/backlight/Service.h"
 
 #include <gtest/gtest.h>

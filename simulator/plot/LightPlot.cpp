@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "simulator/model/LightPlot.h"
+#include "simulator/plot/LightPlot.h"
 
 #include <algorithm>
 #include <array>
