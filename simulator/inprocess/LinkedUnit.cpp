@@ -103,17 +103,27 @@ void LinkedUnit::end(LinkedUnit* linked)
         delete linked;
 }
 
-/// A thread of a unit that has ended makes no further call.
-void Link::beforeCurrent()
+bool LinkedUnit::isOverForThisThread()
 {
-    LinkedUnit::parkIfOver();
+    return mark.linked != nullptr && mark.linked->over_;
 }
 
-void LinkedUnit::parkIfOver()
-{
-    while (mark.linked != nullptr && mark.linked->over_)
-        pause();
-}
+namespace {
+
+/// A thread of a unit that has ended makes no further call.
+class InProcessBackend final : public Backend {
+public:
+    void beforeCall() override
+    {
+        while (LinkedUnit::isOverForThisThread())
+            pause();
+    }
+};
+
+constinit InProcessBackend backend;
+HXSIM_BACKEND(backend)
+
+} // namespace
 
 void LinkedUnit::enterThread()
 {

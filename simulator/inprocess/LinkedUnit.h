@@ -45,8 +45,8 @@ public:
         Type& object = unit_.get<Type>();
         return {object, std::move(lock)};
     }
-    /// Never returns in a thread of a unit that has ended.
-    static void parkIfOver();
+    /// Whether the unit of this thread has ended.
+    static bool isOverForThisThread();
     /// Notifies waiting threads that something in the unit was changed from outside.
     void changed();
     /// Waits like a program, but after everything else that is due then, and without a journal entry.

@@ -14,13 +14,16 @@ std::atomic<Link*> currentLink{nullptr};
 
 } // namespace
 
+/// The linker's name for the place into which HXSIM_BACKEND writes.
+extern "C" [[gnu::visibility("hidden")]] Backend* const __start_hxsim_backend; // NOLINT(bugprone-reserved-identifier)
+
 thread_local int Link::Inside::depth = 0;
 
 Link* Link::current()
 {
     if (Inside::depth > 0)
         return nullptr;
-    beforeCurrent();
+    __start_hxsim_backend->beforeCall();
     return currentLink.load(std::memory_order_acquire);
 }
 

@@ -43,6 +43,20 @@ public:
     [[nodiscard]] virtual bool readable() = 0;
 };
 
+/// What a backend does before each call of a program, in the program's thread. A binary contains one backend.
+class Backend {
+public:
+    virtual void beforeCall() = 0;
+
+protected:
+    ~Backend() = default;
+};
+
+/// Makes the object the backend of this binary. It is in place before any code runs: constructors of other libraries,
+/// which may use the unit, run before those of this one.
+#define HXSIM_BACKEND(object)                                                                                          \
+    [[gnu::section("hxsim_backend"), gnu::used]] static Backend* const backendOfThisBinary = &(object);
+
 /// How the calls of this process reach a unit. The entry points of the C library work on it alone, so that the linked
 /// and the preload backend differ only here.
 class Link {
@@ -52,9 +66,6 @@ public:
     static void setCurrent(Link* link);
 
     virtual ~Link() = default;
-
-    /// Called in each thread before it reads the current unit. Each backend defines its own.
-    static void beforeCurrent();
 
     /// While one exists, the C library calls of this thread are the backend's own and go to the machine.
     class Inside {

@@ -73,11 +73,18 @@ struct PreloadedLink::ForkHandlers {
     }
 };
 
-/// Runs before the first call of this process on the unit, from any library.
-void Link::beforeCurrent()
-{
-    pthread_once(&begun, &PreloadedLink::begin);
-}
+namespace {
+
+/// Begins with the first call of this process, from any library.
+class PreloadBackend final : public Backend {
+public:
+    void beforeCall() override { pthread_once(&begun, &PreloadedLink::begin); }
+};
+
+constinit PreloadBackend backend;
+HXSIM_BACKEND(backend)
+
+} // namespace
 
 /// A program may use an inherited file of the unit before it makes any other call.
 __attribute__((constructor)) static void beginWithTheProgram()

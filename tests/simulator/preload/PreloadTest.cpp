@@ -49,6 +49,11 @@ TEST_F(PreloadBackend, KnowsAFileThatAProgramWasStartedWith)
                 outputIs("6\n"));
 }
 
+TEST_F(PreloadBackend, ServesALibraryThatUsesADeviceWhileTheProgramIsLoaded)
+{
+    EXPECT_THAT(run("HX_EARLY=/dev/adc-id hx-sim run --set voltage.0.raw=8 -- hx-probe get-early 0"), outputIs("8\n"));
+}
+
 TEST_F(PreloadBackend, GivesAttributesToStreams)
 {
     EXPECT_THAT(run("hx-sim run --set version.os=9.8.7.6 -- hx-probe read /etc/firmware.ver"), outputIs("9.8.7.6\n"));

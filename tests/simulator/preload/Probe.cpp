@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "tests/simulator/preload/DescriptorRules.h"
+#include "tests/simulator/preload/Early.h"
 #include "tests/simulator/preload/PassedDescriptor.h"
 #include "tests/simulator/preload/Scenario.h"
 #include "tests/simulator/preload/Storm.h"
@@ -199,6 +200,12 @@ int execute(char** words)
     return 1;
 }
 
+/// get-early NUMBER: on the device that a library opened while the program was loaded.
+int getEarly(char** words)
+{
+    return getRegister(earlyDevice(), std::atoi(words[0]));
+}
+
 /// storm: everything that waits for an answer, with a signal each millisecond that restarts nothing.
 int storm(char**)
 {
@@ -231,23 +238,12 @@ struct Action {
 };
 
 constexpr Action kActions[] = {
-    {"exec", 2, execute},
-    {"forks", 1, forks},
-    {"fork-get", 2, forkGet},
-    {"get", 2, get},
-    {"get-on", 2, getOn},
-    {"hold", 1, hold},
-    {"outlive", 2, outlive},
-    {"read", 1, readFile},
-    {"readv", 1, readParts},
-    {"repeat", 2, repeat},
-    {"rules", 1, rules},
-    {"scenario", 0, scenario},
-    {"share", 2, share},
-    {"sleep", 1, sleepFor},
-    {"storm", 0, storm},
-    {"try", 1, tryLock},
-    {"terminal-rules", 1, terminalRules},
+    {"exec", 2, execute},      {"forks", 1, forks},        {"fork-get", 2, forkGet},
+    {"get", 2, get},           {"get-early", 1, getEarly}, {"get-on", 2, getOn},
+    {"hold", 1, hold},         {"outlive", 2, outlive},    {"read", 1, readFile},
+    {"readv", 1, readParts},   {"repeat", 2, repeat},      {"rules", 1, rules},
+    {"scenario", 0, scenario}, {"share", 2, share},        {"sleep", 1, sleepFor},
+    {"storm", 0, storm},       {"try", 1, tryLock},        {"terminal-rules", 1, terminalRules},
 };
 
 } // namespace
