@@ -38,8 +38,9 @@ Descriptors& Descriptors::table()
 {
     // Never destroyed: programs close descriptors after the static objects are gone.
     static auto* const descriptors = [] {
-        pthread_atfork([] { table().lock_.lock(); }, [] { table().lock_.unlock(); },
-                       [] {
+        pthread_atfork([]() HXSIM_UNCHECKED_LOCKING { table().lock_.lock(); },
+                       []() HXSIM_UNCHECKED_LOCKING { table().lock_.unlock(); },
+                       []() HXSIM_UNCHECKED_LOCKING {
                            table().process_ = getpid();
                            table().lock_.unlock();
                        });
@@ -78,7 +79,7 @@ std::shared_ptr<Descriptor> Descriptors::find(int fd)
     const std::uint64_t socket = socketNumber(fd);
     Removed stale;
     {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         if (!isOurs(fd))
             return nullptr;
         const std::shared_ptr<Descriptor>& found = slot(fd)->descriptor;
@@ -111,7 +112,7 @@ void Descriptors::add(int fd, std::shared_ptr<Descriptor> descriptor)
     descriptor->socket = descriptor->device == nullptr ? 0 : socketNumber(fd);
     Removed stale;
     {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         buryDead();
         stale = removeLocked(fd);
         set(fd, new Entry{std::move(descriptor), 1});
@@ -125,7 +126,7 @@ void Descriptors::copy(int from, int to)
         return;
     Removed stale;
     {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         if (!isOurs(from))
             return;
         stale = removeLocked(to);
@@ -138,7 +139,7 @@ void Descriptors::copy(int from, int to)
 /// A descriptor that this process already has for the same file; -1: none.
 int Descriptors::numberOf(std::uint64_t socket)
 {
-    const std::lock_guard guard{lock_};
+    const Held guard{lock_};
     for (int fd = 0; fd <= highest_; ++fd)
         if (isOurs(fd) && slot(fd)->descriptor->socket == socket)
             return fd;
@@ -185,7 +186,7 @@ void Descriptors::announce(int fd)
         return;
     bool last = false;
     {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         last = isOurs(fd) && slot(fd)->numbers == 1;
     }
     const KeepErrno keep;
@@ -197,7 +198,7 @@ Descriptors::Removed Descriptors::remove(int fd)
 {
     if (!isOurs(fd) || isBorrowed())
         return {};
-    const std::lock_guard guard{lock_};
+    const Held guard{lock_};
     return removeLocked(fd);
 }
 
@@ -206,7 +207,7 @@ std::vector<Descriptors::Removed> Descriptors::removeAll(unsigned first, unsigne
     std::vector<Removed> all;
     if (isBorrowed())
         return all;
-    const std::lock_guard guard{lock_};
+    const Held guard{lock_};
     for (int fd = 0; fd <= highest_; ++fd)
         if (static_cast<unsigned>(fd) >= first && static_cast<unsigned>(fd) <= last && isOurs(fd))
             all.push_back(removeLocked(fd));

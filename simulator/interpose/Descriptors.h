@@ -94,16 +94,16 @@ private:
         return entry != nullptr && entry != &own_;
     }
     void set(int fd, Entry* entry);
-    Removed removeLocked(int fd);
+    Removed removeLocked(int fd) HXSIM_REQUIRES(lock_);
     [[nodiscard]] int numberOf(std::uint64_t socket);
-    void buryDead();
+    void buryDead() HXSIM_REQUIRES(lock_);
 
     std::atomic<Entry*>* const slots_;
     std::atomic<int> highest_{-1}; ///< number ever set
     std::atomic<pid_t> process_;
     Entry own_;           ///< marks the slots of protected numbers
-    SignalSafeLock lock_; ///< guards the slots against changes, and what follows
-    Entry* dead_ = nullptr;
+    SignalSafeLock lock_; ///< also guards the program's slots against changes; reading one is atomic
+    Entry* dead_ HXSIM_GUARDED_BY(lock_) = nullptr;
 };
 
 /// The kernel's number of a socket, never reused; 0 for anything else.

@@ -2,16 +2,17 @@
 #include "simulator/interpose/Generated.h"
 
 #include <map>
-#include <mutex>
 #include <pthread.h>
+
+#include "simulator/file/ThreadSafety.h"
 
 namespace hxsim {
 
 namespace {
 
 struct Table {
-    std::mutex lock;
-    std::map<std::string, std::string> patterns;
+    Mutex lock;
+    std::map<std::string, std::string> patterns HXSIM_GUARDED_BY(lock);
 };
 
 Table& table()
@@ -23,28 +24,33 @@ Table& table()
 /// Another thread must not hold the lock at a fork, or the child would wait for it forever.
 __attribute__((constructor)) void keepAcrossForks()
 {
-    pthread_atfork([] { table().lock.lock(); }, [] { table().lock.unlock(); }, [] { table().lock.unlock(); });
+    pthread_atfork([]() HXSIM_UNCHECKED_LOCKING { table().lock.lock(); },
+                   []() HXSIM_UNCHECKED_LOCKING { table().lock.unlock(); },
+                   []() HXSIM_UNCHECKED_LOCKING { table().lock.unlock(); });
 }
 
 } // namespace
 
 void rememberGenerated(const std::string& name, const std::string& pattern)
 {
-    const std::lock_guard guard{table().lock};
-    table().patterns[name] = pattern;
+    Table& names = table();
+    const Held guard{names.lock};
+    names.patterns[name] = pattern;
 }
 
 bool isGenerated(const std::string& name)
 {
-    const std::lock_guard guard{table().lock};
-    return table().patterns.contains(name);
+    Table& names = table();
+    const Held guard{names.lock};
+    return names.patterns.contains(name);
 }
 
 std::string shownName(const std::string& name)
 {
-    const std::lock_guard guard{table().lock};
-    const auto found = table().patterns.find(name);
-    return found == table().patterns.end() ? name : found->second;
+    Table& names = table();
+    const Held guard{names.lock};
+    const auto found = names.patterns.find(name);
+    return found == names.patterns.end() ? name : found->second;
 }
 
 } // namespace hxsim

@@ -4,10 +4,10 @@
 #include <ctime>
 #include <fcntl.h>
 #include <map>
-#include <mutex>
 #include <pthread.h>
 #include <semaphore.h>
 
+#include "simulator/file/ThreadSafety.h"
 #include "simulator/interpose/Entry.h"
 #include "simulator/interpose/Generated.h"
 #include "simulator/interpose/Link.h"
@@ -21,21 +21,21 @@ class Names {
 public:
     void opened(sem_t* semaphore, const std::string& name)
     {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         Row& row = rows_[semaphore];
         row.name = name;
         ++row.opens;
     }
     void closed(sem_t* semaphore)
     {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         const auto found = rows_.find(semaphore);
         if (found != rows_.end() && --found->second.opens == 0)
             rows_.erase(found);
     }
     std::string of(sem_t* semaphore)
     {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         const auto found = rows_.find(semaphore);
         return found == rows_.end() ? "semaphore" : found->second.name;
     }
@@ -48,7 +48,9 @@ public:
     /// handlers of a program's own locks, held around its calls, have to come later.
     static void keepAcrossForks()
     {
-        pthread_atfork([] { table().lock_.lock(); }, [] { table().lock_.unlock(); }, [] { table().lock_.unlock(); });
+        pthread_atfork([]() HXSIM_UNCHECKED_LOCKING { table().lock_.lock(); },
+                       []() HXSIM_UNCHECKED_LOCKING { table().lock_.unlock(); },
+                       []() HXSIM_UNCHECKED_LOCKING { table().lock_.unlock(); });
     }
 
 private:
@@ -56,8 +58,8 @@ private:
         std::string name;
         int opens = 0;
     };
-    std::mutex lock_;
-    std::map<sem_t*, Row> rows_;
+    Mutex lock_;
+    std::map<sem_t*, Row> rows_ HXSIM_GUARDED_BY(lock_);
 };
 
 __attribute__((constructor)) void keepNamesAcrossForks()

@@ -5,14 +5,16 @@
 #include <mutex>
 #include <pthread.h>
 
+#include "simulator/file/ThreadSafety.h"
+
 namespace hxsim {
 
 /// A lock held for a few instructions with signals blocked: a handler may read, write, duplicate and close descriptors,
 /// and would otherwise deadlock with the thread that it interrupts. It is locked before a fork and unlocked on both
 /// sides, so that no child waits for a thread that does not exist there.
-class SignalSafeLock {
+class HXSIM_CAPABILITY("lock") SignalSafeLock {
 public:
-    void lock()
+    void lock() HXSIM_ACQUIRE()
     {
         sigset_t all;
         sigset_t before;
@@ -21,7 +23,7 @@ public:
         mutex_.lock();
         before_ = before;
     }
-    void unlock()
+    void unlock() HXSIM_RELEASE()
     {
         const sigset_t before = before_;
         mutex_.unlock();

@@ -2,7 +2,6 @@
 #include "simulator/preload/Connections.h"
 
 #include <algorithm>
-#include <mutex>
 
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/protocol/Channel.h"
@@ -20,7 +19,7 @@ int Connections::reserve()
 int Connections::take()
 {
     if (!Descriptors::table().isBorrowed()) {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         for (Slot& slot : slots_)
             if (slot.fd >= 0 && !slot.used) {
                 slot.used = true;
@@ -32,7 +31,7 @@ int Connections::take()
         return fresh;
     const int fd = Descriptors::table().moveOutOfTheWay(fresh);
     if (!Descriptors::table().isBorrowed()) {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         const auto free = std::find_if(slots_.begin(), slots_.end(), [](const Slot& slot) { return slot.fd < 0; });
         if (free != slots_.end())
             *free = {fd, true};
@@ -43,7 +42,7 @@ int Connections::take()
 void Connections::giveBack(int fd)
 {
     if (!Descriptors::table().isBorrowed()) {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         for (Slot& slot : slots_)
             if (slot.fd == fd) {
                 slot.used = false;
@@ -56,7 +55,7 @@ void Connections::giveBack(int fd)
 void Connections::discard(int fd)
 {
     if (!Descriptors::table().isBorrowed()) {
-        const std::lock_guard guard{lock_};
+        const Held guard{lock_};
         for (Slot& slot : slots_)
             if (slot.fd == fd)
                 slot = {};

@@ -23,10 +23,10 @@ public:
     void discard(int fd);
 
     // Around a fork.
-    void lock() { lock_.lock(); }
-    void unlock() { lock_.unlock(); }
+    void lock() HXSIM_ACQUIRE(lock_) { lock_.lock(); }
+    void unlock() HXSIM_RELEASE(lock_) { lock_.unlock(); }
     /// In the child, locked: the parent continues to use these.
-    void closeAll();
+    void closeAll() HXSIM_REQUIRES(lock_);
 
 private:
     struct Slot {
@@ -35,8 +35,9 @@ private:
     };
 
     const std::string folder_;
-    SignalSafeLock lock_;          ///< guards slots_
-    std::array<Slot, 32> slots_{}; ///< further connections serve one request
+    SignalSafeLock lock_;
+    /// Further connections serve one request.
+    std::array<Slot, 32> slots_ HXSIM_GUARDED_BY(lock_){};
 };
 
 } // namespace hxsim

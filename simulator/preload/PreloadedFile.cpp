@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <mutex>
 
 #include "simulator/file/Terminal.h"
 
@@ -91,7 +90,7 @@ std::int64_t PreloadedFile::exchange(const wire::Head& head, Bytes in, Space out
 std::optional<Node::Shape> PreloadedFile::shape(std::uint32_t request)
 {
     {
-        const std::lock_guard guard{link_.connections()};
+        const Held guard{link_.connections()};
         const auto known = shapes_.find(request);
         if (known != shapes_.end())
             return known->second;
@@ -103,7 +102,7 @@ std::optional<Node::Shape> PreloadedFile::shape(std::uint32_t request)
     std::optional<Node::Shape> shape;
     if (takes >= 0)
         shape = Node::Shape{static_cast<std::size_t>(takes), static_cast<std::size_t>(answer.other)};
-    const std::lock_guard guard{link_.connections()};
+    const Held guard{link_.connections()};
     shapes_[request] = shape;
     return shape;
 }

@@ -47,7 +47,7 @@ std::vector<std::string> lines(const std::string& text)
 struct PreloadedLink::ForkHandlers {
     static inline thread_local bool heldBefore = false; ///< a signal handler forks during a request
 
-    static void prepare()
+    static void prepare() HXSIM_UNCHECKED_LOCKING
     {
         heldBefore = isInControl;
         if (!heldBefore)
@@ -55,7 +55,7 @@ struct PreloadedLink::ForkHandlers {
         isInControl = true;
         theLink->connections_.lock();
     }
-    static void parent()
+    static void parent() HXSIM_UNCHECKED_LOCKING
     {
         theLink->connections_.unlock();
         if (!heldBefore)
@@ -63,7 +63,7 @@ struct PreloadedLink::ForkHandlers {
         isInControl = heldBefore;
     }
     /// The connections are the parent's.
-    static void child()
+    static void child() HXSIM_UNCHECKED_LOCKING
     {
         if (theLink->control_ >= 0)
             Descriptors::table().closeOwn(theLink->control_);
@@ -207,7 +207,7 @@ bool PreloadedLink::control(const wire::Head& question, Bytes bytes, Packet* ans
         Holding() { isInControl = true; }
         ~Holding() { isInControl = false; }
     } const holding;
-    const std::lock_guard guard{lock_};
+    const Held guard{lock_};
     if (control_ < 0) {
         const int fd = connectTo(folder_, "");
         if (fd < 0) {

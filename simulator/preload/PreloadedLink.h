@@ -2,7 +2,6 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <set>
 #include <string>
 
@@ -69,8 +68,8 @@ private:
     std::set<std::string, std::less<>> names_; ///< what paths_ end in
     int refused_ = 0;                          ///< the errno with which this process may not reach the unit
     Connections connections_;
-    std::mutex lock_; ///< guards control_
-    int control_ = -1;
+    Mutex lock_;
+    int control_ HXSIM_GUARDED_BY(lock_) = -1;
 };
 
 } // namespace hxsim
