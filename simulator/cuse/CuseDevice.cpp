@@ -86,9 +86,9 @@ Outcome readWhenReady(fuse_req_t request, OpenFile& file, std::vector<std::uint8
     for (;;) {
         {
             HostedUnit::Visit visit{deviceOf(request).host()};
-            const bool first = !started.has_value();
+            const auto attempt = started ? Calls::Attempt::Again : Calls::Attempt::First;
             const Time now = visit.clock().now();
-            const Outcome outcome = visit.calls().read(callerOf(request), file, bytes, started.value_or(now), first);
+            const Outcome outcome = visit.calls().read(callerOf(request), file, bytes, started.value_or(now), attempt);
             if (!outcome.waits || (file.flags & O_NONBLOCK) != 0)
                 return outcome;
             started = started.value_or(now);

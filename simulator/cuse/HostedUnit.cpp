@@ -19,7 +19,7 @@ std::string HostedUnit::textOf(const std::string& path)
     if (!opened.file)
         return {};
     std::array<std::uint8_t, 4096> bytes{};
-    const Outcome outcome = visit.calls().read({}, *opened.file, bytes, visit.clock().now(), true);
+    const Outcome outcome = visit.calls().read({}, *opened.file, bytes, visit.clock().now(), Calls::Attempt::First);
     visit.calls().close({}, *opened.file);
     return {bytes.begin(), bytes.begin() + (outcome.result > 0 ? outcome.result : 0)};
 }

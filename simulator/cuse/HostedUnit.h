@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string>
 
-#include "simulator/file/Calls.h"
+#include "simulator/file/UnitCalls.h"
 #include "simulator/model/Unit.h"
 
 namespace hxsim {
@@ -18,7 +18,7 @@ public:
     class Visit {
     public:
         explicit Visit(HostedUnit& host);
-        Calls& calls() { return host_.calls_; }
+        UnitCalls& calls() { return host_.calls_; }
         Clock& clock() { return host_.unit_.clock(); }
         Node& node(const std::string& path) { return *host_.unit_.findNode(path); }
 
@@ -34,7 +34,7 @@ public:
 private:
     std::mutex mutex_;
     Unit unit_;
-    Calls calls_{unit_};
+    UnitCalls calls_{unit_};
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 

@@ -56,10 +56,11 @@ termios freshTerminal()
     return settings;
 }
 
-void keepTerminal(Node& node, const termios& settings)
+std::vector<std::uint8_t> terminalBytes(const termios& settings)
 {
-    node.terminal.resize(sizeof settings);
-    std::memcpy(node.terminal.data(), &settings, sizeof settings);
+    std::vector<std::uint8_t> bytes(sizeof settings);
+    std::memcpy(bytes.data(), &settings, sizeof settings);
+    return bytes;
 }
 
 std::optional<termios> terminalFrom(std::span<const std::uint8_t> bytes)

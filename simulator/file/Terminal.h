@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <termios.h>
+#include <vector>
 
 #include "simulator/model/Node.h"
 
@@ -13,8 +14,8 @@ namespace hxsim {
 /// The default settings of a serial port at its first open: 9600 baud, 8 bits, no parity, canonical mode.
 termios freshTerminal();
 
-/// The device keeps these settings as bytes.
-void keepTerminal(Node& node, const termios& settings);
+/// Settings as bytes, in which form the device keeps them.
+std::vector<std::uint8_t> terminalBytes(const termios& settings);
 /// The settings in such bytes; nothing when they are invalid.
 std::optional<termios> terminalFrom(std::span<const std::uint8_t> bytes);
 

@@ -12,8 +12,7 @@ namespace hxsim {
 
 std::optional<Node::Shape> LinkedFile::shape(std::uint32_t request)
 {
-    const Node::Shape* shape = file_->node.shape(request); // never changes once the unit is built
-    return shape == nullptr ? std::nullopt : std::optional{*shape};
+    return linked_.calls_.shape(*file_, request); // never changes once the unit is built
 }
 
 std::int64_t LinkedFile::ioctl(std::uint32_t request, Bytes in, Space out)
@@ -32,15 +31,14 @@ std::int64_t LinkedFile::read(Space out, bool nonblocking)
         return -ENODEV;
     LinkedUnit::Turn turn = linked_.enter();
     const Time started = linked_.unit_.clock().now();
-    for (bool first = true;; first = false) {
-        const Outcome outcome = linked_.calls_.read(LinkedUnit::caller(), *file_, out, started, first);
+    for (Calls::Attempt attempt = Calls::Attempt::First;; attempt = Calls::Attempt::Again) {
+        const Outcome outcome = linked_.calls_.read(LinkedUnit::caller(), *file_, out, started, attempt);
         if (!outcome.waits)
             return outcome.result;
         if (nonblocking)
             return -EAGAIN;
         linked_.time_.wait(turn.lock, outcome.wakeAt, &linked_.unit_, VirtualTime::Rank::Program,
-                           "read from " + file_->node.path(),
-                           [this] { return file_->node.readable(*file_, linked_.unit_.clock().now()); });
+                           "read from " + file_->node.path(), [this] { return linked_.calls_.readable(*file_); });
     }
 }
 
@@ -94,8 +92,7 @@ void LinkedFile::setTerminal(const termios& settings)
     if (linked_.over_)
         return;
     const LinkedUnit::Turn turn = linked_.enter();
-    keepTerminal(file_->node, settings);
-    file_->node.setLine(lineOf(settings));
+    (void)linked_.calls_.setTerminal(*file_, terminalBytes(settings));
 }
 
 std::optional<termios> LinkedFile::terminal()
@@ -111,7 +108,7 @@ void LinkedFile::flush(bool input, bool output)
     if (linked_.over_)
         return;
     const LinkedUnit::Turn turn = linked_.enter();
-    file_->node.flush(input, output);
+    linked_.calls_.flush(*file_, input, output);
 }
 
 int LinkedFile::drain()
@@ -120,7 +117,7 @@ int LinkedFile::drain()
         return -ENODEV;
     LinkedUnit::Turn turn = linked_.enter();
     for (;;) {
-        const Outcome outcome = file_->node.drain();
+        const Outcome outcome = linked_.calls_.drain(*file_);
         if (!outcome.waits)
             return static_cast<int>(outcome.result);
         linked_.time_.wait(turn.lock, outcome.wakeAt, &linked_.unit_, VirtualTime::Rank::Program,
@@ -133,7 +130,7 @@ bool LinkedFile::readable()
     if (linked_.over_)
         return true;
     const LinkedUnit::Turn turn = linked_.enter();
-    return file_->node.readable(*file_, linked_.unit_.clock().now());
+    return linked_.calls_.readable(*file_);
 }
 
 } // namespace hxsim

@@ -11,7 +11,6 @@
 #include "simulator/inprocess/LinkedFile.h"
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
-#include "simulator/model/CallWatch.h"
 
 namespace hxsim {
 
@@ -244,8 +243,7 @@ std::optional<Link::Adopted> LinkedUnit::adopt(int fd)
 int LinkedUnit::fault(const std::string& subject, const std::string& call)
 {
     const Turn turn = enter();
-    const int error = watched(subject, call);
-    return error != 0 ? error : calls_.fault(caller(), subject, call);
+    return calls_.fault(caller(), subject, call);
 }
 
 void LinkedUnit::note(const std::string& subject, const std::string& action, int error, Bytes in)

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/file/Calls.h"
+#include "simulator/file/UnitCalls.h"
 #include "simulator/inprocess/VirtualTime.h"
 #include "simulator/interpose/Link.h"
 #include "simulator/interpose/Locked.h"
@@ -95,7 +95,7 @@ private:
 
     std::mutex lock_;
     Unit unit_;
-    Calls calls_{unit_};
+    UnitCalls calls_{unit_};
     VirtualTime time_{unit_.clock()};
     std::atomic<bool> over_{false};
     int threads_ = 0;                                    ///< of this unit, running or waiting

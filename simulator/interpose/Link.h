@@ -7,17 +7,16 @@
 #include <pthread.h>
 #include <semaphore.h>
 #include <set>
-#include <span>
 #include <string>
 #include <string_view>
 #include <termios.h>
 
-#include "simulator/model/Node.h"
+#include "simulator/file/Calls.h"
 
 namespace hxsim {
 
-using Bytes = std::span<const std::uint8_t>;
-using Space = std::span<std::uint8_t>;
+using Bytes = Calls::Bytes;
+using Space = Calls::Space;
 
 /// An open file of the unit, as this process holds it. Results are counts or -errno.
 class DeviceFile {

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 #include "simulator/file/Terminal.h"
 
@@ -140,9 +139,7 @@ void PreloadedFile::close()
 
 void PreloadedFile::setTerminal(const termios& settings)
 {
-    std::uint8_t bytes[sizeof settings];
-    std::memcpy(bytes, &settings, sizeof settings);
-    exchange(PreloadedLink::head(wire::Kind::SetTerminal), bytes);
+    exchange(PreloadedLink::head(wire::Kind::SetTerminal), terminalBytes(settings));
 }
 
 std::optional<termios> PreloadedFile::terminal()

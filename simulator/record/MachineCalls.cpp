@@ -58,7 +58,7 @@ std::int64_t resultOf(ssize_t result)
 }
 
 /// Reads the available bytes; nothing when there are none.
-std::optional<std::int64_t> readNow(int descriptor, std::span<std::uint8_t> out)
+std::optional<std::int64_t> readNow(int descriptor, Calls::Space out)
 {
     const std::int64_t result = resultOf(::read(descriptor, out.data(), out.size()));
     return result == -EAGAIN ? std::nullopt : std::optional{result};
@@ -76,7 +76,7 @@ bool isEnough(const MachineFile& file, std::size_t wanted, Time started, Time no
     return file.line.vtime != 0 && file.lastArrival && now >= *file.lastArrival + patience;
 }
 
-Outcome readSerial(MachineFile& file, std::span<std::uint8_t> out, Time started, Time now)
+Outcome readSerial(MachineFile& file, Calls::Space out, Time started, Time now)
 {
     std::array<std::uint8_t, kLargestBlock> bytes;
     const std::size_t room = std::min(bytes.size(), out.size() - std::min(out.size(), file.arrived.size()));
@@ -98,7 +98,7 @@ Outcome readSerial(MachineFile& file, std::span<std::uint8_t> out, Time started,
 
 } // namespace
 
-MachineCalls::MachineCalls(Unit& unit) : Calls{unit}
+MachineCalls::MachineCalls(Unit& unit) : ModelCalls{unit}
 {
     for (const std::string& name : board_.missing())
         unit.setAbsent(name, true);
@@ -107,22 +107,21 @@ MachineCalls::MachineCalls(Unit& unit) : Calls{unit}
 bool MachineCalls::present(const std::string& path)
 {
     const bool isDevice = unit().findNode(path) != nullptr && path != jida::kNode;
-    return isDevice ? ::access(path.c_str(), F_OK) == 0 : Calls::present(path); // the file exists or can be created
+    return isDevice ? ::access(path.c_str(), F_OK) == 0
+                    : ModelCalls::present(path); // the file exists or can be created
 }
 
 /// A request that is unknown to all drivers of a unit is forwarded as its number describes it.
 std::optional<Node::Shape> MachineCalls::shape(const OpenFile& file, std::uint32_t code)
 {
-    if (const std::optional<Node::Shape> known = Calls::shape(file, code))
+    if (const std::optional<Node::Shape> known = ModelCalls::shape(file, code))
         return known;
     const std::size_t size = std::min<std::size_t>(_IOC_SIZE(code), kLargestBlock);
     return Node::Shape{(_IOC_DIR(code) & _IOC_WRITE) != 0 ? size : 0, (_IOC_DIR(code) & _IOC_READ) != 0 ? size : 0};
 }
 
-Calls::Opened MachineCalls::answerOpen(Caller /*caller*/, Node& node, int flags)
+Calls::Opened MachineCalls::open(Caller /*caller*/, Node& node, int flags)
 {
-    if (const int error = unit().faults().take(node.path(), "open"); error != 0)
-        return {nullptr, error};
     if (isBoard(node))
         return {std::make_unique<MachineFile>(node, flags, -1), 0};
     // One loop serves all programs, so nothing may wait here.
@@ -133,7 +132,7 @@ Calls::Opened MachineCalls::answerOpen(Caller /*caller*/, Node& node, int flags)
     return {std::make_unique<MachineFile>(node, flags, descriptor), 0};
 }
 
-void MachineCalls::answerClose(Caller /*caller*/, OpenFile& file, Closing /*closing*/)
+void MachineCalls::close(Caller /*caller*/, OpenFile& file, Closing /*closing*/)
 {
     int& descriptor = machineFile(file).descriptor;
     if (descriptor >= 0)
@@ -141,8 +140,7 @@ void MachineCalls::answerClose(Caller /*caller*/, OpenFile& file, Closing /*clos
     descriptor = -1;
 }
 
-std::int64_t MachineCalls::answerIoctl(Caller /*caller*/, OpenFile& file, std::uint32_t code,
-                                       std::span<const std::uint8_t> in, std::span<std::uint8_t> out)
+std::int64_t MachineCalls::ioctl(Caller /*caller*/, OpenFile& file, std::uint32_t code, Bytes in, Space out)
 {
     std::array<std::uint8_t, kLargestBlock> block{};
     std::copy(in.begin(), in.end(), block.begin());
@@ -152,7 +150,7 @@ std::int64_t MachineCalls::answerIoctl(Caller /*caller*/, OpenFile& file, std::u
     return result;
 }
 
-Outcome MachineCalls::answerRead(Caller /*caller*/, OpenFile& file, std::span<std::uint8_t> out, Time started)
+Outcome MachineCalls::read(Caller /*caller*/, OpenFile& file, Space out, Time started, Attempt /*attempt*/)
 {
     MachineFile& open = machineFile(file);
     const Time now = unit().clock().now();
@@ -167,7 +165,7 @@ Outcome MachineCalls::answerRead(Caller /*caller*/, OpenFile& file, std::span<st
     return {static_cast<std::int64_t>(count), false, {}};
 }
 
-Outcome MachineCalls::answerWrite(Caller /*caller*/, OpenFile& file, std::span<const std::uint8_t> in)
+Outcome MachineCalls::write(Caller /*caller*/, OpenFile& file, Bytes in)
 {
     MachineFile& open = machineFile(file);
     if (!isBoard(file.node))

@@ -24,7 +24,7 @@ std::string shownBeside(const RecordedCall& call, const RecordedCall& other)
 } // namespace
 
 ReplayedCalls::ReplayedCalls(Unit& unit, const Recording& recording, std::function<void(const std::string&)> differs)
-    : Calls{unit}, recording_{recording}, differs_{std::move(differs)}
+    : ModelCalls{unit}, recording_{recording}, differs_{std::move(differs)}
 {
     std::map<std::pair<int, int>, std::size_t> known;
     for (const RecordedCall& call : recording_.calls) {
@@ -108,7 +108,7 @@ void ReplayedCalls::finish()
 /// A request is identified by its bytes; a recording has those that the driver read.
 std::optional<Node::Shape> ReplayedCalls::shape(const OpenFile& file, std::uint32_t code)
 {
-    const std::optional<Node::Shape> known = Calls::shape(file, code);
+    const std::optional<Node::Shape> known = ModelCalls::shape(file, code);
     if (known)
         return known;
     const auto isIt = [&](const RecordedCall& call) {
@@ -120,7 +120,7 @@ std::optional<Node::Shape> ReplayedCalls::shape(const OpenFile& file, std::uint3
     return Node::Shape{found->entry.in.size(), found->entry.out.size()};
 }
 
-Calls::Opened ReplayedCalls::answerOpen(Caller caller, Node& node, int flags)
+Calls::Opened ReplayedCalls::open(Caller caller, Node& node, int flags)
 {
     const RecordedCall* const recorded =
         next(caller, Entry{.kind = Entry::Kind::Open, .subject = node.path(), .action = openAction(flags)});
@@ -131,14 +131,13 @@ Calls::Opened ReplayedCalls::answerOpen(Caller caller, Node& node, int flags)
     return {std::make_unique<OpenFile>(node, flags), 0};
 }
 
-void ReplayedCalls::answerClose(Caller caller, OpenFile& file, Closing closing)
+void ReplayedCalls::close(Caller caller, OpenFile& file, Closing closing)
 {
     if (closing == Closing::ByProgram)
         (void)next(caller, Entry{.kind = Entry::Kind::Close, .subject = file.node.path(), .action = "close"});
 }
 
-std::int64_t ReplayedCalls::answerIoctl(Caller caller, OpenFile& file, std::uint32_t code,
-                                        std::span<const std::uint8_t> in, std::span<std::uint8_t> out)
+std::int64_t ReplayedCalls::ioctl(Caller caller, OpenFile& file, std::uint32_t code, Bytes in, Space out)
 {
     const RecordedCall* const recorded = next(
         caller,
@@ -149,7 +148,7 @@ std::int64_t ReplayedCalls::answerIoctl(Caller caller, OpenFile& file, std::uint
     return recorded->result;
 }
 
-Outcome ReplayedCalls::answerRead(Caller caller, OpenFile& file, std::span<std::uint8_t> out, Time /*started*/)
+Outcome ReplayedCalls::read(Caller caller, OpenFile& file, Space out, Time /*started*/, Attempt /*attempt*/)
 {
     const RecordedCall* const recorded = next(
         caller,
@@ -160,7 +159,7 @@ Outcome ReplayedCalls::answerRead(Caller caller, OpenFile& file, std::span<std::
     return {recorded->result, false, {}};
 }
 
-Outcome ReplayedCalls::answerWrite(Caller caller, OpenFile& file, std::span<const std::uint8_t> in)
+Outcome ReplayedCalls::write(Caller caller, OpenFile& file, Bytes in)
 {
     const RecordedCall* const recorded = next(caller, Entry{.kind = Entry::Kind::Write,
                                                             .subject = file.node.path(),
@@ -170,7 +169,7 @@ Outcome ReplayedCalls::answerWrite(Caller caller, OpenFile& file, std::span<cons
 }
 
 /// Calls other than on devices are not compared; an injected failure occurs again at its place.
-int ReplayedCalls::answerFault(Caller caller, const std::string& subject, const std::string& call)
+int ReplayedCalls::fault(Caller caller, const std::string& subject, const std::string& call)
 {
     const RecordedCall made{.entry = {.subject = subject, .action = call}};
     Part* const part = differed_ ? nullptr : partOf(caller, made);

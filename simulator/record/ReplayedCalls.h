@@ -2,10 +2,11 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <utility>
 
-#include "simulator/file/Calls.h"
+#include "simulator/file/ModelCalls.h"
 #include "simulator/record/Recording.h"
 
 namespace hxsim {
@@ -13,7 +14,7 @@ namespace hxsim {
 /// Answers programs from a recording. Each thread of a program is matched with a recorded one with the same first call,
 /// and must then make that thread's calls in the same order; the order between threads is free. After the first
 /// difference every call fails with EIO.
-class ReplayedCalls : public Calls {
+class ReplayedCalls : public ModelCalls {
 public:
     /// `differs` is called once, with a description of the difference.
     ReplayedCalls(Unit& unit, const Recording& recording, std::function<void(const std::string&)> differs);
@@ -22,20 +23,17 @@ public:
     void finish();
     [[nodiscard]] bool differed() const { return differed_; }
 
+    Opened open(Caller caller, Node& node, int flags) override;
+    void close(Caller caller, OpenFile& file, Closing closing) override;
+    std::int64_t ioctl(Caller caller, OpenFile& file, std::uint32_t code, Bytes in, Space out) override;
+    Outcome read(Caller caller, OpenFile& file, Space out, Time started, Attempt attempt) override;
+    Outcome write(Caller caller, OpenFile& file, Bytes in) override;
+    int fault(Caller caller, const std::string& subject, const std::string& call) override;
     std::optional<Node::Shape> shape(const OpenFile& file, std::uint32_t code) override;
     void setLine(OpenFile& /*file*/, const LineSettings& /*settings*/) override {}
     void flush(OpenFile& /*file*/, bool /*input*/, bool /*output*/) override {}
     Outcome drain(OpenFile& /*file*/) override { return {}; }
     bool readable(OpenFile& /*file*/) override { return true; }
-
-protected:
-    Opened answerOpen(Caller caller, Node& node, int flags) override;
-    void answerClose(Caller caller, OpenFile& file, Closing closing) override;
-    std::int64_t answerIoctl(Caller caller, OpenFile& file, std::uint32_t code, std::span<const std::uint8_t> in,
-                             std::span<std::uint8_t> out) override;
-    Outcome answerRead(Caller caller, OpenFile& file, std::span<std::uint8_t> out, Time started) override;
-    Outcome answerWrite(Caller caller, OpenFile& file, std::span<const std::uint8_t> in) override;
-    int answerFault(Caller caller, const std::string& subject, const std::string& call) override;
 
 private:
     /// The recorded calls of one thread; replayed ones are removed.

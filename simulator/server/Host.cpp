@@ -12,7 +12,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include "simulator/file/Terminal.h"
 #include "simulator/server/HostCommands.h"
 
 namespace hxsim {
@@ -363,12 +362,7 @@ void Host::which(Connection& connection, const Packet& packet)
 void Host::setTerminal(Connection& connection, const Packet& packet)
 {
     OpenFile& file = *connection.file->open;
-    const std::optional<termios> settings = terminalFrom(packet.bytes);
-    if (!settings || !file.node.isSerial())
-        return answer(connection, -EINVAL);
-    keepTerminal(file.node, *settings);
-    calls_->setLine(file, lineOf(*settings));
-    answer(connection, 0);
+    answer(connection, calls_->setTerminal(file, packet.bytes) ? 0 : -EINVAL);
 }
 
 void Host::shape(Connection& connection, const Packet& packet)
@@ -394,7 +388,7 @@ void Host::read(Connection& connection, const Packet& packet)
         return answer(connection, -EINVAL);
     const std::size_t size = std::min(static_cast<std::size_t>(packet.head.value), kMostRead);
     connection.read = WaitingRead{callerOf(packet), size, unit_.clock().now(), {}};
-    if (tryRead(connection, true))
+    if (tryRead(connection, Calls::Attempt::First))
         return;
     if (packet.head.other != 0) {
         connection.read.reset();
@@ -403,11 +397,11 @@ void Host::read(Connection& connection, const Packet& packet)
     waiting_ = true;
 }
 
-bool Host::tryRead(Connection& connection, bool first)
+bool Host::tryRead(Connection& connection, Calls::Attempt attempt)
 {
     WaitingRead& read = *connection.read;
     std::vector<std::uint8_t> out(read.size);
-    const Outcome outcome = calls_->read(read.caller, *connection.file->open, out, read.started, first);
+    const Outcome outcome = calls_->read(read.caller, *connection.file->open, out, read.started, attempt);
     if (outcome.waits) {
         read.wakeAt = outcome.wakeAt;
         return false;
@@ -422,7 +416,7 @@ void Host::retryWaiting()
 {
     waiting_ = false;
     for (auto& [fd, connection] : connections_) {
-        if (connection.read && !tryRead(connection, false))
+        if (connection.read && !tryRead(connection, Calls::Attempt::Again))
             waiting_ = true;
         if (connection.drains && calls_->drain(*connection.file->open).waits) {
             waiting_ = true;

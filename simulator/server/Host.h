@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "simulator/file/Calls.h"
+#include "simulator/file/UnitCalls.h"
 #include "simulator/model/Unit.h"
 #include "simulator/protocol/Channel.h"
 #include "simulator/protocol/UnitFolder.h"
-#include "simulator/record/Recorder.h"
+#include "simulator/record/RecordedCalls.h"
 #include "simulator/server/KeptMemory.h"
 
 namespace hxsim {
@@ -24,9 +24,9 @@ class Host {
 public:
     /// Throws BadText for a bad description and std::runtime_error when the unit cannot be started.
     Host(const std::string& unit, double scale);
-    /// From now on these answer the calls of programs, not the model.
-    void answerWith(std::unique_ptr<Calls> calls) { calls_ = std::move(calls); }
-    Calls& calls() { return *calls_; }
+    /// From now on this source answers the calls of programs, not the model.
+    void answerWith(std::unique_ptr<Calls> source) { calls_ = std::make_unique<UnitCalls>(unit_, std::move(source)); }
+    UnitCalls& calls() { return *calls_; }
     /// Programs find the machine's files and semaphores, or those of the unit that this program itself runs on.
     void standAside();
     ~Host();
@@ -101,7 +101,7 @@ private:
                 std::int64_t other = 0, std::uint64_t file = 0);
     /// Retries the waiting reads after a change.
     void retryWaiting();
-    bool tryRead(Connection& connection, bool first);
+    bool tryRead(Connection& connection, Calls::Attempt attempt);
     [[nodiscard]] std::string pathList();
     [[nodiscard]] Recording recordingHead();
     /// Time until the next timer; nothing when there is none.
@@ -112,7 +112,7 @@ private:
     UnitFolder folder_;
     Unit unit_;
     std::unique_ptr<KeptMemory> kept_;
-    std::unique_ptr<Calls> calls_ = std::make_unique<Calls>(unit_);
+    std::unique_ptr<UnitCalls> calls_ = std::make_unique<UnitCalls>(unit_);
     std::unique_ptr<Recorder> recorder_;
     int recorderOwner_ = -1; ///< the connection that started the recording
     std::string files_;      ///< directory that contains the unit's files under their own paths

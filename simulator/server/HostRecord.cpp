@@ -17,14 +17,14 @@ void Host::record(int connection, const std::string& file, int process)
     checkWritable(file);
     recorder_ = std::make_unique<Recorder>(file, process, recordingHead());
     recorderOwner_ = connection;
-    calls_->listen([this](const Entry& entry, std::int64_t result) { recorder_->add(entry, result); });
+    calls_->decorate(std::make_unique<RecordedCalls>(calls_->undecorated(), *recorder_, unit_.clock()));
 }
 
 std::size_t Host::endRecord(int connection)
 {
     if (connection != recorderOwner_ || recorder_ == nullptr)
         return 0;
-    calls_->listen({});
+    calls_->decorate(nullptr);
     const std::size_t count = recorder_->count();
     const bool good = recorder_->finish();
     recorder_.reset();

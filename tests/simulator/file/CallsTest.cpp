@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // What happens to every call on its way to a node: failures, counting, the journal.
-#include "simulator/file/Calls.h"
+#include "simulator/file/UnitCalls.h"
 
 #include "tests/simulator/model/ModelTest.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 class CallsTest : public modeltest::ModelTest {
 protected:
-    Calls calls{unit};
+    UnitCalls calls{unit};
     Caller caller{7, 2};
 
     std::unique_ptr<OpenFile> open(const std::string& path, int flags = O_RDWR)
@@ -72,7 +72,7 @@ TEST_F(CallsTest, ShowAttributesAsTexts)
 {
     const auto file = open("/etc/firmware.ver", O_RDONLY);
     Bytes buffer(100);
-    EXPECT_EQ(calls.read(caller, *file, buffer, 0ns, true).result, 8);
+    EXPECT_EQ(calls.read(caller, *file, buffer, 0ns, Calls::Attempt::First).result, 8);
 
     EXPECT_EQ(unit.journal().entries().back().text(), R"(/etc/firmware.ver read 100 -> "2.1.0.5\n")");
 }
@@ -157,13 +157,13 @@ TEST_F(CallsTest, ThatWaitAreWrittenDownWhenTheyEndAndMeetOneFault)
     unit.journal().clear();
     Bytes buffer(4);
 
-    EXPECT_TRUE(calls.read(caller, *file, buffer, 0ns, true).waits);
+    EXPECT_TRUE(calls.read(caller, *file, buffer, 0ns, Calls::Attempt::First).waits);
     EXPECT_EQ(journal(), "");
     unit.addFault("/dev/ttyS0 read EIO");
     pass(1s);
-    EXPECT_EQ(calls.read(caller, *file, buffer, 0ns, false).result, 0);
+    EXPECT_EQ(calls.read(caller, *file, buffer, 0ns, Calls::Attempt::Again).result, 0);
     EXPECT_EQ(journal(), "/dev/ttyS0 read 4\n");
-    EXPECT_EQ(calls.read(caller, *file, buffer, 1s, true).result, -EIO);
+    EXPECT_EQ(calls.read(caller, *file, buffer, 1s, Calls::Attempt::First).result, -EIO);
 }
 
 TEST_F(CallsTest, ThatWriteCanFailToo)
@@ -184,33 +184,6 @@ TEST_F(CallsTest, OfTheBoardLibrarysNodeStayOutOfTheJournal)
     calls.close(caller, *file);
 
     EXPECT_EQ(journal(), "");
-}
-
-TEST_F(CallsTest, AreShownToAListenerWithTheirResults)
-{
-    std::string heard;
-    calls.listen([&](const Entry& entry, std::int64_t result) {
-        heard += entry.text() + " = " + std::to_string(result) + '\n';
-    });
-    const auto file = open("/tmp/hxauxd.fifo", O_WRONLY);
-    (void)calls.write(caller, *file, Bytes{1, 0, 0, 0});
-    (void)ioctl(*file, 0x12345678, {});
-    calls.close(caller, *file, Calls::Closing::WithProgram);
-
-    EXPECT_EQ(heard, "/tmp/hxauxd.fifo open wronly = 0\n"
-                     "/tmp/hxauxd.fifo write: 01 00 00 00 = 4\n"
-                     "/tmp/hxauxd.fifo 0x12345678 !ENOTTY = -25\n");
-}
-
-TEST_F(CallsTest, ShowTheFaultOfOtherCallsToAListener)
-{
-    std::string heard;
-    calls.listen([&](const Entry& entry, std::int64_t) { heard += entry.text(); });
-    unit.addFault("/any sem_wait EINTR 1");
-
-    EXPECT_EQ(calls.fault(caller, "/any", "sem_wait"), EINTR);
-    EXPECT_EQ(calls.fault(caller, "/any", "sem_wait"), 0);
-    EXPECT_EQ(heard, "/any sem_wait !EINTR");
 }
 
 TEST_F(CallsTest, NoteWhatIsNoCallOnANode)

@@ -103,13 +103,10 @@ TEST(Terminal, KeepsABaudRateThatHasNoCode)
 
 TEST(Terminal, IsKeptByItsDeviceAsBytes)
 {
-    Node node{"/dev/x"};
     termios settings = freshTerminal();
     settings.c_cc[VTIME] = 30;
 
-    keepTerminal(node, settings);
-
-    const std::optional<termios> kept = terminalFrom(node.terminal);
+    const std::optional<termios> kept = terminalFrom(terminalBytes(settings));
     ASSERT_TRUE(kept);
     EXPECT_EQ(lineOf(*kept), lineOf(settings));
     EXPECT_EQ(kept->c_iflag, settings.c_iflag);

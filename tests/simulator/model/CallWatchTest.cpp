@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/CallWatch.h"
 
-#include "simulator/file/Calls.h"
+#include "simulator/file/UnitCalls.h"
 #include "tests/simulator/model/ModelTest.h"
 
 using namespace hxsim;
@@ -32,7 +32,7 @@ protected:
         watchCalls(nullptr);
         watchAnswers(nullptr);
     }
-    Calls calls{unit};
+    UnitCalls calls{unit};
 };
 
 TEST_F(CallWatchTest, WatchesNothingByItself)
@@ -59,9 +59,9 @@ TEST_F(CallWatchTest, FailsTheCallsThatItNames)
     watchCalls(refuseReads);
     Bytes out(10);
 
-    EXPECT_EQ(calls.read({}, *opened.file, out, {}, true).result, -EINTR);
+    EXPECT_EQ(calls.read({}, *opened.file, out, {}, Calls::Attempt::First).result, -EINTR);
     watchCalls(nullptr);
-    EXPECT_GT(calls.read({}, *opened.file, out, {}, true).result, 0);
+    EXPECT_GT(calls.read({}, *opened.file, out, {}, Calls::Attempt::First).result, 0);
 }
 
 TEST_F(CallWatchTest, IsShownEachAnswerAndMayChangeIt)

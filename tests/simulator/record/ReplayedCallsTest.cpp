@@ -6,7 +6,8 @@
 #include <sstream>
 #include <unistd.h>
 
-#include "simulator/record/Recorder.h"
+#include "simulator/file/UnitCalls.h"
+#include "simulator/record/RecordedCalls.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 
@@ -19,14 +20,17 @@ namespace {
 class ReplayTest : public modeltest::ModelTest {
 protected:
     Recording recording{};
-    std::unique_ptr<ReplayedCalls> calls{};
+    std::unique_ptr<UnitCalls> calls{};
+    ReplayedCalls* replayed = nullptr; ///< what answers them
     std::string difference{};
 
     void play(const std::string& lines)
     {
         recording = Recording::parse("hx-sim recording 1\n" + lines, unit);
-        calls =
+        auto source =
             std::make_unique<ReplayedCalls>(unit, recording, [this](const std::string& text) { difference = text; });
+        replayed = source.get();
+        calls = std::make_unique<UnitCalls>(unit, std::move(source));
     }
     std::unique_ptr<OpenFile> open(Caller caller, const std::string& path)
     {
@@ -52,9 +56,9 @@ TEST_F(ReplayTest, AnswersFromTheRecordingAndNotFromTheModel)
 
     EXPECT_EQ(level({5, 9}, *file), 0x11);
     calls->close({5, 9}, *file);
-    calls->finish();
+    replayed->finish();
 
-    EXPECT_FALSE(calls->differed());
+    EXPECT_FALSE(replayed->differed());
     EXPECT_EQ(difference, "");
 }
 
@@ -78,7 +82,7 @@ TEST_F(ReplayTest, ReadsAndWritesAsRecorded)
     Bytes out(4);
 
     EXPECT_EQ(calls->write({1, 1}, *file, Bytes{0x7F, 0}).result, 1);
-    EXPECT_EQ(calls->read({1, 1}, *file, out, 0ns, true).result, 2);
+    EXPECT_EQ(calls->read({1, 1}, *file, out, 0ns, Calls::Attempt::First).result, 2);
     EXPECT_EQ(out, (Bytes{0x79, 0x1F, 0, 0}));
 }
 
@@ -90,7 +94,7 @@ TEST_F(ReplayTest, ShowsTheLineWhereAProgramAsksSomethingElse)
 
     EXPECT_EQ(calls->ioctl({1, 1}, *file, 0x80010004, {}, out), -EIO);
 
-    EXPECT_TRUE(calls->differed());
+    EXPECT_TRUE(replayed->differed());
     EXPECT_EQ(difference, "3: the program makes another call\n"
                           "  recorded: /dev/backlight 0x80010002 -> 11\n"
                           "  now:      /dev/backlight 0x80010004");
@@ -106,7 +110,7 @@ TEST_F(ReplayTest, AnswersNothingBehindADifferenceAndReportsOne)
 
     EXPECT_EQ(level({1, 1}, *file), -EIO);
     EXPECT_EQ(calls->open({1, 1}, "/dev/backlight", O_RDWR).error, EIO);
-    calls->finish();
+    replayed->finish();
     EXPECT_EQ(difference, "");
 }
 
@@ -124,9 +128,9 @@ TEST_F(ReplayTest, ShowsWhatAProgramDidNotAsk)
 {
     play(kOneReading);
     const auto file = open({1, 1}, "/dev/backlight");
-    calls->finish();
+    replayed->finish();
 
-    EXPECT_TRUE(calls->differed());
+    EXPECT_TRUE(replayed->differed());
     EXPECT_EQ(difference, "3: the program ended without this call\n  recorded: /dev/backlight 0x80010002 -> 11");
 }
 
@@ -144,8 +148,8 @@ TEST_F(ReplayTest, LetsThreadsGoInAnyOrderAmongEachOther)
     EXPECT_EQ(out, Bytes{0x05});
     const auto backlight = open({1, 7}, "/dev/backlight");
     EXPECT_EQ(level({1, 7}, *backlight), 0x11);
-    calls->finish();
-    EXPECT_FALSE(calls->differed());
+    replayed->finish();
+    EXPECT_FALSE(replayed->differed());
 }
 
 TEST_F(ReplayTest, KeepsTheThreadsOfAProcessTogether)
@@ -157,7 +161,7 @@ TEST_F(ReplayTest, KeepsTheThreadsOfAProcessTogether)
     EXPECT_NE(open({10, 1}, "/dev/backlight"), nullptr);
     EXPECT_NE(open({20, 1}, "/dev/dig-io"), nullptr);
     EXPECT_EQ(open({10, 2}, "/dev/buzzer"), nullptr) << "a thread of the other process made this call";
-    EXPECT_TRUE(calls->differed());
+    EXPECT_TRUE(replayed->differed());
 }
 
 TEST_F(ReplayTest, FailsOtherCallsWhereTheyFailed)
@@ -191,7 +195,7 @@ TEST_F(ReplayTest, AsksForNoCloseThatTheEndOfTheProgramBroughtAbout)
 
     calls->close({1, 1}, *file, Calls::Closing::WithProgram);
 
-    EXPECT_FALSE(calls->differed());
+    EXPECT_FALSE(replayed->differed());
 }
 
 class RecorderTest : public modeltest::ModelTest {
@@ -259,11 +263,63 @@ TEST_F(RecorderTest, ReportsAtItsEndThatTheDiskWasFull)
     EXPECT_EQ(modeltest::refusalOf([] { Recorder{"/dev/full", 0, {}}; }), "cannot write /dev/full");
 }
 
+class RecordedCallsTest : public RecorderTest {
+protected:
+    Recorder recorder{path, 0, {}};
+    UnitCalls calls{unit};
+
+    RecordedCallsTest()
+    {
+        calls.decorate(std::make_unique<RecordedCalls>(calls.undecorated(), recorder, unit.clock()));
+    }
+};
+
+TEST_F(RecordedCallsTest, WritesCallsWithTheirResults)
+{
+    const auto file = calls.open({7, 2}, "/tmp/hxauxd.fifo", O_WRONLY).file;
+    (void)calls.write({7, 2}, *file, Bytes{1, 0, 0, 0});
+    (void)calls.ioctl({7, 2}, *file, 0x12345678, {}, {});
+
+    EXPECT_EQ(written(), "hx-sim recording 1\n"
+                         "1.1 0.000000 /tmp/hxauxd.fifo open wronly\n"
+                         "1.1 0.000000 /tmp/hxauxd.fifo write: 01 00 00 00\n"
+                         "1.1 0.000000 /tmp/hxauxd.fifo 0x12345678 !ENOTTY\n");
+}
+
+TEST_F(RecordedCallsTest, WritesACloseOfTheProgramAndNoneThatItsEndBrought)
+{
+    const auto first = calls.open({7, 2}, "/dev/backlight", O_RDWR).file;
+    const auto second = calls.open({7, 2}, "/dev/buzzer", O_RDWR).file;
+    calls.close({7, 2}, *first);
+    calls.close({7, 2}, *second, Calls::Closing::WithProgram);
+
+    EXPECT_THAT(written(), testing::EndsWith("/dev/buzzer open rdwr\n1.1 0.000000 /dev/backlight close\n"));
+}
+
+TEST_F(RecordedCallsTest, WritesTheFaultOfOtherCalls)
+{
+    unit.addFault("/any sem_wait EINTR 1");
+
+    EXPECT_EQ(calls.fault({7, 2}, "/any", "sem_wait"), EINTR);
+    EXPECT_EQ(calls.fault({7, 2}, "/any", "sem_wait"), 0);
+
+    EXPECT_EQ(recorder.count(), 1U);
+    EXPECT_THAT(written(), testing::EndsWith("/any fault sem_wait !EINTR\n"));
+}
+
+TEST_F(RecordedCallsTest, WritesNothingOnceItIsRemoved)
+{
+    calls.decorate(nullptr);
+    (void)calls.open({7, 2}, "/dev/backlight", O_RDWR);
+
+    EXPECT_EQ(recorder.count(), 0U);
+}
+
 TEST_F(RecorderTest, WritesWhatAReplayReads)
 {
     Recorder recorder{path, 0, {}};
-    Calls calls{unit};
-    calls.listen([&](const Entry& entry, std::int64_t result) { recorder.add(entry, result); });
+    UnitCalls calls{unit};
+    calls.decorate(std::make_unique<RecordedCalls>(calls.undecorated(), recorder, unit.clock()));
     const auto file = calls.open({3, 3}, "/dev/adc-id", O_RDWR).file;
     const Bytes block{0, 0, 0, 0};
     Bytes answer(4);
@@ -273,14 +329,17 @@ TEST_F(RecorderTest, WritesWhatAReplayReads)
 
     set("voltage.0", "1");
     const Recording recording = Recording::parse(written(), unit);
-    ReplayedCalls replayed{unit, recording, [](const std::string& text) { ADD_FAILURE() << text; }};
+    auto source =
+        std::make_unique<ReplayedCalls>(unit, recording, [](const std::string& text) { ADD_FAILURE() << text; });
+    ReplayedCalls& replay = *source;
+    UnitCalls replayed{unit, std::move(source)};
     const auto again = replayed.open({9, 1}, "/dev/adc-id", O_RDWR).file;
     Bytes replayedAnswer(4);
     EXPECT_EQ(replayed.ioctl({9, 1}, *again, 0xC004003A, block, replayedAnswer), 0);
     EXPECT_EQ(replayedAnswer, answer);
     replayed.close({9, 1}, *again);
-    replayed.finish();
-    EXPECT_FALSE(replayed.differed());
+    replay.finish();
+    EXPECT_FALSE(replay.differed());
 }
 
 } // namespace
