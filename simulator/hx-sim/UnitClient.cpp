@@ -59,16 +59,11 @@ UnitClient::~UnitClient()
 
 std::string UnitClient::request(const std::vector<std::string>& words)
 {
-    std::string text;
-    for (const std::string& word : words)
-        text += word + '\0';
-    if (text.size() > wire::kLargestPacket - sizeof(wire::Head))
+    const wire::Packed command{wire::Command{words}, Caller{getpid(), 0}};
+    if (command.bytes().size() > wire::kLargestPacket - sizeof(wire::Head))
         throw BadText{"the command is too long"};
-    wire::Head head{};
-    head.kind = wire::Kind::Command;
-    head.process = getpid();
     Packet answer;
-    if (!hxsim::exchange(fd_, head, bytesOf(text), answer, static_cast<int>(kPatience.count())))
+    if (!hxsim::exchange(fd_, command, answer, static_cast<int>(kPatience.count())))
         throw NoUnit{errno == EAGAIN ? "the unit does not answer" : "the unit has stopped"};
     if (answer.head.value != 0)
         throw BadText{answer.text()};

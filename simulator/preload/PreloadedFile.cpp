@@ -36,6 +36,12 @@ private:
     bool answered_ = false;
 };
 
+template <typename Message>
+wire::Packed packed(const Message& message)
+{
+    return wire::Packed{message, PreloadedLink::caller()};
+}
+
 /// Waits without a time limit; a signal interrupts the wait.
 bool waitsForTheUnit(wire::Kind kind)
 {
@@ -51,22 +57,21 @@ Received receiveAnswer(int fd, wire::Kind kind, wire::Head& answer, Space out)
     if (received != Received::Interrupted)
         return received;
     // The host answers now, with the available bytes or with EINTR.
-    sendPacket(fd, PreloadedLink::head(wire::Kind::Cancel), {});
+    sendPacket(fd, packed(wire::Cancel{}));
     return comesInTime(fd) ? receivePacket(fd, answer, out, size, true) : Received::Nothing;
 }
 
 } // namespace
 
-std::int64_t PreloadedFile::exchange(wire::Head head, Bytes in, Space out, wire::Head& answer)
+std::int64_t PreloadedFile::exchange(const wire::Packed& message, Space out, wire::Head& answer)
 {
     const Link::Inside inside;
     Question question{link_.connections()};
     if (question.fd() < 0)
         return link_.unreachable(-question.fd());
-    head.file = number_;
-    if (!sendPacket(question.fd(), head, in))
+    if (!sendPacket(question.fd(), message))
         return errno == EFAULT ? -EFAULT : link_.unreachable(errno);
-    switch (receiveAnswer(question.fd(), head.kind, answer, out)) {
+    switch (receiveAnswer(question.fd(), message.head().kind, answer, out)) {
     case Received::Packet:
         question.answered();
         return answer.value;
@@ -80,10 +85,10 @@ std::int64_t PreloadedFile::exchange(wire::Head head, Bytes in, Space out, wire:
     }
 }
 
-std::int64_t PreloadedFile::exchange(const wire::Head& head, Bytes in, Space out)
+std::int64_t PreloadedFile::exchange(const wire::Packed& message, Space out)
 {
     wire::Head answer{};
-    return exchange(head, in, out, answer);
+    return exchange(message, out, answer);
 }
 
 std::optional<Node::Shape> PreloadedFile::shape(std::uint32_t request)
@@ -94,13 +99,12 @@ std::optional<Node::Shape> PreloadedFile::shape(std::uint32_t request)
         if (known != shapes_.end())
             return known->second;
     }
-    wire::Head question = PreloadedLink::head(wire::Kind::Shape);
-    question.request = request;
     wire::Head answer{};
-    const std::int64_t takes = exchange(question, {}, {}, answer);
+    (void)exchange(packed(wire::Shape{number_, request}), {}, answer);
+    const auto known = wire::unpacked<wire::ShapeKnown>(answer, {}).value_or(wire::ShapeKnown{});
     std::optional<Node::Shape> shape;
-    if (takes >= 0)
-        shape = Node::Shape{static_cast<std::size_t>(takes), static_cast<std::size_t>(answer.other)};
+    if (known.takes >= 0)
+        shape = Node::Shape{static_cast<std::size_t>(known.takes), static_cast<std::size_t>(known.gives)};
     const Held guard{link_.connections()};
     shapes_[request] = shape;
     return shape;
@@ -108,61 +112,57 @@ std::optional<Node::Shape> PreloadedFile::shape(std::uint32_t request)
 
 std::int64_t PreloadedFile::ioctl(std::uint32_t request, Bytes in, Space out)
 {
-    wire::Head question = PreloadedLink::head(wire::Kind::Ioctl);
-    question.request = request;
-    return exchange(question, in, out);
+    return exchange(packed(wire::Ioctl{number_, request, in}), out);
 }
 
 std::int64_t PreloadedFile::read(Space out, bool nonblocking)
 {
     const Space space = out.first(std::min(out.size(), std::size_t{65536}));
-    wire::Head question = PreloadedLink::head(wire::Kind::Read, static_cast<std::int64_t>(space.size()));
-    question.other = nonblocking ? 1 : 0;
-    return exchange(question, {}, space);
+    return exchange(packed(wire::Read{number_, static_cast<std::int64_t>(space.size()), nonblocking}), space);
 }
 
 std::int64_t PreloadedFile::write(Bytes in)
 {
-    return exchange(PreloadedLink::head(wire::Kind::Write), in.first(std::min(in.size(), std::size_t{65536})));
+    return exchange(packed(wire::Write{number_, in.first(std::min(in.size(), std::size_t{65536}))}));
 }
 
 /// The host is notified before it sees the end, and so knows that no program has died.
 void PreloadedFile::closing(int fd)
 {
-    (void)sendPacket(fd, PreloadedLink::head(wire::Kind::Closing), {});
+    (void)sendPacket(fd, packed(wire::Closing{}));
 }
 
 void PreloadedFile::close()
 {
-    exchange(PreloadedLink::head(wire::Kind::Close));
+    exchange(packed(wire::Close{number_}));
 }
 
 void PreloadedFile::setTerminal(const termios& settings)
 {
-    exchange(PreloadedLink::head(wire::Kind::SetTerminal), terminalBytes(settings));
+    exchange(packed(wire::SetTerminal{number_, terminalBytes(settings)}));
 }
 
 std::optional<termios> PreloadedFile::terminal()
 {
     std::uint8_t bytes[sizeof(termios)];
-    const std::int64_t size = exchange(PreloadedLink::head(wire::Kind::GetTerminal), {}, bytes);
+    const std::int64_t size = exchange(packed(wire::GetTerminal{number_}), bytes);
     return terminalFrom(
         {bytes, size > 0 && static_cast<std::size_t>(size) <= sizeof bytes ? static_cast<std::size_t>(size) : 0});
 }
 
 void PreloadedFile::flush(bool input, bool output)
 {
-    exchange(PreloadedLink::head(wire::Kind::Flush, (input ? 1 : 0) | (output ? 2 : 0)));
+    exchange(packed(wire::Flush{number_, (input ? wire::Flush::kInput : 0) | (output ? wire::Flush::kOutput : 0)}));
 }
 
 int PreloadedFile::drain()
 {
-    return static_cast<int>(exchange(PreloadedLink::head(wire::Kind::Drain)));
+    return static_cast<int>(exchange(packed(wire::Drain{number_})));
 }
 
 bool PreloadedFile::readable()
 {
-    return exchange(PreloadedLink::head(wire::Kind::Readable)) != 0;
+    return exchange(packed(wire::Readable{number_})) != 0;
 }
 
 } // namespace hxsim

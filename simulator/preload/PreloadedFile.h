@@ -26,8 +26,8 @@ public:
 
 private:
     /// Sends a request about this file to the host: its result, or -errno.
-    std::int64_t exchange(wire::Head head, Bytes in, Space out, wire::Head& answer);
-    std::int64_t exchange(const wire::Head& head, Bytes in = {}, Space out = {});
+    std::int64_t exchange(const wire::Packed& message, Space out, wire::Head& answer);
+    std::int64_t exchange(const wire::Packed& message, Space out = {});
 
     PreloadedLink& link_;
     const std::uint64_t number_;

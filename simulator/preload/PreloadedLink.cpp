@@ -112,9 +112,9 @@ PreloadedLink::PreloadedLink(std::string folder, double scale)
 {
 }
 
-wire::Head PreloadedLink::head(wire::Kind kind, std::int64_t value)
+Caller PreloadedLink::caller()
 {
-    return {kind, 0, getpid(), gettid(), value, 0};
+    return {getpid(), gettid()};
 }
 
 int PreloadedLink::unreachable(int error)
@@ -139,7 +139,7 @@ void PreloadedLink::learnPaths()
     const int fd = connections_.reserve();
     if (fd == -EACCES || fd == -EPERM)
         refused_ = EACCES;
-    if (!control(head(wire::Kind::Hello), {}, &answer))
+    if (!control(wire::Hello{}, &answer))
         return;
     for (const std::string& line : lines(answer.text())) {
         if (line[0] == 'N')
@@ -179,17 +179,18 @@ std::optional<Link::Adopted> PreloadedLink::adopt(int fd)
 {
     const std::string name = connectionName(fd, folder_);
     Packet answer;
-    if (name.empty() || !control(head(wire::Kind::Which), bytesOf(name), &answer) || answer.head.value != 0)
+    if (name.empty() || !control(wire::Which{name}, &answer))
         return std::nullopt;
-    return Adopted{answer.text(), static_cast<int>(answer.head.other),
-                   std::make_shared<PreloadedFile>(*this, answer.head.file)};
+    const auto found = answer.as<wire::FileFound>();
+    if (found.result != 0)
+        return std::nullopt;
+    return Adopted{found.path, found.flags, std::make_shared<PreloadedFile>(*this, found.file)};
 }
 
-bool PreloadedLink::exchangeSeparately(const wire::Head& question, Bytes bytes, Packet* answer)
+bool PreloadedLink::exchangeSeparately(const wire::Packed& message, Packet* answer)
 {
     const int fd = connectTo(folder_, "");
-    const bool good =
-        fd >= 0 && (answer == nullptr ? sendPacket(fd, question, bytes) : exchange(fd, question, bytes, *answer));
+    const bool good = fd >= 0 && (answer == nullptr ? sendPacket(fd, message) : exchange(fd, message, *answer));
     const int error = fd < 0 ? -fd : ECONNRESET;
     if (fd >= 0)
         HXSIM_REAL(close)(fd);
@@ -198,11 +199,11 @@ bool PreloadedLink::exchangeSeparately(const wire::Head& question, Bytes bytes, 
     return good;
 }
 
-bool PreloadedLink::control(const wire::Head& question, Bytes bytes, Packet* answer)
+bool PreloadedLink::exchangeOnControl(const wire::Packed& message, Packet* answer)
 {
     const Inside inside;
     if (isInControl || Descriptors::table().isBorrowed())
-        return exchangeSeparately(question, bytes, answer);
+        return exchangeSeparately(message, answer);
     struct Holding {
         Holding() { isInControl = true; }
         ~Holding() { isInControl = false; }
@@ -216,8 +217,7 @@ bool PreloadedLink::control(const wire::Head& question, Bytes bytes, Packet* ans
         }
         control_ = Descriptors::table().moveOutOfTheWay(fd);
     }
-    const bool good =
-        answer == nullptr ? sendPacket(control_, question, bytes) : exchange(control_, question, bytes, *answer);
+    const bool good = answer == nullptr ? sendPacket(control_, message) : exchange(control_, message, *answer);
     if (good)
         return true;
     unreachable(ECONNRESET);
@@ -253,14 +253,14 @@ Link::Where PreloadedLink::locate(const std::string& path)
         return {};
     Where where = known->second;
     Packet answer;
-    where.present = control(head(wire::Kind::Locate), bytesOf(path), &answer) && answer.head.value == 1;
+    where.present = control(wire::Locate{path}, &answer) && answer.as<wire::Answer>().result == 1;
     return where;
 }
 
 std::set<std::string> PreloadedLink::absentNames()
 {
     Packet answer;
-    if (!control(head(wire::Kind::Absent), {}, &answer))
+    if (!control(wire::Absent{}, &answer))
         return {};
     const std::vector<std::string> names = lines(answer.text());
     return {names.begin(), names.end()};
@@ -281,29 +281,27 @@ Link::Opened PreloadedLink::open(const std::string& path, int flags)
     if (fd < 0)
         return {unreachable(-fd), nullptr};
     Packet answer;
-    const int result = exchange(fd, head(wire::Kind::Open, flags), bytesOf(name + '\0' + path), answer)
-                           ? static_cast<int>(answer.head.value)
-                           : unreachable(ECONNRESET);
-    if (result < 0) {
+    auto opened = wire::FileOpened{};
+    if (exchange(fd, wire::Packed{wire::Open{flags, name, path}, caller()}, answer))
+        opened = answer.as<wire::FileOpened>();
+    else
+        opened.result = unreachable(ECONNRESET);
+    if (opened.result < 0) {
         HXSIM_REAL(close)(fd);
-        return {result, nullptr};
+        return {opened.result, nullptr};
     }
-    return {fd, std::make_shared<PreloadedFile>(*this, answer.head.file)};
+    return {fd, std::make_shared<PreloadedFile>(*this, opened.file)};
 }
 
 int PreloadedLink::fault(const std::string& subject, const std::string& call)
 {
     Packet answer;
-    return control(head(wire::Kind::Fault), bytesOf(subject + '\0' + call), &answer)
-               ? static_cast<int>(answer.head.value)
-               : 0;
+    return control(wire::Fault{subject, call}, &answer) ? static_cast<int>(answer.as<wire::Answer>().result) : 0;
 }
 
 void PreloadedLink::note(const std::string& subject, const std::string& action, int error, Bytes in)
 {
-    std::string text = subject + '\0' + action + '\0';
-    text.append(in.begin(), in.end());
-    control(head(wire::Kind::Note, error), bytesOf(text), nullptr);
+    control(wire::Note{error, subject, action, {in.begin(), in.end()}}, nullptr);
 }
 
 int PreloadedLink::sleep(std::int64_t nanoseconds, std::int64_t* rest)

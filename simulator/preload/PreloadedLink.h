@@ -38,8 +38,8 @@ public:
     int joinThread(pthread_t thread, void** result) override;
     std::string jidaLibrary() override;
 
-    /// Head of a packet from this thread.
-    static wire::Head head(wire::Kind kind, std::int64_t value = 0);
+    /// This thread.
+    static Caller caller();
     Connections& connections() { return connections_; }
     /// The result of a call when the host was not reachable for this reason: -errno. Prints the reason once.
     static int unreachable(int error);
@@ -50,10 +50,16 @@ private:
     void learnPaths();
     void learnPath(char kind, const std::string& line);
     void adoptInherited();
-    /// Exchanges a packet on the control connection, which is created on first use.
-    bool control(const wire::Head& head, Bytes bytes, Packet* answer);
+    /// Sends a message of this thread on the control connection, which is created on first use, and receives the answer
+    /// unless that is null.
+    template <typename Message>
+    bool control(const Message& message, Packet* answer)
+    {
+        return exchangeOnControl(wire::Packed{message, caller()}, answer);
+    }
+    bool exchangeOnControl(const wire::Packed& message, Packet* answer);
     /// The same on a separate connection.
-    bool exchangeSeparately(const wire::Head& head, Bytes bytes, Packet* answer);
+    bool exchangeSeparately(const wire::Packed& message, Packet* answer);
     [[nodiscard]] std::set<std::string> absentNames();
     [[nodiscard]] std::int64_t real(std::int64_t nanoseconds) const
     {

@@ -167,9 +167,4 @@ bool exchange(int fd, const wire::Head& head, std::span<const std::uint8_t> byte
     return good;
 }
 
-std::span<const std::uint8_t> bytesOf(const std::string& text)
-{
-    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
-
 } // namespace hxsim

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/protocol/Wire.h"
+#include "simulator/protocol/Messages.h"
 
 namespace hxsim {
 
@@ -15,6 +15,12 @@ struct Packet {
     std::vector<std::uint8_t> bytes{};
 
     [[nodiscard]] std::string text() const { return {bytes.begin(), bytes.end()}; }
+    /// The packet as a message of this kind; a default one when it is not.
+    template <typename Message>
+    [[nodiscard]] Message as() const
+    {
+        return wire::unpacked<Message>(head, bytes).value_or(Message{});
+    }
 };
 
 /// How long the other end may take to accept a packet, or to answer one that does not wait for the unit.
@@ -29,6 +35,10 @@ std::string newConnectionName();
 
 /// False when the host is gone.
 bool sendPacket(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes);
+inline bool sendPacket(int fd, const wire::Packed& message)
+{
+    return sendPacket(fd, message.head(), message.bytes());
+}
 enum class Received { Packet, Interrupted, Nothing, Unplaced, Gone };
 /// `retry` continues after a signal. Nothing: the descriptor does not block, and there is no packet. Unplaced: the
 /// bytes are lost, because `bytes` is not the caller's memory.
@@ -38,7 +48,9 @@ bool comesInTime(int fd, int seconds = kPatienceSeconds);
 /// Sends and waits for the answer; false when there is none in time, with EAGAIN then.
 bool exchange(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes, Packet& answer,
               int seconds = kPatienceSeconds);
-
-std::span<const std::uint8_t> bytesOf(const std::string& text);
+inline bool exchange(int fd, const wire::Packed& message, Packet& answer, int seconds = kPatienceSeconds)
+{
+    return exchange(fd, message.head(), message.bytes(), answer, seconds);
+}
 
 } // namespace hxsim

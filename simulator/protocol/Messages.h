@@ -1,0 +1,362 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "simulator/model/Journal.h"
+#include "simulator/protocol/Wire.h"
+
+namespace hxsim {
+
+inline std::span<const std::uint8_t> bytesOf(const std::string& text)
+{
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+} // namespace hxsim
+
+/// The messages between programs and the server of a unit. Each names its fields once, in the order of the packet, for
+/// packing and unpacking.
+namespace hxsim::wire {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// On a control connection.
+
+/// Asks for all paths, one per line of the answer: "D", "S", "T" or "F" for a device, serial port, attribute or file,
+/// its path, and its path on this machine if any; "N" the unit whose semaphores are used; "R" the directory used as the
+/// root directory.
+struct Hello {
+    static constexpr Kind kKind = Kind::Hello;
+    static void fields(auto& /*self*/, auto& /*packet*/) {}
+};
+
+/// Result: 1 present, 0 absent.
+struct Locate {
+    static constexpr Kind kKind = Kind::Locate;
+    std::string path{};
+    static void fields(auto& self, auto& packet) { packet.texts(self.path); }
+};
+
+/// Asks for the names that the unit lacks, one per line of the answer.
+struct Absent {
+    static constexpr Kind kKind = Kind::Absent;
+    static void fields(auto& /*self*/, auto& /*packet*/) {}
+};
+
+/// Result: the errno with which this call outside any device must fail, or 0.
+struct Fault {
+    static constexpr Kind kKind = Kind::Fault;
+    std::string subject{};
+    std::string call{};
+    static void fields(auto& self, auto& packet) { packet.texts(self.subject, self.call); }
+};
+
+/// A call outside any device was made; no answer.
+struct Note {
+    static constexpr Kind kKind = Kind::Note;
+    int error = 0;
+    std::string subject{};
+    std::string action{};
+    std::string data{};
+    static void fields(auto& self, auto& packet)
+    {
+        packet.value(self.error);
+        packet.texts(self.subject, self.action, self.data);
+    }
+};
+
+/// A command of hx-sim. Result: 0 or 1, with a text.
+struct Command {
+    static constexpr Kind kKind = Kind::Command;
+    std::vector<std::string> words{};
+    static void fields(auto& self, auto& packet) { packet.words(self.words); }
+};
+
+/// Asks for the file of the connection with this name; answered with FileFound.
+struct Which {
+    static constexpr Kind kKind = Kind::Which;
+    std::string name{};
+    static void fields(auto& self, auto& packet) { packet.texts(self.name); }
+};
+
+// Files. All but Open, Cancel and Closing carry the number of the file.
+
+/// Opens on this connection, which gets the name; answered with FileOpened.
+struct Open {
+    static constexpr Kind kKind = Kind::Open;
+    int flags = 0;
+    std::string name{};
+    std::string path{};
+    static void fields(auto& self, auto& packet)
+    {
+        packet.value(self.flags);
+        packet.texts(self.name, self.path);
+    }
+};
+
+/// Answered with ShapeKnown.
+struct Shape {
+    static constexpr Kind kKind = Kind::Shape;
+    std::uint64_t file = 0;
+    std::uint32_t request = 0;
+    static void fields(auto& self, auto& packet)
+    {
+        packet.file(self.file);
+        packet.request(self.request);
+    }
+};
+
+struct Ioctl {
+    static constexpr Kind kKind = Kind::Ioctl;
+    std::uint64_t file = 0;
+    std::uint32_t request = 0;
+    Bytes in{}; ///< what the driver takes
+    static void fields(auto& self, auto& packet)
+    {
+        packet.file(self.file);
+        packet.request(self.request);
+        packet.bytes(self.in);
+    }
+};
+
+struct Read {
+    static constexpr Kind kKind = Kind::Read;
+    std::uint64_t file = 0;
+    std::int64_t size = 0;
+    bool nonblocking = false;
+    static void fields(auto& self, auto& packet)
+    {
+        packet.file(self.file);
+        packet.value(self.size);
+        packet.other(self.nonblocking);
+    }
+};
+
+/// Ends a Read or Drain that waits on this connection.
+struct Cancel {
+    static constexpr Kind kKind = Kind::Cancel;
+    static void fields(auto& /*self*/, auto& /*packet*/) {}
+};
+
+struct Write {
+    static constexpr Kind kKind = Kind::Write;
+    std::uint64_t file = 0;
+    Bytes in{};
+    static void fields(auto& self, auto& packet)
+    {
+        packet.file(self.file);
+        packet.bytes(self.in);
+    }
+};
+
+/// The bytes of a termios, which all open files of the device share.
+struct SetTerminal {
+    static constexpr Kind kKind = Kind::SetTerminal;
+    std::uint64_t file = 0;
+    Bytes settings{};
+    static void fields(auto& self, auto& packet)
+    {
+        packet.file(self.file);
+        packet.bytes(self.settings);
+    }
+};
+
+/// Answered with the bytes and, as result, their number: 0 until they are set.
+struct GetTerminal {
+    static constexpr Kind kKind = Kind::GetTerminal;
+    std::uint64_t file = 0;
+    static void fields(auto& self, auto& packet) { packet.file(self.file); }
+};
+
+struct Flush {
+    static constexpr Kind kKind = Kind::Flush;
+    static constexpr int kInput = 1;
+    static constexpr int kOutput = 2;
+    std::uint64_t file = 0;
+    int what = 0;
+    static void fields(auto& self, auto& packet)
+    {
+        packet.file(self.file);
+        packet.value(self.what);
+    }
+};
+
+struct Drain {
+    static constexpr Kind kKind = Kind::Drain;
+    std::uint64_t file = 0;
+    static void fields(auto& self, auto& packet) { packet.file(self.file); }
+};
+
+/// Result: 1 when a read would not wait.
+struct Readable {
+    static constexpr Kind kKind = Kind::Readable;
+    std::uint64_t file = 0;
+    static void fields(auto& self, auto& packet) { packet.file(self.file); }
+};
+
+/// On the file's own connection, before the process closes its last descriptor; no answer.
+struct Closing {
+    static constexpr Kind kKind = Kind::Closing;
+    static void fields(auto& /*self*/, auto& /*packet*/) {}
+};
+
+/// The process has closed its last descriptor; the server checks for other holders.
+struct Close {
+    static constexpr Kind kKind = Kind::Close;
+    std::uint64_t file = 0;
+    static void fields(auto& self, auto& packet) { packet.file(self.file); }
+};
+
+/// All messages that a program sends.
+using Requests = std::tuple<Hello, Locate, Absent, Fault, Note, Command, Which, Open, Shape, Ioctl, Read, Cancel, Write,
+                            SetTerminal, GetTerminal, Flush, Drain, Readable, Closing, Close>;
+
+// Answers of the server.
+
+struct Answer {
+    static constexpr Kind kKind = Kind::Answer;
+    std::int64_t result = 0; ///< or -errno
+    Bytes bytes{};
+    static void fields(auto& self, auto& packet)
+    {
+        packet.value(self.result);
+        packet.bytes(self.bytes);
+    }
+};
+
+struct FileOpened {
+    static constexpr Kind kKind = Kind::Answer;
+    int result = 0; ///< or -errno
+    std::uint64_t file = 0;
+    static void fields(auto& self, auto& packet)
+    {
+        packet.value(self.result);
+        packet.file(self.file);
+    }
+};
+
+struct FileFound {
+    static constexpr Kind kKind = Kind::Answer;
+    int result = 0; ///< or -errno
+    std::uint64_t file = 0;
+    int flags = 0; ///< of its opening
+    std::string path{};
+    static void fields(auto& self, auto& packet)
+    {
+        packet.value(self.result);
+        packet.file(self.file);
+        packet.other(self.flags);
+        packet.texts(self.path);
+    }
+};
+
+struct ShapeKnown {
+    static constexpr Kind kKind = Kind::Answer;
+    std::int64_t takes = -1; ///< -1: the driver does not know the request
+    std::int64_t gives = 0;
+    static void fields(auto& self, auto& packet)
+    {
+        packet.value(self.takes);
+        packet.other(self.gives);
+    }
+};
+
+/// A message as it is sent: the head, and bytes that belong to it or to the message.
+class Packed {
+public:
+    template <typename Message>
+    explicit Packed(const Message& message, Caller caller = {})
+    {
+        head_.kind = Message::kKind;
+        head_.process = caller.process;
+        head_.thread = caller.thread;
+        Message::fields(message, *this);
+    }
+    Packed(const Packed&) = delete;
+    Packed& operator=(const Packed&) = delete;
+    ~Packed() = default;
+
+    [[nodiscard]] const Head& head() const { return head_; }
+    [[nodiscard]] Bytes bytes() const { return bytes_; }
+
+    void value(std::int64_t value) { head_.value = value; }
+    void other(std::int64_t other) { head_.other = other; }
+    void request(std::uint32_t request) { head_.request = request; }
+    void file(std::uint64_t file) { head_.file = file; }
+    void bytes(Bytes bytes) { bytes_ = bytes; }
+    /// With a NUL between them.
+    template <typename... Texts>
+    void texts(const std::string& first, const Texts&... others)
+    {
+        text_ = first;
+        ((text_ += '\0' + others), ...);
+        bytes_ = bytesOf(text_);
+    }
+    /// A NUL follows each.
+    void words(const std::vector<std::string>& words)
+    {
+        for (const std::string& word : words)
+            text_ += word + '\0';
+        bytes_ = bytesOf(text_);
+    }
+
+private:
+    Head head_{};
+    std::string text_{};
+    Bytes bytes_{};
+};
+
+/// Reads the fields of a message from a packet; its spans refer to the packet's bytes.
+class Unpacker {
+public:
+    Unpacker(const Head& head, Bytes bytes) : head_{head}, bytes_{bytes} {}
+
+    [[nodiscard]] bool isComplete() const { return complete_; }
+
+    template <typename Number>
+    void value(Number& value)
+    {
+        value = static_cast<Number>(head_.value);
+    }
+    template <typename Number>
+    void other(Number& other)
+    {
+        other = static_cast<Number>(head_.other);
+    }
+    void request(std::uint32_t& request) const { request = head_.request; }
+    void file(std::uint64_t& file) const { file = head_.file; }
+    void bytes(Bytes& bytes) const { bytes = bytes_; }
+    template <typename... Texts>
+    void texts(Texts&... texts)
+    {
+        std::size_t left = sizeof...(texts);
+        ((texts = nextText(--left == 0)), ...);
+    }
+    void words(std::vector<std::string>& words);
+
+private:
+    /// The last one takes all that is left.
+    std::string nextText(bool isLast);
+
+    Head head_;
+    Bytes bytes_;
+    bool complete_ = true;
+};
+
+/// Nothing when the packet lacks a part.
+template <typename Message>
+std::optional<Message> unpacked(const Head& head, Bytes bytes)
+{
+    Message message;
+    Unpacker unpacker{head, bytes};
+    Message::fields(message, unpacker);
+    return unpacker.isComplete() ? std::optional{std::move(message)} : std::nullopt;
+}
+
+} // namespace hxsim::wire
