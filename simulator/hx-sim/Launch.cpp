@@ -31,16 +31,16 @@ namespace {
 void describe(Host& host, const UnitOptions& options)
 {
     if (!options.keep.empty())
-        host.keepIn(options.keep);
+        host.running().keepIn(options.keep);
     for (const std::string& file : options.descriptions) {
         try {
-            host.describe(contentOf(file));
+            host.running().describe(contentOf(file));
         } catch (const BadText& bad) {
             throw BadText{file + ": " + bad.what()};
         }
     }
     for (const std::string& line : options.settings)
-        host.describe(line);
+        host.running().describe(line);
 }
 
 /// The folder that holds lib/<ABI>/libhxsim-preload.so: beside this program in a build, under lib/ when installed.

@@ -52,8 +52,8 @@ int recordOnRunningUnit(const std::string& name, const std::string& file, const 
 /// The devices of this machine; within 'hx-sim run' these are that unit's, and the program keeps its time.
 void takeMachine(Host& host)
 {
-    host.answerWith(std::make_unique<MachineCalls>(host.unit()));
-    host.standAside();
+    host.running().answerWith(std::make_unique<MachineCalls>(host.unit()));
+    host.running().standAside();
 }
 
 double scaleOfMachine()
@@ -110,9 +110,9 @@ int record(const RecordOptions& options, const std::vector<std::string>& command
     unit.before = [&](Host& host) {
         if (options.machine)
             takeMachine(host);
-        host.record(-1, file, 0);
+        host.running().record(-1, file, 0);
     };
-    unit.afterwards = [&](Host& host) { count = host.endRecord(-1); };
+    unit.afterwards = [&](Host& host) { count = host.running().endRecord(-1); };
     const int status = runOnOwnUnit(unit, command);
     return statusWith(std::to_string(count), file, status);
 }
@@ -133,7 +133,7 @@ int replay(const std::string& file, double scale, const std::vector<std::string>
         prepare(host, recording);
         auto replayed = std::make_unique<ReplayedCalls>(host.unit(), recording, differs);
         calls = replayed.get();
-        host.answerWith(std::move(replayed));
+        host.running().answerWith(std::move(replayed));
     };
     unit.started = [&](int process) { program = process; };
     bool differed = false;

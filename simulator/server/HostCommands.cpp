@@ -41,7 +41,7 @@ CommandResult setProperty(Host& host, int, const Words& words)
     for (std::size_t i = 1; i < words.size(); ++i)
         lines += (i == 1 ? "" : "\n") + words[i];
     try {
-        host.describe(lines);
+        host.running().describe(lines);
     } catch (const BadText& bad) { // the line number is meaningless for command line words
         const std::string text = bad.what();
         throw BadText{text.substr(text.find(": ") + 2)};
@@ -200,13 +200,13 @@ CommandResult record(Host& host, int connection, const Words& words)
 {
     if (words.size() != 3)
         throw BadText{"missing argument: a file and a process"};
-    host.record(connection, words[1], static_cast<int>(parseNumber(words[2], 1, INT32_MAX)));
+    host.running().record(connection, words[1], static_cast<int>(parseNumber(words[2], 1, INT32_MAX)));
     return {};
 }
 
 CommandResult endRecord(Host& host, int connection, const Words&)
 {
-    return {true, std::to_string(host.endRecord(connection))};
+    return {true, std::to_string(host.running().endRecord(connection))};
 }
 
 CommandResult stop(Host& host, int, const Words&)
@@ -218,7 +218,7 @@ CommandResult stop(Host& host, int, const Words&)
 CommandResult showScale(Host& host, int, const Words&)
 {
     std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.9g", host.scale());
+    std::snprintf(text.data(), text.size(), "%.9g", host.running().scale());
     return {true, text.data()};
 }
 

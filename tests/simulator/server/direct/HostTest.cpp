@@ -228,6 +228,24 @@ TEST_F(HostTest, ClosesAFileWithItsConnection)
     EXPECT_THAT(log(), HasSubstr("/dev/backlight close\n"));
 }
 
+TEST_F(HostTest, RefusesToCloseAFileOnItsOwnConnection)
+{
+    Client file{served};
+    const auto number = static_cast<std::uint64_t>(open(file, "/dev/backlight"));
+
+    EXPECT_EQ(file.exchange(Client::head(Kind::Close, number)).head.value, -EINVAL);
+    file.send(Client::head(Kind::Close, number));
+    file.hangUp();
+
+    EXPECT_EQ(control.exchange(Kind::Locate, "/dev/backlight").head.value, 1) << "the server goes on";
+}
+
+TEST_F(HostTest, RefusesAMessageThatItDoesNotKnow)
+{
+    EXPECT_EQ(control.exchange(Kind{4711}, "").head.value, -EINVAL);
+    EXPECT_EQ(control.exchange(Kind::Answer, "").head.value, -EINVAL);
+}
+
 TEST_F(HostTest, ReadsAndWritesFiles)
 {
     Client attribute{served};

@@ -1,28 +1,56 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Recording in the host: it records the calls of programs, and can replace the model by the machine's devices.
+#include "simulator/server/RunningUnit.h"
+
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 
 #include "simulator/model/Text.h"
 #include "simulator/protocol/Wire.h"
-#include "simulator/server/Host.h"
+#include "simulator/record/RecordedCalls.h"
 #include "simulator/server/PlainFile.h"
 
 namespace hxsim {
 
-void Host::record(int connection, const std::string& file, int process)
+RunningUnit::RunningUnit(const std::string& name, double scale) : scale_{scale}, folder_{name}
+{
+    files_ = folder_.path() + "/files";
+    semaphores_ = UnitFolder::markOf(folder_.path());
+    (void)folder_.fileOf("/opt/etc/hxaux.ini"); // its directory must exist
+}
+
+void RunningUnit::keep()
+{
+    if (kept_ != nullptr)
+        kept_->save();
+}
+
+Time RunningUnit::now() const
+{
+    const std::chrono::duration<double, std::nano> real = std::chrono::steady_clock::now() - start_;
+    return Time{static_cast<std::int64_t>(real.count() * scale_)};
+}
+
+std::chrono::nanoseconds RunningUnit::until(Time time) const
+{
+    const double real = std::clamp(static_cast<double>((time - now()).count()) / scale_, 0.0, 60e9);
+    return std::chrono::nanoseconds{static_cast<std::int64_t>(std::ceil(real))};
+}
+
+void RunningUnit::record(int owner, const std::string& file, int process)
 {
     if (recorder_ != nullptr)
         throw BadText{"this unit is being recorded already"};
     checkWritable(file);
     recorder_ = std::make_unique<Recorder>(file, process, recordingHead());
-    recorderOwner_ = connection;
+    recorderOwner_ = owner;
     calls_->decorate(std::make_unique<RecordedCalls>(calls_->undecorated(), *recorder_, unit_.clock()));
 }
 
-std::size_t Host::endRecord(int connection)
+std::size_t RunningUnit::endRecord(int owner)
 {
-    if (connection != recorderOwner_ || recorder_ == nullptr)
+    if (owner != recorderOwner_ || recorder_ == nullptr)
         return 0;
     calls_->decorate(nullptr);
     const std::size_t count = recorder_->count();
@@ -34,8 +62,7 @@ std::size_t Host::endRecord(int connection)
     return count;
 }
 
-/// The initial state of the unit that a replay needs.
-Recording Host::recordingHead()
+Recording RunningUnit::recordingHead()
 {
     Recording head;
     for (const auto& [path, node] : unit_.nodes())
@@ -52,7 +79,7 @@ Recording Host::recordingHead()
     return head;
 }
 
-void Host::standAside()
+void RunningUnit::standAside()
 {
     const char* const outer = std::getenv(wire::kFolderVariable);
     files_ = outer == nullptr ? "" : std::string{outer} + "/files";
@@ -60,8 +87,7 @@ void Host::standAside()
     standsAside_ = true;
 }
 
-/// All paths, one per line; Wire.h explains the letters.
-std::string Host::pathList()
+std::string RunningUnit::pathList()
 {
     const bool onMachine = standsAside_ && semaphores_.empty();
     std::string list;

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <ctime>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "simulator/server/Sessions.h"
+
+namespace hxsim {
+
+/// Waits for connections, messages and the unit's time, in one thread.
+class Loop {
+public:
+    /// Listens at this path. Throws std::runtime_error when it cannot.
+    Loop(const std::string& socket, RunningUnit& unit, Sessions& sessions);
+    Loop(const Loop&) = delete;
+    Loop& operator=(const Loop&) = delete;
+    ~Loop();
+
+    /// Serves programs until `stop` is called, or until `alsoWatched` becomes readable and `seen` says to end.
+    void run(int alsoWatched, const std::function<bool()>& seen);
+    void stop() { stopping_ = true; }
+
+private:
+    void accept();
+    /// The machine's time until something has to be done without a message; nothing when there is no such time.
+    [[nodiscard]] std::optional<timespec> patience();
+
+    RunningUnit& unit_;
+    Sessions& sessions_;
+    const int listener_;
+    bool stopping_ = false;
+    bool full_ = false; ///< no descriptor is left for another connection
+};
+
+} // namespace hxsim

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/server/Session.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <unistd.h>
+
+#include "simulator/server/Sessions.h"
+
+namespace hxsim {
+
+namespace {
+
+/// Maximum number of bytes of a read in one answer.
+constexpr std::size_t kMostRead = wire::kLargestPacket - sizeof(wire::Head);
+
+} // namespace
+
+Session::~Session()
+{
+    ::close(fd_);
+}
+
+template <typename Message>
+bool Session::handleIf(const Packet& packet)
+{
+    if (packet.head.kind != Message::kKind)
+        return false;
+    const std::optional<Message> message = wire::unpacked<Message>(packet.head, packet.bytes);
+    if (!message) {
+        refuse(packet.head.kind);
+        return true;
+    }
+    if constexpr (requires { message->file; }) {
+        std::shared_ptr<ServedFile> subject = others_.file(message->file);
+        if (subject == nullptr) {
+            answer(-EBADF);
+            return true;
+        }
+        file_ = std::move(subject);
+    }
+    handle(*message);
+    return true;
+}
+
+/// A message without its parts, or no message at all. Nobody waits for an answer to a note; an errno is not negative.
+void Session::refuse(wire::Kind kind)
+{
+    if (kind != wire::Kind::Note)
+        answer(kind == wire::Kind::Fault ? 0 : -EINVAL);
+}
+
+void Session::handle(const Packet& packet)
+{
+    caller_ = {packet.head.process, packet.head.thread};
+    const wire::Kind kind = packet.head.kind;
+    if (kind >= wire::Kind::Open) {
+        others_.takeNotesOf(caller_.process, fd_);
+    } else if (process_ == 0 && kind != wire::Kind::Command) {
+        process_ = caller_.process;
+        others_.control(process_, fd_);
+    }
+    const auto handleOneOf = [&]<typename... Messages>(const std::tuple<Messages...>*) {
+        return (handleIf<Messages>(packet) || ...);
+    };
+    if (!handleOneOf(static_cast<const wire::Requests*>(nullptr)))
+        refuse(kind);
+}
+
+void Session::handleGuarded(const Packet& packet)
+{
+    try {
+        handle(packet);
+    } catch (const std::exception& error) {
+        read_.reset();
+        if (packet.head.kind == wire::Kind::Command)
+            return answer(1, bytesOf(std::string{error.what()}));
+        answer(-EIO);
+    }
+}
+
+template <typename Message>
+void Session::send(const Message& message)
+{
+    unit_.keep(); // data that was reported as written outlasts the server
+    const wire::Packed packed{message};
+    (void)sendPacket(fd_, packed.head(), packed.bytes()); // the next read from a program detects that it is gone
+}
+
+void Session::answer(std::int64_t result, wire::Bytes bytes)
+{
+    static constexpr std::string_view kTooLong = "the answer is too long";
+    if (bytes.size() > wire::kLargestPacket - sizeof(wire::Head)) {
+        result = 1;
+        bytes = {reinterpret_cast<const std::uint8_t*>(kTooLong.data()), kTooLong.size()};
+    }
+    send(wire::Answer{result, bytes});
+}
+
+void Session::handle(const wire::Hello& /*request*/)
+{
+    answer(0, bytesOf(unit_.pathList()));
+}
+
+void Session::handle(const wire::Locate& request)
+{
+    answer(unit_.calls().present(request.path) ? 1 : 0);
+}
+
+void Session::handle(const wire::Absent& /*request*/)
+{
+    std::string names;
+    for (const std::string& name : unit_.unit().absent())
+        names += name + '\n';
+    answer(0, bytesOf(names));
+}
+
+void Session::handle(const wire::Fault& request)
+{
+    answer(unit_.calls().fault(caller_, request.subject, request.call));
+}
+
+void Session::handle(const wire::Note& request)
+{
+    unit_.calls().note(caller_, request.subject, request.action, bytesOf(request.data), request.error);
+}
+
+void Session::handle(const wire::Command& request)
+{
+    const CommandResult result = others_.command(fd_, request.words);
+    others_.changed();
+    answer(result.good ? 0 : 1, bytesOf(result.text));
+}
+
+void Session::handle(const wire::Which& request)
+{
+    const std::shared_ptr<ServedFile> found = others_.fileOf(request.name);
+    if (found == nullptr)
+        return answer(-ENOENT);
+    send(wire::FileFound{0, found->number, found->open->flags, found->open->node.path()});
+}
+
+void Session::handle(const wire::Open& request)
+{
+    if (opened_ != nullptr)
+        return answer(-EINVAL);
+    Calls::Opened opened = unit_.calls().open(caller_, request.path, request.flags);
+    if (opened.file == nullptr)
+        return answer(-opened.error);
+    name_ = request.name;
+    opened_ = std::make_shared<ServedFile>(ServedFile{std::move(opened.file), caller_, 0, fd_, {}});
+    others_.keepOpen(opened_);
+    send(wire::FileOpened{0, opened_->number});
+}
+
+void Session::handle(const wire::Shape& request)
+{
+    const std::optional<Node::Shape> shape = unit_.calls().shape(file(), request.request);
+    if (!shape)
+        return send(wire::ShapeKnown{});
+    send(wire::ShapeKnown{static_cast<std::int64_t>(shape->takes), static_cast<std::int64_t>(shape->gives)});
+}
+
+void Session::handle(const wire::Ioctl& request)
+{
+    const std::optional<Node::Shape> shape = unit_.calls().shape(file(), request.request);
+    std::vector<std::uint8_t> out(shape ? shape->gives : 0);
+    const std::int64_t result = unit_.calls().ioctl(caller_, file(), request.request, request.in, out);
+    answer(result, result < 0 ? wire::Bytes{} : out);
+}
+
+void Session::handle(const wire::Read& request)
+{
+    if (request.size < 0)
+        return answer(-EINVAL);
+    const std::size_t size = std::min(static_cast<std::size_t>(request.size), kMostRead);
+    read_ = WaitingRead{caller_, size, unit_.unit().clock().now(), {}};
+    if (tryRead(Calls::Attempt::First))
+        return;
+    if (request.nonblocking) {
+        read_.reset();
+        return answer(-EAGAIN);
+    }
+    others_.changed();
+}
+
+bool Session::tryRead(Calls::Attempt attempt)
+{
+    WaitingRead& read = *read_;
+    std::vector<std::uint8_t> out(read.size);
+    const Outcome outcome = unit_.calls().read(read.caller, file(), out, read.started, attempt);
+    if (outcome.waits) {
+        read.wakeAt = outcome.wakeAt;
+        return false;
+    }
+    read_.reset();
+    const std::int64_t count = std::clamp<std::int64_t>(outcome.result, 0, static_cast<std::int64_t>(out.size()));
+    answer(outcome.result, std::span{out}.first(static_cast<std::size_t>(count)));
+    return true;
+}
+
+bool Session::retry()
+{
+    const bool reads = read_ && !tryRead(Calls::Attempt::Again);
+    if (drains_ && !unit_.calls().drain(file()).waits) {
+        drains_ = false;
+        answer(0);
+    }
+    return reads || drains_;
+}
+
+void Session::handle(const wire::Cancel& /*request*/)
+{
+    if (read_ || drains_)
+        answer(-EINTR);
+    read_.reset();
+    drains_ = false;
+}
+
+void Session::handle(const wire::Write& request)
+{
+    others_.changed();
+    answer(unit_.calls().write(caller_, file(), request.in).result);
+}
+
+void Session::handle(const wire::SetTerminal& request)
+{
+    answer(unit_.calls().setTerminal(file(), request.settings) ? 0 : -EINVAL);
+}
+
+void Session::handle(const wire::GetTerminal& /*request*/)
+{
+    const std::vector<std::uint8_t>& settings = file().node.terminal;
+    answer(static_cast<std::int64_t>(settings.size()), settings);
+}
+
+void Session::handle(const wire::Flush& request)
+{
+    unit_.calls().flush(file(), (request.what & wire::Flush::kInput) != 0, (request.what & wire::Flush::kOutput) != 0);
+    answer(0);
+}
+
+void Session::handle(const wire::Drain& /*request*/)
+{
+    drains_ = true;
+    others_.changed();
+}
+
+void Session::handle(const wire::Readable& /*request*/)
+{
+    answer(unit_.calls().readable(file()) ? 1 : 0);
+}
+
+void Session::handle(const wire::Closing& /*request*/)
+{
+    if (opened_ != nullptr)
+        opened_->closer = caller_;
+}
+
+void Session::handle(const wire::Close& /*request*/)
+{
+    if (file_->session == fd_) // the file is held by who says this
+        return answer(-EINVAL);
+    others_.closeIfReleased(file_, caller_);
+    answer(0);
+}
+
+void Session::show(const Entry& entry)
+{
+    if (follows_ != Follows::Nothing)
+        answer(0, bytesOf(follows_ == Follows::AsJson ? jsonOf(entry) : lineOf(entry)));
+}
+
+} // namespace hxsim

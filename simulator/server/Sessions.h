@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simulator/server/Session.h"
+
+namespace hxsim {
+
+/// All connections to a unit, and the files that are open on them.
+class Sessions {
+public:
+    /// Carries out a command of hx-sim that arrived on this connection.
+    using Commands = std::function<CommandResult(int connection, const std::vector<std::string>& words)>;
+
+    Sessions(RunningUnit& unit, Commands commands);
+
+    /// Takes a new connection.
+    void add(int fd);
+    /// Receives and handles a message, if one has come; ends the session at the end of its connection.
+    void receive(int fd);
+    [[nodiscard]] const std::map<int, std::unique_ptr<Session>>& all() const { return sessions_; }
+    [[nodiscard]] Session& at(int fd) const { return *sessions_.at(fd); }
+
+    /// Something has changed in the unit: reads that wait may succeed now.
+    void changed() { waiting_ = true; }
+    void retryWaiting();
+    /// The unit's time at which something that waits has to be tried again.
+    [[nodiscard]] std::optional<Time> nextDeadline() const;
+    [[nodiscard]] bool drains() const;
+
+    // For sessions.
+    CommandResult command(int connection, const std::vector<std::string>& words)
+    {
+        return commands_(connection, words);
+    }
+    void keepOpen(std::shared_ptr<ServedFile> file);
+    /// Null for an unknown number.
+    [[nodiscard]] std::shared_ptr<ServedFile> file(std::uint64_t number) const;
+    /// The file of the connection with this name, or null.
+    [[nodiscard]] std::shared_ptr<ServedFile> fileOf(const std::string& name) const;
+    /// Closes the file if the kernel has no descriptor of it any more.
+    void closeIfReleased(const std::shared_ptr<ServedFile>& file, Caller closer);
+    /// This is the control connection of the process from now on.
+    void control(int process, int fd) { controls_[process] = fd; }
+    /// Adds the earlier notes of a process to the journal before its current request.
+    void takeNotesOf(int process, int asking);
+
+private:
+    void drop(int fd);
+
+    RunningUnit& unit_;
+    Commands commands_;
+    std::map<int, std::unique_ptr<Session>> sessions_;
+    std::map<std::uint64_t, std::shared_ptr<ServedFile>> files_;
+    std::uint64_t opened_ = 0;    ///< files so far
+    std::map<int, int> controls_; ///< process to control connection
+    bool takingNotes_ = false;    ///< inside takeNotesOf
+    bool waiting_ = false;        ///< some session may have something that waits
+    std::vector<std::uint8_t> buffer_;
+};
+
+} // namespace hxsim
