@@ -3,56 +3,64 @@
 
 #include "platform/CreationMask.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cerrno>
-#include <locale>
+#include <cstdio>
+#include <memory>
 #include <new>
-#include <sstream>
+#include <string_view>
+#include <utility>
 
 namespace Halvix {
 
 namespace {
 
-/// The application's global locale must not change the file, and out of memory must not look like a text that is not a
-/// number, or like the end of the file.
-template <class Stream>
-void makeStrict(Stream& stream)
+struct Close {
+    void operator()(std::FILE* file) const { (void)std::fclose(file); }
+};
+/// A stream for its descriptor alone, which is read and written without a buffer: nothing is allocated while the file
+/// is empty, and no text is left over from a failed write.
+using Stream = std::unique_ptr<std::FILE, Close>;
+
+/// False when not everything could be read.
+bool readAll(int file, std::string& text)
 {
-    stream.imbue(std::locale::classic());
-    stream.exceptions(std::ios::badbit);
+    char block[4096];
+    ssize_t count = 0;
+    while ((count = TEMP_FAILURE_RETRY(::read(file, block, sizeof block))) > 0)
+        text.append(block, static_cast<std::size_t>(count));
+    return count == 0;
 }
 
-template <class Number>
-eErr format(Number value, std::string* text)
+bool writeAll(int file, std::string_view text)
 {
-    std::ostringstream stream;
-    makeStrict(stream);
-    if (!(stream << value))
-        return ERR_DATATYPE_MISMATCH;
-    *text = stream.str();
-    return ERR_SUCCESS;
+    while (!text.empty()) {
+        const ssize_t count = TEMP_FAILURE_RETRY(::write(file, text.data(), text.size()));
+        if (count < 0)
+            return false;
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
 }
 
-template <class Number>
-eErr scan(Number* value, const std::string& text)
+enum class Filled { NotOpened, Partly, Completely };
+
+Filled replaceFile(const std::string& fileName, const std::string& text)
 {
-    std::istringstream stream{text};
-    makeStrict(stream);
-    Number read{};
-    if (!(stream >> read))
-        return ERR_DATATYPE_MISMATCH;
-    *value = read;
-    return ERR_SUCCESS;
+    Stream file{std::fopen(fileName.c_str(), "w")};
+    if (file == nullptr)
+        return Filled::NotOpened;
+    const bool written = writeAll(::fileno(file.get()), text);
+    const bool closed = std::fclose(file.release()) == 0;
+    return written && closed ? Filled::Completely : Filled::Partly;
 }
 
 } // namespace
 
 // Without the lock the settings are used unlocked, and nothing is released.
-IniSettings::IniSettings() HX_UNCHECKED_LOCKING : lock_{"FILE_HXAUXINI_IS_IN_USE"}, locked_{lock_.wait()}
-{
-    makeStrict(input_);
-    output_.imbue(std::locale::classic());
-    output_.rdbuf()->pubsetbuf(outputBuffer_, sizeof outputBuffer_); // otherwise allocated while the file is empty
-}
+IniSettings::IniSettings() HX_UNCHECKED_LOCKING : lock_{"FILE_HXAUXINI_IS_IN_USE"}, locked_{lock_.wait()} {}
 
 IniSettings::~IniSettings() HX_UNCHECKED_LOCKING
 {
@@ -72,32 +80,35 @@ void IniSettings::reload()
     load(fileName_);
 }
 
-/// False when the file exists but could not be read to its end.
+/// False when the file exists but could not be read to its end; the lines before that are in the map.
 bool IniSettings::readFile()
-try {
-    input_.open(fileName_);
-    if (!input_.is_open()) {
+{
+    const Stream file{std::fopen(fileName_.c_str(), "r")};
+    if (file == nullptr) {
         if (errno == ENOMEM)
             throw std::bad_alloc{};
         return errno == ENOENT;
     }
     stored_.clear();
-    std::string line;
-    do {
-        std::getline(input_, line);
-        parse(line);
-        stored_.append(line).append(input_.eof() ? "" : "\n");
-    } while (input_.good());
-    input_.close();
-    return true;
-} catch (const std::ios::failure&) { // a directory, or an I/O error
-    input_.close();
-    return false;
+    const bool complete = readAll(::fileno(file.get()), stored_);
+    if (!complete) // a folder, or an I/O error
+        stored_.erase(stored_.rfind('\n') + 1);
+    for (std::size_t start = 0; start <= stored_.size();) {
+        const std::size_t end = std::min(stored_.find('\n', start), stored_.size());
+        parse(stored_.substr(start, end - start));
+        start = end + 1;
+    }
+    return complete;
+}
+
+std::string& IniSettings::entry(const std::string& key)
+{
+    return entries_[key];
 }
 
 std::string IniSettings::get(std::string key)
 {
-    return entries_[key];
+    return entry(key);
 }
 
 void IniSettings::set(std::string key, std::string value)
@@ -112,7 +123,7 @@ void IniSettings::set(std::vector<Setting> settings)
         trim(key);
         trim(value);
         texts.push_back(image(key, value));
-        entries_[key] = value;
+        entry(key) = value;
     }
     if (!mayWrite_)
         return;
@@ -124,23 +135,11 @@ void IniSettings::set(std::vector<Setting> settings)
 void IniSettings::writeFile(std::string text)
 {
     const CreationMask forEverybody{0};
-    output_.open(fileName_, std::ios::out | std::ios::trunc);
-    if (!output_.is_open())
-        return;
-    if (fillFile(text)) {
+    const Filled filled = replaceFile(fileName_, text);
+    if (filled == Filled::Completely)
         stored_ = std::move(text);
-        return;
-    }
-    output_.open(fileName_, std::ios::out | std::ios::trunc);
-    (void)fillFile(stored_);
-}
-
-bool IniSettings::fillFile(const std::string& text)
-{
-    output_ << text;
-    output_.flush();
-    output_.close();
-    return output_.good();
+    else if (filled == Filled::Partly)
+        (void)replaceFile(fileName_, stored_);
 }
 
 /// The file with the new value. Readers of the file rely on the form: a new key is inserted in sorted order with blanks
@@ -175,7 +174,7 @@ void IniSettings::parse(std::string line)
         trim(key);
         trim(value);
     }
-    entries_[key] = value; // a line without "=" is kept as the empty key; it is written back as "="
+    entry(key) = value; // a line without "=" is kept as the empty key; it is written back as "="
 }
 
 void IniSettings::trim(std::string& text)
@@ -187,26 +186,6 @@ void IniSettings::trim(std::string& text)
     }
     text.erase(text.find_last_not_of(' ') + 1);
     text.erase(0, first);
-}
-
-eErr IniSettings::ConvertLongToStr(unsigned long value, std::string* text)
-{
-    return format(value, text);
-}
-
-eErr IniSettings::ConvertStrToLong(unsigned long* value, std::string text)
-{
-    return scan(value, text);
-}
-
-eErr IniSettings::ConvertDoubleToStr(double value, std::string* text)
-{
-    return format(value, text);
-}
-
-eErr IniSettings::ConvertStrToDouble(double* value, std::string text)
-{
-    return scan(value, text);
 }
 
 } // namespace Halvix

@@ -3,7 +3,6 @@
 
 #include "platform/Semaphore.h"
 
-#include <fstream>
 #include <map>
 #include <string>
 #include <vector>
@@ -54,20 +53,17 @@ public:
     [[nodiscard]] static eErr ConvertStrToDouble(double* value, std::string text);
 
 private:
+    std::string& entry(const std::string& key);
     [[nodiscard]] bool readFile();
     void writeFile(std::string text);
-    [[nodiscard]] bool fillFile(const std::string& text);
     [[nodiscard]] std::string image(const std::string& key, const std::string& value) const;
 
     Semaphore lock_;
     bool locked_;
     std::map<std::string, std::string> entries_;
-    std::ifstream input_;
-    std::ofstream output_;
     std::string fileName_;
     std::string stored_; ///< the file's text as it was last read or written
     bool mayWrite_ = true;
-    char outputBuffer_[1024];
 };
 
 } // namespace Halvix

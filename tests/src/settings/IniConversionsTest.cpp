@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include <bit>
 #include <climits>
 #include <clocale>
 #include <locale>
+#include <random>
+#include <sstream>
+#include <string_view>
 
 #include <gtest/gtest.h>
 
@@ -170,6 +174,79 @@ TEST(SettingsNumbers, DoNotFollowTheApplicationsLocale)
     EXPECT_EQ(value, 1.5);
 
     std::locale::global(before);
+}
+
+// Every text against a stream of the classic locale, whose form the file's numbers have.
+
+template <class Number>
+struct Result {
+    eErr err;
+    Number value;
+
+    bool operator==(const Result&) const = default;
+};
+
+template <class Number>
+Result<Number> readByAStream(const std::string& text)
+{
+    std::istringstream stream{text};
+    stream.imbue(std::locale::classic());
+    Number value{};
+    if (!(stream >> value))
+        return {ERR_DATATYPE_MISMATCH, 77};
+    return {ERR_SUCCESS, value};
+}
+
+void expectAsByAStream(const std::string& text)
+{
+    Result<unsigned long> number{ERR_SUCCESS, 77};
+    number.err = IniSettings::ConvertStrToLong(&number.value, text);
+    ASSERT_EQ(number, readByAStream<unsigned long>(text)) << testing::PrintToString(text);
+
+    Result<double> real{ERR_SUCCESS, 77};
+    real.err = IniSettings::ConvertStrToDouble(&real.value, text);
+    ASSERT_EQ(real, readByAStream<double>(text)) << testing::PrintToString(text);
+}
+
+constexpr std::string_view kCharacters{"0+-.e5x \0E9\tinfa,1", 20};
+
+TEST(SettingsTextsByAStream, OfUpToFourCharactersGiveTheSameNumbers)
+{
+    std::vector<std::string> texts{""};
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        ASSERT_NO_FATAL_FAILURE(expectAsByAStream(texts[i]));
+        if (texts[i].size() < 4)
+            for (const char character : kCharacters)
+                texts.push_back(texts[i] + character);
+    }
+}
+
+TEST(SettingsTextsByAStream, OfAnyLengthGiveTheSameNumbers)
+{
+    std::mt19937 random{20}; // NOLINT(cert-msc51-cpp): the same texts in every run
+    for (int i = 0; i < 100000; ++i) {
+        std::string text(random() % 40, ' ');
+        for (char& character : text)
+            character =
+                random() % 4 != 0 ? static_cast<char>('0' + random() % 10) : kCharacters[random() % kCharacters.size()];
+        ASSERT_NO_FATAL_FAILURE(expectAsByAStream(text));
+    }
+}
+
+TEST(SettingsNumbers, OfAnySizeAreWrittenAsByAStream)
+{
+    std::mt19937_64 random{21}; // NOLINT(cert-msc51-cpp): the same numbers in every run
+    for (int i = 0; i < 100000; ++i) {
+        const auto value = std::bit_cast<double>(random()); // also NaN, infinite and tiny ones
+        std::ostringstream stream;
+        stream.imbue(std::locale::classic());
+        stream << value;
+        std::string text;
+
+        ASSERT_EQ(IniSettings::ConvertDoubleToStr(value, &text), ERR_SUCCESS);
+
+        ASSERT_EQ(text, stream.str());
+    }
 }
 
 } // namespace
