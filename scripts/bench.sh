@@ -4,7 +4,8 @@
 #
 #   scripts/bench.sh [SECTION...]             measure and print; all sections take about six minutes
 #   scripts/bench.sh --check [SECTION...]     also fail when a target is missed: 50 ns per operation, 3 % over the floor
-#                                             of an EEPROM change, 1.02 times the wire's time of an upgrade
+#                                             of an EEPROM change, 1.02 times the wire's time of an upgrade, objcopy's
+#                                             speed of reading firmware files
 #
 # Sections: operations light parsers processes requests eeprom upgrade
 # shellcheck disable=SC2317  # the sections are called by their names
@@ -52,7 +53,7 @@ bench_operations() { # abi
             }'
 }
 bench_light() { "$folder/hx-bench-light" 2>/dev/null; }
-bench_parsers() { "$folder/hx-bench-parsers"; }
+bench_parsers() { "$folder/hx-bench-parsers" "${check[@]}"; }
 bench_processes() {
     echo "  on a unit, the preload library in every process"
     "build/$abi/hx-sim" run -- "$folder/hx-bench-process" "$folder"

@@ -24,22 +24,27 @@ unsigned FirmwareFile::size() const
     return static_cast<unsigned>(std::max(0, LinuxWrapper::getFileSize(handle_)));
 }
 
-bool CharacterSource::next(char& character)
+namespace {
+
+/// What one read of the file returned.
+std::span<const char> readInto(std::span<char> buffer, const FirmwareFile& file)
 {
     unsigned count = 0;
-    return LinuxWrapper::read(file_.handle(), &character, 1, &count) && count == 1;
+    if (!LinuxWrapper::read(file.handle(), buffer.data(), static_cast<int>(buffer.size()), &count))
+        return {};
+    return buffer.first(count);
 }
 
-bool BufferedSource::next(char& character)
+} // namespace
+
+std::span<const char> CharacterSource::more()
 {
-    if (position_ == count_) {
-        position_ = count_ = 0;
-        if (!LinuxWrapper::read(file_.handle(), buffer_.data(), static_cast<int>(buffer_.size()), &count_) ||
-            count_ == 0)
-            return false;
-    }
-    character = buffer_[position_++];
-    return true;
+    return readInto({&character_, 1}, file_);
+}
+
+std::span<const char> BufferedSource::more()
+{
+    return readInto(buffer_, file_);
 }
 
 } // namespace Halvix

@@ -27,23 +27,22 @@ private:
 class CharacterSource final : public ByteSource {
 public:
     explicit CharacterSource(const FirmwareFile& file) : file_{file} {}
-    [[nodiscard]] bool next(char& character) override;
+    [[nodiscard]] std::span<const char> more() override;
 
 private:
     const FirmwareFile& file_;
+    char character_ = '\0';
 };
 
 /// Reads the file in pieces.
 class BufferedSource final : public ByteSource {
 public:
     explicit BufferedSource(const FirmwareFile& file) : file_{file} {}
-    [[nodiscard]] bool next(char& character) override;
+    [[nodiscard]] std::span<const char> more() override;
 
 private:
     const FirmwareFile& file_;
     std::array<char, 4096> buffer_{};
-    unsigned count_ = 0;
-    unsigned position_ = 0;
 };
 
 } // namespace Halvix

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "upgrade/IntelHex.h"
 
-#include <cstdio>
+#include "upgrade/HexField.h"
+
+#include <string_view>
 
 namespace Halvix {
 
@@ -15,31 +17,20 @@ struct RecordHead {
     unsigned char type;
 };
 
-// Firmware tools rely on these two conversions: "1G" is 1, and the checksum must detect it.
-
-bool scanHead(const char (&text)[9], RecordHead& head)
+bool scanHead(std::string_view text, RecordHead& head)
 {
     unsigned count = 0;
     unsigned offset = 0;
     unsigned type = 0;
-    if (std::sscanf(text, "%2x%4x%2x", &count, &offset, &type) != 3)
+    if (!hexfield::scan(text, 2, count) || !hexfield::scan(text, 4, offset) || !hexfield::scan(text, 2, type))
         return false;
     head = {static_cast<unsigned char>(count), static_cast<std::uint16_t>(offset), static_cast<unsigned char>(type)};
     return true;
 }
 
-bool scanByte(const char (&text)[3], unsigned char& byte)
-{
-    unsigned value = 0;
-    if (std::sscanf(text, "%2x", &value) != 1)
-        return false;
-    byte = static_cast<unsigned char>(value);
-    return true;
-}
-
 class Parser {
 public:
-    Parser(ByteSource& file, HexImage& image) : file_{file}, image_{image} {}
+    Parser(ByteSource& file, HexImage& image) : characters_{file}, image_{image} {}
 
     /// One record, including the line ends before it.
     [[nodiscard]] HexResult record();
@@ -50,6 +41,7 @@ private:
     [[nodiscard]] bool nextCharacter(char& character);
     template <std::size_t size>
     [[nodiscard]] bool nextField(char (&text)[size]);
+    [[nodiscard]] bool nextByte(unsigned char& byte);
     [[nodiscard]] HexResult findStart();
     [[nodiscard]] HexResult readHead();
     [[nodiscard]] HexResult makeRoom();
@@ -57,7 +49,7 @@ private:
     [[nodiscard]] HexResult readChecksum();
     [[nodiscard]] HexResult moveToExtendedAddress();
 
-    ByteSource& file_;
+    Characters characters_;
     HexImage& image_;
     std::uint32_t charactersRead_ = 0;
     RecordHead head_{};
@@ -69,7 +61,7 @@ private:
 
 bool Parser::nextCharacter(char& character)
 {
-    if (!file_.next(character))
+    if (!characters_.next(character))
         return false;
     ++charactersRead_;
     return true;
@@ -78,11 +70,17 @@ bool Parser::nextCharacter(char& character)
 template <std::size_t size>
 bool Parser::nextField(char (&text)[size])
 {
-    for (std::size_t i = 0; i + 1 < size; ++i)
-        if (!nextCharacter(text[i]))
+    for (char& character : text)
+        if (!nextCharacter(character))
             return false;
-    text[size - 1] = '\0';
     return true;
+}
+
+/// False when the file ends within the byte, or when it is not a number.
+bool Parser::nextByte(unsigned char& byte)
+{
+    char text[2];
+    return nextField(text) && hexfield::byte(text, byte);
 }
 
 HexResult Parser::findStart()
@@ -97,8 +95,8 @@ HexResult Parser::findStart()
 
 HexResult Parser::readHead()
 {
-    char text[9];
-    if (!nextField(text) || !scanHead(text, head_))
+    char text[8];
+    if (!nextField(text) || !scanHead({text, sizeof text}, head_))
         return HexResult::WrongSyntax;
     checksum_ = static_cast<unsigned char>(head_.count + (head_.offset >> 8) + (head_.offset & 0xFF) + head_.type);
     return HexResult::Complete;
@@ -126,9 +124,8 @@ HexResult Parser::makeRoom()
 HexResult Parser::readData()
 {
     for (unsigned i = 0; i < head_.count; ++i) {
-        char text[3];
         unsigned char byte = 0;
-        if (!nextField(text) || !scanByte(text, byte))
+        if (!nextByte(byte))
             return HexResult::WrongSyntax;
         checksum_ = static_cast<unsigned char>(checksum_ + byte);
         if (head_.type == kSegmentAddress || head_.type == kLinearAddress)
@@ -141,9 +138,8 @@ HexResult Parser::readData()
 
 HexResult Parser::readChecksum()
 {
-    char text[3];
     unsigned char byte = 0;
-    if (!nextField(text) || !scanByte(text, byte))
+    if (!nextByte(byte))
         return HexResult::WrongSyntax;
     return static_cast<unsigned char>(checksum_ + byte) == 0 ? HexResult::Complete : HexResult::WrongChecksum;
 }

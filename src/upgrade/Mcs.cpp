@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "upgrade/Mcs.h"
 
+#include "upgrade/HexField.h"
+
 #include <algorithm>
 #include <array>
-#include <cstdlib>
+#include <numeric>
 
 namespace Halvix {
 
@@ -13,16 +15,15 @@ constexpr std::size_t kLongestLine = 254;
 constexpr std::size_t kFullRecord = 41; ///< characters before the checksum of a record with 16 data bytes
 constexpr std::size_t kFirstData = 9;
 
-/// A line, followed by zero bytes: the checksum of a line of 41 or 42 characters reads them.
 struct Line {
-    std::array<char, kLongestLine + 2> text{};
+    std::array<char, kLongestLine> text;
     std::size_t length = 0;
 };
 
 /// False at the end of the file. A longer line is returned in pieces.
-bool readLine(ByteSource& file, Line& line)
+bool readLine(Characters& file, Line& line)
 {
-    line = Line{};
+    line.length = 0;
     char character = '\0';
     bool any = false;
     while (file.next(character)) {
@@ -36,22 +37,22 @@ bool readLine(ByteSource& file, Line& line)
     return any;
 }
 
-/// Not validated: anything that is not a number counts as 0, and a sign is accepted.
+/// Not validated: anything that is not a number counts as 0, and a sign is accepted. The checksum of a line of 41 or
+/// 42 characters is read beyond the line's end, as zero characters.
 unsigned char byteAt(const Line& line, std::size_t index)
 {
-    const char pair[3] = {line.text[index], line.text[index + 1], '\0'};
-    return static_cast<unsigned char>(std::strtol(pair, nullptr, 16));
+    const auto at = [&](std::size_t i) { return i < line.length ? line.text[i] : '\0'; };
+    unsigned char byte = 0;
+    return hexfield::byte({at(index), at(index + 1)}, byte) ? byte : 0;
 }
 
 bool appendRecord(const Line& line, std::vector<unsigned char>& image)
 {
-    unsigned char sum = 0;
-    for (std::size_t i = 1; i < kFullRecord; i += 2) {
-        const unsigned char byte = byteAt(line, i);
-        sum = static_cast<unsigned char>(sum + byte);
-        if (i >= kFirstData)
-            image.push_back(byte);
-    }
+    std::array<unsigned char, kFullRecord / 2> bytes;
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = byteAt(line, 2 * i + 1);
+    const auto sum = std::accumulate(bytes.begin(), bytes.end(), 0U);
+    image.insert(image.end(), bytes.begin() + kFirstData / 2, bytes.end());
     return static_cast<unsigned char>(sum + byteAt(line, kFullRecord)) == 0;
 }
 
@@ -61,7 +62,8 @@ eErr convertMcs(ByteSource& file, std::vector<unsigned char>& image, const McsPr
                 std::uint32_t* wrongAt)
 {
     std::uint32_t charactersRead = 0;
-    for (Line line; readLine(file, line);) {
+    Characters characters{file};
+    for (Line line; readLine(characters, line);) {
         charactersRead += static_cast<std::uint32_t>(line.length - std::min<std::size_t>(line.length, 1));
         if (line.length < kFullRecord)
             continue;

@@ -12,6 +12,7 @@
 #include "settings/IniSettings.h"
 
 using namespace Halvix;
+using namespace std::string_view_literals;
 
 namespace {
 
@@ -208,7 +209,7 @@ void expectAsByAStream(const std::string& text)
     ASSERT_EQ(real, readByAStream<double>(text)) << testing::PrintToString(text);
 }
 
-constexpr std::string_view kCharacters{"0+-.e5x \0E9\tinfa,1", 20};
+constexpr std::string_view kCharacters = "0+-.e5x \0E9\tinfa,1"sv;
 
 TEST(SettingsTextsByAStream, OfUpToFourCharactersGiveTheSameNumbers)
 {

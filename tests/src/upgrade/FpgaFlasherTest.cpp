@@ -155,16 +155,17 @@ TEST(BufferedSource, EndsPermanentlyAtAFailedRead)
     SimulatedUnit unit;
     const FirmwareFile file{firmware::file(unit, std::string(10000, 'x')).c_str()};
     BufferedSource source{file};
+    Characters characters{source};
     char character = '\0';
     for (int i = 0; i < 4096; ++i) // the size of one read
-        ASSERT_TRUE(source.next(character));
+        ASSERT_TRUE(characters.next(character));
 
     const int unreadable = ::open("/dev/null", O_WRONLY);
     ASSERT_EQ(::dup2(unreadable, file.handle()), file.handle());
     ::close(unreadable);
 
-    EXPECT_FALSE(source.next(character));
-    EXPECT_FALSE(source.next(character));
+    EXPECT_FALSE(characters.next(character));
+    EXPECT_FALSE(characters.next(character));
 }
 
 TEST(FpgaFlasher, EmptiesItsImageBeforeAFileThatIsMissing)
