@@ -63,11 +63,6 @@ constexpr Step putSigned8(std::uint8_t reg, std::uint8_t offset)
 {
     return {Step::Kind::PutSigned8, reg, offset};
 }
-constexpr Step one(std::uint8_t reg)
-{
-    return {Step::Kind::PutOne, reg};
-}
-
 using NamedAction = bool (*)(const Call&);
 
 constexpr unsigned kMostSteps = 4;
@@ -81,9 +76,45 @@ struct Row {
     NamedAction named = nullptr; ///< Named: the function, which also stores the count
 };
 
+// What follows from an action stands here once, not in the rows.
+
+constexpr Row passIn(std::uint32_t code)
+{
+    return {code, Action::PassIn, Count::InLength};
+}
+/// A request of the sending kind whose driver answers in the block that it is given.
+constexpr Row passInForAnswer(std::uint32_t code)
+{
+    return {code, Action::PassIn, Count::OutLength};
+}
+constexpr Row passOut(std::uint32_t code)
+{
+    return {code, Action::PassOut, Count::OutLength};
+}
+constexpr Row byteRead(std::uint32_t code)
+{
+    return {code, Action::ByteRead, Count::OutLength};
+}
+constexpr Row byteWrite(std::uint32_t code)
+{
+    return {code, Action::ByteWrite, Count::InLength};
+}
 constexpr Row copyOut(std::uint32_t code, std::uint8_t bytes)
 {
     return {code, Action::CopyOut, Count::OutLength, {}, bytes};
+}
+constexpr Row reads(std::uint32_t code, Step first, Step second = {})
+{
+    return {code, Action::Registers, Count::OutLength, {first, second}};
+}
+constexpr Row writes(std::uint32_t code, Step first, Step second = {}, Step third = {}, Step fourth = {})
+{
+    return {code, Action::Registers, Count::InLength, {first, second, third, fourth}};
+}
+/// Writes a 1, for a request without any payload.
+constexpr Row triggers(std::uint32_t code, std::uint8_t reg)
+{
+    return {code, Action::Registers, Count::Unset, {Step{Step::Kind::PutOne, reg}}};
 }
 constexpr Row named(std::uint32_t code, NamedAction function)
 {
@@ -107,111 +138,105 @@ namespace actions {
 } // namespace actions
 
 inline constexpr Row kControlCodes[] = {
-    {codes::setBacklightLevel, Action::ByteWrite, Count::InLength},
-    {codes::setVideoControl, Action::PassIn, Count::InLength},
+    byteWrite(codes::setBacklightLevel),
+    passIn(codes::setVideoControl),
     named(codes::smartWrite, actions::writeSmart),
-    {codes::setPowerBacklight, Action::Registers, Count::InLength, {put8(0, 0)}},
-    {codes::setPowerCan, Action::Registers, Count::InLength, {put8(1, 0)}},
-    {codes::setPowerVideo,
-     Action::Registers,
-     Count::InLength,
-     {put8(2, 0, 1), put8(5, 0, 2), put8(6, 0, 4), put8(7, 0, 8)}},
-    {codes::setPowerExtFan, Action::Registers, Count::InLength, {put8(3, 0)}},
-    {codes::setConfFrontBtnTrigTime, Action::Registers, Count::InLength, {put16(0, 0), put16(1, 2)}},
-    {codes::setConfSuspendMaxTime, Action::Registers, Count::InLength, {put16(4, 2)}},
-    {codes::setConfCanStartup, Action::Registers, Count::InLength, {put16(7, 0)}},
-    {codes::setConfVideoStartup,
-     Action::Registers,
-     Count::InLength,
-     {put16(8, 0, 1), put16(11, 0, 2), put16(12, 0, 4), put16(13, 0, 8)}},
-    {codes::setConfExtFanStartup, Action::Registers, Count::InLength, {put16(9, 0)}},
-    {codes::setConfStartupVoltage, Action::Registers, Count::InLength, {put16(10, 0)}},
-    {codes::ackPowerRequest, Action::Registers, Count::InLength, {put8(4, 0)}},
-    {codes::setBuzzerTrigger, Action::PassIn, Count::InLength},
-    {codes::setLedEnabledDuringStartup, Action::PassIn, Count::InLength},
-    {codes::setLightSensorRange, Action::ByteWrite, Count::InLength},
-    {codes::setUartDirection, Action::PassIn, Count::InLength},
-    {codes::setSupervisorMode, Action::PassIn, Count::InLength},
-    {codes::fpgaFlashStatus, Action::PassIn, Count::OutLength},
-    {codes::frontBootMode, Action::PassIn, Count::InLength},
-    {codes::setConfHeatingTempLimit, Action::Registers, Count::InLength, {put16(14, 0)}},
-    {codes::setTouchMode, Action::Registers, Count::InLength, {put8(3, 0, 3)}},
-    {codes::setConfShortButtonPress, Action::Registers, Count::InLength, {put16(16, 0)}},
-    {codes::setConfLongButtonPress, Action::Registers, Count::InLength, {put16(17, 0)}},
-    {codes::setConfOnOffSignal, Action::Registers, Count::InLength, {put16(18, 0)}},
-    {codes::setConfStartupTrigger, Action::Registers, Count::InLength, {put16(19, 0)}},
-    {codes::setConfExtOnOffSigTrigTime, Action::Registers, Count::InLength, {put16(3, 0), put16(20, 2)}},
-    {codes::setMouseRightClickTime, Action::Registers, Count::InLength, {put16(4, 0)}},
-    {codes::clearHwErrorStatus, Action::Registers, Count::Unset, {one(25)}},
+    writes(codes::setPowerBacklight, put8(0, 0)),
+    writes(codes::setPowerCan, put8(1, 0)),
+    writes(codes::setPowerVideo, put8(2, 0, 1), put8(5, 0, 2), put8(6, 0, 4), put8(7, 0, 8)),
+    writes(codes::setPowerExtFan, put8(3, 0)),
+    writes(codes::setConfFrontBtnTrigTime, put16(0, 0), put16(1, 2)),
+    writes(codes::setConfSuspendMaxTime, put16(4, 2)),
+    writes(codes::setConfCanStartup, put16(7, 0)),
+    writes(codes::setConfVideoStartup, put16(8, 0, 1), put16(11, 0, 2), put16(12, 0, 4), put16(13, 0, 8)),
+    writes(codes::setConfExtFanStartup, put16(9, 0)),
+    writes(codes::setConfStartupVoltage, put16(10, 0)),
+    writes(codes::ackPowerRequest, put8(4, 0)),
+    passIn(codes::setBuzzerTrigger),
+    passIn(codes::setLedEnabledDuringStartup),
+    byteWrite(codes::setLightSensorRange),
+    passIn(codes::setUartDirection),
+    passIn(codes::setSupervisorMode),
+    passInForAnswer(codes::fpgaFlashStatus),
+    passIn(codes::frontBootMode),
+    writes(codes::setConfHeatingTempLimit, put16(14, 0)),
+    writes(codes::setTouchMode, put8(3, 0, 3)),
+    writes(codes::setConfShortButtonPress, put16(16, 0)),
+    writes(codes::setConfLongButtonPress, put16(17, 0)),
+    writes(codes::setConfOnOffSignal, put16(18, 0)),
+    writes(codes::setConfStartupTrigger, put16(19, 0)),
+    writes(codes::setConfExtOnOffSigTrigTime, put16(3, 0), put16(20, 2)),
+    writes(codes::setMouseRightClickTime, put16(4, 0)),
+    triggers(codes::clearHwErrorStatus, 25),
     named(codes::unusedVideoRequest, actions::callWithoutAnswer),
-    {codes::mouseRightClickTime, Action::Registers, Count::OutLength, {get16(4, 0)}},
-    {codes::setConfPowerOnStartup, Action::Registers, Count::InLength, {putSigned8(21, 0)}},
+    reads(codes::mouseRightClickTime, get16(4, 0)),
+    writes(codes::setConfPowerOnStartup, putSigned8(21, 0)),
     named(codes::resumeVideo, actions::callWithoutAnswer),
-    {codes::setCalibrationMode, Action::PassIn, Count::InLength},
+    passIn(codes::setCalibrationMode),
     named(codes::setFrontRegister, actions::writeFrontRegister),
-    {codes::setVideoDecoderRegister, Action::PassIn, Count::InLength},
-    {codes::initVideo, Action::PassIn, Count::InLength},
-    {codes::setVideoColorKeys, Action::PassIn, Count::InLength},
-    {codes::setLedColor, Action::PassIn, Count::InLength},
-    {codes::setVideoScaling, Action::PassIn, Count::InLength},
-    {codes::setVideoActiveChannel, Action::PassIn, Count::InLength},
-    {codes::setVideoCropping, Action::PassIn, Count::InLength},
-    {codes::setBuzzerSetup, Action::PassIn, Count::InLength},
-    {codes::setLedTiming, Action::PassIn, Count::InLength},
-    {codes::setVideoArea, Action::PassIn, Count::InLength},
-    {codes::backlightLevel, Action::ByteRead, Count::OutLength},
-    {codes::backlightStatus, Action::ByteRead, Count::OutLength},
-    {codes::videoStatus, Action::ByteRead, Count::OutLength},
+    passIn(codes::setVideoDecoderRegister),
+    passIn(codes::initVideo),
+    passIn(codes::setVideoColorKeys),
+    passIn(codes::setLedColor),
+    passIn(codes::setVideoScaling),
+    passIn(codes::setVideoActiveChannel),
+    passIn(codes::setVideoCropping),
+    passIn(codes::setBuzzerSetup),
+    passIn(codes::setLedTiming),
+    passIn(codes::setVideoArea),
+    byteRead(codes::backlightLevel),
+    byteRead(codes::backlightStatus),
+    byteRead(codes::videoStatus),
     named(codes::adcVoltage, actions::readVoltage),
-    {codes::diagSSTemp, Action::Registers, Count::OutLength, {get16(0, 0)}},
-    {codes::diagPCBTemp, Action::Registers, Count::OutLength, {get16(1, 0)}},
+    reads(codes::diagSSTemp, get16(0, 0)),
+    reads(codes::diagPCBTemp, get16(1, 0)),
     named(codes::diagTimers, actions::readTimers),
-    {codes::diagStartupReason, Action::Registers, Count::OutLength, {get16(2, 0)}},
-    {codes::diagShutDownReason, Action::Registers, Count::OutLength, {get16(3, 0)}},
-    {codes::diagHwErrorStatus, Action::Registers, Count::OutLength, {get16(4, 0)}},
-    {codes::diagPowerCycles, Action::Registers, Count::OutLength, {get16(12, 0)}},
-    {codes::diagMinMaxTemp, Action::Registers, Count::OutLength, {get16(14, 0), get16(13, 2)}},
+    reads(codes::diagStartupReason, get16(2, 0)),
+    reads(codes::diagShutDownReason, get16(3, 0)),
+    reads(codes::diagHwErrorStatus, get16(4, 0)),
+    reads(codes::diagPowerCycles, get16(12, 0)),
+    reads(codes::diagMinMaxTemp, get16(14, 0), get16(13, 2)),
     named(codes::smartRead, actions::readSmart),
-    {codes::powerBacklight, Action::Registers, Count::OutLength, {get8(0, 0)}},
-    {codes::powerCan, Action::Registers, Count::OutLength, {get8(1, 0)}},
+    reads(codes::powerBacklight, get8(0, 0)),
+    reads(codes::powerCan, get8(1, 0)),
     named(codes::powerVideo, actions::readVideoPower),
-    {codes::powerExtFan, Action::Registers, Count::OutLength, {get8(3, 0)}},
-    {codes::confFrontBtnTrigTime, Action::Registers, Count::OutLength, {get16(0, 0), get16(1, 2)}},
-    {codes::confSuspendMaxTime, Action::Registers, Count::OutLength, {zero16(0), get16(4, 2)}},
-    {codes::confCanStartup, Action::Registers, Count::OutLength, {get16(7, 0)}},
+    reads(codes::powerExtFan, get8(3, 0)),
+    reads(codes::confFrontBtnTrigTime, get16(0, 0), get16(1, 2)),
+    reads(codes::confSuspendMaxTime, zero16(0), get16(4, 2)),
+    reads(codes::confCanStartup, get16(7, 0)),
     named(codes::confVideoStartup, actions::readVideoStartup),
-    {codes::confExtFanStartup, Action::Registers, Count::OutLength, {get16(9, 0)}},
-    {codes::confStartupVoltage, Action::Registers, Count::OutLength, {get16(10, 0)}},
-    {codes::powerButtonTransition, Action::Registers, Count::OutLength, {get8(4, 0)}},
-    {codes::buzzerTrigger, Action::PassOut, Count::OutLength},
-    {codes::ledEnabledDuringStartup, Action::PassOut, Count::OutLength},
-    {codes::lightSensorRange, Action::ByteRead, Count::OutLength},
-    {codes::digitalInputs, Action::ByteRead, Count::OutLength},
-    {codes::confHeatingTempLimit, Action::Registers, Count::OutLength, {get16(14, 0)}},
-    {codes::touchMode, Action::Registers, Count::OutLength, {get8(3, 0)}},
-    {codes::confShortButtonPress, Action::Registers, Count::OutLength, {get16(16, 0)}},
-    {codes::confLongButtonPress, Action::Registers, Count::OutLength, {get16(17, 0)}},
-    {codes::confOnOffSignal, Action::Registers, Count::OutLength, {get16(18, 0)}},
-    {codes::confStartupTrigger, Action::Registers, Count::OutLength, {get16(19, 0)}},
-    {codes::confExtOnOffSigTrigTime, Action::Registers, Count::OutLength, {get16(3, 0), get16(20, 2)}},
-    {codes::confPowerOnStartup, Action::Registers, Count::OutLength, {get8(21, 0)}},
-    {codes::calibrationMode, Action::PassOut, Count::OutLength},
+    reads(codes::confExtFanStartup, get16(9, 0)),
+    reads(codes::confStartupVoltage, get16(10, 0)),
+    reads(codes::powerButtonTransition, get8(4, 0)),
+    passOut(codes::buzzerTrigger),
+    passOut(codes::ledEnabledDuringStartup),
+    byteRead(codes::lightSensorRange),
+    byteRead(codes::digitalInputs),
+    reads(codes::confHeatingTempLimit, get16(14, 0)),
+    reads(codes::touchMode, get8(3, 0)),
+    reads(codes::confShortButtonPress, get16(16, 0)),
+    reads(codes::confLongButtonPress, get16(17, 0)),
+    reads(codes::confOnOffSignal, get16(18, 0)),
+    reads(codes::confStartupTrigger, get16(19, 0)),
+    reads(codes::confExtOnOffSigTrigTime, get16(3, 0), get16(20, 2)),
+    reads(codes::confPowerOnStartup, get8(21, 0)),
+    passOut(codes::calibrationMode),
     named(codes::frontRegister, actions::readFrontRegister),
-    {codes::videoDecoderRegister, Action::PassOut, Count::OutLength},
+    passOut(codes::videoDecoderRegister),
     copyOut(codes::lightSensorChannels, 2),
-    {codes::videoColorKeys, Action::PassOut, Count::OutLength},
-    {codes::ledColor, Action::PassOut, Count::OutLength},
-    {codes::videoScaling, Action::PassOut, Count::OutLength},
-    {codes::videoActiveChannel, Action::PassOut, Count::OutLength},
+    passOut(codes::videoColorKeys),
+    passOut(codes::ledColor),
+    passOut(codes::videoScaling),
+    passOut(codes::videoActiveChannel),
     copyOut(codes::versionFpga, 4),
     copyOut(codes::versionSupervisor, 4),
     copyOut(codes::versionFront, 4),
-    {codes::videoCropping, Action::PassOut, Count::OutLength},
-    {codes::buzzerSetup, Action::PassOut, Count::OutLength},
-    {codes::ledTiming, Action::PassOut, Count::OutLength},
+    passOut(codes::videoCropping),
+    passOut(codes::buzzerSetup),
+    passOut(codes::ledTiming),
     copyOut(codes::versionDrivers, 4),
-    {codes::videoRawImage, Action::PassOut, Count::OutLength},
-    {codes::videoArea, Action::PassOut, Count::OutLength},
+    passOut(codes::videoRawImage),
+    passOut(codes::videoArea),
     named(codes::fpgaFlashWrite, actions::writeFpgaFlash),
     named(codes::fpgaFlashRead, actions::readFpgaFlash),
 };

@@ -27,17 +27,17 @@ const Row* rowOf(unsigned long code)
     return row.code == code ? &row : nullptr;
 }
 
-bool passIn(const Call& call)
+bool sendBlock(const Call& call)
 {
     return request(call, call.in);
 }
 
-bool passOut(const Call& call)
+bool fillBlock(const Call& call)
 {
     return request(call, call.out);
 }
 
-bool byteRead(const Call& call)
+bool readByte(const Call& call)
 {
     char local[2] = {};
     if (call.out == nullptr || !request(call, local))
@@ -46,7 +46,7 @@ bool byteRead(const Call& call)
     return true;
 }
 
-bool byteWrite(const Call& call)
+bool writeByte(const Call& call)
 {
     if (call.in == nullptr)
         return false;
@@ -63,7 +63,7 @@ bool copyAnswer(const Call& call, unsigned bytes)
     return true;
 }
 
-bool reads(const Step& step)
+bool isRead(const Step& step)
 {
     return step.kind == Step::Kind::Get16 || step.kind == Step::Kind::Get8;
 }
@@ -114,11 +114,11 @@ bool registerSteps(const Call& call, const Row& row)
         values[count] = 0;
         if (step.kind == Step::Kind::Zero16)
             continue;
-        if (!(reads(step) ? readStep(call, step, values[count]) : writeStep(call, step)))
+        if (!(isRead(step) ? readStep(call, step, values[count]) : writeStep(call, step)))
             return false;
     }
     for (unsigned i = 0; i < count; ++i)
-        if (reads(row.steps[i]) || row.steps[i].kind == Step::Kind::Zero16)
+        if (isRead(row.steps[i]) || row.steps[i].kind == Step::Kind::Zero16)
             storeAnswer(call, row.steps[i], values[i]);
     return true;
 }
@@ -127,13 +127,13 @@ bool perform(const Call& call, const Row& row)
 {
     switch (row.action) {
     case Action::PassIn:
-        return passIn(call);
+        return sendBlock(call);
     case Action::PassOut:
-        return passOut(call);
+        return fillBlock(call);
     case Action::ByteRead:
-        return byteRead(call);
+        return readByte(call);
     case Action::ByteWrite:
-        return byteWrite(call);
+        return writeByte(call);
     case Action::CopyOut:
         return copyAnswer(call, row.copied);
     case Action::Registers:
