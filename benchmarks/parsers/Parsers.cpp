@@ -4,7 +4,7 @@
 //
 //   hx-bench-parsers [--check]    with --check: status 1 when objcopy is faster
 #include "testing/FirmwareTexts.h"
-#include "upgrade/FirmwareFile.h"
+#include "upgrade/FileSource.h"
 #include "upgrade/IntelHex.h"
 #include "upgrade/Mcs.h"
 
@@ -81,7 +81,7 @@ bool compare(const std::string& kind, const std::string& text, void (*read)(Byte
     const std::string path = name;
 
     const double library = show(kind + ", library", text, medianSeconds([&] {
-                                    const FirmwareFile opened{name};
+                                    const File opened{name};
                                     BufferedSource source{opened};
                                     read(source);
                                 }));

@@ -2,6 +2,7 @@
 #include "devices/AuxVersion_Imp.h"
 
 #include "platform/ControlCodes.h"
+#include "platform/File.h"
 #include "platform/VersionText.h"
 
 #include <algorithm>
@@ -65,13 +66,11 @@ eErr AuxVersion_Imp::getOSVersion(unsigned char* major, unsigned char* minor, un
 {
     if (major == nullptr || minor == nullptr || release == nullptr || build == nullptr)
         return ERR_INVALID_PARAMETER;
-    int file = -1;
-    if (!LinuxWrapper::open(file, kSystemVersionFile, false))
+    const File file{kSystemVersionFile};
+    if (!file.isOpen())
         return ERR_OPEN_FAILED;
     VersionParts parts{};
-    const bool parsed = LinuxWrapper::ParseFirmwareVersion(file, parts[0], parts[1], parts[2], parts[3]);
-    LinuxWrapper::close(file);
-    if (!parsed)
+    if (!LinuxWrapper::ParseFirmwareVersion(file.handle(), parts[0], parts[1], parts[2], parts[3]))
         return ERR_COMMAND_FAILED;
     *major = static_cast<unsigned char>(parts[0]);
     *minor = static_cast<unsigned char>(parts[1]);

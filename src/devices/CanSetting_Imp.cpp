@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/CanSetting.h"
 
-#include "platform/LinuxWrapper.h"
+#include "platform/File.h"
 
 #include <array>
 #include <cerrno>
@@ -47,12 +47,12 @@ bool parseRate(const char* text, long* rate)
     return true;
 }
 
-eErr readRate(int file, unsigned short* kbit)
+eErr readRate(const File& file, unsigned short* kbit)
 {
     std::array<char, kLongestText + 1> text{};
     unsigned int count = 0;
     // A failed read leaves an empty text, which counts as the rate 0: callers rely on getting a number.
-    (void)LinuxWrapper::read(file, text.data(), kLongestText, &count);
+    (void)LinuxWrapper::read(file.handle(), text.data(), kLongestText, &count);
     text[count] = '\0';
     long rate = 0;
     if (!parseRate(text.data(), &rate))
@@ -61,11 +61,11 @@ eErr readRate(int file, unsigned short* kbit)
     return ERR_SUCCESS;
 }
 
-bool writeRate(int file, long rate)
+bool writeRate(const File& file, long rate)
 {
     std::array<char, kLongestText> text{};
     std::snprintf(text.data(), text.size(), "%ld", rate);
-    return LinuxWrapper::write(file, text.data(), static_cast<int>(std::strlen(text.data())));
+    return LinuxWrapper::write(file.handle(), text.data(), static_cast<int>(std::strlen(text.data())));
 }
 
 } // namespace
@@ -77,12 +77,12 @@ eErr CanSetting_Imp::getBaudrate(unsigned char net, unsigned short* kbit)
 {
     if (kbit == nullptr || !isNetwork(net))
         return ERR_INVALID_PARAMETER;
-    int file = -1;
-    if (!LinuxWrapper::open(file, attributeOf(net).data(), false))
+    File file{attributeOf(net).data()};
+    if (!file.isOpen())
         return ERR_IOCTRL_FAILED; // setting answers another code here; callers distinguish the directions by it
     const eErr err = readRate(file, kbit);
-    if (file != 0) // a program without standard input gets 0 here, and it stays open
-        LinuxWrapper::close(file);
+    if (file.handle() == 0) // a program without standard input gets 0 here, and it stays open
+        file.leaveOpen();
     return err;
 }
 
@@ -95,12 +95,10 @@ eErr CanSetting_Imp::setBaudrate(unsigned char net, unsigned short kbit)
 {
     if (kbit > CAN_MAX_BAUDRATE || !isNetwork(net))
         return ERR_INVALID_PARAMETER;
-    int file = -1;
-    if (!LinuxWrapper::open(file, attributeOf(net).data(), true))
+    const File file{attributeOf(net).data(), File::Access::ReadWrite};
+    if (!file.isOpen())
         return ERR_OPEN_FAILED;
-    const bool written = writeRate(file, kbit * kBitPerKbit);
-    LinuxWrapper::close(file);
-    return written ? ERR_SUCCESS : ERR_IOCTRL_FAILED;
+    return writeRate(file, kbit * kBitPerKbit) ? ERR_SUCCESS : ERR_IOCTRL_FAILED;
 }
 
 eErr CanSetting_Imp::setFrameType(unsigned char net, CanFrameType)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "upgrade/FirmwareUpgrade_Imp.h"
 
+#include "platform/File.h"
 #include "platform/Semaphore.h"
-#include "upgrade/FirmwareFile.h"
 #include "upgrade/FirmwareText.h"
 #include "upgrade/Flasher_FPGA.h"
 
@@ -135,7 +135,7 @@ void FirmwareUpgrade_Imp::threadProcVerify(const void* flasher)
 
 eErr FirmwareUpgrade_Imp::CheckFile(const char* file, Flasher_STM32::eDeviceType type)
 {
-    const FirmwareFile opened{file};
+    const File opened{file};
     if (!opened.isOpen())
         return ERR_OPEN_FAILED;
     const unsigned size = opened.size();

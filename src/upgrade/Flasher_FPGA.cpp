@@ -3,7 +3,7 @@
 
 #include "platform/ControlCodes.h"
 #include "platform/LinuxWrapper.h"
-#include "upgrade/FirmwareFile.h"
+#include "upgrade/FileSource.h"
 #include "upgrade/Mcs.h"
 
 #include <algorithm>
@@ -110,7 +110,7 @@ eErr Flasher_FPGA::Mcs2Bin()
     updateSharedStatus(UpgradeActionReadFile, 0, ERR_SUCCESS);
     if (LinuxWrapper::isSpecialFile(fileName())) // reading it might never end
         return failed(UpgradeActionReadFile, 0, ERR_OPEN_FAILED);
-    const FirmwareFile file{fileName()};
+    const File file{fileName()};
     if (!file.isOpen())
         return failed(UpgradeActionReadFile, 0, ERR_OPEN_FAILED);
     const std::uint32_t size = file.size();

@@ -2,7 +2,7 @@
 #include "upgrade/Flasher_STM32.h"
 
 #include "platform/LinuxWrapper.h"
-#include "upgrade/FirmwareFile.h"
+#include "upgrade/FileSource.h"
 #include "upgrade/IntelHex.h"
 
 #include <algorithm>
@@ -109,7 +109,7 @@ eErr Flasher_STM32::openFile()
         return openFailed(0, ERR_INIT_FAILED);
     HexResult result = HexResult::Complete;
     {
-        const FirmwareFile file{fileName()};
+        const File file{fileName()};
         if (!file.isOpen())
             return openFailed(0, ERR_OPEN_FAILED);
         const unsigned size = file.size();

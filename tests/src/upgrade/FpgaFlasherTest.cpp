@@ -2,7 +2,7 @@
 #include "testing/FirmwareFile.h"
 
 #include "simulator/model/FpgaFlash.h"
-#include "upgrade/FirmwareFile.h"
+#include "upgrade/FileSource.h"
 #include "upgrade/Flasher_FPGA.h"
 
 #include <fcntl.h>
@@ -153,7 +153,7 @@ TEST(FpgaFlasher, ClosesTheRedirectorWhenItIsDestroyed)
 TEST(BufferedSource, EndsPermanentlyAtAFailedRead)
 {
     SimulatedUnit unit;
-    const FirmwareFile file{firmware::file(unit, std::string(10000, 'x')).c_str()};
+    const File file{firmware::file(unit, std::string(10000, 'x')).c_str()};
     BufferedSource source{file};
     Characters characters{source};
     char character = '\0';

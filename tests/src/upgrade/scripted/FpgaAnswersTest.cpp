@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Answers of the configuration flash that no driver path gives.
+#include "platform/File.h"
 #include "testing/scripted/ScriptedDevice.h"
-#include "upgrade/FirmwareFile.h"
 #include "upgrade/Flasher_FPGA.h"
 
 #include <gtest/gtest.h>
 
 using namespace Halvix;
 
-TEST(FirmwareFile, IsClosedOnce)
+TEST(File, IsClosedOnce)
 {
     ScriptedDevice device;
     {
-        const FirmwareFile file{"firmware.mcs"};
+        const File file{"firmware.mcs"};
         EXPECT_TRUE(file.isOpen());
     }
 

@@ -1,33 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "upgrade/FirmwareFile.h"
-
-#include "platform/LinuxWrapper.h"
-
-#include <algorithm>
+#include "upgrade/FileSource.h"
 
 namespace Halvix {
-
-FirmwareFile::FirmwareFile(const char* name)
-{
-    if (!LinuxWrapper::open(handle_, name, false))
-        handle_ = -1;
-}
-
-FirmwareFile::~FirmwareFile()
-{
-    if (isOpen())
-        LinuxWrapper::close(handle_);
-}
-
-unsigned FirmwareFile::size() const
-{
-    return static_cast<unsigned>(std::max(0, LinuxWrapper::getFileSize(handle_)));
-}
 
 namespace {
 
 /// What one read of the file returned.
-std::span<const char> readInto(std::span<char> buffer, const FirmwareFile& file)
+std::span<const char> readInto(std::span<char> buffer, const File& file)
 {
     unsigned count = 0;
     if (!LinuxWrapper::read(file.handle(), buffer.data(), static_cast<int>(buffer.size()), &count))
