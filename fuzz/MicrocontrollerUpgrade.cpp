@@ -140,23 +140,12 @@ std::string textOf(const firmware::Bytes& image, Input& input)
 struct Run {
     explicit Run(Flasher_STM32& flasher)
     {
-        for (int* sema : {&statusLock, &statusSignal, &runLock})
-            REQUIRE(LinuxWrapper::CreateSema(*sema, nullptr));
-        REQUIRE(LinuxWrapper::WaitForSema(runLock, false));
-        flasher.attach(statusLock, statusSignal, runLock, &status);
+        REQUIRE(lock.tryWait());
+        flasher.attach(status, lock);
     }
-    ~Run()
-    {
-        for (const int sema : {statusLock, statusSignal, runLock})
-            LinuxWrapper::CloseSema(sema);
-    }
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
 
-    int statusLock = 0;
-    int statusSignal = 0;
-    int runLock = 0;
-    UpgradeStatus status{};
+    SharedStatus status;
+    Semaphore lock{nullptr};
 };
 
 bool isDocumented(eErr err)
@@ -204,11 +193,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Flasher_STM32 flasher{(way & 2) == 0 ? Flasher_STM32::Supervisor : Flasher_STM32::FrontController};
         Run run{flasher};
         flasher.setFileName(kFirmware);
-        const eErr err = flasher.Run(written);
+        const eErr err = flasher.Run(written ? IFlasher::Task::Program : IFlasher::Task::Verify);
         REQUIRE(isDocumented(err));
-        REQUIRE(run.status.action == (err == ERR_SUCCESS ? UpgradeActionFinished : UpgradeActionFailed));
-        REQUIRE(run.status.error == err);
-        REQUIRE(LinuxWrapper::WaitForSema(run.runLock, false)); // the next run may start
+        REQUIRE(run.status.record.action == (err == ERR_SUCCESS ? UpgradeActionFinished : UpgradeActionFailed));
+        REQUIRE(run.status.record.error == err);
+        REQUIRE(run.lock.tryWait()); // the next run may start
         if (err == ERR_SUCCESS)
             requireWasSeen(*flasher.image(), bootloader, written);
         REQUIRE(written || !bootloader.programmed);

@@ -18,7 +18,7 @@ constexpr unsigned long kRetryMs = 1000;
 
 BacklightController::BacklightController() : parts_{std::make_shared<Parts>()}
 {
-    logController("%s", parts_->newSettings.handle() != 0 ? "Sema create ok\n" : "Sema create error\n");
+    logController("%s", parts_->newSettings.isOpen() ? "Sema create ok\n" : "Sema create error\n");
 }
 
 BacklightController::BacklightController(std::shared_ptr<Parts> parts) : parts_{std::move(parts)} {}
@@ -30,7 +30,7 @@ BacklightController::~BacklightController()
 
 eErr BacklightController::init()
 try {
-    if (!LinuxWrapper::WaitForSema(parts_->started.handle(), false))
+    if (!parts_->started.takeSignal(false))
         return ERR_INIT_FAILED;
     LinuxWrapper::SleepFully(kSettleMs);
     Lightsensor* const previous = std::exchange(parts_->lightSensor, GetLightsensor());
@@ -74,7 +74,7 @@ void BacklightController::execute()
 
 void BacklightController::waitForNewSettings()
 {
-    if (!waitThroughSignals(parts_->newSettings.handle()))
+    if (!parts_->newSettings.awaitSignal())
         LinuxWrapper::Sleep(kRetryMs); // without the semaphore there are no notifications: poll the file
 }
 
@@ -111,7 +111,7 @@ bool BacklightController::executeABL()
 bool BacklightController::pass(law::Run& run)
 {
     logController("Time pasted %d\n", run.elapsedMs);
-    if (LinuxWrapper::WaitForSema(parts_->newSettings.handle(), false) && !readSettings()) {
+    if (parts_->newSettings.takeSignal(false) && !readSettings()) {
         logController("Error readSettings\n");
         return false;
     }

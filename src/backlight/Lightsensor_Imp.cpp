@@ -26,16 +26,15 @@ struct Lightsensor_Imp::Averaging {
 
 Lightsensor_Imp::Lightsensor_Imp() : averaging_{std::make_shared<Averaging>()}
 {
-    handle_ = openHWConnection();
+    openHWConnection();
     averaging_->lock.emplace(kAveragingLockName); // when it cannot be opened, every start returns 20
-    averaging_->average.attach(&averaging_->driver, averaging_->lock->handle(), averaging_);
+    averaging_->average.attach(averaging_->driver, *averaging_->lock, averaging_);
 }
 
 int Lightsensor_Imp::openHWConnection()
 {
-    int handle = -1;
-    initialised_ = LinuxWrapper::open(handle, "/dev/lightsensor", true);
-    return handle;
+    (void)device_.bind("/dev/lightsensor"); // no request is sent through it
+    return device_.handle();
 }
 
 eErr Lightsensor_Imp::getIlluminance(unsigned short* lux)
@@ -56,12 +55,14 @@ eErr Lightsensor_Imp::getAverageIlluminance(unsigned short* lux)
     return averaging_->average.getAverageIlluminance(lux);
 }
 
+// The sampler's thread releases the lock; a failed start leaves it acquired.
 eErr Lightsensor_Imp::startAverageCalc(unsigned long averageWndSize, unsigned long rejectWndSize,
-                                       unsigned long rejectDeltaInLux, LightSensorSamplingMode mode)
+                                       unsigned long rejectDeltaInLux,
+                                       LightSensorSamplingMode mode) HX_UNCHECKED_LOCKING
 {
     if (averageWndSize == 0 || rejectDeltaInLux == 0)
         return ERR_INVALID_DATA;
-    if (!LinuxWrapper::WaitForSema(averaging_->lock->handle(), false))
+    if (!averaging_->lock->tryWait())
         return ERR_AVERAGE_CALC_STARTED;
     return averaging_->average.startAverageCalc(averageWndSize, rejectWndSize, rejectDeltaInLux, mode);
 }
@@ -87,16 +88,16 @@ eErr Lightsensor_Imp::setOperatingRange(LightSensorOperationRange range)
 
 bool Lightsensor_Imp::isAverageStarted()
 {
-    if (!LinuxWrapper::WaitForSema(averaging_->lock->handle(), false))
+    Semaphore& lock = *averaging_->lock;
+    if (!lock.tryWait())
         return true;
-    LinuxWrapper::ReleaseSema(averaging_->lock->handle());
+    lock.post();
     return false;
 }
 
 eErr Lightsensor_Imp::Release()
 {
-    if (initialised_)
-        LinuxWrapper::close(handle_);
+    device_.close();
     LinuxWrapper::SleepFully(kThreadEndMs);
     delete this;
     return ERR_SUCCESS;

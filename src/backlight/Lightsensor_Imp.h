@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hx-aux/Lightsensor.h"
+#include "platform/DeviceChannel.h"
 
 #include <memory>
 
@@ -36,8 +37,7 @@ public:
 private:
     struct Averaging;
 
-    int handle_ = -1;
-    bool initialised_ = false;
+    BindableChannel device_;
     std::shared_ptr<Averaging> averaging_;
 };
 

@@ -23,10 +23,10 @@ sampler::~sampler()
     deInitSampler();
 }
 
-void sampler::attach(LightsensorIDrv* driver, int averagingLock, std::weak_ptr<void> owner)
+void sampler::attach(LightsensorIDrv& driver, Semaphore& averagingLock, std::weak_ptr<void> owner)
 {
-    driver_ = driver;
-    averagingLock_ = averagingLock;
+    driver_ = &driver;
+    averagingLock_ = &averagingLock;
     owner_ = std::move(owner);
 }
 
@@ -140,9 +140,15 @@ void sampler::exec()
             break;
     }
     ending_ = true;
-    LinuxWrapper::ReleaseSema(averagingLock_);
+    releaseAveragingLock();
     running_ = false; // from now on another thread may be started
     logSampler("Exit Loop\n");
+}
+
+// Acquired by the caller that started the thread.
+void sampler::releaseAveragingLock() const HX_UNCHECKED_LOCKING
+{
+    averagingLock_->post();
 }
 
 void sampler::waitForNextSample() const

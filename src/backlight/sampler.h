@@ -28,7 +28,7 @@ public:
     sampler& operator=(const sampler&) = delete;
 
     /// Objects that the sampler uses but does not own, and the owner of the sampler and of them.
-    void attach(LightsensorIDrv* driver, int averagingLock, std::weak_ptr<void> owner = {});
+    void attach(LightsensorIDrv& driver, Semaphore& averagingLock, std::weak_ptr<void> owner = {});
 
     /// 0, 13 (out of memory), the code of setting the range, or 10 (no thread). A running thread continues with the new
     /// parameters and empty rings.
@@ -55,13 +55,14 @@ private:
 
     [[nodiscard]] eErr startThread();
     void waitForNextSample() const;
+    void releaseAveragingLock() const;
     [[nodiscard]] eErr saturated() HX_REQUIRES(lock_);
     [[nodiscard]] eErr switchRange(LightSensorOperationRange wanted) HX_REQUIRES(lock_);
     void firstSample(std::uint32_t lux) HX_REQUIRES(lock_);
     [[nodiscard]] eErr average(std::uint32_t lux) HX_REQUIRES(lock_);
 
     LightsensorIDrv* driver_ = nullptr;
-    int averagingLock_ = 0;
+    Semaphore* averagingLock_ = nullptr;
     LightSensorSamplingMode mode_ HX_GUARDED_BY(lock_) = SamplingModeStandard;
     LightSensorOperationRange range_ HX_GUARDED_BY(lock_) = RangeStandard;
     SampleRing* pReject_ HX_GUARDED_BY(lock_) = nullptr;

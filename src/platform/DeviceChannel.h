@@ -104,12 +104,26 @@ public:
         return err;
     }
 
-    /// 1, 7: one block is both the data sent and the buffer for the answer. `block` changes only on success.
+    /// 1, 7, 6, for requests of the sending kind that send nothing: the driver answers in the block that it is given.
     template <class Payload>
-    [[nodiscard]] eErr exchange(Request<Payload, Payload> request, Payload* block) const
+    [[nodiscard]] eErr readInPlace(Read<Payload> request, Payload* answer) const
+    {
+        Payload block{};
+        const eErr err = transfer(request.code, &block, 0, &block, sizeof block, CountCheck::Yes);
+        if (err == ERR_SUCCESS)
+            *answer = block;
+        return err;
+    }
+
+    enum class CountCheck { No, Yes };
+    /// 1, 7, with the check 6: one block is both the data sent and the buffer for the answer. `block` changes only on
+    /// success.
+    template <class Payload>
+    [[nodiscard]] eErr exchange(Request<Payload, Payload> request, Payload* block,
+                                CountCheck check = CountCheck::No) const
     {
         Payload local = *block;
-        const eErr err = transfer(request.code, &local, sizeof local, &local, sizeof local, CountCheck::No);
+        const eErr err = transfer(request.code, &local, sizeof local, &local, sizeof local, check);
         if (err == ERR_SUCCESS)
             *block = local;
         return err;
@@ -118,11 +132,13 @@ public:
 protected:
     DeviceChannel() = default;
     void open(const char* path) { initialised_ = LinuxWrapper::open(handle_, path, true); }
+    /// Opens the device, perhaps again. A failure does not clear the flag.
+    void openFurther(const char* path) { initialised_ = LinuxWrapper::open(handle_, path, true) || initialised_; }
     void close();
+    void closeHandle();
     void forget() { initialised_ = false; }
 
 private:
-    enum class CountCheck { No, Yes };
     [[nodiscard]] eErr transfer(unsigned long code, void* in, unsigned inLength, void* out, unsigned outLength,
                                 CountCheck check) const
     {
@@ -170,13 +186,37 @@ class BindableChannel : public DeviceChannel {
 public:
     BindableChannel() = default;
 
-    void forget() { DeviceChannel::forget(); }
+    using DeviceChannel::close;
+    using DeviceChannel::forget;
     /// ERR_SUCCESS, or ERR_OPEN_FAILED.
     [[nodiscard]] eErr bind(const char* path)
     {
         open(path);
         return opened();
     }
+};
+
+/// A channel for one run of an upgrade, which opens it and closes it at its end.
+///
+/// Once opened it counts as open: after its end, requests reach no device and answer 7. Callers rely on it.
+class RunChannel : public DeviceChannel {
+public:
+    explicit RunChannel(const char* path) : path_{path} {}
+
+    /// Opens the device, also if it is already open, and returns the handle.
+    int open()
+    {
+        openFurther(path_);
+        return handle();
+    }
+    void end()
+    {
+        if (isOpen())
+            closeHandle();
+    }
+
+private:
+    const char* path_;
 };
 
 } // namespace Halvix

@@ -8,15 +8,6 @@
 
 namespace Halvix {
 
-/// Blocks until the semaphore is acquired. A signal does not end the wait; false only when the semaphore is not open.
-[[nodiscard]] inline bool waitThroughSignals(int semaphore)
-{
-    bool taken = LinuxWrapper::WaitForSema(semaphore, true);
-    while (!taken && errno == EINTR)
-        taken = LinuxWrapper::WaitForSema(semaphore, true);
-    return taken;
-}
-
 /// A named semaphore (or a private one, for a null name), opened in the constructor and closed in the destructor.
 ///
 /// When it cannot be opened every `wait` is false and every `post` only prints: the functions that use it continue.
@@ -31,19 +22,36 @@ public:
     Semaphore(const Semaphore&) = delete;
     Semaphore& operator=(const Semaphore&) = delete;
 
-    /// Blocks until it is acquired. A signal does not end the wait; false only when the semaphore is not open.
-    [[nodiscard]] bool wait() HX_TRY_ACQUIRE(true) { return waitThroughSignals(handle_); }
+    [[nodiscard]] bool isOpen() const { return handle_ != 0; }
+    [[nodiscard]] int handle() const { return handle_; }
+
+    // As a lock. A handler of the application does not end a wait.
+
+    /// Blocks until it is acquired; false only when the semaphore is not open.
+    [[nodiscard]] bool wait() HX_TRY_ACQUIRE(true) { return awaitCount(); }
     /// The same for callers that continue without the lock when the semaphore is not open.
     void acquire() HX_ACQUIRE() HX_UNCHECKED_LOCKING { (void)wait(); }
     /// False at once if it is already acquired.
     [[nodiscard]] bool tryWait() HX_TRY_ACQUIRE(true) { return LinuxWrapper::WaitForSema(handle_, false); }
     void post() HX_RELEASE() { LinuxWrapper::ReleaseSema(handle_); }
-    /// Adds to the count of a semaphore that is used as a signal, not as a lock.
-    void signal() { LinuxWrapper::ReleaseSema(handle_); }
 
-    [[nodiscard]] int handle() const { return handle_; }
+    // As a signal, whose count is a number of events.
+
+    void signal() { LinuxWrapper::ReleaseSema(handle_); }
+    /// Blocks until there is an event; false only when the semaphore is not open.
+    [[nodiscard]] bool awaitSignal() { return awaitCount(); }
+    /// False when there is no event; with `wait` only after a handler of the application has run.
+    [[nodiscard]] bool takeSignal(bool wait) { return LinuxWrapper::WaitForSema(handle_, wait); }
 
 private:
+    [[nodiscard]] bool awaitCount() const
+    {
+        bool taken = LinuxWrapper::WaitForSema(handle_, true);
+        while (!taken && errno == EINTR)
+            taken = LinuxWrapper::WaitForSema(handle_, true);
+        return taken;
+    }
+
     int handle_ = 0;
 };
 

@@ -21,17 +21,15 @@ struct FirmwareUpgrade_Imp::Job {
         fpga.reset();
         microcontroller.reset();
         place.emplace(arguments...);
-        place->attach(statusLock.handle(), statusSignal.handle(), upgradeLock.handle(), &status);
+        place->attach(status, upgradeLock);
         return *place;
     }
 
     std::optional<Flasher_FPGA> fpga;
     std::optional<Flasher_STM32> microcontroller;
     // A semaphore that could not be created is 0: without the upgrade lock every start returns 11.
-    Semaphore statusLock{nullptr};
-    Semaphore statusSignal{nullptr}; ///< counts the published changes; starts at 1, so the first wait returns at once
+    SharedStatus status;
     Semaphore upgradeLock{"HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS"}; ///< one run at a time on the unit
-    UpgradeStatus status HX_GUARDED_BY(statusLock){};
 };
 
 FirmwareUpgrade_Imp::FirmwareUpgrade_Imp() : job_{std::make_shared<Job>()} {}
@@ -68,37 +66,39 @@ eErr FirmwareUpgrade_Imp::startFrontVerification(const char* file, bool blocking
     return startMicrocontroller(file, Flasher_STM32::FrontController, Task::Verify, blocking);
 }
 
+// The upgrade lock is not released in the function that acquires it: the run does that.
+
 eErr FirmwareUpgrade_Imp::startMicrocontroller(const char* file, Flasher_STM32::eDeviceType type, Task task,
-                                               bool blocking)
+                                               bool blocking) HX_UNCHECKED_LOCKING
 {
-    if (!LinuxWrapper::WaitForSema(job_->upgradeLock.handle(), false))
+    if (!job_->upgradeLock.tryWait())
         return ERR_IN_PROGRESS;
     if (const eErr err = CheckFile(file, type); err != ERR_SUCCESS) {
-        LinuxWrapper::ReleaseSema(job_->upgradeLock.handle());
+        job_->upgradeLock.post();
         return err;
     }
     return run(job_->renew(job_->microcontroller, type), file, task, blocking);
 }
 
-eErr FirmwareUpgrade_Imp::startFpga(const char* file, Task task, bool blocking)
+eErr FirmwareUpgrade_Imp::startFpga(const char* file, Task task, bool blocking) HX_UNCHECKED_LOCKING
 {
-    if (!LinuxWrapper::WaitForSema(job_->upgradeLock.handle(), false))
+    if (!job_->upgradeLock.tryWait())
         return ERR_IN_PROGRESS;
     return run(job_->renew(job_->fpga), file, task, blocking);
 }
 
 // From now on the flasher owns the upgrade lock: its run releases it, unless its thread could not be started.
-eErr FirmwareUpgrade_Imp::run(IFlasher& flasher, const char* file, Task task, bool blocking)
+eErr FirmwareUpgrade_Imp::run(IFlasher& flasher, const char* file, Task task, bool blocking) HX_UNCHECKED_LOCKING
 {
     resetStatus();
     flasher.setFileName(file);
     if (blocking)
-        return flasher.Run(task == Task::Program);
+        return flasher.Run(task);
     flasher.holdOwner(job_);
     const eErr err = LinuxWrapper::startThread(task == Task::Program ? threadProcProgram : threadProcVerify, &flasher);
     if (err != ERR_SUCCESS) {
         (void)flasher.takeOwner();
-        LinuxWrapper::ReleaseSema(job_->upgradeLock.handle()); // nothing was changed yet
+        job_->upgradeLock.post(); // nothing was changed yet
     }
     return err;
 }
@@ -106,31 +106,31 @@ eErr FirmwareUpgrade_Imp::run(IFlasher& flasher, const char* file, Task task, bo
 void FirmwareUpgrade_Imp::resetStatus()
 {
     lastRead_ = {};
-    if (!job_->statusLock.wait())
+    if (!job_->status.lock.wait())
         return;
-    job_->status = {};
-    job_->statusLock.post();
+    job_->status.record = {};
+    job_->status.lock.post();
 }
 
 namespace {
 
-void runAsWorker(const void* argument, bool write)
+void runAsWorker(const void* argument, IFlasher::Task task)
 {
     auto* flasher = static_cast<IFlasher*>(const_cast<void*>(argument));
     const std::shared_ptr<void> owner = flasher->takeOwner();
-    (void)flasher->Run(write); // its outcome is published
+    (void)flasher->Run(task); // its outcome is published
 }
 
 } // namespace
 
 void FirmwareUpgrade_Imp::threadProcProgram(const void* flasher)
 {
-    runAsWorker(flasher, true);
+    runAsWorker(flasher, Task::Program);
 }
 
 void FirmwareUpgrade_Imp::threadProcVerify(const void* flasher)
 {
-    runAsWorker(flasher, false);
+    runAsWorker(flasher, Task::Verify);
 }
 
 eErr FirmwareUpgrade_Imp::CheckFile(const char* file, Flasher_STM32::eDeviceType type)
@@ -153,13 +153,13 @@ eErr FirmwareUpgrade_Imp::CheckFile(const char* file, Flasher_STM32::eDeviceType
 
 eErr FirmwareUpgrade_Imp::getUpgradeStatus(UpgradeStatus* status, bool wait)
 {
-    if (!LinuxWrapper::WaitForSema(job_->statusSignal.handle(), wait) || !job_->statusLock.wait()) {
+    if (!job_->status.signal.takeSignal(wait) || !job_->status.lock.wait()) {
         *status = lastRead_;
         return ERR_SUCCESS;
     }
-    lastRead_ = job_->status;
+    lastRead_ = job_->status.record;
     *status = lastRead_;
-    job_->statusLock.post();
+    job_->status.lock.post();
     return ERR_SUCCESS;
 }
 

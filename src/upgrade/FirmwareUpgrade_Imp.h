@@ -35,7 +35,7 @@ public:
 
 private:
     struct Job;
-    enum class Task { Verify, Program };
+    using Task = IFlasher::Task;
 
     eErr startMicrocontroller(const char* file, Flasher_STM32::eDeviceType type, Task task, bool blocking);
     eErr startFpga(const char* file, Task task, bool blocking);

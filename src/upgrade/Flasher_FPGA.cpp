@@ -24,35 +24,28 @@ struct FlashBlock {
 };
 static_assert(sizeof(FlashBlock) == 536);
 
+constexpr Read<unsigned char> kStatus{codes::fpgaFlashStatus};
+constexpr Request<FlashBlock, std::uint32_t> kWrite{codes::fpgaFlashWrite};
+constexpr Request<FlashBlock, FlashBlock> kRead{codes::fpgaFlashRead};
+
 } // namespace
 
-Flasher_FPGA::~Flasher_FPGA()
-{
-    closeDevice();
-}
-
-void Flasher_FPGA::closeDevice()
-{
-    if (initialised_ && handle_ >= 0)
-        LinuxWrapper::close(handle_);
-    handle_ = -1;
-}
-
-eErr Flasher_FPGA::Run(bool write)
+eErr Flasher_FPGA::Run(Task task)
 {
     eErr result = initHW();
     bool modeChanged = false;
     if (result == ERR_SUCCESS)
-        result = convertAndTransfer(write, &modeChanged);
+        result = convertAndTransfer(task, &modeChanged);
     if (modeChanged)
         (void)redirector_.setSsMode(0xC3);
     publishOutcome(result);
-    closeDevice();
+    if (channel_.handle() >= 0)
+        channel_.end();
     releaseRunLock();
     return result;
 }
 
-eErr Flasher_FPGA::convertAndTransfer(bool write, bool* modeChanged)
+eErr Flasher_FPGA::convertAndTransfer(Task task, bool* modeChanged)
 try {
     eErr result = Mcs2Bin();
     if (result != ERR_SUCCESS)
@@ -60,54 +53,42 @@ try {
     readBack_.reserve(image_.size()); // throws before the flash is touched
     *modeChanged = true;              // restored even if it could not be sent
     (void)redirector_.setSsMode(0x0F);
-    if (write)
+    if (task == Task::Program)
         result = flash();
     if (result != ERR_SUCCESS)
         return result;
-    updateSharedStatus(UpgradeActionVerify, 0, ERR_SUCCESS);
+    progress(UpgradeActionVerify, 0);
     LinuxWrapper::SleepFully(50);
     return verify();
 } catch (const std::exception&) { // out of memory
     return ERR_MEM_ALLOC_FAIL;
 }
 
-eErr Flasher_FPGA::failed(UpgradeAction action, std::uint32_t percent, eErr error)
-{
-    updateSharedStatus(action, static_cast<unsigned char>(percent), error);
-    return error;
-}
-
 int Flasher_FPGA::openHWConnection()
 {
-    if (LinuxWrapper::open(handle_, "/dev/fpgaflash", true))
-        initialised_ = true;
-    return handle_;
+    return channel_.open();
 }
 
 eErr Flasher_FPGA::initHW()
 {
-    updateSharedStatus(UpgradeActionPrepareHardware, 0, ERR_SUCCESS);
+    progress(UpgradeActionPrepareHardware, 0);
     openHWConnection();
-    if (!initialised_)
-        return failed(UpgradeActionPrepareHardware, 0, ERR_OPEN_FAILED);
-    updateSharedStatus(UpgradeActionPrepareHardware, 50, ERR_SUCCESS);
-    // The request is of the sending kind, but the driver writes its answer into the byte that it is given.
-    char status = 0;
-    int returned = 0;
-    if (!LinuxWrapper::IoCtrl(handle_, codes::fpgaFlashStatus, &status, 0, &status, sizeof status, &returned))
-        return failed(UpgradeActionPrepareHardware, 100, ERR_IOCTRL_FAILED);
-    if (returned != sizeof status)
-        return failed(UpgradeActionPrepareHardware, 100, ERR_BUFFER_SIZE);
+    if (const eErr err = channel_.opened(); err != ERR_SUCCESS)
+        return failed(UpgradeActionPrepareHardware, 0, err);
+    progress(UpgradeActionPrepareHardware, 50);
+    unsigned char status = 0;
+    if (const eErr err = channel_.readInPlace(kStatus, &status); err != ERR_SUCCESS)
+        return failed(UpgradeActionPrepareHardware, 100, err);
     if (status != 0)
         return failed(UpgradeActionPrepareHardware, 100, ERR_INIT_FAILED);
-    updateSharedStatus(UpgradeActionPrepareHardware, 100, ERR_SUCCESS);
+    progress(UpgradeActionPrepareHardware, 100);
     return ERR_SUCCESS;
 }
 
 eErr Flasher_FPGA::Mcs2Bin()
 {
     image_.clear();
-    updateSharedStatus(UpgradeActionReadFile, 0, ERR_SUCCESS);
+    progress(UpgradeActionReadFile, 0);
     if (LinuxWrapper::isSpecialFile(fileName())) // reading it might never end
         return failed(UpgradeActionReadFile, 0, ERR_OPEN_FAILED);
     const File file{fileName()};
@@ -115,14 +96,13 @@ eErr Flasher_FPGA::Mcs2Bin()
         return failed(UpgradeActionReadFile, 0, ERR_OPEN_FAILED);
     const std::uint32_t size = file.size();
     BufferedSource source{file};
-    const auto progress = [this, size](std::uint32_t charactersRead) {
-        updateSharedStatus(UpgradeActionReadFile, static_cast<unsigned char>(calcPercent(charactersRead, size)),
-                           ERR_SUCCESS);
+    const auto afterRecord = [this, size](std::uint32_t charactersRead) {
+        progress(UpgradeActionReadFile, calcPercent(charactersRead, size));
     };
     std::uint32_t wrongAt = 0;
-    if (const eErr err = convertMcs(source, image_, progress, &wrongAt); err != ERR_SUCCESS)
+    if (const eErr err = convertMcs(source, image_, afterRecord, &wrongAt); err != ERR_SUCCESS)
         return failed(UpgradeActionReadFile, calcPercent(wrongAt, size), err);
-    updateSharedStatus(UpgradeActionReadFile, 100, ERR_SUCCESS);
+    progress(UpgradeActionReadFile, 100);
     return ERR_SUCCESS;
 }
 
@@ -130,20 +110,16 @@ bool Flasher_FPGA::writeBlock(std::uint32_t length, std::uint32_t from, std::uin
 {
     FlashBlock block{length, *position, {}};
     std::memcpy(block.data, image_.data() + from, length);
-    char sent[sizeof block];
-    std::memcpy(sent, &block, sizeof block);
-    char answer[sizeof *position] = {};
-    int returned = 0;
-    if (!LinuxWrapper::IoCtrl(handle_, codes::fpgaFlashWrite, sent, sizeof sent, answer, sizeof answer, &returned) ||
-        returned != sizeof answer)
+    std::uint32_t answer = 0;
+    if (channel_.query(kWrite, block, &answer) != ERR_SUCCESS)
         return false;
-    std::memcpy(position, answer, sizeof answer);
+    *position = answer;
     return true;
 }
 
 eErr Flasher_FPGA::flash()
 {
-    updateSharedStatus(UpgradeActionWrite, 0, ERR_SUCCESS);
+    progress(UpgradeActionWrite, 0);
     const auto size = static_cast<std::uint32_t>(image_.size());
     if (size == 0)
         return failed(UpgradeActionWrite, 0, ERR_INVALID_DATA);
@@ -154,30 +130,24 @@ eErr Flasher_FPGA::flash()
             return failed(UpgradeActionWrite, 100, ERR_IOCTRL_FAILED);
         // The driver may accept less than it was given; the rest is sent again from its new position.
         done += std::min(position - before, size - done);
-        updateSharedStatus(UpgradeActionWrite, static_cast<unsigned char>(calcPercent(done, size)), ERR_SUCCESS);
+        progress(UpgradeActionWrite, calcPercent(done, size));
     }
-    updateSharedStatus(UpgradeActionWrite, 100, ERR_SUCCESS);
+    progress(UpgradeActionWrite, 100);
     return ERR_SUCCESS;
 }
 
 eErr Flasher_FPGA::verify()
 {
     readBack_.clear();
-    updateSharedStatus(UpgradeActionVerify, 0, ERR_SUCCESS);
+    progress(UpgradeActionVerify, 0);
     const auto size = static_cast<std::uint32_t>(image_.size());
     if (size == 0)
         return failed(UpgradeActionVerify, 0, ERR_INVALID_DATA);
     FlashBlock block{};
     while (readBack_.size() < size) {
         block.length = kPage;
-        char exchanged[sizeof block];
-        std::memcpy(exchanged, &block, sizeof block);
-        int returned = 0;
-        if (!LinuxWrapper::IoCtrl(handle_, codes::fpgaFlashRead, exchanged, sizeof exchanged, exchanged,
-                                  sizeof exchanged, &returned) ||
-            returned != sizeof exchanged)
+        if (channel_.exchange(kRead, &block, DeviceChannel::CountCheck::Yes) != ERR_SUCCESS)
             return failed(UpgradeActionVerify, 100, ERR_IOCTRL_FAILED);
-        std::memcpy(&block, exchanged, sizeof block);
         if (block.length == 0)
             return failed(UpgradeActionVerify, 100, ERR_DEVICE_READ_DATA_FAILED);
         // A whole page counts, whatever number the driver reports.
@@ -186,9 +156,7 @@ eErr Flasher_FPGA::verify()
         readBack_.insert(readBack_.end(), block.data, block.data + taken);
         if (const eErr err = compareFrom(first); err != ERR_SUCCESS)
             return err;
-        updateSharedStatus(UpgradeActionVerify,
-                           static_cast<unsigned char>(calcPercent(static_cast<std::uint32_t>(readBack_.size()), size)),
-                           ERR_SUCCESS);
+        progress(UpgradeActionVerify, calcPercent(static_cast<std::uint32_t>(readBack_.size()), size));
     }
     return ERR_SUCCESS;
 }

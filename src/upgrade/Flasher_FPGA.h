@@ -12,11 +12,8 @@ namespace Halvix {
 /// The driver erases as it programs. The data starts at flash position 0.
 class Flasher_FPGA : public IFlasher {
 public:
-    Flasher_FPGA() = default;
-    ~Flasher_FPGA() override;
-
-    /// `write` false verifies only; an upgrade ends with a verification too.
-    eErr Run(bool write) override;
+    /// An upgrade ends with a verification too.
+    eErr Run(Task task) override;
 
     /// 1, 7, 6, 13.
     eErr initHW();
@@ -32,16 +29,13 @@ public:
     [[nodiscard]] const std::vector<unsigned char>& image() const { return image_; }
 
 private:
-    eErr convertAndTransfer(bool write, bool* modeChanged);
-    eErr failed(UpgradeAction action, std::uint32_t percent, eErr error);
+    eErr convertAndTransfer(Task task, bool* modeChanged);
     [[nodiscard]] bool writeBlock(std::uint32_t length, std::uint32_t from, std::uint32_t* position) const;
     [[nodiscard]] eErr compareFrom(std::size_t first);
-    void closeDevice();
 
     std::vector<unsigned char> image_;
     std::vector<unsigned char> readBack_;
-    bool initialised_ = false; ///< stays set after closing: an object serves one run
-    int handle_ = -1;
+    RunChannel channel_{"/dev/fpgaflash"};
 };
 
 } // namespace Halvix

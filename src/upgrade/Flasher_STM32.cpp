@@ -23,21 +23,16 @@ struct TargetClose {
     void operator()(stm32_target* h) const { stm32_close(h); }
 };
 
-unsigned char asPercent(std::uint32_t value)
-{
-    return static_cast<unsigned char>(value);
-}
-
 } // namespace
 
-eErr Flasher_STM32::Run(bool write)
+eErr Flasher_STM32::Run(Task task)
 {
     modeChanged_ = directionChanged_ = false;
-    eErr result = initHW(write);
+    eErr result = initHW(task);
     if (result == ERR_SUCCESS)
         result = openFile();
     if (result == ERR_SUCCESS)
-        result = writeAndVerifyFlash(write);
+        result = writeAndVerifyFlash(task);
 
     // The routing is restored whatever the result. A request that fails here is ignored.
     if (modeChanged_)
@@ -50,16 +45,16 @@ eErr Flasher_STM32::Run(bool write)
     return result;
 }
 
-eErr Flasher_STM32::initHW(bool)
+eErr Flasher_STM32::initHW(Task)
 {
-    updateSharedStatus(UpgradeActionPrepareHardware, 0, ERR_SUCCESS);
+    progress(UpgradeActionPrepareHardware, 0);
     eErr result = ERR_INVALID_PARAMETER;
     if (type_ == Supervisor)
         result = prepareSupervisor();
     else if (type_ == FrontController)
         result = prepareFrontController();
     if (result == ERR_SUCCESS)
-        updateSharedStatus(UpgradeActionPrepareHardware, 100, ERR_SUCCESS);
+        progress(UpgradeActionPrepareHardware, 100);
     return result;
 }
 
@@ -69,10 +64,10 @@ eErr Flasher_STM32::prepareSupervisor()
 {
     // The supervisor leaves this mode on its own, so only the direction is restored.
     (void)redirector_.setSsMode(0x96);
-    updateSharedStatus(UpgradeActionPrepareHardware, 25, ERR_SUCCESS);
+    progress(UpgradeActionPrepareHardware, 25);
     LinuxWrapper::SleepFully(100);
     (void)redirector_.setComDir(1);
-    updateSharedStatus(UpgradeActionPrepareHardware, 75, ERR_SUCCESS);
+    progress(UpgradeActionPrepareHardware, 75);
     directionChanged_ = true;
     LinuxWrapper::SleepFully(100);
     return ERR_SUCCESS;
@@ -81,64 +76,64 @@ eErr Flasher_STM32::prepareSupervisor()
 eErr Flasher_STM32::prepareFrontController()
 {
     (void)redirector_.setSsMode(0x0F);
-    updateSharedStatus(UpgradeActionPrepareHardware, 25, ERR_SUCCESS);
+    progress(UpgradeActionPrepareHardware, 25);
     modeChanged_ = true;
     LinuxWrapper::SleepFully(500);
     (void)redirector_.frontBootMode();
-    updateSharedStatus(UpgradeActionPrepareHardware, 50, ERR_SUCCESS);
+    progress(UpgradeActionPrepareHardware, 50);
     LinuxWrapper::SleepFully(500);
     (void)redirector_.setComDir(2);
-    updateSharedStatus(UpgradeActionPrepareHardware, 75, ERR_SUCCESS);
+    progress(UpgradeActionPrepareHardware, 75);
     directionChanged_ = true;
     LinuxWrapper::SleepFully(500);
     return ERR_SUCCESS;
 }
 
-eErr Flasher_STM32::openFailed(unsigned char percent, eErr error)
-{
-    updateSharedStatus(UpgradeActionReadFile, percent, error);
-    image_.reset();
-    return error;
-}
-
 eErr Flasher_STM32::openFile()
 {
-    updateSharedStatus(UpgradeActionReadFile, 0, ERR_SUCCESS);
+    progress(UpgradeActionReadFile, 0);
+    const eErr err = readImage();
+    if (err != ERR_SUCCESS)
+        image_.reset();
+    else
+        progress(UpgradeActionReadFile, 0);
+    return err;
+}
+
+eErr Flasher_STM32::readImage()
+{
     image_.reset(new (std::nothrow) HexImage);
     if (image_ == nullptr)
-        return openFailed(0, ERR_INIT_FAILED);
+        return failed(UpgradeActionReadFile, 0, ERR_INIT_FAILED);
     HexResult result = HexResult::Complete;
     {
         const File file{fileName()};
         if (!file.isOpen())
-            return openFailed(0, ERR_OPEN_FAILED);
+            return failed(UpgradeActionReadFile, 0, ERR_OPEN_FAILED);
         const unsigned size = file.size();
         CharacterSource source{file};
         result = parseIntelHex(source, *image_, [this, size](std::uint32_t charactersRead) {
-            updateSharedStatus(UpgradeActionReadFile, asPercent(calcPercent(charactersRead, size)), ERR_SUCCESS);
+            progress(UpgradeActionReadFile, calcPercent(charactersRead, size));
         });
     }
-    if (result != HexResult::Complete)
-        return openFailed(result == HexResult::EndRecordMissing ? 100 : 0, errorOf(result));
-    updateSharedStatus(UpgradeActionReadFile, 0, ERR_SUCCESS);
-    return ERR_SUCCESS;
+    if (result == HexResult::Complete)
+        return ERR_SUCCESS;
+    return failed(UpgradeActionReadFile, result == HexResult::EndRecordMissing ? 100 : 0, errorOf(result));
 }
 
-eErr Flasher_STM32::writeAndVerifyFlash(bool write)
+eErr Flasher_STM32::writeAndVerifyFlash(Task task)
 {
-    updateSharedStatus(UpgradeActionConnect, 0, ERR_SUCCESS);
+    progress(UpgradeActionConnect, 0);
     const std::unique_ptr<serial_port, SerialClose> serial{serial_open(kSerialPort)};
     if (serial == nullptr) {
-        updateSharedStatus(UpgradeActionConnect, 0, ERR_OPEN_FAILED);
-        return ERR_OPEN_FAILED;
+        return failed(UpgradeActionConnect, 0, ERR_OPEN_FAILED);
     }
-    updateSharedStatus(UpgradeActionConnect, 50, ERR_SUCCESS);
+    progress(UpgradeActionConnect, 50);
     if (serial_setup(serial.get(), SERIAL_BAUD_115200, SERIAL_BITS_8, SERIAL_PARITY_EVEN, SERIAL_STOP_1) != SERIAL_OK) {
-        updateSharedStatus(UpgradeActionConnect, 55, ERR_OPEN_FAILED);
-        return ERR_OPEN_FAILED;
+        return failed(UpgradeActionConnect, 55, ERR_OPEN_FAILED);
     }
-    updateSharedStatus(UpgradeActionConnect, 75, ERR_SUCCESS);
-    return transfer(serial.get(), write);
+    progress(UpgradeActionConnect, 75);
+    return transfer(serial.get(), task);
 }
 
 stm32_target* Flasher_STM32::connect(serial_port* serial)
@@ -156,18 +151,17 @@ stm32_target* Flasher_STM32::connect(serial_port* serial)
     return target;
 }
 
-eErr Flasher_STM32::transfer(serial_port* serial, bool write)
+eErr Flasher_STM32::transfer(serial_port* serial, Task task)
 {
     const std::unique_ptr<stm32_target, TargetClose> target{connect(serial)};
     if (target == nullptr) {
-        updateSharedStatus(UpgradeActionConnect, 100, ERR_OPEN_FAILED);
-        return ERR_OPEN_FAILED;
+        return failed(UpgradeActionConnect, 100, ERR_OPEN_FAILED);
     }
-    updateSharedStatus(UpgradeActionConnect, 100, ERR_SUCCESS);
+    progress(UpgradeActionConnect, 100);
     if (image_ == nullptr)
         return ERR_INVALID_DATA;
     hex_restart(image_.get());
-    if (write) {
+    if (task == Task::Program) {
         if (const eErr err = program(target.get()); err != ERR_SUCCESS)
             return err;
     }
@@ -185,48 +179,42 @@ unsigned Flasher_STM32::nextChunk(const stm32_target* target, unsigned char* chu
 
 eErr Flasher_STM32::program(const stm32_target* target)
 {
-    updateSharedStatus(UpgradeActionWrite, 0, ERR_SUCCESS);
+    progress(UpgradeActionWrite, 0);
     const stm32_device& device = *target->device;
     if (device.flash_end - device.flash_start < image_->size) {
-        updateSharedStatus(UpgradeActionWrite, 0, ERR_INVALID_DATA);
-        return ERR_INVALID_DATA;
+        return failed(UpgradeActionWrite, 0, ERR_INVALID_DATA);
     }
     (void)stm32_erase_memory(target); // flash that was not erased is detected at the first block
-    unsigned char percent = 0;
+    std::uint32_t percent = 0;
     unsigned char chunk[kChunk];
     std::uint32_t address = device.flash_start;
     while (const unsigned length = nextChunk(target, chunk)) {
         if (!stm32_write_memory(target, address, chunk, length)) {
-            updateSharedStatus(UpgradeActionWrite, percent, ERR_DEVICE_WRITE_DATA_FAILED);
-            return ERR_DEVICE_WRITE_DATA_FAILED;
+            return failed(UpgradeActionWrite, percent, ERR_DEVICE_WRITE_DATA_FAILED);
         }
         address += length;
-        percent = asPercent(calcPercent(image_->position, image_->size));
-        updateSharedStatus(UpgradeActionWrite, percent, ERR_SUCCESS);
+        percent = calcPercent(image_->position, image_->size);
+        progress(UpgradeActionWrite, percent);
     }
     return ERR_SUCCESS;
 }
 
 eErr Flasher_STM32::compare(const stm32_target* target)
 {
-    updateSharedStatus(UpgradeActionVerify, 0, ERR_SUCCESS);
+    progress(UpgradeActionVerify, 0);
     hex_restart(image_.get());
-    unsigned char percent = 0;
-    const auto failed = [&](eErr error) {
-        updateSharedStatus(UpgradeActionVerify, percent, error);
-        return error;
-    };
+    std::uint32_t percent = 0;
     unsigned char wanted[kChunk];
     unsigned char found[kChunk];
     std::uint32_t address = target->device->flash_start;
     while (const unsigned length = nextChunk(target, wanted)) {
         if (!stm32_read_memory(target, address, found, length))
-            return failed(ERR_DEVICE_READ_DATA_FAILED);
+            return failed(UpgradeActionVerify, percent, ERR_DEVICE_READ_DATA_FAILED);
         if (std::memcmp(wanted, found, length) != 0)
-            return failed(ERR_VERIFY_FAILED);
+            return failed(UpgradeActionVerify, percent, ERR_VERIFY_FAILED);
         address += length;
-        percent = asPercent(calcPercent(image_->position, image_->size));
-        updateSharedStatus(UpgradeActionVerify, percent, ERR_SUCCESS);
+        percent = calcPercent(image_->position, image_->size);
+        progress(UpgradeActionVerify, percent);
     }
     return ERR_SUCCESS;
 }

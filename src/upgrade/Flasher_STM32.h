@@ -17,15 +17,14 @@ public:
     explicit Flasher_STM32(eDeviceType type = Supervisor) : type_{type} {}
     void setDeviceType(eDeviceType type) { type_ = type; }
 
-    /// `write` false verifies only.
-    eErr Run(bool write) override;
+    eErr Run(Task task) override;
 
     /// Routes the UART to the target and brings the target into its bootloader. 9 for an unknown device type.
-    eErr initHW(bool write);
+    eErr initHW(Task task);
     /// 1, 8, 12, 13.
     eErr openFile();
     /// 1, 8, 14, 15, 16.
-    eErr writeAndVerifyFlash(bool write);
+    eErr writeAndVerifyFlash(Task task);
 
     /// Copies up to `*length` bytes from the image's position on; `*length` becomes their number. Always true.
     static bool hex_read(HexImage* image, void* buffer, unsigned* length);
@@ -42,9 +41,9 @@ public:
 private:
     eErr prepareSupervisor();
     eErr prepareFrontController();
-    eErr openFailed(unsigned char percent, eErr error);
+    eErr readImage();
     stm32_target* connect(serial_port* serial);
-    eErr transfer(serial_port* serial, bool write);
+    eErr transfer(serial_port* serial, Task task);
     eErr program(const stm32_target* target);
     eErr compare(const stm32_target* target);
     [[nodiscard]] unsigned nextChunk(const stm32_target* target, unsigned char* chunk);

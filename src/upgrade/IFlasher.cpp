@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "upgrade/IFlasher.h"
 
-#include "platform/Semaphore.h"
-
 #include <algorithm>
 #include <cstring>
 
@@ -26,27 +24,36 @@ bool IFlasher::setFileName(const char* name)
 
 void IFlasher::updateSharedStatus(UpgradeAction action, unsigned char percent, eErr error)
 {
-    if (statusSignal_ == 0)
+    if (status_ == nullptr || !status_->signal.isOpen())
         return;
     if (published_ && action == lastAction_ && percent == lastPercent_ && error == lastError_)
         return;
-    if (!waitThroughSignals(statusLock_))
+    if (!status_->lock.wait())
         return;
-    *status_ = {action, percent, {}, error};
+    status_->record = {action, percent, {}, error};
     published_ = true;
     lastAction_ = action;
     lastPercent_ = percent;
     lastError_ = error;
-    LinuxWrapper::ReleaseSema(statusLock_);
-    LinuxWrapper::ReleaseSema(statusSignal_);
+    status_->lock.post();
+    status_->signal.signal();
 }
 
-void IFlasher::attach(int statusLock, int statusSignal, int runLock, UpgradeStatus* status)
+void IFlasher::attach(SharedStatus& status, Semaphore& runLock)
 {
-    statusLock_ = statusLock;
-    statusSignal_ = statusSignal;
-    runLock_ = runLock;
-    status_ = status;
+    status_ = &status;
+    runLock_ = &runLock;
+}
+
+void IFlasher::progress(UpgradeAction action, std::uint32_t percent)
+{
+    updateSharedStatus(action, static_cast<unsigned char>(percent), ERR_SUCCESS);
+}
+
+eErr IFlasher::failed(UpgradeAction action, std::uint32_t percent, eErr error)
+{
+    updateSharedStatus(action, static_cast<unsigned char>(percent), error);
+    return error;
 }
 
 void IFlasher::publishOutcome(eErr result)
@@ -60,9 +67,11 @@ void IFlasher::publishOutcome(eErr result)
     }
 }
 
-void IFlasher::releaseRunLock() const
+// The start of the run has acquired it, perhaps in another thread.
+void IFlasher::releaseRunLock() const HX_UNCHECKED_LOCKING
 {
-    LinuxWrapper::ReleaseSema(runLock_);
+    if (runLock_ != nullptr)
+        runLock_->post();
 }
 
 } // namespace Halvix

@@ -2,70 +2,52 @@
 #include "upgrade/UartRedirector.h"
 
 #include "platform/ControlCodes.h"
-#include "platform/LinuxWrapper.h"
 
 namespace Halvix {
 
 namespace {
 
-bool send(int handle, unsigned long code, unsigned char value)
-{
-    char block = static_cast<char>(value);
-    int returned = 0;
-    return LinuxWrapper::IoCtrl(handle, code, &block, sizeof block, nullptr, 0, &returned);
-}
+constexpr Write<unsigned char> kDirection{codes::setUartDirection};
+constexpr Write<unsigned char> kMode{codes::setSupervisorMode};
+constexpr Request<None, None> kBootMode{codes::frontBootMode};
 
 } // namespace
 
-UartRedirector::~UartRedirector()
-{
-    if (handle_ >= 0)
-        closeHWConnection();
-}
-
 int UartRedirector::openHWConnection()
 {
-    if (!initialised_)
-        initialised_ = LinuxWrapper::open(handle_, "/dev/uart-redir", true);
-    return handle_;
+    return channel_.isOpen() ? channel_.handle() : channel_.open();
 }
 
 eErr UartRedirector::setComDir(unsigned char direction)
 {
     openHWConnection();
-    if (!initialised_)
-        return ERR_OPEN_FAILED;
+    if (const eErr err = channel_.opened(); err != ERR_SUCCESS)
+        return err;
     if (direction > 2)
         return ERR_INVALID_DATA;
-    return send(handle_, codes::setUartDirection, direction) ? ERR_SUCCESS : ERR_IOCTRL_FAILED;
+    return channel_.writeUncounted(kDirection, direction);
 }
 
 eErr UartRedirector::setSsMode(unsigned char mode)
 {
     openHWConnection();
-    if (!initialised_)
-        return ERR_OPEN_FAILED;
+    if (const eErr err = channel_.opened(); err != ERR_SUCCESS)
+        return err;
     if (mode != 0x0F && mode != 0x96 && mode != 0xC3)
         return ERR_INVALID_DATA;
-    (void)send(handle_, codes::setSupervisorMode, mode); // a supervisor that is being upgraded may not answer
+    (void)channel_.writeUncounted(kMode, mode); // a supervisor that is being upgraded may not answer
     return ERR_SUCCESS;
 }
 
 eErr UartRedirector::frontBootMode()
 {
     openHWConnection();
-    if (!initialised_)
-        return ERR_OPEN_FAILED;
-    int returned = 0;
-    return LinuxWrapper::IoCtrl(handle_, codes::frontBootMode, nullptr, 0, nullptr, 0, &returned) ? ERR_SUCCESS
-                                                                                                  : ERR_IOCTRL_FAILED;
+    return channel_.command(kBootMode);
 }
 
 void UartRedirector::closeHWConnection()
 {
-    if (initialised_)
-        LinuxWrapper::close(handle_);
-    handle_ = -1; // a later request must not reach another file
+    channel_.end();
 }
 
 } // namespace Halvix

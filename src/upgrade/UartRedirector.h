@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include "hx-aux/errors.h"
+#include "platform/DeviceChannel.h"
 
 namespace Halvix {
 
@@ -10,11 +10,6 @@ namespace Halvix {
 /// One object serves one run: once closed, the device is not opened again and the requests fail.
 class UartRedirector {
 public:
-    UartRedirector() = default;
-    ~UartRedirector();
-    UartRedirector(const UartRedirector&) = delete;
-    UartRedirector& operator=(const UartRedirector&) = delete;
-
     /// Opens the device, unless it is already open; returns the handle.
     int openHWConnection();
     /// 1 (not open), 8 (direction above 2), 7.
@@ -26,8 +21,7 @@ public:
     void closeHWConnection();
 
 private:
-    bool initialised_ = false; ///< stays set after closing
-    int handle_ = -1;
+    RunChannel channel_{"/dev/uart-redir"};
 };
 
 } // namespace Halvix

@@ -382,10 +382,9 @@ TEST(SamplerStart, OnARunningSamplerTakesTheNewWindowsAndStartsNoThread)
 {
     SimulatedUnit unit;
     LightsensorIDrv driver;
-    int averagingLock = 0;
-    ASSERT_TRUE(LinuxWrapper::CreateSema(averagingLock, "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED"));
+    Semaphore averagingLock{"HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED"};
     sampler sampling;
-    sampling.attach(&driver, averagingLock);
+    sampling.attach(driver, averagingLock);
     ASSERT_EQ(sampling.startAverageCalc(5, 0, 50, SamplingModeAuto), ERR_SUCCESS);
     shine(unit, 100);
     unit.sleepFor(kPeriodMs);
@@ -401,17 +400,15 @@ TEST(SamplerStart, OnARunningSamplerTakesTheNewWindowsAndStartsNoThread)
     EXPECT_THAT(unit.callsTo("thread"), testing::IsEmpty());
     sampling.stopAverageCalc();
     unit.sleepFor(70);
-    LinuxWrapper::CloseSema(averagingLock);
 }
 
 TEST(SamplerStart, WithAWindowOfZeroEndsAtItsFirstSample)
 {
     SimulatedUnit unit;
     LightsensorIDrv driver;
-    int averagingLock = 0;
-    ASSERT_TRUE(LinuxWrapper::CreateSema(averagingLock, "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED"));
+    Semaphore averagingLock{"HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED"};
     sampler sampling;
-    sampling.attach(&driver, averagingLock);
+    sampling.attach(driver, averagingLock);
     forgetLogs();
 
     ASSERT_EQ(sampling.startAverageCalc(0, 0, 50, SamplingModeAuto), ERR_SUCCESS);
@@ -420,7 +417,6 @@ TEST(SamplerStart, WithAWindowOfZeroEndsAtItsFirstSample)
     unsigned short lux = 0;
     EXPECT_EQ(sampling.getAverageIlluminance(&lux), ERR_NOT_RUNNING);
     EXPECT_THAT(samplerLog(), Contains("Error sCtrlData.averageWndSize = 0\n"));
-    LinuxWrapper::CloseSema(averagingLock);
 }
 
 TEST(SamplerLog, OfARunFromStartToStopIsExact)

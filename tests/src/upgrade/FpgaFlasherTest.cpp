@@ -15,15 +15,17 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
+using Task = IFlasher::Task;
+
 namespace {
 
 constexpr char kNode[] = "/dev/fpgaflash";
 
-eErr run(const SimulatedUnit& unit, const Bytes& image, bool write = true)
+eErr run(const SimulatedUnit& unit, const Bytes& image, Task task = Task::Program)
 {
     Flasher_FPGA flasher;
     flasher.setFileName(firmware::fpgaFile(unit, image).c_str());
-    return flasher.Run(write);
+    return flasher.Run(task);
 }
 
 Bytes flashOf(SimulatedUnit& unit, std::size_t size)
@@ -93,7 +95,7 @@ TEST(FpgaFlasher, WritesNothingInAVerification)
     SimulatedUnit unit;
     const Bytes before = flashOf(unit, 1008);
 
-    EXPECT_EQ(run(unit, firmware::pattern(1008), false), ERR_VERIFY_FAILED);
+    EXPECT_EQ(run(unit, firmware::pattern(1008), Task::Verify), ERR_VERIFY_FAILED);
 
     EXPECT_EQ(flashOf(unit, 1008), before);
     EXPECT_THAT(heads(unit, "0xc218004e"), IsEmpty());
@@ -126,7 +128,7 @@ TEST(FpgaFlasher, LeavesTheSupervisorAloneWhenTheFileIsBad)
     Flasher_FPGA flasher;
     flasher.setFileName((unit.folder() + "/missing").c_str());
 
-    EXPECT_EQ(flasher.Run(true), ERR_OPEN_FAILED);
+    EXPECT_EQ(flasher.Run(Task::Program), ERR_OPEN_FAILED);
 
     EXPECT_THAT(unit.callsTo("/dev/uart-redir"), IsEmpty());
     EXPECT_THAT(unit.callsTo(kNode).back(), StartsWith("close"));
@@ -138,7 +140,7 @@ TEST(FpgaFlasher, TakesAFolderForAnEmptyFile)
     Flasher_FPGA flasher;
     flasher.setFileName(unit.folder().c_str());
 
-    EXPECT_EQ(flasher.Run(true), ERR_INVALID_DATA);
+    EXPECT_EQ(flasher.Run(Task::Program), ERR_INVALID_DATA);
 }
 
 TEST(FpgaFlasher, ClosesTheRedirectorWhenItIsDestroyed)

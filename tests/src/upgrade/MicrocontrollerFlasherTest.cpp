@@ -9,16 +9,18 @@ using firmware::Bytes;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+using Task = IFlasher::Task;
+
 namespace {
 
 constexpr auto kSupervisor = Flasher_STM32::Supervisor;
 constexpr auto kFront = Flasher_STM32::FrontController;
 
-eErr run(const SimulatedUnit& unit, Flasher_STM32::eDeviceType type, const Bytes& image, bool write = true)
+eErr run(const SimulatedUnit& unit, Flasher_STM32::eDeviceType type, const Bytes& image, Task task = Task::Program)
 {
     Flasher_STM32 flasher{type};
     flasher.setFileName(firmware::file(unit, firmware::intelHex(image)).c_str());
-    return flasher.Run(write);
+    return flasher.Run(task);
 }
 
 Bytes flashOf(SimulatedUnit& unit, Flasher_STM32::eDeviceType type, std::size_t size)
@@ -74,7 +76,7 @@ TEST_P(EitherMicrocontroller, HasZeroBytesInTheFilesHoles)
                                                  firmware::data(8, {2}) + std::string{firmware::kEnd})
                             .c_str());
 
-    EXPECT_EQ(flasher.Run(true), ERR_SUCCESS);
+    EXPECT_EQ(flasher.Run(Task::Program), ERR_SUCCESS);
 
     EXPECT_THAT(flashOf(unit, GetParam(), 9), ElementsAre(1, 0, 0, 0, 0, 0, 0, 0, 2));
 }
@@ -84,8 +86,8 @@ TEST_P(EitherMicrocontroller, IsOnlyReadByAVerification)
     SimulatedUnit unit;
     const Bytes before = flashOf(unit, GetParam(), 4096);
 
-    EXPECT_EQ(run(unit, GetParam(), before, false), ERR_SUCCESS);
-    EXPECT_EQ(run(unit, GetParam(), firmware::pattern(16), false), ERR_VERIFY_FAILED);
+    EXPECT_EQ(run(unit, GetParam(), before, Task::Verify), ERR_SUCCESS);
+    EXPECT_EQ(run(unit, GetParam(), firmware::pattern(16), Task::Verify), ERR_VERIFY_FAILED);
 
     EXPECT_EQ(flashOf(unit, GetParam(), 4096), before);
 }
@@ -98,7 +100,7 @@ TEST_P(EitherMicrocontroller, IsUntouchedByABadFile)
         Flasher_STM32 flasher{GetParam()};
         flasher.setFileName(firmware::file(unit, text).c_str());
 
-        EXPECT_NE(flasher.Run(true), ERR_SUCCESS) << text;
+        EXPECT_NE(flasher.Run(Task::Program), ERR_SUCCESS) << text;
 
         EXPECT_EQ(flashOf(unit, GetParam(), 1000), before);
         EXPECT_THAT(unit.callsTo("/dev/ttyS0"), IsEmpty());
@@ -125,7 +127,7 @@ TEST(Flasher, RoutesToTheFrontControllerAndTurnsEverythingBack)
 {
     SimulatedUnit unit;
 
-    ASSERT_EQ(run(unit, kFront, firmware::pattern(16), false), ERR_VERIFY_FAILED);
+    ASSERT_EQ(run(unit, kFront, firmware::pattern(16), Task::Verify), ERR_VERIFY_FAILED);
 
     EXPECT_THAT(stepsOf(unit),
                 InOrder({"/dev/uart-redir open rdwr nonblock", "/dev/uart-redir 0x4001004c: 0f", "sleep 500 ms",
@@ -208,7 +210,7 @@ TEST(Flasher, ReleasesItsImageWhenTheNextFileIsBad)
     EXPECT_EQ(flasher.openFile(), ERR_INVALID_DATA);
 
     EXPECT_EQ(flasher.image(), nullptr);
-    EXPECT_EQ(flasher.writeAndVerifyFlash(true), ERR_OPEN_FAILED);
+    EXPECT_EQ(flasher.writeAndVerifyFlash(Task::Program), ERR_OPEN_FAILED);
 }
 
 TEST(Flasher, CutsAFileNameAt256Characters)

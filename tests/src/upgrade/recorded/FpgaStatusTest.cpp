@@ -9,6 +9,8 @@ using namespace Halvix;
 using firmware::Bytes;
 using testing::ElementsAre;
 
+using Task = IFlasher::Task;
+
 namespace {
 
 const Bytes kImage = firmware::pattern(1008); // one page and most of a second one
@@ -20,20 +22,20 @@ struct Outcome {
     std::string story;
 };
 
-Outcome runOn(SimulatedUnit& unit, const std::string& text, bool write = true)
+Outcome runOn(SimulatedUnit& unit, const std::string& text, Task task = Task::Program)
 {
     Recorder recorder;
     Flasher_FPGA flasher;
     recorder.attach(flasher);
     flasher.setFileName(firmware::file(unit, text).c_str());
-    const eErr result = flasher.Run(write);
+    const eErr result = flasher.Run(task);
     EXPECT_EQ(recorder.runsReleased(), 1);
     return {result, recorder.story()};
 }
 
-Outcome runGoodFileOn(SimulatedUnit& unit, bool write = true)
+Outcome runGoodFileOn(SimulatedUnit& unit, Task task = Task::Program)
 {
-    return runOn(unit, firmware::mcs(kImage), write);
+    return runOn(unit, firmware::mcs(kImage), task);
 }
 
 void putIntoFlash(SimulatedUnit& unit, const Bytes& image)
@@ -52,7 +54,7 @@ TEST(FpgaStatus, OfAnUpgradeIsReportedStepByStep)
     recorder.attach(flasher);
     flasher.setFileName(firmware::file(unit, firmware::mcs(firmware::pattern(32))).c_str());
 
-    EXPECT_EQ(flasher.Run(true), ERR_SUCCESS);
+    EXPECT_EQ(flasher.Run(Task::Program), ERR_SUCCESS);
 
     EXPECT_THAT(recorder.published(), ElementsAre("0 0", "0 50", "0 100", "3 0", "3 48", "3 84", "3 100", "4 0",
                                                   "4 100", "5 0", "5 100", "6 0"));
@@ -73,7 +75,7 @@ TEST(FpgaStatus, OfAVerificationHasNoWriting)
     SimulatedUnit unit;
     putIntoFlash(unit, kImage);
 
-    const Outcome run = runGoodFileOn(unit, false);
+    const Outcome run = runGoodFileOn(unit, Task::Verify);
 
     EXPECT_EQ(run.result, ERR_SUCCESS);
     EXPECT_EQ(run.story, kRead + "5 0..100, 6 0");
@@ -118,7 +120,7 @@ TEST(FpgaStatus, OfAMissingFileFailsInReading)
     recorder.attach(flasher);
     flasher.setFileName((unit.folder() + "/missing").c_str());
 
-    EXPECT_EQ(flasher.Run(true), ERR_OPEN_FAILED);
+    EXPECT_EQ(flasher.Run(Task::Program), ERR_OPEN_FAILED);
 
     EXPECT_EQ(recorder.story(), kReady + "3 0, 3 0 !1, 7 0 !1");
     EXPECT_THAT(unit.callsTo("/dev/uart-redir"), testing::IsEmpty());
@@ -151,7 +153,7 @@ TEST(FpgaStatus, OfAVerificationWithAFileOfShortRecordsFailsInVerifying)
 {
     SimulatedUnit unit;
 
-    const Outcome run = runOn(unit, firmware::data(0, Bytes(8)), false);
+    const Outcome run = runOn(unit, firmware::data(0, Bytes(8)), Task::Verify);
 
     EXPECT_EQ(run.result, ERR_INVALID_DATA);
     EXPECT_EQ(run.story, kRead + "5 0, 5 0 !8, 7 0 !8");

@@ -13,6 +13,8 @@ using firmware::Bytes;
 using testing::ElementsAre;
 using testing::StartsWith;
 
+using Task = IFlasher::Task;
+
 namespace {
 
 constexpr auto kSupervisor = Flasher_STM32::Supervisor;
@@ -29,21 +31,21 @@ struct Outcome {
 };
 
 /// One run on a unit, upgrade or verification, and everything that it published.
-Outcome runOn(SimulatedUnit& unit, const std::string& text, bool write = true,
+Outcome runOn(SimulatedUnit& unit, const std::string& text, Task task = Task::Program,
               Flasher_STM32::eDeviceType type = kSupervisor)
 {
     Recorder recorder;
     Flasher_STM32 flasher{type};
     recorder.attach(flasher);
     flasher.setFileName(firmware::file(unit, text).c_str());
-    const eErr result = flasher.Run(write);
+    const eErr result = flasher.Run(task);
     EXPECT_EQ(recorder.runsReleased(), 1);
     return {result, recorder.story()};
 }
 
-Outcome runGoodFileOn(SimulatedUnit& unit, bool write = true)
+Outcome runGoodFileOn(SimulatedUnit& unit, Task task = Task::Program)
 {
-    return runOn(unit, firmware::intelHex(kImage), write);
+    return runOn(unit, firmware::intelHex(kImage), task);
 }
 
 void putIntoFlash(SimulatedUnit& unit, const Bytes& image)
@@ -64,7 +66,7 @@ TEST(MicrocontrollerStatus, OfAnUpgradeOfTheSupervisorIsReportedStepByStep)
                                                  firmware::data(200, Bytes(200, 8)) + std::string{firmware::kEnd})
                             .c_str());
 
-    EXPECT_EQ(flasher.Run(true), ERR_SUCCESS);
+    EXPECT_EQ(flasher.Run(Task::Program), ERR_SUCCESS);
 
     EXPECT_THAT(recorder.published(),
                 ElementsAre("0 0", "0 25", "0 75", "0 100", "3 0", "3 1", "3 50", "3 98", "3 0", "1 0", "1 50", "1 75",
@@ -79,7 +81,7 @@ TEST(MicrocontrollerStatus, OfAnUpgradeOfTheFrontControllerHasOneStepMore)
     recorder.attach(flasher);
     flasher.setFileName(firmware::file(unit, firmware::intelHex(Bytes(16, 7))).c_str());
 
-    EXPECT_EQ(flasher.Run(true), ERR_SUCCESS);
+    EXPECT_EQ(flasher.Run(Task::Program), ERR_SUCCESS);
 
     EXPECT_THAT(recorder.published(),
                 ElementsAre("0 0", "0 25", "0 50", "0 75", "0 100", "3 0", "3 20", "3 81", "3 0", "1 0", "1 50", "1 75",
@@ -91,7 +93,7 @@ TEST(MicrocontrollerStatus, OfAVerificationHasNoWriting)
     SimulatedUnit unit;
     putIntoFlash(unit, kImage);
 
-    const Outcome run = runGoodFileOn(unit, false);
+    const Outcome run = runGoodFileOn(unit, Task::Verify);
 
     EXPECT_EQ(run.result, ERR_SUCCESS);
     EXPECT_EQ(run.story, kConnected + "5 0..100, 6 0");
@@ -101,7 +103,8 @@ TEST(MicrocontrollerStatus, OfAnUnknownDeviceTypeFailsWithoutAStepOfItsOwn)
 {
     SimulatedUnit unit;
 
-    const Outcome run = runOn(unit, firmware::intelHex(kImage), true, static_cast<Flasher_STM32::eDeviceType>(2));
+    const Outcome run =
+        runOn(unit, firmware::intelHex(kImage), Task::Program, static_cast<Flasher_STM32::eDeviceType>(2));
 
     EXPECT_EQ(run.result, ERR_INVALID_PARAMETER);
     EXPECT_EQ(run.story, "0 0, 7 0 !9");
@@ -115,7 +118,7 @@ TEST(MicrocontrollerStatus, OfAMissingFileFailsInReading)
     recorder.attach(flasher);
     flasher.setFileName((unit.folder() + "/missing").c_str());
 
-    EXPECT_EQ(flasher.Run(true), ERR_OPEN_FAILED);
+    EXPECT_EQ(flasher.Run(Task::Program), ERR_OPEN_FAILED);
 
     EXPECT_EQ(recorder.story(), kPrepared + "3 0, 3 0 !1, 7 0 !1");
 }
@@ -289,7 +292,7 @@ TEST(MicrocontrollerStatus, OfAVerificationThatDiffersFails)
     other.back() ^= 1;
     putIntoFlash(unit, other);
 
-    const Outcome run = runGoodFileOn(unit, false);
+    const Outcome run = runGoodFileOn(unit, Task::Verify);
 
     EXPECT_EQ(run.result, ERR_VERIFY_FAILED);
     EXPECT_EQ(run.story, kConnected + "5 0..75, 5 75 !14, 7 0 !14");
@@ -312,14 +315,14 @@ TEST(MicrocontrollerStatus, OfAVerificationStopsAtTheEndOfTheFlash)
     const Bytes image = firmware::pattern(32 * 1024 + 4096);
     putIntoFlash(unit, image);
 
-    EXPECT_EQ(runOn(unit, firmware::intelHex(image), false).result, ERR_SUCCESS);
+    EXPECT_EQ(runOn(unit, firmware::intelHex(image), Task::Verify).result, ERR_SUCCESS);
 }
 
 TEST(MicrocontrollerStatus, OfAVerificationOfAnUnknownProductReadsNothing)
 {
     SimulatedUnit unit{"ss.product-id = 0x9abc"};
 
-    const Outcome run = runGoodFileOn(unit, false);
+    const Outcome run = runGoodFileOn(unit, Task::Verify);
 
     EXPECT_EQ(run.result, ERR_SUCCESS);
     EXPECT_EQ(run.story, kConnected + "5 0, 6 0");

@@ -11,7 +11,7 @@ using namespace Halvix;
 
 namespace {
 
-enum : int { kLock = 1, kSignal, kRun };
+int semaphores = 0; ///< how many were created
 Recorder* current = nullptr;
 
 Recorder& recorder()
@@ -35,12 +35,12 @@ Recorder::~Recorder()
 
 void Recorder::attach(IFlasher& flasher)
 {
-    flasher.attach(kLock, kSignal, kRun, &status_);
+    flasher.attach(status_, run_);
 }
 
 bool Recorder::wait(int semaphore)
 {
-    EXPECT_EQ(semaphore, kLock);
+    EXPECT_EQ(semaphore, status_.lock.handle());
     EXPECT_FALSE(locked_);
     locked_ = !lockIsBroken_;
     return locked_;
@@ -48,16 +48,17 @@ bool Recorder::wait(int semaphore)
 
 void Recorder::post(int semaphore)
 {
-    if (semaphore == kLock)
+    if (semaphore == status_.lock.handle())
         locked_ = false;
-    if (semaphore == kRun)
+    if (semaphore == run_.handle())
         ++runsReleased_;
-    if (semaphore != kSignal)
+    if (semaphore != status_.signal.handle())
         return;
     EXPECT_FALSE(locked_) << "a reader that is woken must get the lock";
-    std::string text = std::to_string(status_.action) + " " + std::to_string(status_.percent);
-    if (status_.error != ERR_SUCCESS)
-        text += " !" + std::to_string(status_.error);
+    const UpgradeStatus& status = status_.record;
+    std::string text = std::to_string(status.action) + " " + std::to_string(status.percent);
+    if (status.error != ERR_SUCCESS)
+        text += " !" + std::to_string(status.error);
     published_.push_back(text);
 }
 
@@ -84,9 +85,10 @@ std::string Recorder::story() const
 
 namespace Halvix {
 
-bool LinuxWrapper::CreateSema(int&, const char*)
+bool LinuxWrapper::CreateSema(int& sema, const char*)
 {
-    return false;
+    sema = ++semaphores;
+    return true;
 }
 
 void* LinuxWrapper::CreateSemaHelper(const char*)

@@ -30,7 +30,8 @@ public:
     void post(int semaphore);
 
 private:
-    Halvix::UpgradeStatus status_{};
+    Halvix::SharedStatus status_;
+    Halvix::Semaphore run_{nullptr};
     std::vector<std::string> published_;
     bool locked_ = false;
     bool lockIsBroken_ = false;
