@@ -16,11 +16,11 @@
 #include <unistd.h>
 
 #include "simulator/hx-sim/ProgramCheck.h"
-#include "simulator/hx-sim/Show.h"
 #include "simulator/model/Text.h"
 #include "simulator/protocol/Wire.h"
 #include "simulator/server/Host.h"
 #include "simulator/server/PlainFile.h"
+#include "tools/cli/Printable.h"
 
 namespace hxsim {
 
@@ -67,7 +67,7 @@ void append(const char* variable, const std::string& value)
     const std::string program = findProgram(command[0]);
     const std::string preload = preloadFolder();
     if (const std::string why = whyNotSimulated(program, preload); !why.empty())
-        show(stderr, "hx-sim run: " + command[0] + ' ' + why + ": it will not see the unit\n");
+        cli::show(stderr, "hx-sim run: " + command[0] + ' ' + why + ": it will not see the unit\n");
     append("LD_PRELOAD", preload + "/$LIB/libhxsim-preload.so");
     append("ASAN_OPTIONS", "verify_asan_link_order=0"); // the backend replaces no memory functions
     setenv(wire::kFolderVariable, folder.c_str(), 1);
@@ -78,7 +78,7 @@ void append(const char* variable, const std::string& value)
     arguments.push_back(nullptr);
     execv(program.c_str(), arguments.data());
     const int error = errno;
-    show(stderr, "hx-sim run: cannot start " + command[0] + ": " + std::strerror(error) + '\n');
+    cli::show(stderr, "hx-sim run: cannot start " + command[0] + ": " + std::strerror(error) + '\n');
     _exit(error == ENOENT ? kCannotStart : kCannotStart - 1);
 }
 

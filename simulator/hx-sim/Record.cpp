@@ -8,7 +8,6 @@
 #include <fstream>
 #include <unistd.h>
 
-#include "simulator/hx-sim/Show.h"
 #include "simulator/hx-sim/UnitClient.h"
 #include "simulator/model/Text.h"
 #include "simulator/protocol/Wire.h"
@@ -16,6 +15,7 @@
 #include "simulator/record/ReplayedCalls.h"
 #include "simulator/server/Host.h"
 #include "simulator/server/PlainFile.h"
+#include "tools/cli/Printable.h"
 
 namespace hxsim {
 
@@ -28,10 +28,11 @@ constexpr int kNothing = 1; ///< status where there is nothing to compare
 /// A recording without calls tests nothing, so it is reported as a failure.
 int statusWith(const std::string& count, const std::string& file, int status)
 {
-    show(stderr, "hx-sim record: " + count + " calls in " + file + '\n');
+    cli::show(stderr, "hx-sim record: " + count + " calls in " + file + '\n');
     if (count != "0")
         return status;
-    show(stderr, "hx-sim record: the program made no call on the unit's devices; a replay would compare nothing\n");
+    cli::show(stderr,
+              "hx-sim record: the program made no call on the unit's devices; a replay would compare nothing\n");
     return status == 0 ? kNothing : status;
 }
 
@@ -122,7 +123,7 @@ int replay(const std::string& file, double scale, const std::vector<std::string>
     const Recording recording = readRecording(file);
     int program = 0;
     const auto differs = [&](const std::string& what) {
-        show(stderr, "hx-sim replay: " + file + ':' + what + '\n');
+        cli::show(stderr, "hx-sim replay: " + file + ':' + what + '\n');
         if (program > 0)
             kill(program, SIGTERM); // nothing that it does from here on is comparable
     };
@@ -146,7 +147,7 @@ int replay(const std::string& file, double scale, const std::vector<std::string>
     if (differed)
         return kDiffers;
     if (recording.calls.empty())
-        show(stderr, "hx-sim replay: " + file + ": the recording has no calls: nothing was compared\n");
+        cli::show(stderr, "hx-sim replay: " + file + ": the recording has no calls: nothing was compared\n");
     return recording.calls.empty() && status == 0 ? kNothing : status;
 }
 

@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "simulator/hx-sim/CommandLine.h"
-#include "simulator/hx-sim/Show.h"
 #include "simulator/hx-sim/UnitClient.h"
 #include "simulator/model/Text.h"
+#include "tools/cli/Printable.h"
 
 namespace hxsim {
 
@@ -95,13 +95,13 @@ std::vector<std::string> split(const std::string& line)
 }
 
 /// One line in a process of its own: programs become that process, and Ctrl-C ends it alone.
-int carryOut(const std::string& unit, const std::string& place, std::vector<std::string> words)
+int carryOut(const std::string& unit, const std::string& place, const std::vector<std::string>& words)
 {
     std::fflush(stdout);
     const pid_t child = fork();
     if (child == 0) {
         std::signal(SIGINT, SIG_DFL);
-        const int status = CommandLine{unit, place}.execute(std::move(words));
+        const int status = executeInShell(words, unit, place);
         std::fflush(stdout);
         _exit(status);
     }
@@ -123,16 +123,12 @@ bool runs(const std::string& unit)
 int lineStatus(const std::string& unit, const std::string& place, const std::string& line)
 {
     try {
-        std::vector<std::string> words = split(line);
+        const std::vector<std::string> words = split(line);
         if (words.empty() || words[0].starts_with('#'))
             return kDone;
-        if (words[0] == "help") {
-            words.erase(words.begin());
-            words.emplace_back("--help");
-        }
-        return carryOut(unit, place, std::move(words));
+        return carryOut(unit, place, words);
     } catch (const BadText& bad) {
-        show(stderr, place + bad.what() + '\n');
+        cli::show(stderr, place + bad.what() + '\n');
         return kUsage;
     }
 }

@@ -6,7 +6,7 @@
 
 int main(int argc, char** argv)
 {
-    const int status = hxsim::CommandLine{}.execute({argv + 1, argv + argc});
+    const int status = hxsim::execute({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
         return status;
     std::fputs("hx-sim: standard output cannot be written\n", stderr);

@@ -7,6 +7,8 @@
 #include <map>
 #include <string_view>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/model/NameCheck.h"
 #include "simulator/model/Text.h"
 #include "simulator/server/Host.h"
@@ -18,6 +20,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 using Json = nlohmann::json;
+using cli::written;
 
 constexpr char kJson[] = "--json";
 

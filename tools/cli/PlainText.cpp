@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace hxaux {
+namespace cli {
 
 namespace {
 
@@ -83,4 +83,4 @@ std::string refusedSettingKey(const std::string& key)
     return refusedAnywhere(key);
 }
 
-} // namespace hxaux
+} // namespace cli

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace hxaux {
+namespace cli {
 
 /// Each returns the reason why a text is refused, or an empty string. Production data is a list of lines KEY:value,
 /// whose values end at a blank; settings are a list of lines key=value, whose blanks at both ends are lost.
@@ -13,4 +13,4 @@ std::string refusedPropertyKey(const std::string& key);
 std::string refusedSetting(const std::string& value);
 std::string refusedSettingKey(const std::string& key);
 
-} // namespace hxaux
+} // namespace cli

@@ -3,10 +3,9 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdio>
-#include <string_view>
+#include <unistd.h>
 
-namespace hxaux {
+namespace cli {
 
 namespace {
 
@@ -63,7 +62,7 @@ void appendEscaped(std::string& shown, std::string_view bytes)
 
 } // namespace
 
-std::string printable(const std::string& text)
+std::string printable(std::string_view text)
 {
     std::string shown;
     for (std::string_view rest = text; !rest.empty();) {
@@ -78,4 +77,20 @@ std::string printable(const std::string& text)
     return shown;
 }
 
-} // namespace hxaux
+std::string printableLines(std::string_view text)
+{
+    std::string shown;
+    for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
+        shown += printable(text.substr(0, end)) + '\n';
+        text.remove_prefix(end + 1);
+    }
+    return shown + printable(text);
+}
+
+void show(std::FILE* stream, std::string_view text)
+{
+    const std::string shown = isatty(fileno(stream)) != 0 ? printableLines(text) : std::string(text);
+    std::fwrite(shown.data(), 1, shown.size(), stream);
+}
+
+} // namespace cli

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/hxaux/Call.h"
 
-#include <cstdio>
+#include "tools/hxaux/Objects.h"
 
 namespace hxaux {
 
@@ -22,12 +22,11 @@ Exit statusOf(Halvix::eErr code)
     }
 }
 
-Call::Call(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen,
-           std::shared_ptr<void>& kept)
-    : arguments_(arguments), screen_(screen), kept_(kept)
+Call::Call(const cli::Arguments& arguments, Screen& screen, std::shared_ptr<void>& kept)
+    : cli::Call(hxaux::program(), arguments), screen_(screen), kept_(kept)
 {
-    report_.object = object.name;
-    report_.verb = verb.name;
+    report_.object = arguments.object().name;
+    report_.verb = arguments.verb().name;
 }
 
 void Call::check(Halvix::eErr code, const std::string& item)
@@ -77,7 +76,7 @@ void Call::document(const std::string& name, const std::string& text)
 {
     if (asJson())
         return print(name, text);
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    cli::Call::document(name, text);
     shown_ = true;
 }
 

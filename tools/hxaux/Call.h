@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// One run of a verb: its arguments and its report.
+// One run of a verb: its values and its report.
 #pragma once
 
 #include "hx-aux/errors.h"
-#include "tools/hxaux/Arguments.h"
+#include "tools/cli/Arguments.h"
 #include "tools/hxaux/Report.h"
 #include "tools/hxaux/Screen.h"
 
@@ -15,23 +15,9 @@ namespace hxaux {
 /// Ends a verb early; the report is complete by then.
 struct Stop {};
 
-class Call {
+class Call : public cli::Call {
 public:
-    Call(const Object& object, const Verb& verb, const Arguments& arguments, Screen& screen,
-         std::shared_ptr<void>& kept);
-
-    /// The values; their ranges and names are already checked.
-    [[nodiscard]] bool has(std::string_view name) const { return arguments_.has(name); }
-    [[nodiscard]] const std::string& text(std::string_view name) const { return arguments_.text(name); }
-    [[nodiscard]] const std::vector<std::string>& texts(std::string_view name) const { return arguments_.texts(name); }
-    [[nodiscard]] long long integer(std::string_view name) const { return arguments_.integer(name); }
-    [[nodiscard]] double real(std::string_view name) const { return arguments_.real(name); }
-    /// integer() or choice() as the type that an operation takes: call.as<unsigned char>("level").
-    template <typename Type>
-    [[nodiscard]] Type as(std::string_view name) const
-    {
-        return static_cast<Type>(arguments_.integer(name));
-    }
+    Call(const cli::Arguments& arguments, Screen& screen, std::shared_ptr<void>& kept);
 
     /// Ends the verb with the code's text and status, unless it is success.
     void check(Halvix::eErr code, const std::string& item = "");
@@ -45,7 +31,7 @@ public:
     void problem(Exit status, const std::string& item, const std::string& text);
 
     void print(const std::string& name, Value value, const std::string& unit = "");
-    void document(const std::string& name, const std::string& text); ///< a text of many lines, printed as it is
+    void document(const std::string& name, const std::string& text) override;
     void note(const std::string&
                   text); ///< a sentence on standard error to the user: "request sent; the outcome is not known"
 
@@ -73,7 +59,6 @@ public:
 private:
     void note(Exit status, Problem problem);
 
-    const Arguments& arguments_;
     Screen& screen_;
     std::shared_ptr<void>& kept_;
     Report report_;

@@ -2,7 +2,7 @@
 #include "tools/hxaux/ErrorNames.h"
 
 #include "hx-aux/errors.h"
-#include "tools/hxaux/Names.h"
+#include "tools/hxaux/Verb.h"
 
 namespace hxaux {
 

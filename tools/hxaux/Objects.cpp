@@ -1,68 +1,57 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/hxaux/Objects.h"
 
+#include "tools/cli/Completion.h"
+
 #include <algorithm>
-#include <optional>
 
 namespace hxaux {
 
+const Object objects::Completion = cli::completionObject("hxaux");
+
 namespace {
 
-// How many of the words are the verb's name; no match differs from an empty name.
-std::optional<std::size_t> wordsOfVerb(const Verb& verb, const std::vector<std::string>& words)
+std::vector<const Object*> allObjects()
 {
-    std::size_t used = 0;
-    std::string_view name = verb.name;
-    while (!name.empty()) {
-        const std::string_view word = name.substr(0, name.find(' '));
-        if (used >= words.size() || words[used] != word)
-            return std::nullopt;
-        ++used;
-        name.remove_prefix(std::min(name.size(), word.size() + 1));
-    }
-    return used;
+    std::vector<const Object*> all{
+#define HXAUX_OBJECT(name) &objects::name,
+#include "tools/hxaux/Objects.def"
+#undef HXAUX_OBJECT
+    };
+    std::ranges::sort(all, {}, &Object::name);
+    return all;
 }
 
 } // namespace
 
-const std::vector<const Object*>& allObjects()
+const cli::Program& program()
 {
-    static const std::vector<const Object*> sorted = [] {
-        std::vector<const Object*> objects{
-#define HXAUX_OBJECT(name) &objects::name,
-#include "tools/hxaux/Objects.def"
-#undef HXAUX_OBJECT
-        };
-        std::ranges::sort(objects, {}, &Object::name);
-        return objects;
-    }();
-    return sorted;
-}
-
-const Object* findObject(std::string_view name)
-{
-    const auto& all = allObjects();
-    const auto found = std::ranges::find(all, name, &Object::name);
-    return found == all.end() ? nullptr : *found;
-}
-
-std::pair<const Verb*, std::size_t> findVerb(const Object& object, const std::vector<std::string>& words)
-{
-    std::pair<const Verb*, std::size_t> best{nullptr, 0};
-    for (const Verb& verb : object.verbs) {
-        const auto used = wordsOfVerb(verb, words);
-        if (used && (best.first == nullptr || *used > best.second))
-            best = {&verb, *used};
-    }
-    return best;
-}
-
-std::string spoken(const Object& object, const Verb& verb)
-{
-    std::string words(object.name);
-    if (!verb.name.empty())
-        words += " " + std::string(verb.name);
-    return words;
+    static const cli::Program table{
+        .name = "hxaux",
+        .summary = "read and control the unit's own hardware",
+        .synopsis = "OBJECT [VERB] [VALUES] [--json]",
+        .details = "Reads and controls the unit's own hardware. Every operation of its library has a verb. Results are "
+                   "lines of a name, a colon, the value and its unit.",
+        .version = HXAUX_VERSION,
+        .kind = "object",
+        .seeAlso = "hx-sim",
+        .objects = allObjects(),
+        .exits = {{0, "done"},
+                  {1, "the unit refused; standard error has the text and the code"},
+                  {2, "usage error"},
+                  {3, "a file could not be read, or was refused"},
+                  {4, "verification found a difference"},
+                  {5, "busy: the same function is already running"},
+                  {6, "no connection"},
+                  {129, "ended by HUP"},
+                  {130, "ended by INT (Ctrl-C)"},
+                  {143, "ended by TERM"}},
+        .always = {flag("json", "prints one line of JSON per result")},
+        .whenRepeated = {flag("watch", "repeats until Ctrl-C"),
+                         real("every", 0.01, 86400, "s", "how long --watch waits in between; 1 s if not given"),
+                         integer("count", 1, 1e9, "times", "ends --watch after so many times")},
+    };
+    return table;
 }
 
 } // namespace hxaux

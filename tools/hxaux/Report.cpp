@@ -2,13 +2,12 @@
 #include "tools/hxaux/Report.h"
 
 #include "hx-aux/errors.h"
+#include "tools/cli/Json.h"
 #include "tools/cli/Printable.h"
 #include "tools/hxaux/ErrorNames.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 namespace hxaux {
@@ -80,25 +79,6 @@ Json jsonOf(const Problem& problem)
     return object;
 }
 
-// Escapes the control characters that JSON allows in a text, DEL and C1: a terminal must not interpret them. In UTF-8
-// C2 80 to C2 9F are exactly C1.
-std::string withoutControls(const std::string& json)
-{
-    std::string safe;
-    for (std::size_t i = 0; i < json.size(); ++i) {
-        const bool isC1 = json[i] == '\xC2' && static_cast<unsigned char>(json[i + 1]) < 0xA0;
-        if (!isC1 && json[i] != '\x7F') {
-            safe += json[i];
-            continue;
-        }
-        i += isC1 ? 1 : 0;
-        std::array<char, 7> escape{};
-        std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned char>(json[i]));
-        safe += escape.data();
-    }
-    return safe;
-}
-
 // When everything failed for one reason, the reason is reported once.
 std::vector<Problem> withoutRepetition(const Report& report)
 {
@@ -124,15 +104,15 @@ std::string asJson(const Report& report)
                         {"units", unitsOf(report.result)},
                         {"notes", report.notes},
                         {"errors", problems}};
-    // EEPROMs and files can contain invalid UTF-8, which must not make the document invalid.
-    return withoutControls(whole.dump(-1, ' ', false, Json::error_handler_t::replace)) + "\n";
+    return cli::written(whole) + "\n";
 }
 
 std::string asText(const Report& report)
 {
     std::string text;
     for (const Field& field : report.result)
-        text += printable(field.name) + ": " + field.value.text() + (field.unit.empty() ? "" : " " + field.unit) + "\n";
+        text += cli::printable(field.name) + ": " + field.value.text() + (field.unit.empty() ? "" : " " + field.unit) +
+                "\n";
     return text;
 }
 
@@ -140,7 +120,7 @@ std::string noteLines(const Report& report)
 {
     std::string text;
     for (const std::string& note : report.notes)
-        text += printable(note) + "\n";
+        text += cli::printable(note) + "\n";
     return text;
 }
 
@@ -149,9 +129,10 @@ std::string problemLines(const Report& report)
     const std::string where = report.object + (report.verb.empty() ? "" : " " + report.verb) + ": ";
     std::string lines;
     for (const Problem& problem : withoutRepetition(report)) {
+        lines += (report.object.empty() ? "hxaux: " : where) +
+                 (problem.item.empty() ? "" : cli::printable(problem.item) + ": ");
         lines +=
-            (report.object.empty() ? "hxaux: " : where) + (problem.item.empty() ? "" : printable(problem.item) + ": ");
-        lines += printable(problem.text) + (problem.code < 0 ? "" : " (" + std::to_string(problem.code) + ")") + "\n";
+            cli::printable(problem.text) + (problem.code < 0 ? "" : " (" + std::to_string(problem.code) + ")") + "\n";
     }
     return lines;
 }

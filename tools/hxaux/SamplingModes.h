@@ -3,7 +3,7 @@
 #pragma once
 
 #include "hx-aux/types.h"
-#include "tools/hxaux/Names.h"
+#include "tools/hxaux/Verb.h"
 
 namespace hxaux {
 

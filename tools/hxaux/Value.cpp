@@ -29,7 +29,7 @@ std::string joined(const Value::Record& record)
 {
     std::string text;
     for (const Field& field : record) {
-        text += (text.empty() ? "" : ", ") + printable(field.name) + " " + field.value.text();
+        text += (text.empty() ? "" : ", ") + cli::printable(field.name) + " " + field.value.text();
         if (!field.unit.empty())
             text += " " + field.unit;
     }
@@ -65,9 +65,9 @@ std::string Value::text() const
         std::string operator()(const Real& value) const { return decimals(value); }
         std::string operator()(const Coded& value) const
         {
-            return printable(value.name) + " (" + std::to_string(value.code) + ")";
+            return cli::printable(value.name) + " (" + std::to_string(value.code) + ")";
         }
-        std::string operator()(const std::string& value) const { return printable(value); }
+        std::string operator()(const std::string& value) const { return cli::printable(value); }
         std::string operator()(const List& value) const { return joined(value); }
         std::string operator()(const Record& value) const { return joined(value); }
     };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "tools/hxaux/Completion.h"
+#include "tools/cli/Completion.h"
 
 #include "testing/Command.h"
 #include "tools/hxaux/Objects.h"
@@ -18,7 +18,7 @@ namespace {
 std::vector<std::string> words(const std::vector<std::string>& line)
 {
     std::vector<std::string> found;
-    for (const Candidate& candidate : candidates(line))
+    for (const cli::Candidate& candidate : cli::candidates(program(), line))
         found.push_back(candidate.word);
     return found;
 }
@@ -32,7 +32,7 @@ bool installed(const std::string& shell)
 
 TEST(Completion, OffersEachObjectForAnEmptyLine)
 {
-    EXPECT_EQ(words({""}).size(), allObjects().size());
+    EXPECT_EQ(words({""}).size(), program().objects.size());
 }
 
 TEST(Completion, OffersTheVerbsOfAnObject)
@@ -63,8 +63,9 @@ TEST(Completion, OffersNothingForAnUnknownObject)
 
 TEST(Completion, ExplainsEachWord)
 {
-    EXPECT_THAT(candidates({"volt"}),
-                ElementsAre(AllOf(Field(&Candidate::word, "voltage"), Field(&Candidate::help, "supply voltages"))));
+    EXPECT_THAT(
+        cli::candidates(program(), {"volt"}),
+        ElementsAre(AllOf(Field(&cli::Candidate::word, "voltage"), Field(&cli::Candidate::help, "supply voltages"))));
 }
 
 TEST(CompletionScript, OfBashFillsTheReplyWithTheWords)
@@ -93,7 +94,7 @@ TEST(CompletionScript, OfZshIsTakenByTheShell)
 TEST(ManualPage, HasEachCall)
 {
     const Outcome page = run("hxaux --man | sed 's/\\\\-/-/g'");
-    for (const Object* object : allObjects())
+    for (const Object* object : program().objects)
         for (const Verb& verb : object->verbs)
             EXPECT_THAT(page.output, testing::HasSubstr(std::string(verb.example)));
 }

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The documents of the tool say what the verb table says.
-#include "simulator/hx-sim/Verbs.h"
 #include "testing/Command.h"
-#include "tools/hxaux/Help.h"
-#include "tools/hxaux/Manual.h"
+#include "tools/cli/Manual.h"
 #include <hx-aux/hx-aux.h>
 
 #include "tools/hxaux/ErrorNames.h"
@@ -46,9 +44,8 @@ std::vector<std::vector<std::string>> callsIn(const std::string& text)
 
 bool isSimulatorVerb(const std::string& word)
 {
-    const auto isIt = [&](const hxsim::Verb& verb) { return word == verb.name; };
-    static const std::string actions = run("hx-sim run -- hx-sim actions").output;
-    return std::ranges::any_of(hxsim::kVerbs, isIt) || ("\n" + actions).find("\n" + word + " ") != std::string::npos;
+    static const std::string known = run("hx-sim run -- hx-sim completion words ''").output;
+    return ("\n" + known).find("\n" + word + "\t") != std::string::npos;
 }
 
 /// Placeholders and options match themselves.
@@ -59,9 +56,9 @@ bool isKnown(const std::vector<std::string>& call)
         return true;
     if (call[0] == "hx-sim")
         return isSimulatorVerb(word);
-    const hxaux::Object* const object = hxaux::findObject(word);
+    const hxaux::Object* const object = hxaux::program().find(word);
     return object != nullptr &&
-           (call.size() == 2 || hxaux::findVerb(*object, {call.begin() + 2, call.end()}).first != nullptr ||
+           (call.size() == 2 || cli::findVerb(*object, {call.begin() + 2, call.end()}).first != nullptr ||
             (call.size() > 2 && call[2] == "--help"));
 }
 
@@ -93,15 +90,15 @@ std::vector<std::pair<std::string, std::string>> operationsIn(const fs::path& he
 
 TEST(Reference, IsWhatTheVerbTableSays)
 {
-    EXPECT_TRUE(page("hxaux-reference.md") == hxaux::markdownReference())
+    EXPECT_TRUE(page("hxaux-reference.md") == cli::markdownReference(hxaux::program()))
         << "make it again: build/x86_64/hxaux --reference >docs/hxaux-reference.md";
 }
 
 TEST(CommandLinePage, ListsEveryExitStatus)
 {
     const std::string text = page("command-line.md");
-    for (const auto& [status, meaning] : hxaux::exitMeanings())
-        EXPECT_THAT(text, HasSubstr("\n| " + std::to_string(status) + " | " + meaning));
+    for (const auto& [status, meaning] : hxaux::program().exits)
+        EXPECT_THAT(text, HasSubstr("\n| " + std::to_string(status) + " | " + std::string(meaning)));
 }
 
 TEST(ErrorPage, ListsEachCodeWithItsNameAndItsText)
@@ -117,10 +114,16 @@ TEST(ErrorPage, ListsEachCodeWithItsNameAndItsText)
 TEST(SimulatorPage, ListsEachCommandAndEachStatus)
 {
     const std::string text = page("simulator.md");
-    for (const hxsim::Verb& verb : hxsim::kVerbs)
-        EXPECT_THAT(text, ContainsRegex("\n\\| [^|]*`" + std::string(verb.name) + "[` ]"));
-    for (const hxsim::StatusMeaning& each : hxsim::kStatusMeanings)
-        EXPECT_THAT(text, HasSubstr("\n| " + std::to_string(each.status) + " | " + each.meaning + " |"));
+    std::istringstream commands(run("hx-sim completion words '' | cut -f 1").output);
+    int count = 0;
+    for (std::string command; commands >> command; ++count)
+        EXPECT_THAT(text, ContainsRegex("\n\\| [^|]*`" + command + "[` ]"));
+    EXPECT_GT(count, 15);
+    std::istringstream statuses(run("hx-sim --man | sed -n '/EXIT STATUS/,/SEE ALSO/p' | grep -v '^\\.[TS]'").output);
+    count = 0;
+    for (std::string status, meaning; std::getline(statuses, status) && std::getline(statuses, meaning); ++count)
+        EXPECT_THAT(text, HasSubstr("\n| " + status.substr(status.find(' ') + 1) + " | " + meaning + " |"));
+    EXPECT_GE(count, 8);
 }
 
 TEST(UnitPropertiesPage, IsWhatTheSimulatedUnitSays)

@@ -2,7 +2,7 @@
 // Each exit status that hxaux documents, provoked.
 #include "testing/FirmwareTexts.h"
 #include "tests/tools/hxaux/OnUnit.h"
-#include "tools/hxaux/Help.h"
+#include "tools/hxaux/Objects.h"
 
 #include <filesystem>
 #include <fstream>
@@ -22,7 +22,7 @@ constexpr char kRemoveImage[] = "; status=$?; rm $image; exit $status";
 TEST(ExitStatus, IsTestedForEachThatThereIs)
 {
     std::vector<int> statuses;
-    for (const auto& [status, meaning] : hxaux::exitMeanings())
+    for (const auto& [status, meaning] : hxaux::program().exits)
         statuses.push_back(status);
     EXPECT_THAT(statuses, testing::ElementsAre(0, 1, 2, 3, 4, 5, 6, 129, 130, 143))
         << "give a new one a test here; those of signals are in EndedBySignalTest.cpp";

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Careless and hostile input: refused in one line, without any effect on the unit.
 #include "testing/Command.h"
-#include "tools/hxaux/Arguments.h"
 #include "tools/hxaux/Objects.h"
 
 #include <algorithm>
@@ -59,7 +58,8 @@ const std::array<std::string, 16> kNoValues{"",
 
 bool isChecked(const Argument& argument)
 {
-    return argument.kind == Kind::Integer || argument.kind == Kind::Real || argument.kind == Kind::Choice;
+    return argument.kind == cli::Kind::Integer || argument.kind == cli::Kind::Real ||
+           argument.kind == cli::Kind::Choice;
 }
 
 std::string goodValue(const Argument& argument)
@@ -72,13 +72,13 @@ std::string goodValue(const Argument& argument)
 // The call with one value replaced; those in front of it, and all that are required, are good ones.
 std::string callWith(const Object& object, const Verb& verb, const Argument& replaced, const std::string& word)
 {
-    std::string command = "hxaux " + spoken(object, verb);
+    std::string command = "hxaux " + cli::spoken(object, verb);
     bool isOption = true;
     for (const Argument& value : verb.values) {
         const bool isIt = value.name == replaced.name;
         if (isIt)
             isOption = false;
-        else if (value.presence == Presence::Optional && !isOption)
+        else if (value.presence == cli::Presence::Optional && !isOption)
             continue;
         command += " " + quoted(isIt ? word : goodValue(value));
     }
@@ -104,12 +104,12 @@ private:
 TEST(HostileValue, IsRefusedByEachVerbInOneLine)
 {
     int refused = 0;
-    for (const Object* object : allObjects())
+    for (const Object* object : program().objects)
         for (const Verb& verb : object->verbs)
             for (const auto* group : {&verb.values, &verb.options})
                 for (const Argument& argument : *group)
                     for (const std::string& word : kNoValues) {
-                        if (!isChecked(argument) || (word == "--" && argument.presence != Presence::Required))
+                        if (!isChecked(argument) || (word == "--" && argument.presence != cli::Presence::Required))
                             continue;
                         EXPECT_THAT(run(callWith(*object, verb, argument, word)), refusedWith(2));
                         ++refused;
@@ -120,11 +120,11 @@ TEST(HostileValue, IsRefusedByEachVerbInOneLine)
 TEST(MistakenValue, OutsideItsRangeIsRefusedByEachVerb)
 {
     int refused = 0;
-    for (const Object* object : allObjects())
+    for (const Object* object : program().objects)
         for (const Verb& verb : object->verbs)
             for (const auto* group : {&verb.values, &verb.options})
                 for (const Argument& argument : *group) {
-                    if (argument.kind != Kind::Integer && argument.kind != Kind::Real)
+                    if (argument.kind != cli::Kind::Integer && argument.kind != cli::Kind::Real)
                         continue;
                     for (const double outside : {argument.least - 1, argument.most + 1}) {
                         const std::string number = std::to_string(static_cast<long long>(outside));
@@ -137,16 +137,16 @@ TEST(MistakenValue, OutsideItsRangeIsRefusedByEachVerb)
 
 TEST(MistakenCall, WithMissingOrTooManyArgumentsIsRefusedByEachVerb)
 {
-    for (const Object* object : allObjects())
+    for (const Object* object : program().objects)
         for (const Verb& verb : object->verbs) {
-            std::string whole = "hxaux " + spoken(*object, verb);
+            std::string whole = "hxaux " + cli::spoken(*object, verb);
             bool takesMore = false;
             for (const Argument& value : verb.values) {
-                if (value.presence != Presence::Optional) {
+                if (value.presence != cli::Presence::Optional) {
                     EXPECT_THAT(run(whole), refusedWith(2));
                 }
                 whole += " " + quoted(goodValue(value));
-                takesMore = takesMore || value.presence == Presence::Repeated;
+                takesMore = takesMore || value.presence == cli::Presence::Repeated;
             }
             if (!takesMore) {
                 EXPECT_THAT(run(whole + " extra"), refusedWith(2));

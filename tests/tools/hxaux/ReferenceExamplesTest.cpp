@@ -50,7 +50,7 @@ std::string noteOf(const std::string& example)
 
 std::vector<const hxaux::Object*> objects()
 {
-    return hxaux::allObjects();
+    return hxaux::program().objects;
 }
 
 /// A unit whose time runs faster: some examples wait for the hardware.

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Properties of every row of the verb table.
 #include "testing/Command.h"
-#include "tools/hxaux/Arguments.h"
-#include "tools/hxaux/Help.h"
+#include "tools/cli/Arguments.h"
+#include "tools/cli/Help.h"
 #include "tools/hxaux/Objects.h"
 
 #include <set>
@@ -18,9 +18,9 @@ namespace {
 template <typename Check>
 void forEachVerb(Check check)
 {
-    for (const Object* object : allObjects()) {
+    for (const Object* object : program().objects) {
         for (const Verb& verb : object->verbs) {
-            SCOPED_TRACE(spoken(*object, verb));
+            SCOPED_TRACE(cli::spoken(*object, verb));
             check(*object, verb);
         }
     }
@@ -48,13 +48,14 @@ std::vector<std::string> wordsBehind(std::string_view command, std::string_view 
 TEST(VerbTable, NamesEachObjectAndEachVerbOnce)
 {
     std::set<std::string> seen;
-    forEachVerb([&](const Object& object, const Verb& verb) { EXPECT_TRUE(seen.insert(spoken(object, verb)).second); });
+    forEachVerb(
+        [&](const Object& object, const Verb& verb) { EXPECT_TRUE(seen.insert(cli::spoken(object, verb)).second); });
 }
 
 TEST(VerbTable, HasAFunctionAndASentenceForEachVerb)
 {
     forEachVerb([](const Object&, const Verb& verb) {
-        EXPECT_NE(verb.run, nullptr);
+        EXPECT_TRUE(verb.run);
         EXPECT_THAT(std::string(verb.help), testing::MatchesRegex("[A-Z].*\\.")) << "one sentence with a full stop";
         EXPECT_LE(verb.help.size(), 110U);
     });
@@ -65,16 +66,16 @@ TEST(VerbTable, ExplainsEachValueAndOption)
     forEachVerb([](const Object&, const Verb& verb) {
         for (const auto* group : {&verb.values, &verb.options})
             for (const Argument& argument : *group)
-                EXPECT_NE(explanation(argument), "") << argument.name;
+                EXPECT_NE(cli::explanation(argument), "") << argument.name;
     });
 }
 
 TEST(VerbTable, HasAnExampleForEachVerbThatItsOwnParserTakes)
 {
     forEachVerb([](const Object& object, const Verb& verb) {
-        const std::string command = "hxaux " + spoken(object, verb);
+        const std::string command = "hxaux " + cli::spoken(object, verb);
         ASSERT_THAT(std::string(verb.example), testing::StartsWith(command));
-        EXPECT_NO_THROW(Arguments(object, verb, wordsBehind(command, verb.example)));
+        EXPECT_NO_THROW(cli::Arguments(program(), wordsBehind("hxaux", verb.example)));
     });
 }
 
@@ -82,8 +83,8 @@ TEST(VerbTable, PutsOptionalAndRepeatedValuesLast)
 {
     forEachVerb([](const Object&, const Verb& verb) {
         for (std::size_t i = 1; i < verb.values.size(); ++i)
-            EXPECT_EQ(verb.values[i - 1].presence == Presence::Required ||
-                          verb.values[i].presence == Presence::Optional,
+            EXPECT_EQ(verb.values[i - 1].presence == cli::Presence::Required ||
+                          verb.values[i].presence == cli::Presence::Optional,
                       true);
     });
 }
@@ -92,22 +93,24 @@ TEST(VerbTable, HelpsForEachVerbFromTheCommandLine)
 {
     forEachVerb([](const Object& object, const Verb& verb) {
         EXPECT_THAT(
-            run("hxaux " + spoken(object, verb) + " --help"),
-            AllOf(outputIs(object.verbs.size() > 1 && verb.name.empty() ? objectHelp(object) : verbHelp(object, verb)),
+            run("hxaux " + cli::spoken(object, verb) + " --help"),
+            AllOf(outputIs(object.verbs.size() > 1 && verb.name.empty() ? cli::objectHelp(program(), object)
+                                                                        : cli::verbHelp(program(), object, verb)),
                   errorIs(""), statusIs(0)));
     });
 }
 
 TEST(VerbTable, ListsEachObjectInTheHelpOfTheTool)
 {
-    const std::string help = toolHelp();
-    for (const Object* object : allObjects())
+    const std::string help = cli::programHelp(program());
+    for (const Object* object : program().objects)
         EXPECT_THAT(help, HasSubstr("\n  " + std::string(object->name) + " "));
 }
 
 TEST(VerbTable, ListsEachVerbInTheHelpOfItsObject)
 {
     forEachVerb([](const Object& object, const Verb& verb) {
-        EXPECT_THAT(objectHelp(object), AllOf(HasSubstr(usageLine(object, verb)), HasSubstr(std::string(verb.help))));
+        EXPECT_THAT(cli::objectHelp(program(), object, 500),
+                    AllOf(HasSubstr(cli::usageLine(program(), object, verb)), HasSubstr(std::string(verb.help))));
     });
 }

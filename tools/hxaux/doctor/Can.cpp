@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/hxaux/doctor/Doctor.h"
 
-#include "tools/hxaux/Names.h"
+#include "tools/hxaux/Verb.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/hxaux/doctor/Doctor.h"
 
-#include "tools/hxaux/Names.h"
 #include "tools/hxaux/RegularFile.h"
+#include "tools/hxaux/Verb.h"
 
 #include <array>
 #include <cerrno>

@@ -40,7 +40,7 @@ Halvix::eErr read(HXAuxPrivate& service, unsigned char store, std::string key, s
 
 void checkKey(Call& call)
 {
-    if (const std::string reason = refusedPropertyKey(call.text("key")); !reason.empty())
+    if (const std::string reason = cli::refusedPropertyKey(call.text("key")); !reason.empty())
         call.fail(Exit::Usage, "the key cannot be used: " + reason);
 }
 
@@ -56,7 +56,7 @@ void get(Call& call)
 void set(Call& call)
 {
     checkKey(call);
-    if (const std::string reason = refusedProperty(call.text("value")); !reason.empty())
+    if (const std::string reason = cli::refusedProperty(call.text("value")); !reason.empty())
         call.fail(Exit::Usage, "the value cannot be stored: " + reason);
     const HeldSignals held; // an interrupted write leaves half of the old and half of the new text
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());

@@ -130,9 +130,19 @@ void reset(Call& call)
     lock.giveBack();
 }
 
-std::vector<std::string> lockNames()
+Candidates lockNames(const Words&)
 {
-    return {kLockNames.begin(), kLockNames.end()};
+    Candidates all;
+    for (const std::string_view name : kLockNames)
+        all.push_back({std::string(name), "a lock of the library"});
+    return all;
+}
+
+Argument lockName()
+{
+    Argument name = text("name", "name of the lock, as 'hxaux locks' shows it");
+    name.live = lockNames;
+    return name;
 }
 
 } // namespace
@@ -152,7 +162,7 @@ const Object objects::Locks{
          .help = "Releases a stale lock.",
          .example = "hxaux locks reset FILE_HXAUXINI_IS_IN_USE",
          .run = reset,
-         .values = {text("name", "name of the lock, as 'hxaux locks' shows it").from(lockNames)},
+         .values = {lockName()},
          .options = {flag("force", "releases a lock that is in use as well: two programs may then do at once what only "
                                    "one may")},
          .details = "One of the processes that wait for it then continues. A lock that is free stays as it is."},

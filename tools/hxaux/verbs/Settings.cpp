@@ -29,7 +29,7 @@ Halvix::eErr read(HXAuxPrivate& service, const std::string& key, std::string& va
 
 void checkKey(Call& call)
 {
-    if (const std::string reason = refusedSettingKey(call.text("key")); !reason.empty())
+    if (const std::string reason = cli::refusedSettingKey(call.text("key")); !reason.empty())
         call.fail(Exit::Usage, "the key cannot be used: " + reason);
 }
 
@@ -49,7 +49,7 @@ void get(Call& call)
 void set(Call& call)
 {
     checkKey(call);
-    if (const std::string reason = refusedSetting(call.text("value")); !reason.empty())
+    if (const std::string reason = cli::refusedSetting(call.text("value")); !reason.empty())
         call.fail(Exit::Usage, "the value cannot be stored: " + reason);
     const HeldSignals held;
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());

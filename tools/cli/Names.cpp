@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "tools/hxaux/Names.h"
+#include "tools/cli/Names.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 
-namespace hxaux {
+namespace cli {
 
 const Names kOnOff = namesOf<int>({{0, "off"}, {1, "on"}});
 
@@ -67,4 +67,4 @@ std::string Names::nameOfNumber(long long value) const
     return row != rows_.end() ? std::string(row->second) : std::to_string(value);
 }
 
-} // namespace hxaux
+} // namespace cli

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace hxaux {
+namespace cli {
 
 class Names {
 public:
@@ -48,4 +48,4 @@ extern const Names kOnOff;
 std::optional<long long> toInteger(std::string_view text);
 std::optional<double> toReal(std::string_view text);
 
-} // namespace hxaux
+} // namespace cli
