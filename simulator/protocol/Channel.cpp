@@ -2,6 +2,7 @@
 #include "simulator/protocol/Channel.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
@@ -110,6 +111,42 @@ bool sendPacket(int fd, const wire::Head& head, std::span<const std::uint8_t> by
         if (errno != EINTR)
             return false;
     }
+}
+
+bool sendDescriptor(int fd, const wire::Head& head, int descriptor)
+{
+    iovec part{const_cast<wire::Head*>(&head), sizeof head};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof descriptor)> control{};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(sizeof descriptor);
+    std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
+    return HXSIM_REAL(sendmsg)(fd, &message, MSG_NOSIGNAL) >= 0;
+}
+
+std::optional<wire::Head> receiveDescriptor(int fd, int& descriptor)
+{
+    wire::Head head{};
+    iovec part{&head, sizeof head};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof descriptor)> control{};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control.data();
+    message.msg_controllen = control.size();
+    descriptor = -1;
+    if (!comesInTime(fd) || HXSIM_REAL(recvmsg)(fd, &message, MSG_CMSG_CLOEXEC) < static_cast<ssize_t>(sizeof head))
+        return std::nullopt;
+    const cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    if (header != nullptr && header->cmsg_type == SCM_RIGHTS)
+        std::memcpy(&descriptor, CMSG_DATA(header), sizeof descriptor);
+    return head;
 }
 
 Received receivePacket(int fd, wire::Head& head, std::span<std::uint8_t> bytes, std::size_t& size, bool retry)

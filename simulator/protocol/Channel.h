@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -39,6 +40,10 @@ inline bool sendPacket(int fd, const wire::Packed& message)
 {
     return sendPacket(fd, message.head(), message.bytes());
 }
+/// The same, with a descriptor.
+bool sendDescriptor(int fd, const wire::Head& head, int descriptor);
+/// Receives an answer and its descriptor; that is -1 when it has none. Nothing when no answer came in time.
+std::optional<wire::Head> receiveDescriptor(int fd, int& descriptor);
 enum class Received { Packet, Interrupted, Nothing, Unplaced, Gone };
 /// `retry` continues after a signal. Nothing: the descriptor does not block, and there is no packet. Unplaced: the
 /// bytes are lost, because `bytes` is not the caller's memory.
