@@ -26,15 +26,27 @@ namespace hxsim::wire {
 
 using Bytes = std::span<const std::uint8_t>;
 
+/// Says all by its kind.
+template <Kind kind>
+struct Plain {
+    static constexpr Kind kKind = kind;
+    static void fields(auto& /*self*/, auto& /*packet*/) {}
+};
+
+/// Names a file.
+template <Kind kind>
+struct OfFile {
+    static constexpr Kind kKind = kind;
+    std::uint64_t file = 0;
+    static void fields(auto& self, auto& packet) { packet.file(self.file); }
+};
+
 // On a control connection.
 
 /// Asks for all paths, one per line of the answer: "D", "S", "T" or "F" for a device, serial port, attribute or file,
 /// its path, and its path on this machine if any; "N" the unit whose semaphores are used; "R" the directory used as the
 /// root directory.
-struct Hello {
-    static constexpr Kind kKind = Kind::Hello;
-    static void fields(auto& /*self*/, auto& /*packet*/) {}
-};
+using Hello = Plain<Kind::Hello>;
 
 /// Result: 1 present, 0 absent.
 struct Locate {
@@ -44,10 +56,7 @@ struct Locate {
 };
 
 /// Asks for the names that the unit lacks, one per line of the answer.
-struct Absent {
-    static constexpr Kind kKind = Kind::Absent;
-    static void fields(auto& /*self*/, auto& /*packet*/) {}
-};
+using Absent = Plain<Kind::Absent>;
 
 /// Result: the errno with which this call outside any device must fail, or 0.
 struct Fault {
@@ -139,10 +148,7 @@ struct Read {
 };
 
 /// Ends a Read or Drain that waits on this connection.
-struct Cancel {
-    static constexpr Kind kKind = Kind::Cancel;
-    static void fields(auto& /*self*/, auto& /*packet*/) {}
-};
+using Cancel = Plain<Kind::Cancel>;
 
 struct Write {
     static constexpr Kind kKind = Kind::Write;
@@ -168,11 +174,7 @@ struct SetTerminal {
 };
 
 /// Answered with the bytes and, as result, their number: 0 until they are set.
-struct GetTerminal {
-    static constexpr Kind kKind = Kind::GetTerminal;
-    std::uint64_t file = 0;
-    static void fields(auto& self, auto& packet) { packet.file(self.file); }
-};
+using GetTerminal = OfFile<Kind::GetTerminal>;
 
 struct Flush {
     static constexpr Kind kKind = Kind::Flush;
@@ -187,35 +189,28 @@ struct Flush {
     }
 };
 
-struct Drain {
-    static constexpr Kind kKind = Kind::Drain;
-    std::uint64_t file = 0;
-    static void fields(auto& self, auto& packet) { packet.file(self.file); }
-};
+using Drain = OfFile<Kind::Drain>;
 
 /// Result: 1 when a read would not wait.
-struct Readable {
-    static constexpr Kind kKind = Kind::Readable;
-    std::uint64_t file = 0;
-    static void fields(auto& self, auto& packet) { packet.file(self.file); }
-};
+using Readable = OfFile<Kind::Readable>;
 
 /// On the file's own connection, before the process closes its last descriptor; no answer.
-struct Closing {
-    static constexpr Kind kKind = Kind::Closing;
-    static void fields(auto& /*self*/, auto& /*packet*/) {}
-};
+using Closing = Plain<Kind::Closing>;
 
 /// The process has closed its last descriptor; the server checks for other holders.
-struct Close {
-    static constexpr Kind kKind = Kind::Close;
-    std::uint64_t file = 0;
-    static void fields(auto& self, auto& packet) { packet.file(self.file); }
-};
+using Close = OfFile<Kind::Close>;
+
+// On a connection for requests about files.
+
+/// Asks for a mailbox beside this connection; the answer carries its descriptor.
+using Share = Plain<Kind::Share>;
+
+/// There is a request in the mailbox; no answer to this.
+using Bell = Plain<Kind::Bell>;
 
 /// All messages that a program sends.
 using Requests = std::tuple<Hello, Locate, Absent, Fault, Note, Command, Which, Open, Shape, Ioctl, Read, Cancel, Write,
-                            SetTerminal, GetTerminal, Flush, Drain, Readable, Closing, Close>;
+                            SetTerminal, GetTerminal, Flush, Drain, Readable, Closing, Close, Share, Bell>;
 
 // Answers of the server.
 

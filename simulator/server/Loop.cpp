@@ -33,6 +33,11 @@ constexpr auto kAcceptAgain = 50ms;
 /// Between two looks at a line that drains.
 constexpr auto kDrainAgain = 1ms;
 
+/// While mailboxes are busy: the longest time between two looks at connections and timers.
+constexpr std::chrono::nanoseconds kLookElsewhere = 100us;
+/// Between two looks at mailboxes.
+constexpr int kPauses = 8;
+
 int listenAt(const std::string& path)
 {
     const int fd = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
@@ -58,7 +63,7 @@ Loop::~Loop()
     ::close(listener_);
 }
 
-std::optional<timespec> Loop::patience()
+std::optional<std::chrono::nanoseconds> Loop::patience()
 {
     std::optional<std::chrono::nanoseconds> least;
     const auto atMost = [&](std::chrono::nanoseconds time) { least = least ? std::min(*least, time) : time; };
@@ -69,20 +74,50 @@ std::optional<timespec> Loop::patience()
         atMost(kDrainAgain);
     if (full_)
         atMost(kAcceptAgain);
-    if (!least)
-        return std::nullopt;
-    return timespec{time_t(*least / 1s), static_cast<long>(*least % 1s / 1ns)};
+    return least;
+}
+
+void Loop::finish()
+{
+    guarded([&] { sessions_.retryWaiting(); });
+    guarded([&] { unit_.keep(); });
+}
+
+bool Loop::serveMailboxes()
+{
+    Mailboxes& mailboxes = sessions_.mailboxes();
+    const auto served = [&](bool handled) {
+        if (handled)
+            finish();
+        return handled;
+    };
+    const auto earlier = [&] { return Mailboxes::Clock::now() + std::min(patience().value_or(1h), kLookElsewhere); };
+    auto until = earlier();
+    while (mailboxes.areWatched()) {
+        unit_.advance();
+        if (served(mailboxes.serve()))
+            until = std::min(until, earlier());
+        const auto now = Mailboxes::Clock::now();
+        if (now >= until || stopping_)
+            return false;
+        if (mailboxes.shouldRest(now))
+            return !served(mailboxes.stopWatching());
+        for (int i = 0; i < kPauses; ++i)
+            __builtin_ia32_pause();
+    }
+    return true;
 }
 
 void Loop::run(int alsoWatched, const std::function<bool()>& seen)
 {
     std::vector<pollfd> watched;
     while (!stopping_) {
+        const std::optional<std::chrono::nanoseconds> limit = serveMailboxes() ? patience() : 0ns;
         watched.assign({{full_ ? -1 : listener_, POLLIN, 0}, {alsoWatched, POLLIN, 0}});
         for (const auto& [fd, session] : sessions_.all())
             watched.push_back({fd, POLLIN, 0});
-        const std::optional<timespec> limit = patience();
-        if (::ppoll(watched.data(), watched.size(), limit ? &*limit : nullptr, nullptr) < 0 && errno != EINTR)
+        const timespec time{time_t(limit.value_or(0ns) / 1s), static_cast<long>(limit.value_or(0ns) % 1s / 1ns)};
+        if (::ppoll(watched.data(), watched.size(), limit ? &time : nullptr, nullptr) < 0 && errno != EINTR)
             throw std::runtime_error{"poll failed"};
         full_ = false;
         unit_.advance();
@@ -91,8 +126,7 @@ void Loop::run(int alsoWatched, const std::function<bool()>& seen)
                 guarded([&] { sessions_.receive(watched[i].fd); });
         if (watched[0].revents != 0)
             accept();
-        guarded([&] { sessions_.retryWaiting(); });
-        guarded([&] { unit_.keep(); });
+        finish();
         if (watched[1].revents != 0 && seen())
             break;
     }

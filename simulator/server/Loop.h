@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <ctime>
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -26,7 +26,12 @@ public:
 private:
     void accept();
     /// The machine's time until something has to be done without a message; nothing when there is no such time.
-    [[nodiscard]] std::optional<timespec> patience();
+    [[nodiscard]] std::optional<std::chrono::nanoseconds> patience();
+    /// Handles requests in mailboxes for as long as they keep coming, but for no longer than a message on a connection
+    /// may wait. Whether the loop may wait now.
+    bool serveMailboxes();
+    /// After a request.
+    void finish();
 
     RunningUnit& unit_;
     Sessions& sessions_;

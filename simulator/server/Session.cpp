@@ -85,7 +85,8 @@ void Session::send(const Message& message)
 {
     unit_.keep(); // data that was reported as written outlasts the server
     const wire::Packed packed{message};
-    (void)sendPacket(fd_, packed.head(), packed.bytes()); // the next read from a program detects that it is gone
+    if (mailbox_ == nullptr || !mailbox_->answer(packed.head(), packed.bytes()))
+        (void)sendPacket(fd_, packed); // the next read from a program detects that it is gone
 }
 
 void Session::answer(std::int64_t result, wire::Bytes bytes)
@@ -264,6 +265,34 @@ void Session::handle(const wire::Close& /*request*/)
         return answer(-EINVAL);
     others_.closeIfReleased(file_, caller_);
     answer(0);
+}
+
+void Session::handle(const wire::Share& /*request*/)
+{
+    if (mailbox_ != nullptr)
+        return answer(-EEXIST);
+    auto mailbox = std::make_unique<ServerMailbox>();
+    if (!*mailbox)
+        return answer(-ENOMEM);
+    const wire::Packed shared{wire::Answer{}};
+    (void)sendDescriptor(fd_, shared.head(), mailbox->descriptor());
+    mailbox->closeDescriptor();
+    mailbox_ = std::move(mailbox);
+}
+
+void Session::handle(const wire::Bell& /*request*/)
+{
+    if (mailbox_ != nullptr)
+        others_.mailboxes().rung(*this);
+}
+
+bool Session::servePosted()
+{
+    Packet packet;
+    if (!mailbox_->take(packet.head, packet.bytes))
+        return false;
+    handleGuarded(packet);
+    return true;
 }
 
 void Session::show(const Entry& entry)

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "simulator/protocol/Channel.h"
+#include "simulator/protocol/Mailbox.h"
 #include "simulator/protocol/Messages.h"
 #include "simulator/server/HostCommands.h"
 #include "simulator/server/RunningUnit.h"
@@ -50,6 +51,10 @@ public:
     [[nodiscard]] std::optional<Time> wakeAt() const { return read_ ? read_->wakeAt : std::nullopt; }
     [[nodiscard]] bool drains() const { return drains_; }
 
+    /// Handles a request in the mailbox; false when there is no new one.
+    bool servePosted();
+    void watchMailbox(bool watches) { mailbox_->watch(watches); }
+
     /// Sends each new entry of the journal from now on, as a line or as JSON.
     void follow(bool asJson) { follows_ = asJson ? Follows::AsJson : Follows::AsLines; }
     void show(const Entry& entry);
@@ -86,6 +91,8 @@ private:
     void handle(const wire::Readable& request);
     void handle(const wire::Closing& request);
     void handle(const wire::Close& request);
+    void handle(const wire::Share& request);
+    void handle(const wire::Bell& request);
     void refuse(wire::Kind kind);
 
     [[nodiscard]] OpenFile& file() const { return *file_->open; }
@@ -100,6 +107,7 @@ private:
     int process_ = 0;
     std::string name_{};
     std::shared_ptr<ServedFile> opened_{};
+    std::unique_ptr<ServerMailbox> mailbox_{};
     Caller caller_{};                    ///< of the current request
     std::shared_ptr<ServedFile> file_{}; ///< its subject
     std::optional<WaitingRead> read_{};

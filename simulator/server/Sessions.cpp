@@ -50,6 +50,7 @@ void Sessions::drop(int fd)
     const auto found = sessions_.find(fd);
     const std::unique_ptr<Session> session = std::move(found->second);
     sessions_.erase(found);
+    mailboxes_.remove(*session);
     const auto control = controls_.find(session->process());
     if (control != controls_.end() && control->second == fd)
         controls_.erase(control);

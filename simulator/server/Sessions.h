@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "simulator/server/Mailboxes.h"
 #include "simulator/server/Session.h"
 
 namespace hxsim {
@@ -34,6 +35,7 @@ public:
     /// The unit's time at which something that waits has to be tried again.
     [[nodiscard]] std::optional<Time> nextDeadline() const;
     [[nodiscard]] bool drains() const;
+    Mailboxes& mailboxes() { return mailboxes_; }
 
     // For sessions.
     CommandResult command(int connection, const std::vector<std::string>& words)
@@ -58,6 +60,7 @@ private:
     RunningUnit& unit_;
     Commands commands_;
     std::map<int, std::unique_ptr<Session>> sessions_;
+    Mailboxes mailboxes_;
     std::map<std::uint64_t, std::shared_ptr<ServedFile>> files_;
     std::uint64_t opened_ = 0;    ///< files so far
     std::map<int, int> controls_; ///< process to control connection

@@ -200,6 +200,43 @@ int execute(char** words)
     return 1;
 }
 
+/// How many requests succeed, up to a number.
+int counted(int fd, int most)
+{
+    RegisterBlock block{0, 0};
+    int count = 0;
+    while (count < most && ioctl(fd, 0xC004003A, &block) == 0)
+        count += block.value == 1241 ? 1 : 0;
+    return count;
+}
+
+/// count PATH NUMBER: makes that many requests.
+int countRequests(char** words)
+{
+    std::cout << counted(open(words[0], O_RDWR), std::atoi(words[1])) << std::endl;
+    return 0;
+}
+
+/// forked-count PATH NUMBER: in a child that is made between two requests, and in this process at the same time.
+int forkedCount(char** words)
+{
+    const int fd = open(words[0], O_RDWR);
+    (void)counted(fd, 50);
+    const pid_t child = fork();
+    std::cout << std::to_string(counted(fd, std::atoi(words[1]))) + '\n' << std::flush;
+    if (child != 0)
+        waitpid(child, nullptr, 0);
+    return 0;
+}
+
+/// hold-busy PATH: many requests, and then none.
+int holdBusy(char** words)
+{
+    const int fd = open(words[0], O_RDWR);
+    (void)counted(fd, 500);
+    return pause();
+}
+
 /// get-early NUMBER: on the device that a library opened while the program was loaded.
 int getEarly(char** words)
 {
@@ -238,12 +275,27 @@ struct Action {
 };
 
 constexpr Action kActions[] = {
-    {"exec", 2, execute},      {"forks", 1, forks},        {"fork-get", 2, forkGet},
-    {"get", 2, get},           {"get-early", 1, getEarly}, {"get-on", 2, getOn},
-    {"hold", 1, hold},         {"outlive", 2, outlive},    {"read", 1, readFile},
-    {"readv", 1, readParts},   {"repeat", 2, repeat},      {"rules", 1, rules},
-    {"scenario", 0, scenario}, {"share", 2, share},        {"sleep", 1, sleepFor},
-    {"storm", 0, storm},       {"try", 1, tryLock},        {"terminal-rules", 1, terminalRules},
+    {"count", 2, countRequests},
+    {"exec", 2, execute},
+    {"forked-count", 2, forkedCount},
+    {"hold-busy", 1, holdBusy},
+    {"forks", 1, forks},
+    {"fork-get", 2, forkGet},
+    {"get", 2, get},
+    {"get-early", 1, getEarly},
+    {"get-on", 2, getOn},
+    {"hold", 1, hold},
+    {"outlive", 2, outlive},
+    {"read", 1, readFile},
+    {"readv", 1, readParts},
+    {"repeat", 2, repeat},
+    {"rules", 1, rules},
+    {"scenario", 0, scenario},
+    {"share", 2, share},
+    {"sleep", 1, sleepFor},
+    {"storm", 0, storm},
+    {"try", 1, tryLock},
+    {"terminal-rules", 1, terminalRules},
 };
 
 } // namespace

@@ -11,6 +11,7 @@
 
 #include "simulator/file/Terminal.h"
 #include "simulator/protocol/Channel.h"
+#include "simulator/protocol/Mailbox.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 
@@ -106,6 +107,26 @@ public:
         EXPECT_EQ(receivePacket(fd_, packet.head, packet.bytes, size, true), Received::Packet);
         packet.bytes.resize(size);
         return packet;
+    }
+    /// A mailbox beside this connection.
+    ClientMailbox share() const
+    {
+        send(head(Kind::Share));
+        int descriptor = -1;
+        EXPECT_TRUE(receiveDescriptor(fd_, descriptor));
+        EXPECT_GE(descriptor, 0);
+        ClientMailbox mailbox{descriptor};
+        ::close(descriptor);
+        return mailbox;
+    }
+    /// A request in the mailbox, and its answer from there or from here.
+    Packet exchangeBy(ClientMailbox& mailbox, const wire::Head& question, const Bytes& bytes = {}) const
+    {
+        if (!mailbox.post(question, bytes))
+            send(head(Kind::Bell));
+        if (mailbox.await(1ms) == ClientMailbox::Found::Elsewhere)
+            return receive();
+        return {mailbox.head(), {mailbox.bytes().begin(), mailbox.bytes().end()}};
     }
     [[nodiscard]] bool isOver() const
     {
@@ -259,6 +280,99 @@ TEST_F(HostTest, ReadsAndWritesFiles)
     EXPECT_EQ(control.exchange(Client::head(Kind::Write, daemon), {2, 0, 0, 0}).head.value, 4);
     EXPECT_EQ(control.command({"get", "daemon.commands"}).text(), "2\n");
     EXPECT_EQ(control.exchange(Client::head(Kind::Read, version, -1)).head.value, -EINVAL);
+}
+
+class MailboxOfAHost : public HostTest {
+protected:
+    Client file{served};
+    std::uint64_t number = static_cast<std::uint64_t>(open(file, "/dev/backlight"));
+    Client user{served};
+    ClientMailbox mailbox = user.share();
+
+    Packet setLevel(int level)
+    {
+        return user.exchangeBy(mailbox, Client::head(Kind::Ioctl, number, 0, 0x40010003),
+                               {0, static_cast<std::uint8_t>(level)});
+    }
+    Packet level() { return user.exchangeBy(mailbox, Client::head(Kind::Ioctl, number, 0, 0x80010002)); }
+};
+
+TEST_F(MailboxOfAHost, CarriesRequestsOnAFile)
+{
+    for (int i = 0; i < 500; ++i) {
+        ASSERT_EQ(setLevel(i % 200).head.value, 0);
+        ASSERT_EQ(level().bytes, Bytes{static_cast<std::uint8_t>(i % 200)});
+    }
+}
+
+TEST_F(MailboxOfAHost, CarriesWhatTheDriverRefuses)
+{
+    EXPECT_EQ(user.exchangeBy(mailbox, Client::head(Kind::Ioctl, number, 0, 0x80019999)).head.value, -ENOTTY);
+    EXPECT_EQ(user.exchangeBy(mailbox, Client::head(Kind::Ioctl, 99, 0, 0x80010002)).head.value, -EBADF);
+    EXPECT_EQ(user.exchangeBy(mailbox, Client::head(Kind{4711})).head.value, -EINVAL);
+}
+
+TEST_F(MailboxOfAHost, DoesNotKeepOthersWaiting)
+{
+    std::atomic<bool> over{false};
+    std::thread busy{[&] {
+        while (!over)
+            EXPECT_EQ(level().head.value, 0);
+    }};
+    for (int i = 0; i < 200; ++i)
+        EXPECT_EQ(control.exchange(Kind::Locate, "/dev/backlight").head.value, 1);
+    Client late{served};
+    EXPECT_EQ(late.exchange(Kind::Locate, "/dev/backlight").head.value, 1);
+    over = true;
+    busy.join();
+}
+
+TEST_F(MailboxOfAHost, EndsAReadThatWaitsWhenItIsCancelled)
+{
+    Client port{served};
+    const auto serial = static_cast<std::uint64_t>(open(port, "/dev/ttyS0"));
+    if (!mailbox.post(Client::head(Kind::Read, serial, 4), {}))
+        user.send(Client::head(Kind::Bell));
+    EXPECT_EQ(mailbox.await(1ms), ClientMailbox::Found::Elsewhere) << "nothing has come";
+    user.send(Client::head(Kind::Cancel));
+
+    EXPECT_EQ(user.receive().head.value, -EINTR);
+    EXPECT_EQ(level().head.value, 0);
+}
+
+TEST_F(MailboxOfAHost, IsOneForAConnection)
+{
+    EXPECT_EQ(user.exchange(Client::head(Kind::Share)).head.value, -EEXIST);
+    EXPECT_EQ(level().head.value, 0) << "it still works";
+}
+
+TEST_F(MailboxOfAHost, MayEndWithARequestInIt)
+{
+    mailbox.post(Client::head(Kind::Ioctl, number, 0, 0x80010002), {});
+    user.send(Client::head(Kind::Bell));
+    user.hangUp();
+
+    EXPECT_EQ(control.exchange(Kind::Locate, "/dev/backlight").head.value, 1);
+}
+
+TEST_F(MailboxOfAHost, MayBeRungForNothing)
+{
+    for (int i = 0; i < 10; ++i) {
+        user.send(Client::head(Kind::Bell));
+        control.send(Client::head(Kind::Bell)); // has none
+    }
+
+    EXPECT_EQ(level().head.value, 0);
+    EXPECT_EQ(control.exchange(Kind::Locate, "/dev/backlight").head.value, 1);
+}
+
+TEST_F(MailboxOfAHost, AnswersAMessageWithoutAnAnswerOnce)
+{
+    mailbox.post(Client::head(Kind::Closing), {});
+    user.send(Client::head(Kind::Bell));
+
+    EXPECT_EQ(mailbox.await(1ms), ClientMailbox::Found::Elsewhere);
+    EXPECT_EQ(control.exchange(Kind::Locate, "/dev/backlight").head.value, 1) << "the server goes on";
 }
 
 class SerialPortOfAHost : public HostTest {
