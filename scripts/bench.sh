@@ -58,20 +58,35 @@ bench_processes() {
     echo "  on a unit, the preload library in every process"
     "build/$abi/hx-sim" run -- "$folder/hx-bench-process" "$folder"
 }
-bench_requests() {
+bench_requests() { # processors may sleep here: a request must not need them awake
+    keep_asleep
+    echo "  load average $(cut -d' ' -f1-3 /proc/loadavg)"
     "build/$abi/hx-sim" run -- "$folder/hx-bench-preload-request"
+    HXSIM_MAILBOX=off "build/$abi/hx-sim" run -- "$folder/hx-bench-preload-request"
+    if [ -x "$folder/hx-bench-umockdev-request" ]; then
+        umockdev-wrapper "$folder/hx-bench-umockdev-request"
+    fi
     "$folder/hx-bench-inprocess-request"
+    keep_awake
 }
 bench_eeprom() { "build/$abi/hx-sim" run -- "$folder/hx-bench-eeprom" "${check[@]}"; }
 bench_upgrade() { "build/$abi/hx-sim" run -- "$folder/hx-bench-upgrade" "${check[@]}"; }
 
 # A processor that sleeps between two calls adds its wake-up time to every wait for another process. Idle loops keep all of
 # them awake and yield at once.
-for _ in $(seq "$(nproc)"); do
-    chrt --idle 0 bash -c 'while :; do :; done' &
-done
-# shellcheck disable=SC2046  # one word each
-trap 'kill $(jobs -p)' EXIT
+loops=()
+keep_awake() {
+    for _ in $(seq "$(nproc)"); do
+        chrt --idle 0 bash -c 'while :; do :; done' &
+        loops+=($!)
+    done
+}
+keep_asleep() {
+    [ ${#loops[@]} -eq 0 ] || kill "${loops[@]}"
+    loops=()
+}
+trap keep_asleep EXIT
+keep_awake
 
 status=0
 for section in "${sections[@]}"; do

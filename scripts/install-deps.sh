@@ -16,7 +16,7 @@ build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev libedi
 tests=("${build[@]}" python3 googletest binutils clang lld srecord qemu-system-arm fish man-db zsh)
 fast=(clang-format codespell git python3 shellcheck)
 checks=("${tests[@]}" "${fast[@]}" clang lld clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
-    gcovr libbenchmark-dev libbenchmark-dev:i386)
+    gcovr libbenchmark-dev libbenchmark-dev:i386 pkg-config umockdev libumockdev-dev)
 system=("${tests[@]}" qemu-system-x86 busybox-static cpio pkg-config libfuse3-dev gzip)
 packages=("${build[@]}" debhelper debootstrap devscripts dpkg-dev lintian fakeroot)
 
