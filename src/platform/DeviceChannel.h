@@ -139,8 +139,9 @@ protected:
     void forget() { initialised_ = false; }
 
 private:
-    [[nodiscard]] eErr transfer(unsigned long code, void* in, unsigned inLength, void* out, unsigned outLength,
-                                CountCheck check) const
+    /// Inline also in code for size: a return after a system call costs more than the rest (see Registers.h).
+    [[nodiscard, gnu::always_inline]] eErr transfer(unsigned long code, void* in, unsigned inLength, void* out,
+                                                    unsigned outLength, CountCheck check) const
     {
         if (!initialised_)
             return ERR_OPEN_FAILED;
