@@ -5,21 +5,19 @@
 #include "settings/WithSettings.h"
 
 #include <string>
+#include <utility>
+#include <vector>
 
 // How the controller reads, repairs and stores its settings.
 
 namespace Halvix {
 
+/// In the order in which the settings are looked up.
 struct BacklightController::Texts {
     std::string averageWndSize, rejectWndSize, rejectDeltaInLux, k, mode, status, softTransitions;
 };
 
 namespace {
-
-const char* oneOrZero(bool value)
-{
-    return value ? "1" : "0";
-}
 
 /// True when the text was a number; else the target stays and the failure is logged.
 template <class Target>
@@ -68,15 +66,9 @@ try {
 
 BacklightController::Texts BacklightController::fetchSettings(IniSettings& file)
 {
-    Texts texts;
-    texts.averageWndSize = file.get(keys::averageWndSize);
-    texts.rejectWndSize = file.get(keys::rejectWndSize);
-    texts.rejectDeltaInLux = file.get(keys::rejectDeltaInLux);
-    texts.k = file.get(keys::slope);
-    texts.mode = file.get(keys::mode);
-    texts.status = file.get(keys::status);
-    texts.softTransitions = file.get(keys::softTransitions);
-    return texts;
+    return {file.get(keys::averageWndSize), file.get(keys::rejectWndSize), file.get(keys::rejectDeltaInLux),
+            file.get(keys::slope),          file.get(keys::mode),          file.get(keys::status),
+            file.get(keys::softTransitions)};
 }
 
 bool BacklightController::convertSettings(const Texts& texts)
@@ -95,22 +87,19 @@ bool BacklightController::convertSettings(const Texts& texts)
 bool BacklightController::repairSettings(IniSettings& file)
 {
     const AblSettings& settings = parts_->settings;
-    const auto mode = static_cast<std::uint32_t>(settings.mode);
-    Texts texts;
-    if (IniSettings::ConvertDoubleToStr(settings.k, &texts.k) != ERR_SUCCESS ||
-        IniSettings::ConvertLongToStr(settings.averageWndSize, &texts.averageWndSize) != ERR_SUCCESS ||
-        IniSettings::ConvertLongToStr(settings.rejectWndSize, &texts.rejectWndSize) != ERR_SUCCESS ||
-        IniSettings::ConvertLongToStr(settings.rejectDeltaInLux, &texts.rejectDeltaInLux) != ERR_SUCCESS ||
-        IniSettings::ConvertLongToStr(mode, &texts.mode) != ERR_SUCCESS)
+    std::vector<IniSettings::Setting> changes{{keys::slope, {}}};
+    const auto add = [&](const char* key, std::uint32_t number) {
+        changes.push_back({key, {}});
+        return IniSettings::ConvertLongToStr(number, &changes.back().value) == ERR_SUCCESS;
+    };
+    if (IniSettings::ConvertDoubleToStr(settings.k, &changes.back().value) != ERR_SUCCESS ||
+        !add(keys::averageWndSize, settings.averageWndSize) || !add(keys::rejectWndSize, settings.rejectWndSize) ||
+        !add(keys::rejectDeltaInLux, settings.rejectDeltaInLux) ||
+        !add(keys::mode, static_cast<std::uint32_t>(settings.mode)) ||
+        !add(keys::softTransitions, settings.bSoftTransitions) || !add(keys::status, settings.enabled))
         return false;
     file.reload(); // without the empty entries that the look-ups added
-    file.set({{keys::slope, texts.k},
-              {keys::averageWndSize, texts.averageWndSize},
-              {keys::rejectWndSize, texts.rejectWndSize},
-              {keys::rejectDeltaInLux, texts.rejectDeltaInLux},
-              {keys::mode, texts.mode},
-              {keys::softTransitions, oneOrZero(settings.bSoftTransitions)},
-              {keys::status, oneOrZero(settings.enabled)}});
+    file.set(std::move(changes));
     return true;
 }
 
@@ -121,10 +110,7 @@ try {
         logController("Error BacklightController::updateK failed %f\n", k);
         return ERR_SUCCESS;
     }
-    return withSettings([&](IniSettings& settings) {
-        settings.set(keys::slope, text);
-        return ERR_SUCCESS;
-    });
+    return storeSetting(keys::slope, text.c_str());
 } catch (const std::exception&) {
     return ERR_MEM_ALLOC_FAIL;
 }

@@ -12,14 +12,6 @@ namespace {
 
 constexpr int kLedDimmingChanged = 132; // command of the service daemon
 
-eErr store(std::vector<IniSettings::Setting> changes)
-{
-    return withSettings([&](IniSettings& settings) {
-        settings.set(std::move(changes));
-        return ERR_SUCCESS;
-    });
-}
-
 eErr number(const std::string& text, unsigned long* value)
 {
     return IniSettings::ConvertStrToLong(value, text);
@@ -33,13 +25,11 @@ const char* oneOrZero(bool value)
 } // namespace
 
 eErr Backlight_Imp::setAndNotify(const char* key, const char* value)
-try {
-    const eErr err = store({{key, value}});
+{
+    const eErr err = storeSetting(key, value);
     if (err == ERR_SUCCESS)
         newSettings_.signal();
     return err;
-} catch (const std::exception&) {
-    return ERR_MEM_ALLOC_FAIL;
 }
 
 eErr Backlight_Imp::startAutomaticBL()
@@ -89,7 +79,10 @@ try {
     for (std::size_t i = 0; i < std::size(values); ++i)
         if (const eErr err = IniSettings::ConvertLongToStr(values[i], &changes[i].value); err != ERR_SUCCESS)
             return err;
-    const eErr err = store(std::move(changes));
+    const eErr err = withSettings([&](IniSettings& settings) {
+        settings.set(std::move(changes));
+        return ERR_SUCCESS;
+    });
     if (err == ERR_SUCCESS)
         newSettings_.signal();
     return err;
@@ -127,12 +120,10 @@ eErr Backlight_Imp::getLedDimming(HXStatus* status)
 }
 
 eErr Backlight_Imp::setLedDimming(HXStatus status)
-try {
-    if (const eErr err = store({{keys::ledDimming, oneOrZero(status == HXStatusEnabled)}}); err != ERR_SUCCESS)
+{
+    if (const eErr err = storeSetting(keys::ledDimming, oneOrZero(status == HXStatusEnabled)); err != ERR_SUCCESS)
         return err;
     return LinuxWrapper::ControlDaemon(kLedDimmingChanged) == ERR_SUCCESS ? ERR_SUCCESS : ERR_COMMAND_FAILED;
-} catch (const std::exception&) {
-    return ERR_MEM_ALLOC_FAIL;
 }
 
 eErr Backlight_Imp::Release()

@@ -14,6 +14,17 @@ namespace {
 constexpr const char* kLibraryVersion = "1.3.1.0";
 constexpr const char* kSystemVersionFile = "/etc/firmware.ver";
 
+template <class Parts>
+eErr copyOut(const Parts& parts, unsigned char* major, unsigned char* minor, unsigned char* release,
+             unsigned char* build)
+{
+    *major = static_cast<unsigned char>(parts[0]);
+    *minor = static_cast<unsigned char>(parts[1]);
+    *release = static_cast<unsigned char>(parts[2]);
+    *build = static_cast<unsigned char>(parts[3]);
+    return ERR_SUCCESS;
+}
+
 } // namespace
 
 eErr AuxVersion_Imp::readVersion(Read<Block> request, unsigned char* major, unsigned char* minor,
@@ -22,11 +33,7 @@ eErr AuxVersion_Imp::readVersion(Read<Block> request, unsigned char* major, unsi
     Block version{};
     if (const eErr err = channel_.read(request, &version); err != ERR_SUCCESS)
         return err;
-    *major = version[0];
-    *minor = version[1];
-    *release = version[2];
-    *build = version[3];
-    return ERR_SUCCESS;
+    return copyOut(version, major, minor, release, build);
 }
 
 eErr AuxVersion_Imp::getFPGAVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
@@ -54,11 +61,7 @@ eErr AuxVersion_Imp::getHXAuxVersion(unsigned char* major, unsigned char* minor,
     (void)scanVersion(kLibraryVersion, parts);
     if (std::ranges::any_of(parts, [](int part) { return part > 255; }))
         return ERR_COMMAND_FAILED;
-    *major = static_cast<unsigned char>(parts[0]);
-    *minor = static_cast<unsigned char>(parts[1]);
-    *release = static_cast<unsigned char>(parts[2]);
-    *build = static_cast<unsigned char>(parts[3]);
-    return ERR_SUCCESS;
+    return copyOut(parts, major, minor, release, build);
 }
 
 eErr AuxVersion_Imp::getOSVersion(unsigned char* major, unsigned char* minor, unsigned char* release,
@@ -72,11 +75,7 @@ eErr AuxVersion_Imp::getOSVersion(unsigned char* major, unsigned char* minor, un
     VersionParts parts{};
     if (!LinuxWrapper::ParseFirmwareVersion(file.handle(), parts[0], parts[1], parts[2], parts[3]))
         return ERR_COMMAND_FAILED;
-    *major = static_cast<unsigned char>(parts[0]);
-    *minor = static_cast<unsigned char>(parts[1]);
-    *release = static_cast<unsigned char>(parts[2]);
-    *build = static_cast<unsigned char>(parts[3]);
-    return ERR_SUCCESS;
+    return copyOut(parts, major, minor, release, build);
 }
 
 eErr AuxVersion_Imp::getHXAuxDrvVersion(unsigned char* major, unsigned char* minor, unsigned char* release,

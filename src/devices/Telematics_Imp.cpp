@@ -2,10 +2,7 @@
 #include "devices/Telematics_Imp.h"
 
 #include "hx-aux/About.h"
-#include "platform/LinuxWrapper.h"
-#include "settings/IniSettings.h"
-
-#include <exception>
+#include "settings/WithSettings.h"
 
 namespace Halvix {
 
@@ -21,25 +18,18 @@ HXStatus toStatus(bool on)
 
 /// A missing file or key, or a text that is not a number, means "not set".
 eErr readWish(const char* key, HXStatus* status)
-try {
-    IniSettings settings;
-    settings.load(LinuxWrapper::GetSettingsFileName());
-    unsigned long number = 0;
-    (void)IniSettings::ConvertStrToLong(&number, settings.get(key)); // stays 0 then
-    *status = toStatus(number == 1);
-    return ERR_SUCCESS;
-} catch (const std::exception&) {
-    return ERR_MEM_ALLOC_FAIL;
+{
+    return withSettings([&](IniSettings& settings) {
+        unsigned long number = 0;
+        (void)IniSettings::ConvertStrToLong(&number, settings.get(key)); // stays 0 then
+        *status = toStatus(number == 1);
+        return ERR_SUCCESS;
+    });
 }
 
 eErr storeWish(const char* key, HXStatus status)
-try {
-    IniSettings settings;
-    settings.load(LinuxWrapper::GetSettingsFileName());
-    settings.set(key, status == HXStatusEnabled ? "1" : "0");
-    return ERR_SUCCESS;
-} catch (const std::exception&) {
-    return ERR_MEM_ALLOC_FAIL;
+{
+    return storeSetting(key, status == HXStatusEnabled ? "1" : "0");
 }
 
 } // namespace

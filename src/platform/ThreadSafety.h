@@ -13,7 +13,6 @@
 #define HX_SCOPED_CAPABILITY HX_THREAD_ANNOTATION(scoped_lockable)
 #define HX_GUARDED_BY(lock) HX_THREAD_ANNOTATION(guarded_by(lock))
 #define HX_REQUIRES(...) HX_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
-#define HX_EXCLUDES(...) HX_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
 #define HX_ACQUIRE(...) HX_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define HX_TRY_ACQUIRE(...) HX_THREAD_ANNOTATION(try_acquire_capability(__VA_ARGS__))
 #define HX_RELEASE(...) HX_THREAD_ANNOTATION(release_capability(__VA_ARGS__))

@@ -59,14 +59,7 @@ Filled replaceFile(const std::string& fileName, const std::string& text)
 
 } // namespace
 
-// Without the lock the settings are used unlocked, and nothing is released.
-IniSettings::IniSettings() HX_UNCHECKED_LOCKING : lock_{"FILE_HXAUXINI_IS_IN_USE"}, locked_{lock_.wait()} {}
-
-IniSettings::~IniSettings() HX_UNCHECKED_LOCKING
-{
-    if (locked_)
-        lock_.post();
-}
+IniSettings::~IniSettings() = default;
 
 void IniSettings::load(std::string fileName)
 {

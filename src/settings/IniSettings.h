@@ -21,7 +21,7 @@ public:
         std::string value;
     };
 
-    IniSettings();
+    IniSettings() = default;
     ~IniSettings();
     IniSettings(const IniSettings&) = delete;
     IniSettings& operator=(const IniSettings&) = delete;
@@ -58,8 +58,8 @@ private:
     void writeFile(std::string text);
     [[nodiscard]] std::string image(const std::string& key, const std::string& value) const;
 
-    Semaphore lock_;
-    bool locked_;
+    Semaphore semaphore_{"FILE_HXAUXINI_IS_IN_USE"};
+    Lock lock_{semaphore_}; ///< without it the settings are used unlocked, and nothing is released
     std::map<std::string, std::string> entries_;
     std::string fileName_;
     std::string stored_; ///< the file's text as it was last read or written

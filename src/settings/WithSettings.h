@@ -19,4 +19,7 @@ try {
     return ERR_MEM_ALLOC_FAIL;
 }
 
+/// Stores one setting; 32 when out of memory. A missing value is an empty one.
+[[nodiscard]] eErr storeSetting(const char* key, const char* value);
+
 } // namespace Halvix
