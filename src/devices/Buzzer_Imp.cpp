@@ -124,7 +124,8 @@ eErr Buzzer_Imp::buzze(int time, bool blocking) HX_UNCHECKED_LOCKING
     return err;
 }
 
-void Buzzer_Imp::soundPendingBeep(const void* buzzer)
+// The caller of buzze has acquired the lock.
+void Buzzer_Imp::soundPendingBeep(const void* buzzer) HX_UNCHECKED_LOCKING
 {
     auto* self = static_cast<Buzzer_Imp*>(const_cast<void*>(buzzer)); // thread arguments are const
     (void)self->setTrigger(true); // no caller to report to; the time passes regardless

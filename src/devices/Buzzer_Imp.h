@@ -42,10 +42,10 @@ private:
 
     void leave();
 
-    int pendingTime_ = 0;       ///< duration in milliseconds of the beep in the background
     std::atomic<int> users_{1}; ///< the caller, and the thread of a beep
     Semaphore oneBeep_{"HXAUX_BUZZING_IN_PROGRESS"};
-    DeviceChannel channel_{"/dev/buzzer"}; // after the semaphore: opened second, closed first
+    int pendingTime_ HX_GUARDED_BY(oneBeep_) = 0; ///< duration in milliseconds of the beep in the background
+    DeviceChannel channel_{"/dev/buzzer"};        // after the semaphore: opened second, closed first
 };
 
 } // namespace Halvix

@@ -4,8 +4,6 @@
 #include "platform/LinuxWrapper.h"
 #include "platform/ProcessLocks.h"
 
-#include <mutex>
-
 namespace Halvix {
 
 /// The process's file-creation mask for a scope, one scope at a time: if two overlapped, the later one would
@@ -29,7 +27,7 @@ public:
     void keep() { restores_ = false; }
 
 private:
-    std::lock_guard<std::mutex> exclusive_;
+    MutexLock exclusive_;
     unsigned int previous_;
     bool restores_ = true;
 };

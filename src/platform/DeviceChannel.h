@@ -2,8 +2,8 @@
 #pragma once
 
 #include "platform/LinuxWrapper.h"
+#include "platform/Mutex.h"
 
-#include <mutex>
 #include <type_traits>
 
 namespace Halvix {
@@ -168,7 +168,7 @@ public:
     /// Call first in every operation: ERR_SUCCESS, or ERR_OPEN_FAILED.
     [[nodiscard]] eErr ensureOpen()
     {
-        const std::lock_guard oneOpens{opening_};
+        const MutexLock oneOpens{opening_};
         if (!isOpen())
             open(path_);
         return opened();
@@ -176,7 +176,7 @@ public:
 
 private:
     const char* path_;
-    std::mutex opening_;
+    Mutex opening_;
 };
 
 /// A channel that is bound to a device later, and may be bound again.

@@ -7,17 +7,17 @@ namespace Halvix::processlocks {
 
 namespace {
 
-constinit std::mutex maskLock;
-constinit std::mutex tableLock;
+constinit Mutex maskLock;
+constinit Mutex tableLock;
 constinit pthread_once_t registered = PTHREAD_ONCE_INIT;
 
-void lockBoth()
+void lockBoth() HX_UNCHECKED_LOCKING // held over the fork
 {
     maskLock.lock();
     tableLock.lock();
 }
 
-void unlockBoth()
+void unlockBoth() HX_UNCHECKED_LOCKING
 {
     tableLock.unlock();
     maskLock.unlock();
@@ -31,13 +31,13 @@ void registerOnce()
 
 } // namespace
 
-std::mutex& creationMask()
+Mutex& creationMask()
 {
     registerOnce();
     return maskLock;
 }
 
-std::mutex& semaphoreTable()
+Mutex& semaphoreTable()
 {
     registerOnce();
     return tableLock;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <mutex>
+#include "platform/Mutex.h"
 
 /// The locks that belong to the process as a whole. A fork waits until both are free, so that a child never inherits
 /// one from a thread that it does not have. No thread acquires one while it holds the other.
@@ -9,8 +9,8 @@ namespace Halvix::processlocks {
 
 /// Guards the file-creation mask while it differs from the application's, and keeps forks out of the C library's calls
 /// that open and close semaphores.
-std::mutex& creationMask();
+Mutex& creationMask();
 /// Guards the table of semaphore handles.
-std::mutex& semaphoreTable();
+Mutex& semaphoreTable();
 
 } // namespace Halvix::processlocks

@@ -12,7 +12,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <utility>
 
 namespace Halvix {
@@ -42,10 +41,10 @@ void forget(int /*handle*/) {}
 // A pointer does not fit an int: the handle is an index into this table, whose entry 0 stays empty. The table grows and
 // is never freed, because threads of the library outlive the program's static objects.
 
-constinit sem_t** table = nullptr;
-constinit int tableSize = 0;
+constinit sem_t** table HX_GUARDED_BY(processlocks::semaphoreTable()) = nullptr;
+constinit int tableSize HX_GUARDED_BY(processlocks::semaphoreTable()) = 0;
 
-int freeIndex()
+int freeIndex() HX_REQUIRES(processlocks::semaphoreTable())
 {
     for (int i = 1; i < tableSize; ++i)
         if (table[i] == nullptr)
@@ -63,7 +62,7 @@ int freeIndex()
 /// 0 when it runs out of memory.
 int keep(sem_t* semaphore)
 {
-    const std::lock_guard guard{processlocks::semaphoreTable()};
+    const MutexLock guard{processlocks::semaphoreTable()};
     const int index = freeIndex();
     if (index != 0)
         table[index] = semaphore;
@@ -72,13 +71,13 @@ int keep(sem_t* semaphore)
 
 sem_t* find(int handle)
 {
-    const std::lock_guard guard{processlocks::semaphoreTable()};
+    const MutexLock guard{processlocks::semaphoreTable()};
     return handle > 0 && handle < tableSize ? table[handle] : nullptr;
 }
 
 void forget(int handle)
 {
-    const std::lock_guard guard{processlocks::semaphoreTable()};
+    const MutexLock guard{processlocks::semaphoreTable()};
     table[handle] = nullptr;
 }
 
@@ -87,7 +86,7 @@ void forget(int handle)
 /// The C library locks its list of semaphores in sem_open and sem_close, and no fork resets that lock.
 int closeOutsideForks(sem_t* semaphore)
 {
-    const std::lock_guard noFork{processlocks::creationMask()};
+    const MutexLock noFork{processlocks::creationMask()};
     return ::sem_close(semaphore);
 }
 
