@@ -351,7 +351,7 @@ int PreloadedLink::joinThread(pthread_t thread, void** result)
 std::string PreloadedLink::jidaLibrary()
 {
     Dl_info own{};
-    if (dladdr(reinterpret_cast<const void*>(&bytesOf), &own) == 0 || own.dli_fname == nullptr)
+    if (dladdr(reinterpret_cast<const void*>(&PreloadedLink::begin), &own) == 0 || own.dli_fname == nullptr)
         return {};
     const std::string path = own.dli_fname;
     return jidaLibraryWithout(path.substr(0, path.rfind('/')), absentNames());

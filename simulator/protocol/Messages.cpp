@@ -15,10 +15,11 @@ std::string Unpacker::nextText(bool isLast)
 }
 
 /// What no NUL ends is not a word.
-void Unpacker::words(std::vector<std::string>& words)
+Unpacker& Unpacker::words(std::vector<std::string>& words)
 {
     while (std::find(bytes_.begin(), bytes_.end(), std::uint8_t{0}) != bytes_.end())
         words.push_back(nextText(false));
+    return *this;
 }
 
 } // namespace hxsim::wire

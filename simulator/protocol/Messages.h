@@ -75,8 +75,7 @@ struct Note {
     std::string data{};
     static void fields(auto& self, auto& packet)
     {
-        packet.value(self.error);
-        packet.texts(self.subject, self.action, self.data);
+        packet.value(self.error).texts(self.subject, self.action, self.data);
     }
 };
 
@@ -102,11 +101,7 @@ struct Open {
     int flags = 0;
     std::string name{};
     std::string path{};
-    static void fields(auto& self, auto& packet)
-    {
-        packet.value(self.flags);
-        packet.texts(self.name, self.path);
-    }
+    static void fields(auto& self, auto& packet) { packet.value(self.flags).texts(self.name, self.path); }
 };
 
 /// Answered with ShapeKnown.
@@ -114,11 +109,7 @@ struct Shape {
     static constexpr Kind kKind = Kind::Shape;
     std::uint64_t file = 0;
     std::uint32_t request = 0;
-    static void fields(auto& self, auto& packet)
-    {
-        packet.file(self.file);
-        packet.request(self.request);
-    }
+    static void fields(auto& self, auto& packet) { packet.file(self.file).request(self.request); }
 };
 
 struct Ioctl {
@@ -126,12 +117,7 @@ struct Ioctl {
     std::uint64_t file = 0;
     std::uint32_t request = 0;
     Bytes in{}; ///< what the driver takes
-    static void fields(auto& self, auto& packet)
-    {
-        packet.file(self.file);
-        packet.request(self.request);
-        packet.bytes(self.in);
-    }
+    static void fields(auto& self, auto& packet) { packet.file(self.file).request(self.request).bytes(self.in); }
 };
 
 struct Read {
@@ -139,12 +125,7 @@ struct Read {
     std::uint64_t file = 0;
     std::int64_t size = 0;
     bool nonblocking = false;
-    static void fields(auto& self, auto& packet)
-    {
-        packet.file(self.file);
-        packet.value(self.size);
-        packet.other(self.nonblocking);
-    }
+    static void fields(auto& self, auto& packet) { packet.file(self.file).value(self.size).other(self.nonblocking); }
 };
 
 /// Ends a Read or Drain that waits on this connection.
@@ -154,11 +135,7 @@ struct Write {
     static constexpr Kind kKind = Kind::Write;
     std::uint64_t file = 0;
     Bytes in{};
-    static void fields(auto& self, auto& packet)
-    {
-        packet.file(self.file);
-        packet.bytes(self.in);
-    }
+    static void fields(auto& self, auto& packet) { packet.file(self.file).bytes(self.in); }
 };
 
 /// The bytes of a termios, which all open files of the device share.
@@ -166,11 +143,7 @@ struct SetTerminal {
     static constexpr Kind kKind = Kind::SetTerminal;
     std::uint64_t file = 0;
     Bytes settings{};
-    static void fields(auto& self, auto& packet)
-    {
-        packet.file(self.file);
-        packet.bytes(self.settings);
-    }
+    static void fields(auto& self, auto& packet) { packet.file(self.file).bytes(self.settings); }
 };
 
 /// Answered with the bytes and, as result, their number: 0 until they are set.
@@ -182,11 +155,7 @@ struct Flush {
     static constexpr int kOutput = 2;
     std::uint64_t file = 0;
     int what = 0;
-    static void fields(auto& self, auto& packet)
-    {
-        packet.file(self.file);
-        packet.value(self.what);
-    }
+    static void fields(auto& self, auto& packet) { packet.file(self.file).value(self.what); }
 };
 
 using Drain = OfFile<Kind::Drain>;
@@ -218,22 +187,14 @@ struct Answer {
     static constexpr Kind kKind = Kind::Answer;
     std::int64_t result = 0; ///< or -errno
     Bytes bytes{};
-    static void fields(auto& self, auto& packet)
-    {
-        packet.value(self.result);
-        packet.bytes(self.bytes);
-    }
+    static void fields(auto& self, auto& packet) { packet.value(self.result).bytes(self.bytes); }
 };
 
 struct FileOpened {
     static constexpr Kind kKind = Kind::Answer;
     int result = 0; ///< or -errno
     std::uint64_t file = 0;
-    static void fields(auto& self, auto& packet)
-    {
-        packet.value(self.result);
-        packet.file(self.file);
-    }
+    static void fields(auto& self, auto& packet) { packet.value(self.result).file(self.file); }
 };
 
 struct FileFound {
@@ -244,10 +205,7 @@ struct FileFound {
     std::string path{};
     static void fields(auto& self, auto& packet)
     {
-        packet.value(self.result);
-        packet.file(self.file);
-        packet.other(self.flags);
-        packet.texts(self.path);
+        packet.value(self.result).file(self.file).other(self.flags).texts(self.path);
     }
 };
 
@@ -255,11 +213,7 @@ struct ShapeKnown {
     static constexpr Kind kKind = Kind::Answer;
     std::int64_t takes = -1; ///< -1: the driver does not know the request
     std::int64_t gives = 0;
-    static void fields(auto& self, auto& packet)
-    {
-        packet.value(self.takes);
-        packet.other(self.gives);
-    }
+    static void fields(auto& self, auto& packet) { packet.value(self.takes).other(self.gives); }
 };
 
 /// A message as it is sent: the head, and bytes that belong to it or to the message.
@@ -280,28 +234,35 @@ public:
     [[nodiscard]] const Head& head() const { return head_; }
     [[nodiscard]] Bytes bytes() const { return bytes_; }
 
-    void value(std::int64_t value) { head_.value = value; }
-    void other(std::int64_t other) { head_.other = other; }
-    void request(std::uint32_t request) { head_.request = request; }
-    void file(std::uint64_t file) { head_.file = file; }
-    void bytes(Bytes bytes) { bytes_ = bytes; }
+    Packed& value(std::int64_t value) { return set(head_.value, value); }
+    Packed& other(std::int64_t other) { return set(head_.other, other); }
+    Packed& request(std::uint32_t request) { return set(head_.request, request); }
+    Packed& file(std::uint64_t file) { return set(head_.file, file); }
+    Packed& bytes(Bytes bytes) { return set(bytes_, bytes); }
     /// With a NUL between them.
     template <typename... Texts>
-    void texts(const std::string& first, const Texts&... others)
+    Packed& texts(const std::string& first, const Texts&... others)
     {
         text_ = first;
         ((text_ += '\0' + others), ...);
-        bytes_ = bytesOf(text_);
+        return bytes(bytesOf(text_));
     }
     /// A NUL follows each.
-    void words(const std::vector<std::string>& words)
+    Packed& words(const std::vector<std::string>& words)
     {
         for (const std::string& word : words)
             text_ += word + '\0';
-        bytes_ = bytesOf(text_);
+        return bytes(bytesOf(text_));
     }
 
 private:
+    template <typename Field>
+    Packed& set(Field& field, Field value)
+    {
+        field = value;
+        return *this;
+    }
+
     Head head_{};
     std::string text_{};
     Bytes bytes_{};
@@ -314,28 +275,26 @@ public:
 
     [[nodiscard]] bool isComplete() const { return complete_; }
 
-    template <typename Number>
-    void value(Number& value)
-    {
-        value = static_cast<Number>(head_.value);
-    }
-    template <typename Number>
-    void other(Number& other)
-    {
-        other = static_cast<Number>(head_.other);
-    }
-    void request(std::uint32_t& request) const { request = head_.request; }
-    void file(std::uint64_t& file) const { file = head_.file; }
-    void bytes(Bytes& bytes) const { bytes = bytes_; }
-    template <typename... Texts>
-    void texts(Texts&... texts)
+    Unpacker& value(auto& value) { return get(value, head_.value); }
+    Unpacker& other(auto& other) { return get(other, head_.other); }
+    Unpacker& request(std::uint32_t& request) { return get(request, head_.request); }
+    Unpacker& file(std::uint64_t& file) { return get(file, head_.file); }
+    Unpacker& bytes(Bytes& bytes) { return get(bytes, bytes_); }
+    Unpacker& texts(auto&... texts)
     {
         std::size_t left = sizeof...(texts);
         ((texts = nextText(--left == 0)), ...);
+        return *this;
     }
-    void words(std::vector<std::string>& words);
+    Unpacker& words(std::vector<std::string>& words);
 
 private:
+    template <typename Field>
+    Unpacker& get(Field& field, const auto& value)
+    {
+        field = static_cast<Field>(value);
+        return *this;
+    }
     /// The last one takes all that is left.
     std::string nextText(bool isLast);
 
