@@ -19,8 +19,10 @@ constexpr std::chrono::microseconds kAskAgain{100};
 void Mailboxes::rung(Session& session)
 {
     looking_ = patience_.now();
-    if (watched_.empty())
+    if (watched_.empty()) {
+        hasPaid_ = false;
         (void)wasInterrupted(); // a server that waited was
+    }
     if (looking_ > looking_.zero() && std::ranges::find(watched_, &session) == watched_.end()) {
         watched_.push_back(&session);
         session.watchMailbox(true);
@@ -36,7 +38,9 @@ bool Mailboxes::shouldRest(Clock::time_point now)
     if (now - asked_ < kAskAgain)
         return false;
     asked_ = now;
-    return wasInterrupted();
+    const bool interrupted = wasInterrupted();
+    hasPaid_ = hasPaid_ && !interrupted;
+    return interrupted;
 }
 
 bool Mailboxes::wasInterrupted()
@@ -57,6 +61,7 @@ bool Mailboxes::serve()
     for (std::size_t i = 0; i < watched_.size(); ++i) // a request may end sessions
         served = watched_[i]->servePosted() || served;
     if (served) {
+        hasPaid_ = true;
         patience_.paid();
         looking_ = patience_.now();
         served_ = Clock::now();
@@ -66,7 +71,8 @@ bool Mailboxes::serve()
 
 bool Mailboxes::stopWatching()
 {
-    patience_.failed();
+    if (!hasPaid_)
+        patience_.failed();
     for (Session* const session : watched_)
         session->watchMailbox(false);
     const bool served = serve();

@@ -36,6 +36,7 @@ private:
     Patience patience_;
     std::chrono::nanoseconds looking_{0}; ///< this time
     Clock::time_point served_{};
+    bool hasPaid_ = false; ///< a request came without ringing, and nobody else needed the processor
     Clock::time_point asked_{};
     long interruptions_ = 0; ///< so far
 };
