@@ -37,23 +37,28 @@ bool readLine(Characters& file, Line& line)
     return any;
 }
 
-/// Not validated: anything that is not a number counts as 0, and a sign is accepted. The checksum of a line of 41 or
-/// 42 characters is read beyond the line's end, as zero characters.
-unsigned char byteAt(const Line& line, std::size_t index)
+/// Not validated: anything that is not a number counts as 0, and a sign is accepted.
+unsigned char byteOf(char first, char second)
+{
+    unsigned char byte = 0;
+    return hexfield::byte({first, second}, byte) ? byte : 0;
+}
+
+/// Of a line of 41 or 42 characters it is read beyond the line's end, as zero characters.
+unsigned char checksumOf(const Line& line)
 {
     const auto at = [&](std::size_t i) { return i < line.length ? line.text[i] : '\0'; };
-    unsigned char byte = 0;
-    return hexfield::byte({at(index), at(index + 1)}, byte) ? byte : 0;
+    return byteOf(at(kFullRecord), at(kFullRecord + 1));
 }
 
 bool appendRecord(const Line& line, std::vector<unsigned char>& image)
 {
     std::array<unsigned char, kFullRecord / 2> bytes;
     for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = byteAt(line, 2 * i + 1);
+        bytes[i] = byteOf(line.text[2 * i + 1], line.text[2 * i + 2]);
     const auto sum = std::accumulate(bytes.begin(), bytes.end(), 0U);
     image.insert(image.end(), bytes.begin() + kFirstData / 2, bytes.end());
-    return static_cast<unsigned char>(sum + byteAt(line, kFullRecord)) == 0;
+    return static_cast<unsigned char>(sum + checksumOf(line)) == 0;
 }
 
 } // namespace
