@@ -14,6 +14,7 @@ cli::Candidates settings(const cli::Words& before); ///< "KEY="
 cli::Candidates actionWords(const cli::Words& before);
 cli::Candidates devices(const cli::Words& before);
 cli::Candidates calls(const cli::Words& before);
+cli::Candidates profiles(const cli::Words& before);
 cli::Candidates errorNames(const cli::Words& before);
 cli::Candidates programWords(const cli::Words& program);
 

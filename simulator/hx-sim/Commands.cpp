@@ -37,11 +37,25 @@ const std::string& Call::named() const
     return has("unit") ? text("unit") : unit_;
 }
 
-void Call::send(Words words) const
+void Call::sendTo(const std::string& unit, Words words) const
 {
     if (has("json"))
         words.emplace_back("--json");
-    cli::show(stdout, UnitClient{UnitClient::choose(named())}.request(words));
+    cli::show(stdout, UnitClient{unit}.request(words));
+}
+
+void Call::send(const Words& words) const
+{
+    sendTo(UnitClient::choose(named()), words);
+}
+
+void Call::sendToAny(const Words& words) const
+{
+    const std::string unit = UnitClient::chooseAny(named());
+    sendTo(unit, words);
+    if (named().empty() && UnitFolder::running().size() > 1)
+        cli::show(stderr,
+                  "hx-sim: several units are running; this is the list of '" + unit + "', --unit NAME shows another\n");
 }
 
 namespace {
@@ -69,9 +83,10 @@ UnitOptions unitOf(const Call& call)
     return unit;
 }
 
-void doAction(Call& call)
+/// The command and its values, as they are, for the unit.
+void forward(Call& call)
 {
-    call.send(with("do", call.texts("action")));
+    call.send(call.words());
 }
 
 /// "light 250" and "light=250" are the same.
@@ -83,48 +98,14 @@ void set(Call& call)
     call.send(with("set", words));
 }
 
-void get(Call& call)
-{
-    call.send(with("get", call.texts("property")));
-}
-
 void properties(Call& call)
 {
-    call.send({call.has("markdown") ? "properties-page" : "properties"});
+    call.sendToAny({call.has("markdown") ? "properties-page" : "properties"});
 }
 
 void actions(Call& call)
 {
-    call.send({"actions"});
-}
-
-void remove(Call& call)
-{
-    call.send(with("remove", call.texts("path")));
-}
-
-void restore(Call& call)
-{
-    call.send(with("restore", call.texts("path")));
-}
-
-void fail(Call& call)
-{
-    Words words{"fail", call.text("node"), call.text("call")};
-    for (const char* const more : {"errno", "count"})
-        if (call.has(more))
-            words.push_back(call.text(more));
-    call.send(words);
-}
-
-void faults(Call& call)
-{
-    call.send({"faults"});
-}
-
-void unfail(Call& call)
-{
-    call.send(with("unfail", call.texts("node")));
+    call.sendToAny({"actions"});
 }
 
 void list(Call& call)
@@ -187,7 +168,7 @@ void run(Call& call)
 void playLight(Call& call)
 {
     LightPlay play;
-    play.file = call.text("profile");
+    play.file = profileNamed(call.text("profile"));
     if (!call.has("program"))
         return playLightOn(call.named(), play);
     play.unit = unitOf(call);
@@ -362,13 +343,13 @@ std::vector<Object> valueCommands()
         cli::command({.name = "do",
                       .help = "Runs an action on a unit; 'do' may be omitted.",
                       .example = "hx-sim do press front",
-                      .run = doAction,
+                      .run = forward,
                       .values = {value("action", "See: hx-sim actions", actionWords).repeated()},
                       .options = {unit()}}),
         cli::command({.name = "get",
                       .help = "Shows properties of a unit.",
                       .example = "hx-sim get voltage.0",
-                      .run = get,
+                      .run = forward,
                       .values = {value("property", "See: hx-sim properties", propertyNames).repeated()},
                       .options = {unit()}}),
         cli::command(
@@ -395,7 +376,7 @@ std::vector<Object> failureCommands()
         cli::command({.name = "fail",
                       .help = "Injects failures into calls of programs.",
                       .example = "hx-sim fail /dev/backlight 0x40010003 EIO 3",
-                      .run = fail,
+                      .run = forward,
                       .values = {value("node", "A device, a file, a semaphore, or '*'", devices),
                                  value("call", "The call as the log shows it: open, a request's code, ...", calls),
                                  value("errno", "The error that it gets; EIO without one", errorNames).optional(),
@@ -404,25 +385,25 @@ std::vector<Object> failureCommands()
         cli::command({.name = "faults",
                       .help = "Lists injected failures: what is left and how often each was hit.",
                       .example = "hx-sim faults",
-                      .run = faults,
+                      .run = forward,
                       .options = {unit(), json()}}),
         cli::command({.name = "remove",
                       .help = "Removes devices: opening one fails with ENOENT.",
                       .example = "hx-sim remove /dev/lightsensor",
-                      .run = remove,
+                      .run = forward,
                       .values = {value("path", "Devices, files, libjida.so or its functions", devices).repeated()},
                       .options = {unit()}}),
         cli::command({.name = "restore",
                       .help = "Restores removed devices.",
                       .example = "hx-sim restore /dev/lightsensor",
-                      .run = restore,
+                      .run = forward,
                       .values = {value("path", "Devices, files, libjida.so or its functions", devices).repeated()},
                       .options = {unit()}}),
         cli::command(
             {.name = "unfail",
              .help = "Clears injected failures, all or those on NODE.",
              .example = "hx-sim unfail",
-             .run = unfail,
+             .run = forward,
              .values = {value("node", "The node whose failures are cleared; all without one", devices).optional()},
              .options = {unit()}}),
     };
@@ -444,9 +425,13 @@ std::vector<Object> courseCommands()
          "Plays a course of events on a unit over time.",
          {{.name = "light",
            .help = "Plays a light profile on a running unit, or on one of its own with a program.",
-           .example = "hx-sim play light tunnel.profile",
+           .example = "hx-sim play light tunnel",
            .run = playLight,
-           .values = {{.name = "profile", .kind = Kind::File, .help = "Lines SECONDS LUX; 'repeat' as the last one"},
+           .values = {{.name = "profile",
+                       .kind = Kind::File,
+                       .help = "A file of lines SECONDS LUX, 'repeat' as the last one; or the name of a profile that "
+                               "comes with hx-sim",
+                       .live = profiles},
                       programToStart().optional()},
            .options =
                std::vector{excluding(unit(), {"program"})} + unitOptions("program") +

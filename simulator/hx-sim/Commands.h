@@ -16,11 +16,15 @@ public:
     /// The unit named, or the shell's; may be empty.
     [[nodiscard]] const std::string& named() const;
     /// Sends a command to the unit that is meant and prints the answer.
-    void send(cli::Words words) const;
+    void send(const cli::Words& words) const;
+    /// The same for a list that all units have: while several are running, it is that of one of them.
+    void sendToAny(const cli::Words& words) const;
 
     int status = kDone;
 
 private:
+    void sendTo(const std::string& unit, cli::Words words) const;
+
     std::string unit_;
 };
 

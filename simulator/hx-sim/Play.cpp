@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/Play.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
 #include "simulator/hx-sim/UnitClient.h"
 #include "simulator/model/LightSensor.h"
 #include "simulator/model/LightTrace.h"
+#include "simulator/model/Suggestion.h"
 #include "simulator/model/Text.h"
 #include "simulator/plot/LightPlot.h"
 #include "simulator/server/Host.h"
@@ -53,7 +55,42 @@ void draw(Host& host, const LightPlay& play, const LightProfile& profile)
         throw BadText{"cannot write " + play.plot};
 }
 
+std::vector<std::string> namesOfProfiles()
+{
+    std::vector<std::string> names;
+    std::error_code missing;
+    for (const auto& entry : std::filesystem::directory_iterator{profileFolder(), missing})
+        names.push_back(entry.path().stem());
+    std::ranges::sort(names);
+    return names;
+}
+
 } // namespace
+
+/// Beside this program in a build, under share/ when installed.
+std::string profileFolder()
+{
+    const std::filesystem::path own = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    for (const auto& folder : {own / "units/light", own.parent_path() / "share/hx-sim/light"})
+        if (std::filesystem::is_directory(folder))
+            return folder;
+    return {};
+}
+
+std::string profileNamed(const std::string& name)
+{
+    const std::string known = profileFolder() + '/' + name + ".profile";
+    if (name.empty() || name.find('/') != std::string::npos || std::filesystem::exists(name))
+        return name;
+    if (std::filesystem::is_regular_file(known))
+        return known;
+    const std::vector<std::string> names = namesOfProfiles();
+    std::string near = suggestion(name, names);
+    if (near.empty())
+        for (const std::string& each : names)
+            near += (near.empty() ? "; profiles are " : ", ") + each;
+    throw BadText{"there is no file or profile '" + name + '\'' + near};
+}
 
 void playLightOn(const std::string& unit, const LightPlay& play)
 {

@@ -16,6 +16,11 @@ struct LightPlay {
     UnitOptions unit{};
 };
 
+/// The folder of the profiles that come with hx-sim; empty when it is not there.
+std::string profileFolder();
+/// The file of this name, or the profile that comes with hx-sim under it: "tunnel". Throws BadText.
+std::string profileNamed(const std::string& name);
+
 /// Plays the profile on a running unit, from now on.
 void playLightOn(const std::string& unit, const LightPlay& play);
 

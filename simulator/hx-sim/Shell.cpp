@@ -8,6 +8,7 @@
 #include <iostream>
 #include <optional>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 #include <vector>
 
@@ -20,6 +21,29 @@ namespace hxsim {
 
 namespace {
 
+/// While it lives, Ctrl-C in the terminal is a key for the line editor instead of a signal for the programs.
+class InterruptAsKey {
+public:
+    explicit InterruptAsKey(bool wanted) : isSet_{wanted && tcgetattr(STDIN_FILENO, &before_) == 0}
+    {
+        termios settings = before_;
+        settings.c_cc[VINTR] = _POSIX_VDISABLE;
+        if (isSet_)
+            tcsetattr(STDIN_FILENO, TCSADRAIN, &settings);
+    }
+    InterruptAsKey(const InterruptAsKey&) = delete;
+    InterruptAsKey& operator=(const InterruptAsKey&) = delete;
+    ~InterruptAsKey()
+    {
+        if (isSet_)
+            tcsetattr(STDIN_FILENO, TCSADRAIN, &before_);
+    }
+
+private:
+    termios before_{};
+    bool isSet_;
+};
+
 /// The source of lines. libedit is loaded at run time when input is a terminal, so it is not a dependency.
 class Lines {
 public:
@@ -30,6 +54,10 @@ public:
         void* const editor = dlopen("libedit.so.2", RTLD_NOW);
         if (editor == nullptr)
             return;
+        const auto initialize = reinterpret_cast<Initialize>(dlsym(editor, "rl_initialize"));
+        const auto bind = reinterpret_cast<Bind>(dlsym(editor, "rl_parse_and_bind"));
+        if (initialize != nullptr && bind != nullptr && initialize() == 0)
+            clearsLine_ = bind("bind ^C em-kill-line") == 0;
         read_ = reinterpret_cast<Read>(dlsym(editor, "readline"));
         remember_ = reinterpret_cast<Remember>(dlsym(editor, "add_history"));
     }
@@ -49,9 +77,12 @@ public:
 private:
     using Read = char* (*)(const char*);
     using Remember = int (*)(const char*);
+    using Initialize = int (*)();
+    using Bind = int (*)(const char*);
 
     std::optional<std::string> edited() const
     {
+        const InterruptAsKey key{clearsLine_};
         char* const typed = read_(prompt_.c_str());
         if (typed == nullptr)
             return std::nullopt;
@@ -66,6 +97,7 @@ private:
     bool isTerminal_ = isatty(STDIN_FILENO) != 0;
     Read read_ = nullptr;
     Remember remember_ = nullptr;
+    bool clearsLine_ = false;
 };
 
 /// Splits a line at blanks; quotes group words. Throws BadText for an unbalanced quote.

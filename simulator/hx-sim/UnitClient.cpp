@@ -96,4 +96,11 @@ std::string UnitClient::choose(const std::string& named)
     return running.front();
 }
 
+std::string UnitClient::chooseAny(const std::string& named)
+{
+    const std::vector<std::string> running = UnitFolder::running();
+    const bool isChosen = !named.empty() || std::getenv(wire::kFolderVariable) != nullptr || running.size() < 2;
+    return isChosen ? choose(named) : running.front();
+}
+
 } // namespace hxsim

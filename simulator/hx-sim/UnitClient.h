@@ -32,6 +32,8 @@ public:
 
     /// Selects the unit: the one named, the one that this program runs on, or the only running one.
     static std::string choose(const std::string& named);
+    /// The same for what is alike on all units: any running one is good enough.
+    static std::string chooseAny(const std::string& named);
 
 private:
     int fd_;

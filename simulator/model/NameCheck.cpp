@@ -80,6 +80,8 @@ Names allCalls(const Unit& unit)
     return calls;
 }
 
+} // namespace
+
 Names callsOn(const Unit& unit, const std::string& subject)
 {
     const auto node = unit.nodes().find(subject);
@@ -95,8 +97,6 @@ Names callsOn(const Unit& unit, const std::string& subject)
     calls.insert(calls.end(), unit.functions().begin(), unit.functions().end());
     return calls;
 }
-
-} // namespace
 
 void checkPart(const Unit& unit, const std::string& name)
 {

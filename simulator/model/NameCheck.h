@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace hxsim {
 
@@ -15,6 +16,8 @@ struct Fault;
 void checkPart(const Unit& unit, const std::string& name);
 /// What a fault is on: a part, "thread", "sleep", any semaphore, or "*".
 void checkSubject(const Unit& unit, const std::string& name);
+/// The calls on a part that can fail, as faults name them; none for an unknown part.
+std::vector<std::string> callsOn(const Unit& unit, const std::string& subject);
 /// A fault that some call of a program can meet.
 void checkFault(const Unit& unit, const Fault& fault);
 

@@ -120,6 +120,15 @@ CommandResult listDevices(Host& host, int, const Words&)
     return {true, written(all) + '\n'};
 }
 
+/// The calls on a part that can fail, for the completion.
+CommandResult listCalls(Host& host, int, const Words& words)
+{
+    Json all = Json::object();
+    for (const std::string& call : callsOn(host.unit(), words.size() > 1 ? words[1] : ""))
+        all[call] = "a call that can fail";
+    return {true, written(all) + '\n'};
+}
+
 CommandResult act(Host& host, int, const Words& words)
 {
     if (words.size() < 2)
@@ -234,6 +243,7 @@ struct Row {
 
 constexpr Row kCommands[] = {
     {"actions", listActions},
+    {"calls", listCalls},
     {"clear", clearLog},
     {"devices", listDevices},
     {"do", act},

@@ -48,6 +48,14 @@ double Arguments::real(std::string_view name) const
     return numberOf(rows_.find(name)->second, text(name)).value();
 }
 
+Words Call::words() const
+{
+    Words words{spoken(arguments_.object(), arguments_.verb())};
+    for (const Argument& value : arguments_.verb().values)
+        words.insert(words.end(), texts(value.name).begin(), texts(value.name).end());
+    return words;
+}
+
 void Call::document(const std::string&, const std::string& text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);

@@ -67,6 +67,9 @@ public:
         return static_cast<Type>(arguments_.integer(name));
     }
 
+    /// The verb as it is called, and all of its positional values.
+    [[nodiscard]] Words words() const;
+
     virtual void document(const std::string& name, const std::string& text); ///< many lines, printed as they are
 
 private:

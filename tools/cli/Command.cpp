@@ -107,7 +107,9 @@ std::vector<Argument> optionsOf(const Program& program, const Verb& verb)
     std::vector<Argument> options = verb.options;
     if (verb.repeat == Repeat::Watch)
         options.insert(options.end(), program.whenRepeated.begin(), program.whenRepeated.end());
-    options.insert(options.end(), program.always.begin(), program.always.end());
+    for (const Argument& each : program.always)
+        if (std::ranges::find(options, each.name, &Argument::name) == options.end()) // the verb's own one counts
+            options.push_back(each);
     Argument help = flag("help", "prints this help");
     help.letter = 'h';
     options.push_back(help);

@@ -108,7 +108,7 @@ struct Program {
     std::string_view seeAlso;
     std::vector<const Object*> objects;                  ///< sorted by name
     std::vector<std::pair<int, std::string_view>> exits; ///< every exit status and its meaning
-    std::vector<Argument> always = {};                   ///< flags of every verb
+    std::vector<Argument> always = {};                   ///< options of every verb; flags may stand in front of it
     std::vector<Argument> whenRepeated = {};             ///< options of the verbs that may be repeated
     std::string_view implied = "";                       ///< the command that other first words are the values of
     Candidates (*more)() = nullptr;                      ///< the most likely ones of them, for completion

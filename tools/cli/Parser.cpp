@@ -251,7 +251,9 @@ Arguments::Arguments(const Program& program, const Words& words)
     Words rest = words;
     const auto end = std::ranges::find(rest, "--");
     for (const Argument& each : program.always)
-        if (const auto found = std::ranges::find(rest.begin(), end, "--" + std::string(each.name)); found != end)
+        if (each.kind != Kind::Flag)
+            continue;
+        else if (const auto found = std::ranges::find(rest.begin(), end, "--" + std::string(each.name)); found != end)
             values_[std::string(each.name)] = {"yes"};
     const auto isFlag = [&](const std::string& word) { return word.size() > 2 && values_.contains(word.substr(2)); };
     rest.erase(std::remove_if(rest.begin(), end, isFlag), end);

@@ -25,7 +25,7 @@ struct Command {
 std::vector<Command> commands()
 {
     std::vector<Command> all;
-    std::istringstream lines(run("hx-sim completion words ''").output);
+    std::istringstream lines(run("XDG_RUNTIME_DIR=/nonexistent hx-sim completion words ''").output);
     for (Command each; std::getline(lines, each.name, '\t') && std::getline(lines, each.help);)
         all.push_back(each);
     return all;
@@ -98,6 +98,48 @@ TEST_F(HxSimCompletion, OffersOptionsForAWordThatBeginsLikeOneAndNothingOfAProgr
     EXPECT_THAT(run("hx-sim completion words -- log --f"), outputMatches("^--follow\t"));
     EXPECT_THAT(run("hx-sim completion words -- run -- --"), outputIs(""));
     EXPECT_THAT(run("hx-sim completion words -- unknown ''"), AllOf(outputIs(""), statusIs(0)));
+}
+
+TEST_F(HxSimCompletion, WorksWhileSeveralUnitsRun)
+{
+    run("hx-sim start one; hx-sim start two");
+
+    EXPECT_THAT(run("hx-sim completion words -- get voltage.0"), outputMatches("^voltage.0\t"));
+    EXPECT_THAT(run("hx-sim completion words -- pre"), outputMatches("^press\t"));
+}
+
+TEST_F(HxSimCompletion, OffersValuesOfPropertiesAndActions)
+{
+    run("hx-sim start bench");
+
+    EXPECT_THAT(run("hx-sim completion words -- set daemon.running '' | cut -f 1"), outputIs("off\non\n"));
+    EXPECT_THAT(run("hx-sim completion words -- set backlight.level '' | cut -f 1"), outputIs("128\n"));
+    EXPECT_THAT(run("hx-sim completion words -- press '' | cut -f 1"), outputIs("front\n"));
+    EXPECT_THAT(run("hx-sim completion words -- do press front '' | cut -f 1"), outputIs("long\nshort\n"));
+    EXPECT_THAT(run("hx-sim completion words -- start x --set backlight.l | cut -f 1"), outputIs("backlight.level=\n"));
+}
+
+TEST_F(HxSimCompletion, OffersDevicesCallsAndErrorsForFailures)
+{
+    run("hx-sim start bench");
+
+    EXPECT_THAT(run("hx-sim completion words -- fail --unit bench /dev/buz | cut -f 1"), outputIs("/dev/buzzer\n"));
+    EXPECT_THAT(run("hx-sim completion words -- fail /dev/buzzer op | cut -f 1"), outputIs("open\n"));
+    EXPECT_THAT(run("hx-sim completion words -- fail /dev/ttyS0 tcg | cut -f 1"), outputIs("tcgetattr\n"));
+    EXPECT_THAT(run("hx-sim completion words -- fail /dev/buzzer open EIO | cut -f 1"), outputIs("EIO\n"));
+}
+
+TEST_F(HxSimCompletion, OffersTheProfilesThatComeWithIt)
+{
+    EXPECT_THAT(run("hx-sim completion words -- play light t"), outputIs("tunnel\ta light profile\n"));
+}
+
+TEST_F(HxSimCompletion, OffersProgramsAndTheWordsOfTheUnitsToolBehindRun)
+{
+    EXPECT_THAT(run("hx-sim completion words -- run -- hxau | cut -f 1"), outputIs("hxaux\n"));
+    EXPECT_THAT(run("hx-sim completion words -- run -- hxaux version f | cut -f 1"), outputIs("fpga\nfront\n"));
+    EXPECT_THAT(run("hx-sim completion words -- record -o x -- hxaux volt | cut -f 1"), outputIs("voltage\n"));
+    EXPECT_THAT(run("hx-sim completion words -- run -- ls ''"), AllOf(outputIs(""), statusIs(0)));
 }
 
 TEST_F(HxSimCompletion, WorksInBash)

@@ -59,6 +59,61 @@ TEST_F(HxSim, ListsTheUnitsThatRun)
     EXPECT_THAT(run("hx-sim list"), outputIs("two\n"));
 }
 
+TEST_F(HxSim, ListsPropertiesAndActionsWhileSeveralUnitsRun)
+{
+    run("hx-sim start one; hx-sim start two");
+
+    for (const char* const list : {"properties", "actions"})
+        EXPECT_THAT(run("hx-sim " + std::string{list}),
+                    AllOf(outputMatches("voltage"), errorMatches("several units .* --unit NAME"), statusIs(0)));
+    EXPECT_THAT(run("hx-sim properties --unit two"), AllOf(hxtest::errorIs(""), statusIs(0)));
+    EXPECT_THAT(run("hx-sim set light 1"), AllOf(errorMatches("several units are running; choose one"), statusIs(6)));
+}
+
+TEST_F(HxSim, PlaysAProfileThatComesWithItByItsName)
+{
+    run("hx-sim start unit");
+
+    EXPECT_THAT(run("hx-sim play light tunnel"), AllOf(hxtest::errorIs(""), statusIs(0)));
+    EXPECT_THAT(
+        run("hx-sim play light tunel"),
+        AllOf(hxtest::errorIs("hx-sim: there is no file or profile 'tunel'; did you mean 'tunnel'?\n"), statusIs(1)));
+    EXPECT_THAT(run("hx-sim play light night"), AllOf(errorMatches("profiles are day, flicker, hand"), statusIs(1)));
+}
+
+struct Wording {
+    const char* words;
+    const char* error;
+};
+
+TEST_F(HxSim, NamesEachUsageErrorInItsOwnWords)
+{
+    for (const Wording& each : {Wording{"start", "missing argument: name; usage: hx-sim start NAME"},
+                                Wording{"start one two", "too many arguments: 'two'; usage: hx-sim start NAME"},
+                                Wording{"log --folow", "there is no option '--folow'; did you mean '--follow'?"},
+                                Wording{"log --clear --follow", "--clear and --follow exclude each other"},
+                                Wording{"run --unit", "--unit needs a value"},
+                                Wording{"run --scale 0 -- true", "--scale: 0 is outside 0.001 to 100000"},
+                                Wording{"run --scale x -- true", "--scale: 'x' is not a number"},
+                                Wording{"run --keep '' -- true", "--keep: it is empty"},
+                                Wording{"play light x --seconds 1", "--seconds needs PROGRAM"},
+                                Wording{"play sound", "there is no verb 'sound'; the verbs are light"},
+                                Wording{"--no-such", "there is no option '--no-such'"}})
+        EXPECT_THAT(run(std::string{"hx-sim "} + each.words),
+                    AllOf(hxtest::errorIs(std::string{"hx-sim: "} + each.error + "\n"), statusIs(2)));
+}
+
+TEST_F(HxSim, ShowsHelpInAnySpelling)
+{
+    const std::string help = run("hx-sim set --help").output;
+    EXPECT_THAT(help, testing::HasSubstr("hx-sim set PROPERTY"));
+    for (const char* const words : {"help set", "--help set", "set -h", "-h set"})
+        EXPECT_THAT(run(std::string{"hx-sim "} + words), AllOf(outputIs(help), statusIs(0)));
+    EXPECT_EQ(run("hx-sim help").output, run("hx-sim --help").output);
+    EXPECT_EQ(run("hx-sim -V").output, run("hx-sim --version").output);
+    EXPECT_THAT(run("hx-sim run hxaux --help"), outputMatches("^hxaux OBJECT"));
+}
+
 TEST_F(HxSim, RefusesASecondUnitOfTheSameName)
 {
     run("hx-sim start unit");

@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-sim shell, as people and scripts use it.
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include "tests/simulator/hx-sim/UnitFixture.h"
 
 namespace {
@@ -22,6 +27,46 @@ protected:
     {
         return run("printf '%s\\n' " + lines + " | hx-sim shell");
     }
+};
+
+/// A shell on a terminal of its own, for what is typed while it reads.
+class TypedShell {
+public:
+    TypedShell() : child_{forkpty(&terminal_, nullptr, nullptr, nullptr)}
+    {
+        if (child_ == 0) {
+            execl(HXSIM_PROGRAM, "hx-sim", "shell", nullptr);
+            _exit(127);
+        }
+    }
+    TypedShell(const TypedShell&) = delete;
+    TypedShell& operator=(const TypedShell&) = delete;
+    ~TypedShell()
+    {
+        close(terminal_);
+        waitpid(child_, nullptr, 0);
+    }
+
+    void type(const std::string& keys) const { (void)!write(terminal_, keys.data(), keys.size()); }
+    /// Waits until the terminal shows this, behind what was waited for before.
+    bool shows(const std::string& text)
+    {
+        while (shown_.find(text) == std::string::npos) {
+            char buffer[1024];
+            pollfd source{terminal_, POLLIN, 0};
+            const ssize_t count = poll(&source, 1, 30000) == 1 ? read(terminal_, buffer, sizeof buffer) : 0;
+            if (count <= 0)
+                return false;
+            shown_.append(buffer, static_cast<std::size_t>(count));
+        }
+        shown_.erase(0, shown_.find(text) + text.size());
+        return true;
+    }
+
+private:
+    int terminal_ = -1;
+    std::string shown_{};
+    pid_t child_;
 };
 
 } // namespace
@@ -79,4 +124,35 @@ TEST_F(HxSimShell, HasAPromptInATerminalAlone)
 {
     EXPECT_THAT(runOnTerminal("(echo get light; sleep 0.2) | hx-sim shell"), outputMatches("^[0-9.]+\r\n$"));
     EXPECT_THAT(runOnTerminal("timeout --foreground 0.5 hx-sim shell"), outputMatches("bench> "));
+}
+
+TEST_F(HxSimShell, ClearsTheLineAtCtrlC)
+{
+    run("hx-sim set light 77");
+    TypedShell shell;
+    ASSERT_TRUE(shell.shows("bench> "));
+
+    shell.type("nonsense");
+    ASSERT_TRUE(shell.shows("nonsense"));
+    shell.type("\x03get light\n");
+
+    EXPECT_TRUE(shell.shows("\n77\r\n")) << "the rest of the line was not cleared";
+    EXPECT_TRUE(shell.shows("bench> "));
+    shell.type("exit\n");
+}
+
+TEST_F(HxSimShell, EndsAProgramAtCtrlCAndContinues)
+{
+    run("hx-sim set light 77");
+    TypedShell shell;
+    ASSERT_TRUE(shell.shows("bench> "));
+
+    shell.type("run -- sh -c 'echo be''gun; exec sleep 100'\n");
+    ASSERT_TRUE(shell.shows("begun\r\n"));
+    shell.type("\x03");
+    ASSERT_TRUE(shell.shows("bench> "));
+    shell.type("get light\n");
+
+    EXPECT_TRUE(shell.shows("\n77\r\n"));
+    shell.type("exit\n");
 }
