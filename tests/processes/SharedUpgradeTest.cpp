@@ -88,7 +88,7 @@ TEST(UpgradeTool, PrintsThePhasesAsJson)
             phases.push_back(document["result"]["phase"]);
     }
     EXPECT_THAT(phases, testing::IsSupersetOf({"reading file", "writing", "verifying"}));
-    EXPECT_EQ(document["result"]["written and verified"], 30000);
+    EXPECT_EQ(document["result"]["written_and_verified"], 30000);
     EXPECT_EQ(document["status"], 0);
 }
 

@@ -3,6 +3,9 @@
 
 #include "tools/hxaux/Objects.h"
 
+#include <array>
+#include <ctime>
+
 namespace hxaux {
 
 Exit statusOf(Halvix::eErr code)
@@ -70,6 +73,23 @@ void Call::note(Exit status, Problem problem)
 void Call::print(const std::string& name, Value value, const std::string& unit)
 {
     report_.result.push_back({name, std::move(value), unit});
+}
+
+void Call::printNamedByUser(const std::string& name, Value value)
+{
+    report_.result.push_back({name, std::move(value), "", NameOf::User});
+}
+
+// With its date and offset for programs, as a clock shows it for people.
+void Call::noteTime()
+{
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm local{};
+    localtime_r(&now.tv_sec, &local);
+    std::array<char, 40> text{};
+    std::strftime(text.data(), text.size(), asJson() ? "%FT%T%z" : "%T", &local);
+    report_.time = text.data();
 }
 
 void Call::document(const std::string& name, const std::string& text)

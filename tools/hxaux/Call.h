@@ -31,6 +31,8 @@ public:
     void problem(Exit status, const std::string& item, const std::string& text);
 
     void print(const std::string& name, Value value, const std::string& unit = "");
+    void printNamedByUser(const std::string& name, Value value); ///< a key of the unit's own, such as a setting
+    void noteTime();                                             ///< the time of day becomes part of what is shown next
     void document(const std::string& name, const std::string& text) override;
     void note(const std::string&
                   text); ///< a sentence on standard error to the user: "request sent; the outcome is not known"

@@ -5,6 +5,7 @@
 #include "tools/cli/Manual.h"
 #include "tools/hxaux/Call.h"
 #include "tools/hxaux/Objects.h"
+#include "tools/hxaux/Requests.h"
 #include "tools/hxaux/Signals.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <memory>
 #include <new>
 #include <system_error>
+#include <unistd.h>
 
 namespace hxaux {
 
@@ -35,6 +37,7 @@ Exit watch(const cli::Arguments& arguments, Screen& screen)
     screen.redrawInPlace();
     for (;;) {
         Call call(arguments, screen, kept);
+        call.noteTime();
         try {
             arguments.verb().run(call);
         } catch (const Stop&) {
@@ -57,10 +60,29 @@ Exit once(const cli::Arguments& arguments, Screen& screen)
     return call.status();
 }
 
+// Ends the program, in the midst of a call of the library that holds no lock yet.
+[[noreturn]] void giveUp(const cli::Arguments& arguments)
+{
+    Screen(arguments.has("json") ? Form::Json : Form::Text)
+        .show({std::string(arguments.object().name),
+               std::string(arguments.verb().name),
+               Exit::Busy,
+               {},
+               {"'hxaux locks' shows the holder"},
+               {{"", -1, "the lock is still taken after " + arguments.text("timeout") + " s"}}});
+    std::fflush(stdout);
+    _exit(static_cast<int>(Exit::Busy));
+}
+
 int runVerb(const cli::Arguments& arguments)
 {
     Screen screen(arguments.has("json") ? Form::Json : Form::Text);
-    const bool repeated = arguments.verb().repeat == Repeat::Watch && arguments.has("watch");
+    printRequests(arguments.has("verbose"));
+    if (arguments.has("timeout"))
+        HeldSignals::limitWaits(std::chrono::duration<double>(arguments.real("timeout")),
+                                [&arguments] { giveUp(arguments); });
+    const bool repeated = arguments.verb().repeat == Repeat::Watch &&
+                          (arguments.has("watch") || arguments.has("every") || arguments.has("count"));
     Exit status = repeated ? watch(arguments, screen) : once(arguments, screen);
     if (!Screen::flushed() && status == Exit::Done) {
         std::fputs("hxaux: standard output cannot be written\n", stderr);

@@ -46,10 +46,12 @@ const cli::Program& program()
                   {129, "ended by HUP"},
                   {130, "ended by INT (Ctrl-C)"},
                   {143, "ended by TERM"}},
-        .always = {flag("json", "prints one line of JSON per result")},
+        .always = {flag("json", "prints one line of JSON per result"),
+                   flag("verbose", "prints each request to a device on standard error"),
+                   real("timeout", 0.1, 86400, "s", "how long to wait for a lock of another program; else forever")},
         .whenRepeated = {flag("watch", "repeats until Ctrl-C"),
-                         real("every", 0.01, 86400, "s", "how long --watch waits in between; 1 s if not given"),
-                         integer("count", 1, 1e9, "times", "ends --watch after so many times")},
+                         real("every", 0.01, 86400, "s", "repeats so often; --watch every second"),
+                         integer("count", 1, 1e9, "times", "repeats so many times")},
     };
     return table;
 }

@@ -19,7 +19,8 @@ std::string progressBar(int percent, int width)
 
 std::string timeLeft(int percent, std::chrono::milliseconds elapsed)
 {
-    if (percent <= 2 || percent >= 100)
+    constexpr std::chrono::seconds kLeastKnown(2);
+    if (percent < 5 || percent >= 100 || elapsed < kLeastKnown)
         return "";
     const long long seconds = elapsed.count() * (100 - percent) / percent / 1000;
     std::array<char, 40> text{};
@@ -31,7 +32,7 @@ void Progress::update(const std::string& phase, int percent, const std::string& 
 {
     const auto now = std::chrono::steady_clock::now();
     if (phase != phase_) {
-        call_.screen().endPassingLine();
+        complete();
         began_ = now;
     } else if (percent == percent_) {
         return;
@@ -45,7 +46,19 @@ void Progress::update(const std::string& phase, int percent, const std::string& 
         return;
     }
     const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - began_);
-    call_.screen().passingLine(phase + " " + progressBar(percent, 40) + " " + extra + " " + timeLeft(percent, elapsed));
+    draw(percent, extra + " " + timeLeft(percent, elapsed));
+}
+
+void Progress::draw(int percent, const std::string& extra) const
+{
+    call_.screen().passingLine(phase_ + " " + progressBar(percent, 40) + " " + extra);
+}
+
+void Progress::complete()
+{
+    if (call_.onTerminal() && !phase_.empty())
+        draw(100, "");
+    end();
 }
 
 } // namespace hxaux

@@ -13,11 +13,14 @@ class Progress {
 public:
     explicit Progress(Call& call) : call_(call) {}
 
-    /// Call after every possible change. The extra text follows the bar.
+    /// Call after every possible change. The extra text follows the bar. A phase that another one follows is complete.
     void update(const std::string& phase, int percent, const std::string& extra = "");
+    void complete(); ///< the last phase is done
     void end() { call_.screen().endPassingLine(); }
 
 private:
+    void draw(int percent, const std::string& extra) const;
+
     Call& call_;
     std::string phase_;
     int percent_ = -1;
@@ -26,7 +29,7 @@ private:
 
 /// "[######------]  50 %": pure, so that it can be tested.
 std::string progressBar(int percent, int width);
-/// "1:05 left", or nothing when it cannot be estimated.
+/// "1:05 left", or nothing when it cannot be estimated yet.
 std::string timeLeft(int percent, std::chrono::milliseconds elapsed);
 
 } // namespace hxaux

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 namespace hxaux {
 
@@ -18,11 +19,47 @@ using Json = nlohmann::ordered_json;
 
 Json jsonOf(const Value& value);
 
+// What a field is in JSON: its key, and its number within a series.
+struct Key {
+    std::string name;
+    std::optional<long long> number = std::nullopt;
+};
+
+Key keyOf(const Field& field)
+{
+    if (field.by == NameOf::User)
+        return {field.name};
+    std::string name = field.name;
+    std::optional<long long> number;
+    if (const std::size_t blank = name.rfind(' '); blank != std::string::npos)
+        number = toInteger(name.substr(blank + 1));
+    if (number)
+        name.resize(name.rfind(' '));
+    std::ranges::replace(name, ' ', '_');
+    return {name, number};
+}
+
+// An element of a series: {"number":3,"value":11.9}, or with the members of a record.
+Json elementOf(long long number, Json value)
+{
+    Json element = {{"number", number}};
+    if (value.is_object())
+        element.update(value);
+    else
+        element["value"] = std::move(value);
+    return element;
+}
+
 Json jsonOf(const Value::Record& fields)
 {
     Json object = Json::object();
-    for (const Field& field : fields)
-        object[field.name] = jsonOf(field.value);
+    for (const Field& field : fields) {
+        const Key key = keyOf(field);
+        if (key.number)
+            object[key.name].push_back(elementOf(*key.number, jsonOf(field.value)));
+        else
+            object[key.name] = jsonOf(field.value);
+    }
     return object;
 }
 
@@ -59,11 +96,12 @@ Json unitsOf(const std::vector<Field>& fields)
 {
     Json units = Json::object();
     for (const Field& field : fields) {
+        const std::string key = keyOf(field).name;
         if (!field.unit.empty())
-            units[field.name] = field.unit;
+            units[key] = field.unit;
         if (const auto* record = std::get_if<Value::Record>(&field.value.any())) {
             if (Json inner = unitsOf(*record); !inner.empty())
-                units[field.name] = std::move(inner);
+                units[key] = std::move(inner);
         }
     }
     return units;
@@ -96,20 +134,21 @@ std::string asJson(const Report& report)
     Json problems = Json::array();
     for (const Problem& problem : report.problems)
         problems.push_back(jsonOf(problem));
-    const Json whole = {{"format", kJsonFormat},
-                        {"object", report.object},
-                        {"verb", report.verb},
-                        {"status", static_cast<int>(report.status)},
-                        {"result", jsonOf(report.result)},
-                        {"units", unitsOf(report.result)},
-                        {"notes", report.notes},
-                        {"errors", problems}};
+    Json result = jsonOf(report.result);
+    if (!report.time.empty())
+        result["time"] = report.time;
+    const Json whole = {{"format", kJsonFormat}, {"object", report.object},
+                        {"verb", report.verb},   {"status", static_cast<int>(report.status)},
+                        {"result", result},      {"units", unitsOf(report.result)},
+                        {"notes", report.notes}, {"errors", problems}};
     return cli::written(whole) + "\n";
 }
 
 std::string asText(const Report& report)
 {
     std::string text;
+    if (!report.time.empty() && !report.result.empty())
+        text = "time: " + report.time + "\n";
     for (const Field& field : report.result)
         text += cli::printable(field.name) + ": " + field.value.text() + (field.unit.empty() ? "" : " " + field.unit) +
                 "\n";

@@ -23,10 +23,11 @@ struct Report {
     std::vector<Field> result;
     std::vector<std::string> notes;
     std::vector<Problem> problems;
+    std::string time = ""; ///< of day, of a round of values; empty for a report that is alone
 };
 
 /// The version of the JSON format; it grows when a reader of the older format could misread the newer one.
-constexpr int kJsonFormat = 2;
+constexpr int kJsonFormat = 3;
 
 /// One line, ended by a line break. docs/json.md describes the format.
 std::string asJson(const Report& report);

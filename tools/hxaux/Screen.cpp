@@ -37,7 +37,7 @@ void Screen::show(const Report& report)
     put(text, stdout);
     std::fflush(stdout);
     drawnLines_ = static_cast<std::size_t>(std::ranges::count(text, '\n'));
-    put(noteLines(report) + problemLines(report), stderr);
+    put(problemLines(report) + noteLines(report), stderr);
 }
 
 void Screen::passingLine(const std::string& line)

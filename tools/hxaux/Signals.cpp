@@ -68,6 +68,7 @@ public:
 
 private:
     void endWhenStuck();
+    void endWhenTooLong();
     [[nodiscard]] bool isStuck() const;
 
     sigset_t held_{};
@@ -78,6 +79,7 @@ private:
     std::function<void()> release_;
     std::condition_variable ended_;
     bool end_ = false;
+    std::chrono::milliseconds waited_{};
     std::thread observer_;
 };
 
@@ -106,6 +108,34 @@ HeldSignals::Hold::~Hold()
         std::raise(*awaited_);
 }
 
+namespace {
+
+// How long a wait for a lock may last; without an end it may last forever.
+struct Limit {
+    std::chrono::duration<double> time{};
+    std::function<void()> end;
+};
+
+Limit& limit()
+{
+    static Limit theLimit;
+    return theLimit;
+}
+
+} // namespace
+
+// Another wait for a lock may have begun meanwhile: only the sum of what was seen counts.
+void HeldSignals::Hold::endWhenTooLong()
+{
+    waited_ = waitsForALock(holder_) ? waited_ + kLook : 0ms;
+    if (!limit().end || waited_ < limit().time)
+        return;
+    if (release_)
+        std::exchange(release_, {})();
+    if (waitsForALock(holder_))
+        limit().end();
+}
+
 bool HeldSignals::Hold::isStuck() const
 {
     return isPending(held_) && waitsForALock(holder_);
@@ -116,6 +146,7 @@ void HeldSignals::Hold::endWhenStuck()
     std::unique_lock lock(mutex_);
     int looks = 0;
     while (!ended_.wait_for(lock, kLook, [this] { return end_; })) {
+        endWhenTooLong();
         looks = isStuck() ? looks + 1 : 0;
         if (looks < kLooksUntilStuck)
             continue;
@@ -182,6 +213,11 @@ std::optional<int> HeldSignals::await(std::chrono::milliseconds wait) const
 void HeldSignals::beforeTheEnd(std::function<void()> release) const
 {
     hold_->beforeTheEnd(std::move(release));
+}
+
+void HeldSignals::limitWaits(std::chrono::duration<double> time, std::function<void()> end)
+{
+    limit() = {time, std::move(end)};
 }
 
 Exit exitOf(int signal)

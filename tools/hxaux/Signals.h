@@ -31,6 +31,10 @@ public:
     /// When this returns, the former function is not running.
     void beforeTheEnd(std::function<void()> release) const;
 
+    /// From now on a wait for a lock of this length ends the program: `end` is called in another thread, after the
+    /// former function.
+    static void limitWaits(std::chrono::duration<double> limit, std::function<void()> end);
+
 private:
     class Hold;
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/hxaux/UpgradeRun.h"
 
+#include "hx-aux/AuxVersion.h"
 #include "tools/hxaux/Call.h"
 #include "tools/hxaux/Interface.h"
 #include "tools/hxaux/MemoryFile.h"
@@ -97,13 +98,21 @@ void waitForTheLock(FirmwareUpgrade& upgrade, const HeldSignals& held)
 // Shows the progress of a run, with the transfer rate.
 class ShownProgress {
 public:
-    ShownProgress(Call& call, unsigned long imageSize) : progress_(call), imageSize_(imageSize) {}
+    ShownProgress(Call& call, unsigned long imageSize)
+        : progress_(call), imageSize_(imageSize), onTerminal_(call.onTerminal())
+    {
+    }
     ~ShownProgress() { progress_.end(); }
     ShownProgress(const ShownProgress&) = delete;
     ShownProgress& operator=(const ShownProgress&) = delete;
 
+    void complete() { progress_.complete(); }
     void show(const UpgradeStatus& status)
     {
+        const bool isEnd =
+            status.action == Halvix::UpgradeActionFinished || status.action == Halvix::UpgradeActionFailed;
+        if (isEnd && onTerminal_)
+            return; // the result follows
         if (status.action != phase_)
             began_ = steady_clock::now();
         phase_ = status.action;
@@ -116,6 +125,7 @@ public:
 private:
     Progress progress_;
     unsigned long imageSize_;
+    bool onTerminal_;
     Halvix::UpgradeAction phase_ = Halvix::UpgradeActionReserved;
     steady_clock::time_point began_;
 };
@@ -155,6 +165,8 @@ private:
         for (const UpgradeStatus& status : reader.news())
             progress.show(status);
         code_ = *reader.result();
+        if (code_ == Halvix::ERR_SUCCESS)
+            progress.complete();
         cause_ = causeOf(job_.task, job_.target, code_);
         if (!cause_.phase)
             cause_.phase = reader.failedIn();
@@ -192,6 +204,23 @@ void verifyMicrocontroller(Call& call, const Job& job, const FirmwareCheck& chec
                                     " % of the file could be compared: the flash is smaller or of an unknown kind");
 }
 
+// Empty when the unit does not answer.
+std::string installedVersion(FirmwareTarget target)
+{
+    const Interface<Halvix::AuxVersion> versions(GetAuxVersion());
+    std::array<unsigned char, 4> numbers{};
+    const auto read = [&](auto get) {
+        return ((*versions).*get)(&numbers[0], &numbers[1], &numbers[2], &numbers[3]) == Halvix::ERR_SUCCESS;
+    };
+    const bool known = target == FirmwareTarget::Supervisor ? read(&Halvix::AuxVersion::getSSVersion)
+                       : target == FirmwareTarget::Front    ? read(&Halvix::AuxVersion::getFrontVersion)
+                                                            : read(&Halvix::AuxVersion::getFPGAVersion);
+    std::string text;
+    for (const unsigned char number : numbers)
+        text += (text.empty() ? "" : ".") + std::to_string(number);
+    return known ? text : "";
+}
+
 void carryOut(Call& call, const Job& job, const FirmwareCheck& check, const HeldSignals& held)
 {
     if (job.task == UpgradeTask::Verify && job.target != FirmwareTarget::Fpga)
@@ -227,7 +256,8 @@ std::string phaseName(Halvix::UpgradeAction action)
 
 std::string transferRate(unsigned long imageSize, int percent, milliseconds elapsed)
 {
-    if (imageSize == 0 || percent == 0 || elapsed.count() == 0)
+    constexpr milliseconds kLeastKnown(1000);
+    if (imageSize == 0 || percent == 0 || elapsed < kLeastKnown)
         return "";
     const double bytes = static_cast<double>(imageSize) * percent / 100;
     std::array<char, 32> text{};
@@ -288,8 +318,14 @@ void runUpgrade(Call& call, UpgradeTask task, FirmwareTarget target, const std::
         call.fail(Exit::File, file + ": " + check.problem);
 
     const HeldSignals held;
+    if (const std::string version = installedVersion(target); task == UpgradeTask::Upgrade && !version.empty()) {
+        call.print("installed version", version);
+        call.show();
+    }
     try {
         carryOut(call, {task, target}, check, held);
+        if (const std::string version = installedVersion(target); task == UpgradeTask::Upgrade && !version.empty())
+            call.print("version now", version);
         call.print(task == UpgradeTask::Upgrade ? "written and verified" : "verified", check.imageSize, "bytes");
         call.show(); // before a held signal takes effect
     } catch (const Stop&) {

@@ -62,10 +62,14 @@ private:
     Any any_;
 };
 
+/// Who chose a field's name. Ours become keys of JSON: "voltage 3" is an element of the series "voltage".
+enum class NameOf { Tool, User };
+
 struct Field {
     std::string name;
     Value value;
     std::string unit = "";
+    NameOf by = NameOf::Tool;
 };
 
 } // namespace hxaux

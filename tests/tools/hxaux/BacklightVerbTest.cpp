@@ -106,6 +106,12 @@ TEST(LightVerb, WatchedShowsTheLevelAndTheOneOfTheSlopeToo)
         AllOf(statusIs(0), outputMatches("level: 77\nlevel by slope: 221\n")));
 }
 
+TEST(LightVerb, WatchedShowsTheLevelOfTheSlopeThatTheAutomaticBacklightBeginsWith)
+{
+    EXPECT_THAT(script("hxaux light --watch --count 1", "--set 'light.channels = 0xc5 0xa3'"),
+                AllOf(statusIs(0), outputMatches("level by slope: 221\n")));
+}
+
 TEST(LightVerb, WatchedAsJsonIsOneObjectALine)
 {
     const Outcome outcome = onUnit("hxaux light --watch --count 3 --every 0.1 --json");
@@ -148,7 +154,9 @@ TEST(EepromVerb, RefusesWhatWouldBreakTheTextBeforeAnyRequest)
 
 TEST(EepromVerb, ReportsAMissingProperty)
 {
-    EXPECT_THAT(onUnit("hxaux eeprom get NOTHING"), AllOf(statusIs(1), errorMatches("\\(18\\)")));
+    EXPECT_THAT(onUnit("hxaux eeprom get NOTHING"),
+                AllOf(statusIs(1), errorMatches("\\(18\\)\nthe property is missing.*'hxaux eeprom list' shows")));
+    EXPECT_THAT(onUnit("hxaux eeprom get UNIT_SERIL"), errorMatches("did you mean 'UNIT_SERIAL'\\?"));
 }
 
 TEST(SettingsVerb, StoresShowsAndListsWhatIsDocumented)
@@ -166,11 +174,13 @@ TEST(SettingsVerb, RefusesWhatWouldBreakTheFileBeforeAnyRequest)
 
 TEST(SettingsVerb, ReportsAMissingSetting)
 {
-    EXPECT_THAT(onUnit("hxaux settings get Nothing"),
-                AllOf(statusIs(1), outputIs(""),
-                      errorMatches("^the setting is missing or empty\nsettings get: .* \\(17\\)\n$")));
+    EXPECT_THAT(
+        onUnit("hxaux settings get Nothing"),
+        AllOf(statusIs(1), outputIs(""),
+              errorMatches("^settings get: .* \\(17\\)\nthe setting is missing or empty; 'hxaux settings list' ")));
     const auto json = onUnit("hxaux settings get Nothing --json");
-    EXPECT_EQ(jsonOf(json)["notes"][0], "the setting is missing or empty");
+    EXPECT_EQ(jsonOf(json)["notes"][0],
+              "the setting is missing or empty; 'hxaux settings list' shows those that are set");
     EXPECT_EQ(json.error, "");
 }
 

@@ -43,8 +43,8 @@ TEST(CalibrateVerb, GivesOneLineOfJsonPerStep)
     const auto lines = jsonLinesOf(onUnit("hxaux calibrate run --json", kFinger));
 
     ASSERT_EQ(lines.size(), 11U);
-    EXPECT_EQ(lines[0]["result"]["point 1"], "waiting");
-    EXPECT_EQ(lines[9]["result"]["point 5"], "taken");
+    EXPECT_EQ(lines[0]["result"]["point"][0]["value"], "waiting");
+    EXPECT_EQ(lines[9]["result"]["point"][0]["value"], "taken");
     EXPECT_EQ(lines[10]["result"]["calibration"], "finished");
 }
 

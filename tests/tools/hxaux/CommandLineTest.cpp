@@ -2,6 +2,9 @@
 // Arguments, help and usage errors: tests without a unit.
 #include "testing/Command.h"
 
+#include <algorithm>
+#include <sstream>
+
 using namespace hxtest;
 using testing::AllOf;
 
@@ -89,6 +92,90 @@ TEST(CommandLine, TakesJsonInFrontOfTheObjectAsWell)
 TEST(CommandLine, PrintsItsVersion)
 {
     EXPECT_THAT(run("hxaux --version"), AllOf(outputIs("hxaux 1.3.1.0\n"), statusIs(0)));
+}
+
+TEST(CommandLine, PrintsItsVersionForTheShortOptionToo)
+{
+    EXPECT_EQ(run("hxaux -V").output, run("hxaux --version").output);
+}
+
+struct Spelling {
+    const char* name;
+    const char* words;
+    const char* same;
+};
+
+class HelpInAnySpelling : public testing::TestWithParam<Spelling> {};
+
+TEST_P(HelpInAnySpelling, IsTheSame)
+{
+    const Outcome help = run(std::string("hxaux ") + GetParam().same);
+
+    EXPECT_THAT(help, AllOf(outputMatches("^hxaux "), errorIs(""), statusIs(0)));
+    EXPECT_THAT(run(std::string("hxaux ") + GetParam().words), AllOf(outputIs(help.output), errorIs(""), statusIs(0)));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, HelpInAnySpelling,
+    testing::Values(Spelling{"Word", "help", "--help"}, Spelling{"Short", "-h", "--help"},
+                    Spelling{"QuestionMark", "'-?'", "--help"}, Spelling{"OneDash", "-help", "--help"},
+                    Spelling{"WordAndObject", "help backlight", "backlight --help"},
+                    Spelling{"ObjectAndWord", "backlight help", "backlight --help"},
+                    Spelling{"OptionAndObject", "--help backlight", "backlight --help"},
+                    Spelling{"ObjectAndShort", "backlight -h", "backlight --help"},
+                    Spelling{"HalfOfAVerb", "backlight auto --help", "backlight --help"},
+                    Spelling{"WordAndVerb", "help backlight set", "backlight set --help"},
+                    Spelling{"OptionAndVerb", "--help backlight set", "backlight set --help"},
+                    Spelling{"ObjectOptionVerb", "backlight --help set", "backlight set --help"},
+                    Spelling{"ObjectWordVerb", "backlight help set", "backlight set --help"},
+                    Spelling{"VerbAndWord", "backlight set help", "backlight set --help"},
+                    Spelling{"VerbValueAndOption", "backlight set 300 --help", "backlight set --help"},
+                    Spelling{"VerbAndShort", "backlight set -h", "backlight set --help"},
+                    Spelling{"ObjectWithoutVerbs", "voltage help", "voltage --help"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(CommandLine, TakesTheWordHelpForATextWhereOneIsExpected)
+{
+    EXPECT_THAT(run("hx-sim run -- hxaux settings get help"), AllOf(errorMatches("\\(17\\)"), statusIs(1)));
+}
+
+TEST(CommandLine, SuggestsTheNearObjectAndVerbInHelpToo)
+{
+    EXPECT_THAT(run("hxaux help voltge"), AllOf(errorMatches("did you mean 'voltage'\\?"), statusIs(2)));
+    EXPECT_THAT(run("hxaux backlight sett --help"), AllOf(errorMatches("did you mean 'set'\\?"), statusIs(2)));
+}
+
+TEST(CommandLine, WrapsHelpAtTheWidthOfTheTerminal)
+{
+    const auto longest = [](const std::string& text) {
+        std::size_t most = 0;
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);)
+            most = std::max(most, line.size() - (line.ends_with('\r') ? 1 : 0));
+        return most;
+    };
+
+    for (const char* const words : {"--help", "doctor --help", "backlight --help", "locks reset --help"}) {
+        EXPECT_LE(longest(run(std::string("hxaux ") + words).output), 80U) << words;
+        EXPECT_LE(longest(runOnTerminal(std::string("stty cols 60; hxaux ") + words).output), 64U) << words;
+    }
+    EXPECT_GT(longest(runOnTerminal("hxaux doctor --help").output), 80U);
+}
+
+TEST(CommandLine, NamesTheUnitOfAnOptionsValueInHelp)
+{
+    EXPECT_THAT(run("hxaux voltage --help"),
+                AllOf(outputMatches("--every SECONDS  .*\\(0\\.01 to"), outputMatches("--count TIMES ")));
+}
+
+TEST(CommandLine, PrintsEachRequestOfAVerboseCommand)
+{
+    EXPECT_THAT(run("hx-sim run -- hxaux backlight set 7 --verbose"),
+                AllOf(outputIs(""), errorIs("/dev/backlight open\n/dev/backlight 0x40010003 00 07\n"), statusIs(0)));
+    EXPECT_THAT(run("hx-sim run --set 'fail=/dev/adc-id get 0 EBUSY' -- hxaux --verbose voltage 0"),
+                AllOf(errorMatches("^/dev/adc-id open\n/dev/adc-id 0xc004003a 00 00 00 00: Device or resource busy\n"
+                                   "voltage: "),
+                      statusIs(1)));
 }
 
 TEST(CommandLine, ListsEveryExitStatusInItsHelp)

@@ -41,7 +41,7 @@ TEST(DiagVerb, ShowsEveryTimer)
 {
     const Outcome outcome = onUnit("diag timers --json", "--set diagnostics.time.6=428");
 
-    EXPECT_EQ(jsonOf(outcome)["result"]["timer 6"], 428);
+    EXPECT_EQ(jsonOf(outcome)["result"]["timer"][6]["value"], 428);
 }
 
 TEST(DiagVerb, ShowsAllSensorsOfTheModule)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Each finding of `hxaux doctor`, provoked on a simulated unit.
-#include "testing/Command.h"
+#include "tests/tools/hxaux/OnUnit.h"
 
 using namespace hxtest;
 using testing::AllOf;
@@ -143,6 +143,37 @@ TEST(DoctorVerb, FindsALockWhoseHolderWasKilled)
 
     EXPECT_THAT(unit.run("hxaux doctor locks"), finds("locks: HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED", "stale",
                                                       "hxaux locks reset HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED"));
+}
+
+TEST(DoctorVerb, SaysThatAnInterruptedUpgradeMustBeRunAgain)
+{
+    EXPECT_THAT(onUnit("hxaux doctor versions", {"front.silent=on", "do=cut front"}),
+                AllOf(outputMatches("after an interrupted upgrade: hxaux upgrade front FILE again"), statusIs(1)));
+    EXPECT_THAT(onUnit("hx-probe try /HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS; hxaux doctor locks"),
+                AllOf(outputMatches("an upgrade was interrupted.*may have no firmware"),
+                      outputMatches("&& hxaux upgrade TARGET FILE   # run the upgrade again"), statusIs(1)));
+}
+
+TEST(DoctorVerb, SaysFirstThatAMachineHasNoneOfTheUnitsDevices)
+{
+    const Outcome outcome = run("hxaux doctor devices");
+
+    EXPECT_THAT(outcome, AllOf(outputMatches("^this machine: none of the unit's devices exists here\n"
+                                             "  fix: hx-sim run -- hxaux doctor "),
+                               statusIs(1)));
+    EXPECT_EQ(run("hx-sim run -- hxaux doctor devices").output, "devices: fine\n");
+    EXPECT_THAT(std::string(jsonOf(run("hxaux doctor devices --json"))["notes"][0]),
+                testing::StartsWith("none of the unit's devices exists here; hx-sim run -- hxaux doctor"));
+}
+
+TEST(DoctorVerb, GroupsEqualFindings)
+{
+    const Unit unit({"absent=/dev/backlight", "absent=/dev/buzzer", "absent=/dev/dig-io"});
+
+    EXPECT_THAT(unit.run("hxaux doctor devices"),
+                AllOf(outputIs("devices: /dev/backlight, /dev/buzzer, /dev/dig-io: missing: its driver is not loaded\n"
+                               "  fix: sudo systemctl restart systemd-modules-load && sudo udevadm trigger\n"),
+                      errorIs("doctor: 3 of 16 checks failed\n"), statusIs(1)));
 }
 
 TEST(DoctorVerb, IsFixedByTheCommandThatItNamesForALock)

@@ -114,7 +114,7 @@ TEST(ErrorPage, ListsEachCodeWithItsNameAndItsText)
 TEST(SimulatorPage, ListsEachCommandAndEachStatus)
 {
     const std::string text = page("simulator.md");
-    std::istringstream commands(run("hx-sim completion words '' | cut -f 1").output);
+    std::istringstream commands(run("XDG_RUNTIME_DIR=/nonexistent hx-sim completion words '' | cut -f 1").output);
     int count = 0;
     for (std::string command; commands >> command; ++count)
         EXPECT_THAT(text, ContainsRegex("\n\\| [^|]*`" + command + "[` ]"));

@@ -61,14 +61,23 @@ TEST(InfoVerb, GivesJsonWithNullForWhatIsAbsent)
 {
     const auto json = jsonOf(info("--set 'do = forget main CAN'", " --json"))["result"];
 
-    EXPECT_EQ(json["unit serial"], "U-77-004711");
-    EXPECT_EQ(json["ethernet connectors"], 2);
-    EXPECT_TRUE(json["can connectors"].is_null());
-    EXPECT_EQ(json["wlan fitted"], true);
+    EXPECT_EQ(json["unit_serial"], "U-77-004711");
+    EXPECT_EQ(json["ethernet_connectors"], 2);
+    EXPECT_TRUE(json["can_connectors"].is_null());
+    EXPECT_EQ(json["wlan_fitted"], true);
 }
 
 TEST(InfoVerb, FailsWhenNothingCanBeRead)
 {
     EXPECT_THAT(info("--set 'absent = libjida.so'"),
-                AllOf(statusIs(1), errorIs("info: Failed to access eeprom (JIDA) (18)\n")));
+                AllOf(statusIs(1), errorMatches("^info: Failed to access eeprom \\(JIDA\\) \\(18\\)\n")));
+}
+
+TEST(InfoVerb, ShowsUnknownAndTheCauseWithoutTheBoardLibrary)
+{
+    const Outcome outcome = info("--set 'absent = libjida.so'");
+
+    EXPECT_THAT(outcome, AllOf(outputMatches("^unit serial: unknown\n"), outputMatches("wlan fitted: unknown\n"),
+                               errorMatches("\nthe board library cannot be loaded; 'hxaux doctor board-library'")));
+    EXPECT_TRUE(jsonOf(info("--set 'absent = libjida.so'", " --json"))["result"]["unit_serial"].is_null());
 }

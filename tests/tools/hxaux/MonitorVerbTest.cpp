@@ -47,8 +47,8 @@ TEST(MonitorVerb, GivesOneObjectOfTheWholeStatePerLine)
 
     ASSERT_EQ(lines.size(), 3U);
     for (const auto& line : lines) {
-        EXPECT_EQ(line["result"]["voltage 0"], 24.0);
-        EXPECT_EQ(line["result"]["input 1"], false);
+        EXPECT_EQ(line["result"]["voltage"][0]["value"], 24.0);
+        EXPECT_EQ(line["result"]["input"][0]["value"], false);
         EXPECT_EQ(line["units"]["light"], "lux");
     }
 }
@@ -57,8 +57,24 @@ TEST(MonitorVerb, RedrawsInPlaceOnATerminal)
 {
     const Outcome outcome = runOnTerminal("hx-sim run -- hxaux monitor --every 0.1 --count 2");
 
-    EXPECT_EQ(occurrences(outcome.output, "voltage 0: 24.00 V"), 2);
+    EXPECT_EQ(occurrences(outcome.output, "voltage 0 to 7: 24.00, 12.00, "), 2);
     EXPECT_THAT(outcome.output, HasSubstr("\x1b["));
+}
+
+TEST(MonitorVerb, FitsATerminalOf24Lines)
+{
+    const Outcome outcome = runOnTerminal("hx-sim run -- hxaux monitor --count 1");
+
+    EXPECT_THAT(outcome, AllOf(outputMatches("power video 1 to 4: on, on, off, off\r\n"), statusIs(0)));
+    EXPECT_LT(occurrences(outcome.output, "\n"), 24);
+    EXPECT_GT(occurrences(outcome.output, "\n"), 10);
+}
+
+TEST(MonitorVerb, PrintsTheTimeOfDayOfEachChange)
+{
+    EXPECT_THAT(onUnit("hxaux monitor --count 1"), outputMatches("^time: [0-2][0-9]:[0-5][0-9]:[0-5][0-9]\n"));
+    EXPECT_THAT(onUnit("hxaux monitor --count 1 --json"),
+                outputMatches("\"time\":\"[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}[+-][0-9]{4}\""));
 }
 
 TEST(MonitorVerb, NamesOnceWhatCannotBeReadAndContinues)

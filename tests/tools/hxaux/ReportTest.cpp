@@ -82,9 +82,36 @@ TEST(ReportText, ShowsSwitchesAsOnAndOffAndNothingAsAbsent)
 TEST(ReportJson, IsTheOneDocumentedForm)
 {
     EXPECT_EQ(asJson(voltageReport()),
-              R"({"format":2,"object":"voltage","verb":"","status":0,)"
-              R"("result":{"voltage 0":11.998},"units":{"voltage 0":"V"},"notes":[],"errors":[]})"
+              R"({"format":3,"object":"voltage","verb":"","status":0,)"
+              R"("result":{"voltage":[{"number":0,"value":11.998}]},"units":{"voltage":"V"},"notes":[],"errors":[]})"
               "\n");
+}
+
+TEST(ReportJson, HasKeysWithoutBlanksAndSeriesAsArrays)
+{
+    const Report report{"x",
+                        "",
+                        Exit::Done,
+                        {{"unit serial", "7"},
+                         {"timer 0", 4, "s"},
+                         {"timer 2", 6, "s"},
+                         {"module 1", Value::Record{{"type", 3}, {"temperature", 40, "C"}}}},
+                        {},
+                        {}};
+
+    const auto json = nlohmann::json::parse(asJson(report));
+
+    EXPECT_EQ(json["result"], nlohmann::json::parse(R"({"unit_serial":"7","timer":[{"number":0,"value":4},)"
+                                                    R"({"number":2,"value":6}],)"
+                                                    R"("module":[{"number":1,"type":3,"temperature":40}]})"));
+    EXPECT_EQ(json["units"], nlohmann::json::parse(R"({"timer":"s","module":{"temperature":"C"}})"));
+}
+
+TEST(ReportJson, LeavesKeysOfTheUnitAsTheyAre)
+{
+    const Report report{"settings", "get", Exit::Done, {{"MY KEY 1", "x", "", NameOf::User}}, {}, {}};
+
+    EXPECT_EQ(nlohmann::json::parse(asJson(report))["result"], nlohmann::json::parse(R"({"MY KEY 1":"x"})"));
 }
 
 TEST(ReportJson, CarriesCodeNameAndTextOfAnError)

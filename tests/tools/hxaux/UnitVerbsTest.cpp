@@ -86,9 +86,9 @@ TEST(Json, HasValuesAndUnits)
     const auto inputs = jsonOf(unit.run("hxaux inputs --json"));
     const auto voltage = jsonOf(unit.run("hxaux voltage 0 --json"));
 
-    EXPECT_EQ(inputs["result"]["input 1"], true);
-    EXPECT_NEAR(voltage["result"]["voltage 0"].get<double>(), 24.0, 0.01);
-    EXPECT_EQ(voltage["units"]["voltage 0"], "V");
+    EXPECT_EQ(inputs["result"]["input"][0]["value"], true);
+    EXPECT_NEAR(voltage["result"]["voltage"][0]["value"].get<double>(), 24.0, 0.01);
+    EXPECT_EQ(voltage["units"]["voltage"], "V");
 }
 
 TEST(Json, IsTheSameOnATerminalAsInAPipe)
@@ -115,7 +115,24 @@ TEST(Watch, PrintsALineForEachRoundWhenPiped)
     const Unit unit;
 
     EXPECT_THAT(unit.run("hxaux voltage 0 --watch --every 0.05 --count 3").output,
-                testing::MatchesRegex("(voltage 0: 2[34]\\.[0-9]+ V\n){3}"));
+                testing::MatchesRegex("(time: [0-9:]{8}\nvoltage 0: 2[34]\\.[0-9]+ V\n){3}"));
+}
+
+TEST(Watch, IsMeantByHowOftenAndHowManyTimesToo)
+{
+    const Unit unit;
+
+    EXPECT_THAT(unit.run("hxaux voltage 0 --count 2 --every 0.05").output,
+                testing::MatchesRegex("(time: [0-9:]{8}\nvoltage 0: 2[34]\\.[0-9]+ V\n){2}"));
+    EXPECT_THAT(unit.run("hxaux voltage 0 --count 1").output, testing::StartsWith("time: "));
+}
+
+TEST(Watch, HasTheTimeOfDayInJson)
+{
+    const Unit unit;
+
+    EXPECT_THAT(unit.run("hxaux inputs --count 1 --json"),
+                outputMatches("\"time\":\"[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}[+-][0-9]{4}\""));
 }
 
 TEST(Watch, PrintsOneJsonDocumentPerLine)
@@ -129,7 +146,7 @@ TEST(Watch, RedrawsInPlaceOnATerminal)
 {
     const Unit unit;
 
-    EXPECT_THAT(unit.runOnTerminal("hxaux inputs --watch --every 0.05 --count 2"), outputMatches("\x1b\\[4A"));
+    EXPECT_THAT(unit.runOnTerminal("hxaux inputs --watch --every 0.05 --count 2"), outputMatches("\x1b\\[5A"));
 }
 
 TEST(Watch, EndsWhenTheUnitRefuses)

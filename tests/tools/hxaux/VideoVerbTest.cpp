@@ -56,8 +56,15 @@ TEST(VideoVerb, SetsAndReadsTheScale)
 
 TEST(VideoVerb, PassesOnThatAScaleIsOutOfRange)
 {
-    EXPECT_THAT(onUnit("hxaux video scale 1 0.2 1"),
+    EXPECT_THAT(onUnit("hxaux video scale 1 1 0.2"),
                 AllOf(errorIs("video scale: Invalid data (range) (8)\n"), statusIs(1)));
+}
+
+TEST(VideoVerb, NamesTheRangeOfAScale)
+{
+    EXPECT_THAT(run("hxaux video scale 1 0.2 1"),
+                AllOf(errorIs("video scale: x: 0.2 is outside 0.25 to 4\n"), statusIs(2)));
+    EXPECT_THAT(run("hxaux video scale --help"), AllOf(outputMatches("0\\.25 to 4"), outputMatches("0\\.125 to 4")));
 }
 
 TEST(VideoVerb, WantsAllValuesOrNone)

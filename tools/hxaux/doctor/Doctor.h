@@ -15,6 +15,8 @@ struct Finding {
 
 using Findings = std::vector<Finding>;
 
+bool isUnit(); ///< this machine has at least one device that only a unit has
+
 Findings devices();      // present, and accessible to this user
 Findings versions();     // known, and new enough for every function
 Findings boardLibrary(); ///< libjida.so and every function that the library needs of it

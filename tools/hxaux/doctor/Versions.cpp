@@ -24,12 +24,19 @@ struct Component {
 
 constexpr const char* kReloadDrivers = "sudo systemctl restart systemd-modules-load && sudo udevadm trigger";
 
+constexpr const char* kReloadOrUpgradeSs =
+    "sudo udevadm trigger   # after an interrupted upgrade: hxaux upgrade ss FILE again";
+constexpr const char* kReloadOrUpgradeFront =
+    "sudo udevadm trigger   # after an interrupted upgrade: hxaux upgrade front FILE again";
+constexpr const char* kReloadOrUpgradeFpga =
+    "sudo udevadm trigger   # after an interrupted upgrade: hxaux upgrade fpga FILE again";
+
 constexpr std::array<Component, 5> kComponents{{
     {"system image", &AuxVersion::getOSVersion, "cat /etc/firmware.ver   # four numbers, as in 2.1.0.5"},
     {"drivers", &AuxVersion::getHXAuxDrvVersion, kReloadDrivers},
-    {"supervisor", &AuxVersion::getSSVersion, kReloadDrivers},
-    {"front microcontroller", &AuxVersion::getFrontVersion, kReloadDrivers},
-    {"FPGA", &AuxVersion::getFPGAVersion, kReloadDrivers},
+    {"supervisor", &AuxVersion::getSSVersion, kReloadOrUpgradeSs},
+    {"front microcontroller", &AuxVersion::getFrontVersion, kReloadOrUpgradeFront},
+    {"FPGA", &AuxVersion::getFPGAVersion, kReloadOrUpgradeFpga},
 }};
 
 // The oldest firmware that a function works with; older firmware gets an error code instead.

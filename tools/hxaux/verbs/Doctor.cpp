@@ -47,15 +47,33 @@ void printLines(Call& call, const Check& check, const Findings& findings)
 {
     if (std::ranges::all_of(findings, fine) && !call.has("all"))
         return call.print(check.name, "fine");
-    for (const Finding& finding : findings) {
-        const std::string item = std::string(check.name) + ": " + finding.item;
-        if (fine(finding) && call.has("all"))
-            call.print(item, "fine");
-        if (fine(finding))
-            continue;
-        call.print(item, finding.problem);
-        call.print("  fix", finding.remedy);
+    const std::string where = std::string(check.name) + ": ";
+    for (auto finding = findings.begin(); finding != findings.end(); ++finding) {
+        const auto isEqual = [&](const Finding& other) {
+            return other.problem == finding->problem && other.remedy == finding->remedy;
+        };
+        if (fine(*finding) && call.has("all"))
+            call.print(where + finding->item, "fine");
+        if (fine(*finding) || std::any_of(findings.begin(), finding, isEqual))
+            continue; // or printed with its equal
+        std::string items;
+        for (const Finding& each : findings)
+            if (isEqual(each))
+                items += (items.empty() ? "" : ", ") + each.item;
+        call.print(where + items, finding->problem);
+        call.print("  fix", finding->remedy);
     }
+}
+
+// On a developer's machine everything fails for one reason.
+void reportForeignMachine(Call& call)
+{
+    constexpr const char* kProblem = "none of the unit's devices exists here";
+    constexpr const char* kRemedy = "hx-sim run -- hxaux doctor   # any command on a simulated unit";
+    if (call.asJson())
+        return call.note(std::string(kProblem) + "; " + kRemedy);
+    call.print("this machine", kProblem);
+    call.print("  fix", kRemedy);
 }
 
 Value asRecord(const Check& check, const Finding& finding)
@@ -71,6 +89,8 @@ void examine(Call& call)
 {
     Value::List records;
     std::ptrdiff_t problems = 0;
+    if (!doctor::isUnit())
+        reportForeignMachine(call);
     for (const Check& check : kChecks) {
         if (call.has("check") && call.integer("check") != &check - kChecks.data())
             continue;

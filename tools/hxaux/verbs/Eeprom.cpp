@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/HXAuxPrivate.h"
+#include "tools/cli/NearNames.h"
 #include "tools/cli/PlainText.h"
 #include "tools/hxaux/Call.h"
 #include "tools/hxaux/Interface.h"
@@ -44,13 +45,27 @@ void checkKey(Call& call)
         call.fail(Exit::Usage, "the key cannot be used: " + reason);
 }
 
+// The documented key that was meant, and where those are listed that there are.
+std::string hintFor(Call& call)
+{
+    const Words known =
+        storeOf(call) == 0 ? Words(kMainKeys.begin(), kMainKeys.end()) : Words(kAddOnKeys.begin(), kAddOnKeys.end());
+    const std::string store = storeOf(call) == 0 ? "" : " --store add-on";
+    const std::string near = cli::suggestion(call.text("key"), known);
+    return "the property is missing, or the EEPROM cannot be read" + (near.empty() ? ";" : near) +
+           " 'hxaux eeprom list" + store + "' shows those that are present";
+}
+
 void get(Call& call)
 {
     checkKey(call);
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
     std::string value;
-    call.check(read(*service, storeOf(call), call.text("key"), value));
-    call.print(call.text("key"), value);
+    const Halvix::eErr code = read(*service, storeOf(call), call.text("key"), value);
+    if (code == Halvix::ERR_JIDA_EEPROM)
+        call.note(hintFor(call));
+    call.check(code);
+    call.printNamedByUser(call.text("key"), value);
 }
 
 void set(Call& call)
@@ -73,7 +88,7 @@ bool listKeys(Call& call, HXAuxPrivate& service, unsigned char store, const std:
         std::string value;
         if (read(service, store, key, value) != Halvix::ERR_SUCCESS)
             continue;
-        call.print(key, value);
+        call.printNamedByUser(key, value);
         found = true;
     }
     return found;

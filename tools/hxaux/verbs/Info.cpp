@@ -3,6 +3,7 @@
 #include "tools/hxaux/Call.h"
 #include "tools/hxaux/Interface.h"
 #include "tools/hxaux/Objects.h"
+#include "tools/hxaux/doctor/Doctor.h"
 
 #include <array>
 
@@ -58,6 +59,13 @@ constexpr std::array kModules = {
     FlagItem{"bluetooth fitted", &About::getIsBTMounted},
 };
 
+// Without it nothing can be read: that does not mean that it is absent.
+bool boardLibraryLoads()
+{
+    static const bool loads = doctor::boardLibrary().front().problem.empty();
+    return loads;
+}
+
 // Reads each item by `read(getter, value)`; a missing one is shown as absent. Returns the number of items present.
 template <typename Items, typename Reader>
 int print(Call& call, const Items& items, Reader read)
@@ -69,7 +77,8 @@ int print(Call& call, const Items& items, Reader read)
         if (code != kMissing && !call.attempt(item.name, code))
             continue;
         found += code == Halvix::ERR_SUCCESS ? 1 : 0;
-        call.print(item.name, code == Halvix::ERR_SUCCESS ? value : Value(Absent{}));
+        const Value missing = call.asJson() || boardLibraryLoads() ? Value(Absent{}) : Value("unknown");
+        call.print(item.name, code == Halvix::ERR_SUCCESS ? value : missing);
     }
     return found;
 }
@@ -97,6 +106,8 @@ void readInfo(Call& call)
     };
     const int found = print(call, kUnitTexts, text) + print(call, kConnectors, number) +
                       print(call, kAddOnTexts, text) + print(call, kModules, fitted);
+    if (found == 0 && !boardLibraryLoads())
+        call.note("the board library cannot be loaded; 'hxaux doctor board-library' says why");
     if (found == 0)
         call.check(kMissing); // no EEPROM can be read at all
 }
@@ -111,7 +122,8 @@ const Object objects::Info{
          .help = "Shows all production data of the unit.",
          .example = "hxaux info",
          .run = readInfo,
-         .details = "What production left out is shown as absent. Takes about a second: both EEPROMs are read."},
+         .details = "What production left out is shown as absent, what cannot be read without the board library as "
+                    "unknown. Takes about a second: both EEPROMs are read."},
     }};
 
 } // namespace hxaux

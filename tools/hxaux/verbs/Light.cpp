@@ -82,6 +82,9 @@ void readAverage(Call& call)
     call.print("average", lux, "lux");
 }
 
+// The automatic backlight begins with it.
+constexpr double kDefaultSlope = 50;
+
 // The level now, and the one that the stored slope gives for this light.
 void readLevels(Call& call, unsigned short lux)
 {
@@ -92,7 +95,7 @@ void readLevels(Call& call, unsigned short lux)
     bool soft = false;
     double slope = 0;
     if (backlight->getAutomaticBLParams(&soft, &slope) != Halvix::ERR_SUCCESS)
-        return call.print("level by slope", Absent{});
+        slope = kDefaultSlope; // nothing is learned yet
     const double curve = slope * std::log(std::max<double>(lux, 2)) - 10;
     call.print("level by slope", static_cast<int>(std::clamp(curve, 0.0, 254.0)));
 }
@@ -125,7 +128,7 @@ void readLight(Call& call)
         call.print("range", kRanges.nameOf(range));
     call.print("channel 0", channel0);
     call.print("channel 1", channel1);
-    if (call.has("watch"))
+    if (call.has("watch") || call.has("every") || call.has("count"))
         readLevels(call, lux);
 }
 

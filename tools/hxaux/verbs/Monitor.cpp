@@ -10,6 +10,7 @@
 #include "tools/hxaux/Objects.h"
 #include "tools/hxaux/Signals.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 
@@ -145,8 +146,9 @@ public:
 
     void show(const Round& round)
     {
-        bool something = tellFailures(round);
-        for (const Field& field : round.fields) {
+        bool something = reportFailures(round);
+        call_.noteTime();
+        for (const Field& field : call_.onTerminal() ? inSeries(round.fields) : round.fields) {
             const std::string text = field.value.text();
             const bool isNew = last_[field.name] != text;
             last_[field.name] = text;
@@ -162,8 +164,33 @@ public:
 private:
     [[nodiscard]] bool whole() const { return call_.onTerminal() || call_.asJson(); }
 
+    // A series in one line, so that the whole state fits a terminal of 24 lines: "voltage 0 to 7: 24.00, ... V".
+    static std::vector<Field> inSeries(const std::vector<Field>& fields)
+    {
+        std::vector<Field> rows;
+        for (auto begin = fields.begin(); begin != fields.end();) {
+            const std::string name = begin->name.substr(0, begin->name.rfind(' '));
+            const auto isOther = [&](const Field& field) {
+                return field.name.substr(0, field.name.rfind(' ')) != name;
+            };
+            const auto end = std::find_if(begin, fields.end(), isOther);
+            if (end - begin < 3) {
+                rows.push_back(*begin++);
+                continue;
+            }
+            const std::string last = (end - 1)->name.substr(name.size() + 1);
+            Field row{begin->name + " to " + last, Value::List(), begin->unit};
+            Value::List values;
+            for (; begin != end; ++begin)
+                values.push_back(begin->value);
+            row.value = Value(std::move(values));
+            rows.push_back(std::move(row));
+        }
+        return rows;
+    }
+
     // A failure is reported when it begins; the value is absent as long as it lasts.
-    bool tellFailures(const Round& round)
+    bool reportFailures(const Round& round)
     {
         bool something = false;
         for (const auto& [name, code] : round.failures) {
@@ -206,10 +233,10 @@ const Object objects::Monitor{
          .run = monitor,
          .options = {real("every", 0.01, 86400, "s", "how often; every second if not given").optional(),
                      integer("count", 1, 1e9, "", "ends after so many rounds").optional()},
-         .details =
-             "On a terminal the picture is redrawn in place. Piped, the first round is printed in full, then only "
-             "what changed. With --json each round is one line with everything. What cannot be read is "
-             "absent and named once on standard error."},
+         .details = "On a terminal the picture is redrawn in place, with series in one line. Piped, the first round is "
+                    "printed in full, then only "
+                    "what changed. With --json each round is one line with everything. What cannot be read is "
+                    "absent and named once on standard error."},
     }};
 
 } // namespace hxaux

@@ -41,9 +41,9 @@ void get(Call& call)
     std::string value;
     const Halvix::eErr code = read(*service, call.text("key"), value);
     if (code == Halvix::ERR_COMMAND_FAILED)
-        call.note("the setting is missing or empty");
+        call.note("the setting is missing or empty; 'hxaux settings list' shows those that are set");
     call.check(code);
-    call.print(call.text("key"), value);
+    call.printNamedByUser(call.text("key"), value);
 }
 
 void set(Call& call)
@@ -67,7 +67,7 @@ void list(Call& call)
     for (const char* key : kKeys) {
         std::string value;
         if (read(*service, key, value) == Halvix::ERR_SUCCESS)
-            call.print(key, value);
+            call.printNamedByUser(key, value);
     }
 }
 

@@ -44,20 +44,22 @@ Argument firmware()
 
 } // namespace
 
-const Object objects::Upgrade{"upgrade",
-                              "new firmware for the microcontrollers and the FPGA",
-                              {
-                                  {.name = "",
-                                   .help = "Writes firmware from a file, reads it back and compares.",
-                                   .example = "hxaux upgrade ss SystemSupervisor.hex",
-                                   .run = upgrade,
-                                   .values = {target(), firmware()},
-                                   .options = {flag("dry-run", "check the file and do not touch the unit")},
-                                   .details = "The whole file is checked first. An upgrade must not be interrupted: "
-                                              "the target has no firmware until it ends. After an interruption run "
-                                              "the upgrade again. New firmware starts when the unit is switched off "
-                                              "and on; see 'hxaux shutdown'."},
-                              }};
+const Object objects::Upgrade{
+    "upgrade",
+    "new firmware for the microcontrollers and the FPGA",
+    {
+        {.name = "",
+         .help = "Writes firmware from a file, reads it back and compares.",
+         .example = "hxaux upgrade ss SystemSupervisor.hex",
+         .run = upgrade,
+         .values = {target(), firmware()},
+         .options = {flag("dry-run", "check the file and do not touch the unit")},
+         .details = "The whole file is checked first. Prints the installed version, and the "
+                    "new one if the unit answers afterwards. An upgrade must not be interrupted: "
+                    "the target has no firmware until it ends. After an interruption run "
+                    "the upgrade again. New firmware starts when the unit is switched off "
+                    "and on; see 'hxaux shutdown'."},
+    }};
 
 const Object objects::Verify{
     "verify",

@@ -385,8 +385,9 @@ const Object objects::Video{
               byte("third", 65535, "third value"), byte("fourth", 65535, "fourth value")}),
         verb("scale", "Shows or sets how much the picture is enlarged or reduced; 1 is its own size.",
              "hxaux video scale 1 0.5 0.5", scale,
-             {real("x", -1e9, 1e9, "", "horizontal factor, 0.25 to 4").optional(),
-              real("y", -1e9, 1e9, "", "vertical factor, 0.25 to 4, half of that for one field").optional()}),
+             {real("x", 0.25, 4, "", "horizontal factor").optional(),
+              real("y", 0.125, 4, "", "vertical factor; 0.125 to 2 while one field is shown, else 0.25 to 4")
+                  .optional()}),
         verb("crop", "Shows or sets how much is cut off the edges.", "hxaux video crop 1 8 4 8 4", crop,
              {byte("first", 255, "first value, even"), byte("second", 255, "second value, to 127"),
               byte("third", 255, "third value, even"), byte("fourth", 255, "fourth value, to 127")}),
