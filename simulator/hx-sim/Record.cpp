@@ -54,7 +54,7 @@ int recordOnRunningUnit(const std::string& name, const std::string& file, const 
 void takeMachine(Host& host)
 {
     host.running().answerWith(std::make_unique<MachineCalls>(host.unit()));
-    host.running().standAside();
+    host.running().withdraw();
 }
 
 double scaleOfMachine()

@@ -79,17 +79,17 @@ Recording RunningUnit::recordingHead()
     return head;
 }
 
-void RunningUnit::standAside()
+void RunningUnit::withdraw()
 {
     const char* const outer = std::getenv(wire::kFolderVariable);
     files_ = outer == nullptr ? "" : std::string{outer} + "/files";
     semaphores_ = outer == nullptr ? "" : UnitFolder::markOf(outer);
-    standsAside_ = true;
+    withdrawn_ = true;
 }
 
 std::string RunningUnit::pathList()
 {
-    const bool onMachine = standsAside_ && semaphores_.empty();
+    const bool onMachine = withdrawn_ && semaphores_.empty();
     std::string list;
     for (const auto& [path, node] : unit_.nodes()) {
         list += std::string{node.isSerial() ? "S " : node.isText() ? "T " : "D "} + path;

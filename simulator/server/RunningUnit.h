@@ -28,7 +28,7 @@ public:
     /// From now on this source answers the calls of programs, not the model.
     void answerWith(std::unique_ptr<Calls> source) { calls_ = std::make_unique<UnitCalls>(unit_, std::move(source)); }
     /// Programs find the machine's files and semaphores, or those of the unit that this program itself runs on.
-    void standAside();
+    void withdraw();
 
     Unit& unit() { return unit_; }
     UnitCalls& calls() { return *calls_; }
@@ -63,7 +63,7 @@ private:
     int recorderOwner_ = -1;
     std::string files_;      ///< directory that contains the unit's files under their own paths
     std::string semaphores_; ///< mark of the unit whose semaphores programs get; empty: the machine's
-    bool standsAside_ = false;
+    bool withdrawn_ = false;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 

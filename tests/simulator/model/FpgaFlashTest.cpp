@@ -39,7 +39,7 @@ protected:
     std::uint8_t at(std::size_t position) { return unit.get<FpgaFlash>().content[position]; }
 };
 
-TEST_F(FpgaFlashTest, IsReadyUnlessItIsToldNotToBe)
+TEST_F(FpgaFlashTest, IsReadyUnlessItIsSetBusy)
 {
     EXPECT_EQ(get("/dev/fpgaflash", 0x4001004D, 1), Bytes{0});
     set("fpga.status", "7");
@@ -63,7 +63,7 @@ TEST_F(FpgaFlashTest, WritesOnlyAsManyBytesAsTheLengthSays)
     EXPECT_EQ(at(kPage), 0x5A) << "the next page stays";
 }
 
-TEST_F(FpgaFlashTest, TakesNoMoreOfABlockThanItIsToldTo)
+TEST_F(FpgaFlashTest, TakesNoMoreOfABlockThanIsSet)
 {
     set("fpga.accepts", "100");
     EXPECT_EQ(write(528, 0, 0x11), 0);
@@ -99,7 +99,7 @@ TEST_F(FpgaFlashTest, ReadsUpToItsEnd)
     EXPECT_EQ(read(528, end + 1), -EINVAL);
 }
 
-TEST_F(FpgaFlashTest, DeliversNothingWhenItIsToldNotTo)
+TEST_F(FpgaFlashTest, DeliversNothingWhenSetSo)
 {
     set("fpga.reads-nothing", "on");
 

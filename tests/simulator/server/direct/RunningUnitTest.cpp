@@ -132,7 +132,7 @@ TEST_F(RunningUnitTest, FollowsTheClockOfTheMachine)
 TEST_F(RunningUnitTest, ShowsProgramsTheMachineWhenItStandsAside)
 {
     unsetenv("HXSIM_UNIT");
-    running->standAside();
+    running->withdraw();
 
     EXPECT_THAT(running->pathList(), HasSubstr("F /opt/etc/hxaux.ini /opt/etc/hxaux.ini\n"));
     EXPECT_THAT(running->pathList(), testing::EndsWith("N \nR \n"));
