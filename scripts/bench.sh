@@ -58,8 +58,7 @@ bench_processes() {
     echo "  on a unit, the preload library in every process"
     "build/$abi/hx-sim" run -- "$folder/hx-bench-process" "$folder"
 }
-bench_requests() { # processors may sleep here: a request must not need them awake
-    keep_asleep
+bench_requests() {
     echo "  load average $(cut -d' ' -f1-3 /proc/loadavg)"
     "build/$abi/hx-sim" run -- "$folder/hx-bench-preload-request"
     HXSIM_MAILBOX=off "build/$abi/hx-sim" run -- "$folder/hx-bench-preload-request"
@@ -67,15 +66,15 @@ bench_requests() { # processors may sleep here: a request must not need them awa
         umockdev-wrapper "$folder/hx-bench-umockdev-request"
     fi
     "$folder/hx-bench-inprocess-request"
-    keep_awake
 }
 bench_eeprom() { "build/$abi/hx-sim" run -- "$folder/hx-bench-eeprom" "${check[@]}"; }
 bench_upgrade() { "build/$abi/hx-sim" run -- "$folder/hx-bench-upgrade" "${check[@]}"; }
 
 # A processor that sleeps between two calls adds its wake-up time to every wait for another process. Idle loops keep all of
-# them awake and yield at once.
+# them awake and yield at once; but a request to a unit must not need that.
 loops=()
 keep_awake() {
+    [ ${#loops[@]} -eq 0 ] || return 0
     for _ in $(seq "$(nproc)"); do
         chrt --idle 0 bash -c 'while :; do :; done' &
         loops+=($!)
@@ -86,7 +85,6 @@ keep_asleep() {
     loops=()
 }
 trap keep_asleep EXIT
-keep_awake
 
 status=0
 for section in "${sections[@]}"; do
@@ -94,6 +92,7 @@ for section in "${sections[@]}"; do
         echo "no section '$section'; the head of this script lists them" >&2
         exit 2
     }
+    if [ "$section" = requests ]; then keep_asleep; else keep_awake; fi
     for abi in i386 x86_64; do
         folder="build/$abi/benchmarks"
         echo "$section, $abi"
