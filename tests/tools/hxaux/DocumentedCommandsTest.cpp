@@ -132,13 +132,10 @@ bool matches(const std::string& pattern, const std::string& text)
     return false;
 }
 
-/// Pages show the status of a failed command, pictures the output of a terminal.
-enum class Statuses { Shown, Hidden };
-
 /// A folder for a page's commands and a place for its units.
 class Place {
 public:
-    explicit Place(Statuses statuses = Statuses::Shown) : statuses_{statuses}
+    Place()
     {
         fs::create_directories(folder_ / "units");
         fs::create_directories(folder_ / "work/build");
@@ -163,9 +160,7 @@ public:
         const std::string shell = "sh " + (folder_ / "command").string();
         const Outcome outcome = run(shown.onUnit ? "hx-sim run --unit page -- " + shell : shell);
         return outcome.output + outcome.error +
-               (outcome.status == 0 || statuses_ == Statuses::Hidden
-                    ? ""
-                    : "[status " + std::to_string(outcome.status) + "]\n");
+               (outcome.status == 0 ? "" : "[status " + std::to_string(outcome.status) + "]\n");
     }
 
 private:
@@ -178,7 +173,6 @@ private:
         fs::permissions(compiler, fs::perms::owner_all);
     }
 
-    Statuses statuses_;
     TemporaryFolder temporary_;
     fs::path folder_{temporary_.path()};
 };
@@ -245,7 +239,7 @@ TEST(Pictures, ShowWhatTheCommandsPrint)
         if (entry.path().extension() != ".session")
             continue;
         SCOPED_TRACE("scripts/terminal-picture " + entry.path().string() + " draws it again");
-        const Place place(Statuses::Hidden);
+        const Place place;
         const Page page = readPicture(fs::path{entry.path()}.replace_extension(".svg"));
         EXPECT_FALSE(page.commands.empty());
         expectWhatIsShown(page, place);
