@@ -8,6 +8,7 @@
 #include "simulator/model/Text.h"
 #include "simulator/protocol/UnitFolder.h"
 #include "tools/cli/Help.h"
+#include "tools/cli/NearNames.h"
 #include "tools/cli/Printable.h"
 
 namespace hxsim {
@@ -27,6 +28,18 @@ int carryOut(const cli::Program& program, const cli::Words& words, const std::st
     return call.status;
 }
 
+/// "there is no command 'starrt'; did you mean 'start'?", or nothing.
+std::string nearCommand(const cli::Program& program, const cli::Words& words)
+{
+    if (words.empty() || program.find(words[0]) != nullptr)
+        return {};
+    cli::Words names;
+    for (const cli::Object* const each : program.objects)
+        names.emplace_back(each->name);
+    const std::string near = cli::suggestion(words[0], names);
+    return near.empty() ? near : "there is no command '" + words[0] + '\'' + near;
+}
+
 int execute(const cli::Program& program, const cli::Words& words, const std::string& unit, const std::string& place)
 {
     const auto fail = [&](int status, const std::string& text) {
@@ -40,6 +53,8 @@ int execute(const cli::Program& program, const cli::Words& words, const std::str
     } catch (const BadUsage& bad) {
         return fail(kUsage, bad.what());
     } catch (const UnitClient::NoUnit& none) {
+        if (const std::string text = nearCommand(program, words); !text.empty())
+            return fail(kUsage, cli::printable(text));
         return fail(kNoUnit, none.what());
     } catch (const BadRecording& bad) {
         return fail(kBadFile, bad.what());

@@ -103,6 +103,13 @@ TEST_F(HxSim, NamesEachUsageErrorInItsOwnWords)
                     AllOf(hxtest::errorIs(std::string{"hx-sim: "} + each.error + "\n"), statusIs(2)));
 }
 
+TEST_F(HxSim, SuggestsTheNearCommandWhenNoUnitCouldHaveSuchAnAction)
+{
+    EXPECT_THAT(run("hx-sim starrt bench"),
+                AllOf(hxtest::errorIs("hx-sim: there is no command 'starrt'; did you mean 'start'?\n"), statusIs(2)));
+    EXPECT_THAT(run("hx-sim press front"), AllOf(errorMatches("no unit is running"), statusIs(6)));
+}
+
 TEST_F(HxSim, ShowsHelpInAnySpelling)
 {
     const std::string help = run("hx-sim set --help").output;
