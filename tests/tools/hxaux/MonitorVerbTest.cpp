@@ -65,7 +65,8 @@ TEST(MonitorVerb, FitsATerminalOf24Lines)
 {
     const Outcome outcome = runOnTerminal("hx-sim run -- hxaux monitor --count 1");
 
-    EXPECT_THAT(outcome, AllOf(outputMatches("power video 1 to 4: on, on, off, off\r\n"), statusIs(0)));
+    EXPECT_THAT(outcome, AllOf(outputMatches("power video 1 to 4: on, on, off, off\r\n"),
+                               outputMatches("power backlight: on\r\npower can: on\r\n"), statusIs(0)));
     EXPECT_LT(occurrences(outcome.output, "\n"), 24);
     EXPECT_GT(occurrences(outcome.output, "\n"), 10);
 }

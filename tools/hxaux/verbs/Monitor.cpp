@@ -164,15 +164,21 @@ public:
 private:
     [[nodiscard]] bool whole() const { return call_.onTerminal() || call_.asJson(); }
 
+    // "voltage 3" is an element of the series "voltage"; others are alone.
+    static std::string seriesOf(const Field& field)
+    {
+        const std::size_t blank = field.name.rfind(' ');
+        const bool isNumbered = blank != std::string::npos && toInteger(field.name.substr(blank + 1));
+        return isNumbered ? field.name.substr(0, blank) : field.name;
+    }
+
     // A series in one line, so that the whole state fits a terminal of 24 lines: "voltage 0 to 7: 24.00, ... V".
     static std::vector<Field> inSeries(const std::vector<Field>& fields)
     {
         std::vector<Field> rows;
         for (auto begin = fields.begin(); begin != fields.end();) {
-            const std::string name = begin->name.substr(0, begin->name.rfind(' '));
-            const auto isOther = [&](const Field& field) {
-                return field.name.substr(0, field.name.rfind(' ')) != name;
-            };
+            const std::string name = seriesOf(*begin);
+            const auto isOther = [&](const Field& field) { return seriesOf(field) != name; };
             const auto end = std::find_if(begin, fields.end(), isOther);
             if (end - begin < 3) {
                 rows.push_back(*begin++);
