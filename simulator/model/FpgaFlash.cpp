@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "simulator/model/Countdown.h"
 #include "simulator/model/Text.h"
 
 namespace hxsim {
@@ -15,11 +16,6 @@ constexpr std::size_t kLength = 0; // places in the block of both requests
 constexpr std::size_t kPosition = 4;
 constexpr std::size_t kData = 8;
 constexpr std::size_t kBlock = kData + FpgaFlash::kPage;
-
-bool countsDown(std::int64_t& counter)
-{
-    return counter > 0 && --counter == 0;
-}
 
 } // namespace
 

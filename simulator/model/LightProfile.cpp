@@ -9,8 +9,8 @@ namespace hxsim {
 
 namespace {
 
-constexpr double kBrightest = 200000; // lux; the sun does not give more
-constexpr double kLongest = 1e7;      // seconds
+constexpr double kMostLux = 200000; // lux; the sun does not give more
+constexpr double kLongest = 1e7;    // seconds
 
 double within(const std::string& text, double largest)
 {
@@ -59,7 +59,7 @@ void LightProfile::addLine(std::string_view line)
     }
     if (parts.size() != 2)
         throw BadText{"a line is SECONDS LUX, or 'repeat'"};
-    const Point point{secondsToTime(within(parts[0], kLongest)), within(parts[1], kBrightest)};
+    const Point point{secondsToTime(within(parts[0], kLongest)), within(parts[1], kMostLux)};
     if (points_.empty() && point.time != Time{0})
         throw BadText{"the first point's time must be 0"};
     if (!points_.empty() && point.time < points_.back().time)

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "simulator/model/Countdown.h"
 #include "simulator/model/Hardware.h"
 #include "simulator/model/RomBootloader.h"
 
@@ -79,7 +80,6 @@ private:
     void interrupt();
     void boot();
     [[nodiscard]] bool hasFirmware() const;
-    static bool countsDown(std::int64_t& counter) { return counter > 0 && --counter == 0; }
 
     Unit& unit_;
     RomBootloader bootloader_{*this};

@@ -89,7 +89,7 @@ std::string unescaped(std::string_view text)
     return plain;
 }
 
-std::string escaped(const std::string& text)
+std::string escapedText(const std::string& text)
 {
     std::string shown;
     for (const char c : text) {
@@ -131,7 +131,7 @@ ProductionData::ProductionData(Unit& unit)
 void ProductionData::describe(Unit& unit, const std::string& name, Eeprom& part)
 {
     unit.properties().add(
-        name + ".text", [&part] { return escaped(part.text()); },
+        name + ".text", [&part] { return escapedText(part.text()); },
         [&part](const std::string& text) { part.setText(unescaped(text)); },
         "the whole production text, with \\r\\n after each line");
     const std::string prefix = name + '.';

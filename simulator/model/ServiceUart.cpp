@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "simulator/model/Countdown.h"
 #include "simulator/model/Microcontroller.h"
 #include "simulator/model/Text.h"
 #include "simulator/model/UartRouting.h"
@@ -10,11 +11,6 @@
 namespace hxsim {
 
 namespace {
-
-bool countsDown(std::int64_t& counter)
-{
-    return counter > 0 && --counter == 0;
-}
 
 constexpr std::uint32_t kFastestForBootloader = 115200;
 

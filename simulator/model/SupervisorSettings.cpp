@@ -42,7 +42,7 @@ constexpr Setting kSettings[] = {
     {S::PowerOn, "config.power-on", 0, "whether the unit starts when it gets power"},
 };
 
-constexpr double kVoltsPerCount = 3.3 / 4096.0;
+constexpr double kSupplyVoltsPerCount = 3.3 / 4096.0;
 constexpr double kDivider = 12.0;
 
 } // namespace
@@ -72,7 +72,7 @@ Time SupervisorSettings::suspendTime() const
 
 double SupervisorSettings::startupVolts() const
 {
-    return read(Voltage) * kVoltsPerCount * kDivider;
+    return read(Voltage) * kSupplyVoltsPerCount * kDivider;
 }
 
 int SupervisorSettings::heatingCelsius() const

@@ -37,14 +37,14 @@ unsigned pointsOf(std::uint8_t mode)
     }
 }
 
-struct Setting {
+struct TouchSetting {
     std::uint8_t number;
     std::uint16_t initial;
     std::uint16_t highest;
 };
 
 /// Default values of the controller, and the largest valid ones.
-constexpr std::array<Setting, 15> kSettings{{
+constexpr std::array<TouchSetting, 15> kTouchSettings{{
     {5, 120, 4095},
     {6, 3980, 4095},
     {7, 400, 65535},
@@ -97,7 +97,7 @@ void TouchController::describeRegisters()
     registers.property(kMode, "touch.mode", 1, "touch mode, 0 to 3", kModes);
     registers.limit(kMode, kModes);
     registers.property(kRightClick, "touch.right-click", 800, "time after which a held touch is a right click");
-    for (const Setting& setting : kSettings) {
+    for (const TouchSetting& setting : kTouchSettings) {
         const RegisterRange range{0, setting.highest};
         registers.property(setting.number, "touch.register." + std::to_string(setting.number), setting.initial,
                            "register of the touch controller", range);

@@ -16,7 +16,7 @@ namespace hxsim {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 
 /// What has become of the request whose number is beside it.
 enum Phase : std::uint32_t {
@@ -138,8 +138,8 @@ bool ClientMailbox::post(const wire::Head& head, std::span<const std::uint8_t> b
 ClientMailbox::Found ClientMailbox::await(std::chrono::nanoseconds time)
 {
     const std::uint32_t unanswered = stateOf(posted_, kPosted);
-    const Clock::time_point start = Clock::now();
-    Clock::time_point before = start;
+    const SteadyClock::time_point start = SteadyClock::now();
+    SteadyClock::time_point before = start;
     bool late = false;
     std::uint32_t state = memory_->state.load(std::memory_order_acquire);
     while (state == unanswered && before - start < time) {
@@ -147,7 +147,7 @@ ClientMailbox::Found ClientMailbox::await(std::chrono::nanoseconds time)
             __builtin_ia32_pause();
             state = memory_->state.load(std::memory_order_acquire);
         }
-        const Clock::time_point now = Clock::now();
+        const SteadyClock::time_point now = SteadyClock::now();
         late = late || now - before > kLate;
         before = now;
     }
@@ -172,7 +172,7 @@ bool Patience::hasSeveralProcessors()
 
 std::uint32_t Patience::milliseconds()
 {
-    return static_cast<std::uint32_t>(Clock::now().time_since_epoch() / std::chrono::milliseconds{1});
+    return static_cast<std::uint32_t>(SteadyClock::now().time_since_epoch() / std::chrono::milliseconds{1});
 }
 
 std::chrono::nanoseconds Patience::now() const

@@ -24,7 +24,7 @@ constexpr double kLongestSeconds = 1e9;
 constexpr std::size_t kMostBytes = 65536;      ///< of a call: the limit of the preload library for one message
 constexpr char kBoardLibrary[] = "libjida.so"; // the user's name for its node
 
-Bytes bytesOf(std::string_view text)
+Bytes bytesOfText(std::string_view text)
 {
     return {text.begin(), text.end()};
 }
@@ -300,7 +300,7 @@ std::string Recording::headText() const
     for (const std::string& name : absent)
         text += "absent " + name + '\n';
     for (const auto& [path, content] : files)
-        text += "file " + path + ' ' + quoted(bytesOf(content)) + '\n';
+        text += "file " + path + ' ' + quoted(bytesOfText(content)) + '\n';
     return text;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/abi/Slots.h"
 
+namespace config_test {
+
 using namespace oldapp;
 
 namespace {
@@ -59,3 +61,5 @@ TEST(ConfigSlots, WriteInTheirOrder)
     setter<short>(24, -25, {kNew, writesRegister(14, 31)});
     setter(25, 1, {kNew, writesRegister(21, 1)});
 }
+
+} // namespace config_test

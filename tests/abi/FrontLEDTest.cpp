@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/abi/Slots.h"
 
+namespace front_led_test {
+
 using namespace oldapp;
 
 namespace {
@@ -56,3 +58,5 @@ TEST(FrontLEDSlots, WriteInTheirOrder)
     slot(15, {kTiming, timing("000b0c0d"_hex)});
     slot<int>(16, {local(0x40010047, "01"_hex)}, 1);
 }
+
+} // namespace front_led_test

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/abi/Slots.h"
 
+namespace power_test {
+
 using namespace oldapp;
 
 namespace {
@@ -28,3 +30,5 @@ TEST(PowerSlots, StandInTheirOrder)
     slot(8, {kSupervisorIsNew, readsRegister(4, 6)}, &answer);
     slot(9, {writesRegister(4, 0)});
 }
+
+} // namespace power_test

@@ -3,6 +3,8 @@
 
 #include <cstdlib>
 
+namespace video_test {
+
 using namespace oldapp;
 
 namespace {
@@ -117,3 +119,5 @@ TEST(VideoSlots, MinimizeReadRegistersAndCropInTheirOrder)
     EXPECT_EQ((slot<Byte, Byte, Byte, Byte>(27, {local(0x4004003d, "01030205"_hex)}, 2, 3, 4, 5)), 0);
     EXPECT_EQ((slot<void*, void*, void*, void*>(28, {local(0x8004003c, Bytes(4))}, &a, &b, &c, &d)), 0);
 }
+
+} // namespace video_test

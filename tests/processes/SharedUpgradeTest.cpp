@@ -13,6 +13,8 @@
 #include <fstream>
 #include <sstream>
 
+namespace shared_upgrade_test {
+
 using hxtest::Unit;
 using testing::AllOf;
 using testing::ElementsAre;
@@ -270,3 +272,5 @@ TEST(ShutdownTool, IsRefusedWithoutTheDaemon)
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.error, HasSubstr("Failed to execute command (17)"));
 }
+
+} // namespace shared_upgrade_test

@@ -19,6 +19,8 @@
 #include "testing/SimulatedUnit.h"
 #include "tests/threads/Pair.h"
 
+namespace process_test {
+
 using namespace Halvix;
 
 namespace {
@@ -182,3 +184,5 @@ TEST(Fork, WhileAnotherThreadCreatesObjectsLeavesTheChildAbleToDoSo)
 }
 
 } // namespace
+
+} // namespace process_test

@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace hx_aux_private_test {
+
 using namespace oldapp;
 
 namespace {
@@ -61,3 +63,5 @@ TEST(HXAuxPrivateSlots, KeepSettingsAndResumeTheVideoInTheirOrder)
     EXPECT_EQ(service.call(7), 7) << "the outcome is not known";
     EXPECT_THAT(unit.requestsTo("/dev/diag-id"), HasRequest("0x40010069"));
 }
+
+} // namespace hx_aux_private_test

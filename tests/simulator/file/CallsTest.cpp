@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace calls_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -213,3 +215,5 @@ TEST_F(CallsTest, KnowTheShapeOfARequest)
 }
 
 } // namespace
+
+} // namespace calls_test

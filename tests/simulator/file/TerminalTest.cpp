@@ -3,6 +3,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace terminal_test {
+
 using namespace hxsim;
 using modeltest::Bytes;
 using modeltest::kNameOfRow;
@@ -121,3 +123,5 @@ TEST(Terminal, IsNotMadeOfBytesOfAnotherSize)
 }
 
 } // namespace
+
+} // namespace terminal_test

@@ -12,6 +12,8 @@
 
 #include <gmock/gmock.h>
 
+namespace descriptors_test {
+
 using namespace hxsim;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -237,3 +239,5 @@ TEST(SocketNumber, IsThatOfTheSocketAndNotOfTheDescriptor)
 }
 
 } // namespace
+
+} // namespace descriptors_test

@@ -3,6 +3,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace backlight_test {
+
 using namespace hxsim;
 using modeltest::Bytes;
 
@@ -71,3 +73,5 @@ TEST_F(BacklightModel, NeedsTheWholeBlock)
 }
 
 } // namespace
+
+} // namespace backlight_test

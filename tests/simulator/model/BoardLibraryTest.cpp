@@ -6,6 +6,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace board_library_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -294,3 +296,5 @@ TEST_F(BoardLibraryTest, RefusesTemperaturesBelowTheLowest)
 }
 
 } // namespace
+
+} // namespace board_library_test

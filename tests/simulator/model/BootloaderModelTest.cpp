@@ -10,6 +10,8 @@
 #include "simulator/model/ServiceUart.h"
 #include "simulator/model/UartRouting.h"
 
+namespace bootloader_model_test {
+
 namespace {
 
 using namespace hxsim;
@@ -525,3 +527,5 @@ TEST(FpgaFlashModel, RefusesBlocksOutsideItsFlash)
         EXPECT_EQ(ask(code, 528, 528), 0);
     }
 }
+
+} // namespace bootloader_model_test

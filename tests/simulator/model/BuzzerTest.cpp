@@ -3,6 +3,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace buzzer_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -123,3 +125,5 @@ TEST_F(BuzzerTest, CountsAndShowsBeepsWithoutEnd)
 }
 
 } // namespace
+
+} // namespace buzzer_test

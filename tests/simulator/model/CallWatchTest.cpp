@@ -4,6 +4,8 @@
 #include "simulator/file/UnitCalls.h"
 #include "tests/simulator/model/ModelTest.h"
 
+namespace call_watch_test {
+
 using namespace hxsim;
 using modeltest::Bytes;
 
@@ -89,3 +91,5 @@ TEST_F(CallWatchTest, IsNotShownARefusal)
 }
 
 } // namespace
+
+} // namespace call_watch_test

@@ -3,6 +3,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace can_networks_test {
+
 using namespace hxsim;
 using modeltest::Bytes;
 using modeltest::kNameOfRow;
@@ -80,3 +82,5 @@ INSTANTIATE_TEST_SUITE_P(CanNetworks, CanRate,
                          kNameOfRow);
 
 } // namespace
+
+} // namespace can_networks_test

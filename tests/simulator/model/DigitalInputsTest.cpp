@@ -3,6 +3,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace digital_inputs_test {
+
 using modeltest::Bytes;
 using modeltest::kNameOfRow;
 using modeltest::Named;
@@ -48,3 +50,5 @@ TEST_F(DigitalInputsModel, CannotBeWritten)
 }
 
 } // namespace
+
+} // namespace digital_inputs_test

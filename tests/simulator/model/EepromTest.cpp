@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace eeprom_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -149,3 +151,5 @@ TEST_F(MemoriesTest, HoldTheProductionTextsOfEach)
 }
 
 } // namespace
+
+} // namespace eeprom_test

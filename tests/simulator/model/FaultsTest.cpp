@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace faults_test {
+
 using hxsim::Fault;
 using hxsim::Faults;
 using modeltest::kNameOfRow;
@@ -142,3 +144,5 @@ TEST(Faults, ShowHowMuchOfThemIsLeft)
 }
 
 } // namespace
+
+} // namespace faults_test

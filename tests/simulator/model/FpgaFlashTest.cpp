@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace fpga_flash_test {
+
 using namespace hxsim;
 using modeltest::Bytes;
 
@@ -169,3 +171,5 @@ TEST_F(FpgaFlashTest, NeedsBothBlocksWhole)
 }
 
 } // namespace
+
+} // namespace fpga_flash_test

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <fcntl.h>
 
+namespace front_and_video_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using Bytes = std::vector<std::uint8_t>;
@@ -160,3 +162,5 @@ TEST(VideoInputs, RefuseRequestsThatTheyDoNotKnow)
 
     EXPECT_EQ(request(unit, kVideo, 0x80010002, {}), -ENOTTY);
 }
+
+} // namespace front_and_video_test

@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace front_led_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -106,3 +108,5 @@ TEST_F(FrontLedTest, RefusesTextsThatAreNoPatternAndNoColor)
 }
 
 } // namespace
+
+} // namespace front_led_test

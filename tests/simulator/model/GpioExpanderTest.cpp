@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace gpio_expander_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -83,3 +85,5 @@ TEST_F(GpioExpanderTest, ReportsEachChangeWithItsTimeAndNoReading)
 }
 
 } // namespace
+
+} // namespace gpio_expander_test

@@ -10,6 +10,8 @@
 #include "simulator/model/Text.h"
 #include "simulator/model/Unit.h"
 
+namespace i2c_bus_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using testing::Each;
@@ -212,3 +214,5 @@ TEST(SimulatedProductionText, OutlastsTheUnitInItsMemory)
 }
 
 } // namespace
+
+} // namespace i2c_bus_test

@@ -3,6 +3,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace journal_test {
+
 using hxsim::Entry;
 using hxsim::Journal;
 using modeltest::Bytes;
@@ -109,3 +111,5 @@ TEST(Journal, ForgetsEverythingWhenItIsCleared)
 }
 
 } // namespace
+
+} // namespace journal_test

@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace light_sensor_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -155,3 +157,5 @@ TEST_F(LightSensorTest, RefusesLightThatThereIsNot)
 }
 
 } // namespace
+
+} // namespace light_sensor_test

@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace light_trace_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -97,3 +99,5 @@ TEST_F(LightTraceTest, MeasuresNothingWhereTheLevelDidNotMove)
 }
 
 } // namespace
+
+} // namespace light_trace_test

@@ -6,6 +6,8 @@
 #include "simulator/model/ServiceUart.h"
 #include "tests/simulator/model/ModelTest.h"
 
+namespace microcontroller_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -397,3 +399,5 @@ TEST_F(PowerOfAChip, ShowsTheChecksumOfItsFlash)
 }
 
 } // namespace
+
+} // namespace microcontroller_test

@@ -5,6 +5,8 @@
 #include "simulator/model/Text.h"
 #include "simulator/model/Unit.h"
 
+namespace name_check_test {
+
 using hxsim::BadText;
 using hxsim::Unit;
 using testing::Eq;
@@ -103,3 +105,5 @@ TEST(Faults, ThatAreUsedUpGiveWayToNewOnesOfTheirKind)
 
     EXPECT_EQ(unit.faults().all().size(), 1U);
 }
+
+} // namespace name_check_test

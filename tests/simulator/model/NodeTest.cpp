@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace node_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -166,3 +168,5 @@ TEST_F(NodeTest, IsRecordedUnlessItsHardwareDoesSoItself)
 }
 
 } // namespace
+
+} // namespace node_test

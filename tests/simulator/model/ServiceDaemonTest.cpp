@@ -3,6 +3,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace service_daemon_test {
+
 using namespace hxsim;
 using modeltest::Bytes;
 using testing::ElementsAre;
@@ -78,3 +80,5 @@ TEST_F(ServiceDaemonTest, DoesNotReadAPlainFile)
 }
 
 } // namespace
+
+} // namespace service_daemon_test

@@ -5,6 +5,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace service_uart_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -182,3 +184,5 @@ INSTANTIATE_TEST_SUITE_P(ServiceUart, LineOfTheServiceUart,
                          kNameOfRow);
 
 } // namespace
+
+} // namespace service_uart_test

@@ -5,6 +5,8 @@
 #include "simulator/model/Supervisor.h"
 #include "tests/simulator/model/ModelTest.h"
 
+namespace supervisor_settings_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::kNameOfRow;
@@ -144,3 +146,5 @@ TEST_F(SettingsTest, OutlastTheSupply)
 }
 
 } // namespace
+
+} // namespace supervisor_settings_test

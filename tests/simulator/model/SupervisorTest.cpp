@@ -6,6 +6,8 @@
 
 #include "simulator/model/Text.h"
 
+namespace supervisor_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 
@@ -270,3 +272,5 @@ TEST(SupervisorModel, RefusesWordsThatItDoesNotKnow)
 }
 
 } // namespace
+
+} // namespace supervisor_test

@@ -5,6 +5,8 @@
 
 #include <array>
 
+namespace telematics_board_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 
@@ -166,3 +168,5 @@ TEST(GpioExpander, ContinuesWithTheNextRegister)
 
     EXPECT_THAT(read, testing::ElementsAre(0xFC, 0x11, 0x22));
 }
+
+} // namespace telematics_board_test

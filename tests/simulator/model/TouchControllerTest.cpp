@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace touch_controller_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -206,3 +208,5 @@ TEST_F(TouchTest, AnswersByTheFrontControllerAlone)
 }
 
 } // namespace
+
+} // namespace touch_controller_test

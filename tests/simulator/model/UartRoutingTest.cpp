@@ -5,6 +5,8 @@
 #include "simulator/model/Microcontroller.h"
 #include "tests/simulator/model/ModelTest.h"
 
+namespace uart_routing_test {
+
 using namespace hxsim;
 using modeltest::Bytes;
 
@@ -112,3 +114,5 @@ TEST_F(UartRoutingTest, ForgetsBothWithTheSupply)
 }
 
 } // namespace
+
+} // namespace uart_routing_test

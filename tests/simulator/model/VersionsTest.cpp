@@ -3,6 +3,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace versions_test {
+
 using modeltest::Bytes;
 using modeltest::kNameOfRow;
 using modeltest::Named;
@@ -79,3 +81,5 @@ TEST_F(VersionsModel, LetNobodyWriteTheOperatingSystems)
 }
 
 } // namespace
+
+} // namespace versions_test

@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace video_inputs_test {
+
 using modeltest::Bytes;
 using modeltest::kNameOfRow;
 using modeltest::Named;
@@ -161,3 +163,5 @@ TEST_F(VideoInputsModel, RefuseCroppingAboveItsRangeInEachByte)
 }
 
 } // namespace
+
+} // namespace video_inputs_test

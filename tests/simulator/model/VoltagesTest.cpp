@@ -3,6 +3,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace voltages_test {
+
 using modeltest::kNameOfRow;
 using modeltest::Named;
 
@@ -77,3 +79,5 @@ TEST_F(VoltagesModel, AnswerWithTheRegisterThatWasAsked)
 }
 
 } // namespace
+
+} // namespace voltages_test

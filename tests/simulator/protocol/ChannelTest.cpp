@@ -20,6 +20,8 @@
 
 #include "testing/TemporaryFolder.h"
 
+namespace channel_test {
+
 using namespace hxsim;
 using Bytes = std::vector<std::uint8_t>;
 
@@ -338,3 +340,5 @@ TEST(ConnectionName, IsNeverMadeTwice)
 }
 
 } // namespace
+
+} // namespace channel_test

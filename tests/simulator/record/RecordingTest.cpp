@@ -4,6 +4,8 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
+namespace recording_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -259,3 +261,5 @@ TEST_F(RecordingTest, ComparesWhatIsAskedAndNotWhatIsAnswered)
 }
 
 } // namespace
+
+} // namespace recording_test

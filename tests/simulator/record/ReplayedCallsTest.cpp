@@ -11,6 +11,8 @@
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 
+namespace replayed_calls_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -343,3 +345,5 @@ TEST_F(RecorderTest, WritesWhatAReplayReads)
 }
 
 } // namespace
+
+} // namespace replayed_calls_test

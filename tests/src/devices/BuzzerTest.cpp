@@ -7,6 +7,8 @@
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
+namespace buzzer_test {
+
 using namespace Halvix;
 using testing::IsEmpty;
 
@@ -283,3 +285,5 @@ TEST(Buzzer, ReturnsItsWholeSetupAtOnce)
 }
 
 } // namespace
+
+} // namespace buzzer_test

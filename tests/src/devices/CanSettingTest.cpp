@@ -7,6 +7,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace can_setting_test {
+
 using namespace Halvix;
 using testing::IsEmpty;
 
@@ -281,3 +283,5 @@ TEST(CanSetting, RefusesFrameTypesOfBadNetworksAndNullPointersFirst)
     }
     EXPECT_EQ(type, kUntouchedType);
 }
+
+} // namespace can_setting_test

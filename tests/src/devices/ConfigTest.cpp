@@ -9,6 +9,8 @@
 #include "testing/SimulatedUnit.h"
 #include "tests/src/devices/ConfigOperations.h"
 
+namespace config_test {
+
 using namespace Halvix;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
@@ -239,3 +241,5 @@ TEST(Config, ClosesNothingWhenTheDeviceWasAbsent)
 }
 
 } // namespace
+
+} // namespace config_test

@@ -12,6 +12,8 @@
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
+namespace config_values_test {
+
 using namespace Halvix;
 using testing::IsEmpty;
 
@@ -343,3 +345,5 @@ TEST(HeatingLimit, ChecksTheVersionBeforeTheRange)
 }
 
 } // namespace
+
+} // namespace config_values_test

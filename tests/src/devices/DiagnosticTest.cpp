@@ -10,6 +10,8 @@
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
+namespace diagnostic_test {
+
 using namespace Halvix;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
@@ -382,3 +384,5 @@ TEST(ModuleTemperature, OpensTheBoardAgainAtEachCall)
 }
 
 } // namespace
+
+} // namespace diagnostic_test

@@ -10,6 +10,8 @@
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
+namespace front_led_color_test {
+
 using namespace Halvix;
 using testing::IsEmpty;
 
@@ -133,3 +135,5 @@ TEST(StandardColor, IsRefusedWhenItsRowWasChangedToTooMuch)
 }
 
 } // namespace
+
+} // namespace front_led_color_test

@@ -11,6 +11,8 @@
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
+namespace front_led_signal_test {
+
 using namespace Halvix;
 using testing::IsEmpty;
 
@@ -283,3 +285,5 @@ TEST(LedComposites, GoThroughTheVirtualSlots)
 }
 
 } // namespace
+
+} // namespace front_led_signal_test

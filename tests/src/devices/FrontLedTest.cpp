@@ -7,6 +7,8 @@
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
+namespace front_led_test {
+
 using namespace Halvix;
 using testing::IsEmpty;
 
@@ -272,3 +274,5 @@ TEST(FrontLed, ReturnsItsWholePatternAtOnce)
 }
 
 } // namespace
+
+} // namespace front_led_test

@@ -7,6 +7,8 @@
 
 #include <string>
 
+namespace hx_aux_private_test {
+
 using namespace Halvix;
 using testing::Contains;
 using testing::ElementsAre;
@@ -316,3 +318,5 @@ TEST(ServiceObject, WithoutTheBoardLibraryStillServesSettingsAndSmartRegisters)
     EXPECT_EQ(service->setFileSetting("Key", "1"), ERR_SUCCESS);
     EXPECT_EQ(service->getFromSmart(1, &value), ERR_SUCCESS);
 }
+
+} // namespace hx_aux_private_test

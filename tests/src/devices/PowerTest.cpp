@@ -7,6 +7,8 @@
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
+namespace power_test {
+
 using namespace Halvix;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
@@ -319,3 +321,5 @@ TEST(Power, ClosesItsDeviceOnlyIfItWasOpened)
 }
 
 } // namespace
+
+} // namespace power_test

@@ -6,6 +6,8 @@
 
 #include <functional>
 
+namespace telematics_test {
+
 using namespace Halvix;
 using testing::IsEmpty;
 
@@ -422,3 +424,5 @@ TEST(Telematics, ReleasesTheSettingsFile)
 
     EXPECT_EQ(gprsWish(unit), HXStatusEnabled);
 }
+
+} // namespace telematics_test

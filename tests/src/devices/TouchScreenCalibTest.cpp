@@ -4,6 +4,8 @@
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
+namespace touch_screen_calib_test {
+
 using namespace Halvix;
 using testing::IsEmpty;
 
@@ -397,3 +399,5 @@ TEST(TouchScreenCalib, AnswersTheDriversRefusalOfAParameter)
 
     EXPECT_EQ(value, kUntouched);
 }
+
+} // namespace touch_screen_calib_test

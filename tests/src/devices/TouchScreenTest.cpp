@@ -4,6 +4,8 @@
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
+namespace touch_screen_test {
+
 using namespace Halvix;
 using testing::IsEmpty;
 
@@ -394,3 +396,5 @@ TEST(TouchScreen, AnswersTheControllersRefusalOfAnAdvancedSetting)
 
     EXPECT_EQ(value, kUntouched);
 }
+
+} // namespace touch_screen_test

@@ -8,6 +8,8 @@
 #include <cmath>
 #include <limits>
 
+namespace video_scaling_test {
+
 using namespace Halvix;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -418,3 +420,5 @@ TEST(VideoScaling, EveryByteReadsBackOrOneLower)
         EXPECT_THAT(enlarge - converted(factor).enlarge, testing::AnyOf(0, 1)) << enlarge;
     }
 }
+
+} // namespace video_scaling_test

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <functional>
 
+namespace video_test {
+
 using namespace Halvix;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -862,3 +864,5 @@ TEST(Video, FreesABufferOfTheCAllocator)
     EXPECT_EQ(video->freeBmpBuffer(static_cast<char*>(std::malloc(16))), ERR_SUCCESS);
     EXPECT_EQ(video->freeBmpBuffer(nullptr), ERR_INVALID_PARAMETER);
 }
+
+} // namespace video_test

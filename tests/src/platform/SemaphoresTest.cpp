@@ -9,6 +9,8 @@
 #include "simulator/protocol/UnitFolder.h"
 #include "testing/SimulatedUnit.h"
 
+namespace semaphores_test {
+
 using namespace Halvix;
 using testing::Contains;
 using testing::ElementsAre;
@@ -379,3 +381,5 @@ TEST(Lock, ReleasesNothingThatItDidNotAcquire)
 }
 
 } // namespace
+
+} // namespace semaphores_test

@@ -9,6 +9,8 @@
 #include <string>
 #include <utility>
 
+namespace status_texts_test {
+
 using namespace Halvix;
 
 namespace {
@@ -237,3 +239,5 @@ TEST(StartupReasonTexts, AreWritablePairsThatBothFunctionsRead)
     EXPECT_STREQ(GetStartupReasonStringW(0xF0), L"replaced too");
     startupReasonTexts[4] = saved;
 }
+
+} // namespace status_texts_test

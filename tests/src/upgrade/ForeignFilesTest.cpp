@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <fstream>
 
+namespace foreign_files_test {
+
 using namespace Halvix;
 using firmware::Bytes;
 
@@ -130,3 +132,5 @@ TEST(McsOfSrecCat, ReachesTheFpga)
     const auto flash = unit.model<hxsim::FpgaFlash>();
     EXPECT_TRUE(std::equal(image.begin(), image.end(), flash->content.begin()));
 }
+
+} // namespace foreign_files_test

@@ -7,6 +7,8 @@
 
 #include <sys/resource.h>
 
+namespace intel_hex_test {
+
 using namespace Halvix;
 using firmware::Bytes;
 using testing::Each;
@@ -358,3 +360,5 @@ TEST(HexImage, TakesUpAPageForEachOfManyLonelyBytes)
 
     EXPECT_LT(memoryFor(text + kEnd, HexResult::Complete), k16MiB);
 }
+
+} // namespace intel_hex_test

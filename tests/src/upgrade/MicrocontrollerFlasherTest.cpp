@@ -4,6 +4,8 @@
 #include "simulator/model/Microcontroller.h"
 #include "upgrade/Flasher_STM32.h"
 
+namespace microcontroller_flasher_test {
+
 using namespace Halvix;
 using firmware::Bytes;
 using testing::ElementsAre;
@@ -289,3 +291,5 @@ TEST(Flasher, ReportsThatTheDaemonDoesNotRun)
 
     EXPECT_FALSE(Flasher_STM32::restartAfterUpgrade());
 }
+
+} // namespace microcontroller_flasher_test

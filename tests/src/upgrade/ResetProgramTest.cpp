@@ -16,6 +16,8 @@
 
 #include "testing/TemporaryFolder.h"
 
+namespace reset_program_test {
+
 using testing::HasSubstr;
 using testing::Not;
 
@@ -133,3 +135,5 @@ TEST(ResetProgram, WithAWrongKeyIsNotHeard)
     EXPECT_THAT(report, Not(HasSubstr("guest-reset")));
     EXPECT_THAT(report, HasSubstr("200003a8: 0x04fa0004 0x04fa0004 0x00000001 0x00000000")) << "it ran all the same";
 }
+
+} // namespace reset_program_test

@@ -3,6 +3,8 @@
 
 #include "testing/SimulatedUnit.h"
 
+namespace uart_redirector_test {
+
 using namespace Halvix;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -114,3 +116,5 @@ TEST(UartRedirector, ClosesTheDeviceWhenItIsDestroyed)
     }
     EXPECT_THAT(unit.callsTo(kNode), ElementsAre("open rdwr nonblock", "close"));
 }
+
+} // namespace uart_redirector_test

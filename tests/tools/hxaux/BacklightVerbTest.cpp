@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/Command.h"
 
+namespace backlight_verb_test {
+
 using namespace hxtest;
 using testing::AllOf;
 
@@ -201,3 +203,5 @@ TEST(VideoResumeVerb, SendsTheRequestAndSaysThatTheOutcomeIsNotKnown)
     EXPECT_THAT(outcome, outputMatches("0\n"));
     EXPECT_THAT(outcome.output + outcome.error, testing::HasSubstr("request sent; the outcome is not known"));
 }
+
+} // namespace backlight_verb_test

@@ -3,7 +3,10 @@
 
 #include <unistd.h>
 
+namespace buzzer_verb_test {
+
 using namespace hxtest;
+using hxtest::supervisor::onUnit;
 using testing::AllOf;
 
 namespace {
@@ -82,3 +85,5 @@ TEST_P(SignalDuringABeep, LeavesNothingSoundingAndNothingLocked)
                                                                  : "143";
     EXPECT_THAT(outcome, outputIs(ended + "\noff\n0\n"));
 }
+
+} // namespace buzzer_verb_test

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/tools/hxaux/SupervisorVerbs.h"
 
+namespace config_verb_test {
+
 using namespace hxtest;
+using hxtest::supervisor::onUnit;
 using testing::AllOf;
 
 TEST(ConfigVerb, ShowsEverySetting)
@@ -88,3 +91,5 @@ TEST(ConfigVerb, PrintsNumbersInJson)
     EXPECT_EQ(result["video"], nlohmann::json::array({1, 2}));
     EXPECT_EQ(result["voltage"], 9.0);
 }
+
+} // namespace config_verb_test

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/tools/hxaux/SupervisorVerbs.h"
 
+namespace diag_verb_test {
+
 using namespace hxtest;
+using hxtest::supervisor::onUnit;
 using testing::AllOf;
 
 TEST(DiagVerb, ShowsEverything)
@@ -64,3 +67,5 @@ TEST(DiagVerb, ContinuesWithTheRestWhenOneValueCannotBeRead)
         onUnit("diag", "--set \"fail=/dev/diag-id get 2\""),
         AllOf(statusIs(1), errorIs("diag: startup: IoCtrl operation failed (7)\n"), outputMatches("cycles: 42\n")));
 }
+
+} // namespace diag_verb_test

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/tools/hxaux/SupervisorVerbs.h"
 
+namespace led_verb_test {
+
 using namespace hxtest;
+using hxtest::supervisor::onUnit;
 using testing::AllOf;
 
 TEST(LedVerb, ShowsColorAndPattern)
@@ -67,3 +70,5 @@ TEST(LedVerb, NeedsAllPartsOfAColorAndOfASignal)
     EXPECT_THAT(onUnit("led rgb 1 2"), AllOf(statusIs(2), errorMatches("missing argument: RED GREEN BLUE")));
     EXPECT_THAT(onUnit("led signal 1"), AllOf(statusIs(2), errorMatches("missing argument: FREQUENCY DUTY")));
 }
+
+} // namespace led_verb_test

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/tools/hxaux/SupervisorVerbs.h"
 
+namespace power_verb_test {
+
 using namespace hxtest;
+using hxtest::supervisor::onUnit;
 using testing::AllOf;
 
 TEST(PowerVerb, ShowsWhatHasPower)
@@ -38,3 +41,5 @@ TEST(PowerVerb, SaysThatTheDriverRefuses)
     EXPECT_THAT(onUnit("power fan on", "--set \"fail=/dev/power-id put 3\""),
                 AllOf(statusIs(1), errorIs("power fan: IoCtrl operation failed (7)\n")));
 }
+
+} // namespace power_verb_test

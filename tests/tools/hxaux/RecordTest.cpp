@@ -9,6 +9,8 @@
 #include <fstream>
 #include <sstream>
 
+namespace record_test {
+
 using namespace hxtest;
 using testing::AllOf;
 using testing::HasSubstr;
@@ -380,3 +382,5 @@ TEST(Replay, AnswersEachExampleAsItWasRecorded)
                     AllOf(outputIs(recorded.output), errorIs(""), statusIs(0)));
     }
 }
+
+} // namespace record_test

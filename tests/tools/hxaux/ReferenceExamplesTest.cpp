@@ -7,6 +7,8 @@
 #include <map>
 #include <unistd.h>
 
+namespace reference_examples_test {
+
 using namespace hxtest;
 
 namespace {
@@ -97,3 +99,5 @@ INSTANTIATE_TEST_SUITE_P(Each, ReferenceExamples, testing::ValuesIn(objects()), 
     std::ranges::replace(name, '-', '_');
     return name;
 });
+
+} // namespace reference_examples_test

@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+namespace settings_judgement_test {
+
 using namespace hxaux::doctor;
 using testing::AllOf;
 
@@ -80,3 +82,5 @@ TEST(SettingsJudgement, FindsCarriageReturnsOfAForeignEditor)
     EXPECT_THAT(wrongIn("MY_KEY=5\r\n"),
                 ElementsAre(finding("line 1", "ends with a carriage return", "sed -i 's/\\r$//' /opt/etc/hxaux.ini")));
 }
+
+} // namespace settings_judgement_test

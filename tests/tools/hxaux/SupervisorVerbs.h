@@ -3,7 +3,7 @@
 
 #include "testing/Command.h"
 
-namespace hxtest {
+namespace hxtest::supervisor {
 
 /// Runs lines of hxaux one after the other on one simulated unit: "config fan on; config fan".
 inline Outcome onUnit(const std::string& words, const std::string& description = "")
@@ -17,4 +17,4 @@ inline Outcome onUnit(const std::string& words, const std::string& description =
     return run("hx-sim run " + description + " -- sh -c '" + script + "'");
 }
 
-} // namespace hxtest
+} // namespace hxtest::supervisor

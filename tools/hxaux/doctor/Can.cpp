@@ -12,7 +12,7 @@ namespace hxaux::doctor {
 
 namespace {
 
-Finding look(int network)
+Finding lookAtNetwork(int network)
 {
     const std::string interface = "can" + std::to_string(network - 1);
     const std::string path = "/sys/class/net/" + interface + "/can_bittiming/bitrate";
@@ -35,7 +35,7 @@ Finding look(int network)
 
 Findings can()
 {
-    return {look(1), look(2), look(3), look(4)};
+    return {lookAtNetwork(1), lookAtNetwork(2), lookAtNetwork(3), lookAtNetwork(4)};
 }
 
 } // namespace hxaux::doctor

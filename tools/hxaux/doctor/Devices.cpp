@@ -23,7 +23,7 @@ constexpr std::array kDevices = {
 };
 
 // Only the permissions are checked: opening a device can change its state.
-Finding look(const std::string& path)
+Finding lookAtDevice(const std::string& path)
 {
     if (access(path.c_str(), R_OK | W_OK) == 0)
         return {path, "", ""};
@@ -49,7 +49,7 @@ Findings devices()
 {
     Findings findings;
     for (const char* path : kDevices)
-        findings.push_back(look(path));
+        findings.push_back(lookAtDevice(path));
     return findings;
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kUpgradeLock = "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS";
 
-Finding look(const std::string& name)
+Finding lookAtLock(const std::string& name)
 {
     const NamedLock lock(name);
     const LockState state = lock.look();
@@ -29,7 +29,7 @@ Findings locks()
 {
     Findings findings;
     for (const std::string_view name : kLockNames)
-        findings.push_back(look(std::string(name)));
+        findings.push_back(lookAtLock(std::string(name)));
     return findings;
 }
 

@@ -105,7 +105,7 @@ Halvix::eErr read(AuxVersion& versions, Getter get, Version& version)
     return (versions.*get)(&version[0], &version[1], &version[2], &version[3]);
 }
 
-Finding look(AuxVersion& versions, const Component& component)
+Finding lookAtComponent(AuxVersion& versions, const Component& component)
 {
     Version version{};
     const Halvix::eErr code = read(versions, component.get, version);
@@ -116,7 +116,7 @@ Finding look(AuxVersion& versions, const Component& component)
             component.remedy};
 }
 
-Finding look(const Need& need, const Version& installed)
+Finding lookAtComponent(const Need& need, const Version& installed)
 {
     const Version& least = need.least;
     if (need.gate(least[0], least[1], least[2], least[3]))
@@ -133,11 +133,11 @@ Findings versions()
     Findings findings;
     const Interface<AuxVersion> versions(GetAuxVersion());
     for (const Component& component : kComponents)
-        findings.push_back(look(*versions, component));
+        findings.push_back(lookAtComponent(*versions, component));
     for (const Need& need : kNeeds) {
         Version installed{};
         if (read(*versions, need.get, installed) == Halvix::ERR_SUCCESS)
-            findings.push_back(look(need, installed)); // an unknown version is a finding already
+            findings.push_back(lookAtComponent(need, installed)); // an unknown version is a finding already
     }
     return findings;
 }

@@ -31,7 +31,7 @@ eErr showSounding(Call& call, Buzzer& buzzer)
     return err;
 }
 
-void showAll(Call& call)
+void showBuzzer(Call& call)
 {
     const Interface<Buzzer> buzzer(GetBuzzer());
     (void)call.attempt("frequency", showNumber<&Buzzer::getFrequency>(call, *buzzer, "frequency", "Hz"));
@@ -53,13 +53,13 @@ void volume(Call& call)
                                  : showNumber<&Buzzer::getVolume>(call, *buzzer, "volume", ""));
 }
 
-void switchOn(Call& call)
+void switchBuzzerOn(Call& call)
 {
     const Interface<Buzzer> buzzer(GetBuzzer());
     call.check(buzzer->setTrigger(true));
 }
 
-void switchOff(Call& call)
+void switchBuzzerOff(Call& call)
 {
     const Interface<Buzzer> buzzer(GetBuzzer());
     call.check(buzzer->setTrigger(false));
@@ -84,7 +84,7 @@ const Object objects::Buzzer{
         {.name = "",
          .help = "Shows frequency, volume and whether it sounds.",
          .example = "hxaux buzzer",
-         .run = showAll,
+         .run = showBuzzer,
          .repeat = Repeat::Watch},
         {.name = "frequency",
          .help = "Shows or sets the frequency of the tone.",
@@ -99,8 +99,8 @@ const Object objects::Buzzer{
         {.name = "on",
          .help = "Switches the buzzer on until it is switched off.",
          .example = "hxaux buzzer on",
-         .run = switchOn},
-        {.name = "off", .help = "Switches the buzzer off.", .example = "hxaux buzzer off", .run = switchOff},
+         .run = switchBuzzerOn},
+        {.name = "off", .help = "Switches the buzzer off.", .example = "hxaux buzzer off", .run = switchBuzzerOff},
         {.name = "beep",
          .help = "Sounds for a time and returns when it is over.",
          .example = "hxaux buzzer beep 200",

@@ -126,7 +126,7 @@ void run(Call& call)
     walk.run(call.has("mode") ? call.as<Mode>("mode") : Halvix::CalibrationMode5Points);
 }
 
-void mode(Call& call)
+void calibrationMode(Call& call)
 {
     const Interface<TouchScreenCalib> calib(GetTouchScreenCalib());
     if (call.has("mode"))
@@ -188,7 +188,7 @@ const Object objects::Calibrate{
         {.name = "mode",
          .help = "Shows which calibration runs, or starts one.",
          .example = "hxaux calibrate mode 5-points",
-         .run = mode,
+         .run = calibrationMode,
          .values = {choice("mode", kModes, "the calibration to start").optional()}},
         {.name = "point",
          .help = "Announces the point that is touched next.",

@@ -117,7 +117,7 @@ constexpr const Setting* kSettings[] = {&kTrigger,    &kShortPress,  &kLongPress
                                         &kSignalTime, &kSuspendTime, &kCan,       &kVideo,  &kFan,
                                         &kVoltage,    &kHeating,     &kPowerOn};
 
-void showAll(Call& call)
+void showConfig(Call& call)
 {
     const Interface<Config> config(GetConfig());
     for (const Setting* setting : kSettings)
@@ -149,7 +149,7 @@ const Object objects::Config{
         {.name = "",
          .help = "Shows every setting.",
          .example = "hxaux config",
-         .run = showAll,
+         .run = showConfig,
          .details = "A setting that cannot be read is named on standard error; the others are still shown."},
         {.name = "trigger",
          .help = "Shows or sets which events may start the unit.",

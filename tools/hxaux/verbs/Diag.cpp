@@ -104,7 +104,7 @@ void showOne(Call& call)
     call.check(Which.show(call, *diagnostic, Which.name));
 }
 
-void showAll(Call& call)
+void showDiag(Call& call)
 {
     const Interface<Diagnostic> diagnostic(GetDiagnostic());
     for (const Reading* each : {&kSupervisor, &kBoard, &kExtremes, &kStartup, &kShutDown, &kError, &kCycles, &kTimers})
@@ -128,7 +128,7 @@ const Object objects::Diag{
         {.name = "",
          .help = "Shows all values that the supervisor reports.",
          .example = "hxaux diag",
-         .run = showAll,
+         .run = showDiag,
          .repeat = Repeat::Watch,
          .details = "What cannot be read is named on standard error."},
         {.name = "supervisor",

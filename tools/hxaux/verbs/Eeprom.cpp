@@ -39,7 +39,7 @@ Halvix::eErr read(HXAuxPrivate& service, unsigned char store, std::string key, s
     return code;
 }
 
-void checkKey(Call& call)
+void checkPropertyKey(Call& call)
 {
     if (const std::string reason = cli::refusedPropertyKey(call.text("key")); !reason.empty())
         call.fail(Exit::Usage, "the key cannot be used: " + reason);
@@ -56,9 +56,9 @@ std::string hintFor(Call& call)
            " 'hxaux eeprom list" + store + "' shows those that are present";
 }
 
-void get(Call& call)
+void getProperty(Call& call)
 {
-    checkKey(call);
+    checkPropertyKey(call);
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
     std::string value;
     const Halvix::eErr code = read(*service, storeOf(call), call.text("key"), value);
@@ -68,9 +68,9 @@ void get(Call& call)
     call.printNamedByUser(call.text("key"), value);
 }
 
-void set(Call& call)
+void setProperty(Call& call)
 {
-    checkKey(call);
+    checkPropertyKey(call);
     if (const std::string reason = cli::refusedProperty(call.text("value")); !reason.empty())
         call.fail(Exit::Usage, "the value cannot be stored: " + reason);
     const HeldSignals held; // an interrupted write leaves half of the old and half of the new text
@@ -118,13 +118,13 @@ const Object objects::Eeprom{
         {.name = "get",
          .help = "Reads a property.",
          .example = "hxaux eeprom get UNIT_SERIAL",
-         .run = get,
+         .run = getProperty,
          .values = {text("key", "name of the property")},
          .options = {store()}},
         {.name = "set",
          .help = "Changes the value of a property that exists.",
          .example = "hxaux eeprom set UNIT_SERIAL 12345",
-         .run = set,
+         .run = setProperty,
          .values = {text("key", "name of the property"), text("value", "its new value, without blanks")},
          .options = {store()},
          .details = "The whole EEPROM is rewritten, which takes a few seconds; do not switch the unit off meanwhile."},

@@ -21,7 +21,7 @@ const Names kColors = namesOf<HXAuxColor>({{Halvix::ColorRed, "red"},
                                            {Halvix::ColorMagenta, "magenta"},
                                            {Halvix::ColorOrange, "orange"}});
 
-constexpr int kUnit = 10; // milliseconds
+constexpr int kTimeUnit = 10; // milliseconds
 
 eErr showColor(Call& call, FrontLED& led)
 {
@@ -61,7 +61,7 @@ eErr showTime(Call& call, FrontLED& led, const char* name)
     unsigned char units = 0;
     const eErr err = (led.*Get)(&units);
     if (err == Halvix::ERR_SUCCESS)
-        call.print(name, units * kUnit, "ms");
+        call.print(name, units * kTimeUnit, "ms");
     return err;
 }
 
@@ -83,7 +83,7 @@ eErr showStartup(Call& call, FrontLED& led)
     return err;
 }
 
-void showAll(Call& call)
+void showLed(Call& call)
 {
     const Interface<FrontLED> led(GetFrontLED());
     (void)call.attempt("color", showColor(call, *led));
@@ -131,9 +131,9 @@ void time(Call& call)
     const Interface<FrontLED> led(GetFrontLED());
     if (!call.has("time"))
         return call.check(showTime<Get>(call, *led, "time"));
-    if (call.integer("time") % kUnit != 0)
+    if (call.integer("time") % kTimeUnit != 0)
         call.fail(Exit::Usage, "time: " + call.text("time") + " is not a multiple of 10 ms");
-    call.check(((*led).*Set)(static_cast<unsigned char>(call.integer("time") / kUnit)));
+    call.check(((*led).*Set)(static_cast<unsigned char>(call.integer("time") / kTimeUnit)));
 }
 
 void pulses(Call& call)
@@ -149,7 +149,7 @@ void startup(Call& call)
                                  : showStartup(call, *led));
 }
 
-void switchOff(Call& call)
+void switchLedOff(Call& call)
 {
     const Interface<FrontLED> led(GetFrontLED());
     call.check(led->setOff());
@@ -160,7 +160,7 @@ Argument component(std::string_view name)
     return integer(name, 0, 15, "", "0 to 15; the color is shown when all are left out").optional();
 }
 
-Argument milliseconds()
+Argument timeArgument()
 {
     return integer("time", 0, 2550, "ms", "a multiple of 10; shown when left out").optional();
 }
@@ -174,7 +174,7 @@ const Object objects::Led{
         {.name = "",
          .help = "Shows color and pattern.",
          .example = "hxaux led",
-         .run = showAll,
+         .run = showLed,
          .repeat = Repeat::Watch},
         {.name = "color",
          .help = "Shows or sets the color by its name.",
@@ -198,17 +198,17 @@ const Object objects::Led{
          .help = "Shows or sets how long the LED is on in each pulse.",
          .example = "hxaux led on-time 500",
          .run = time<&FrontLED::getOnTime, &FrontLED::setOnTime>,
-         .values = {milliseconds()}},
+         .values = {timeArgument()}},
         {.name = "off-time",
          .help = "Shows or sets how long the LED is off after each pulse.",
          .example = "hxaux led off-time 500",
          .run = time<&FrontLED::getOffTime, &FrontLED::setOffTime>,
-         .values = {milliseconds()}},
+         .values = {timeArgument()}},
         {.name = "idle-time",
          .help = "Shows or sets how long the LED rests after the pulses.",
          .example = "hxaux led idle-time 1000",
          .run = time<&FrontLED::getIdleTime, &FrontLED::setIdleTime>,
-         .values = {milliseconds()}},
+         .values = {timeArgument()}},
         {.name = "pulses",
          .help = "Shows or sets how many pulses come before the rest.",
          .example = "hxaux led pulses 3",
@@ -217,7 +217,7 @@ const Object objects::Led{
         {.name = "off",
          .help = "Switches the LED off; color and the rest of the pattern stay.",
          .example = "hxaux led off",
-         .run = switchOff},
+         .run = switchLedOff},
         {.name = "startup",
          .help = "Shows or sets whether the LED shows its pattern while the unit starts.",
          .example = "hxaux led startup on",

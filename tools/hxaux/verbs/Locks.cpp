@@ -85,7 +85,7 @@ Value shown(const Call& call, std::string_view name, const Seen& seen)
                          {"processes", processes(seen.state)}};
 }
 
-void list(Call& call)
+void listLocks(Call& call)
 {
     for (const std::string_view name : kSemaphores) {
         const NamedLock lock{std::string(name)};
@@ -154,7 +154,7 @@ const Object objects::Locks{
         {.name = "",
          .help = "Shows every lock: its state, its value and the processes that use it.",
          .example = "hxaux locks",
-         .run = list,
+         .run = listLocks,
          .repeat = Repeat::Watch,
          .details = "A lock is stale when its holder died: it is held, and every process that uses it waits for it. "
                     "The library never releases such a lock; 'hxaux locks reset' does."},

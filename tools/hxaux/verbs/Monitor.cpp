@@ -23,7 +23,7 @@ using Halvix::eErr;
 constexpr int kVoltages = 8;
 constexpr int kInputs = 4;
 constexpr int kVideoChannels = 4;
-constexpr int kMostSensors = 16;
+constexpr int kShownSensors = 16;
 
 // One round: what was read, and what could not be read.
 class Round {
@@ -74,7 +74,7 @@ private:
         int count = 0;
         short celsius = 0;
         auto type = Halvix::JidaSensorType0;
-        while (count < kMostSensors &&
+        while (count < kShownSensors &&
                diagnostic.getPMTemp(static_cast<unsigned char>(count), &celsius, &type) == Halvix::ERR_SUCCESS)
             ++count;
         return count;

@@ -14,10 +14,10 @@ using Halvix::HXStatus;
 using Halvix::Power;
 
 // The supervisor's firmware defines the meaning of the other values.
-const Names kTransitions = namesOf<int>({{0, "none"}});
+const Names kNoTransition = namesOf<int>({{0, "none"}});
 
 template <eErr (Power::*Get)(HXStatus*)>
-eErr showStatus(Call& call, Power& power, const char* name)
+eErr showPowerStatus(Call& call, Power& power, const char* name)
 {
     auto status = Halvix::HXStatusDisabled;
     const eErr err = (power.*Get)(&status);
@@ -26,7 +26,7 @@ eErr showStatus(Call& call, Power& power, const char* name)
     return err;
 }
 
-eErr showVideo(Call& call, Power& power, const char* name)
+eErr showVideoPower(Call& call, Power& power, const char* name)
 {
     unsigned char channels = 0;
     const eErr err = power.getVideoPowerStatus(&channels);
@@ -40,18 +40,18 @@ eErr showTransition(Call& call, Power& power, const char* name)
     auto status = Halvix::ButtonPowerTransition0;
     const eErr err = power.getButtonPowerTransitionStatus(&status);
     if (err == Halvix::ERR_SUCCESS)
-        call.print(name, kTransitions.nameOf(status));
+        call.print(name, kNoTransition.nameOf(status));
     return err;
 }
 
-void showAll(Call& call)
+void showPower(Call& call)
 {
     const Interface<Power> power(GetPower());
     const auto show = [&](const char* name, auto function) { (void)call.attempt(name, function(call, *power, name)); };
-    show("backlight", showStatus<&Power::getBLPowerStatus>);
-    show("can", showStatus<&Power::getCanPowerStatus>);
-    show("video", showVideo);
-    show("fan", showStatus<&Power::getExtFanPowerStatus>);
+    show("backlight", showPowerStatus<&Power::getBLPowerStatus>);
+    show("can", showPowerStatus<&Power::getCanPowerStatus>);
+    show("video", showVideoPower);
+    show("fan", showPowerStatus<&Power::getExtFanPowerStatus>);
     show("transition", showTransition);
 }
 
@@ -60,14 +60,14 @@ void showOrSwitch(Call& call)
 {
     const Interface<Power> power(GetPower());
     call.check(call.has("state") ? ((*power).*Set)(call.as<HXStatus>("state"))
-                                 : showStatus<Get>(call, *power, "power"));
+                                 : showPowerStatus<Get>(call, *power, "power"));
 }
 
 void video(Call& call)
 {
     const Interface<Power> power(GetPower());
     call.check(call.has("channels") ? power->setVideoPowerStatus(channelsOf(call, "channels"))
-                                    : showVideo(call, *power, "video"));
+                                    : showVideoPower(call, *power, "video"));
 }
 
 void transition(Call& call)
@@ -96,7 +96,7 @@ const Object objects::Power{
         {.name = "",
          .help = "Shows what has power and which transition is requested.",
          .example = "hxaux power",
-         .run = showAll,
+         .run = showPower,
          .repeat = Repeat::Watch},
         {.name = "backlight",
          .help = "Shows or switches the power of the backlight.",

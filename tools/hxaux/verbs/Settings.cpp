@@ -27,15 +27,15 @@ Halvix::eErr read(HXAuxPrivate& service, const std::string& key, std::string& va
     return code;
 }
 
-void checkKey(Call& call)
+void checkSettingKey(Call& call)
 {
     if (const std::string reason = cli::refusedSettingKey(call.text("key")); !reason.empty())
         call.fail(Exit::Usage, "the key cannot be used: " + reason);
 }
 
-void get(Call& call)
+void getSetting(Call& call)
 {
-    checkKey(call);
+    checkSettingKey(call);
     const HeldSignals held;
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
     std::string value;
@@ -46,9 +46,9 @@ void get(Call& call)
     call.printNamedByUser(call.text("key"), value);
 }
 
-void set(Call& call)
+void setSetting(Call& call)
 {
-    checkKey(call);
+    checkSettingKey(call);
     if (const std::string reason = cli::refusedSetting(call.text("value")); !reason.empty())
         call.fail(Exit::Usage, "the value cannot be stored: " + reason);
     const HeldSignals held;
@@ -60,7 +60,7 @@ void set(Call& call)
         call.fail(Exit::File, "the setting is not in the file afterwards: the file cannot be written");
 }
 
-void list(Call& call)
+void listSettings(Call& call)
 {
     const HeldSignals held;
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
@@ -80,18 +80,18 @@ const Object objects::Settings{
         {.name = "get",
          .help = "Reads a setting.",
          .example = "hxaux settings get ABL_k",
-         .run = get,
+         .run = getSetting,
          .values = {text("key", "name of the setting")}},
         {.name = "set",
          .help = "Stores a setting.",
          .example = "hxaux settings set ABL_k 50",
-         .run = set,
+         .run = setSetting,
          .values = {text("key", "name of the setting"), text("value", "its value; '' empties it")},
          .details = "Running programs are not notified. To change the automatic backlight use 'hxaux backlight auto'."},
         {.name = "list",
          .help = "Lists the documented settings that are present.",
          .example = "hxaux settings list",
-         .run = list},
+         .run = listSettings},
     }};
 
 } // namespace hxaux

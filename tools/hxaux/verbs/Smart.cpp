@@ -10,7 +10,7 @@ namespace {
 
 using Halvix::HXAuxPrivate;
 
-void get(Call& call)
+void getSmart(Call& call)
 {
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
     unsigned short value = 0;
@@ -18,7 +18,7 @@ void get(Call& call)
     call.print("smart " + call.text("register"), value);
 }
 
-void set(Call& call)
+void setSmart(Call& call)
 {
     const Interface<HXAuxPrivate> service(GetHXAuxPrivate());
     call.check(service->setToSmart(call.as<char>("register"), call.as<unsigned short>("value")));
@@ -37,13 +37,13 @@ const Object objects::Smart{"smart",
                                 {.name = "get",
                                  .help = "Reads a register.",
                                  .example = "hxaux smart get 8",
-                                 .run = get,
+                                 .run = getSmart,
                                  .values = {number()},
                                  .repeat = Repeat::Watch},
                                 {.name = "set",
                                  .help = "Writes a register.",
                                  .example = "hxaux smart set 8 1000",
-                                 .run = set,
+                                 .run = setSmart,
                                  .values = {number(), integer("value", 0, 65535, "", "its 16 bits")}},
                             }};
 

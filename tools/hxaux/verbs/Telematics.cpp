@@ -17,10 +17,10 @@ using Halvix::Telematics;
 // Every operation works in steps on a bus or a locked file, so signals are deferred until it is done: a power key is
 // never left held.
 
-using Getter = Halvix::eErr (Telematics::*)(HXStatus*);
+using StatusGetter = Halvix::eErr (Telematics::*)(HXStatus*);
 using Setter = Halvix::eErr (Telematics::*)(HXStatus);
 
-void read(Call& call, const std::string& name, Getter get)
+void read(Call& call, const std::string& name, StatusGetter get)
 {
     const HeldSignals held;
     const Interface<Telematics> telematics(GetTelematics());
@@ -29,7 +29,7 @@ void read(Call& call, const std::string& name, Getter get)
     call.print(name, status != Halvix::HXStatusDisabled);
 }
 
-void readOrSet(Call& call, const std::string& name, Getter get, Setter set)
+void readOrSet(Call& call, const std::string& name, StatusGetter get, Setter set)
 {
     if (!call.has("state"))
         return read(call, name, get);
@@ -68,12 +68,12 @@ void antenna(Call& call)
     read(call, "antenna short-circuit", &Telematics::getGPSAntennaStatus);
 }
 
-struct Item {
+struct Module {
     const char* name;
-    Getter get;
+    StatusGetter get;
 };
 
-constexpr std::array<Item, 6> kItems{{
+constexpr std::array<Module, 6> kItems{{
     {"available", &Telematics::getTelematicsAvailable},
     {"gprs", &Telematics::getGPRSPowerStatus},
     {"gprs at start", &Telematics::getGPRSStartUpPowerStatus},
@@ -92,7 +92,7 @@ void readAll(Call& call)
 {
     const HeldSignals held;
     const Interface<Telematics> telematics(GetTelematics());
-    for (const Item& item : kItems) {
+    for (const Module& item : kItems) {
         auto status = Halvix::HXStatusDisabled;
         const Halvix::eErr code = ((*telematics).*item.get)(&status);
         if (isMissing(code))

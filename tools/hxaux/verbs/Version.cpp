@@ -11,11 +11,11 @@ namespace hxaux {
 namespace {
 
 using Halvix::AuxVersion;
-using Getter = Halvix::eErr (AuxVersion::*)(unsigned char*, unsigned char*, unsigned char*, unsigned char*);
+using VersionGetter = Halvix::eErr (AuxVersion::*)(unsigned char*, unsigned char*, unsigned char*, unsigned char*);
 
 struct Component {
     const char* name;
-    Getter get;
+    VersionGetter get;
 };
 
 constexpr std::array<Component, 6> kComponents{{

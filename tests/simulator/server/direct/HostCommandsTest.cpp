@@ -10,6 +10,8 @@
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 
+namespace host_commands_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::kNameOfRow;
@@ -234,3 +236,5 @@ INSTANTIATE_TEST_SUITE_P(
     kNameOfRow);
 
 } // namespace
+
+} // namespace host_commands_test

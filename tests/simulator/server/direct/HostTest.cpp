@@ -15,6 +15,8 @@
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 
+namespace host_test {
+
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
@@ -505,3 +507,5 @@ TEST_F(HostTest, EndsAConnectionThatSendsMoreThanAnyProgram)
 }
 
 } // namespace
+
+} // namespace host_test

@@ -11,6 +11,8 @@
 #include <cerrno>
 #include <ostream>
 
+namespace aux_version_test {
+
 using namespace Halvix;
 using namespace driver;
 using testing::ElementsAre;
@@ -227,3 +229,5 @@ TEST(AuxVersion, CreatesANewObjectEachTime)
     first->Release();
     second->Release();
 }
+
+} // namespace aux_version_test

@@ -11,6 +11,8 @@
 #include <ostream>
 #include <sstream>
 
+namespace io_ctrl_table_test {
+
 using namespace Halvix;
 using namespace driver;
 
@@ -384,3 +386,5 @@ TEST(ControlCodes, EveryOneOfTheTableIsWrittenDownHere)
 
     EXPECT_THAT(described, testing::UnorderedElementsAreArray(table));
 }
+
+} // namespace io_ctrl_table_test

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <span>
 
+namespace microcontroller_status_test {
+
 using namespace Halvix;
 using firmware::Bytes;
 using testing::ElementsAre;
@@ -371,3 +373,5 @@ TEST(Publishing, DoesNothingWithoutASignal)
 
     flasher.updateSharedStatus(UpgradeActionWrite, 5, ERR_SUCCESS);
 }
+
+} // namespace microcontroller_status_test
