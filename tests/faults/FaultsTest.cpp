@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <numeric>
 #include <set>
 #include <sstream>
 
@@ -22,6 +21,7 @@
 #include "testing/EveryOperation.h"
 #include "testing/OperationCalls.h"
 #include "tests/faults/Forked.h"
+#include "tests/faults/Hash.h"
 #include "tests/faults/Injector.h"
 
 using namespace Halvix;
@@ -59,10 +59,7 @@ constexpr const char* kSettingsFile = "settings file";
 
 Stored storedIn(SimulatedUnit& unit)
 {
-    const auto sumOf = [](const std::vector<std::uint8_t>& bytes) {
-        return std::to_string(std::accumulate(bytes.begin(), bytes.end(), std::uint64_t{1},
-                                              [](auto total, auto byte) { return total * 31 + byte; }));
-    };
+    const auto sumOf = [](const std::vector<std::uint8_t>& bytes) { return std::to_string(hashOf(bytes)); };
     Stored stored{{kSettingsFile, unit.settings()}};
     for (const auto& [name, memory] : dynamic_cast<hxsim::LinkedUnit&>(*hxsim::Link::current()).unit()->memories())
         stored[name] = sumOf(memory.bytes);

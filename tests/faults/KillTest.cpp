@@ -9,7 +9,6 @@
 #include <iterator>
 #include <map>
 #include <new>
-#include <numeric>
 #include <sstream>
 
 #include <gmock/gmock.h>
@@ -25,6 +24,7 @@
 #include "testing/EveryOperation.h"
 #include "testing/OperationCalls.h"
 #include "tests/faults/Forked.h"
+#include "tests/faults/Hash.h"
 #include "tests/faults/Injector.h"
 
 using namespace Halvix;
@@ -59,8 +59,7 @@ Parts parts;
 
 std::size_t sum(std::size_t before, const std::vector<std::uint8_t>& bytes)
 {
-    return std::accumulate(bytes.begin(), bytes.end(), before,
-                           [](std::size_t total, std::uint8_t byte) { return total * 31 + byte; });
+    return before * 31 + hashOf(bytes);
 }
 
 void writeDown()
