@@ -10,6 +10,8 @@ install(EXPORT hx-aux NAMESPACE hx-aux:: FILE hx-auxTargets.cmake DESTINATION ${
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/hx-auxConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES packaging/cmake/hx-auxConfig.cmake ${CMAKE_BINARY_DIR}/hx-auxConfigVersion.cmake
         DESTINATION ${HX_CMAKE_DIR})
+file(RELATIVE_PATH HX_PREFIX_FROM_PC "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" HX_PREFIX_FROM_PC "${HX_PREFIX_FROM_PC}")
 configure_file(packaging/cmake/hx-aux.pc.in ${CMAKE_BINARY_DIR}/hx-aux.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/hx-aux.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
