@@ -7,11 +7,17 @@
 #                                             of an EEPROM change, 1.02 times the wire's time of an upgrade, objcopy's
 #                                             speed of reading firmware files
 #
+#   scripts/bench.sh build                    CPU seconds of cold builds and of a rebuild (scripts/bench-build; 20 minutes)
+#
 # Sections: operations light parsers processes requests eeprom upgrade
 # shellcheck disable=SC2317  # the sections are called by their names
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+if [ "${1:-}" = build ]; then
+    scripts/install-deps.sh test
+    exec scripts/bench-build "${@:2}"
+fi
 limit=50
 check=()
 if [ "${1:-}" = --check ]; then
