@@ -42,6 +42,16 @@ function(hx_build_for target abi)
   endif()
 endfunction()
 
+# hx_unity(target count): compiles this many files of a target at once, which shares the cost of headers and templates.
+# Each file still includes what it needs (HX_UNITY=OFF builds them one by one), and names of its own differ from those of
+# the other files of its target. The compiler takes every file but the first for a header in one of its warnings.
+function(hx_unity target count)
+  if(HX_UNITY)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${count})
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
+  endif()
+endfunction()
+
 # Large files and 64-bit inode numbers: the library must open any file of a 32-bit unit's file system.
 add_compile_definitions(_FILE_OFFSET_BITS=64)
 # Plain char carries signed bytes between drivers and callers.
@@ -76,6 +86,16 @@ add_library(hx_warnings INTERFACE)
 target_compile_options(hx_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow -Wformat=2 -Wundef
                        $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
                        $<$<BOOL:${HX_WERROR}>:-Werror>)
+
+# For all programs but the library: debug information beyond line numbers would take a third of their compile time. Most of
+# them wait for people, files and processes, and gain nothing from a higher optimisation.
+add_library(hx_lines INTERFACE)
+target_compile_options(hx_lines INTERFACE -g1)
+add_library(hx_quick INTERFACE)
+target_link_libraries(hx_quick INTERFACE hx_lines)
+if(NOT HX_COVERAGE)
+  target_compile_options(hx_quick INTERFACE -O1)
+endif()
 
 # Debian's hardening flags, plus control-flow protection. Sanitizers have their own checks.
 add_library(hx_hardening INTERFACE)

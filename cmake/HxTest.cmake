@@ -66,20 +66,30 @@ endif()
 
 # Common parts of all test programs: the in-process backend of the simulated unit and its helpers.
 set(HX_TESTING ${CMAKE_SOURCE_DIR}/testing)
+function(hx_add_test_helper name source)
+  add_library(${name} OBJECT ${HX_TESTING}/${source})
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include ${CMAKE_SOURCE_DIR}/src)
+  target_link_libraries(${name} PRIVATE GTest::gmock hx_warnings)
+  target_compile_options(${name} PRIVATE ${HX_TEST_OPTIONS})
+endfunction()
+hx_add_test_helper(hx-test-unit SimulatedUnit.cpp)
+hx_add_test_helper(hx-test-driver-objects driver/Driver.cpp)
+hx_add_test_helper(hx-test-scripted-objects scripted/ScriptedDevice.cpp)
 add_library(hx_test_support INTERFACE)
-target_sources(hx_test_support INTERFACE ${HX_TESTING}/SimulatedUnit.cpp)
+target_sources(hx_test_support INTERFACE $<TARGET_OBJECTS:hx-test-unit>)
 target_include_directories(hx_test_support INTERFACE ${CMAKE_SOURCE_DIR})
 target_link_libraries(hx_test_support INTERFACE hx-firmware-files GTest::gmock_main -Wl,--whole-archive hx-sim-inprocess
                       -Wl,--no-whole-archive)
 
 add_library(hx_test_driver INTERFACE)
-target_sources(hx_test_driver INTERFACE ${HX_TESTING}/driver/Driver.cpp)
+target_sources(hx_test_driver INTERFACE $<TARGET_OBJECTS:hx-test-driver-objects>)
 target_include_directories(hx_test_driver INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_definitions(hx-test-driver-objects PRIVATE "HX_SOURCE_DIR=\"${CMAKE_SOURCE_DIR}\"")
 target_compile_definitions(hx_test_driver INTERFACE "HX_SOURCE_DIR=\"${CMAKE_SOURCE_DIR}\"")
 target_link_libraries(hx_test_driver INTERFACE GTest::gmock_main)
 
 add_library(hx_test_scripted INTERFACE)
-target_sources(hx_test_scripted INTERFACE ${HX_TESTING}/scripted/ScriptedDevice.cpp)
+target_sources(hx_test_scripted INTERFACE $<TARGET_OBJECTS:hx-test-scripted-objects>)
 target_link_libraries(hx_test_scripted INTERFACE hx_test_support)
 
 # Programs that tests start, and their units.

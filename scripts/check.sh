@@ -13,7 +13,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 fast=(format shell spelling source layers commits links)
-names=("${fast[@]}" clang tidy headers docs abi tests conformance soak mutants asan tsan fuzz coverage)
+names=("${fast[@]}" readme clang tidy headers docs abi tests conformance soak mutants asan tsan fuzz coverage)
 
 sources() { git ls-files '*.cpp' '*.h' '*.c'; }
 
@@ -30,13 +30,14 @@ check_source() { scripts/check-source; }
 check_layers() { scripts/check-layers; }
 check_commits() { scripts/check-commits; }
 check_links() { scripts/check-links; }
+check_readme() { scripts/check-readme; }
 check_clang() {
     cmake -S . -B build/clang -G Ninja -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DHX_TESTS=OFF
     cmake --build build/clang -j "$(nproc)"
 }
 check_tidy() {
-    cmake --preset x86_64 -DHX_TESTS=ON >/dev/null
-    git ls-files 'src/*.cpp' 'tools/*.cpp' 'simulator/model/*.cpp' | xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/x86_64
+    cmake -S . -B build/tidy -G Ninja -DHX_UNITY=OFF >/dev/null
+    git ls-files 'src/*.cpp' 'tools/*.cpp' 'simulator/model/*.cpp' | xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/tidy
 }
 check_headers() { scripts/test.sh -R '[Hh]eader'; }
 check_docs() { scripts/docs.sh; }
