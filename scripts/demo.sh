@@ -7,17 +7,24 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/install-deps.sh build
+started=$SECONDS
+took() { echo "   done after $((SECONDS - started)) s"; }
 
-echo "== Building the 32-bit library, the tool and the simulated unit"
+echo "== 1 of 4: Packages"
+scripts/install-deps.sh build
+took
+
+echo "== 2 of 4: Building the 32-bit library, the tool and the simulated unit (build/demo.log)"
 mkdir -p build
+: >build/demo.log
 {
-    cmake --preset i386 -DHX_TESTS=OFF
-    cmake --build --preset i386 -j "$(nproc)"
-} >build/demo.log 2>&1 || {
+    cmake --preset i386 -DHX_TESTS=OFF &&
+        NINJA_STATUS='[%f/%t] ' cmake --build --preset i386 -j "$(nproc)" --target demo
+} 2>&1 | scripts/progress build/demo.log || {
     tail -n 60 build/demo.log
     exit 1
 }
+took
 
 unit="demo-$$"
 folder=$(mktemp -d)
@@ -27,14 +34,14 @@ cleanup() {
 }
 trap cleanup EXIT
 
-echo "== Starting the simulated unit \"$unit\""
+echo "== 3 of 4: Starting the simulated unit \"$unit\""
 build/i386/hx-sim start "$unit"
 
-echo "== The tour: examples/tour.cpp, linked with libhx-aux.so.1 as any application"
+echo "   The tour: examples/tour.cpp, linked with libhx-aux.so.1 as any application"
 build/i386/hx-sim run --unit "$unit" -- build/i386/examples/tour
 
 echo
-echo "== The same unit through the command line tool"
+echo "   The same unit through the command line tool"
 for request in "version" "voltage 0" "inputs" "info" "backlight get"; do
     echo "\$ hxaux $request"
     # The requests are split into words on purpose.
@@ -59,7 +66,19 @@ awk 'BEGIN {
 }' >"$folder/front.hex"
 
 echo
-echo "== New firmware for the front panel, over the serial line and the bootloader; time runs 20 times faster"
+echo "== 4 of 4: New firmware for the front panel, over the serial line and the bootloader; time runs 20 times faster"
 echo "\$ hxaux upgrade front front.hex"
 build/i386/hx-sim run --scale 20 -- build/i386/hxaux upgrade front "$folder/front.hex" |
     grep -v '^done' | uniq | sed 's/^/  /'
+took
+
+cat <<'END'
+
+Try next:
+  export PATH="$PWD/build/i386:$PATH"
+  hx-sim start bench                        a unit in the background
+  hx-sim run --unit bench -- hxaux monitor  what it measures, live; in another terminal:
+  hx-sim set voltage.0 11.5                 a lower supply voltage
+  hx-sim stop bench
+  docs/first-program.md                     a program of your own
+END
