@@ -86,7 +86,11 @@ void Loop::finish()
 bool Loop::serveMailboxes()
 {
     Mailboxes& mailboxes = sessions_.mailboxes();
-    const auto served = [&](bool handled) {
+    if (!mailboxes.areWatched())
+        return true;
+    const auto serves = [&](bool (Mailboxes::*step)()) {
+        bool handled = false;
+        guarded([&] { handled = (mailboxes.*step)(); });
         if (handled)
             finish();
         return handled;
@@ -95,13 +99,13 @@ bool Loop::serveMailboxes()
     auto until = earlier();
     while (mailboxes.areWatched()) {
         unit_.advance();
-        if (served(mailboxes.serve()))
+        if (serves(&Mailboxes::serve))
             until = std::min(until, earlier());
         const auto now = Mailboxes::Clock::now();
         if (now >= until || stopping_)
             return false;
         if (mailboxes.shouldRest(now))
-            return !served(mailboxes.stopWatching());
+            return !serves(&Mailboxes::stopWatching);
         for (int i = 0; i < kPauses; ++i)
             __builtin_ia32_pause();
     }
