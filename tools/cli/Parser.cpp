@@ -249,14 +249,18 @@ void Parser::parse(Words words)
 Arguments::Arguments(const Program& program, const Words& words)
 {
     Words rest = words;
-    const auto end = std::ranges::find(rest, "--");
-    for (const Argument& each : program.always)
-        if (each.kind != Kind::Flag)
+    const auto endOfOptions = [&] { return std::ranges::find(rest, "--"); };
+    for (const Argument& each : program.always) {
+        const auto isIt = [&](const std::string& word) { return word == "--" + std::string(each.name); };
+        const auto found = std::find_if(rest.begin(), endOfOptions(), isIt);
+        if (each.kind != Kind::Flag || found == endOfOptions())
             continue;
-        else if (const auto found = std::ranges::find(rest.begin(), end, "--" + std::string(each.name)); found != end)
-            values_[std::string(each.name)] = {"yes"};
-    const auto isFlag = [&](const std::string& word) { return word.size() > 2 && values_.contains(word.substr(2)); };
-    rest.erase(std::remove_if(rest.begin(), end, isFlag), end);
+        values_[std::string(each.name)] = {"yes"};
+        rest.erase(std::remove_if(found, endOfOptions(), isIt), endOfOptions());
+    }
+    for (const Argument& each : program.always) // in front of the object they are meant as well
+        if (rest.size() > 2 && each.kind != Kind::Flag && rest[0] == "--" + std::string(each.name))
+            std::rotate(rest.begin(), rest.begin() + 2, endOfOptions());
     std::string object;
     std::string verb;
     try {

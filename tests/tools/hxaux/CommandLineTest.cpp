@@ -89,6 +89,14 @@ TEST(CommandLine, TakesJsonInFrontOfTheObjectAsWell)
     EXPECT_EQ(run("hxaux --json version library").output, run("hxaux version library --json").output);
 }
 
+TEST(CommandLine, TakesTheOptionsOfEachVerbInFrontOfTheObjectToo)
+{
+    EXPECT_THAT(run("hx-sim run -- hxaux --json --timeout 2 backlight get"),
+                AllOf(outputMatches("\"level\":128"), errorIs(""), statusIs(0)));
+    EXPECT_THAT(run("hxaux --timeout x backlight get"),
+                AllOf(errorIs("backlight get: --timeout: 'x' is not a number\n"), statusIs(2)));
+}
+
 TEST(CommandLine, PrintsItsVersion)
 {
     EXPECT_THAT(run("hxaux --version"), AllOf(outputIs("hxaux 1.3.1.0\n"), statusIs(0)));
