@@ -37,6 +37,13 @@ TEST(CommandLine, TakesANegativeNumberForAValueAndNotForAnOption)
     EXPECT_THAT(run("hxaux voltage -1"), AllOf(errorIs("voltage: number: -1 is outside 0 to 7\n"), statusIs(2)));
 }
 
+TEST(CommandLine, TakesWordsThatTheParserWouldReadInItsOwnWayForValues)
+{
+    for (const std::string word : {"-.5", "++", "[1,2]"})
+        EXPECT_THAT(run("hxaux backlight set '" + word + "'"),
+                    AllOf(errorIs("backlight set: level: '" + word + "' is not an integer\n"), statusIs(2)));
+}
+
 TEST(CommandLine, RefusesAKeyThatIsNotANumber)
 {
     EXPECT_THAT(run("hxaux voltage abc"), AllOf(errorIs("voltage: number: 'abc' is not an integer\n"), statusIs(2)));
