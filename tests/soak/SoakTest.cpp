@@ -191,7 +191,7 @@ void soakOperation(const OperationCall& tried, const std::string& name, Operatio
 }
 
 /// With a wait, the second call would never return.
-std::vector<OperationCall> waysToCall(const std::string& operation)
+std::vector<OperationCall> waysToRepeat(const std::string& operation)
 {
     if (operation == "FirmwareUpgrade.getUpgradeStatus")
         return {{operation, {0}}};
@@ -223,7 +223,7 @@ void soak(const std::string& part = "")
     Operations::visit([&](const char* name, auto operation) {
         if (partOf(name) != part)
             return;
-        for (const OperationCall& tried : waysToCall(interface + '.' + name))
+        for (const OperationCall& tried : waysToRepeat(interface + '.' + name))
             if (tried.scope == faults::Scope::Caller)
                 soakOperation<Interface>(tried, name, operation, counter);
     });
