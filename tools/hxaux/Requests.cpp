@@ -54,7 +54,7 @@ std::string bytes(const void* payload, std::size_t size)
 }
 
 // Errors of the printing itself must not be seen by the library.
-void print(const std::string& line)
+void printRequest(const std::string& line)
 {
     const int error = errno;
     std::fputs((line + "\n").c_str(), stderr);
@@ -72,7 +72,7 @@ int opened(int descriptor, const char* path)
         std::snprintf(devices[static_cast<std::size_t>(descriptor)].path, sizeof(Device::path), "%s",
                       std::strncmp(path, "/dev/", 5) == 0 ? path : "");
     if (printing && std::strncmp(path, "/dev/", 5) == 0)
-        print(std::string(path) + " open" + outcome(descriptor));
+        printRequest(std::string(path) + " open" + outcome(descriptor));
     return descriptor;
 }
 
@@ -89,7 +89,8 @@ int requested(int descriptor, unsigned long request, void* payload)
     const std::string before = bytes(payload, size);
     const int result = call(descriptor, request, payload);
     const std::string after = bytes(payload, size);
-    print(std::string(path) + " " + code.data() + before + (after == before ? "" : " ->" + after) + outcome(result));
+    printRequest(std::string(path) + " " + code.data() + before + (after == before ? "" : " ->" + after) +
+                 outcome(result));
     return result;
 }
 

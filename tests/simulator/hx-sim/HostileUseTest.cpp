@@ -298,13 +298,15 @@ constexpr const char* kHalfBad[] = {
 
 TEST_F(HostileUse, DoesNothingOfACommandWithABadPart)
 {
+    // The unit's own clock goes on meanwhile.
+    const std::string properties = "hx-sim properties | grep -v '^diagnostics.time'";
     run("hx-sim start only --set backlight.level=5");
-    const std::string before = run("hx-sim properties").output;
+    const std::string before = run(properties).output;
 
     for (const char* const command : kHalfBad)
         EXPECT_THAT(run("hx-sim " + std::string{command}), AllOf(statusIs(1), outputIs("")));
 
-    EXPECT_EQ(run("hx-sim properties").output, before);
+    EXPECT_EQ(run(properties).output, before);
     EXPECT_THAT(run("hx-sim run --unit only -- sh -c 'test -e /dev/buzzer'"), statusIs(0));
     EXPECT_THAT(run("hx-sim faults"), outputIs(""));
     EXPECT_THAT(run("hx-sim list"), outputIs("only\n"));

@@ -75,8 +75,8 @@ void serialPort(std::ostream& results)
     line.c_cc[VTIME] = 1;
     results << "serial " << tcsetattr(fd, TCSANOW, &line) << ' ' << tcgetattr(fd, &line) << ' '
             << ((line.c_cflag & PARENB) != 0);
-    char byte = 0;
-    results << ' ' << read(fd, &byte, 1) << ' ' << tcflush(fd, TCIOFLUSH) << '\n';
+    char answer = 0;
+    results << ' ' << read(fd, &answer, 1) << ' ' << tcflush(fd, TCIOFLUSH) << '\n';
     close(fd);
 }
 

@@ -58,9 +58,9 @@ bool request()
 }
 
 template <typename Function>
-Function function(void* library, const char* name)
+Function function(void* library, const char* symbol)
 {
-    return reinterpret_cast<Function>(dlsym(library, name));
+    return reinterpret_cast<Function>(dlsym(library, symbol));
 }
 
 /// Reads 64 bytes of the EEPROM, which takes the bus longer than a signal takes to come.

@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+namespace messages_test {
+
 using namespace hxsim;
 using namespace hxsim::wire;
 using testing::ElementsAre;
@@ -55,7 +57,7 @@ TEST(Packed, SeparatesTextsByNul)
 {
     using namespace std::string_literals;
     EXPECT_EQ(textOf(Locate{"/dev/x"}), "/dev/x");
-    EXPECT_EQ(textOf(Fault{"/any", "sem_wait"}), "/any\0sem_wait"s);
+    EXPECT_EQ(textOf(wire::Fault{"/any", "sem_wait"}), "/any\0sem_wait"s);
     EXPECT_EQ(textOf(Note{5, "sleep", "100 ms", "\0\1"s}), "sleep\000100 ms\0\0\1"s);
     EXPECT_EQ(textOf(Open{2, "name", "/dev/x"}), "name\0/dev/x"s);
 }
@@ -100,14 +102,14 @@ TEST(Unpacked, TakesAllThatIsLeftAsTheLastText)
     EXPECT_EQ(note->action, "action");
     EXPECT_EQ(note->data, "a\0b\0"s);
     EXPECT_EQ(unpackedFrom<Locate>("")->path, "");
-    EXPECT_EQ(unpackedFrom<Fault>("\0"s)->call, "");
+    EXPECT_EQ(unpackedFrom<wire::Fault>("\0"s)->call, "");
 }
 
 TEST(Unpacked, IsNothingWhereATextIsMissing)
 {
     using namespace std::string_literals;
     EXPECT_FALSE(unpackedFrom<Open>("no path"));
-    EXPECT_FALSE(unpackedFrom<Fault>(""));
+    EXPECT_FALSE(unpackedFrom<wire::Fault>(""));
     EXPECT_FALSE(unpackedFrom<Note>("subject\0action"s));
 }
 
@@ -128,3 +130,5 @@ TEST(Unpacked, RefersToTheBytesOfThePacket)
 }
 
 } // namespace
+
+} // namespace messages_test
