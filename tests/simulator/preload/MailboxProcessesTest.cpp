@@ -82,9 +82,9 @@ TEST_F(Mailboxes, GoOnWhenTheServerGoesOn)
 
 TEST_F(Mailboxes, EndWithTheServer)
 {
-    EXPECT_THAT(run("timeout 60 hx-sim run --unit unit -- hx-probe repeat /dev/adc-id 0 2>/dev/null & client=$!; "
-                    "sleep 0.2; kill -KILL " +
-                    hostOf("unit") + "; wait $client"),
+    EXPECT_THAT(run("timeout 60 hx-sim run --unit unit -- hx-probe repeat /dev/adc-id 0 2>/dev/null > " + file +
+                    " & client=$!; until grep -q repeating " + file + "; do sleep 0.01; done; kill -KILL " +
+                    hostOf("unit") + "; wait $client; cat " + file),
                 outputIs("repeating\nInput/output error\nInput/output error\n"));
 }
 
