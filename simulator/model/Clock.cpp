@@ -25,6 +25,8 @@ void Clock::advanceTo(Time time)
         auto due = timers_.extract(timers_.begin());
         now_ = std::max(now_, due.key().first);
         due.mapped()();
+        if (listener_)
+            listener_();
     }
     now_ = std::max(now_, time);
 }

@@ -30,6 +30,9 @@ public:
 
     [[nodiscard]] std::optional<Time> nextDeadline() const;
 
+    /// Called after each timer, with the time of the timer.
+    void listen(Callback listener) { listener_ = std::move(listener); }
+
     /// Advances to `time` and runs the timers that fall due, also those that a callback adds. Never goes back.
     void advanceTo(Time time);
 
@@ -37,6 +40,7 @@ private:
     Time now_{0};
     std::uint64_t added_ = 0;
     std::map<Key, Callback> timers_;
+    Callback listener_;
 };
 
 } // namespace hxsim

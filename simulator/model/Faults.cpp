@@ -86,6 +86,8 @@ int Faults::take(std::string_view subject, std::string_view call, std::string_vi
         }
         fault.count -= fault.count == Fault::kAlways ? 0 : 1;
         ++fault.hits;
+        if (listener_)
+            listener_(fault, subject, call);
         return fault.error;
     }
     return 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,8 +38,13 @@ public:
     int take(std::string_view subject, std::string_view call, std::string_view otherName = {});
     [[nodiscard]] bool empty() const { return faults_.empty(); }
 
+    /// Called with each fault that meets a call, and the call's subject and name.
+    using Listener = std::function<void(const Fault&, std::string_view subject, std::string_view call)>;
+    void listen(Listener listener) { listener_ = std::move(listener); }
+
 private:
     std::vector<Fault> faults_;
+    Listener listener_;
 };
 
 } // namespace hxsim

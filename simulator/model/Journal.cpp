@@ -46,8 +46,9 @@ std::string Entry::call() const
 
 void Journal::add(Entry entry)
 {
-    if (listener_)
-        listener_(entry);
+    for (const auto& [owner, listener] : listeners_)
+        if (listener)
+            listener(entry);
     entries_.push_back(std::move(entry));
     if (entries_.size() > kKept)
         entries_.pop_front();

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -49,14 +50,14 @@ public:
     void clear() { entries_.clear(); }
     [[nodiscard]] const std::deque<Entry>& entries() const { return entries_; }
 
-    /// Called with each new entry; for `log --follow`.
-    void listen(Listener listener) { listener_ = std::move(listener); }
+    /// Called with each new entry, until the same owner passes an empty one.
+    void listen(const void* owner, Listener listener) { listeners_[owner] = std::move(listener); }
 
 private:
     static constexpr std::size_t kKept = 100000;
 
     std::deque<Entry> entries_;
-    Listener listener_;
+    std::map<const void*, Listener> listeners_;
 };
 
 } // namespace hxsim

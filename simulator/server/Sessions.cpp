@@ -16,7 +16,7 @@ constexpr int kMostNotes = 10000;
 Sessions::Sessions(RunningUnit& unit, Commands commands)
     : unit_{unit}, commands_{std::move(commands)}, buffer_(2 * wire::kLargestPacket)
 {
-    unit_.unit().journal().listen([this](const Entry& entry) {
+    unit_.unit().journal().listen(this, [this](const Entry& entry) {
         for (const auto& [fd, session] : sessions_)
             session->show(entry);
     });

@@ -90,11 +90,11 @@ TEST(Journal, ShowsEachCallToItsListener)
     Journal journal;
     journal.add(call("before"));
     std::string heard;
-    journal.listen([&](const Entry& entry) { heard += entry.action + ' '; });
+    journal.listen(&heard, [&](const Entry& entry) { heard += entry.action + ' '; });
 
     journal.add(call("one"));
     journal.add(call("two"));
-    journal.listen({});
+    journal.listen(&heard, {});
     journal.add(call("after"));
 
     EXPECT_EQ(heard, "one two ");
