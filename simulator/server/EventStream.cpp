@@ -233,7 +233,8 @@ Json EventStream::follow(Client& client, const Words& words)
     }
     if (all)
         for (const auto& [name, property] : unit_.properties().all())
-            wanted.insert(name);
+            if (!name.ends_with("flash-crc")) // takes milliseconds, each time
+                wanted.insert(name);
     Json values = Json::object();
     for (const std::string& name : wanted)
         values[name] = unit_.properties().get(name); // throws for an unknown one

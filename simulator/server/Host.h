@@ -4,13 +4,16 @@
 #include <functional>
 #include <string>
 
+#include "simulator/server/EventStream.h"
 #include "simulator/server/Loop.h"
+#include "simulator/server/Ramps.h"
 #include "simulator/server/RunningUnit.h"
 #include "simulator/server/Sessions.h"
 
 namespace hxsim {
 
-/// The server of a unit: the unit, the sessions of the programs that use it, and the loop that serves them.
+/// The server of a unit: the unit, the sessions of the programs that use it, the event stream, and the loop
+/// that serves them.
 class Host {
 public:
     /// Throws std::runtime_error when the unit cannot be started.
@@ -18,6 +21,7 @@ public:
 
     RunningUnit& running() { return running_; }
     Unit& unit() { return running_.unit(); }
+    Ramps& ramps() { return ramps_; }
     [[nodiscard]] const std::string& folder() const { return running_.folder(); }
 
     /// Serves programs until `stop` is called, or until `alsoWatched` becomes readable and `seen` says to end.
@@ -28,6 +32,8 @@ public:
 
 private:
     RunningUnit running_;
+    Ramps ramps_{running_.unit()};
+    EventStream events_;
     Sessions sessions_;
     Loop loop_;
 };

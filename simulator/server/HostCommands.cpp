@@ -37,6 +37,23 @@ std::string joined(const Words& words, std::size_t from)
     return text;
 }
 
+/// A command that concerns the connection on which it arrives.
+void needConnection(int connection, const Words& words)
+{
+    if (connection == kNoConnection)
+        throw BadText{"'" + words[0] + "' is not a command of the event socket"};
+}
+
+/// "ramp PROPERTY FROM TO NANOSECONDS"
+CommandResult ramp(Host& host, int, const Words& words)
+{
+    if (words.size() != 5)
+        throw BadText{"missing argument: a property, two values and a time"};
+    host.ramps().start(words[1], parseReal(words[2]), parseReal(words[3]),
+                       Time{parseNumber(words[4], 0, INT64_MAX / 2)});
+    return {};
+}
+
 /// All of the settings, or none when one is bad.
 CommandResult setProperty(Host& host, int, const Words& words)
 {
@@ -129,6 +146,19 @@ CommandResult listCalls(Host& host, int, const Words& words)
     return {true, written(all) + '\n'};
 }
 
+/// The names that a condition may use.
+CommandResult listNames(Host& host, int, const Words&)
+{
+    Json properties = Json::array();
+    for (const auto& [name, property] : host.unit().properties().all())
+        properties.push_back(name);
+    Json devices = Json::array();
+    for (const auto& [path, node] : host.unit().nodes())
+        if (node.recorded())
+            devices.push_back(path);
+    return {true, written({{"properties", properties}, {"devices", devices}})};
+}
+
 CommandResult act(Host& host, int, const Words& words)
 {
     if (words.size() < 2)
@@ -198,6 +228,7 @@ CommandResult showLog(Host& host, int, const Words& words)
 
 CommandResult followLog(Host& host, int connection, const Words& words)
 {
+    needConnection(connection, words);
     host.follow(connection, wantsJson(words));
     return {};
 }
@@ -210,14 +241,16 @@ CommandResult clearLog(Host& host, int, const Words&)
 
 CommandResult record(Host& host, int connection, const Words& words)
 {
+    needConnection(connection, words);
     if (words.size() != 3)
         throw BadText{"missing argument: a file and a process"};
     host.running().record(connection, words[1], static_cast<int>(parseNumber(words[2], 1, INT32_MAX)));
     return {};
 }
 
-CommandResult endRecord(Host& host, int connection, const Words&)
+CommandResult endRecord(Host& host, int connection, const Words& words)
 {
+    needConnection(connection, words);
     return {true, std::to_string(host.running().endRecord(connection))};
 }
 
@@ -253,8 +286,10 @@ constexpr Row kCommands[] = {
     {"follow", followLog},
     {"get", getProperty},
     {"log", showLog},
+    {"names", listNames},
     {"properties", listProperties},
     {"properties-page", listAsPage},
+    {"ramp", ramp},
     {"record", record},
     {"remove", setAbsent},
     {"restore", setAbsent},

@@ -10,6 +10,9 @@ namespace hxsim {
 
 class Host;
 
+/// In place of a connection: the command comes from the event socket.
+constexpr int kNoConnection = -1;
+
 struct CommandResult {
     bool good = true;
     std::string text{}; ///< the answer, or an error message

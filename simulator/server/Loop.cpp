@@ -53,8 +53,8 @@ int listenAt(const std::string& path)
 
 } // namespace
 
-Loop::Loop(const std::string& socket, RunningUnit& unit, Sessions& sessions)
-    : unit_{unit}, sessions_{sessions}, listener_{listenAt(socket)}
+Loop::Loop(const std::string& socket, RunningUnit& unit, Sessions& sessions, EventStream& events)
+    : unit_{unit}, sessions_{sessions}, events_{events}, listener_{listenAt(socket)}
 {
 }
 
@@ -79,6 +79,8 @@ std::optional<std::chrono::nanoseconds> Loop::patience()
 
 void Loop::finish()
 {
+    if (events_.clients() > 0)
+        guarded([&] { events_.serve(); }); // what has just happened
     guarded([&] { sessions_.retryWaiting(); });
     guarded([&] { unit_.keep(); });
 }
@@ -117,7 +119,7 @@ void Loop::run(int alsoWatched, const std::function<bool()>& seen)
     std::vector<pollfd> watched;
     while (!stopping_) {
         const std::optional<std::chrono::nanoseconds> limit = serveMailboxes() ? patience() : 0ns;
-        watched.assign({{full_ ? -1 : listener_, POLLIN, 0}, {alsoWatched, POLLIN, 0}});
+        watched.assign({{full_ ? -1 : listener_, POLLIN, 0}, {alsoWatched, POLLIN, 0}, {events_.fd(), POLLIN, 0}});
         for (const auto& [fd, session] : sessions_.all())
             watched.push_back({fd, POLLIN, 0});
         const timespec time{time_t(limit.value_or(0ns) / 1s), static_cast<long>(limit.value_or(0ns) % 1s / 1ns)};
@@ -125,11 +127,13 @@ void Loop::run(int alsoWatched, const std::function<bool()>& seen)
             throw std::runtime_error{"poll failed"};
         full_ = false;
         unit_.advance();
-        for (std::size_t i = 2; i < watched.size(); ++i)
+        for (std::size_t i = 3; i < watched.size(); ++i)
             if (watched[i].revents != 0)
                 guarded([&] { sessions_.receive(watched[i].fd); });
         if (watched[0].revents != 0)
             accept();
+        if (watched[2].revents != 0)
+            guarded([&] { events_.serve(); });
         finish();
         if (watched[1].revents != 0 && seen())
             break;

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "simulator/server/EventStream.h"
 #include "simulator/server/Sessions.h"
 
 namespace hxsim {
@@ -14,7 +15,7 @@ namespace hxsim {
 class Loop {
 public:
     /// Listens at this path. Throws std::runtime_error when it cannot.
-    Loop(const std::string& socket, RunningUnit& unit, Sessions& sessions);
+    Loop(const std::string& socket, RunningUnit& unit, Sessions& sessions, EventStream& events);
     Loop(const Loop&) = delete;
     Loop& operator=(const Loop&) = delete;
     ~Loop();
@@ -35,6 +36,7 @@ private:
 
     RunningUnit& unit_;
     Sessions& sessions_;
+    EventStream& events_;
     const int listener_;
     bool stopping_ = false;
     bool full_ = false; ///< no descriptor is left for another connection

@@ -52,8 +52,11 @@ void Sessions::drop(int fd)
     sessions_.erase(found);
     mailboxes_.remove(*session);
     const auto control = controls_.find(session->process());
-    if (control != controls_.end() && control->second == fd)
+    if (control != controls_.end() && control->second == fd) {
         controls_.erase(control);
+        if (programs_)
+            programs_(session->process(), false);
+    }
     if (session->opened() != nullptr) {
         const ServedFile& file = *session->opened();
         files_.erase(file.number);
@@ -61,6 +64,13 @@ void Sessions::drop(int fd)
         unit_.calls().close(file.closer.value_or(file.opener), *file.open, closing);
     }
     (void)unit_.endRecord(fd);
+}
+
+void Sessions::control(int process, int fd)
+{
+    controls_[process] = fd;
+    if (programs_)
+        programs_(process, true);
 }
 
 void Sessions::takeNotesOf(int process, int asking)

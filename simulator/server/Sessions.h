@@ -29,6 +29,10 @@ public:
     [[nodiscard]] const std::map<int, std::unique_ptr<Session>>& all() const { return sessions_; }
     [[nodiscard]] Session& at(int fd) const { return *sessions_.at(fd); }
 
+    /// Called when a program begins to use the unit, and when it does not any more.
+    using Programs = std::function<void(int process, bool isHere)>;
+    void whenProgramsChange(Programs programs) { programs_ = std::move(programs); }
+
     /// Something has changed in the unit: reads that wait may succeed now.
     void changed() { waiting_ = true; }
     void retryWaiting();
@@ -50,7 +54,7 @@ public:
     /// Closes the file if the kernel has no descriptor of it any more.
     void closeIfReleased(const std::shared_ptr<ServedFile>& file, Caller closer);
     /// This is the control connection of the process from now on.
-    void control(int process, int fd) { controls_[process] = fd; }
+    void control(int process, int fd);
     /// Adds the earlier notes of a process to the journal before its current request.
     void takeNotesOf(int process, int asking);
 
@@ -59,6 +63,7 @@ private:
 
     RunningUnit& unit_;
     Commands commands_;
+    Programs programs_;
     std::map<int, std::unique_ptr<Session>> sessions_;
     Mailboxes mailboxes_;
     std::map<std::uint64_t, std::shared_ptr<ServedFile>> files_;

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/server/Ramps.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "simulator/model/Text.h"
+
+namespace hxsim {
+
+namespace {
+
+constexpr Time kStep = std::chrono::milliseconds{20};
+
+std::string shortest(double value)
+{
+    std::array<char, 400> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
+    return {text.data(), end.ptr};
+}
+
+} // namespace
+
+void Ramps::set(const std::string& property, double value, bool isWhole)
+{
+    unit_.properties().set(property, shortest(isWhole ? std::round(value) : std::round(value * 1e6) / 1e6));
+}
+
+void Ramps::start(const std::string& property, double from, double to, Time over)
+{
+    const std::string before = unit_.properties().get(property);
+    Ramp ramp{from, to, unit_.clock().now(), over, false};
+    try {
+        set(property, to, false);
+        set(property, from, false);
+    } catch (const BadText&) {
+        unit_.properties().set(property, before);
+        throw;
+    }
+    try {
+        set(property, (from + to) / 2 + 0.001, false);
+    } catch (const BadText&) {
+        ramp.isWhole = true;
+    }
+    set(property, from, ramp.isWhole);
+    if (const auto running = steps_.find(property); running != steps_.end())
+        unit_.clock().cancel(running->second);
+    ramps_.insert_or_assign(property, ramp);
+    step(property);
+}
+
+void Ramps::step(const std::string& property)
+{
+    const Ramp& ramp = ramps_.at(property);
+    const Time now = unit_.clock().now();
+    const Time end = ramp.begin + ramp.over;
+    const double part =
+        now >= end ? 1 : static_cast<double>((now - ramp.begin).count()) / static_cast<double>(ramp.over.count());
+    set(property, ramp.from + part * (ramp.to - ramp.from), ramp.isWhole);
+    if (now >= end) {
+        ramps_.erase(property);
+        steps_.erase(property);
+        return;
+    }
+    steps_.insert_or_assign(property,
+                            unit_.clock().at(std::min(now + kStep, end), [this, property] { step(property); }));
+}
+
+} // namespace hxsim
