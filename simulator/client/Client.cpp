@@ -1,0 +1,225 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#include <array>
+#include <atomic>
+#include <charconv>
+#include <optional>
+#include <unistd.h>
+
+#include "simulator/client/Follower.h"
+#include "simulator/client/ProgramRun.h"
+#include "simulator/client/hx-sim/client.h"
+
+namespace hxsim {
+inline namespace client {
+
+struct Unit::Inside {
+    std::string name;
+    Follower follower;
+    std::optional<Vocabulary> vocabulary{}; ///< when an expectation has been checked
+
+    explicit Inside(const std::string& unit) : name{unit}, follower{unit, {}} {}
+};
+
+struct Program::Inside {
+    ProgramRun run;
+};
+
+namespace {
+
+/// Errors of the unit reach the application as the one type of its header.
+template <typename Work>
+auto translated(Work work)
+{
+    try {
+        return work();
+    } catch (const BadText& bad) {
+        throw Error{bad.what()};
+    }
+}
+
+std::string newName()
+{
+    static std::atomic<int> made{0};
+    return "test-" + std::to_string(getpid()) + '-' + std::to_string(++made);
+}
+
+/// Without regard to the application's locale.
+std::string textOf(double value)
+{
+    std::array<char, 400> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
+    return {text.data(), end.ptr};
+}
+
+std::vector<std::string> startCommand(const std::string& name, const Options& options)
+{
+    std::vector<std::string> words{"start", name, "--scale", textOf(options.scale)};
+    for (const std::string& line : options.settings) {
+        words.emplace_back("--set");
+        words.push_back(line);
+    }
+    return words;
+}
+
+} // namespace
+
+Program::Program(std::unique_ptr<Inside> inside) : inside_{std::move(inside)} {}
+Program::Program(Program&& other) noexcept = default;
+Program& Program::operator=(Program&& other) noexcept = default;
+Program::~Program() = default;
+
+int Program::wait()
+{
+    return inside_->run.wait();
+}
+
+void Program::stop()
+{
+    inside_->run.stop();
+}
+
+bool Program::isRunning()
+{
+    return !inside_->run.status();
+}
+
+Unit::Unit(const Options& options)
+{
+    translated([&] {
+        const std::string name = newName();
+        runHxSim(startCommand(name, options));
+        inside_ = std::make_unique<Inside>(name);
+        (void)inside_->follower.ask({"own"});
+    });
+}
+
+Unit::Unit(std::unique_ptr<Inside> inside) : inside_{std::move(inside)} {}
+Unit::Unit(Unit&& other) noexcept = default;
+Unit& Unit::operator=(Unit&& other) noexcept = default;
+Unit::~Unit() = default;
+
+Unit Unit::attach(const std::string& name)
+{
+    return translated([&] { return Unit{std::make_unique<Inside>(name)}; });
+}
+
+const std::string& Unit::name() const
+{
+    return inside_->name;
+}
+
+std::string Unit::get(const std::string& property)
+{
+    return translated([&] {
+        std::string text = inside_->follower.ask({"get", property});
+        if (!text.empty())
+            text.pop_back(); // the line break
+        return text;
+    });
+}
+
+void Unit::set(const std::string& property, const std::string& value)
+{
+    translated([&] { (void)inside_->follower.act({"set", property + " = " + value}); });
+}
+
+void Unit::act(const std::string& action)
+{
+    translated([&] {
+        std::vector<std::string> command{"do"};
+        for (std::string& word : words(action))
+            command.push_back(std::move(word));
+        (void)inside_->follower.act(command);
+    });
+}
+
+void Unit::fail(const std::string& node, const std::string& call, const std::string& error, int count)
+{
+    translated([&] {
+        std::vector<std::string> command{"fail", node};
+        for (std::string& word : words(call + ' ' + error))
+            command.push_back(std::move(word));
+        if (count > 0)
+            command.push_back(std::to_string(count));
+        (void)inside_->follower.act(command);
+    });
+}
+
+void Unit::unfail(const std::string& node)
+{
+    translated([&] {
+        (void)inside_->follower.act(node.empty() ? std::vector<std::string>{"unfail"}
+                                                 : std::vector<std::string>{"unfail", node});
+    });
+}
+
+void Unit::remove(const std::string& path)
+{
+    translated([&] { (void)inside_->follower.act({"remove", path}); });
+}
+
+void Unit::restore(const std::string& path)
+{
+    translated([&] { (void)inside_->follower.act({"restore", path}); });
+}
+
+void Unit::follow(const std::string& property)
+{
+    translated([&] { inside_->follower.follow(property); });
+}
+
+Program Unit::run(const std::vector<std::string>& command)
+{
+    return translated([&] {
+        inside_->follower.mark();
+        return Program{std::unique_ptr<Program::Inside>{new Program::Inside{{inside_->name, command}}}};
+    });
+}
+
+Result Unit::check(const std::string& expectation)
+{
+    return translated([&] {
+        if (!inside_->vocabulary)
+            inside_->vocabulary = vocabularyOf(inside_->name);
+        const Finding finding = inside_->follower.check(parseExpectation(expectation, *inside_->vocabulary));
+        return Result{finding.met, finding.time, finding.seen};
+    });
+}
+
+void Unit::expect(const std::string& expectation)
+{
+    const Result result = check(expectation);
+    if (!result)
+        throw Error{"expected " + expectation + "; " + result.seen};
+}
+
+void Unit::sleep(std::chrono::nanoseconds time)
+{
+    translated([&] { inside_->follower.sleepUntil(inside_->follower.now() + time); });
+}
+
+std::chrono::nanoseconds Unit::time()
+{
+    return translated([&] { return inside_->follower.now(); });
+}
+
+std::string Unit::log()
+{
+    return translated([&] { return inside_->follower.ask({"log"}); });
+}
+
+std::string Unit::text(double value)
+{
+    return textOf(value);
+}
+
+std::string Unit::literal(const std::string& value)
+{
+    std::string quoted{'"'};
+    for (const char c : value)
+        quoted += c == '"' || c == '\\' ? std::string{'\\', c} : std::string{c};
+    return quoted + '"';
+}
+
+} // namespace client
+} // namespace hxsim

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "simulator/client/Connection.h"
+#include "simulator/client/Evaluation.h"
+
+namespace hxsim {
+
+/// What an expectation came to.
+struct Finding {
+    bool met = false;
+    Time time{0};             ///< of the unit, when it was decided
+    std::uint64_t number = 0; ///< of the event that decided it; 0: none did
+    std::string seen{};
+};
+
+/// Checks expectations on a running unit. Their time begins with the last action, so that nothing which the action
+/// causes is missed, however late the expectation is checked.
+class Follower {
+public:
+    using Observer = std::function<void(const Event&)>;
+
+    /// Follows these properties from the begin. `observer` is called with each event, when it is read.
+    Follower(const std::string& unit, const std::vector<std::string>& properties, Observer observer = {});
+
+    /// An action on the unit, in the words of hx-sim: {"set", "light = 250"}. Throws BadText when the unit refuses.
+    std::string act(const std::vector<std::string>& words);
+    /// A question that changes nothing: {"get", "light"}.
+    std::string ask(const std::vector<std::string>& words);
+    /// Waits until it is decided. A call without a time counts when it is in the unit's log, a line when it was printed
+    /// since this object exists.
+    Finding check(const Expectation& expectation);
+    /// Waits until the unit's time; the time of expectations begins then.
+    void sleepUntil(Time time);
+    [[nodiscard]] Time now();
+    /// The time of expectations begins now.
+    void mark();
+    /// The time of expectations begins where this one was decided.
+    void mark(const Finding& finding);
+    /// Follows one more property, from now on. An expectation follows those that it needs.
+    void follow(const std::string& property);
+    /// Of the followed properties, at the last action.
+    [[nodiscard]] const Evaluation::Values& values() const { return values_; }
+
+private:
+    /// Reads what has arrived, up to now.
+    Time synchronize();
+    void keep(const Event& event);
+    void forget(std::size_t events);
+    void wait(Evaluation& evaluation, std::uint64_t& decider);
+    [[nodiscard]] Finding search(const Expectation& expectation) const;
+
+    std::string unit_;
+    Connection connection_;
+    std::vector<std::string> properties_;
+    Evaluation::Values values_{}; ///< at the last action
+    std::deque<Event> events_{};  ///< since then
+    std::deque<Event> output_{};  ///< the lines so far
+    Time marked_{0};
+    Observer observer_;
+};
+
+} // namespace hxsim

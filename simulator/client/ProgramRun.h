@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace hxsim {
+
+/// The path of hx-sim: $HX_SIM, or this program itself if it is hx-sim, or "hx-sim" to be found like the shell does.
+std::string hxSimProgram();
+/// Runs hx-sim with these words and waits for it. Throws BadText with its message when it fails.
+void runHxSim(const std::vector<std::string>& words);
+
+/// A program on a running unit. Its lines, output and error output, are published as events of the unit.
+class ProgramRun {
+public:
+    using Line = std::function<void(const std::string&)>;
+
+    /// Starts it. `line` is called with each line from another thread. Throws BadText when it cannot be started.
+    ProgramRun(const std::string& unit, const std::vector<std::string>& command, Line line = {});
+    ProgramRun(const ProgramRun&) = delete;
+    ProgramRun& operator=(const ProgramRun&) = delete;
+    /// Stops it.
+    ~ProgramRun();
+
+    /// Its exit status, or 128 plus the signal's number, if it has ended.
+    [[nodiscard]] std::optional<int> status() const;
+    /// Waits for its end.
+    [[nodiscard]] int wait() const;
+    /// Ends it, and what it has started: TERM, and KILL after some seconds.
+    void stop();
+    /// From now on a signal that ends this process stops its programs first.
+    static void stopWithThisProcess();
+    [[nodiscard]] const std::string& name() const { return name_; }
+
+private:
+    void pump(const std::string& unit, int output, const Line& line);
+
+    std::string name_;
+    pid_t child_ = -1;
+    std::thread pump_{};
+};
+
+} // namespace hxsim
