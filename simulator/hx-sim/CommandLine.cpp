@@ -3,10 +3,12 @@
 
 #include <cstdio>
 
+#include "simulator/client/Connection.h"
 #include "simulator/hx-sim/Record.h"
 #include "simulator/hx-sim/UnitClient.h"
 #include "simulator/model/Text.h"
 #include "simulator/protocol/UnitFolder.h"
+#include "simulator/scenario/ScenarioText.h"
 #include "tools/cli/Help.h"
 #include "tools/cli/NearNames.h"
 #include "tools/cli/Printable.h"
@@ -56,6 +58,10 @@ int execute(const cli::Program& program, const cli::Words& words, const std::str
         if (const std::string text = nearCommand(program, words); !text.empty())
             return fail(kUsage, cli::printable(text));
         return fail(kNoUnit, none.what());
+    } catch (const UnitGone& gone) {
+        return fail(kNoUnit, gone.what());
+    } catch (const BadScenario& bad) {
+        return fail(kBadFile, bad.what());
     } catch (const BadRecording& bad) {
         return fail(kBadFile, bad.what());
     } catch (const std::exception& error) {

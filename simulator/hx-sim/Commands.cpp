@@ -12,8 +12,10 @@
 #include "simulator/hx-sim/Launch.h"
 #include "simulator/hx-sim/Play.h"
 #include "simulator/hx-sim/Record.h"
+#include "simulator/hx-sim/ScenarioCommand.h"
 #include "simulator/hx-sim/Shell.h"
 #include "simulator/hx-sim/UnitClient.h"
+#include "simulator/hx-sim/WaitCommand.h"
 #include "simulator/model/Text.h"
 #include "simulator/protocol/UnitFolder.h"
 #include "tools/cli/Completion.h"
@@ -175,6 +177,28 @@ void playLight(Call& call)
     play.plot = call.has("plot") ? call.text("plot") : "";
     play.seconds = call.has("seconds") ? call.real("seconds") : 0;
     call.status = playLightWith(play, call.texts("program"));
+}
+
+void playAScenario(Call& call)
+{
+    const ScenarioPlay play{.file = call.text("scenario"),
+                            .junit = call.has("junit") ? call.text("junit") : "",
+                            .plot = call.has("plot") ? call.text("plot") : "",
+                            .json = call.has("json"),
+                            .unit = unitOf(call)};
+    call.status = playScenario(play, call.texts("program"));
+}
+
+void waitCommand(Call& call)
+{
+    const WaitOptions options{.stays = call.has("for") ? call.text("for") : "",
+                              .timeout = call.has("timeout") ? call.text("timeout") : ""};
+    waitOn(UnitClient::choose(call.named()), call.texts("condition"), options);
+}
+
+void expectCommand(Call& call)
+{
+    expectOn(UnitClient::choose(call.named()), call.texts("expectation"));
 }
 
 void recordCalls(Call& call)
@@ -409,6 +433,37 @@ std::vector<Object> failureCommands()
     };
 }
 
+std::vector<Argument> scenarioOptions()
+{
+    std::vector<Argument> rows = unitOptions();
+    std::erase_if(rows, [](const Argument& row) { return row.name == "keep"; });
+    return rows + std::vector{optionOf("junit", Kind::File, "FILE", "Write the result into this file for a CI system"),
+                              optionOf("plot", Kind::File, "FILE", "Draw the properties over time into this SVG file"),
+                              json()};
+}
+
+std::vector<Object> conditionCommands()
+{
+    return {
+        cli::command({.name = "expect",
+                      .help = "Checks what is true of a unit, or happens on it.",
+                      .example = "hx-sim expect never led.lit = on for 2s",
+                      .run = expectCommand,
+                      .values = {value("expectation", "[never] CONDITION [for T] [within T]").repeated()},
+                      .options = {unit()}}),
+        cli::command(
+            {.name = "wait",
+             .help = "Waits until something is true of a unit, or happens on it.",
+             .example = "hx-sim wait backlight.level = 40",
+             .run = waitCommand,
+             .values = {value("condition", "KEY OP VALUE, request DEVICE CALL, output TEXT or log TEXT", propertyNames)
+                            .repeated()},
+             .options = {unit(), optionOf("for", Kind::Text, "T", "How long it must stay true: 20ms, 2s, 1m"),
+                         optionOf("timeout", Kind::Text, "T",
+                                  "How long to wait, in the unit's time; without it forever")}}),
+    };
+}
+
 std::vector<Object> courseCommands()
 {
     const Argument running = unit("A running unit instead of one of the program's own");
@@ -440,7 +495,13 @@ std::vector<Object> courseCommands()
                                    "program"),
                            needing(cli::real("seconds", 0.001, 1e9, "s", "End the program after this time of the unit")
                                        .optional(),
-                                   "program")}}}},
+                                   "program")}},
+          {.name = "scenario",
+           .help = "Plays a scenario on a unit of its own and checks what it expects.",
+           .example = "hx-sim play scenario dimming.scenario -- ./console",
+           .run = playAScenario,
+           .values = {cli::file("scenario", "The file; see docs/scenarios.md"), programToStart().optional()},
+           .options = scenarioOptions()}}},
         cli::command(
             {.name = "record",
              .help = "Records the calls of a program on a unit.",
@@ -493,14 +554,16 @@ cli::Program programWith(const std::vector<std::vector<Object>*>& groups)
         .kind = "command",
         .seeAlso = "hxaux",
         .objects = objects,
-        .exits = {{0, "done"},
-                  {1, "the unit refused, or a unit or file could not be created; standard error says why"},
-                  {2, "usage error"},
-                  {3, "a recording could not be read, or is not a recording"},
-                  {4, "a program made other calls than the recorded ones"},
-                  {6, "no such unit is running, or it cannot be reached"},
-                  {126, "the program cannot be started"},
-                  {127, "the program does not exist"}},
+        .exits =
+            {{0, "done"},
+             {1, "the unit refused, a unit or file could not be created, or an expectation was not met; standard error "
+                 "says why"},
+             {2, "usage error"},
+             {3, "a recording or scenario could not be read, or has a mistake"},
+             {4, "a program made other calls than the recorded ones"},
+             {6, "no such unit is running, or it cannot be reached"},
+             {126, "the program cannot be started"},
+             {127, "the program does not exist"}},
         .implied = "do",
         .more = actionsOfUnit,
     };
@@ -511,9 +574,10 @@ struct Table {
     std::vector<Object> values = valueCommands();
     std::vector<Object> failures = failureCommands();
     std::vector<Object> courses = courseCommands();
+    std::vector<Object> conditions = conditionCommands();
     std::vector<Object> others = otherCommands();
-    cli::Program inShell = programWith({&units, &values, &failures, &courses});
-    cli::Program whole = programWith({&units, &values, &failures, &courses, &others});
+    cli::Program inShell = programWith({&units, &values, &failures, &courses, &conditions});
+    cli::Program whole = programWith({&units, &values, &failures, &courses, &conditions, &others});
 };
 
 const Table& table()

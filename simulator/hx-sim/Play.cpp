@@ -29,20 +29,6 @@ LightProfile profileOf(const LightPlay& play)
     }
 }
 
-/// The profile as one line of a description.
-std::string asLine(const std::string& text)
-{
-    std::string line = "light.profile =";
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = std::min(text.find('\n', at), text.size());
-        const std::string one = trimmed(text.substr(at, std::min(text.find('#', at), end) - at));
-        if (!one.empty())
-            line += ' ' + one + ';';
-        at = end + 1;
-    }
-    return line;
-}
-
 void draw(Host& host, const LightPlay& play, const LightProfile& profile)
 {
     const auto luxAt = [&](double seconds) {
@@ -95,7 +81,7 @@ std::string profileNamed(const std::string& name)
 void playLightOn(const std::string& unit, const LightPlay& play)
 {
     (void)profileOf(play); // errors in the file are reported with its name
-    UnitClient{UnitClient::choose(unit)}.request({"set", asLine(contentOf(play.file))});
+    UnitClient{UnitClient::choose(unit)}.request({"set", LightProfile::asLine(contentOf(play.file))});
 }
 
 int playLightWith(const LightPlay& play, const std::vector<std::string>& command)

@@ -83,4 +83,17 @@ double LightProfile::luxAt(Time sinceStart) const
     return before.lux + part * (after->lux - before.lux);
 }
 
+std::string LightProfile::asLine(const std::string& text)
+{
+    std::string line = "light.profile =";
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        const std::string one = trimmed(text.substr(at, std::min(text.find('#', at), end) - at));
+        if (!one.empty())
+            line += ' ' + one + ';';
+        at = end + 1;
+    }
+    return line;
+}
+
 } // namespace hxsim

@@ -16,6 +16,9 @@ public:
     /// "#" begins a comment; ";" is equivalent to a line end. Throws BadText naming the line.
     static LightProfile parse(std::string_view text);
 
+    /// The same text as one line of a description.
+    static std::string asLine(const std::string& text);
+
     [[nodiscard]] double luxAt(Time sinceStart) const;
     /// From the first to the last point.
     [[nodiscard]] Time length() const { return points_.back().time; }
