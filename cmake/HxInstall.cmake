@@ -15,6 +15,12 @@ string(REGEX REPLACE "/$" "" HX_PREFIX_FROM_PC "${HX_PREFIX_FROM_PC}")
 configure_file(packaging/cmake/hx-aux.pc.in ${CMAKE_BINARY_DIR}/hx-aux.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/hx-aux.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
+set(HX_SIM_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/hx-sim)
+install(EXPORT hx-sim NAMESPACE hx-sim:: FILE hx-simTargets.cmake DESTINATION ${HX_SIM_CMAKE_DIR})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/hx-simConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES packaging/cmake/hx-simConfig.cmake ${CMAKE_BINARY_DIR}/hx-simConfigVersion.cmake
+        DESTINATION ${HX_SIM_CMAKE_DIR})
+
 # Access to the devices for a group, the folder of the settings, the automatic backlight as a service.
 install(FILES packaging/70-hx-aux.rules DESTINATION lib/udev/rules.d)
 install(FILES packaging/hxaux-backlight.service DESTINATION lib/systemd/system)

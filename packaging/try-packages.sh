@@ -48,7 +48,7 @@ hx-sim run -- hxaux version >/dev/null
 [ "$(hxaux --version | grep -c 1.3.1.0)" = 1 ]
 
 echo "   removing"
-apt-get purge -y -qq libhx-aux1 libhx-aux-dev hxaux-tools hx-sim hx-sim-preload 'libhx-aux-doc*' >/dev/null 2>&1
+apt-get purge -y -qq libhx-aux1 libhx-aux-dev hxaux-tools hx-sim hx-sim-preload hx-sim-dev 'libhx-aux-doc*' >/dev/null 2>&1
 apt-get autoremove -y -qq --purge >/dev/null 2>&1
 listing >/tmp/after
 if ! diff /tmp/before /tmp/after >/tmp/left; then

@@ -1,0 +1,20 @@
+# SPDX-License-Identifier: LicenseRef-HXAux
+# find_package(hx-sim): the target hx-sim::hx-sim-client for C++ tests against a simulated unit, and scenarios as tests.
+include(CMakeFindDependencyMacro)
+find_dependency(Threads)
+include(${CMAKE_CURRENT_LIST_DIR}/hx-simTargets.cmake)
+find_program(HX_SIM_PROGRAM hx-sim HINTS ${CMAKE_CURRENT_LIST_DIR}/../../../bin ${CMAKE_CURRENT_LIST_DIR}/../../../../bin)
+
+# hx_sim_add_test(NAME name SCENARIO file [COMMAND program...] [OPTIONS option...]): plays the scenario with the program
+# as a test of CTest. OPTIONS are those of `hx-sim play scenario`.
+function(hx_sim_add_test)
+  cmake_parse_arguments(PARSE_ARGV 0 test "" "NAME;SCENARIO" "COMMAND;OPTIONS")
+  if(NOT test_NAME OR NOT test_SCENARIO OR test_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "hx_sim_add_test(NAME name SCENARIO file [COMMAND program...] [OPTIONS option...])")
+  endif()
+  cmake_path(ABSOLUTE_PATH test_SCENARIO)
+  if(test_COMMAND)
+    list(PREPEND test_COMMAND --)
+  endif()
+  add_test(NAME ${test_NAME} COMMAND ${HX_SIM_PROGRAM} play scenario ${test_OPTIONS} ${test_SCENARIO} ${test_COMMAND})
+endfunction()
