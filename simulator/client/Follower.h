@@ -38,6 +38,8 @@ public:
     /// Waits until the unit's time; the time of expectations begins then.
     void sleepUntil(Time time);
     [[nodiscard]] Time now();
+    /// The time at which the time of expectations begins: that of the last action.
+    [[nodiscard]] Time marked() const { return marked_; }
     /// The time of expectations begins now.
     void mark();
     /// The time of expectations begins where this one was decided.

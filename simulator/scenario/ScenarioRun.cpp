@@ -109,7 +109,7 @@ void ScenarioRun::playStatement(Stage& stage, StatementResult& result)
         result.state = State::Failed;
         result.seen = bad.what();
     }
-    result.time = follower.now() - stage.begin;
+    result.time = std::max(follower.marked() - stage.begin, Time{0});
 }
 
 void ScenarioRun::decide(Stage& stage, StatementResult& result)

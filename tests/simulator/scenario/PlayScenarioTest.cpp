@@ -69,6 +69,28 @@ TEST_F(PlayScenario, CountsWhatHappenedSinceTheActionThatCausedIt)
     EXPECT_THAT(outcome, statusIs(0));
 }
 
+TEST_F(PlayScenario, CountsFromTheMomentForWhichItWaited)
+{
+    const std::string ramp = "ramp light from 10 to 20 over 1s\n";
+
+    EXPECT_THAT(play(ramp + "wait light = 20\nnever light < 20 for 100ms\n", "", "--scale 10"), statusIs(0));
+    EXPECT_THAT(play(ramp + "expect light = 20 within 2s\nnever light < 20 for 100ms\n", "", "--scale 10"),
+                statusIs(1));
+}
+
+TEST_F(PlayScenario, ShowsTimesInTheirOrder)
+{
+    const nlohmann::json result =
+        jsonOf(play("set light 3\nexpect light = 3 within 1s\nwait 20ms\nset light 4\nexpect light = 4\n", "",
+                    "--json --scale 20"));
+
+    double last = 0;
+    for (const nlohmann::json& line : result["runs"][0]["statements"]) {
+        EXPECT_GE(line["time"], last) << line;
+        last = line["time"];
+    }
+}
+
 TEST_F(PlayScenario, SkipsWhatFollowsAWaitThatFailed)
 {
     const Outcome outcome = play("wait light = 3 within 20ms\nset light 3\n");
