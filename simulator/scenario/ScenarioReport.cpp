@@ -132,7 +132,8 @@ std::string jsonOf(const std::string& file, const std::vector<ScenarioResult>& r
                         {"troubles", result.troubles},
                         {"statements", std::move(statements)}});
     }
-    return written({{"scenario", file}, {"runs", rows}}, 2) + '\n';
+    const Json document{{"scenario", file}, {"runs", rows}};
+    return written(document, 2) + '\n';
 }
 
 } // namespace hxsim

@@ -156,7 +156,8 @@ CommandResult listNames(Host& host, int, const Words&)
     for (const auto& [path, node] : host.unit().nodes())
         if (node.recorded())
             devices.push_back(path);
-    return {true, written({{"properties", properties}, {"devices", devices}})};
+    const Json names{{"properties", properties}, {"devices", devices}};
+    return {true, written(names)};
 }
 
 CommandResult act(Host& host, int, const Words& words)
