@@ -11,7 +11,7 @@ namespace hxsim {
 class Host;
 
 /// In place of a connection: the command comes from the event socket.
-constexpr int kNoConnection = -1;
+constexpr int kNoConnection = -2; // -1 is this program itself
 
 struct CommandResult {
     bool good = true;
