@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -13,11 +14,13 @@
 
 #include "simulator/protocol/EventJson.h"
 #include "simulator/protocol/UnitFolder.h"
+#include "tools/cli/Json.h"
 
 namespace hxsim {
 
 namespace {
 
+using cli::written;
 using Json = nlohmann::json;
 using Names = std::vector<std::string>;
 

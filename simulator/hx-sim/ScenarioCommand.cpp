@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "simulator/hx-sim/Show.h"
 #include "simulator/scenario/ScenarioReport.h"
 #include "simulator/server/PlainFile.h"
+#include "tools/cli/Printable.h"
 
 namespace hxsim {
 
@@ -45,7 +45,7 @@ std::string numbered(const std::string& file, std::size_t number, std::size_t of
 
 void showLine(const std::string& text)
 {
-    show(stdout, text);
+    cli::show(stdout, text);
     std::fflush(stdout);
 }
 

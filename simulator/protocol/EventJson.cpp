@@ -4,11 +4,15 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "tools/cli/Json.h"
 
 namespace hxsim {
 
 namespace {
 
+using cli::written;
 using Json = nlohmann::json;
 using Kind = Event::Kind;
 using Member = std::string Event::*;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 
 #include "simulator/protocol/Event.h"
-#include "tools/cli/Json.h"
 
 namespace hxsim {
 

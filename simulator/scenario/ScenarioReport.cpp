@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
 #include "tools/cli/Json.h"
 
@@ -11,6 +12,7 @@ namespace hxsim {
 
 namespace {
 
+using cli::written;
 using Json = nlohmann::json;
 using State = StatementResult::State;
 

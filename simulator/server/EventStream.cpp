@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <sys/epoll.h>
 #include <sys/socket.h>
@@ -12,11 +13,13 @@
 
 #include "simulator/model/Text.h"
 #include "simulator/protocol/EventJson.h"
+#include "tools/cli/Json.h"
 
 namespace hxsim {
 
 namespace {
 
+using cli::written;
 using Json = nlohmann::json;
 using Words = std::vector<std::string>;
 

@@ -6,13 +6,13 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "simulator/server/EventSource.h"
-#include "tools/cli/Json.h"
 
 namespace hxsim {
 
