@@ -31,7 +31,7 @@ constexpr std::size_t kMostPast = 20000;
 constexpr char kAll[] = "--all";
 constexpr char kPast[] = "--past";
 
-int listenAt(const std::string& path)
+int listenForClients(const std::string& path)
 {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -81,7 +81,7 @@ Json idOf(const Json& object)
 } // namespace
 
 EventStream::EventStream(Unit& unit, const std::string& path, Execute execute, std::function<void()> ownerLeft)
-    : unit_{unit}, execute_{std::move(execute)}, ownerLeft_{std::move(ownerLeft)}, listener_{listenAt(path)},
+    : unit_{unit}, execute_{std::move(execute)}, ownerLeft_{std::move(ownerLeft)}, listener_{listenForClients(path)},
       epoll_{epoll_create1(EPOLL_CLOEXEC)}, source_{unit, [this](const Event& event) { publish(event); }}
 {
     watchFor(epoll_, EPOLL_CTL_ADD, listener_, EPOLLIN);
