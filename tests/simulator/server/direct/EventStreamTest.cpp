@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <nlohmann/json.hpp>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -11,6 +12,7 @@
 #include "simulator/protocol/EventJson.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
+#include "tools/cli/Json.h"
 
 using namespace hxsim;
 using namespace std::chrono_literals;
@@ -64,7 +66,7 @@ protected:
         /// Sends a command; its answer and the lines before it stay unread.
         void command(const json& words) const
         {
-            const std::string line = written({{"id", 1}, {"command", words}}) + '\n';
+            const std::string line = cli::written(json{{"id", 1}, {"command", words}}) + '\n';
             EXPECT_EQ(write(line), line.size());
             test_.stream.serve();
         }
