@@ -97,7 +97,7 @@ TEST_F(HxSim, NamesEachUsageErrorInItsOwnWords)
                                 Wording{"run --scale x -- true", "--scale: 'x' is not a number"},
                                 Wording{"run --keep '' -- true", "--keep: it is empty"},
                                 Wording{"play light x --seconds 1", "--seconds needs PROGRAM"},
-                                Wording{"play sound", "there is no verb 'sound'; the verbs are light"},
+                                Wording{"play sound", "there is no verb 'sound'; the verbs are light, scenario"},
                                 Wording{"--no-such", "there is no option '--no-such'"}})
         EXPECT_THAT(run(std::string{"hx-sim "} + each.words),
                     AllOf(hxtest::errorIs(std::string{"hx-sim: "} + each.error + "\n"), statusIs(2)));
