@@ -17,13 +17,13 @@ namespace hxsim {
 
 class Sessions;
 
-/// An open file of the unit, held by sessions. It is closed when the session on which it was opened ends: then no
-/// program holds a descriptor of it.
+/// An open file of the unit, which several connections may use. It is closed when the connection on which it was opened
+/// ends: then no program holds a descriptor of it.
 struct ServedFile {
     std::unique_ptr<OpenFile> open;
     Caller opener;
     std::uint64_t number = 0;
-    int session = -1;               ///< the descriptor of that session
+    int session = -1;               ///< the descriptor of that connection
     std::optional<Caller> closer{}; ///< the caller that is closing it
 };
 

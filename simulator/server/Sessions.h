@@ -24,7 +24,7 @@ public:
 
     /// Takes a new connection.
     void add(int fd);
-    /// Receives and handles a message, if one has come; ends the session at the end of its connection.
+    /// Receives and handles a message, if one has come; drops the connection at its end.
     void receive(int fd);
     [[nodiscard]] const std::map<int, std::unique_ptr<Session>>& all() const { return sessions_; }
     [[nodiscard]] Session& at(int fd) const { return *sessions_.at(fd); }
@@ -41,7 +41,7 @@ public:
     [[nodiscard]] bool drains() const;
     Mailboxes& mailboxes() { return mailboxes_; }
 
-    // For sessions.
+    // For the connections themselves.
     CommandResult command(int connection, const std::vector<std::string>& words)
     {
         return commands_(connection, words);
