@@ -2,17 +2,17 @@
 #include "simulator/plot/LightPlot.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <utility>
 
 #include "simulator/model/LightTrace.h"
+#include "simulator/plot/Xml.h"
 
 namespace hxsim {
 
 namespace {
+
+using xml::formatted;
 
 // Positions of the two panels in the picture.
 constexpr double kWidth = 920;
@@ -28,28 +28,6 @@ constexpr double kDimmest = 0.1; // lux; everything below is drawn there
 constexpr const char* kStyle = "<style>text{font:13px sans-serif;fill:#333}.t{font-size:16px}.g{stroke:#ddd}"
                                ".s{stroke:#e69f00;stroke-width:2;fill:none}.r{fill:#0072b2}"
                                ".l{stroke:#009e73;stroke-width:2;fill:none}</style>\n";
-
-[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...)
-{
-    std::array<char, 512> text{};
-    std::va_list values;
-    va_start(values, format);
-    std::vsnprintf(text.data(), text.size(), format, values);
-    va_end(values);
-    return text.data();
-}
-
-/// As text between two tags.
-std::string escaped(const std::string& text)
-{
-    std::string shown;
-    for (const char c : text)
-        if (c == '<' || c == '&')
-            shown += c == '<' ? "&lt;" : "&amp;";
-        else
-            shown += c;
-    return shown;
-}
 
 /// Step between grid lines, so that there are about eight of them.
 double niceStep(double range)
@@ -126,7 +104,7 @@ private:
                       kWidth, kHeight, kWidth, kHeight);
         text_ += kStyle;
         text_ += formatted("<rect width=\"%g\" height=\"%g\" fill=\"#fff\"/>\n", kWidth, kHeight);
-        label(kLeft, 24, "t", escaped(title));
+        label(kLeft, 24, "t", xml::text(title));
         label(kRight - 330, 40, "", "line: light as set, dots: as the sensor reports it");
         label(kRight - 330, kLevelTop - 8, "", "line: level of the backlight as written");
     }

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The picture of a run: one panel for each property, and a line through all of them for each expectation.
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <cstdarg>
-#include <cstdio>
 #include <optional>
 
+#include "simulator/plot/Xml.h"
 #include "simulator/scenario/ScenarioReport.h"
 
 namespace hxsim {
 
 namespace {
+
+using xml::formatted;
 
 constexpr double kWidth = 920;
 constexpr double kLeft = 160;
@@ -23,16 +23,6 @@ constexpr double kGap = 20;
 constexpr const char* kStyle = "<style>text{font:12px sans-serif;fill:#333}.f{fill:none;stroke:#ddd}"
                                ".v{stroke:#0072b2;stroke-width:2;fill:none}.ok{stroke:#009e73}"
                                ".bad{stroke:#d55e00;stroke-width:2}</style>\n";
-
-[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...)
-{
-    std::array<char, 512> text{};
-    std::va_list values;
-    va_start(values, format);
-    std::vsnprintf(text.data(), text.size(), format, values);
-    va_end(values);
-    return text.data();
-}
 
 /// Switches are 0 and 1; other texts have no height.
 std::optional<double> heightOf(const std::string& value)

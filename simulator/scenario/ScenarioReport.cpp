@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
+#include "simulator/plot/Xml.h"
 #include "tools/cli/Json.h"
 
 namespace hxsim {
@@ -31,21 +32,6 @@ std::string failureOf(const StatementResult& result)
 {
     const Statement& statement = result.statement;
     return statement.file + ':' + std::to_string(statement.line) + ": " + statement.text + "; " + result.seen;
-}
-
-/// For text and attributes of XML, which has no control characters.
-std::string escaped(const std::string& text)
-{
-    std::string shown;
-    for (const char c : text) {
-        if (c == '<' || c == '>')
-            shown += c == '<' ? "&lt;" : "&gt;";
-        else if (c == '&' || c == '"')
-            shown += c == '&' ? "&amp;" : "&quot;";
-        else
-            shown += static_cast<unsigned char>(c) < ' ' && c != '\n' && c != '\t' ? '?' : c;
-    }
-    return shown;
 }
 
 std::string seconds(Time time)
@@ -93,20 +79,20 @@ std::string junitOf(const std::string& file, const std::vector<ScenarioResult>& 
     for (const ScenarioResult& result : results)
         length += result.length;
     const auto failed = std::ranges::count_if(results, &ScenarioResult::hasFailed);
-    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuite name=\"" + escaped(file) +
+    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuite name=\"" + xml::attribute(file) +
                        "\" tests=\"" + std::to_string(results.size()) + "\" failures=\"" + std::to_string(failed) +
                        "\" time=\"" + seconds(length) + "\">\n";
     for (const ScenarioResult& result : results) {
-        text += "  <testcase classname=\"" + escaped(file) + "\" name=\"" +
-                escaped(result.name.empty() ? "scenario" : result.name) + "\" time=\"" + seconds(result.length) +
+        text += "  <testcase classname=\"" + xml::attribute(file) + "\" name=\"" +
+                xml::attribute(result.name.empty() ? "scenario" : result.name) + "\" time=\"" + seconds(result.length) +
                 "\">\n";
         const std::string failures = failuresOf(result);
         if (!failures.empty())
-            text += "    <failure message=\"" + escaped(failures.substr(0, failures.find('\n'))) + "\">" +
-                    escaped(failures) + "</failure>\n";
+            text += "    <failure message=\"" + xml::attribute(failures.substr(0, failures.find('\n'))) + "\">" +
+                    xml::text(failures) + "</failure>\n";
         text += "    <system-out>";
         for (const StatementResult& each : result.statements)
-            text += escaped(lineOf(each));
+            text += xml::text(lineOf(each));
         text += "</system-out>\n  </testcase>\n";
     }
     return text + "</testsuite>\n";

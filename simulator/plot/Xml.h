@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: LicenseRef-HXAux
+#pragma once
+
+#include <string>
+
+namespace hxsim::xml {
+
+/// Up to 511 bytes, in the manner of `printf`.
+[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...);
+
+/// As text between two tags. XML has no control characters: each becomes a question mark.
+std::string text(const std::string& words);
+
+/// As the value of an attribute, without the quotes around it.
+std::string attribute(const std::string& words);
+
+} // namespace hxsim::xml
