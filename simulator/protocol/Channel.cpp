@@ -98,6 +98,32 @@ std::string newConnectionName()
            std::to_string(now.tv_nsec);
 }
 
+namespace {
+
+/// A message's head with room for one descriptor beside it. It points into itself.
+struct WithDescriptor {
+    explicit WithDescriptor(wire::Head& head) : part{&head, sizeof head}
+    {
+        message.msg_iov = &part;
+        message.msg_iovlen = 1;
+        message.msg_control = control.data();
+        message.msg_controllen = control.size();
+    }
+    WithDescriptor(const WithDescriptor&) = delete;
+    WithDescriptor& operator=(const WithDescriptor&) = delete;
+
+    iovec part;
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control{};
+    msghdr message{};
+};
+
+bool sendWhole(int fd, const msghdr& message)
+{
+    return TEMP_FAILURE_RETRY(HXSIM_REAL(sendmsg)(fd, &message, MSG_NOSIGNAL)) >= 0;
+}
+
+} // namespace
+
 bool sendPacket(int fd, const wire::Head& head, std::span<const std::uint8_t> bytes)
 {
     iovec parts[2] = {{const_cast<wire::Head*>(&head), sizeof head},
@@ -105,45 +131,29 @@ bool sendPacket(int fd, const wire::Head& head, std::span<const std::uint8_t> by
     msghdr message{};
     message.msg_iov = parts;
     message.msg_iovlen = 2;
-    for (;;) {
-        if (HXSIM_REAL(sendmsg)(fd, &message, MSG_NOSIGNAL) >= 0)
-            return true;
-        if (errno != EINTR)
-            return false;
-    }
+    return sendWhole(fd, message);
 }
 
-bool sendDescriptor(int fd, const wire::Head& head, int descriptor)
+bool sendDescriptor(int fd, wire::Head head, int descriptor)
 {
-    iovec part{const_cast<wire::Head*>(&head), sizeof head};
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof descriptor)> control{};
-    msghdr message{};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    message.msg_control = control.data();
-    message.msg_controllen = control.size();
-    cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    WithDescriptor sent{head};
+    cmsghdr* const header = CMSG_FIRSTHDR(&sent.message);
     header->cmsg_level = SOL_SOCKET;
     header->cmsg_type = SCM_RIGHTS;
     header->cmsg_len = CMSG_LEN(sizeof descriptor);
     std::memcpy(CMSG_DATA(header), &descriptor, sizeof descriptor);
-    return HXSIM_REAL(sendmsg)(fd, &message, MSG_NOSIGNAL) >= 0;
+    return sendWhole(fd, sent.message);
 }
 
 std::optional<wire::Head> receiveDescriptor(int fd, int& descriptor)
 {
     wire::Head head{};
-    iovec part{&head, sizeof head};
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof descriptor)> control{};
-    msghdr message{};
-    message.msg_iov = &part;
-    message.msg_iovlen = 1;
-    message.msg_control = control.data();
-    message.msg_controllen = control.size();
+    WithDescriptor received{head};
     descriptor = -1;
-    if (!comesInTime(fd) || HXSIM_REAL(recvmsg)(fd, &message, MSG_CMSG_CLOEXEC) < static_cast<ssize_t>(sizeof head))
+    if (!comesInTime(fd) || TEMP_FAILURE_RETRY(HXSIM_REAL(recvmsg)(fd, &received.message, MSG_CMSG_CLOEXEC)) <
+                                static_cast<ssize_t>(sizeof head))
         return std::nullopt;
-    const cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    const cmsghdr* const header = CMSG_FIRSTHDR(&received.message);
     if (header != nullptr && header->cmsg_type == SCM_RIGHTS)
         std::memcpy(&descriptor, CMSG_DATA(header), sizeof descriptor);
     return head;

@@ -41,7 +41,7 @@ inline bool sendPacket(int fd, const wire::Packed& message)
     return sendPacket(fd, message.head(), message.bytes());
 }
 /// The same, with a descriptor.
-bool sendDescriptor(int fd, const wire::Head& head, int descriptor);
+bool sendDescriptor(int fd, wire::Head head, int descriptor);
 /// Receives an answer and its descriptor; that is -1 when it has none. Nothing when no answer came in time.
 std::optional<wire::Head> receiveDescriptor(int fd, int& descriptor);
 enum class Received { Packet, Interrupted, Nothing, Unplaced, Gone };
