@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <array>
 #include <atomic>
-#include <charconv>
 #include <optional>
 #include <unistd.h>
 
 #include "simulator/client/Follower.h"
 #include "simulator/client/ProgramRun.h"
 #include "simulator/client/hx-sim/client.h"
+#include "simulator/model/Text.h"
 
 namespace hxsim {
 inline namespace client {
@@ -43,17 +42,9 @@ std::string newName()
     return "test-" + std::to_string(getpid()) + '-' + std::to_string(++made);
 }
 
-/// Without regard to the application's locale.
-std::string textOf(double value)
-{
-    std::array<char, 400> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
-    return {text.data(), end.ptr};
-}
-
 std::vector<std::string> startCommand(const std::string& name, const Options& options)
 {
-    std::vector<std::string> words{"start", name, "--scale", textOf(options.scale)};
+    std::vector<std::string> words{"start", name, "--scale", decimal(options.scale)};
     for (const std::string& line : options.settings) {
         words.emplace_back("--set");
         words.push_back(line);
@@ -210,7 +201,7 @@ std::string Unit::log()
 
 std::string Unit::text(double value)
 {
-    return textOf(value);
+    return decimal(value);
 }
 
 std::string Unit::literal(const std::string& value)

@@ -6,6 +6,7 @@
 #include <charconv>
 
 #include "simulator/client/Duration.h"
+#include "simulator/model/CallNames.h"
 #include "simulator/model/Suggestion.h"
 #include "simulator/model/Text.h"
 #include "tools/cli/NearNames.h"
@@ -30,10 +31,16 @@ constexpr std::array kOperators{
 constexpr char kOperatorList[] = "=, !=, <, <=, >, >=, contains";
 
 /// The first words of calls in the log; a request is a number.
-const std::vector<std::string> kCalls{"access",   "close",     "dlopen",    "fclose",        "fopen",  "get",
-                                      "mkfifo",   "mkstemp",   "open",      "put",           "read",   "sem_close",
-                                      "sem_open", "sem_post",  "sem_wait",  "sem_timedwait", "stat",   "tcdrain",
-                                      "tcflush",  "tcgetattr", "tcsetattr", "sem_trywait",   "unlink", "write"};
+std::vector<std::string> callNames()
+{
+    std::vector<std::string> names{calls::kOnLibraries};
+    const auto append = [&](const auto& more) { names.insert(names.end(), more.begin(), more.end()); };
+    append(calls::kOnFiles);
+    append(calls::kOnSerialPorts);
+    append(calls::kOnChosenNames);
+    append(calls::kOnRegisters);
+    return names;
+}
 
 /// "; did you mean 'b'?" with the first of the nearest words.
 std::string nearest(const std::string& word, const std::vector<std::string>& candidates)
@@ -152,9 +159,10 @@ std::string callName(std::string word)
         word.pop_back();
     if (word.starts_with("0x") || word.starts_with("0X"))
         return requestName(static_cast<std::uint32_t>(parseNumber(word, 0, UINT32_MAX)));
-    if (word != "*" && std::ranges::find(kCalls, word) == kCalls.end())
+    const std::vector<std::string> known = callNames();
+    if (word != "*" && std::ranges::find(known, word) == known.end())
         throw BadText{"expected a call as the log shows it (put 4, 0x40010003, open, *), not " + inQuotes(word) +
-                      nearest(word, kCalls)};
+                      nearest(word, known)};
     return word;
 }
 

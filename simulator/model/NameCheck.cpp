@@ -5,6 +5,7 @@
 #include <iterator>
 #include <vector>
 
+#include "simulator/model/CallNames.h"
 #include "simulator/model/Requests.h"
 #include "simulator/model/Suggestion.h"
 #include "simulator/model/Text.h"
@@ -21,21 +22,14 @@ constexpr char kLibrary[] = "libjida.so";
 constexpr char kThread[] = "thread";
 constexpr char kSleep[] = "sleep";
 
-// Calls as the log shows them. A device's close always succeeds, as a driver's does.
-const Names kNodeCalls{"access", "fopen", "mkfifo", "open", "read", "stat", "unlink", "write"};
-const Names kFileCalls{"access", "close", "fclose", "fopen", "mkfifo", "open", "read", "stat", "unlink", "write"};
-const Names kSerialCalls{"tcdrain", "tcflush", "tcgetattr", "tcsetattr"};
-/// On names that programs choose: semaphores, and the patterns of generated ones.
-const Names kNamedCalls{"mkstemp", "sem_close", "sem_open", "sem_post", "sem_timedwait", "sem_trywait", "sem_wait"};
-
-bool contains(const Names& names, const std::string& name)
+bool contains(const auto& names, const std::string& name)
 {
     return std::ranges::find(names, name) != names.end();
 }
 
-void append(Names& names, const Names& more)
+void append(Names& names, const auto& more)
 {
-    names.insert(names.end(), more.begin(), more.end());
+    names.insert(names.end(), std::begin(more), std::end(more));
 }
 
 /// The names of a part of the unit.
@@ -56,28 +50,29 @@ Names requestsOf(const Node& node)
     const std::vector<std::uint32_t> codes = node.requests();
     std::ranges::transform(codes, std::back_inserter(names), requestName);
     if (contains(names, requestName(kGetRegister)))
-        append(names, {"get", "put"});
+        append(names, calls::kOnRegisters);
     return names;
 }
 
 Names callsOn(const Node& node)
 {
-    Names calls = kNodeCalls;
+    Names names{calls::kOnDevices.begin(), calls::kOnDevices.end()};
     if (node.isSerial())
-        append(calls, kSerialCalls);
-    append(calls, requestsOf(node));
-    return calls;
+        append(names, calls::kOnSerialPorts);
+    append(names, requestsOf(node));
+    return names;
 }
 
 Names allCalls(const Unit& unit)
 {
-    Names calls{"dlopen", "start"};
-    for (const Names* const names : {&kFileCalls, &kSerialCalls, &kNamedCalls})
-        append(calls, *names);
-    calls.insert(calls.end(), unit.functions().begin(), unit.functions().end());
+    Names names{calls::kOnLibraries, "start"};
+    append(names, calls::kOnFiles);
+    append(names, calls::kOnSerialPorts);
+    append(names, calls::kOnChosenNames);
+    append(names, unit.functions());
     for (const auto& [path, node] : unit.nodes())
-        append(calls, requestsOf(node));
-    return calls;
+        append(names, requestsOf(node));
+    return names;
 }
 
 } // namespace
@@ -88,14 +83,14 @@ Names callsOn(const Unit& unit, const std::string& subject)
     if (node != unit.nodes().end())
         return callsOn(node->second);
     if (unit.hasFile(subject))
-        return kFileCalls;
+        return {calls::kOnFiles.begin(), calls::kOnFiles.end()};
     if (subject == kThread)
         return {"start"};
     if (subject != kLibrary)
         return subject == kAny ? allCalls(unit) : Names{};
-    Names calls{"dlopen"};
-    calls.insert(calls.end(), unit.functions().begin(), unit.functions().end());
-    return calls;
+    Names names{calls::kOnLibraries};
+    append(names, unit.functions());
+    return names;
 }
 
 void checkPart(const Unit& unit, const std::string& name)
@@ -108,7 +103,7 @@ void checkPart(const Unit& unit, const std::string& name)
 void checkSubject(const Unit& unit, const std::string& name)
 {
     Names names = partsOf(unit);
-    append(names, {kAny, kThread, kSleep});
+    append(names, Names{kAny, kThread, kSleep});
     if (!contains(names, name))
         throw BadText{"nothing on the unit is called " + inQuotes(name) + suggestion(name, names)};
 }
@@ -116,7 +111,7 @@ void checkSubject(const Unit& unit, const std::string& name)
 void checkFault(const Unit& unit, const Fault& fault)
 {
     const std::string word = fault.call.substr(0, fault.call.find(' '));
-    if (contains(kNamedCalls, word))
+    if (contains(calls::kOnChosenNames, word))
         return; // semaphores have the names that programs give them
     checkSubject(unit, fault.subject);
     if (fault.call == kAny)
@@ -125,9 +120,9 @@ void checkFault(const Unit& unit, const Fault& fault)
         (void)parseNumber(word, 0, INT64_MAX); // how long
         return;
     }
-    const Names calls = callsOn(unit, fault.subject);
-    if (!contains(calls, word))
-        throw BadText{"no call " + inQuotes(word) + " on " + fault.subject + " can fail" + suggestion(word, calls)};
+    const Names known = callsOn(unit, fault.subject);
+    if (!contains(known, word))
+        throw BadText{"no call " + inQuotes(word) + " on " + fault.subject + " can fail" + suggestion(word, known)};
 }
 
 } // namespace hxsim

@@ -136,6 +136,13 @@ double parseReal(std::string_view text)
     return value;
 }
 
+std::string decimal(double value)
+{
+    std::array<char, 400> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
+    return {text.data(), end.ptr};
+}
+
 bool parseFlag(std::string_view text)
 {
     for (const std::string_view yes : {"on", "yes", "true", "1"})

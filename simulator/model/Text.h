@@ -39,6 +39,8 @@ std::string inQuotes(std::string_view text);
 /// Decimal, or hexadecimal after 0x. Throws BadText unless the whole text is a number within the range.
 std::int64_t parseNumber(std::string_view text, std::int64_t low, std::int64_t high);
 double parseReal(std::string_view text);
+/// With a decimal point and without an exponent, whatever the application's locale; `parseReal` reads the same number.
+std::string decimal(double value);
 /// "on", "yes", "true", "1" and their opposites.
 bool parseFlag(std::string_view text);
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/Ramps.h"
 
-#include <array>
-#include <charconv>
 #include <cmath>
 
 #include "simulator/model/Text.h"
@@ -13,18 +11,11 @@ namespace {
 
 constexpr Time kStep = std::chrono::milliseconds{20};
 
-std::string shortest(double value)
-{
-    std::array<char, 400> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
-    return {text.data(), end.ptr};
-}
-
 } // namespace
 
 void Ramps::set(const std::string& property, double value, bool isWhole)
 {
-    unit_.properties().set(property, shortest(isWhole ? std::round(value) : std::round(value * 1e6) / 1e6));
+    unit_.properties().set(property, decimal(isWhole ? std::round(value) : std::round(value * 1e6) / 1e6));
 }
 
 void Ramps::start(const std::string& property, double from, double to, Time over)
