@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "benchmarks/CheapDriver.h"
 
+#include <cstdarg>
+#include <cstdint>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-
-#include <cstdarg>
-#include <cstdint>
-#include <cstring>
 
 namespace {
 

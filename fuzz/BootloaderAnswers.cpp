@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A whole conversation with a bootloader that answers anything: connecting, erasing, writing, reading, starting. This
 // file replaces the serial port: reads return the input, and writes must be frames of the protocol.
-#include "upgrade/STM32/stm32_bootloader.h"
-
 #include "fuzz/Require.h"
+#include "upgrade/STM32/stm32_bootloader.h"
 
 #include <algorithm>
 #include <cstdint>

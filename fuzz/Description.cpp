@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Descriptions of units of any content: refused with a line, or a unit whose time advances and whose values can be
 // read.
-#include <chrono>
-#include <cstdint>
-#include <string>
-
 #include "fuzz/Require.h"
 #include "simulator/model/Text.h"
 #include "simulator/model/Unit.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
 
 using namespace hxsim;
 using namespace std::chrono_literals;

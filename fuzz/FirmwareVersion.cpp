@@ -3,12 +3,11 @@
 #include "fuzz/Require.h"
 #include "platform/LinuxWrapper.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <array>
 #include <cstdint>
 #include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 
 using Halvix::LinuxWrapper;
 

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Recordings of any content: refused with a line, or replayed within bounds.
-#include <cstdint>
-#include <string>
+#include "simulator/record/Recording.h"
 
 #include "fuzz/Require.h"
 #include "simulator/model/Text.h"
-#include "simulator/record/Recording.h"
+
+#include <cstdint>
+#include <string>
 
 using namespace hxsim;
 

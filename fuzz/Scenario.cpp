@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Scenarios of any content, which may include themselves: refused with file and line, or statements that stand in it.
-#include <cstdint>
-#include <string>
+#include "simulator/scenario/Scenario.h"
 
 #include "fuzz/Require.h"
-#include "simulator/scenario/Scenario.h"
+
+#include <cstdint>
+#include <string>
 
 using namespace hxsim;
 

@@ -3,11 +3,10 @@
 #include "fuzz/Require.h"
 #include "settings/IniSettings.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstdint>
 #include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 
 using namespace Halvix;
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "hx-aux/errors.h"
+
 #include <cstddef>
 #include <cstring>
 #include <string>
 #include <tuple>
 #include <type_traits>
 #include <vector>
-
-#include "hx-aux/errors.h"
 
 namespace faults {
 

@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
+
 #include <ostream>
 #include <string>
 #include <vector>

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/OperationCalls.h"
 
-#include <fcntl.h>
-#include <semaphore.h>
-
-#include <algorithm>
-#include <fstream>
-#include <string_view>
-
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
 #include "testing/FirmwareTexts.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <fstream>
+#include <semaphore.h>
+#include <string_view>
 
 using namespace Halvix;
 

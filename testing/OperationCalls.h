@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <set>
-#include <string>
-#include <vector>
-
 #include "hx-aux/hx-aux.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/faults/Injector.h"
+
+#include <set>
+#include <string>
+#include <vector>
 
 /// How tests call each operation, on which unit, and what a fault may leave.
 namespace faults {

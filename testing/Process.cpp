@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/Process.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
+#include <poll.h>
 #include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <utility>
 
 namespace {

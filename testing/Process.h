@@ -3,9 +3,8 @@
 
 #include <chrono>
 #include <string>
-#include <vector>
-
 #include <sys/types.h>
+#include <vector>
 
 /// A program that a test started: its output line by line and its exit.
 class Process {

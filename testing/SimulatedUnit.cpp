@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/SimulatedUnit.h"
 
+#include "simulator/model/Text.h"
+
 #include <fstream>
 #include <iterator>
-
-#include "simulator/model/Text.h"
 
 namespace {
 

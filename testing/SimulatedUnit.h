@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/inprocess/LinkedUnit.h"
+
+#include <gmock/gmock.h>
+
 #include <cerrno>
 #include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <vector>
-
-#include <gmock/gmock.h>
-
-#include "simulator/inprocess/LinkedUnit.h"
 
 /// The fixture of most tests: a private unit that handles every open, ioctl, sleep, semaphore and thread of this
 /// program as long as the object lives. Time is virtual: it jumps to the next deadline when every thread waits.

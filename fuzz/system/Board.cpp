@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The board maker's library: two EEPROMs that keep what is written, and an expander that answers anything.
+#include "fuzz/Require.h"
+#include "fuzz/system/Internal.h"
+#include "hx-aux/Jida.h"
+
 #include <algorithm>
 #include <cstring>
 #include <map>
 #include <vector>
-
-#include "fuzz/Require.h"
-#include "fuzz/system/Internal.h"
-#include "hx-aux/Jida.h"
 
 namespace fuzzed {
 

@@ -1,23 +1,22 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // open, read, write, ioctl and their like in front of the C library's: devices and files of the unit are numbers
 // outside the range of real descriptors.
+#include "fuzz/Require.h"
+#include "fuzz/system/Internal.h"
+#include "platform/LinuxWrapper.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
 #include <fcntl.h>
+#include <map>
+#include <string_view>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <termios.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <cstdarg>
-#include <map>
-#include <string_view>
-
-#include "fuzz/Require.h"
-#include "fuzz/system/Internal.h"
-#include "platform/LinuxWrapper.h"
 
 namespace fuzzed {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <cerrno>
-#include <map>
-#include <memory>
-
 #include "fuzz/Require.h"
 #include "fuzz/system/Internal.h"
 #include "platform/LinuxWrapper.h"
+
+#include <cerrno>
+#include <map>
+#include <memory>
 
 namespace fuzzed {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "fuzz/system/Input.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
-
-#include "fuzz/system/Input.h"
 
 /// The environment of a fuzz target that uses whole interfaces: this directory replaces devices, files, board,
 /// semaphores, threads and time, and answers from the input. Nothing of the machine is accessed.

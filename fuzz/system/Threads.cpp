@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <algorithm>
-#include <exception>
-#include <list>
-
 #include "fuzz/Require.h"
 #include "fuzz/system/Fiber.h"
 #include "fuzz/system/Internal.h"
 #include "platform/LinuxWrapper.h"
+
+#include <algorithm>
+#include <exception>
+#include <list>
 
 namespace fuzzed {
 

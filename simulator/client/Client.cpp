@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <atomic>
-#include <optional>
-#include <unistd.h>
+#include "simulator/client/hx-sim/client.h"
 
 #include "simulator/client/Follower.h"
 #include "simulator/client/ProgramRun.h"
-#include "simulator/client/hx-sim/client.h"
 #include "simulator/model/Text.h"
+
+#include <atomic>
+#include <optional>
+#include <unistd.h>
 
 namespace hxsim {
 inline namespace client {

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/client/Condition.h"
 
-#include <algorithm>
-#include <array>
-#include <charconv>
-
 #include "simulator/client/Duration.h"
 #include "simulator/model/CallNames.h"
 #include "simulator/model/Suggestion.h"
 #include "simulator/model/Text.h"
 #include "tools/cli/NearNames.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
 
 namespace hxsim {
 

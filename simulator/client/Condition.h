@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Clock.h"
+#include "simulator/protocol/Event.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "simulator/model/Clock.h"
-#include "simulator/protocol/Event.h"
 
 namespace hxsim {
 

@@ -1,20 +1,21 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/client/Connection.h"
 
+#include "simulator/protocol/EventJson.h"
+#include "simulator/protocol/UnitFolder.h"
+#include "tools/cli/Json.h"
+
+#include <nlohmann/json.hpp>
+
 #include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 #include <utility>
-
-#include "simulator/protocol/EventJson.h"
-#include "simulator/protocol/UnitFolder.h"
-#include "tools/cli/Json.h"
 
 namespace hxsim {
 

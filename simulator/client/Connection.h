@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/client/Condition.h"
+#include "simulator/model/Text.h"
+#include "simulator/protocol/Event.h"
+
 #include <deque>
 #include <map>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "simulator/client/Condition.h"
-#include "simulator/model/Text.h"
-#include "simulator/protocol/Event.h"
 
 namespace hxsim {
 

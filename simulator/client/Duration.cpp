@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/client/Duration.h"
 
+#include "simulator/model/Text.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <optional>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

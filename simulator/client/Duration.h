@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Clock.h"
+
 #include <string>
 #include <string_view>
-
-#include "simulator/model/Clock.h"
 
 namespace hxsim {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/client/Evaluation.h"
 
-#include <utility>
-
 #include "simulator/model/Text.h"
+
+#include <utility>
 
 namespace hxsim {
 

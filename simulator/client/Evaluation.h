@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/client/Condition.h"
+#include "simulator/protocol/Event.h"
+
 #include <deque>
 #include <map>
 #include <optional>
 #include <string>
-
-#include "simulator/client/Condition.h"
-#include "simulator/protocol/Event.h"
 
 namespace hxsim {
 

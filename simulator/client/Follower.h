@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/client/Connection.h"
+#include "simulator/client/Evaluation.h"
+
 #include <deque>
 #include <functional>
 #include <string>
 #include <vector>
-
-#include "simulator/client/Connection.h"
-#include "simulator/client/Evaluation.h"
 
 namespace hxsim {
 

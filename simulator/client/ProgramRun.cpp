@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/client/ProgramRun.h"
 
+#include "simulator/client/Connection.h"
+
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -13,8 +15,6 @@
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include "simulator/client/Connection.h"
 
 extern char** environ;
 

@@ -4,10 +4,9 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <sys/types.h>
 #include <thread>
 #include <vector>
-
-#include <sys/types.h>
 
 namespace hxsim {
 

@@ -2,17 +2,16 @@
 #include "simulator/cuse/CuseDevice.h"
 
 #define FUSE_USE_VERSION 35
-#include <cuse_lowlevel.h>
 #include <fuse_opt.h>
-
-#include <fcntl.h>
-#include <sys/uio.h>
 
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cuse_lowlevel.h>
+#include <fcntl.h>
 #include <optional>
 #include <stdexcept>
+#include <sys/uio.h>
 #include <vector>
 
 namespace hxsim {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/cuse/HostedUnit.h"
+
 #include <string>
 #include <thread>
-
-#include "simulator/cuse/HostedUnit.h"
 
 struct fuse_session;
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/cuse/HostedUnit.h"
 
-#include <fcntl.h>
-
 #include <array>
+#include <fcntl.h>
 
 namespace hxsim {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/file/UnitCalls.h"
+#include "simulator/model/Unit.h"
+
 #include <chrono>
 #include <map>
 #include <mutex>
 #include <string>
-
-#include "simulator/file/UnitCalls.h"
-#include "simulator/model/Unit.h"
 
 namespace hxsim {
 

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/cuse/SerialPeer.h"
 
+#include <array>
 #include <fcntl.h>
 #include <poll.h>
+#include <stdexcept>
 #include <termios.h>
 #include <unistd.h>
-
-#include <array>
-#include <stdexcept>
 
 namespace hxsim {
 

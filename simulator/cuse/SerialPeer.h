@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/cuse/HostedUnit.h"
+
 #include <memory>
 #include <string>
 #include <thread>
-
-#include "simulator/cuse/HostedUnit.h"
 
 namespace hxsim {
 

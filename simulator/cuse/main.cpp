@@ -2,6 +2,10 @@
 // hx-sim-cuse: the simulated unit as real character devices. It needs root and a kernel with CUSE, so it runs inside
 // the guest of tests/system; programs there use real devices and need no preload library.
 
+#include "simulator/cuse/CuseDevice.h"
+#include "simulator/cuse/HostedUnit.h"
+#include "simulator/cuse/SerialPeer.h"
+
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -10,10 +14,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include "simulator/cuse/CuseDevice.h"
-#include "simulator/cuse/HostedUnit.h"
-#include "simulator/cuse/SerialPeer.h"
 
 namespace {
 

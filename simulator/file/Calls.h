@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Journal.h"
+#include "simulator/model/Node.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
-
-#include "simulator/model/Journal.h"
-#include "simulator/model/Node.h"
 
 namespace hxsim {
 

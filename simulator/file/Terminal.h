@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Node.h"
+
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <termios.h>
 #include <vector>
-
-#include "simulator/model/Node.h"
 
 namespace hxsim {
 

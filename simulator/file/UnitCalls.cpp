@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/file/UnitCalls.h"
 
-#include <cerrno>
-
 #include "simulator/file/Terminal.h"
+
+#include <cerrno>
 
 namespace hxsim {
 

@@ -1,6 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/Candidates.h"
 
+#include "simulator/hx-sim/Play.h"
+#include "simulator/hx-sim/UnitClient.h"
+#include "simulator/model/Text.h"
+#include "simulator/protocol/UnitFolder.h"
+#include "tools/cli/Json.h"
+
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
@@ -11,14 +19,6 @@
 #include <filesystem>
 #include <sstream>
 #include <unistd.h>
-
-#include <nlohmann/json.hpp>
-
-#include "simulator/hx-sim/Play.h"
-#include "simulator/hx-sim/UnitClient.h"
-#include "simulator/model/Text.h"
-#include "simulator/protocol/UnitFolder.h"
-#include "tools/cli/Json.h"
 
 namespace hxsim {
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/CommandLine.h"
 
-#include <cstdio>
-
 #include "simulator/client/Connection.h"
 #include "simulator/hx-sim/Record.h"
 #include "simulator/hx-sim/UnitClient.h"
@@ -12,6 +10,8 @@
 #include "tools/cli/Help.h"
 #include "tools/cli/NearNames.h"
 #include "tools/cli/Printable.h"
+
+#include <cstdio>
 
 namespace hxsim {
 

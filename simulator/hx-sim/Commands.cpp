@@ -2,12 +2,6 @@
 // The table of commands and what each does.
 #include "simulator/hx-sim/Commands.h"
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <filesystem>
-#include <thread>
-
 #include "simulator/hx-sim/Candidates.h"
 #include "simulator/hx-sim/Launch.h"
 #include "simulator/hx-sim/Play.h"
@@ -20,6 +14,12 @@
 #include "simulator/protocol/UnitFolder.h"
 #include "tools/cli/Completion.h"
 #include "tools/cli/Printable.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <thread>
 
 namespace hxsim {
 

@@ -1,6 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/Launch.h"
 
+#include "simulator/hx-sim/ProgramCheck.h"
+#include "simulator/model/Text.h"
+#include "simulator/protocol/Wire.h"
+#include "simulator/server/Host.h"
+#include "simulator/server/PlainFile.h"
+#include "tools/cli/Printable.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -14,13 +21,6 @@
 #include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include "simulator/hx-sim/ProgramCheck.h"
-#include "simulator/model/Text.h"
-#include "simulator/protocol/Wire.h"
-#include "simulator/server/Host.h"
-#include "simulator/server/PlainFile.h"
-#include "tools/cli/Printable.h"
 
 namespace hxsim {
 

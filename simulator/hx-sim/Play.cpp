@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/Play.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-
 #include "simulator/hx-sim/UnitClient.h"
 #include "simulator/model/LightSensor.h"
 #include "simulator/model/LightTrace.h"
@@ -13,6 +9,10 @@
 #include "simulator/plot/LightPlot.h"
 #include "simulator/server/Host.h"
 #include "simulator/server/PlainFile.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
 
 namespace hxsim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/hx-sim/Launch.h"
+
 #include <string>
 #include <vector>
-
-#include "simulator/hx-sim/Launch.h"
 
 namespace hxsim {
 

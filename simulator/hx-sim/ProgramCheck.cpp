@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/ProgramCheck.h"
 
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -13,8 +15,6 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 #include <vector>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

@@ -1,13 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/Record.h"
 
-#include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <unistd.h>
-
 #include "simulator/hx-sim/UnitClient.h"
 #include "simulator/model/Text.h"
 #include "simulator/protocol/Wire.h"
@@ -16,6 +9,13 @@
 #include "simulator/server/Host.h"
 #include "simulator/server/PlainFile.h"
 #include "tools/cli/Printable.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
 
 namespace hxsim {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/ScenarioCommand.h"
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
-
 #include "simulator/scenario/ScenarioReport.h"
 #include "simulator/server/PlainFile.h"
 #include "tools/cli/Printable.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
 
 namespace hxsim {
 

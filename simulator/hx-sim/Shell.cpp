@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/Shell.h"
 
+#include "simulator/hx-sim/CommandLine.h"
+#include "simulator/hx-sim/UnitClient.h"
+#include "simulator/model/Text.h"
+#include "tools/cli/Printable.h"
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -11,11 +16,6 @@
 #include <termios.h>
 #include <unistd.h>
 #include <vector>
-
-#include "simulator/hx-sim/CommandLine.h"
-#include "simulator/hx-sim/UnitClient.h"
-#include "simulator/model/Text.h"
-#include "tools/cli/Printable.h"
 
 namespace hxsim {
 

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/UnitClient.h"
 
+#include "simulator/model/Text.h"
+#include "simulator/protocol/Channel.h"
+#include "simulator/protocol/UnitFolder.h"
+#include "simulator/protocol/Wire.h"
+
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -9,11 +14,6 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
-
-#include "simulator/model/Text.h"
-#include "simulator/protocol/Channel.h"
-#include "simulator/protocol/UnitFolder.h"
-#include "simulator/protocol/Wire.h"
 
 namespace hxsim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/WaitCommand.h"
 
-#include <optional>
-
 #include "simulator/client/Duration.h"
 #include "simulator/client/Follower.h"
+
+#include <optional>
 
 namespace hxsim {
 

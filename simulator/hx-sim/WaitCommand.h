@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/client/Connection.h"
+
 #include <string>
 #include <vector>
-
-#include "simulator/client/Connection.h"
 
 namespace hxsim {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-sim: simulated units and the programs on them.
-#include <cstdio>
-
 #include "simulator/hx-sim/CommandLine.h"
+
+#include <cstdio>
 
 int main(int argc, char** argv)
 {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/inprocess/LinkedFile.h"
 
-#include <cerrno>
-#include <sys/socket.h>
-
 #include "simulator/file/Terminal.h"
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
+
+#include <cerrno>
+#include <sys/socket.h>
 
 namespace hxsim {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <memory>
-
 #include "simulator/inprocess/LinkedUnit.h"
+
+#include <memory>
 
 namespace hxsim {
 

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/inprocess/LinkedUnit.h"
 
+#include "simulator/inprocess/LinkedFile.h"
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <sys/socket.h>
 #include <unistd.h>
-
-#include "simulator/inprocess/LinkedFile.h"
-#include "simulator/interpose/Descriptors.h"
-#include "simulator/interpose/Entry.h"
 
 namespace hxsim {
 

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <atomic>
-#include <map>
-#include <memory>
-#include <mutex>
-#include <string>
-#include <vector>
-
 #include "simulator/file/UnitCalls.h"
 #include "simulator/inprocess/VirtualTime.h"
 #include "simulator/interpose/Link.h"
 #include "simulator/interpose/Locked.h"
 #include "simulator/model/Unit.h"
 #include "simulator/protocol/UnitFolder.h"
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
 
 namespace hxsim {
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Clock.h"
+
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -8,8 +10,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-
-#include "simulator/model/Clock.h"
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Calls that create, change or remove files by path: on the unit's own files, never on the machine's. The unit's
 // devices stay unchanged.
+#include "simulator/interpose/OnPath.h"
+
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "simulator/interpose/OnPath.h"
 
 namespace hxsim {
 

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/interpose/Descriptors.h"
 
+#include "simulator/file/Terminal.h"
+#include "simulator/interpose/Entry.h"
+
 #include <cstdlib>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
-
-#include "simulator/file/Terminal.h"
-#include "simulator/interpose/Entry.h"
 
 namespace hxsim {
 

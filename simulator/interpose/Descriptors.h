@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/interpose/Link.h"
+#include "simulator/interpose/SignalSafeLock.h"
+
 #include <atomic>
 #include <memory>
 #include <string>
 #include <sys/types.h>
 #include <utility>
 #include <vector>
-
-#include "simulator/interpose/Link.h"
-#include "simulator/interpose/SignalSafeLock.h"
 
 namespace hxsim {
 

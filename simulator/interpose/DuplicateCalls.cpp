@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // More descriptors for the same open file: dup and its variants, fcntl, and descriptors in messages.
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+
 #include <cstdarg>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
-
-#include "simulator/interpose/Descriptors.h"
-#include "simulator/interpose/Entry.h"
 
 namespace hxsim {
 

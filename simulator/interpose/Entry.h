@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/interpose/Real.h"
+
 #include <cerrno>
 #include <cstdint>
-
-#include "simulator/interpose/Real.h"
 
 namespace hxsim {
 

@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // open and close, in every variant that programs use.
-#include <cstdarg>
-#include <fcntl.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include "simulator/file/Terminal.h"
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
@@ -12,6 +7,11 @@
 #include "simulator/jida/Protocol.h"
 #include "simulator/model/CallWatch.h"
 #include "simulator/model/Text.h"
+
+#include <cstdarg>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace hxsim {
 

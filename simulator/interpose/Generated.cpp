@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/interpose/Generated.h"
 
+#include "simulator/file/ThreadSafety.h"
+
 #include <map>
 #include <pthread.h>
-
-#include "simulator/file/ThreadSafety.h"
 
 namespace hxsim {
 

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // read, write and ioctl on descriptors of the unit.
+#include "simulator/interpose/CallerMemory.h"
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Transfers.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdarg>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
-
-#include "simulator/interpose/CallerMemory.h"
-#include "simulator/interpose/Descriptors.h"
-#include "simulator/interpose/Entry.h"
-#include "simulator/interpose/Transfers.h"
 
 namespace hxsim {
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/file/Calls.h"
+
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -10,8 +12,6 @@
 #include <string>
 #include <string_view>
 #include <termios.h>
-
-#include "simulator/file/Calls.h"
 
 namespace hxsim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // dlopen of the board vendor's library returns the unit's own.
-#include <cstring>
-#include <dlfcn.h>
-
 #include "simulator/interpose/Entry.h"
 #include "simulator/interpose/Link.h"
+
+#include <cstring>
+#include <dlfcn.h>
 
 namespace {
 

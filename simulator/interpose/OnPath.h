@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <string>
-
 #include "simulator/interpose/Entry.h"
 #include "simulator/interpose/Generated.h"
 #include "simulator/interpose/Paths.h"
+
+#include <string>
 
 namespace hxsim {
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Calls that name a path without opening it.
+#include "simulator/interpose/OnPath.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -9,8 +11,6 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
-
-#include "simulator/interpose/OnPath.h"
 
 namespace hxsim {
 

@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/interpose/Paths.h"
 
+#include "simulator/interpose/Entry.h"
+
+#include <climits>
+
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <string_view>
 #include <unistd.h>
-
-#include "simulator/interpose/Entry.h"
 
 namespace hxsim {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <string>
-
 #include "simulator/interpose/Link.h"
+
+#include <string>
 
 namespace hxsim {
 

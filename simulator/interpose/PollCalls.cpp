@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Waiting for descriptors some of which belong to the unit.
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+
 #include <algorithm>
 #include <poll.h>
 #include <span>
 #include <sys/epoll.h>
 #include <sys/select.h>
 #include <vector>
-
-#include "simulator/interpose/Descriptors.h"
-#include "simulator/interpose/Entry.h"
 
 namespace hxsim {
 

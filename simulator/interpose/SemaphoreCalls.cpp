@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Named semaphores are real ones under a name of the unit's own.
+#include "simulator/file/ThreadSafety.h"
+#include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Generated.h"
+#include "simulator/interpose/Link.h"
+
 #include <cstdarg>
 #include <ctime>
 #include <fcntl.h>
 #include <map>
 #include <pthread.h>
 #include <semaphore.h>
-
-#include "simulator/file/ThreadSafety.h"
-#include "simulator/interpose/Entry.h"
-#include "simulator/interpose/Generated.h"
-#include "simulator/interpose/Link.h"
 
 namespace hxsim {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/file/ThreadSafety.h"
+
 #include <csignal>
 #include <mutex>
 #include <pthread.h>
-
-#include "simulator/file/ThreadSafety.h"
 
 namespace hxsim {
 

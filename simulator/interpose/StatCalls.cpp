@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Every variant of stat: a path of the unit shows its substitute's properties, and a descriptor those of its path.
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/OnPath.h"
+
 #include <fcntl.h>
 #include <string>
 #include <sys/stat.h>
-
-#include "simulator/interpose/Descriptors.h"
-#include "simulator/interpose/OnPath.h"
 
 namespace hxsim {
 

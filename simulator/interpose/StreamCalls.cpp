@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // C streams, and temporary files.
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Generated.h"
+#include "simulator/interpose/Paths.h"
+
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <string>
 #include <unistd.h>
-
-#include "simulator/interpose/Descriptors.h"
-#include "simulator/interpose/Entry.h"
-#include "simulator/interpose/Generated.h"
-#include "simulator/interpose/Paths.h"
 
 namespace hxsim {
 

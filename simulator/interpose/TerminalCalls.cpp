@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Terminal settings of the unit's serial ports. They are kept here and not by a pseudo terminal, because that drops the
 // parity bit which programs read back.
-#include <termios.h>
-#include <unistd.h>
-
 #include "simulator/file/Terminal.h"
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
+
+#include <termios.h>
+#include <unistd.h>
 
 namespace hxsim {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Threads, and the file-creation mask, which the whole process shares.
+#include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Link.h"
+
 #include <cstdio>
 #include <pthread.h>
 #include <sys/stat.h>
-
-#include "simulator/interpose/Entry.h"
-#include "simulator/interpose/Link.h"
 
 using namespace hxsim;
 

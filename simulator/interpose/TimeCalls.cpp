@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Sleeping. The requested duration is in the unit's time.
-#include <ctime>
-#include <unistd.h>
-
 #include "simulator/interpose/Entry.h"
 #include "simulator/interpose/Link.h"
+
+#include <ctime>
+#include <unistd.h>
 
 namespace hxsim {
 

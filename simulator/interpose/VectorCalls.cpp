@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Reads and writes of several blocks, and at an offset: a character device ignores the offset.
-#include <algorithm>
+#include "simulator/interpose/CallerMemory.h"
+#include "simulator/interpose/Entry.h"
+#include "simulator/interpose/Transfers.h"
+
 #include <climits>
+
+#include <algorithm>
 #include <fcntl.h>
 #include <sys/uio.h>
 #include <unistd.h>
 #include <vector>
-
-#include "simulator/interpose/CallerMemory.h"
-#include "simulator/interpose/Entry.h"
-#include "simulator/interpose/Transfers.h"
 
 namespace hxsim {
 

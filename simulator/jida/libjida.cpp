@@ -4,13 +4,12 @@
 
 #include "simulator/jida/Protocol.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <span>
+#include <unistd.h>
 
 #define JIDA_FUNCTION extern "C" __attribute__((visibility("default"))) unsigned int
 

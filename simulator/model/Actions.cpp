@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Actions.h"
 
-#include <cassert>
-
 #include "simulator/model/Suggestion.h"
 #include "simulator/model/Text.h"
+
+#include <cassert>
 
 namespace hxsim {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <functional>
-
 #include "simulator/model/Hardware.h"
+
+#include <functional>
 
 namespace hxsim {
 

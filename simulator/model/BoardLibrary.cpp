@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/BoardLibrary.h"
 
+#include "simulator/model/CallWatch.h"
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <utility>
-
-#include "simulator/model/CallWatch.h"
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

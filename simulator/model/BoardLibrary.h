@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/jida/Protocol.h"
+#include "simulator/model/Hardware.h"
+#include "simulator/model/I2cBus.h"
+
 #include <array>
 #include <cstdint>
 #include <set>
 #include <span>
 #include <string>
 #include <vector>
-
-#include "simulator/jida/Protocol.h"
-#include "simulator/model/Hardware.h"
-#include "simulator/model/I2cBus.h"
 
 namespace hxsim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Buzzer.h"
 
+#include "simulator/model/Text.h"
+
 #include <chrono>
 #include <utility>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/CanNetworks.h"
 
-#include <cerrno>
-
 #include "simulator/model/Text.h"
+
+#include <cerrno>
 
 namespace hxsim {
 

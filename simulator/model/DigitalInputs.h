@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Hardware.h"
+
 #include <array>
 #include <cstdint>
-
-#include "simulator/model/Hardware.h"
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/I2cBus.h"
+#include "simulator/model/Memory.h"
+
 #include <chrono>
 #include <string>
 #include <string_view>
-
-#include "simulator/model/I2cBus.h"
-#include "simulator/model/Memory.h"
 
 namespace hxsim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Faults.h"
 
+#include "simulator/model/Text.h"
+
 #include <cerrno>
 #include <limits>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/FpgaFlash.h"
 
-#include <algorithm>
-#include <cerrno>
-
 #include "simulator/model/Countdown.h"
 #include "simulator/model/Text.h"
+
+#include <algorithm>
+#include <cerrno>
 
 namespace hxsim {
 

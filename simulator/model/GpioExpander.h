@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/I2cBus.h"
+
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <span>
-
-#include "simulator/model/I2cBus.h"
 
 namespace hxsim {
 

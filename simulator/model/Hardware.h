@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <memory>
-
 #include "simulator/model/Unit.h"
+
+#include <memory>
 
 namespace hxsim {
 

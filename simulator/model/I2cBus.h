@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Clock.h"
+
 #include <cstdint>
 #include <map>
 #include <span>
-
-#include "simulator/model/Clock.h"
 
 namespace hxsim {
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Clock.h"
+
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
 #include <string>
 #include <vector>
-
-#include "simulator/model/Clock.h"
 
 namespace hxsim {
 

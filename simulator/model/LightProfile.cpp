@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/LightProfile.h"
 
-#include <algorithm>
-
 #include "simulator/model/Text.h"
+
+#include <algorithm>
 
 namespace hxsim {
 

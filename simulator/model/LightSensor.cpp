@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/LightSensor.h"
 
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Hardware.h"
+#include "simulator/model/LightProfile.h"
+
 #include <array>
 #include <functional>
 #include <optional>
 #include <random>
-
-#include "simulator/model/Hardware.h"
-#include "simulator/model/LightProfile.h"
 
 namespace hxsim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/LightTrace.h"
 
-#include <cmath>
-
 #include "simulator/model/Backlight.h"
 #include "simulator/model/LightSensor.h"
+
+#include <cmath>
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Microcontroller.h"
 
+#include "simulator/model/ServiceUart.h"
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
-
-#include "simulator/model/ServiceUart.h"
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

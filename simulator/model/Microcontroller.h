@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Countdown.h"
+#include "simulator/model/Hardware.h"
+#include "simulator/model/RomBootloader.h"
+
 #include <cstdint>
 #include <functional>
 #include <set>
 #include <string>
 #include <vector>
-
-#include "simulator/model/Countdown.h"
-#include "simulator/model/Hardware.h"
-#include "simulator/model/RomBootloader.h"
 
 namespace hxsim {
 

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/NameCheck.h"
 
-#include <algorithm>
-#include <iterator>
-#include <vector>
-
 #include "simulator/model/CallNames.h"
 #include "simulator/model/Requests.h"
 #include "simulator/model/Suggestion.h"
 #include "simulator/model/Text.h"
 #include "simulator/model/Unit.h"
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
 
 namespace hxsim {
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Clock.h"
+
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -9,8 +11,6 @@
 #include <span>
 #include <string>
 #include <vector>
-
-#include "simulator/model/Clock.h"
 
 namespace hxsim {
 

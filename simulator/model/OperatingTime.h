@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <cstdint>
-
 #include "simulator/model/Clock.h"
+
+#include <cstdint>
 
 namespace hxsim {
 

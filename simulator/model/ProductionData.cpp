@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/ProductionData.h"
 
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <sstream>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <string>
-#include <string_view>
-
 #include "simulator/model/Eeprom.h"
 #include "simulator/model/Hardware.h"
+
+#include <string>
+#include <string_view>
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Properties.h"
 
+#include "simulator/model/Suggestion.h"
+#include "simulator/model/Text.h"
+
 #include <array>
 #include <cassert>
 #include <charconv>
-
-#include "simulator/model/Suggestion.h"
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

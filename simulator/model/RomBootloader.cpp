@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/RomBootloader.h"
 
+#include "simulator/model/Microcontroller.h"
+
 #include <array>
 #include <functional>
 #include <numeric>
-
-#include "simulator/model/Microcontroller.h"
 
 namespace hxsim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/ServiceDaemon.h"
 
+#include "simulator/model/Text.h"
+
 #include <cerrno>
 #include <cstring>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

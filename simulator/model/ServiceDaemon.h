@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Hardware.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "simulator/model/Hardware.h"
 
 namespace hxsim {
 

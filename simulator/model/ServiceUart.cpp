@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/ServiceUart.h"
 
-#include <algorithm>
-
 #include "simulator/model/Countdown.h"
 #include "simulator/model/Microcontroller.h"
 #include "simulator/model/Text.h"
 #include "simulator/model/UartRouting.h"
+
+#include <algorithm>
 
 namespace hxsim {
 

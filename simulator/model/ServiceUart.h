@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Hardware.h"
+
 #include <cstdint>
 #include <deque>
-
-#include "simulator/model/Hardware.h"
 
 namespace hxsim {
 

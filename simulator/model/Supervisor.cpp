@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Supervisor.h"
 
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <cerrno>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

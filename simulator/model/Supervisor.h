@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <array>
-#include <optional>
-#include <string>
-
 #include "simulator/model/Hardware.h"
 #include "simulator/model/OperatingTime.h"
 #include "simulator/model/SupervisorRegisters.h"
 #include "simulator/model/SupervisorSettings.h"
+
+#include <array>
+#include <optional>
+#include <string>
 
 namespace hxsim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/SupervisorRegisters.h"
 
-#include <cerrno>
-
 #include "simulator/model/Microcontroller.h"
 #include "simulator/model/Requests.h"
+
+#include <cerrno>
 
 namespace hxsim {
 

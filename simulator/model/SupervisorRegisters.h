@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Unit.h"
+
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
-
-#include "simulator/model/Unit.h"
 
 namespace hxsim {
 

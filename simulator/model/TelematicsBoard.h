@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <optional>
-
 #include "simulator/model/GpioExpander.h"
 #include "simulator/model/Hardware.h"
+
+#include <optional>
 
 namespace hxsim {
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Text.h"
 
+#include "simulator/model/Suggestion.h"
+
 #include <array>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <fcntl.h>
 #include <sstream>
-
-#include "simulator/model/Suggestion.h"
 
 namespace hxsim {
 

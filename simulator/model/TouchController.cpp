@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/TouchController.h"
 
+#include "simulator/model/Text.h"
+
 #include <array>
 #include <cerrno>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Hardware.h"
+#include "simulator/model/SupervisorRegisters.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
-
-#include "simulator/model/Hardware.h"
-#include "simulator/model/SupervisorRegisters.h"
 
 namespace hxsim {
 

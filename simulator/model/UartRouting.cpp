@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/UartRouting.h"
 
-#include <cerrno>
-#include <cstdio>
-
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
+
+#include <cerrno>
+#include <cstdio>
 
 namespace hxsim {
 

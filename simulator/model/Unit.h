@@ -1,14 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <functional>
-#include <map>
-#include <memory>
-#include <set>
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "simulator/model/Actions.h"
 #include "simulator/model/Clock.h"
 #include "simulator/model/Faults.h"
@@ -17,6 +9,14 @@
 #include "simulator/model/Memory.h"
 #include "simulator/model/Node.h"
 #include "simulator/model/Properties.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace hxsim {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Versions.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <utility>
-
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
 #include "simulator/model/Text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Hardware.h"
+
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
-
-#include "simulator/model/Hardware.h"
 
 namespace hxsim {
 

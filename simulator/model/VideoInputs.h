@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Hardware.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
-
-#include "simulator/model/Hardware.h"
 
 namespace hxsim {
 

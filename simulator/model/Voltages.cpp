@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Voltages.h"
 
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/plot/LightPlot.h"
 
+#include "simulator/model/LightTrace.h"
+#include "simulator/plot/Xml.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
-
-#include "simulator/model/LightTrace.h"
-#include "simulator/plot/Xml.h"
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/preload/Connections.h"
 
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/protocol/Channel.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <string_view>
-
-#include "simulator/interpose/Descriptors.h"
-#include "simulator/protocol/Channel.h"
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/interpose/SignalSafeLock.h"
+#include "simulator/protocol/Mailbox.h"
+
 #include <array>
 #include <pthread.h>
 #include <string>
-
-#include "simulator/interpose/SignalSafeLock.h"
-#include "simulator/protocol/Mailbox.h"
 
 namespace hxsim {
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/preload/PreloadedFile.h"
 
+#include "simulator/file/Terminal.h"
+#include "simulator/interpose/CallerMemory.h"
+#include "simulator/interpose/Real.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <unistd.h>
-
-#include "simulator/file/Terminal.h"
-#include "simulator/interpose/CallerMemory.h"
-#include "simulator/interpose/Real.h"
 
 namespace hxsim {
 

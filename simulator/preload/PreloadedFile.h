@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <map>
-
 #include "simulator/preload/PreloadedLink.h"
+
+#include <map>
 
 namespace hxsim {
 

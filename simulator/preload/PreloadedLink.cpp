@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/preload/PreloadedLink.h"
 
+#include "simulator/interpose/Descriptors.h"
+#include "simulator/interpose/Entry.h"
+#include "simulator/preload/PreloadedFile.h"
+#include "simulator/protocol/UnitFolder.h"
+
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -10,11 +15,6 @@
 #include <filesystem>
 #include <sstream>
 #include <unistd.h>
-
-#include "simulator/interpose/Descriptors.h"
-#include "simulator/interpose/Entry.h"
-#include "simulator/preload/PreloadedFile.h"
-#include "simulator/protocol/UnitFolder.h"
 
 namespace hxsim {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <map>
-#include <set>
-#include <string>
-
 #include "simulator/interpose/Link.h"
 #include "simulator/preload/Connections.h"
 #include "simulator/protocol/Channel.h"
+
+#include <map>
+#include <set>
+#include <string>
 
 namespace hxsim {
 

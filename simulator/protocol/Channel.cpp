@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/protocol/Channel.h"
 
+#include "simulator/interpose/Real.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -14,8 +16,6 @@
 #include <sys/uio.h>
 #include <sys/un.h>
 #include <unistd.h>
-
-#include "simulator/interpose/Real.h"
 
 namespace hxsim {
 

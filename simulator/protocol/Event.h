@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Clock.h"
+
 #include <cstdint>
 #include <string>
-
-#include "simulator/model/Clock.h"
 
 namespace hxsim {
 

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/protocol/EventJson.h"
 
+#include "tools/cli/Json.h"
+
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <nlohmann/json.hpp>
-
-#include "tools/cli/Json.h"
 
 namespace hxsim {
 

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/protocol/Event.h"
+
 #include <nlohmann/json_fwd.hpp>
+
 #include <optional>
 #include <string>
-
-#include "simulator/protocol/Event.h"
 
 namespace hxsim {
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/protocol/Mailbox.h"
 
+#include "simulator/interpose/Real.h"
+
 #include <algorithm>
 #include <cstring>
 #include <fcntl.h>
@@ -9,8 +11,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
-
-#include "simulator/interpose/Real.h"
 
 namespace hxsim {
 

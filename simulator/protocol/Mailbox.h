@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/protocol/Wire.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
-
-#include "simulator/protocol/Wire.h"
 
 namespace hxsim {
 

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Journal.h"
+#include "simulator/protocol/Wire.h"
+
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
 #include <tuple>
 #include <vector>
-
-#include "simulator/model/Journal.h"
-#include "simulator/protocol/Wire.h"
 
 namespace hxsim {
 

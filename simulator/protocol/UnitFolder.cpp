@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/protocol/UnitFolder.h"
 
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -13,8 +15,6 @@
 #include <stdexcept>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

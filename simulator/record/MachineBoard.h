@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/jida/Protocol.h"
+
 #include <span>
 #include <string>
 #include <vector>
-
-#include "simulator/jida/Protocol.h"
 
 namespace hxsim {
 

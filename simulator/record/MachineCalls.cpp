@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/record/MachineCalls.h"
 
+#include "simulator/file/Terminal.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -10,8 +12,6 @@
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
-
-#include "simulator/file/Terminal.h"
 
 namespace hxsim {
 

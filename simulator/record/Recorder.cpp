@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/record/Recorder.h"
 
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <string>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

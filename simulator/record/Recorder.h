@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/record/Recording.h"
+
 #include <fstream>
 #include <map>
 #include <vector>
-
-#include "simulator/record/Recording.h"
 
 namespace hxsim {
 

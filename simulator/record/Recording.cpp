@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/record/Recording.h"
 
+#include "simulator/jida/Protocol.h"
+#include "simulator/model/NameCheck.h"
+#include "simulator/model/Suggestion.h"
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <cstdio>
 #include <sys/ioctl.h>
-
-#include "simulator/jida/Protocol.h"
-#include "simulator/model/NameCheck.h"
-#include "simulator/model/Suggestion.h"
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

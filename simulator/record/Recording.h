@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Journal.h"
+#include "simulator/model/Unit.h"
+
 #include <map>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "simulator/model/Journal.h"
-#include "simulator/model/Unit.h"
 
 namespace hxsim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/record/ReplayedCalls.h"
 
+#include "simulator/model/Text.h"
+
 #include <algorithm>
 #include <cerrno>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/file/ModelCalls.h"
+#include "simulator/record/Recording.h"
+
 #include <deque>
 #include <functional>
 #include <map>
 #include <utility>
-
-#include "simulator/file/ModelCalls.h"
-#include "simulator/record/Recording.h"
 
 namespace hxsim {
 

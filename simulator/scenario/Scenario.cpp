@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/scenario/Scenario.h"
 
-#include <algorithm>
-
 #include "simulator/client/Duration.h"
 #include "simulator/model/LightProfile.h"
 #include "simulator/model/NameCheck.h"
 #include "simulator/model/Unit.h"
 #include "tools/cli/NearNames.h"
+
+#include <algorithm>
 
 namespace hxsim {
 

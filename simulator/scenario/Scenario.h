@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/client/Condition.h"
+#include "simulator/scenario/ScenarioText.h"
+
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "simulator/client/Condition.h"
-#include "simulator/scenario/ScenarioText.h"
 
 namespace hxsim {
 

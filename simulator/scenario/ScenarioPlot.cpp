@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The picture of a run: one panel for each property, and a line through all of them for each expectation.
+#include "simulator/plot/Xml.h"
+#include "simulator/scenario/ScenarioReport.h"
+
 #include <algorithm>
 #include <charconv>
 #include <optional>
-
-#include "simulator/plot/Xml.h"
-#include "simulator/scenario/ScenarioReport.h"
 
 namespace hxsim {
 

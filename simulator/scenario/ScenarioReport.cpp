@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/scenario/ScenarioReport.h"
 
+#include "simulator/plot/Xml.h"
+#include "tools/cli/Json.h"
+
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <nlohmann/json.hpp>
-
-#include "simulator/plot/Xml.h"
-#include "tools/cli/Json.h"
 
 namespace hxsim {
 

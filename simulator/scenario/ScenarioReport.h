@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/scenario/ScenarioRun.h"
+
 #include <string>
 #include <vector>
-
-#include "simulator/scenario/ScenarioRun.h"
 
 namespace hxsim {
 

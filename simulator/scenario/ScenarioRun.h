@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/client/Follower.h"
+#include "simulator/client/ProgramRun.h"
+#include "simulator/scenario/Scenario.h"
+
 #include <functional>
 #include <map>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "simulator/client/Follower.h"
-#include "simulator/client/ProgramRun.h"
-#include "simulator/scenario/Scenario.h"
 
 namespace hxsim {
 

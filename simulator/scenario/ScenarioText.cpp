@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/scenario/ScenarioText.h"
 
+#include "simulator/model/Suggestion.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <map>
-
-#include "simulator/model/Suggestion.h"
 
 namespace hxsim {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Text.h"
+
 #include <functional>
 #include <string>
 #include <vector>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/EventSource.h"
 
-#include <algorithm>
-#include <array>
-
 #include "simulator/model/Requests.h"
 #include "simulator/model/Text.h"
+
+#include <algorithm>
+#include <array>
 
 namespace hxsim {
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Unit.h"
+#include "simulator/protocol/Event.h"
+
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
-
-#include "simulator/model/Unit.h"
-#include "simulator/protocol/Event.h"
 
 namespace hxsim {
 

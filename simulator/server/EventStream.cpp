@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/EventStream.h"
 
+#include "simulator/model/Text.h"
+#include "simulator/protocol/EventJson.h"
+#include "tools/cli/Json.h"
+
+#include <nlohmann/json.hpp>
+
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
-
-#include "simulator/model/Text.h"
-#include "simulator/protocol/EventJson.h"
-#include "tools/cli/Json.h"
 
 namespace hxsim {
 

@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/server/EventSource.h"
+
+#include <nlohmann/json_fwd.hpp>
+
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
 #include <memory>
-#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
-
-#include "simulator/server/EventSource.h"
 
 namespace hxsim {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/Host.h"
 
-#include <fstream>
-
 #include "simulator/server/HostCommands.h"
+
+#include <fstream>
 
 namespace hxsim {
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <functional>
-#include <string>
-
 #include "simulator/server/EventStream.h"
 #include "simulator/server/Loop.h"
 #include "simulator/server/Ramps.h"
 #include "simulator/server/RunningUnit.h"
 #include "simulator/server/Sessions.h"
+
+#include <functional>
+#include <string>
 
 namespace hxsim {
 

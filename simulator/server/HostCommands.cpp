@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/HostCommands.h"
 
+#include "simulator/model/NameCheck.h"
+#include "simulator/model/Text.h"
+#include "simulator/server/Host.h"
+#include "tools/cli/Json.h"
+
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <map>
 #include <string_view>
-
-#include <nlohmann/json.hpp>
-
-#include "simulator/model/NameCheck.h"
-#include "simulator/model/Text.h"
-#include "simulator/server/Host.h"
-#include "tools/cli/Json.h"
 
 namespace hxsim {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Journal.h"
+
 #include <string>
 #include <vector>
-
-#include "simulator/model/Journal.h"
 
 namespace hxsim {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/KeptMemory.h"
 
-#include <filesystem>
-#include <fstream>
-
 #include "simulator/model/Text.h"
 #include "simulator/server/PlainFile.h"
+
+#include <filesystem>
+#include <fstream>
 
 namespace hxsim {
 

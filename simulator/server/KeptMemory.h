@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <string>
-
 #include "simulator/model/Unit.h"
+
+#include <string>
 
 namespace hxsim {
 

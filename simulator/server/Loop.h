@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/server/EventStream.h"
+#include "simulator/server/Sessions.h"
+
 #include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
-
-#include "simulator/server/EventStream.h"
-#include "simulator/server/Sessions.h"
 
 namespace hxsim {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/Mailboxes.h"
 
+#include "simulator/server/Session.h"
+
 #include <algorithm>
 #include <sys/resource.h>
 #include <utility>
-
-#include "simulator/server/Session.h"
 
 namespace hxsim {
 

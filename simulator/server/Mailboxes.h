@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/protocol/Mailbox.h"
+
 #include <chrono>
 #include <vector>
-
-#include "simulator/protocol/Mailbox.h"
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/PlainFile.h"
 
+#include "simulator/model/Text.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "simulator/model/Text.h"
 
 namespace hxsim {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/Ramps.h"
 
-#include <cmath>
-
 #include "simulator/model/Text.h"
+
+#include <cmath>
 
 namespace hxsim {
 

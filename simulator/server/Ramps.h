@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/model/Unit.h"
+
 #include <map>
 #include <string>
-
-#include "simulator/model/Unit.h"
 
 namespace hxsim {
 

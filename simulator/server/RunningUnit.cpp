@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/RunningUnit.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <filesystem>
-
 #include "simulator/model/Text.h"
 #include "simulator/protocol/Wire.h"
 #include "simulator/record/RecordedCalls.h"
 #include "simulator/server/PlainFile.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
 
 namespace hxsim {
 

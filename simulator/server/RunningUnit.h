@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <chrono>
-#include <memory>
-#include <string>
-
 #include "simulator/file/UnitCalls.h"
 #include "simulator/model/Unit.h"
 #include "simulator/protocol/UnitFolder.h"
 #include "simulator/record/Recorder.h"
 #include "simulator/server/KeptMemory.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
 
 namespace hxsim {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/server/Session.h"
 
+#include "simulator/server/Sessions.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <string_view>
 #include <unistd.h>
-
-#include "simulator/server/Sessions.h"
 
 namespace hxsim {
 

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "simulator/protocol/Channel.h"
 #include "simulator/protocol/Mailbox.h"
 #include "simulator/protocol/Messages.h"
 #include "simulator/server/HostCommands.h"
 #include "simulator/server/RunningUnit.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace hxsim {
 

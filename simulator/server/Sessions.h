@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "simulator/server/Mailboxes.h"
+#include "simulator/server/Session.h"
+
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -8,9 +11,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "simulator/server/Mailboxes.h"
-#include "simulator/server/Session.h"
 
 namespace hxsim {
 

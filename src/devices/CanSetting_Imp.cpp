@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/CanSetting.h"
-
 #include "platform/File.h"
 
 #include <array>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The part of Video_Imp that computes: factors and the driver's two bytes for each axis.
 #include "devices/Video_Imp.h"
-
 #include "hx-aux/version-gates.h"
 #include "platform/ControlCodes.h"
 #include "platform/X86Convert.h"

@@ -3,13 +3,12 @@
 
 #include "platform/ControlCodes.h"
 
-#include <sys/ioctl.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
+#include <sys/ioctl.h>
 
 /// What each control code does: one row per code. `IoCtrl.cpp` executes the rows.
 namespace Halvix {

@@ -2,12 +2,11 @@
 #include "platform/CreationMask.h"
 #include "platform/LinuxWrapper.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <cerrno>
-#include <cstdint>
 
 namespace Halvix {
 

@@ -3,12 +3,11 @@
 #include "platform/Registers.h"
 #include "platform/VersionText.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <cstdint>
 
 namespace Halvix {
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/Jida.h"
+
 #include "platform/LinuxWrapper.h"
 
 #include <algorithm>

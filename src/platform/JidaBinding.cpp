@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/Jida.h"
 
-#include <dlfcn.h>
-
 #include <cstdio>
+#include <dlfcn.h>
 
 // Programs may read and write the pointers, and old ones have their own copy of them: always access them through the
 // symbol.

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <sys/ioctl.h>
-
 #include <cstdint>
+#include <sys/ioctl.h>
 
 /// The drivers' two requests for the supervisor's registers. Inline, because a return after a system call costs more
 /// than the rest of the operation: the return prediction is lost while the kernel runs.

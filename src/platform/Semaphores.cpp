@@ -3,15 +3,14 @@
 #include "platform/LinuxWrapper.h"
 #include "platform/ProcessLocks.h"
 
-#include <fcntl.h>
-#include <semaphore.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <semaphore.h>
+#include <unistd.h>
 #include <utility>
 
 namespace Halvix {

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "platform/LinuxWrapper.h"
 
-#include <pthread.h>
-#include <signal.h>
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <ctime>
 #include <memory>
 #include <new>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/stat.h>
 
 namespace Halvix {
 

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "settings/IniSettings.h"
 
-#include <locale.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <locale.h>
 #include <string_view>
 
 // How the file's numbers are read and written: as the streams of C++ do it in the classic locale.

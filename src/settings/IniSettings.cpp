@@ -3,14 +3,13 @@
 
 #include "platform/CreationMask.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <new>
 #include <string_view>
+#include <unistd.h>
 #include <utility>
 
 namespace Halvix {

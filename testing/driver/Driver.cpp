@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/driver/Driver.h"
 
-#include <fcntl.h>
-#include <sys/ioctl.h>
-#include <sys/mman.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstring>
+#include <fcntl.h>
 #include <iomanip>
 #include <ostream>
 #include <sstream>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace driver {
 

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/abi/Library.h"
 
-#include <dlfcn.h>
-
 #include <cstdio>
 #include <cstdlib>
+#include <dlfcn.h>
 
 namespace oldapp {
 

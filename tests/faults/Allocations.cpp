@@ -2,15 +2,15 @@
 // This program's operator new, and malloc, redirected here by the linker (--wrap).
 #include "tests/faults/Allocations.h"
 
+#include "simulator/interpose/Entry.h"
+#include "tests/faults/Injector.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <mutex>
 #include <new>
-
-#include "simulator/interpose/Entry.h"
-#include "tests/faults/Injector.h"
 
 extern "C" {
 void* __real_malloc(std::size_t size);

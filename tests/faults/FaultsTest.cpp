@@ -1,17 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Every operation of every interface, with each of its system calls and allocations failing in turn, and with each
 // answer of the system replaced by one that no healthy unit returns.
-#include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <map>
-#include <set>
-#include <sstream>
-
-#include <gmock/gmock.h>
-
 #include "simulator/inprocess/LinkedUnit.h"
 #include "simulator/model/CallWatch.h"
 #include "simulator/model/FpgaFlash.h"
@@ -23,6 +12,17 @@
 #include "tests/faults/Forked.h"
 #include "tests/faults/Hash.h"
 #include "tests/faults/Injector.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <set>
+#include <sstream>
 
 using namespace Halvix;
 using namespace faults;

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/faults/Forked.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <cerrno>
 
 extern "C" void __gcov_dump() __attribute__((weak));
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Queries that other operations rely on, with each of their calls and allocations failing: the version gates return
 // false; fitted modules are read again after out of memory.
-#include <gtest/gtest.h>
-
 #include "hx-aux/hx-aux.h"
 #include "simulator/model/CallWatch.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/faults/Forked.h"
 #include "tests/faults/Injector.h"
+
+#include <gtest/gtest.h>
 
 using namespace faults;
 

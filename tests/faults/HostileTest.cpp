@@ -1,23 +1,22 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Objects that other users of the machine can create in the paths of the library, and unintended names. SECURITY.md
 // describes what is tested here.
-#include <fcntl.h>
-#include <semaphore.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
-#include <gmock/gmock.h>
-
 #include "hx-aux/hx-aux.h"
 #include "platform/LinuxWrapper.h"
 #include "simulator/model/ProductionData.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/faults/Forked.h"
+
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <semaphore.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Halvix;
 using testing::HasSubstr;

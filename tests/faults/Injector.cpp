@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/faults/Injector.h"
 
-#include <execinfo.h>
-#include <unistd.h>
+#include "tests/faults/Allocations.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <execinfo.h>
 #include <map>
 #include <random>
 #include <tuple>
-
-#include "tests/faults/Allocations.h"
+#include <unistd.h>
 
 namespace faults {
 

@@ -1,18 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A program that is killed before each system call of an operation: the resulting state of the unit's locks, settings
 // file, memories and hardware, seen from outside. docs/locks-and-processes.md describes these states.
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <functional>
-#include <iterator>
-#include <map>
-#include <new>
-#include <sstream>
-
-#include <gmock/gmock.h>
-
 #include "simulator/inprocess/LinkedUnit.h"
 #include "simulator/model/Buzzer.h"
 #include "simulator/model/CallWatch.h"
@@ -26,6 +14,17 @@
 #include "tests/faults/Forked.h"
 #include "tests/faults/Hash.h"
 #include "tests/faults/Injector.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <iterator>
+#include <map>
+#include <new>
+#include <sstream>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace Halvix;
 using namespace faults;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The automatic backlight is notified of settings that were stored, and of no others.
-#include <gtest/gtest.h>
-
 #include "hx-aux/hx-aux.h"
 #include "simulator/model/CallWatch.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/faults/Forked.h"
 #include "tests/faults/Injector.h"
+
+#include <gtest/gtest.h>
 
 using namespace faults;
 

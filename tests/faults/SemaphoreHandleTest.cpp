@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A semaphore that was opened and whose handle runs out of memory.
-#include <cerrno>
-#include <pthread.h>
-#include <string_view>
-
-#include <gtest/gtest.h>
-
 #include "platform/LinuxWrapper.h"
 #include "platform/ProcessLocks.h"
 #include "simulator/model/CallWatch.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/faults/Forked.h"
 #include "tests/faults/Injector.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <pthread.h>
+#include <string_view>
 
 using namespace faults;
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The service process of the automatic backlight, and other processes that control it, in real time.
-#include <csignal>
-#include <functional>
-#include <thread>
+#include "testing/Command.h"
 
 #include <gmock/gmock.h>
 
-#include "testing/Command.h"
+#include <csignal>
+#include <functional>
+#include <thread>
 
 using hxtest::Outcome;
 using hxtest::Unit;

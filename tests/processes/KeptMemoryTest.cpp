@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <unistd.h>
+#include "testing/Command.h"
+#include "testing/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-
-#include <gtest/gtest.h>
-
-#include "testing/Command.h"
-#include "testing/TemporaryFolder.h"
+#include <unistd.h>
 
 namespace {
 

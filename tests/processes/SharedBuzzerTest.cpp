@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // One beep at a time across all programs of a unit.
+#include "testing/Command.h"
+
 #include <gmock/gmock.h>
 
 #include <thread>
-
-#include "testing/Command.h"
 
 using hxtest::Unit;
 using namespace std::chrono_literals;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <csignal>
+#include "testing/Command.h"
 
 #include <gmock/gmock.h>
 
-#include "testing/Command.h"
+#include <csignal>
 
 using hxtest::Outcome;
 using hxtest::Unit;

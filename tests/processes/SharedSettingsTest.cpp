@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <unistd.h>
-
-#include <random>
+#include "testing/Command.h"
 
 #include <gmock/gmock.h>
 
-#include "testing/Command.h"
+#include <random>
+#include <unistd.h>
 
 using hxtest::Unit;
 using testing::AnyOf;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Signals of the application, every millisecond, change neither results nor stored data.
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "testing/Command.h"
 #include "testing/FirmwareTexts.h"
 #include "testing/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
 
 using testing::AllOf;
 using testing::HasSubstr;

@@ -20,14 +20,13 @@ bool heapIsExact()
 
 #else
 
-#include <malloc.h>
+#include "simulator/interpose/Entry.h"
 
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
-
-#include "simulator/interpose/Entry.h"
+#include <malloc.h>
 
 extern "C" {
 void* __libc_malloc(std::size_t size);

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/soak/Holdings.h"
 
+#include "simulator/protocol/UnitFolder.h"
+
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <ostream>
 #include <string>
 #include <thread>
-
-#include "simulator/protocol/UnitFolder.h"
 
 namespace soak {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include <cstddef>
-#include <iosfwd>
-
 #include "testing/SimulatedUnit.h"
 #include "tests/soak/Heap.h"
+
+#include <cstddef>
+#include <iosfwd>
 
 namespace soak {
 

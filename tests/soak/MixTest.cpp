@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // All operations in random order by three threads for a while: HX_SOAK_SECONDS is the duration, HX_SOAK_SEED repeats a
 // run. Resource use afterwards must not depend on the duration.
+#include "testing/Arguments.h"
+#include "testing/EveryOperation.h"
+#include "testing/OperationCalls.h"
+#include "tests/soak/Holdings.h"
+
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -12,11 +17,6 @@
 #include <string>
 #include <thread>
 #include <vector>
-
-#include "testing/Arguments.h"
-#include "testing/EveryOperation.h"
-#include "testing/OperationCalls.h"
-#include "tests/soak/Holdings.h"
 
 using namespace Halvix;
 using faults::OperationCall;

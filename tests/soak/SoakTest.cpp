@@ -1,6 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Every operation of every interface, and every factory with its release, repeatedly: nothing may grow with the number
 // of calls. HX_SOAK_ROUNDS is the number of rounds; scripts/check.sh soak uses a million.
+#include "hx-aux/Jida.h"
+#include "testing/Arguments.h"
+#include "testing/EveryOperation.h"
+#include "testing/OperationCalls.h"
+#include "tests/soak/Holdings.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -9,12 +15,6 @@
 #include <map>
 #include <string>
 #include <string_view>
-
-#include "hx-aux/Jida.h"
-#include "testing/Arguments.h"
-#include "testing/EveryOperation.h"
-#include "testing/OperationCalls.h"
-#include "tests/soak/Holdings.h"
 
 using namespace Halvix;
 using faults::OperationCall;

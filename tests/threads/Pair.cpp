@@ -2,7 +2,6 @@
 #include "tests/threads/Pair.h"
 
 #include <algorithm>
-
 #include <ctime>
 
 namespace {

@@ -1,21 +1,21 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Every two operations that may run at once by the words of their headers, on one object and on objects of their own,
 // on two threads that start together. Run it under ThreadSanitizer; here the results are checked.
-#include <algorithm>
-#include <cstdio>
-#include <functional>
-#include <memory>
-#include <string_view>
-#include <vector>
-
-#include <gmock/gmock.h>
-
 #include "testing/Arguments.h"
 #include "testing/Documented.h"
 #include "testing/EveryOperation.h"
 #include "testing/OperationCalls.h"
 #include "tests/threads/Pair.h"
 #include "tests/threads/ThreadWords.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
 
 using namespace Halvix;
 using documented::Threads;

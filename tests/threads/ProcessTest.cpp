@@ -1,23 +1,22 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // What two threads share in addition to an object: the file-creation mask, the descriptors, the board library, and a
 // fork.
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include "hx-aux/hx-aux.h"
+#include "testing/Released.h"
+#include "testing/SimulatedUnit.h"
+#include "tests/threads/Pair.h"
+
+#include <gtest/gtest.h>
 
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
-
-#include <gtest/gtest.h>
-
-#include "hx-aux/hx-aux.h"
-#include "testing/Released.h"
-#include "testing/SimulatedUnit.h"
-#include "tests/threads/Pair.h"
+#include <unistd.h>
 
 namespace process_test {
 

@@ -5,6 +5,7 @@
 #include "tools/cli/NearNames.h"
 
 #include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <cctype>
 

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/hxaux/NamedLock.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -14,7 +11,9 @@
 #include <iterator>
 #include <optional>
 #include <sstream>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace hxaux {
 

@@ -6,9 +6,10 @@
 #include "tools/cli/Printable.h"
 #include "tools/hxaux/ErrorNames.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <optional>
 
 namespace hxaux {

@@ -13,12 +13,12 @@
 ///     }
 #pragma once
 
-#include <iostream>
-#include <string>
+#include <hx-sim/client.h>
 
 #include <gtest/gtest.h>
 
-#include <hx-sim/client.h>
+#include <iostream>
+#include <string>
 
 namespace hxsim {
 inline namespace client {

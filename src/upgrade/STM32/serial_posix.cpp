@@ -4,15 +4,13 @@
 // The assertions below are active in release builds too, with exactly these texts.
 #undef NDEBUG
 #include <cassert>
-
-#include <fcntl.h>
-#include <termios.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <fcntl.h>
 #include <iterator>
+#include <termios.h>
+#include <unistd.h>
 
 struct serial_port {
     int fd;

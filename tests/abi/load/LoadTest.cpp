@@ -3,21 +3,20 @@
 // callers.
 #include <gtest/gtest.h>
 
-#include <dlfcn.h>
-#include <fcntl.h>
-#include <link.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <iterator>
+#include <link.h>
 #include <new>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 extern "C" {
 void* __libc_malloc(std::size_t size);

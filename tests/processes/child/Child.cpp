@@ -3,11 +3,10 @@
 #include "hx-aux/Buzzer.h"
 #include "settings/IniSettings.h"
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <unistd.h>
 
 using namespace Halvix;
 

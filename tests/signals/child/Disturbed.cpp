@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // MODE SCENE: runs a scene of calls, with a timer that interrupts it every millisecond (MODE "plain", or "restart" with
 // SA_RESTART) or undisturbed ("quiet"), and prints each answer.
-#include <sys/time.h>
-#include <unistd.h>
+#include "hx-aux/hx-aux.h"
+#include "testing/Arguments.h"
+#include "testing/EveryOperation.h"
+#include "testing/Released.h"
 
 #include <cerrno>
 #include <chrono>
@@ -13,13 +15,10 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <sys/time.h>
 #include <type_traits>
+#include <unistd.h>
 #include <vector>
-
-#include "hx-aux/hx-aux.h"
-#include "testing/Arguments.h"
-#include "testing/EveryOperation.h"
-#include "testing/Released.h"
 
 using namespace Halvix;
 

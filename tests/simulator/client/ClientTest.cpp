@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The C++ client on units that hx-sim hosts, through the installed headers alone.
+#include "testing/Command.h"
 #include <hx-sim/gtest.h>
+
+#include <gmock/gmock.h>
 
 #include <csignal>
 #include <cstdlib>
-#include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include "testing/Command.h"
 
 using namespace std::chrono_literals;
 using hxsim::Error;

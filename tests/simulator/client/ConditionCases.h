@@ -2,13 +2,13 @@
 // The cases of conditions.txt, which has a description of its format.
 #pragma once
 
+#include "simulator/client/Evaluation.h"
+
 #include <optional>
 #include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "simulator/client/Evaluation.h"
 
 namespace conditions {
 

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The grammar of conditions and its verdicts, case by case.
-#include <gmock/gmock.h>
-
 #include "simulator/client/Condition.h"
+
 #include "simulator/client/Duration.h"
 #include "simulator/model/Text.h"
 #include "tests/simulator/client/ConditionCases.h"
+
+#include <gmock/gmock.h>
 
 using hxsim::Evaluation;
 using hxsim::Event;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // What happens to every call on its way to a node: failures, counting, the journal.
 #include "simulator/file/UnitCalls.h"
-
 #include "tests/simulator/model/ModelTest.h"
 
 namespace calls_test {

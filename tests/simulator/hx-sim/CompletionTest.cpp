@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Help, manual page and completion of hx-sim, which come from its commands.
-#include <sstream>
-
 #include "tests/simulator/hx-sim/UnitFixture.h"
+
+#include <sstream>
 
 namespace {
 

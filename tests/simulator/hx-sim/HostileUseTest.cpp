@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-sim under careless and hostile use: names of units, options that do not go together, texts from elsewhere.
+#include "tests/simulator/hx-sim/UnitFixture.h"
+
 #include <filesystem>
 #include <fstream>
-
-#include "tests/simulator/hx-sim/UnitFixture.h"
 
 namespace {
 

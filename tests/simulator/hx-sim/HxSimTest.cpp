@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <filesystem>
-
 #include "simulator/protocol/UnitFolder.h"
 #include "tests/simulator/hx-sim/UnitFixture.h"
+
+#include <filesystem>
 
 namespace {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Programs that would run on this machine instead of the unit are named before they run.
+#include "tests/simulator/hx-sim/UnitFixture.h"
+
 #include <filesystem>
 #include <fstream>
-
-#include "tests/simulator/hx-sim/UnitFixture.h"
 
 namespace {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-sim shell, as people and scripts use it.
+#include "tests/simulator/hx-sim/UnitFixture.h"
+
 #include <poll.h>
 #include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include "tests/simulator/hx-sim/UnitFixture.h"
 
 namespace {
 

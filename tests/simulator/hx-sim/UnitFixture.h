@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "testing/Command.h"
+#include "testing/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <string>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
-
-#include "testing/Command.h"
-#include "testing/TemporaryFolder.h"
 
 /// A separate directory for the units of a test. The destructor stops units that are still running.
 class UnitFixture : public testing::Test {

@@ -1,4 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/model/Voltages.h"
+#include "testing/SimulatedUnit.h"
+
+#include <gtest/gtest.h>
+
 #include <fcntl.h>
 #include <fstream>
 #include <semaphore.h>
@@ -6,11 +11,6 @@
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
-
-#include <gtest/gtest.h>
-
-#include "simulator/model/Voltages.h"
-#include "testing/SimulatedUnit.h"
 
 namespace {
 

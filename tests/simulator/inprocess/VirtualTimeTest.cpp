@@ -2,12 +2,12 @@
 // When time passes, and who goes first, among threads of the test's own.
 #include "simulator/inprocess/VirtualTime.h"
 
+#include <gmock/gmock.h>
+
 #include <atomic>
 #include <chrono>
 #include <mutex>
 #include <thread>
-
-#include <gmock/gmock.h>
 
 using hxsim::Clock;
 using hxsim::Time;

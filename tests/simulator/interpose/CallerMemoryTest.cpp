@@ -2,17 +2,17 @@
 // Memory of a program that may be bad, names that a program generates, and a lock that no signal handler interrupts.
 #include "simulator/interpose/CallerMemory.h"
 
+#include "simulator/interpose/Generated.h"
+#include "simulator/interpose/SignalSafeLock.h"
+
+#include <gmock/gmock.h>
+
 #include <array>
 #include <csignal>
 #include <cstdint>
 #include <mutex>
 #include <sys/mman.h>
 #include <unistd.h>
-
-#include <gmock/gmock.h>
-
-#include "simulator/interpose/Generated.h"
-#include "simulator/interpose/SignalSafeLock.h"
 
 using namespace hxsim;
 

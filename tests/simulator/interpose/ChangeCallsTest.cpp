@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // What a program changes and asks by a path: the unit's own files, never its devices, and nothing of the machine.
+#include "testing/SimulatedUnit.h"
+#include "testing/TemporaryFolder.h"
+
+#include <climits>
+
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
@@ -16,9 +20,6 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
-
-#include "testing/SimulatedUnit.h"
-#include "testing/TemporaryFolder.h"
 
 using testing::Contains;
 using testing::ElementsAre;

@@ -3,14 +3,14 @@
 // by system calls, so that nothing else keeps the table in step.
 #include "simulator/interpose/Descriptors.h"
 
+#include <gmock/gmock.h>
+
 #include <array>
 #include <fcntl.h>
 #include <limits>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-
-#include <gmock/gmock.h>
 
 namespace descriptors_test {
 

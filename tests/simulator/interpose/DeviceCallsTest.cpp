@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The C library's calls on devices and files of a unit, as the kernel answers them on real ones.
+#include "testing/SimulatedUnit.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -14,8 +16,6 @@
 #include <sys/uio.h>
 #include <termios.h>
 #include <unistd.h>
-
-#include "testing/SimulatedUnit.h"
 
 using testing::Contains;
 using testing::ElementsAre;

@@ -2,17 +2,17 @@
 // Which of the paths that a program names are the unit's.
 #include "simulator/interpose/Paths.h"
 
-#include <cerrno>
+#include "testing/SimulatedUnit.h"
+#include "testing/TemporaryFolder.h"
+
 #include <climits>
+#include <gmock/gmock.h>
+
+#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <string>
 #include <unistd.h>
-
-#include <gmock/gmock.h>
-
-#include "testing/SimulatedUnit.h"
-#include "testing/TemporaryFolder.h"
 
 using namespace hxsim;
 namespace fs = std::filesystem;

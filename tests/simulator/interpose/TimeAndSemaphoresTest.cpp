@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Sleeps and semaphores of a program on a unit, call by call: how much of the unit's time passes, and what is answered.
+#include "testing/SimulatedUnit.h"
+
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
 #include <semaphore.h>
 #include <thread>
 #include <unistd.h>
-
-#include "testing/SimulatedUnit.h"
 
 using testing::ElementsAre;
 

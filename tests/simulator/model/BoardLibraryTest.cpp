@@ -2,9 +2,9 @@
 // The board maker's library as its stand-in asks for it, call by call, without the stand-in.
 #include "simulator/model/BoardLibrary.h"
 
-#include <cstring>
-
 #include "tests/simulator/model/ModelTest.h"
+
+#include <cstring>
 
 namespace board_library_test {
 

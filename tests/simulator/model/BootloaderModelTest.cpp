@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The ROM bootloader of the simulated microcontrollers, accessed over the unit's serial node.
-#include <array>
-#include <cerrno>
-
-#include <gmock/gmock.h>
-
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
 #include "simulator/model/ServiceUart.h"
 #include "simulator/model/UartRouting.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <cerrno>
 
 namespace bootloader_model_test {
 

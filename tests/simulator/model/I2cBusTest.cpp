@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <array>
-#include <numeric>
-
-#include <gmock/gmock.h>
+#include "simulator/model/I2cBus.h"
 
 #include "simulator/model/Eeprom.h"
-#include "simulator/model/I2cBus.h"
 #include "simulator/model/ProductionData.h"
 #include "simulator/model/Text.h"
 #include "simulator/model/Unit.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <numeric>
 
 namespace i2c_bus_test {
 

@@ -2,11 +2,11 @@
 // The simulated light sensor: the duration of a range change, and the distribution of the noise.
 #include "simulator/model/LightSensor.h"
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <chrono>
 #include <cmath>
-
-#include <gtest/gtest.h>
 
 using namespace hxsim;
 using namespace std::chrono_literals;

@@ -2,6 +2,11 @@
 // What the tests of the model's parts share: a unit, and the calls of a program on its nodes in model time.
 #pragma once
 
+#include "simulator/model/Text.h"
+#include "simulator/model/Unit.h"
+
+#include <gmock/gmock.h>
+
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -11,11 +16,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-#include <gmock/gmock.h>
-
-#include "simulator/model/Text.h"
-#include "simulator/model/Unit.h"
 
 namespace modeltest {
 

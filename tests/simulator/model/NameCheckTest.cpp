@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Mistyped names and impossible values in descriptions and commands.
-#include <gmock/gmock.h>
-
 #include "simulator/model/Text.h"
 #include "simulator/model/Unit.h"
+
+#include <gmock/gmock.h>
 
 namespace name_check_test {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // LED and buzzer of the simulated front panel in model time.
-#include <gmock/gmock.h>
-
 #include "simulator/model/Buzzer.h"
 #include "simulator/model/FrontLed.h"
+
+#include <gmock/gmock.h>
 
 using namespace hxsim;
 using namespace std::chrono_literals;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The registers of the power and the diagnostics device: loads, times, temperatures.
 #include "simulator/model/Supervisor.h"
-
 #include "tests/simulator/model/ModelTest.h"
 
 using namespace hxsim;

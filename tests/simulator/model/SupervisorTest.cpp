@@ -2,9 +2,9 @@
 // The simulated supervisor: refused values, power requests in model time, counters.
 #include "simulator/model/Supervisor.h"
 
-#include <gmock/gmock.h>
-
 #include "simulator/model/Text.h"
+
+#include <gmock/gmock.h>
 
 namespace supervisor_test {
 

@@ -2,10 +2,10 @@
 // How the unit reads what people write, and shows what it has.
 #include "simulator/model/Text.h"
 
+#include "tests/simulator/model/ModelTest.h"
+
 #include <cerrno>
 #include <fcntl.h>
-
-#include "tests/simulator/model/ModelTest.h"
 
 using namespace hxsim;
 using modeltest::kNameOfRow;

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // One scenario through both backends: the same results, and the same calls in the same order.
-#include <sstream>
-
 #include "testing/SimulatedUnit.h"
 #include "tests/simulator/hx-sim/UnitFixture.h"
 #include "tests/simulator/preload/Scenario.h"
+
+#include <sstream>
 
 namespace {
 

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/simulator/preload/DescriptorRules.h"
 
+#include "tests/simulator/preload/PassedDescriptor.h"
+
+#include <climits>
+
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -22,8 +25,6 @@
 #include <termios.h>
 #include <unistd.h>
 #include <vector>
-
-#include "tests/simulator/preload/PassedDescriptor.h"
 
 namespace {
 

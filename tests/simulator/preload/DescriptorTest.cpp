@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A unit's device against one of the kernel, and what processes do with descriptors among each other.
-#include <sstream>
-
 #include "testing/SimulatedUnit.h"
 #include "tests/simulator/hx-sim/UnitFixture.h"
 #include "tests/simulator/preload/DescriptorRules.h"
 #include "tests/simulator/preload/Storm.h"
+
+#include <sstream>
 
 namespace {
 

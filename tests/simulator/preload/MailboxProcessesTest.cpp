@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Real programs and a real server that use mailboxes, and are killed and stopped at any moment.
+#include "tests/simulator/hx-sim/UnitFixture.h"
+
 #include <chrono>
 #include <csignal>
 #include <random>
 #include <sstream>
 #include <thread>
-
-#include "tests/simulator/hx-sim/UnitFixture.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <sstream>
-
 #include "simulator/protocol/UnitFolder.h"
 #include "tests/simulator/hx-sim/UnitFixture.h"
+
+#include <sstream>
 
 namespace {
 

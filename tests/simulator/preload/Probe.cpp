@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-probe: small actions on the system's interface, for tests with real processes.
+#include "tests/simulator/preload/DescriptorRules.h"
+#include "tests/simulator/preload/Early.h"
+#include "tests/simulator/preload/PassedDescriptor.h"
+#include "tests/simulator/preload/Scenario.h"
+#include "tests/simulator/preload/Storm.h"
+
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
@@ -18,12 +24,6 @@
 #include <thread>
 #include <unistd.h>
 #include <vector>
-
-#include "tests/simulator/preload/DescriptorRules.h"
-#include "tests/simulator/preload/Early.h"
-#include "tests/simulator/preload/PassedDescriptor.h"
-#include "tests/simulator/preload/Scenario.h"
-#include "tests/simulator/preload/Storm.h"
 
 namespace {
 

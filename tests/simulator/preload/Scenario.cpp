@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tests/simulator/preload/Scenario.h"
 
+#include "hx-aux/hx-aux.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
-
-#include "hx-aux/hx-aux.h"
 
 using namespace Halvix;
 

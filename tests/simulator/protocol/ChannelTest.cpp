@@ -2,8 +2,13 @@
 // Packets over real sockets, and the names of connections.
 #include "simulator/protocol/Channel.h"
 
+#include "testing/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <set>
@@ -13,12 +18,6 @@
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
-
-#include <csignal>
-
-#include <gmock/gmock.h>
-
-#include "testing/TemporaryFolder.h"
 
 namespace channel_test {
 

@@ -2,14 +2,14 @@
 // Both ends of a mailbox, in one process and in two threads.
 #include "simulator/protocol/Mailbox.h"
 
+#include <gmock/gmock.h>
+
 #include <atomic>
 #include <random>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
-
-#include <gmock/gmock.h>
 
 using namespace hxsim;
 using namespace std::chrono_literals;

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Names of units and of what belongs to them, and which folders are ever removed.
+#include "simulator/model/Text.h"
+#include "simulator/protocol/UnitFolder.h"
+#include "testing/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <unistd.h>
-
-#include <gmock/gmock.h>
-
-#include "simulator/model/Text.h"
-#include "simulator/protocol/UnitFolder.h"
-#include "testing/TemporaryFolder.h"
 
 using hxsim::UnitFolder;
 using testing::ElementsAre;

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/protocol/UnitFolder.h"
 
+#include "testing/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
 #include <array>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <string>
 #include <thread>
-
-#include <gtest/gtest.h>
-
-#include "testing/TemporaryFolder.h"
 
 using hxsim::UnitFolder;
 

@@ -2,14 +2,14 @@
 // A recording made of calls, and calls answered from a recording.
 #include "simulator/record/ReplayedCalls.h"
 
-#include <fstream>
-#include <sstream>
-#include <unistd.h>
-
 #include "simulator/file/UnitCalls.h"
 #include "simulator/record/RecordedCalls.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
+
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
 
 namespace replayed_calls_test {
 

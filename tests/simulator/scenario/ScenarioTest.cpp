@@ -3,6 +3,7 @@
 #include "simulator/scenario/Scenario.h"
 
 #include <gmock/gmock.h>
+
 #include <map>
 
 using namespace hxsim;

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Clients of a unit's server that send arbitrary data, stop anywhere or connect in large numbers; the unit must
 // survive.
+#include "simulator/protocol/Wire.h"
+#include "tests/simulator/hx-sim/UnitFixture.h"
+
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -14,9 +17,6 @@
 #include <unistd.h>
 #include <utility>
 #include <vector>
-
-#include "simulator/protocol/Wire.h"
-#include "tests/simulator/hx-sim/UnitFixture.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "hx-aux/Lightsensor.h"
+#include "backlight/sampler.h"
 
 #include "backlight/Lightsensor_Imp.h"
-#include "backlight/sampler.h"
+#include "hx-aux/Lightsensor.h"
 #include "tests/src/backlight/Given.h"
 #include "tests/src/backlight/LogCapture.h"
 

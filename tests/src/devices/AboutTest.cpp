@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <cstring>
-#include <memory>
+#include "hx-aux/About.h"
+
+#include "simulator/model/ProductionData.h"
+#include "testing/SimulatedUnit.h"
 
 #include <gtest/gtest.h>
 
-#include "hx-aux/About.h"
-#include "simulator/model/ProductionData.h"
-#include "testing/SimulatedUnit.h"
+#include <cstring>
+#include <memory>
 
 using namespace Halvix;
 using hxsim::ProductionData;

@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Timed beeps: one at a time on the whole unit, with and without waiting.
 #include "devices/Buzzer_Imp.h"
+#include "platform/LinuxWrapper.h"
+#include "simulator/model/Buzzer.h"
+#include "testing/Released.h"
+#include "testing/SimulatedUnit.h"
 
 #include <gmock/gmock.h>
 
 #include <atomic>
 #include <limits>
 #include <thread>
-
-#include "platform/LinuxWrapper.h"
-#include "simulator/model/Buzzer.h"
-#include "testing/Released.h"
-#include "testing/SimulatedUnit.h"
 
 using namespace Halvix;
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "devices/Buzzer_Imp.h"
-
-#include <gmock/gmock.h>
-
 #include "simulator/model/Buzzer.h"
+
+#include "devices/Buzzer_Imp.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
+
+#include <gmock/gmock.h>
 
 namespace buzzer_test {
 

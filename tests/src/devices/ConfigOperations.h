@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "hx-aux/Config.h"
+
 #include <cstdint>
 #include <map>
 #include <ostream>
 #include <string>
 #include <vector>
-
-#include "hx-aux/Config.h"
 
 /// One row per operation of the configuration, as the supervisor sees it: from its register map, not from the library.
 namespace config {

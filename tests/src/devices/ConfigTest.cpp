@@ -2,12 +2,12 @@
 // Common behaviour of every operation of the configuration, row by row.
 #include "hx-aux/Config.h"
 
-#include <gmock/gmock.h>
-
 #include "simulator/model/Supervisor.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/src/devices/ConfigOperations.h"
+
+#include <gmock/gmock.h>
 
 namespace config_test {
 

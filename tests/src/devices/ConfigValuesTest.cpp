@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The ranges and the arithmetic of single configuration settings.
 #include "hx-aux/Config.h"
+#include "simulator/model/Supervisor.h"
+#include "testing/Released.h"
+#include "testing/SimulatedUnit.h"
 
 #include <gmock/gmock.h>
 
 #include <cmath>
 #include <cstdint>
 #include <limits>
-
-#include "simulator/model/Supervisor.h"
-#include "testing/Released.h"
-#include "testing/SimulatedUnit.h"
 
 namespace config_values_test {
 

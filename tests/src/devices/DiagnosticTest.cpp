@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/Diagnostic.h"
 
+#include "simulator/model/Supervisor.h"
+#include "testing/Released.h"
+#include "testing/SimulatedUnit.h"
+
 #include <gmock/gmock.h>
 
 #include <atomic>
 #include <thread>
-
-#include "simulator/model/Supervisor.h"
-#include "testing/Released.h"
-#include "testing/SimulatedUnit.h"
 
 namespace diagnostic_test {
 

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The six standard colors and their table, which programs may change.
 #include "hx-aux/FrontLED.h"
+#include "testing/Released.h"
+#include "testing/SimulatedUnit.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <array>
-
-#include "testing/Released.h"
-#include "testing/SimulatedUnit.h"
 
 namespace front_led_color_test {
 

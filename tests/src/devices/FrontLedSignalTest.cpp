@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Frequency and duty cycle against the times sent to the front panel, over whole ranges.
 #include "devices/FrontLED_Imp.h"
+#include "testing/Released.h"
+#include "testing/SimulatedUnit.h"
 
 #include <gmock/gmock.h>
 
 #include <cmath>
 #include <limits>
 #include <optional>
-
-#include "testing/Released.h"
-#include "testing/SimulatedUnit.h"
 
 namespace front_led_signal_test {
 

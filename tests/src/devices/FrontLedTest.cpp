@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "devices/FrontLED_Imp.h"
-
-#include <gmock/gmock.h>
-
 #include "simulator/model/FrontLed.h"
+
+#include "devices/FrontLED_Imp.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
+
+#include <gmock/gmock.h>
 
 namespace front_led_test {
 

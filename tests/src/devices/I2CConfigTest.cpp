@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "devices/I2CConfig.h"
+
 #include "simulator/model/TelematicsBoard.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/src/devices/ExpanderPins.h"

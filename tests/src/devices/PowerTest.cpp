@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/Power.h"
 
-#include <gmock/gmock.h>
-
 #include "simulator/model/Supervisor.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
+
+#include <gmock/gmock.h>
 
 namespace power_test {
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/TouchScreen.h"
+
 #include "simulator/model/TouchController.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <gtest/gtest.h>
-
 #include "platform/LinuxWrapper.h"
 #include "simulator/model/ServiceDaemon.h"
 #include "testing/SimulatedUnit.h"
+
+#include <gtest/gtest.h>
 
 using namespace Halvix;
 using testing::ElementsAre;

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <cstdint>
-#include <cstring>
-#include <numeric>
-
-#include <gtest/gtest.h>
-
 #include "hx-aux/Jida.h"
+
 #include "platform/LinuxWrapper.h"
 #include "simulator/model/ProductionData.h"
 #include "testing/SimulatedUnit.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <numeric>
 
 using namespace Halvix;
 using hxsim::ProductionData;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <algorithm>
-
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
 #include "platform/LinuxWrapper.h"
 #include "platform/Semaphore.h"
 #include "simulator/protocol/UnitFolder.h"
 #include "testing/SimulatedUnit.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sys/stat.h>
 
 namespace semaphores_test {
 

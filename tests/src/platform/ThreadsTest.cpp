@@ -1,21 +1,20 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "platform/CreationMask.h"
+#include "platform/LinuxWrapper.h"
+#include "testing/SimulatedUnit.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
 #include <pthread.h>
 #include <sched.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
-#include <unistd.h>
-
-#include <atomic>
-#include <cstring>
 #include <thread>
-
-#include <gtest/gtest.h>
-
-#include "platform/CreationMask.h"
-#include "platform/LinuxWrapper.h"
-#include "testing/SimulatedUnit.h"
+#include <unistd.h>
 
 using namespace Halvix;
 using testing::Contains;

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <algorithm>
-#include <numeric>
+#include "settings/EepromConfig.h"
+
+#include "simulator/model/ProductionData.h"
+#include "testing/SimulatedUnit.h"
 
 #include <gtest/gtest.h>
 
-#include "settings/EepromConfig.h"
-#include "simulator/model/ProductionData.h"
-#include "testing/SimulatedUnit.h"
+#include <algorithm>
+#include <numeric>
 
 using namespace Halvix;
 using hxsim::ProductionData;

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <bit>
+#include "settings/IniSettings.h"
+
 #include <climits>
+#include <gtest/gtest.h>
+
+#include <bit>
 #include <clocale>
 #include <locale>
 #include <random>
 #include <sstream>
 #include <string_view>
-
-#include <gtest/gtest.h>
-
-#include "settings/IniSettings.h"
 
 using namespace Halvix;
 using namespace std::string_view_literals;

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include <string.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "settings/IniSettings.h"
 
-#include <algorithm>
-#include <locale>
+#include "testing/SimulatedUnit.h"
 
 #include <gtest/gtest.h>
 
-#include "settings/IniSettings.h"
-#include "testing/SimulatedUnit.h"
+#include <algorithm>
+#include <locale>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Halvix;
 using testing::Contains;

@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/FirmwareUpgrade.h"
 
-#include "testing/FirmwareFile.h"
-
 #include "platform/LinuxWrapper.h"
 #include "simulator/model/Microcontroller.h"
+#include "testing/FirmwareFile.h"
 #include "upgrade/FirmwareUpgrade_Imp.h"
-
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Halvix;
 using firmware::Bytes;

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Files written by third-party tools reach the targets unchanged.
-#include "testing/FirmwareFile.h"
-
 #include "hx-aux/FirmwareUpgrade.h"
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
+#include "testing/FirmwareFile.h"
 
 #include <cstdlib>
 #include <fstream>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "testing/FirmwareFile.h"
-
 #include "simulator/model/FpgaFlash.h"
+#include "testing/FirmwareFile.h"
 #include "upgrade/FileSource.h"
 #include "upgrade/Flasher_FPGA.h"
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "testing/FirmwareFile.h"
-
 #include "simulator/model/Microcontroller.h"
+#include "testing/FirmwareFile.h"
 #include "upgrade/Flasher_STM32.h"
 
 namespace microcontroller_flasher_test {

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // How well an upgrade uses the line: the wire is the bottleneck.
-#include "testing/FirmwareFile.h"
-
 #include "hx-aux/FirmwareUpgrade.h"
 #include "simulator/model/ServiceUart.h"
+#include "testing/FirmwareFile.h"
 
 using namespace Halvix;
 

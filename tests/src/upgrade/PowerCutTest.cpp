@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Power fails at every acknowledgement and every block: an upgrade never reports success with a wrong image, and the
 // next one succeeds.
-#include "testing/FirmwareFile.h"
-
 #include "hx-aux/FirmwareUpgrade.h"
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
+#include "testing/FirmwareFile.h"
 
 using namespace Halvix;
 using firmware::Bytes;

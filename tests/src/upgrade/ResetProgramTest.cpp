@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The reset program matches its source and resets an emulated processor.
+#include "testing/TemporaryFolder.h"
 #include "upgrade/STM32/stm32_bootloader.h"
 
 #include <gmock/gmock.h>
@@ -13,8 +14,6 @@
 #include <iterator>
 #include <string>
 #include <vector>
-
-#include "testing/TemporaryFolder.h"
 
 namespace reset_program_test {
 

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "testing/SimulatedUnit.h"
 #include "upgrade/STM32/serial_posix.h"
 
-#include "testing/SimulatedUnit.h"
-
-#include <termios.h>
-
 #include <memory>
+#include <termios.h>
 
 using testing::Contains;
 using testing::ElementsAre;

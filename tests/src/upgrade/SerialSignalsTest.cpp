@@ -4,16 +4,15 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
-#include <unistd.h>
-
-#include <atomic>
 #include <string>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "testing/FirmwareTexts.h"
 #include "tests/system/conformance/Checks.h"
 
 #include <algorithm>
@@ -8,8 +9,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-
-#include "testing/FirmwareTexts.h"
 
 namespace conformance {
 

@@ -2,10 +2,9 @@
 // The documents of the tool say what the verb table says.
 #include "testing/Command.h"
 #include "tools/cli/Manual.h"
-#include <hx-aux/hx-aux.h>
-
 #include "tools/hxaux/ErrorNames.h"
 #include "tools/hxaux/Objects.h"
+#include <hx-aux/hx-aux.h>
 
 #include <algorithm>
 #include <filesystem>

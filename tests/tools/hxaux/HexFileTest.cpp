@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // HEX files whose bytes the unit would write elsewhere than their addresses say.
 #include "tools/hxaux/HexFile.h"
+
 #include "testing/FirmwareTexts.h"
 
 #include <gmock/gmock.h>
+
 #include <sstream>
 
 using namespace firmware;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // What programs see of a unit after an upgrade was killed half-way, until the next one repairs it.
+#include "testing/Command.h"
+#include "testing/FirmwareTexts.h"
+
 #include <filesystem>
 #include <fstream>
 #include <unistd.h>
-
-#include "testing/Command.h"
-#include "testing/FirmwareTexts.h"
 
 using namespace hxtest;
 using testing::AllOf;

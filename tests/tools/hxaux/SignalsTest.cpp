@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/hxaux/Signals.h"
 
+#include <gmock/gmock.h>
+
 #include <csignal>
 #include <functional>
-#include <gmock/gmock.h>
 #include <semaphore.h>
 #include <sys/wait.h>
 #include <thread>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "tools/hxaux/doctor/Doctor.h"
-
 #include "tools/hxaux/Verb.h"
+#include "tools/hxaux/doctor/Doctor.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "tools/hxaux/doctor/Doctor.h"
-
 #include "tools/hxaux/NamedLock.h"
+#include "tools/hxaux/doctor/Doctor.h"
 
 namespace hxaux::doctor {
 

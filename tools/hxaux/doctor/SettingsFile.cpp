@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "tools/hxaux/doctor/Doctor.h"
-
 #include "tools/hxaux/RegularFile.h"
 #include "tools/hxaux/Verb.h"
+#include "tools/hxaux/doctor/Doctor.h"
 
 #include <array>
 #include <cerrno>

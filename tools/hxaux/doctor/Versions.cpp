@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "tools/hxaux/doctor/Doctor.h"
-
 #include "hx-aux/AuxVersion.h"
 #include "hx-aux/version-gates.h"
 #include "tools/hxaux/Interface.h"
+#include "tools/hxaux/doctor/Doctor.h"
 
 #include <array>
 

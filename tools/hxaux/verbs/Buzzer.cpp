@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/Buzzer.h"
+
 #include "tools/hxaux/Call.h"
 #include "tools/hxaux/CaughtSignals.h"
 #include "tools/hxaux/Interface.h"

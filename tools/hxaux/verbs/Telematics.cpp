@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/Telematics.h"
+
 #include "tools/hxaux/Call.h"
 #include "tools/hxaux/Interface.h"
 #include "tools/hxaux/Objects.h"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/Video.h"
+
 #include "hx-aux/HXAuxPrivate.h"
 #include "tools/hxaux/Call.h"
 #include "tools/hxaux/Interface.h"

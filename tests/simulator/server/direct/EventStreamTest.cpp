@@ -2,17 +2,18 @@
 // The event socket of a unit in this process, with good and with hostile clients.
 #include "simulator/server/EventStream.h"
 
-#include <cerrno>
-#include <cstring>
-#include <nlohmann/json.hpp>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
 #include "simulator/protocol/EventJson.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 #include "tools/cli/Json.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cerrno>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 using namespace hxsim;
 using namespace std::chrono_literals;

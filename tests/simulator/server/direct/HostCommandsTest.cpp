@@ -2,13 +2,13 @@
 // The commands of hx-sim on a host in this process, word by word.
 #include "simulator/server/HostCommands.h"
 
-#include <cstdlib>
-
-#include <nlohmann/json.hpp>
-
 #include "simulator/server/Host.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdlib>
 
 namespace host_commands_test {
 

@@ -2,18 +2,18 @@
 // Packets of the protocol at a host in this process, one at a time, without a program or its backend.
 #include "simulator/server/Host.h"
 
+#include "simulator/file/Terminal.h"
+#include "simulator/protocol/Channel.h"
+#include "simulator/protocol/Mailbox.h"
+#include "testing/TemporaryFolder.h"
+#include "tests/simulator/model/ModelTest.h"
+
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <thread>
 #include <unistd.h>
-
-#include "simulator/file/Terminal.h"
-#include "simulator/protocol/Channel.h"
-#include "simulator/protocol/Mailbox.h"
-#include "testing/TemporaryFolder.h"
-#include "tests/simulator/model/ModelTest.h"
 
 namespace host_test {
 

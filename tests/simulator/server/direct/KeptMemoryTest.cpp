@@ -2,13 +2,13 @@
 // The memories of a unit in files, and which files are read at all.
 #include "simulator/server/KeptMemory.h"
 
-#include <filesystem>
-#include <fstream>
-#include <sys/stat.h>
-
 #include "simulator/server/PlainFile.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sys/stat.h>
 
 using namespace hxsim;
 using modeltest::refusalOf;

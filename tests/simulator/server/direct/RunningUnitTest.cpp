@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A running unit without its server: time, recordings, what is kept.
+#include "simulator/server/RunningUnit.h"
+
+#include "testing/TemporaryFolder.h"
+#include "tests/simulator/model/ModelTest.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <unistd.h>
-
-#include "simulator/server/RunningUnit.h"
-#include "testing/TemporaryFolder.h"
-#include "tests/simulator/model/ModelTest.h"
 
 using namespace hxsim;
 using namespace std::chrono_literals;

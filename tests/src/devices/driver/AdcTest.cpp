@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/Adc.h"
+
 #include "devices/Adc_Imp.h"
 #include "testing/driver/Driver.h"
 

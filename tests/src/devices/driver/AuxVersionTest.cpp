@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/AuxVersion.h"
+
 #include "devices/AuxVersion_Imp.h"
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
+#include <fcntl.h>
 #include <ostream>
+#include <unistd.h>
 
 namespace aux_version_test {
 

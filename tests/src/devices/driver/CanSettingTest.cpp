@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/CanSetting.h"
+
 #include "testing/Released.h"
 #include "testing/driver/Driver.h"
 

@@ -8,15 +8,14 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <cstdlib>
 #include <linux/audit.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-
-#include <array>
-#include <cstdlib>
 
 using namespace Halvix;
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/DigIO.h"
+
 #include "devices/DigIO_Imp.h"
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
-
-#include <cerrno>
 
 using namespace Halvix;
 using namespace driver;

@@ -6,14 +6,13 @@
 #include "hx-aux/Config.h"
 #include "hx-aux/Diagnostic.h"
 #include "hx-aux/Power.h"
+#include "testing/Released.h"
+#include "testing/SimulatedUnit.h"
+#include "testing/scripted/ScriptedDevice.h"
 
 #include <gmock/gmock.h>
 
 #include <functional>
-
-#include "testing/Released.h"
-#include "testing/SimulatedUnit.h"
-#include "testing/scripted/ScriptedDevice.h"
 
 using namespace Halvix;
 using testing::ElementsAreArray;

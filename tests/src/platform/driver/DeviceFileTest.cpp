@@ -4,13 +4,12 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <fcntl.h>
+#include <string>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <array>
-#include <string>
 
 using namespace Halvix;
 using driver::Script;

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "platform/DeviceChannel.h"
+
 #include "testing/scripted/ScriptedDevice.h"
 
 #include <gmock/gmock.h>
 
-#include <sched.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <cstdint>
+#include <sched.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace Halvix;
 using testing::ElementsAre;

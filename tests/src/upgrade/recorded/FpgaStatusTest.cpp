@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/model/FpgaFlash.h"
 #include "testing/FirmwareFile.h"
 #include "tests/src/upgrade/recorded/Recorder.h"
-
-#include "simulator/model/FpgaFlash.h"
 #include "upgrade/Flasher_FPGA.h"
 
 using namespace Halvix;

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "simulator/model/Microcontroller.h"
 #include "testing/FirmwareFile.h"
 #include "tests/src/upgrade/recorded/Recorder.h"
-
-#include "simulator/model/Microcontroller.h"
 #include "upgrade/Flasher_STM32.h"
 
 #include <algorithm>

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "tests/src/upgrade/scripted/Dialogue.h"
-
 #include "testing/FirmwareTexts.h"
+#include "tests/src/upgrade/scripted/Dialogue.h"
 
 #include <gmock/gmock.h>
 
-#include <malloc.h>
-
 #include <array>
 #include <functional>
+#include <malloc.h>
 #include <memory>
 
 using testing::ElementsAre;
