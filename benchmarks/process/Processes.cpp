@@ -14,8 +14,6 @@
 #include <sys/wait.h>
 #include <vector>
 
-extern char** environ;
-
 namespace {
 
 constexpr int kRounds = 201;

@@ -7,14 +7,14 @@ namespace hxsim {
 
 namespace {
 
-using Words = std::vector<std::string>;
+using Command = std::vector<std::string>;
 
 /// More events than this after one action: the oldest are forgotten.
 constexpr std::size_t kMostKept = 200000;
 
-Words eventsCommand(const Words& properties)
+Command eventsCommand(const Command& properties)
 {
-    Words words{"events"};
+    Command words{"events"};
     words.insert(words.end(), properties.begin(), properties.end());
     return words;
 }
@@ -26,7 +26,7 @@ Finding findingOf(const Evaluation& evaluation)
 
 } // namespace
 
-Follower::Follower(const std::string& unit, const Words& properties, Observer observer)
+Follower::Follower(const std::string& unit, const Command& properties, Observer observer)
     : unit_{unit}, connection_{unit}, properties_{properties}, observer_{std::move(observer)}
 {
     const Connection::Answer answer = connection_.command(eventsCommand(properties_));
@@ -42,7 +42,7 @@ void Follower::follow(const std::string& property)
     values_[property] = connection_.command(eventsCommand(properties_)).values[property];
 }
 
-std::string Follower::act(const Words& words)
+std::string Follower::act(const Command& words)
 {
     const Connection::Answer answer = connection_.command(words);
     // What has come until the answer is older than the action, or the action itself.
@@ -53,7 +53,7 @@ std::string Follower::act(const Words& words)
     return answer.text;
 }
 
-std::string Follower::ask(const Words& words)
+std::string Follower::ask(const Command& words)
 {
     return connection_.command(words).text;
 }
