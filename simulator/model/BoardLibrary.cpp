@@ -113,7 +113,7 @@ BoardLibrary::BoardLibrary(Unit& unit) : unit_{unit}
         return {static_cast<std::int64_t>(count), false, {}};
     });
     for (int i = 0; i <= static_cast<int>(jida::Function::TemperatureGetInfo); ++i)
-        unit.addFunction(row(jida::Function(i)).name);
+        unit.addFunction(row(static_cast<jida::Function>(i)).name);
     describe();
 }
 

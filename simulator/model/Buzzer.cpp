@@ -54,7 +54,7 @@ Buzzer::Buzzer(Unit& unit) : unit_{unit}
         [this](const std::string& text) { sound(static_cast<std::uint8_t>(parseNumber(text, 0, 0xFF))); },
         "the trigger's byte");
     properties.readOnly(
-        "buzzer.sounding", [this] { return trigger != 0 ? "on" : "off"; }, "whether it sounds now");
+        "buzzer.sounding", [this] { return onOrOff(trigger != 0); }, "whether it sounds now");
     properties.readOnly(
         "buzzer.beeps", [this] { return std::to_string(sounded); }, "number of beeps so far");
     properties.readOnly(

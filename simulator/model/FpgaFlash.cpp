@@ -47,7 +47,7 @@ void FpgaFlash::addProperties(Unit& unit)
     properties.number("fpga.cut-at-block", cutAtBlock, 0, INT32_MAX,
                       "fault: power of the flash fails in the middle of the Nth block");
     properties.readOnly(
-        "fpga.configured", [this] { return configured ? "on" : "off"; },
+        "fpga.configured", [this] { return onOrOff(configured); },
         "whether the FPGA took a whole configuration when it got power");
     properties.flag("fpga.power", hasPower, "whether the configuration flash has power");
 }

@@ -87,7 +87,7 @@ FrontLed::FrontLed(Unit& unit) : unit_{unit}
         [this](const std::string& text) { parseInto(color, text, kBrightest); }, "red, green and blue, each 0 to 15");
     properties.flag("led.startup", duringStartup, "whether it shows its pattern while the unit starts");
     properties.readOnly(
-        "led.lit", [this] { return lit() ? "on" : "off"; }, "whether it is lit now");
+        "led.lit", [this] { return onOrOff(lit()); }, "whether it is lit now");
 }
 
 bool FrontLed::lit() const

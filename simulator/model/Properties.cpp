@@ -38,7 +38,7 @@ void Properties::real(const std::string& name, double& value, const std::string&
 void Properties::flag(const std::string& name, bool& value, const std::string& help)
 {
     add(
-        name, [&value] { return value ? "on" : "off"; }, [&value](const std::string& text) { value = parseFlag(text); },
+        name, [&value] { return onOrOff(value); }, [&value](const std::string& text) { value = parseFlag(text); },
         help);
 }
 

@@ -30,7 +30,8 @@ public:
     {
         add(
             name, [&value] { return std::to_string(value); },
-            [&value, low, high](const std::string& text) { value = Integer(parse(text, low, high)); }, help);
+            [&value, low, high](const std::string& text) { value = static_cast<Integer>(parse(text, low, high)); },
+            help);
     }
     void real(const std::string& name, double& value, const std::string& help);
     void flag(const std::string& name, bool& value, const std::string& help);

@@ -25,7 +25,7 @@ ServiceDaemon::ServiceDaemon(Unit& unit)
     unit.properties().flag("daemon.running", running, "whether the service daemon reads its FIFO");
     unit.properties().flag("daemon.full", full, "whether the FIFO is full and not read");
     unit.properties().add(
-        "daemon.plain-file", [this] { return plainFile ? "on" : "off"; },
+        "daemon.plain-file", [this] { return onOrOff(plainFile); },
         [this, &node](const std::string& text) {
             plainFile = parseFlag(text);
             node.showAsFile(plainFile);

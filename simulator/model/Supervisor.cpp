@@ -63,8 +63,8 @@ void Supervisor::describeLoads()
 {
     const auto load = [this](std::uint8_t number, const std::string& name) {
         unit_.properties().add(
-            name, [this, number] { return std::to_string(power[number]); },
-            [this, number](const std::string& text) { (void)writeLoad(number, parseNumber(text, 0, 1) != 0); },
+            name, [this, number] { return onOrOff(power[number] != 0); },
+            [this, number](const std::string& text) { (void)writeLoad(number, parseFlag(text)); },
             "whether it has power now");
         power.onWrite(number, [this, number](std::uint16_t value) { return writeLoad(number, value != 0); });
     };

@@ -3,6 +3,7 @@
 
 #include "simulator/model/Microcontroller.h"
 #include "simulator/model/Requests.h"
+#include "simulator/model/Text.h"
 
 #include <cerrno>
 
@@ -53,6 +54,20 @@ void SupervisorRegisters::property(std::uint8_t number, const std::string& name,
 {
     words_[number] = value;
     property(number, name, help, range);
+}
+
+void SupervisorRegisters::switchProperty(std::uint8_t number, const std::string& name, bool isOn,
+                                         const std::string& help)
+{
+    std::uint16_t& word = words_[number];
+    word = isOn ? 1 : 0;
+    unit_.properties().add(
+        name, [&word] { return word > 1 ? std::to_string(word) : onOrOff(word != 0); },
+        [&word](const std::string& text) {
+            const bool isNumber = text.find_first_not_of("0123456789") == std::string::npos && !text.empty();
+            word = static_cast<std::uint16_t>(isNumber ? parseNumber(text, 0, UINT16_MAX) : parseFlag(text));
+        },
+        help);
 }
 
 void SupervisorRegisters::limit(std::uint8_t number, RegisterRange range)

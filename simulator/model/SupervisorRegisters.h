@@ -49,6 +49,8 @@ public:
     void property(std::uint8_t number, const std::string& name, const std::string& help, RegisterRange range = {});
     void property(std::uint8_t number, const std::string& name, std::uint16_t value, const std::string& help,
                   RegisterRange range = {});
+    /// The same for a register that says whether something is on: any other value than 0 and 1 shows as a number.
+    void switchProperty(std::uint8_t number, const std::string& name, bool isOn, const std::string& help);
     /// Programs cannot write values outside.
     void limit(std::uint8_t number, RegisterRange range);
 

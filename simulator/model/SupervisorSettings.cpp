@@ -26,12 +26,6 @@ constexpr Setting kSettings[] = {
     {S::SignalTimeLow, "config.signal-time.low", 500, "ms that the external signal must last, low word"},
     {S::SignalTimeHigh, "config.signal-time.high", 0, "ms that the external signal must last, high word"},
     {S::SuspendTime, "config.suspend-time", 60, "minutes after which a suspended unit is switched off"},
-    {S::Can, "config.can", 1, "CAN powered at start-up"},
-    {S::Video1, "config.video.1", 1, "video channel powered at start-up"},
-    {S::Video2, "config.video.2", 1, "video channel powered at start-up"},
-    {S::Video3, "config.video.3", 0, "video channel powered at start-up"},
-    {S::Video4, "config.video.4", 0, "video channel powered at start-up"},
-    {S::ExternalFan, "config.fan", 0, "external fan powered at start-up"},
     {S::Voltage, "config.voltage", 930, "converter counts of the supply below which the unit does not start", kCounts},
     {S::HeatingLimit, "config.heating", 56, "degrees above -56 below which the unit is heated before it starts", kHeat},
     {S::ShortPress, "config.short-press", 1, "action of a short press: 0 none, 1 suspend, 2 shut down", kActions},
@@ -39,7 +33,23 @@ constexpr Setting kSettings[] = {
     {S::OnOffSignal, "config.signal", 2, "action of the external signal: 0 none, 1 suspend, 2 shut down", kActions},
     {S::StartupTrigger, "config.trigger", 3, "what starts the unit: 1 front button, 2 external signal, 3 both",
      kStarts},
-    {S::PowerOn, "config.power-on", 0, "whether the unit starts when it gets power"},
+};
+
+struct Switch {
+    SupervisorSettings::Number number;
+    const char* name;
+    bool isOn;
+    const char* help;
+};
+
+constexpr Switch kSwitches[] = {
+    {S::Can, "config.can", true, "CAN powered at start-up"},
+    {S::Video1, "config.video.1", true, "video channel powered at start-up"},
+    {S::Video2, "config.video.2", true, "video channel powered at start-up"},
+    {S::Video3, "config.video.3", false, "video channel powered at start-up"},
+    {S::Video4, "config.video.4", false, "video channel powered at start-up"},
+    {S::ExternalFan, "config.fan", false, "external fan powered at start-up"},
+    {S::PowerOn, "config.power-on", false, "whether the unit starts when it gets power"},
 };
 
 constexpr double kSupplyVoltsPerCount = 3.3 / 4096.0;
@@ -53,6 +63,8 @@ SupervisorSettings::SupervisorSettings(Unit& unit) : SupervisorRegisters{unit, "
         property(setting.number, setting.name, setting.healthy, setting.help, setting.range);
         limit(setting.number, setting.range);
     }
+    for (const Switch& row : kSwitches)
+        switchProperty(row.number, row.name, row.isOn, row.help);
 }
 
 Time SupervisorSettings::buttonTime() const

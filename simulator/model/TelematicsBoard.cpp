@@ -2,6 +2,7 @@
 #include "simulator/model/TelematicsBoard.h"
 
 #include "simulator/model/ProductionData.h"
+#include "simulator/model/Text.h"
 
 namespace hxsim {
 
@@ -55,9 +56,9 @@ void TelematicsBoard::describe()
         [this] { return std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(lastPress).count()); },
         "how long the power key was held last, in milliseconds");
     properties.readOnly(
-        "telematics.wlan", [this] { return wlanRuns() ? "on" : "off"; }, "whether the WLAN module runs");
+        "telematics.wlan", [this] { return onOrOff(wlanRuns()); }, "whether the WLAN module runs");
     properties.readOnly(
-        "telematics.wlan-power", [this] { return wlanPowered() ? "on" : "off"; }, "whether the WLAN module has power");
+        "telematics.wlan-power", [this] { return onOrOff(wlanPowered()); }, "whether the WLAN module has power");
     for (const std::uint8_t number : {GpioExpander::kDirections, GpioExpander::kLatch})
         properties.number(number == GpioExpander::kLatch ? "expander.latch" : "expander.directions",
                           expander.registers[number], 0, 255, "register of the GPIO expander");

@@ -143,6 +143,11 @@ std::string decimal(double value)
     return {text.data(), end.ptr};
 }
 
+std::string onOrOff(bool value)
+{
+    return value ? "on" : "off";
+}
+
 bool parseFlag(std::string_view text)
 {
     for (const std::string_view yes : {"on", "yes", "true", "1"})

@@ -41,6 +41,7 @@ std::int64_t parseNumber(std::string_view text, std::int64_t low, std::int64_t h
 double parseReal(std::string_view text);
 /// With a decimal point and without an exponent, whatever the application's locale; `parseReal` reads the same number.
 std::string decimal(double value);
+std::string onOrOff(bool value);
 /// "on", "yes", "true", "1" and their opposites.
 bool parseFlag(std::string_view text);
 

@@ -149,10 +149,9 @@ void VideoInput::describeProperties(Unit& unit, const std::string& name)
     Properties& properties = unit.properties();
     properties.number(name + ".control", control, 0, 255, "control byte of the driver");
     properties.readOnly(
-        name + ".shown", [this] { return (control & kShown) != 0 ? "on" : "off"; }, "whether the video is shown");
+        name + ".shown", [this] { return onOrOff((control & kShown) != 0); }, "whether the video is shown");
     properties.readOnly(
-        name + ".mirrored", [this] { return (control & kMirrored) != 0 ? "on" : "off"; },
-        "whether the picture is mirrored");
+        name + ".mirrored", [this] { return onOrOff((control & kMirrored) != 0); }, "whether the picture is mirrored");
     properties.readOnly(
         name + ".fields", [this] { return fields(); }, "fields that are shown: first, second, both or invalid");
     properties.number(name + ".channel", channel, 1, 4, "channel that the input shows");

@@ -247,7 +247,7 @@ constexpr Mistake kMistakes[] = {
     {"set config.long-press 3", 1, "3 is outside 0 to 2"},
     {"set config.signal 3", 1, "3 is outside 0 to 2"},
     {"set config.trigger 0", 1, "0 is outside 1 to 3"},
-    {"set power.can 2", 1, "2 is outside 0 to 1"},
+    {"set power.can 2", 1, "'2' is neither on nor off"},
     {"set touch.mode 4", 1, "4 is outside 0 to 3"},
     {"set touch.register.5 4096", 1, "4096 is outside 0 to 4095"},
     {"do prses front", 1, "no action 'prses'; did you mean 'press'\\?"},

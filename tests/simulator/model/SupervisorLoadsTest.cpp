@@ -26,9 +26,9 @@ TEST_P(SupervisorLoad, IsSwitchedByItsRegister)
     const Load& row = GetParam();
 
     EXPECT_EQ(setReg(kPower, row.number, 0), 0);
-    EXPECT_EQ(property(row.property), "0");
+    EXPECT_EQ(property(row.property), "off");
     EXPECT_EQ(setReg(kPower, row.number, row.on), 0);
-    EXPECT_EQ(property(row.property), "1");
+    EXPECT_EQ(property(row.property), "on");
     EXPECT_EQ(reg(kPower, row.number), 1);
 }
 
@@ -67,7 +67,7 @@ class LoadAtStart : public modeltest::ModelTest, public testing::WithParamInterf
 
 TEST_P(LoadAtStart, FollowsItsSetting)
 {
-    for (const char* value : {"1", "0"}) {
+    for (const char* value : {"on", "off"}) {
         set(GetParam().setting, value);
         supplyOffAndOn();
         act("press", {"front"});

@@ -41,21 +41,64 @@ TEST_P(SupervisorSetting, IsReadAsItWasSetFromOutside)
     EXPECT_EQ(reg(kPath, GetParam().number), static_cast<int>(GetParam().value));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Settings, SupervisorSetting,
-    testing::Values(Setting{{"ButtonDebounce"}, 0, "config.button-debounce", 65535},
-                    Setting{{"ButtonTime"}, 1, "config.button-time", 3000},
-                    Setting{{"SignalTimeLow"}, 3, "config.signal-time.low", 0x1234},
-                    Setting{{"SignalTimeHigh"}, 20, "config.signal-time.high", 1},
-                    Setting{{"SuspendTime"}, 4, "config.suspend-time", 1440}, Setting{{"Can"}, 7, "config.can", 0},
-                    Setting{{"FirstVideo"}, 8, "config.video.1", 0}, Setting{{"SecondVideo"}, 11, "config.video.2", 2},
-                    Setting{{"ThirdVideo"}, 12, "config.video.3", 4}, Setting{{"FourthVideo"}, 13, "config.video.4", 8},
-                    Setting{{"Fan"}, 9, "config.fan", 1}, Setting{{"StartupVoltage"}, 10, "config.voltage", 1241},
-                    Setting{{"HeatingLimit"}, 14, "config.heating", 31},
-                    Setting{{"ShortPress"}, 16, "config.short-press", 2},
-                    Setting{{"LongPress"}, 17, "config.long-press", 0}, Setting{{"Signal"}, 18, "config.signal", 1},
-                    Setting{{"Trigger"}, 19, "config.trigger", 2}, Setting{{"PowerOn"}, 21, "config.power-on", 0xFFFF}),
-    kNameOfRow);
+INSTANTIATE_TEST_SUITE_P(Settings, SupervisorSetting,
+                         testing::Values(Setting{{"ButtonDebounce"}, 0, "config.button-debounce", 65535},
+                                         Setting{{"ButtonTime"}, 1, "config.button-time", 3000},
+                                         Setting{{"SignalTimeLow"}, 3, "config.signal-time.low", 0x1234},
+                                         Setting{{"SignalTimeHigh"}, 20, "config.signal-time.high", 1},
+                                         Setting{{"SuspendTime"}, 4, "config.suspend-time", 1440},
+                                         Setting{{"StartupVoltage"}, 10, "config.voltage", 1241},
+                                         Setting{{"HeatingLimit"}, 14, "config.heating", 31},
+                                         Setting{{"ShortPress"}, 16, "config.short-press", 2},
+                                         Setting{{"LongPress"}, 17, "config.long-press", 0},
+                                         Setting{{"Signal"}, 18, "config.signal", 1},
+                                         Setting{{"Trigger"}, 19, "config.trigger", 2}),
+                         kNameOfRow);
+
+struct Switch : Named {
+    std::uint8_t number;
+    const char* property;
+};
+
+class SupervisorSwitch : public modeltest::ModelTest, public testing::WithParamInterface<Switch> {};
+
+TEST_P(SupervisorSwitch, ShowsOnAndOffAndAnyOtherNumberAsItIs)
+{
+    const std::uint8_t number = GetParam().number;
+    const char* const switched = GetParam().property;
+
+    EXPECT_EQ(setReg(kPath, number, 0), 0);
+    EXPECT_EQ(property(switched), "off");
+    EXPECT_EQ(setReg(kPath, number, 1), 0);
+    EXPECT_EQ(property(switched), "on");
+    EXPECT_EQ(setReg(kPath, number, 0xFFFF), 0);
+    EXPECT_EQ(property(switched), "65535");
+}
+
+TEST_P(SupervisorSwitch, TakesOnAndOffAndNumbers)
+{
+    const std::uint8_t number = GetParam().number;
+    const char* const switched = GetParam().property;
+
+    set(switched, "on");
+    EXPECT_EQ(reg(kPath, number), 1);
+    set(switched, "off");
+    EXPECT_EQ(reg(kPath, number), 0);
+    set(switched, "300");
+    EXPECT_EQ(reg(kPath, number), 300);
+    EXPECT_NE(refusalOfSet(switched, "65536"), "");
+    EXPECT_NE(refusalOfSet(switched, "perhaps"), "");
+    EXPECT_NE(refusalOfSet(switched, ""), "");
+    EXPECT_EQ(reg(kPath, number), 300);
+}
+
+INSTANTIATE_TEST_SUITE_P(Settings, SupervisorSwitch,
+                         testing::Values(Switch{{"Can"}, 7, "config.can"}, Switch{{"FirstVideo"}, 8, "config.video.1"},
+                                         Switch{{"SecondVideo"}, 11, "config.video.2"},
+                                         Switch{{"ThirdVideo"}, 12, "config.video.3"},
+                                         Switch{{"FourthVideo"}, 13, "config.video.4"},
+                                         Switch{{"Fan"}, 9, "config.fan"}, Switch{{"PowerOn"}, 21, "config.power-on"}),
+                         kNameOfRow);
 
 struct Edge : Named {
     std::uint8_t number;
