@@ -81,7 +81,7 @@ void inputs()
         char name[32];
         double volts = 0;
         std::snprintf(name, sizeof name, "voltage %d", i);
-        const eErr err = adc->getVoltage(VoltageEnum(i), &volts);
+        const eErr err = adc->getVoltage(static_cast<VoltageEnum>(i), &volts);
         line(name, err, "%.2f V", volts);
     }
     adc->Release();

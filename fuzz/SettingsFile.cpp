@@ -12,13 +12,13 @@ using namespace Halvix;
 
 namespace {
 
-const int file = memfd_create("settings", 0);
-const std::string path = "/proc/self/fd/" + std::to_string(file);
+const int kFile = memfd_create("settings", 0);
+const std::string kPath = "/proc/self/fd/" + std::to_string(kFile);
 
 std::string content()
 {
-    std::string text(static_cast<std::size_t>(lseek(file, 0, SEEK_END)), '\0');
-    REQUIRE(pread(file, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
+    std::string text(static_cast<std::size_t>(lseek(kFile, 0, SEEK_END)), '\0');
+    REQUIRE(pread(kFile, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
     return text;
 }
 
@@ -28,7 +28,7 @@ std::string rewritten(const std::string& value)
     std::string trimmed = value;
     IniSettings::trim(trimmed);
     IniSettings settings;
-    settings.load(path);
+    settings.load(kPath);
     settings.set("KEY", value);
     REQUIRE(settings.get("KEY") == trimmed);
     return content();
@@ -39,8 +39,8 @@ std::string rewritten(const std::string& value)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string text{reinterpret_cast<const char*>(data), size};
-    REQUIRE(ftruncate(file, 0) == 0);
-    REQUIRE(pwrite(file, data, size, 0) == static_cast<ssize_t>(size));
+    REQUIRE(ftruncate(kFile, 0) == 0);
+    REQUIRE(pwrite(kFile, data, size, 0) == static_cast<ssize_t>(size));
 
     const std::string value = text.substr(0, text.find('\n'));
     (void)rewritten(value);

@@ -31,8 +31,8 @@ int nextFile = kFirst;
 Driver driver;
 termios terminal{};
 
-const int settingsFile = memfd_create("settings", MFD_CLOEXEC);
-const std::string settingsPath = "/proc/self/fd/" + std::to_string(settingsFile);
+const int kSettingsFile = memfd_create("settings", MFD_CLOEXEC);
+const std::string kSettingsPath = "/proc/self/fd/" + std::to_string(kSettingsFile);
 
 bool isOurs(int file)
 {
@@ -144,14 +144,14 @@ int openFiles(const std::string& except)
 
 void writeSettings(const std::string& text)
 {
-    REQUIRE(ftruncate(settingsFile, 0) == 0);
-    REQUIRE(pwrite(settingsFile, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
+    REQUIRE(ftruncate(kSettingsFile, 0) == 0);
+    REQUIRE(pwrite(kSettingsFile, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
 }
 
 std::string settings()
 {
-    std::string text(static_cast<std::size_t>(lseek(settingsFile, 0, SEEK_END)), '\0');
-    REQUIRE(pread(settingsFile, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
+    std::string text(static_cast<std::size_t>(lseek(kSettingsFile, 0, SEEK_END)), '\0');
+    REQUIRE(pread(kSettingsFile, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()));
     return text;
 }
 
@@ -161,7 +161,7 @@ using namespace fuzzed;
 
 const char* Halvix::LinuxWrapper::GetSettingsFileName()
 {
-    return settingsPath.c_str();
+    return kSettingsPath.c_str();
 }
 
 extern "C" {

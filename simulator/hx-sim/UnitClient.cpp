@@ -24,7 +24,7 @@ constexpr std::chrono::seconds kPatience{10};
 
 void waitAtMost(int fd, std::chrono::seconds time)
 {
-    const timeval limit{.tv_sec = time_t(time.count()), .tv_usec = 0};
+    const timeval limit{.tv_sec = static_cast<time_t>(time.count()), .tv_usec = 0};
     (void)setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
     (void)setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }

@@ -55,8 +55,8 @@ int sleepCall(Link& link, const Spec* wanted, Spec* rest)
     std::int64_t left = 0;
     const int result = sleepFor(link, nanosecondsOf(*wanted), left);
     if (result == -EINTR && rest != nullptr) {
-        rest->tv_sec = decltype(rest->tv_sec)(left / kNanosecondsPerSecond);
-        rest->tv_nsec = decltype(rest->tv_nsec)(left % kNanosecondsPerSecond);
+        rest->tv_sec = static_cast<decltype(rest->tv_sec)>(left / kNanosecondsPerSecond);
+        rest->tv_nsec = static_cast<decltype(rest->tv_nsec)>(left % kNanosecondsPerSecond);
     }
     return result;
 }

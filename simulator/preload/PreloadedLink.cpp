@@ -28,7 +28,7 @@ pthread_once_t begun = PTHREAD_ONCE_INIT;
 timespec timespecOf(std::int64_t nanoseconds)
 {
     timespec time{};
-    time.tv_sec = time_t(nanoseconds / kNanosecondsPerSecond);
+    time.tv_sec = static_cast<time_t>(nanoseconds / kNanosecondsPerSecond);
     time.tv_nsec = static_cast<long>(nanoseconds % kNanosecondsPerSecond);
     return time;
 }

@@ -104,7 +104,7 @@ Exchange writesRegister(std::uint8_t reg, std::uint16_t value)
     return local(0xC004003B, words(reg, value));
 }
 
-Script::Script(std::vector<Exchange> script) : expected{std::move(script)}
+Script::Script(std::vector<Exchange> script) : expected_{std::move(script)}
 {
     current = this;
 }
@@ -116,38 +116,38 @@ Script::~Script()
 
 void Script::callersBlock(const void* begin, std::size_t size)
 {
-    blockBegin = static_cast<const std::uint8_t*>(begin);
-    blockSize = size;
+    blockBegin_ = static_cast<const std::uint8_t*>(begin);
+    blockSize_ = size;
 }
 
 void Script::failAt(std::size_t index, int error)
 {
-    expected.at(index).error = error;
+    expected_.at(index).error = error;
 }
 
 Block Script::kindOf(const void* argument) const
 {
     if (argument == nullptr)
         return Block::Null;
-    return argument == blockBegin && blockSize != 0 ? Block::Callers : Block::Local;
+    return argument == blockBegin_ && blockSize_ != 0 ? Block::Callers : Block::Local;
 }
 
 int Script::ioctl(unsigned long request, void* argument)
 {
-    const std::size_t index = made.size();
+    const std::size_t index = made_.size();
     Exchange call{static_cast<std::uint32_t>(request), kindOf(argument), {}, {}};
     if (request != call.request)
-        firstComplaint = "the request was sign-extended";
-    if (index >= expected.size()) {
-        made.push_back(call);
+        firstComplaint_ = "the request was sign-extended";
+    if (index >= expected_.size()) {
+        made_.push_back(call);
         errno = ENOTTY;
         return -1;
     }
-    const Exchange& script = expected[index];
+    const Exchange& script = expected_[index];
     auto* bytes = static_cast<std::uint8_t*>(argument);
     if (bytes != nullptr)
         call.seen.assign(bytes, bytes + script.seen.size());
-    made.push_back(call);
+    made_.push_back(call);
     if (script.error != 0) {
         errno = script.error;
         return -1;
@@ -159,9 +159,9 @@ int Script::ioctl(unsigned long request, void* argument)
 
 int Script::open(const char* path, int openFlags)
 {
-    paths.emplace_back(path);
-    flags = openFlags;
-    if (absent && isDevice(path)) {
+    paths_.emplace_back(path);
+    flags_ = openFlags;
+    if (absent_ && isDevice(path)) {
         errno = ENOENT;
         return -1;
     }
@@ -172,8 +172,8 @@ int Script::open(const char* path, int openFlags)
 
 int Script::openFile(const char* path) const
 {
-    const auto found = files.find(path);
-    if (found == files.end()) {
+    const auto found = files_.find(path);
+    if (found == files_.end()) {
         errno = ENOENT;
         return -1;
     }
@@ -186,21 +186,21 @@ int Script::openFile(const char* path) const
 
 long Script::write(int handle, const void* bytes, std::size_t count)
 {
-    return writesAnswer ? *writesAnswer : syscall(SYS_write, handle, bytes, count);
+    return writesAnswer_ ? *writesAnswer_ : syscall(SYS_write, handle, bytes, count);
 }
 
 std::string Script::complaint() const
 {
-    if (!firstComplaint.empty())
-        return firstComplaint;
+    if (!firstComplaint_.empty())
+        return firstComplaint_;
     std::ostringstream text;
-    for (std::size_t i = 0; i < std::max(made.size(), expected.size()); ++i) {
-        if (i < made.size() && i < expected.size() && made[i] == expected[i])
+    for (std::size_t i = 0; i < std::max(made_.size(), expected_.size()); ++i) {
+        if (i < made_.size() && i < expected_.size() && made_[i] == expected_[i])
             continue;
         text << "call " << i << ": expected ";
-        i < expected.size() ? text << expected[i] : text << "none";
+        i < expected_.size() ? text << expected_[i] : text << "none";
         text << ", got ";
-        i < made.size() ? text << made[i] : text << "none";
+        i < made_.size() ? text << made_[i] : text << "none";
         break;
     }
     return text.str();

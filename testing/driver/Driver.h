@@ -56,19 +56,19 @@ public:
     /// The call of that index is refused.
     void failAt(std::size_t index, int error);
     /// Files under /dev cannot be opened.
-    void deviceIsAbsent() { absent = true; }
+    void deviceIsAbsent() { absent_ = true; }
     /// A plain file of the unit, such as /etc/firmware.ver; by default it does not exist.
-    void file(const std::string& path, std::string content) { files[path] = std::move(content); }
+    void file(const std::string& path, std::string content) { files_[path] = std::move(content); }
 
     /// Every `write` of the library returns this and writes nothing.
-    void answerWritesWith(long answer) { writesAnswer = answer; }
+    void answerWritesWith(long answer) { writesAnswer_ = answer; }
 
     /// The calls, in order.
-    [[nodiscard]] const std::vector<Exchange>& calls() const { return made; }
+    [[nodiscard]] const std::vector<Exchange>& calls() const { return made_; }
     /// The first difference from the expected calls, or an empty text.
     [[nodiscard]] std::string complaint() const;
-    [[nodiscard]] const std::vector<std::string>& opened() const { return paths; }
-    [[nodiscard]] int lastOpenFlags() const { return flags; }
+    [[nodiscard]] const std::vector<std::string>& opened() const { return paths_; }
+    [[nodiscard]] int lastOpenFlags() const { return flags_; }
 
     int ioctl(unsigned long request, void* argument);
     int open(const char* path, int openFlags);
@@ -78,16 +78,16 @@ private:
     [[nodiscard]] Block kindOf(const void* argument) const;
     [[nodiscard]] int openFile(const char* path) const;
 
-    std::vector<Exchange> expected;
-    std::vector<Exchange> made;
-    std::vector<std::string> paths;
-    std::map<std::string, std::string> files;
-    std::string firstComplaint;
-    const std::uint8_t* blockBegin = nullptr;
-    std::size_t blockSize = 0;
-    std::optional<long> writesAnswer;
-    int flags = 0;
-    bool absent = false;
+    std::vector<Exchange> expected_;
+    std::vector<Exchange> made_;
+    std::vector<std::string> paths_;
+    std::map<std::string, std::string> files_;
+    std::string firstComplaint_;
+    const std::uint8_t* blockBegin_ = nullptr;
+    std::size_t blockSize_ = 0;
+    std::optional<long> writesAnswer_;
+    int flags_ = 0;
+    bool absent_ = false;
 };
 
 /// Answers every `ioctl` instead of a script while it is set: for benchmarks, where a script costs too much.

@@ -51,8 +51,8 @@ bool ScriptedDevice::open(int& handle, const char* path)
     opened.emplace_back(path);
     if (whileOpening)
         whileOpening();
-    handle = absent ? -1 : 1000;
-    return !absent;
+    handle = absent_ ? -1 : 1000;
+    return !absent_;
 }
 
 bool ScriptedDevice::ioCtrl(unsigned long code, const char* in, int inLength, char* out, int outLength, int* returned)

@@ -29,8 +29,8 @@ public:
     void refuses(std::vector<std::uint8_t> bytes = {});
     /// Clears the script and the recorded calls.
     void restart();
-    void isAbsent() { absent = true; }
-    void returns() { absent = false; }
+    void isAbsent() { absent_ = true; }
+    void returns() { absent_ = false; }
 
     std::vector<Request> requests;
     std::vector<std::string> opened;
@@ -48,5 +48,5 @@ private:
     };
     std::vector<Answer> script_;
     std::size_t next_ = 0;
-    bool absent = false;
+    bool absent_ = false;
 };
