@@ -23,9 +23,11 @@ constexpr double kLightTop = 50;
 constexpr double kLightBottom = 270;
 constexpr double kLevelTop = 310;
 constexpr double kLevelBottom = 510;
-constexpr double kDimmest = 0.1; // lux; everything below is drawn there
+constexpr double kDimmest = 0.1; // lux; everything below is drawn as zero, one row under the lowest decade
+constexpr double kEdge = 20;     // labels nearer to the right end than this end there
 
 constexpr const char* kStyle = "<style>text{font:13px sans-serif;fill:#333}.t{font-size:16px}.g{stroke:#ddd}"
+                               ".m{text-anchor:middle}.e{text-anchor:end}"
                                ".s{stroke:#e69f00;stroke-width:2;fill:none}.r{fill:#0072b2}"
                                ".l{stroke:#009e73;stroke-width:2;fill:none}</style>\n";
 
@@ -54,20 +56,19 @@ public:
     Picture(const LightTrace& trace, const std::string& title, std::function<double(double)> luxAt)
         : trace_{trace}, luxAt_{std::move(luxAt)}
     {
-        if (!trace.readings.empty()) {
-            start_ = trace.readings.front().seconds;
-            end_ = trace.readings.back().seconds;
-        }
-        if (!trace.levels.empty())
-            start_ = std::min(start_, trace.levels.front().seconds);
-        end_ = std::max(end_, start_ + 1);
+        if (!trace.readings.empty())
+            end_ = std::max(end_, trace.readings.back().seconds);
         double dimmest = 10;
         double brightest = 10;
         for (const LightTrace::Reading& reading : trace.readings) {
-            dimmest = std::min(dimmest, reading.luxSet);
-            brightest = std::max({brightest, reading.luxSet, reading.luxReported});
+            for (const double lux : {reading.luxSet, reading.luxReported}) {
+                hasZero_ = hasZero_ || lux < kDimmest;
+                dimmest = lux < kDimmest ? dimmest : std::min(dimmest, lux);
+                brightest = std::max(brightest, lux);
+            }
         }
-        lowestDecade_ = std::floor(std::log10(std::max(dimmest, kDimmest)));
+        lowestDecade_ = std::floor(std::log10(dimmest));
+        lowestRow_ = lowestDecade_ - (hasZero_ ? 1 : 0);
         decades_ = std::max(std::ceil(std::log10(brightest)), lowestDecade_ + 1);
         frame(title);
     }
@@ -83,14 +84,11 @@ public:
     }
 
 private:
-    [[nodiscard]] double x(double seconds) const
-    {
-        return kLeft + (seconds - start_) / (end_ - start_) * (kRight - kLeft);
-    }
+    [[nodiscard]] double x(double seconds) const { return kLeft + seconds / end_ * (kRight - kLeft); }
     [[nodiscard]] double yOfLux(double lux) const
     {
-        const double decade = std::max(lowestDecade_, std::log10(std::max(lux, 1e-9)));
-        return kLightBottom - (decade - lowestDecade_) / (decades_ - lowestDecade_) * (kLightBottom - kLightTop);
+        const double row = lux < kDimmest ? lowestRow_ : std::max(lowestDecade_, std::log10(lux));
+        return kLightBottom - (row - lowestRow_) / (decades_ - lowestRow_) * (kLightBottom - kLightTop);
     }
     [[nodiscard]] static double yOfLevel(double value)
     {
@@ -105,8 +103,8 @@ private:
         text_ += kStyle;
         text_ += formatted("<rect width=\"%g\" height=\"%g\" fill=\"#fff\"/>\n", kWidth, kHeight);
         label(kLeft, 24, "t", xml::text(title));
-        label(kRight - 330, 40, "", "line: light as set, dots: as the sensor reports it");
-        label(kRight - 330, kLevelTop - 8, "", "line: level of the backlight as written");
+        label(kRight, 40, "e", "line: light as set, dots: as the sensor reports it");
+        label(kRight, kLevelTop - 8, "e", "line: level of the backlight as written");
     }
     void label(double atX, double atY, const char* kind, const std::string& text)
     {
@@ -119,30 +117,33 @@ private:
 
     void timeGrid()
     {
-        const double step = niceStep(end_ - start_);
-        const auto last = static_cast<long>(std::floor(end_ / step));
-        for (auto number = static_cast<long>(std::ceil(start_ / step)); number <= last; ++number) {
-            const double seconds = static_cast<double>(number) * step;
+        const double step = niceStep(end_);
+        for (double seconds = 0; seconds <= end_; seconds += step) {
             line(x(seconds), kLightTop, x(seconds), kLightBottom);
             line(x(seconds), kLevelTop, x(seconds), kLevelBottom);
-            label(x(seconds) - 12, kLevelBottom + 20, "", timeLabel(seconds, step));
+            const bool atTheEnd = x(seconds) > kRight - kEdge;
+            label(atTheEnd ? kRight : x(seconds), kLevelBottom + 20, atTheEnd ? "e" : "m", timeLabel(seconds, step));
         }
-        label(kRight - 90, kHeight - 8, "", "unit's time");
+        label(kRight, kHeight - 8, "e", "time since the unit started");
     }
     void lightGrid()
     {
-        for (int decade = static_cast<int>(lowestDecade_); decade <= static_cast<int>(decades_); ++decade) {
-            const double lux = std::pow(10, decade);
-            const double y = yOfLux(lux);
-            line(kLeft, y, kRight, y);
-            label(8, y + 4, "", formatted("%g lux", lux));
-        }
+        for (int decade = static_cast<int>(lowestDecade_); decade <= static_cast<int>(decades_); ++decade)
+            rowOfLight(std::pow(10, decade));
+        if (hasZero_)
+            rowOfLight(0);
+    }
+    void rowOfLight(double lux)
+    {
+        const double y = yOfLux(lux);
+        line(kLeft, y, kRight, y);
+        label(kLeft - 7, y + 4, "e", formatted("%.10g lux", lux));
     }
     void levelGrid()
     {
         for (const int value : {0, 50, 100, 150, 200, 254}) {
             line(kLeft, yOfLevel(value), kRight, yOfLevel(value));
-            label(38, yOfLevel(value) + 4, "", std::to_string(value));
+            label(kLeft - 7, yOfLevel(value) + 4, "e", std::to_string(value));
         }
     }
     void light()
@@ -155,7 +156,7 @@ private:
         constexpr int kPoints = 1600; // two for each column of the picture
         std::string line;
         for (int i = 0; i <= kPoints; ++i) {
-            const double seconds = start_ + (end_ - start_) * i / kPoints;
+            const double seconds = end_ * i / kPoints;
             line += formatted("%.1f,%.1f ", x(seconds), yOfLux(luxAt_(seconds)));
         }
         return line;
@@ -214,9 +215,10 @@ private:
 
     const LightTrace& trace_;
     std::function<double(double)> luxAt_;
-    double start_ = 0;
-    double end_ = 0;
+    double end_ = 1; ///< seconds; the axis begins at 0
+    bool hasZero_ = false;
     double lowestDecade_ = 0;
+    double lowestRow_ = 0;
     double decades_ = 1; ///< the highest one
     std::string text_;
 };

@@ -79,12 +79,47 @@ TEST_F(LightPlotTest, LabelsItsTimesInTheUnitThatFits)
 
 TEST_F(LightPlotTest, LabelsEachDecadeOfTheLight)
 {
-    trace.readings = {{0, 0.5, 0}, {1, 20000, 20000}};
+    trace.readings = {{0, 0.5, 0.5}, {1, 20000, 20000}};
 
     const std::string picture = drawn();
 
     for (const char* label : {">0.1 lux<", ">1 lux<", ">10 lux<", ">10000 lux<", ">100000 lux<"})
         EXPECT_THAT(picture, HasSubstr(label));
+}
+
+TEST_F(LightPlotTest, BeginsAtTheUnitsStart)
+{
+    trace.readings = {{5, 10, 10}, {10, 10, 10}};
+
+    const std::string picture = drawn();
+
+    EXPECT_THAT(picture, HasSubstr("<text x=\"80.0\" y=\"530.0\" class=\"m\">0 s</text>"));
+    EXPECT_THAT(picture, HasSubstr("cx=\"490.0\" cy"));
+}
+
+TEST_F(LightPlotTest, EndsItsLastLabelInsideThePicture)
+{
+    trace.readings = {{0, 10, 10}, {10, 10, 10}};
+
+    EXPECT_THAT(drawn(), HasSubstr("<text x=\"900.0\" y=\"530.0\" class=\"e\">10 s</text>"));
+}
+
+TEST_F(LightPlotTest, DrawsDarknessAsZeroUnderTheLowestDecade)
+{
+    trace.readings = {{0, 0, 0}, {5, 1, 1}, {10, 10, 10}};
+
+    const std::string picture = drawn();
+
+    EXPECT_THAT(picture, HasSubstr("y=\"274.0\" class=\"e\">0 lux<"));
+    EXPECT_THAT(picture, HasSubstr("cx=\"80.0\" cy=\"270.0\""));
+    EXPECT_THAT(picture, HasSubstr("cx=\"490.0\" cy=\"160.0\""));
+}
+
+TEST_F(LightPlotTest, HasNoZeroWhereItIsNeverDark)
+{
+    trace.readings = {{0, 1, 1}, {10, 10, 10}};
+
+    EXPECT_THAT(drawn(), Not(HasSubstr(">0 lux<")));
 }
 
 TEST_F(LightPlotTest, FollowsTheLightByTimeWhereItIsKnown)
