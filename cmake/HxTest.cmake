@@ -54,7 +54,8 @@ function(hx_add_test_on support name)
   if(HX_SANITIZE)
     math(EXPR timeout "${timeout} * 5")
   endif()
-  gtest_discover_tests(${name} TEST_PREFIX "${HX_TEST_LABEL}:" DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${timeout})
+  gtest_discover_tests(${name} TEST_PREFIX "${HX_TEST_LABEL}:" DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${timeout}
+                       COST ${timeout}) # those that may last long begin first
 endfunction()
 
 if(HX_SANITIZE MATCHES "thread")
