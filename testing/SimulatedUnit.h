@@ -22,7 +22,7 @@ public:
     SimulatedUnit() : SimulatedUnit{std::initializer_list<const char*>{}} {}
     /// Description lines: what differs from a healthy unit.
     SimulatedUnit(std::initializer_list<const char*> description);
-    explicit SimulatedUnit(const char* line) : SimulatedUnit{{line}} {}
+    explicit SimulatedUnit(const char* line) : SimulatedUnit{std::initializer_list<const char*>{line}} {}
 
     /// State of the unit.
 

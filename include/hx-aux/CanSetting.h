@@ -94,11 +94,13 @@ public:
     /// @threadsafe Between objects.
     virtual ~CanSetting_Imp();
 
+    // NOLINTBEGIN(modernize-use-override): C++98 has no such word
     eErr getBaudrate(unsigned char net, unsigned short* kbit);
     eErr getFrameType(unsigned char net, CanFrameType* type);
     eErr setBaudrate(unsigned char net, unsigned short kbit);
     eErr setFrameType(unsigned char net, CanFrameType type);
     eErr Release();
+    // NOLINTEND(modernize-use-override)
 };
 
 } // namespace Halvix
