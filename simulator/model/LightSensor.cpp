@@ -81,12 +81,12 @@ LightSensor::LightSensor(Unit& unit) : clock_{unit.clock()}
         return 0;
     });
     unit.whenSupplyFails([this] { range = 0; });
-    describe(unit);
+    describeLight(unit.properties());
+    describeReadings(unit.properties());
 }
 
-void LightSensor::describe(Unit& unit)
+void LightSensor::describeLight(Properties& properties)
 {
-    Properties& properties = unit.properties();
     properties.add(
         "light", [this] { return shown(lux()); },
         [this](const std::string& text) { setLux(parseWithin(text, 0, 200000)); },
@@ -110,24 +110,31 @@ void LightSensor::describe(Unit& unit)
             random_.seed(seed_);
         },
         "where the noise begins");
+}
+
+void LightSensor::describeReadings(Properties& properties)
+{
     properties.number("light.range", range, 0, 255, "measuring range: 0 standard, 1 extended");
     properties.number("light.not-ready", notReady, 0, 1000000, "readings to come that are not complete");
     properties.number("light.conversion", conversionMs, 0, 60000,
                       "milliseconds after a change of range until a reading is complete");
     properties.add(
         "light.channels", [this] { return forced ? hexBytes(*forced) : std::string{"light"}; },
-        [this](const std::string& text) {
-            if (text == "light") {
-                forced.reset();
-                return;
-            }
-            const std::vector<std::string> parts = words(text);
-            if (parts.size() != 2)
-                throw BadText{"two bytes as '0xc5 0xa3', or 'light'"};
-            forced = Bytes{static_cast<std::uint8_t>(parseNumber(parts[0], 0, 255)),
-                           static_cast<std::uint8_t>(parseNumber(parts[1], 0, 255))};
-        },
+        [this](const std::string& text) { force(text); },
         "the two bytes that are read, whatever the light is; 'light' to follow it again");
+}
+
+void LightSensor::force(const std::string& channels)
+{
+    if (channels == "light") {
+        forced.reset();
+        return;
+    }
+    const std::vector<std::string> parts = words(channels);
+    if (parts.size() != 2)
+        throw BadText{"two bytes as '0xc5 0xa3', or 'light'"};
+    forced = Bytes{static_cast<std::uint8_t>(parseNumber(parts[0], 0, 255)),
+                   static_cast<std::uint8_t>(parseNumber(parts[1], 0, 255))};
 }
 
 double LightSensor::lux() const

@@ -43,7 +43,9 @@ public:
     std::function<void(double luxSet, double luxReported)> onRead;
 
 private:
-    void describe(Unit& unit);
+    void describeLight(Properties& properties);
+    void describeReadings(Properties& properties);
+    void force(const std::string& channels);
     [[nodiscard]] bool isComplete();
     [[nodiscard]] double noise();
 
