@@ -25,7 +25,7 @@ CuseDevice& deviceOf(fuse_req_t request)
 
 OpenFile& fileOf(const fuse_file_info* info)
 {
-    return *reinterpret_cast<OpenFile*>(info->fh);
+    return *reinterpret_cast<OpenFile*>(info->fh); // NOLINT(performance-no-int-to-ptr): the library keeps a number
 }
 
 Caller callerOf(fuse_req_t request)
