@@ -167,9 +167,7 @@ struct All {
     static void release() { (..., Holder<Interfaces>::release()); }
 };
 
-using Everything =
-    All<About, Adc, AuxVersion, Backlight, Buzzer, CanSetting, Config, Diagnostic, DigIO, FirmwareUpgrade, FrontLED,
-        HXAuxPrivate, Lightsensor, Power, Telematics, TouchScreen, TouchScreenCalib, Video>;
+using Everything = every::Interfaces<All>;
 
 std::vector<Action> allActions()
 {

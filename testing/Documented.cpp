@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/Documented.h"
 
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <stdexcept>
@@ -61,6 +62,15 @@ Interface interface(const std::string& name)
         }
     }
     return result;
+}
+
+std::set<std::string> interfaces()
+{
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator{HX_HEADERS})
+        if (const std::string name = entry.path().stem(); interface(name).codes.contains("Release"))
+            names.insert(name);
+    return names;
 }
 
 std::string nameOf(int code)

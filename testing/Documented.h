@@ -16,6 +16,9 @@ struct Interface {
 
 Interface interface(const std::string& name);
 
+/// The interfaces that have a public header, by name.
+std::set<std::string> interfaces();
+
 /// "ERR_OPEN_FAILED" for 1, empty for anything that is not an error code.
 std::string nameOf(int code);
 

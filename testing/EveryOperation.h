@@ -3,13 +3,52 @@
 
 #include "hx-aux/hx-aux.h"
 
-/// Every operation of the eighteen interfaces except `Release`, for tests of all of them:
-/// `Operations<Adc>::visit(visitor)` calls `visitor("getVoltage", &Adc::getVoltage)` and so on. A test compares this
-/// table with the headers.
+#include <string>
+#include <type_traits>
+
+/// Every operation of every interface except `Release`, for tests of all of them: `Operations<Adc>::visit(visitor)`
+/// calls `visitor("getVoltage", &Adc::getVoltage)` and so on. A test compares this table with the headers.
 namespace every {
+
+/// The interfaces as arguments of a template, sorted: `Interfaces<testing::Types>`.
+template <template <class...> class List>
+using Interfaces = List<Halvix::About, Halvix::Adc, Halvix::AuxVersion, Halvix::Backlight, Halvix::Buzzer,
+                        Halvix::CanSetting, Halvix::Config, Halvix::Diagnostic, Halvix::DigIO, Halvix::FirmwareUpgrade,
+                        Halvix::FrontLED, Halvix::HXAuxPrivate, Halvix::Lightsensor, Halvix::Power, Halvix::Telematics,
+                        Halvix::TouchScreen, Halvix::TouchScreenCalib, Halvix::Video>;
+
+/// Those with one object for the whole process: one thread creates and releases it.
+template <class Interface>
+constexpr bool kIsShared = std::is_same_v<Interface, Halvix::Backlight> || std::is_same_v<Interface, Halvix::Config> ||
+                           std::is_same_v<Interface, Halvix::Diagnostic> || std::is_same_v<Interface, Halvix::FrontLED>;
+
+template <class... Each>
+struct Visited {
+    template <class Visit>
+    static void by(Visit& visit)
+    {
+        (visit.template operator()<Each>(), ...);
+    }
+};
+
+/// `forEachInterface([]<class Interface>() { ... })`
+template <class Visit>
+void forEachInterface(Visit visit)
+{
+    Interfaces<Visited>::by(visit);
+}
 
 template <class Interface>
 struct Operations;
+
+/// Names the tests of a typed suite after the interfaces.
+struct Names {
+    template <class Interface>
+    static std::string GetName(int)
+    {
+        return Operations<Interface>::kName;
+    }
+};
 
 template <>
 struct Operations<Halvix::About> {

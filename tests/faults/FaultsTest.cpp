@@ -469,46 +469,17 @@ void failEverywhere(const std::string& part = "")
 
 // One test for each interface: they run in parallel.
 
-TEST(Faults, LeaveAboutSound)
+template <class Interface>
+class FaultsOf : public testing::Test {
+};
+
+TYPED_TEST_SUITE(FaultsOf, every::Interfaces<testing::Types>, every::Names);
+
+TYPED_TEST(FaultsOf, LeaveItSound)
 {
-    failEverywhere<About>();
+    failEverywhere<TypeParam>();
 }
-TEST(Faults, LeaveAdcSound)
-{
-    failEverywhere<Adc>();
-}
-TEST(Faults, LeaveAuxVersionSound)
-{
-    failEverywhere<AuxVersion>();
-}
-TEST(Faults, LeaveBacklightSound)
-{
-    failEverywhere<Backlight>();
-}
-TEST(Faults, LeaveBuzzerSound)
-{
-    failEverywhere<Buzzer>();
-}
-TEST(Faults, LeaveCanSettingSound)
-{
-    failEverywhere<CanSetting>();
-}
-TEST(Faults, LeaveConfigSound)
-{
-    failEverywhere<Config>();
-}
-TEST(Faults, LeaveDiagnosticSound)
-{
-    failEverywhere<Diagnostic>();
-}
-TEST(Faults, LeaveDigIOSound)
-{
-    failEverywhere<DigIO>();
-}
-TEST(Faults, LeaveFirmwareUpgradeSound)
-{
-    failEverywhere<FirmwareUpgrade>();
-}
+
 TEST(Faults, LeaveFpgaUpgradesSound)
 {
     failEverywhere<FirmwareUpgrade>("Fpga");
@@ -521,38 +492,6 @@ TEST(Faults, LeaveFrontUpgradesSound)
 {
     failEverywhere<FirmwareUpgrade>("Front");
 }
-TEST(Faults, LeaveFrontLEDSound)
-{
-    failEverywhere<FrontLED>();
-}
-TEST(Faults, LeaveHXAuxPrivateSound)
-{
-    failEverywhere<HXAuxPrivate>();
-}
-TEST(Faults, LeaveLightsensorSound)
-{
-    failEverywhere<Lightsensor>();
-}
-TEST(Faults, LeavePowerSound)
-{
-    failEverywhere<Power>();
-}
-TEST(Faults, LeaveTelematicsSound)
-{
-    failEverywhere<Telematics>();
-}
-TEST(Faults, LeaveTouchScreenSound)
-{
-    failEverywhere<TouchScreen>();
-}
-TEST(Faults, LeaveTouchScreenCalibSound)
-{
-    failEverywhere<TouchScreenCalib>();
-}
-TEST(Faults, LeaveVideoSound)
-{
-    failEverywhere<Video>();
-}
 
 /// Operations of the table by name.
 template <class Interface>
@@ -564,19 +503,18 @@ std::map<std::string, int> inTheTable()
     return names;
 }
 
-template <class... Interfaces>
-void compareTables()
-{
-    (..., [] {
-        const char* const name = every::Operations<Interfaces>::kName;
-        EXPECT_EQ(inTheTable<Interfaces>(), documented::interface(name).overloads) << name;
-    }());
-}
-
 TEST(Faults, AreTriedWithEveryOperationOfTheHeaders)
 {
-    compareTables<About, Adc, AuxVersion, Backlight, Buzzer, CanSetting, Config, Diagnostic, DigIO, FirmwareUpgrade,
-                  FrontLED, HXAuxPrivate, Lightsensor, Power, Telematics, TouchScreen, TouchScreenCalib, Video>();
+    std::set<std::string> interfaces;
+    every::forEachInterface([&]<class Interface>() {
+        const char* const name = every::Operations<Interface>::kName;
+        interfaces.insert(name);
+        EXPECT_EQ(inTheTable<Interface>(), documented::interface(name).overloads)
+            << "the operations of " << name << " in testing/EveryOperation.h and in its header differ";
+    });
+    for (const std::string& name : documented::interfaces())
+        EXPECT_TRUE(interfaces.contains(name))
+            << "testing/EveryOperation.h: add " << name << " to Interfaces, and its Operations";
 }
 
 } // namespace

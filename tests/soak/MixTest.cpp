@@ -31,10 +31,6 @@ constexpr int kLongestRunMs = 60000;
 /// Operations that by their headers change the state permanently, or may wait forever.
 const std::set<std::string> kLeftOut{"Video.init", "HXAuxPrivate.automaticBacklightInit"};
 
-template <class Interface>
-constexpr bool kIsShared = std::is_same_v<Interface, Backlight> || std::is_same_v<Interface, Config> ||
-                           std::is_same_v<Interface, Diagnostic> || std::is_same_v<Interface, FrontLED>;
-
 std::vector<OperationCall> waysToCall(const std::string& operation)
 {
     if (kLeftOut.contains(operation))
@@ -78,8 +74,7 @@ class Worker {
 public:
     explicit Worker(std::size_t number) : number_{number}
     {
-        addAll<About, Adc, AuxVersion, Backlight, Buzzer, CanSetting, Config, Diagnostic, DigIO, FirmwareUpgrade,
-               FrontLED, HXAuxPrivate, Lightsensor, Power, Telematics, TouchScreen, TouchScreenCalib, Video>();
+        every::forEachInterface([this]<class Interface>() { add<Interface>(); });
     }
 
     void live(unsigned seed, std::chrono::steady_clock::time_point end)
@@ -96,16 +91,11 @@ public:
     [[nodiscard]] long done() const { return done_; }
 
 private:
-    template <class... Interfaces>
-    void addAll()
-    {
-        (add<Interfaces>(), ...);
-    }
     template <class Interface>
     void add()
     {
         auto object = std::make_shared<Worn<Interface>>(number_);
-        if constexpr (!kIsShared<Interface>) // the headers require one thread to create and release them
+        if constexpr (!every::kIsShared<Interface>) // the headers require one thread to create and release them
             actions_.push_back([object] { object->renew(); });
         every::Operations<Interface>::visit([&](const char* name, auto operation) {
             for (const OperationCall& tried : waysToCall(std::string{every::Operations<Interface>::kName} + '.' + name))

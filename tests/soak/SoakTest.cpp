@@ -234,46 +234,17 @@ void soak(const std::string& part = "")
 
 // One test for each interface: they run in parallel.
 
-TEST(Soak, LeavesAboutAsItWas)
+template <class Interface>
+class SoakOf : public testing::Test {
+};
+
+TYPED_TEST_SUITE(SoakOf, every::Interfaces<testing::Types>, every::Names);
+
+TYPED_TEST(SoakOf, LeavesItAsItWas)
 {
-    soak<About>();
+    soak<TypeParam>();
 }
-TEST(Soak, LeavesAdcAsItWas)
-{
-    soak<Adc>();
-}
-TEST(Soak, LeavesAuxVersionAsItWas)
-{
-    soak<AuxVersion>();
-}
-TEST(Soak, LeavesBacklightAsItWas)
-{
-    soak<Backlight>();
-}
-TEST(Soak, LeavesBuzzerAsItWas)
-{
-    soak<Buzzer>();
-}
-TEST(Soak, LeavesCanSettingAsItWas)
-{
-    soak<CanSetting>();
-}
-TEST(Soak, LeavesConfigAsItWas)
-{
-    soak<Config>();
-}
-TEST(Soak, LeavesDiagnosticAsItWas)
-{
-    soak<Diagnostic>();
-}
-TEST(Soak, LeavesDigIOAsItWas)
-{
-    soak<DigIO>();
-}
-TEST(Soak, LeavesFirmwareUpgradeAsItWas)
-{
-    soak<FirmwareUpgrade>();
-}
+
 TEST(Soak, LeavesFpgaUpgradesAsTheyWere)
 {
     soak<FirmwareUpgrade>("Fpga");
@@ -285,38 +256,6 @@ TEST(Soak, LeavesSupervisorUpgradesAsTheyWere)
 TEST(Soak, LeavesFrontUpgradesAsTheyWere)
 {
     soak<FirmwareUpgrade>("Front");
-}
-TEST(Soak, LeavesFrontLEDAsItWas)
-{
-    soak<FrontLED>();
-}
-TEST(Soak, LeavesHXAuxPrivateAsItWas)
-{
-    soak<HXAuxPrivate>();
-}
-TEST(Soak, LeavesLightsensorAsItWas)
-{
-    soak<Lightsensor>();
-}
-TEST(Soak, LeavesPowerAsItWas)
-{
-    soak<Power>();
-}
-TEST(Soak, LeavesTelematicsAsItWas)
-{
-    soak<Telematics>();
-}
-TEST(Soak, LeavesTouchScreenAsItWas)
-{
-    soak<TouchScreen>();
-}
-TEST(Soak, LeavesTouchScreenCalibAsItWas)
-{
-    soak<TouchScreenCalib>();
-}
-TEST(Soak, LeavesVideoAsItWas)
-{
-    soak<Video>();
 }
 
 /// Runs that end early: thousands of threads start and end, without bootloader traffic.

@@ -210,23 +210,23 @@ template <class Interface>
 class PairsOfObjectsOf : public testing::Test {
 };
 
-struct Names {
-    template <class Interface>
-    static std::string GetName(int)
-    {
-        return every::Operations<Interface>::kName;
-    }
+/// The types of the first list, and those of the others whose factory makes a new object.
+template <class Types, class... Others>
+struct WithOwnObjects {
+    using Of = Types;
 };
+template <class... Kept, class Next, class... Others>
+struct WithOwnObjects<testing::Types<Kept...>, Next, Others...>
+    : WithOwnObjects<std::conditional_t<every::kIsShared<Next>, testing::Types<Kept...>, testing::Types<Kept..., Next>>,
+                     Others...> {
+};
+template <class... Interfaces>
+using OwnObjects = typename WithOwnObjects<testing::Types<>, Interfaces...>::Of;
 
-using Everything =
-    testing::Types<About, Adc, AuxVersion, Backlight, Buzzer, CanSetting, Config, Diagnostic, DigIO, FirmwareUpgrade,
-                   FrontLED, HXAuxPrivate, Lightsensor, Power, Telematics, TouchScreen, TouchScreenCalib, Video>;
-/// The others have one object for the whole process.
-using WithOwnObjects = testing::Types<About, Adc, AuxVersion, Buzzer, CanSetting, DigIO, FirmwareUpgrade, HXAuxPrivate,
-                                      Lightsensor, Power, Telematics, TouchScreen, TouchScreenCalib, Video>;
+using Everything = every::Interfaces<testing::Types>;
 
-TYPED_TEST_SUITE(PairsOf, Everything, Names);
-TYPED_TEST_SUITE(PairsOfObjectsOf, WithOwnObjects, Names);
+TYPED_TEST_SUITE(PairsOf, Everything, every::Names);
+TYPED_TEST_SUITE(PairsOfObjectsOf, every::Interfaces<OwnObjects>, every::Names);
 
 TYPED_TEST(PairsOf, OperationsOnOneObjectAnswerAsDocumented)
 {
@@ -279,7 +279,13 @@ TEST_P(PairsOfInterfaces, AnswerAsDocumented)
         guest.release();
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, PairsOfInterfaces, testing::Range(std::size_t{0}, std::size_t{17}));
+template <class... Interfaces>
+constexpr std::size_t countOf(testing::Types<Interfaces...>)
+{
+    return sizeof...(Interfaces);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, PairsOfInterfaces, testing::Range(std::size_t{0}, countOf(Everything{}) - 1));
 
 TEST(ThreadWords, OfEveryOperationAreKnown)
 {
@@ -291,6 +297,15 @@ TEST(ThreadWords, OfEveryOperationAreKnown)
     EXPECT_EQ(documented::threadWords("FirmwareUpgrade").operations.at("getUpgradeStatus"), Threads::OnObjectsOfOwn);
     EXPECT_EQ(documented::threadWords("Config").operations.at("Release"), Threads::OneThreadAtATime);
     EXPECT_EQ(documented::threadWords("Config").factory, Threads::OneThreadAtATime);
+}
+
+TEST(ThreadWords, OfAFactoryNameOneThreadWhereTheProcessHasOneObject)
+{
+    every::forEachInterface([]<class Interface>() {
+        const char* const name = every::Operations<Interface>::kName;
+        EXPECT_EQ(documented::threadWords(name).factory == Threads::OneThreadAtATime, every::kIsShared<Interface>)
+            << name << ": its @threadsafe words and kIsShared in testing/EveryOperation.h differ";
+    });
 }
 
 } // namespace

@@ -208,42 +208,30 @@ void background()
     sleepFully(300ms);
 }
 
-/// Every operation with usual arguments, except those of the other scenes.
-class Everything {
-public:
-    template <class... Interfaces>
-    void call()
-    {
-        (callAll<Interfaces>(), ...);
-    }
-
-private:
-    template <class Interface>
-    void callAll()
-    {
-        using Operations = every::Operations<Interface>;
-        Released object{Operations::make()};
-        if constexpr (std::is_same_v<Interface, Video>)
-            print("Video.init", object->init(1));
-        Operations::visit([&](const char* name, auto operation) {
-            const std::string use = std::string{Operations::kName} + '.' + name;
-            if (use == "HXAuxPrivate.automaticBacklightInit" || use == "Lightsensor.startAverageCalc" ||
-                use.starts_with("FirmwareUpgrade.start") ||
-                use == "Video.freeBmpBuffer") // a pointer that was never allocated
-                return;
-            static const std::vector<double> kNone{};
-            static const std::vector<const char*> kTexts{"KEY", "value"};
-            faults::Arguments arguments{kNone, kTexts};
-            print(use, arguments.call(*object, operation));
-        });
-    }
-};
+/// The operations with usual arguments, except those of the other scenes.
+template <class Interface>
+void callAll()
+{
+    using Operations = every::Operations<Interface>;
+    Released object{Operations::make()};
+    if constexpr (std::is_same_v<Interface, Video>)
+        print("Video.init", object->init(1));
+    Operations::visit([&](const char* name, auto operation) {
+        const std::string use = std::string{Operations::kName} + '.' + name;
+        if (use == "HXAuxPrivate.automaticBacklightInit" || use == "Lightsensor.startAverageCalc" ||
+            use.starts_with("FirmwareUpgrade.start") ||
+            use == "Video.freeBmpBuffer") // a pointer that was never allocated
+            return;
+        static const std::vector<double> kNone{};
+        static const std::vector<const char*> kTexts{"KEY", "value"};
+        faults::Arguments arguments{kNone, kTexts};
+        print(use, arguments.call(*object, operation));
+    });
+}
 
 void everything()
 {
-    Everything{}
-        .call<About, Adc, AuxVersion, Backlight, Buzzer, CanSetting, Config, Diagnostic, DigIO, FirmwareUpgrade,
-              FrontLED, HXAuxPrivate, Lightsensor, Power, Telematics, TouchScreen, TouchScreenCalib, Video>();
+    every::forEachInterface([]<class Interface>() { callAll<Interface>(); });
 }
 
 } // namespace
