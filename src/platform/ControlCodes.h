@@ -4,7 +4,7 @@
 #include <cstdint>
 
 /// The numbers of the drivers' requests. The top digit is the direction: 4 write, 8 read, C both. Each number appears
-/// only here; what a request does is its row in `IoCtrl.cpp`.
+/// only here; what a request does is its row in `ControlCodeTable.h`.
 namespace Halvix::codes {
 
 inline constexpr std::uint32_t setBacklightLevel = 0x40010003;
