@@ -2,11 +2,10 @@
 // docs/control-codes.md matches the library's table.
 #include "platform/ControlCodeTable.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <fstream>
 #include <map>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -115,16 +114,14 @@ std::string codeOf(const Row& row)
 
 } // namespace
 
-TEST(ControlCodesPage, NamesEveryCodeOnceAndNoOthers)
+TEST(ControlCodesPage, NamesNoCodeThatTheTableDoesNotHave)
 {
-    std::set<std::string> table;
+    auto described = page();
     for (const Row& row : kControlCodes)
-        table.insert(codeOf(row));
-    std::set<std::string> described;
-    for (const auto& [code, line] : page())
-        described.insert(code);
+        described.erase(codeOf(row));
 
-    EXPECT_EQ(described, table);
+    for (const auto& [code, line] : described)
+        ADD_FAILURE() << "docs/control-codes.md describes " << code << ", which is not in ControlCodeTable.h";
 }
 
 TEST(ControlCodesPage, DescribesEveryRow)
@@ -132,7 +129,11 @@ TEST(ControlCodesPage, DescribesEveryRow)
     const auto lines = page();
     for (const Row& row : kControlCodes) {
         const auto line = lines.find(codeOf(row));
-        ASSERT_NE(line, lines.end()) << codeOf(row);
+        if (line == lines.end()) {
+            ADD_FAILURE() << "add to docs/control-codes.md: | " << codeOf(row)
+                          << " | `NAME` | `Interface::operation` | " << actionOf(row) << " | " << countOf(row) << " |";
+            continue;
+        }
         if (row.action == Action::Named) {
             EXPECT_NE(line->second.action, "") << codeOf(row);
             continue;
