@@ -23,7 +23,12 @@ build_and_test() { # preset
     ctest --test-dir "build/$1" --output-on-failure -j "$(nproc)"
 }
 
-check_format() { sources | xargs clang-format --dry-run -Werror; }
+check_format() {
+    sources | xargs clang-format --dry-run -Werror || {
+        echo "clang-format -i FILE... formats them"
+        return 1
+    }
+}
 check_shell() { git ls-files scripts .ci/run packaging | xargs grep -lE '^#!.*(ba)?sh' | xargs shellcheck; }
 check_spelling() { git ls-files | grep -vE '^fuzz/corpus/|\.(svg|png|bin|hex|mcs)$' | xargs codespell --ignore-words scripts/spelling-exceptions.txt; }
 check_source() { scripts/check-source; }
