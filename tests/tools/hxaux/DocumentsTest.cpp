@@ -90,7 +90,7 @@ std::vector<std::pair<std::string, std::string>> operationsIn(const fs::path& he
 TEST(Reference, IsWhatTheVerbTableSays)
 {
     EXPECT_TRUE(page("hxaux-reference.md") == cli::markdownReference(hxaux::program()))
-        << "make it again: build/x86_64/hxaux --reference >docs/hxaux-reference.md";
+        << "update it: scripts/update-pages";
 }
 
 TEST(CommandLinePage, ListsEveryExitStatus)
@@ -128,7 +128,7 @@ TEST(SimulatorPage, ListsEachCommandAndEachStatus)
 TEST(UnitPropertiesPage, IsWhatTheSimulatedUnitSays)
 {
     EXPECT_TRUE(page("unit-properties.md") == run("hx-sim run --scale 0.001 -- hx-sim properties --markdown").output)
-        << "make it again: hx-sim run --scale 0.001 -- hx-sim properties --markdown >docs/unit-properties.md";
+        << "update it: scripts/update-pages";
 }
 
 TEST(Pages, AreAllListed)
