@@ -18,6 +18,7 @@ struct Unit::Inside {
     std::optional<Vocabulary> vocabulary{}; ///< when an expectation has been checked
 
     explicit Inside(const std::string& unit) : name{unit}, follower{unit, {}} {}
+    Finding check(const std::string& expectation);
 };
 
 struct Program::Inside {
@@ -53,7 +54,22 @@ std::vector<std::string> startCommand(const std::string& name, const Options& op
     return words;
 }
 
+void require(const std::string& expectation, const Finding& finding)
+{
+    if (!finding.met)
+        throw Error{"expected " + expectation + "; " + finding.seen};
+}
+
 } // namespace
+
+Finding Unit::Inside::check(const std::string& expectation)
+{
+    return translated([&] {
+        if (!vocabulary)
+            vocabulary = vocabularyOf(name);
+        return follower.check(parseExpectation(expectation, *vocabulary));
+    });
+}
 
 Program::Program(std::unique_ptr<Inside> inside) : inside_{std::move(inside)} {}
 Program::Program(Program&& other) noexcept = default;
@@ -170,19 +186,20 @@ Program Unit::run(const std::vector<std::string>& command)
 
 Result Unit::check(const std::string& expectation)
 {
-    return translated([&] {
-        if (!inside_->vocabulary)
-            inside_->vocabulary = vocabularyOf(inside_->name);
-        const Finding finding = inside_->follower.check(parseExpectation(expectation, *inside_->vocabulary));
-        return Result{finding.met, finding.time, finding.seen};
-    });
+    const Finding finding = inside_->check(expectation);
+    return {finding.met, finding.time, finding.seen};
 }
 
 void Unit::expect(const std::string& expectation)
 {
-    const Result result = check(expectation);
-    if (!result)
-        throw Error{"expected " + expectation + "; " + result.seen};
+    require(expectation, inside_->check(expectation));
+}
+
+void Unit::wait(const std::string& expectation)
+{
+    const Finding finding = inside_->check(expectation);
+    require(expectation, finding);
+    inside_->follower.mark(finding);
 }
 
 void Unit::sleep(std::chrono::nanoseconds time)

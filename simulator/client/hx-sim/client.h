@@ -106,16 +106,19 @@ public:
 
     /// Checks an expectation, as hx-sim expect does: "backlight.level = 40 within 1s",
     /// "request /dev/power-id put 4 within 2s", "never led.lit = on for 500ms". Its time begins with the last action
-    /// (set, act, fail, run, ...). Waits until it is decided; throws for a mistake in the text.
+    /// (set, act, fail, run, wait, ...). Waits until it is decided; throws for a mistake in the text.
     Result check(const std::string& expectation);
     /// The same, but throws Error with what was seen when it is not met.
     void expect(const std::string& expectation);
-    /// Waits until a property has a value; throws Error when it does not get it in this time of the unit.
+    /// The same, and the time of what is checked next begins with the moment for which it waited, as after an action:
+    /// wait("output ready within 10s").
+    void wait(const std::string& expectation);
+    /// Waits so until a property has a value; throws Error when it does not get it in this time of the unit.
     template <typename Value>
     void waitFor(const std::string& property, const Value& value, std::chrono::nanoseconds time)
     {
         const double seconds = std::chrono::duration<double>(time).count();
-        expect(property + " = " + literal(text(value)) + " within " + text(seconds) + 's');
+        wait(property + " = " + literal(text(value)) + " within " + text(seconds) + 's');
     }
     /// Lets the unit's time advance by this.
     void sleep(std::chrono::nanoseconds time);

@@ -80,6 +80,15 @@ TEST_F(Client, CountsWhatHappenedSinceTheLastAction)
     EXPECT_FALSE(sees("request /dev/backlight * within 10ms"));
 }
 
+TEST_F(Client, CountsFromTheMomentForWhichItWaited)
+{
+    hxsim::Program program = unit.run({"hxaux", "backlight", "set", "40"});
+    unit.waitFor("backlight.level", 40, 60s);
+
+    EXPECT_TRUE(sees("never request /dev/backlight 0x40010003 for 500ms"));
+    EXPECT_EQ(program.wait(), 0);
+}
+
 TEST_F(Client, FindsEarlierCallsInTheLog)
 {
     EXPECT_EQ(unit.run({"hxaux", "backlight", "set", "40"}).wait(), 0);
