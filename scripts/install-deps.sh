@@ -13,7 +13,7 @@
 set -euo pipefail
 
 build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev libedit2)
-tests=("${build[@]}" pkg-config python3 googletest binutils clang lld srecord qemu-system-arm fish man-db zsh)
+tests=("${build[@]}" pkg-config python3 python3-yaml googletest libgtest-dev make patch binutils clang lld srecord qemu-system-arm fish man-db zsh)
 fast=(clang-format codespell git python3 shellcheck)
 checks=("${tests[@]}" "${fast[@]}" clang lld clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
     gcovr libbenchmark-dev libbenchmark-dev:i386 pkg-config umockdev libumockdev-dev)
