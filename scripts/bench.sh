@@ -8,6 +8,9 @@
 #                                             speed of reading firmware files
 #
 #   scripts/bench.sh build                    CPU seconds of cold builds and of a rebuild (scripts/bench-build; 20 minutes)
+#   scripts/bench.sh units [UNITS]            one simulated unit, and a hundred at once (scripts/bench-units; a minute)
+#   scripts/bench.sh application [RUNS]       the tests of an application, a thousand times each on busy processors
+#                                             (scripts/bench-application; five minutes)
 #
 # Sections: operations light parsers processes requests eeprom upgrade
 # shellcheck disable=SC2317  # the sections are called by their names
@@ -17,6 +20,12 @@ cd "$(dirname "$0")/.."
 if [ "${1:-}" = build ]; then
     scripts/install-deps.sh test
     exec scripts/bench-build "${@:2}"
+fi
+if [ "${1:-}" = units ] || [ "${1:-}" = application ]; then
+    scripts/install-deps.sh check
+    cmake --preset x86_64 -DHX_BENCHMARKS=ON >/dev/null
+    cmake --build --preset x86_64 --target hx-benchmarks hxaux hx-sim hx-sim-client >/dev/null
+    exec "scripts/bench-$1" "${@:2}"
 fi
 limit=50
 check=()

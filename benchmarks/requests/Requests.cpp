@@ -7,7 +7,44 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <string>
+#include <unistd.h>
 #include <vector>
+
+namespace {
+
+void readVoltage(Halvix::Adc& adc)
+{
+    double volts = 0;
+    if (adc.getVoltage(Halvix::Voltage0, &volts) == Halvix::ERR_SUCCESS)
+        return;
+    std::fprintf(stderr, "cannot read a voltage; run this on a simulated unit\n");
+    std::exit(2);
+}
+
+/// KiB that no other process shares.
+long ownMemory(pid_t process)
+{
+    std::ifstream file{"/proc/" + std::to_string(process) + "/smaps_rollup"};
+    long sum = 0;
+    for (std::string word; file >> word;)
+        if (long size = 0; (word == "Private_Clean:" || word == "Private_Dirty:") && file >> size)
+            sum += size;
+    return sum;
+}
+
+} // namespace
+
+void measureFirstRequest(const char* since)
+{
+    Halvix::Adc* adc = GetAdc();
+    readVoltage(*adc);
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    std::printf("%.3f %ld\n", std::chrono::duration<double, std::milli>(now).count() - std::atof(since),
+                ownMemory(getppid()));
+    adc->Release();
+}
 
 void measureRequests(const char* backend)
 {
@@ -17,13 +54,8 @@ void measureRequests(const char* backend)
     std::vector<double> microseconds(kTurns);
     for (double& each : microseconds) {
         const auto start = std::chrono::steady_clock::now();
-        for (int i = 0; i < kRequests; ++i) {
-            double volts = 0;
-            if (adc->getVoltage(Halvix::Voltage0, &volts) != Halvix::ERR_SUCCESS) {
-                std::fprintf(stderr, "cannot read a voltage; run this on a simulated unit\n");
-                std::exit(2);
-            }
-        }
+        for (int i = 0; i < kRequests; ++i)
+            readVoltage(*adc);
         const std::chrono::duration<double, std::micro> taken = std::chrono::steady_clock::now() - start;
         each = taken.count() / kRequests;
     }

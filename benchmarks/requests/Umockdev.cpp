@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The same requests to a device that umockdev simulates, for comparison: umockdev-wrapper hx-bench-umockdev-request
+// [MILLISECONDS]
 #include "benchmarks/requests/Requests.h"
 
 #include <cstdio>
@@ -32,7 +33,7 @@ int failed(const char* what, const GError* error)
 
 } // namespace
 
-int main()
+int main(int count, char** words)
 {
     GError* error = nullptr;
     UMockdevTestbed* const testbed = umockdev_testbed_new();
@@ -45,7 +46,10 @@ int main()
     std::fflush(stdout);
     const pid_t child = fork(); // a program of its own, as on a unit
     if (child == 0) {
-        measureRequests("umockdev");
+        if (count > 1)
+            measureFirstRequest(words[1]);
+        else
+            measureRequests("umockdev");
         std::fflush(stdout);
         _exit(0);
     }
