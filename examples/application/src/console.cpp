@@ -101,27 +101,26 @@ private:
         std::ofstream stream(beside);
         stream << warnings_ << '\n';
         stream.close();
-        const bool saved = !stream.fail() && std::rename(beside.c_str(), file_.c_str()) == 0;
-        std::puts(saved ? "saved" : "cannot save");
-        std::fflush(stdout);
-        return saved;
+        return worked("state", !stream.fail() && std::rename(beside.c_str(), file_.c_str()) == 0, "cannot be saved");
     }
 
-    // Prints an error when it is new; the rounds are short.
-    bool worked(const char* what, eErr err)
+    bool worked(const char* what, eErr err) { return worked(what, err == ERR_SUCCESS, GetErrorStringA(err)); }
+
+    // Prints why something failed when that is new; the rounds are short.
+    bool worked(const char* what, bool success, const std::string& why)
     {
-        const bool isNew = err != ERR_SUCCESS && reported_[what] != err;
-        reported_[what] = err;
-        if (isNew)
-            std::fprintf(stderr, "%s: %s (%d)\n", what, GetErrorStringA(err), static_cast<int>(err));
-        return err == ERR_SUCCESS;
+        std::string& reported = reported_[what];
+        if (!success && reported != why)
+            std::fprintf(stderr, "console: %s: %s\n", what, why.c_str());
+        reported = success ? "" : why;
+        return success;
     }
 
     std::string file_;
     unsigned warnings_ = 0;
     bool warns_ = false;
     std::optional<unsigned char> level_; // what was set last
-    std::map<std::string, eErr> reported_;
+    std::map<std::string, std::string> reported_;
     Handle<Lightsensor> sensor_{GetLightsensor()};
     Handle<Backlight> backlight_{GetBacklight()};
     Handle<Adc> adc_{GetAdc()};
