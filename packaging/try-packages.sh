@@ -1,7 +1,8 @@
 #!/bin/bash
 # SPDX-License-Identifier: LicenseRef-HXAux
 # Runs in a fresh root with the packages in /packages: installs them, builds a program with pkg-config, with CMake and
-# with a plain command line, runs each on a simulated unit, and removes everything without a trace.
+# with a plain command line, runs each on a simulated unit, runs the tests of the example application as a CI job does,
+# and removes everything without a trace.
 set -euo pipefail
 export DEBIAN_FRONTEND=noninteractive
 
@@ -46,6 +47,12 @@ for program in ./by-pkg-config ./by-hand ./cmake-build/by-cmake; do
 done
 hx-sim run -- hxaux version >/dev/null
 [ "$(hxaux --version | grep -c 1.3.1.0)" = 1 ]
+
+cp -r /packages/application console && mkdir console/packages && cp /packages/*.deb console/packages/
+for step in install-packages run-tests; do
+    console/$step >log 2>&1 || { cat log && exit 1; }
+done
+echo "   the tests of the example application: $(grep 'tests passed' log)"
 
 echo "   removing"
 apt-get purge -y -qq libhx-aux1 libhx-aux-dev hxaux-tools hx-sim hx-sim-preload hx-sim-dev 'libhx-aux-doc*' >/dev/null 2>&1

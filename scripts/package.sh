@@ -87,7 +87,7 @@ try_in_root() { # architecture
     fresh_root "$1" "$root"
     mkdir -p "$root/packages"
     cp "$work"/*_"$1".deb "$work"/*_all.deb "$root/packages/" 2>/dev/null || true
-    cp packaging/try-packages.sh "$root/packages/"
+    cp -r packaging/try-packages.sh examples/application "$root/packages/"
     echo "   trying the $1 packages"
     in_root "$root" "/packages/try-packages.sh"
     release_root "$root"
