@@ -54,10 +54,9 @@ std::vector<std::string> startCommand(const std::string& name, const Options& op
     return words;
 }
 
-void require(const std::string& expectation, const Finding& finding)
+Result resultOf(const Finding& finding)
 {
-    if (!finding.met)
-        throw Error{"expected " + expectation + "; " + finding.seen};
+    return {finding.met, finding.time, finding.seen};
 }
 
 } // namespace
@@ -186,20 +185,26 @@ Program Unit::run(const std::vector<std::string>& command)
 
 Result Unit::check(const std::string& expectation)
 {
-    const Finding finding = inside_->check(expectation);
-    return {finding.met, finding.time, finding.seen};
+    return resultOf(inside_->check(expectation));
 }
 
 void Unit::expect(const std::string& expectation)
 {
-    require(expectation, inside_->check(expectation));
+    require(expectation, check(expectation));
 }
 
-void Unit::wait(const std::string& expectation)
+Result Unit::wait(const std::string& expectation)
 {
     const Finding finding = inside_->check(expectation);
-    require(expectation, finding);
-    inside_->follower.mark(finding);
+    if (finding.met)
+        inside_->follower.mark(finding);
+    return resultOf(finding);
+}
+
+void Unit::require(const std::string& expectation, const Result& result)
+{
+    if (!result)
+        throw Error{"expected " + expectation + "; " + result.seen};
 }
 
 void Unit::sleep(std::chrono::nanoseconds time)

@@ -110,15 +110,16 @@ public:
     Result check(const std::string& expectation);
     /// The same, but throws Error with what was seen when it is not met.
     void expect(const std::string& expectation);
-    /// The same, and the time of what is checked next begins with the moment for which it waited, as after an action:
-    /// wait("output ready within 10s").
-    void wait(const std::string& expectation);
+    /// Checks as well; if it is met, the time of what is checked next begins with the moment for which it waited, as
+    /// after an action: wait("output ready within 10s").
+    [[nodiscard]] Result wait(const std::string& expectation);
     /// Waits so until a property has a value; throws Error when it does not get it in this time of the unit.
     template <typename Value>
     void waitFor(const std::string& property, const Value& value, std::chrono::nanoseconds time)
     {
         const double seconds = std::chrono::duration<double>(time).count();
-        wait(property + " = " + literal(text(value)) + " within " + text(seconds) + 's');
+        const std::string expectation = property + " = " + literal(text(value)) + " within " + text(seconds) + 's';
+        require(expectation, wait(expectation));
     }
     /// Lets the unit's time advance by this.
     void sleep(std::chrono::nanoseconds time);
@@ -131,6 +132,7 @@ private:
     struct Inside;
     explicit Unit(std::unique_ptr<Inside> inside);
 
+    static void require(const std::string& expectation, const Result& result);
     static std::string text(const std::string& value) { return value; }
     static std::string text(const char* value) { return value; }
     static std::string text(bool value) { return value ? "on" : "off"; }
