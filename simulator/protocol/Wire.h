@@ -63,6 +63,6 @@ struct Head {
 static_assert(sizeof(Head) == 40);
 
 /// Larger than any driver's block and any chunk of a stream.
-constexpr std::size_t kLargestPacket = 160 * 1024;
+constexpr std::size_t kLargestPacket = std::size_t{160} * 1024;
 
 } // namespace hxsim::wire
