@@ -7,6 +7,7 @@
 /// only here; what a request does is its row in `ControlCodeTable.h`.
 namespace Halvix::codes {
 
+// NOLINTBEGIN(readability-identifier-naming): read with their namespace, as codes::setPowerCan
 inline constexpr std::uint32_t setBacklightLevel = 0x40010003;
 inline constexpr std::uint32_t setVideoControl = 0x40010005;
 inline constexpr std::uint32_t smartWrite = 0x4001001c;
@@ -108,5 +109,6 @@ inline constexpr std::uint32_t videoRawImage = 0x80060012;
 inline constexpr std::uint32_t videoArea = 0x80080009;
 inline constexpr std::uint32_t fpgaFlashWrite = 0xc218004e;
 inline constexpr std::uint32_t fpgaFlashRead = 0xc218004f;
+// NOLINTEND(readability-identifier-naming)
 
 } // namespace Halvix::codes
