@@ -85,9 +85,19 @@ void Program::stop()
     inside_->run.stop();
 }
 
+std::string Program::output() const
+{
+    return inside_->run.output();
+}
+
 bool Program::isRunning()
 {
     return !inside_->run.status();
+}
+
+void onSignal(std::function<void()> handler)
+{
+    Connection::onSignal(std::move(handler));
 }
 
 Unit::Unit(const Options& options)

@@ -29,6 +29,26 @@ constexpr int kForever = -1;
 /// A unit answers a command at once; one that is stuck must not block its user.
 constexpr int kPatienceMs = 60000;
 
+std::function<void()> signalHandler{};
+
+/// Waits until something can be read; false when nothing came in this time.
+bool canBeRead(int fd, int patienceMs)
+{
+    constexpr int kBetweenHandlersMs = 500;
+    pollfd watched{fd, POLLIN, 0};
+    for (int left = patienceMs; left != 0;) {
+        const int now = signalHandler && (left < 0 || left > kBetweenHandlersMs) ? kBetweenHandlersMs : left;
+        const int ready = poll(&watched, 1, now);
+        if (ready > 0)
+            return true;
+        if (signalHandler)
+            signalHandler();
+        if (ready == 0 && left > 0)
+            left -= now;
+    }
+    return false;
+}
+
 int connectTo(const std::string& unit)
 {
     const std::string path = UnitFolder::pathOf(unit) + "/events";
@@ -89,16 +109,19 @@ Connection::~Connection()
     close(fd_);
 }
 
+void Connection::onSignal(std::function<void()> handler)
+{
+    signalHandler = std::move(handler);
+}
+
 std::string Connection::line(int patienceMs)
 {
     std::array<char, 16384> bytes{};
     std::size_t end = 0;
     while ((end = unread_.find('\n')) == std::string::npos) {
-        pollfd watched{fd_, POLLIN, 0};
-        const int ready = poll(&watched, 1, patienceMs);
-        if (ready == 0)
+        if (!canBeRead(fd_, patienceMs))
             throw UnitGone{"the unit does not answer"};
-        const ssize_t got = ready < 0 ? -1 : recv(fd_, bytes.data(), bytes.size(), 0);
+        const ssize_t got = recv(fd_, bytes.data(), bytes.size(), 0);
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)

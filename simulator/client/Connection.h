@@ -6,6 +6,7 @@
 #include "simulator/protocol/Event.h"
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -39,6 +40,9 @@ public:
 
     /// The next event; waits for it. Throws UnitGone when no further one comes.
     Event next();
+    /// Waits call this when a signal has interrupted them, and at least twice a second. It may throw.
+    static void onSignal(std::function<void()> handler);
+
     /// The next event that has already been received.
     std::optional<Event> received();
 

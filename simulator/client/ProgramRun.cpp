@@ -25,6 +25,7 @@ using namespace std::chrono_literals;
 constexpr std::chrono::seconds kPatience{5};
 constexpr std::chrono::milliseconds kBetweenLooks{5};
 constexpr std::size_t kLongestLine = 4096;
+constexpr std::size_t kMostOutput = 16U << 20U; ///< of a program's output
 
 /// Starts a program in a process group of its own, whose output and error output go to a pipe; returns the pipe's end.
 int spawn(const std::vector<std::string>& command, pid_t& child)
@@ -148,7 +149,25 @@ ProgramRun::ProgramRun(const std::string& unit, const std::vector<std::string>& 
     pump_ = std::thread{[this, unit, output, line] { pump(unit, output, line); }};
 }
 
-void ProgramRun::pump(const std::string& unit, int output, const Line& line)
+void ProgramRun::keep(const std::string& text)
+{
+    const std::lock_guard guard{mutex_};
+    output_ += text;
+    output_ += '\n';
+    if (output_.size() > kMostOutput)
+        output_.erase(0, output_.size() - kMostOutput);
+}
+
+std::string ProgramRun::output() const
+{
+    const bool hasEnded = status().has_value();
+    std::unique_lock lock{mutex_};
+    if (hasEnded) // what it has started may still hold the pipe
+        isOver_.wait_for(lock, kPatience, [this] { return hasClosed_; });
+    return output_;
+}
+
+void ProgramRun::pump(const std::string& unit, int pipe, const Line& line)
 {
     std::optional<Connection> connection;
     try {
@@ -156,7 +175,8 @@ void ProgramRun::pump(const std::string& unit, int output, const Line& line)
     } catch (const std::exception&) {
         connection.reset(); // the program's output must be read all the same
     }
-    readLines(output, [&](const std::string& text) {
+    readLines(pipe, [&](const std::string& text) {
+        keep(text);
         try {
             if (connection)
                 (void)connection->command({"output", name_, text});
@@ -166,7 +186,10 @@ void ProgramRun::pump(const std::string& unit, int output, const Line& line)
         if (line)
             line(text);
     });
-    close(output);
+    close(pipe);
+    const std::lock_guard guard{mutex_};
+    hasClosed_ = true;
+    isOver_.notify_all();
 }
 
 ProgramRun::~ProgramRun()

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include <condition_variable>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -31,6 +33,8 @@ public:
     [[nodiscard]] std::optional<int> status() const;
     /// Waits for its end.
     [[nodiscard]] int wait() const;
+    /// Its lines until now: all of them when it has ended.
+    [[nodiscard]] std::string output() const;
     /// Ends it, and what it has started: TERM, and KILL after some seconds.
     void stop();
     /// From now on a signal that ends this process stops its programs first.
@@ -38,10 +42,15 @@ public:
     [[nodiscard]] const std::string& name() const { return name_; }
 
 private:
-    void pump(const std::string& unit, int output, const Line& line);
+    void pump(const std::string& unit, int pipe, const Line& line);
+    void keep(const std::string& text);
 
     std::string name_;
     pid_t child_ = -1;
+    mutable std::mutex mutex_{};
+    mutable std::condition_variable isOver_{};
+    std::string output_{};   ///< guarded by mutex_
+    bool hasClosed_ = false; ///< its pipe; guarded by mutex_
     std::thread pump_{};
 };
 

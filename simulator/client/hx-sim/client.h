@@ -7,6 +7,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -50,6 +51,8 @@ public:
     /// Ends it: TERM, and KILL after some seconds.
     void stop();
     [[nodiscard]] bool isRunning();
+    /// What it has printed until now, output and error output: all of it when it has ended.
+    [[nodiscard]] std::string output() const;
 
 private:
     friend class Unit;
@@ -57,6 +60,10 @@ private:
     explicit Program(std::unique_ptr<Inside> inside);
     std::unique_ptr<Inside> inside_;
 };
+
+/// For languages whose handlers of signals run outside of the signal: called in a thread that waits for a unit, each
+/// time that a signal interrupts the wait and at least twice a second. It may throw to end the wait.
+void onSignal(std::function<void()> handler);
 
 /// A simulated unit. Calls throw Error when the unit refuses, with its message.
 /// Used by one thread at a time.

@@ -108,6 +108,34 @@ TEST_F(Client, SeesTheOutputOfAProgram)
     EXPECT_FALSE(program.isRunning());
 }
 
+TEST_F(Client, HasTheWholeOutputOfAProgramThatHasEnded)
+{
+    hxsim::Program program = unit.run({"sh", "-c", "seq 1 20000; echo error >&2"});
+    program.wait();
+
+    EXPECT_THAT(program.output(), AllOf(testing::StartsWith("1\n2\n"), testing::EndsWith("\n20000\nerror\n")));
+}
+
+TEST_F(Client, HasTheOutputOfARunningProgramUntilNow)
+{
+    hxsim::Program program = unit.run({"sh", "-c", "echo begins; sleep 1000"});
+
+    EXPECT_TRUE(sees("output begins within 60s"));
+    EXPECT_EQ(program.output(), "begins\n");
+}
+
+TEST_F(Client, EndsAWaitWithTheExceptionOfAHandlerOfSignals)
+{
+    struct Interrupted {};
+    hxsim::onSignal([] { throw Interrupted{}; });
+
+    EXPECT_THROW(unit.waitFor("light", 7, 1000s), Interrupted);
+
+    hxsim::onSignal({});
+    unit.set("light", 7);
+    unit.waitFor("light", 7, 60s); // the connection serves the next wait
+}
+
 TEST_F(Client, InjectsAndClearsFailures)
 {
     unit.fail("/dev/adc-id", "get 0", "EIO", 1);
