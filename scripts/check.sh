@@ -12,7 +12,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-fast=(format shell spelling source layers commits links)
+fast=(format python shell spelling source layers commits links)
 names=("${fast[@]}" readme clang tidy headers docs abi tests conformance soak mutants asan tsan fuzz coverage)
 
 sources() { git ls-files '*.cpp' '*.h' '*.c'; }
@@ -26,6 +26,12 @@ build_and_test() { # preset
 check_format() {
     sources | xargs clang-format --dry-run -Werror || {
         echo "clang-format -i FILE... formats them"
+        return 1
+    }
+}
+check_python() {
+    git ls-files '*.py' '*.pyi' | xargs black --quiet --check --diff --config python/pyproject.toml || {
+        echo "black --config python/pyproject.toml FILE... formats them"
         return 1
     }
 }

@@ -13,12 +13,13 @@
 set -euo pipefail
 
 build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev libedit2)
-tests=("${build[@]}" pkg-config python3 python3-yaml googletest libgtest-dev make patch binutils clang lld srecord qemu-system-arm fish man-db zsh)
-fast=(clang-format codespell git python3 shellcheck)
+tests=("${build[@]}" pkg-config python3 python3-yaml googletest libgtest-dev make patch binutils clang lld srecord qemu-system-arm fish man-db zsh
+    mypy pybind11-dev python3-dev python3-pytest python3-pytest-xdist)
+fast=(black clang-format codespell git python3 shellcheck)
 checks=("${tests[@]}" "${fast[@]}" clang lld clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
     gcovr libbenchmark-dev libbenchmark-dev:i386 pkg-config umockdev libumockdev-dev)
 system=("${tests[@]}" qemu-system-x86 busybox-static cpio pkg-config libfuse3-dev gzip)
-packages=("${build[@]}" debhelper debootstrap devscripts dpkg-dev lintian fakeroot)
+packages=("${build[@]}" debhelper debootstrap devscripts dh-python dpkg-dev lintian fakeroot)
 
 case "${1:-}" in
 build) wanted=("${build[@]}") ;;

@@ -1,0 +1,2 @@
+# SPDX-License-Identifier: LicenseRef-HXAux
+"""Generates the bindings from the public headers."""
