@@ -5,6 +5,7 @@ from __future__ import annotations
 import os
 import pathlib
 import pickle
+import signal
 import threading
 from collections.abc import Callable, Generator
 
@@ -151,6 +152,20 @@ class TestThreads:
             for thread in threads:
                 thread.join()
         assert not failures
+
+
+class TestSignals:
+    def test_end_a_blocking_beep(self, unit: sim.Unit, buzzer: hxaux.Buzzer) -> None:
+        def interrupt(*_: object) -> None:
+            raise KeyboardInterrupt
+
+        before = unit.time
+        handler = signal.signal(signal.SIGALRM, interrupt)
+        signal.setitimer(signal.ITIMER_REAL, 0.1)
+        with pytest.raises(KeyboardInterrupt):
+            buzzer.buzze(600_000, True)
+        signal.signal(signal.SIGALRM, handler)
+        assert unit.time - before < 600
 
 
 class TestArguments:

@@ -4,7 +4,8 @@
 // In a page, "```console" begins commands that bring their own unit, "```console unit" such that are on one. All
 // blocks of a page share a folder and the units that run. "$ " begins a command, "> " continues it; then follow
 // output and errors, "..." for any lines, and "[status N]" unless N is 0. What needs a real unit stands in
-// "```sh" blocks that begin with "# on a unit". A "```cpp" block that begins with "// NAME.cpp" is that file.
+// "```sh" blocks that begin with "# on a unit". A "```cpp" block that begins with "// NAME.cpp" is that file, and a
+// "```python" block that begins with "# NAME.py".
 #include "testing/Command.h"
 #include "testing/TemporaryFolder.h"
 
@@ -23,6 +24,9 @@ namespace {
 namespace fs = std::filesystem;
 
 const fs::path kDocs = HX_DOCS;
+
+/// The package is built for the ABI of the machine's Python alone.
+constexpr bool kHasPython = !std::string_view{HX_PYTHON_PROGRAM}.empty();
 
 struct Shown {
     std::string command;
@@ -63,7 +67,7 @@ private:
         const bool code = !block_.empty() || line.starts_with("    ");
         if (block_.starts_with("```console"))
             return console(line);
-        if (block_ == "```cpp")
+        if (block_ == "```cpp" || block_ == "```python")
             return program(line);
         if (block_ == "```sh" && line.starts_with("# on a unit"))
             onMachine_ = true;
@@ -81,6 +85,8 @@ private:
     {
         if (line.starts_with("// ") && line.ends_with(".cpp"))
             file_ = line.substr(3);
+        if (line.starts_with("# ") && line.ends_with(".py"))
+            file_ = line.substr(2);
         if (!file_.empty())
             page.files[file_] += line + "\n";
     }
@@ -110,7 +116,7 @@ std::vector<fs::path> pages()
     const fs::path root = kDocs.parent_path();
     std::vector<fs::path> files{root / "README.md", root / "CONTRIBUTING.md", root / "examples/README.md"};
     for (const auto& entry : fs::directory_iterator(kDocs))
-        if (entry.path().extension() == ".md")
+        if (entry.path().extension() == ".md" && (kHasPython || entry.path().stem() != "python"))
             files.push_back(entry.path());
     std::ranges::sort(files);
     return files;
@@ -141,7 +147,10 @@ public:
         fs::create_directories(folder_ / "work/build");
         fs::create_symlink(kDocs.parent_path() / "include", work() / "include");
         fs::create_symlink(fs::path{HX_EXAMPLE_PROGRAMS}.parent_path(), work() / "build/x86_64");
-        makeCompiler();
+        fs::create_directory(folder_ / "bin");
+        makeProgram("g++", std::string{"/usr/bin/g++"} + (sizeof(void*) == 4 ? " -m32" : ""));
+        if (kHasPython)
+            makeProgram("python3", "env PYTHONPATH=" HX_PYTHON_TREE " PYTHONDONTWRITEBYTECODE=1 " HX_PYTHON_PROGRAM);
         setenv("XDG_RUNTIME_DIR", (folder_ / "units").c_str(), 1);
     }
     Place(const Place&) = delete;
@@ -164,13 +173,12 @@ public:
     }
 
 private:
-    /// The page's compiler makes programs for this build of the library.
-    void makeCompiler() const
+    /// The page's compiler and Python are those of this build of the library.
+    void makeProgram(const std::string& name, const std::string& command) const
     {
-        const fs::path compiler = folder_ / "bin/g++";
-        fs::create_directory(compiler.parent_path());
-        std::ofstream{compiler} << "#!/bin/sh\nexec /usr/bin/g++ " << (sizeof(void*) == 4 ? "-m32" : "") << " \"$@\"\n";
-        fs::permissions(compiler, fs::perms::owner_all);
+        const fs::path program = folder_ / "bin" / name;
+        std::ofstream{program} << "#!/bin/sh\nexec " << command << " \"$@\"\n";
+        fs::permissions(program, fs::perms::owner_all);
     }
 
     TemporaryFolder temporary_;
