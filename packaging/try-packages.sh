@@ -1,14 +1,14 @@
 #!/bin/bash
 # SPDX-License-Identifier: LicenseRef-HXAux
 # Runs in a fresh root with the packages in /packages: installs them, builds a program with pkg-config, with CMake and
-# with a plain command line, runs each on a simulated unit, runs the tests of the example application as a CI job does,
-# and removes everything without a trace.
+# with a plain command line, runs each on a simulated unit, uses the Python package, runs the tests of the example
+# application as a CI job does, and removes everything without a trace.
 set -euo pipefail
 export DEBIAN_FRONTEND=noninteractive
 
 listing() { find / -xdev \( -path /proc -o -path /tmp -o -path /packages -o -path /var -o -path /root -o -path /dev \) -prune -o -print | sort; }
 
-apt-get install -y -qq --no-install-recommends g++ cmake make pkg-config file >/dev/null 2>&1
+apt-get install -y -qq --no-install-recommends g++ cmake make pkg-config file python3-pytest >/dev/null 2>&1
 listing >/tmp/before
 
 echo "   installing"
@@ -46,6 +46,22 @@ for program in ./by-pkg-config ./by-hand ./cmake-build/by-cmake; do
     echo "   $program: $(hx-sim run -- "$program")"
 done
 hx-sim run -- hxaux version >/dev/null
+
+echo "   Python"
+cat >program.py <<'END'
+import hxaux
+with hxaux.Adc() as adc:
+    print(f"{adc.get_voltage(hxaux.VoltageEnum.VOLTAGE_0):.2f} V")
+END
+[ "$(hx-sim run -- /usr/bin/python3 program.py)" = "24.00 V" ] || { echo "program.py: wrong answer"; exit 1; }
+cat >test_program.py <<'END'
+import sys
+def test_reads_what_is_set(hx_unit):
+    hx_unit.set("voltage.0", 11.5)
+    program = hx_unit.run([sys.executable, "program.py"])
+    assert (program.wait(), program.output) == (0, "11.50 V\n")
+END
+/usr/bin/python3 -B -m pytest -q -p no:cacheprovider test_program.py
 [ "$(hxaux --version | grep -c 1.3.1.0)" = 1 ]
 
 cp -r /packages/application console && mkdir console/packages && cp /packages/*.deb console/packages/
@@ -55,7 +71,7 @@ done
 echo "   the tests of the example application: $(grep 'tests passed' log)"
 
 echo "   removing"
-apt-get purge -y -qq libhx-aux1 libhx-aux-dev hxaux-tools hx-sim hx-sim-preload hx-sim-dev 'libhx-aux-doc*' >/dev/null 2>&1
+apt-get purge -y -qq libhx-aux1 libhx-aux-dev hxaux-tools hx-sim hx-sim-preload hx-sim-dev python3-hxaux 'libhx-aux-doc*' >/dev/null 2>&1
 apt-get autoremove -y -qq --purge >/dev/null 2>&1
 listing >/tmp/after
 if ! diff /tmp/before /tmp/after >/tmp/left; then
