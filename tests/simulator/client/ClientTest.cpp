@@ -129,7 +129,7 @@ TEST_F(Client, EndsAWaitWithTheExceptionOfAHandlerOfSignals)
     struct Interrupted {};
     hxsim::onSignal([] { throw Interrupted{}; });
 
-    EXPECT_THROW(unit.waitFor("light", 7, 1000s), Interrupted);
+    EXPECT_THROW(unit.waitFor("light", 7, 20s), Interrupted);
 
     hxsim::onSignal({});
     unit.set("light", 7);
