@@ -98,7 +98,7 @@ class Builder:
 
     def python_words(self) -> dict[str, str]:
         """What the comments say, and what it is called in Python."""
-        words = {"Halvix::eErr": "ErrorCode", "stdColor": "std_color"}
+        words = {"Halvix::eErr": "ErrorCode", "stdColor": "std_color", "CanSetting_Imp": "CanSetting"}
         for enumeration in self.library.enumerations:
             name = names.enumeration(enumeration.name)
             if enumeration.name != "eErr":

@@ -6,7 +6,7 @@ import re
 import textwrap
 
 from . import headers, names
-from .bindings import INTEGERS, Builder, Call, Method, class_docs, function_docs, method_docs, reasons
+from .bindings import INTEGERS, Builder, Call, Method, Value, class_docs, function_docs, method_docs, reasons
 
 LICENCE = "SPDX-License-Identifier: LicenseRef-HXAux"
 GENERATED = "Generated from the public headers by python/generate.py."
@@ -186,6 +186,12 @@ class Cpp:
         types = {"str | None": "std::optional<Text>"}
         return ", ".join(f"{types.get(each.type, 'Integer')} {each.source.name}" for each in call.arguments)
 
+    @staticmethod
+    def output(result: Value) -> str:
+        """The board library stores some numbers of 32 bits in words without a sign."""
+        name = f"{result.source.name}Out"
+        return f"static_cast<int>({name})" if "signed 32 bits" in result.text else name
+
     def function_body(self, call: Call) -> list[str]:
         lines, passed = [], {}
         for each in call.arguments:
@@ -205,7 +211,7 @@ class Cpp:
             return [*lines, "return text(answer);"]
         if not call.results:
             return [*lines, "return answer;"]
-        outputs = ", ".join(f"{each.source.name}Out" for each in call.results)
+        outputs = ", ".join(self.output(each) for each in call.results)
         return [*lines, f"return py::make_tuple(answer, {outputs});"]
 
 

@@ -41,6 +41,14 @@ void runHandlers()
 class Program {
 public:
     explicit Program(hxsim::Program&& program) : program_{std::move(program)} {}
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+    /// Of a program that runs it takes some time.
+    ~Program()
+    {
+        const py::gil_scoped_release others;
+        program_.reset();
+    }
 
     /// Its exit status, or nothing when the time is over.
     std::optional<int> wait(std::optional<double> timeout)
@@ -56,18 +64,18 @@ public:
             runHandlers();
         }
         const std::lock_guard guard{mutex_};
-        return program_.wait();
+        return program_->wait();
     }
     void stop()
     {
         const py::gil_scoped_release others;
         const std::lock_guard guard{mutex_};
-        program_.stop();
+        program_->stop();
     }
     [[nodiscard]] bool isRunning()
     {
         const std::lock_guard guard{mutex_};
-        return program_.isRunning();
+        return program_->isRunning();
     }
     [[nodiscard]] py::object output()
     {
@@ -75,7 +83,7 @@ public:
         {
             const py::gil_scoped_release others;
             const std::lock_guard guard{mutex_};
-            text = program_.output();
+            text = program_->output();
         }
         return py::reinterpret_steal<py::object>(
             PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "replace"));
@@ -83,7 +91,7 @@ public:
 
 private:
     std::mutex mutex_{};
-    hxsim::Program program_;
+    std::optional<hxsim::Program> program_;
 };
 
 /// A unit until it is stopped. One thread at a time uses it; others wait for their turn.

@@ -126,14 +126,14 @@ class TestRelease:
 
 class TestThreads:
     def test_run_beside_a_blocking_beep(self, buzzer: hxaux.Buzzer) -> None:
-        assert runs_beside(lambda: buzzer.buzze(3000, True)) > 5
+        assert runs_beside(lambda: buzzer.buzze(6000, True)) > 3
 
     def test_run_while_an_object_is_created(self) -> None:
-        assert runs_beside(lambda: hxaux.About().release()) > 5
+        assert runs_beside(lambda: [hxaux.About().release() for _ in range(5)]) > 3
 
     def test_run_while_a_lightsensor_is_released(self) -> None:
         sensors = [hxaux.Lightsensor() for _ in range(20)]
-        assert runs_beside(lambda: [sensor.release() for sensor in sensors]) > 5
+        assert runs_beside(lambda: [sensor.release() for sensor in sensors]) > 3
 
     def test_may_call_one_object_at_once(self) -> None:
         failures: list[BaseException] = []
@@ -276,7 +276,6 @@ class TestFunctions:
             hxaux.does_system_have_at_least_ss_version(1, 2, 3, 256)
 
     def test_of_the_board_library_reach_it(self, unit: sim.Unit) -> None:
-        unit.set("temperature.pm.0", 45.5)
         unit.set("eeprom.main.UNIT_SERIAL", "U-3")
         assert hxaux.jida_linux_initialize() is True
         assert hxaux.jida_dll_install(1) == 1
@@ -285,7 +284,9 @@ class TestFunctions:
         answer, board = hxaux.jida_board_open_a("CPU", 0, 0)
         assert answer == 1
         assert hxaux.jida_temperature_count(board) == 2
-        assert hxaux.jida_temperature_get_current(board, 0)[:2] == (1, 45500)
+        for celsius in (45.5, -3.5):
+            unit.set("temperature.pm.0", celsius)
+            assert hxaux.jida_temperature_get_current(board, 0)[:2] == (1, celsius * 1000)
         answer, information = hxaux.jida_temperature_get_info(board, 0, (44).to_bytes(4, "little") + bytes(40))
         assert (answer, len(information)) == (1, 44)
         with pytest.raises(ValueError, match="44 bytes"):
