@@ -193,18 +193,20 @@ class Unit(_Ended):
 
     def expect(self, expectation: str) -> Result:
         """The same, but raises NotMet with what was seen when it is not met."""
-        result = self.check(expectation)
-        if not result:
-            raise NotMet(f"expected {expectation}; {result.seen}")
-        return result
+        return _met(expectation, self.check(expectation))
+
+    def wait(self, expectation: str) -> Result:
+        """The same, and the time of what is checked next begins with the moment for which it waited, as after an action:
+        wait("output ready within 10s")."""
+        return _met(expectation, Result(*self._inside.wait(expectation)))
 
     def wait_for(self, property: str, operator: str, value: Value, timeout: float) -> Result:
-        """Waits until a property compares so with a value; raises NotMet when it does not in this time of the unit.
+        """Waits so until a property compares with a value; raises NotMet when it does not in this time of the unit.
 
         wait_for("backlight.level", "<", 40, timeout=1)
         """
         literal = _text(value).replace("\\", "\\\\").replace('"', '\\"')
-        return self.expect(f'{property} {operator} "{literal}" within {_text(float(timeout))}s')
+        return self.wait(f'{property} {operator} "{literal}" within {_text(float(timeout))}s')
 
     def sleep(self, seconds: float) -> None:
         """Lets the unit's time advance by this."""
@@ -221,6 +223,12 @@ class Unit(_Ended):
 
     def __repr__(self) -> str:
         return f"<hxaux.sim.Unit {self.name}>"
+
+
+def _met(expectation: str, result: Result) -> Result:
+    if not result:
+        raise NotMet(f"expected {expectation}; {result.seen}")
+    return result
 
 
 def _text(value: Value) -> str:

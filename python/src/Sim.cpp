@@ -142,9 +142,10 @@ std::unique_ptr<Program> run(Unit& self, const std::vector<std::string>& command
     return self.use([&](hxsim::Unit& unit) { return std::make_unique<Program>(unit.run(command)); });
 }
 
-py::tuple check(Unit& self, const std::string& expectation)
+/// Checks an expectation with one of the client's methods.
+py::tuple checked(Unit& self, const std::string& expectation, hxsim::Result (hxsim::Unit::*check)(const std::string&))
 {
-    const hxsim::Result result = self.use([&](hxsim::Unit& unit) { return unit.check(expectation); });
+    const hxsim::Result result = self.use([&](hxsim::Unit& unit) { return (unit.*check)(expectation); });
     return py::make_tuple(result.met, seconds(result.time), result.seen);
 }
 
@@ -176,7 +177,8 @@ void addUnit(py::module_& module)
     type.def("restore", passes(&hxsim::Unit::restore));
     type.def("follow", passes(&hxsim::Unit::follow));
     type.def("run", &run);
-    type.def("check", &check);
+    type.def("check", [](Unit& self, const Text& text) { return checked(self, text, &hxsim::Unit::check); });
+    type.def("wait", [](Unit& self, const Text& text) { return checked(self, text, &hxsim::Unit::wait); });
     type.def("sleep", [](Unit& self, double time) {
         const auto duration = nanoseconds(time);
         self.use([&](hxsim::Unit& unit) { unit.sleep(duration); });

@@ -55,6 +55,13 @@ class TestUnit:
         assert result and result.met and result.time > 0
         assert result.seen.startswith("backlight.level was ") and result.seen.endswith("30")
 
+    def test_counts_from_the_moment_for_which_it_waited(self, unit: sim.Unit) -> None:
+        unit.run(["hxaux", "backlight", "set", "30"])
+        unit.wait("backlight.level = 30 within 60s")
+        unit.expect("never backlight.level = 128 for 10ms")
+        with pytest.raises(sim.NotMet):
+            unit.wait("backlight.level = 128 within 10ms")
+
     def test_raises_what_was_seen_instead(self, unit: sim.Unit) -> None:
         with pytest.raises(
             AssertionError, match='expected backlight.level = "41" within 0.01s; backlight.level was 128'
