@@ -41,14 +41,6 @@ void runHandlers()
 class Program {
 public:
     explicit Program(hxsim::Program&& program) : program_{std::move(program)} {}
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-    /// Of a program that runs it takes some time.
-    ~Program()
-    {
-        const py::gil_scoped_release others;
-        program_.reset();
-    }
 
     /// Its exit status, or nothing when the time is over.
     std::optional<int> wait(std::optional<double> timeout)
@@ -64,18 +56,18 @@ public:
             runHandlers();
         }
         const std::lock_guard guard{mutex_};
-        return program_->wait();
+        return program_.wait();
     }
     void stop()
     {
         const py::gil_scoped_release others;
         const std::lock_guard guard{mutex_};
-        program_->stop();
+        program_.stop();
     }
     [[nodiscard]] bool isRunning()
     {
         const std::lock_guard guard{mutex_};
-        return program_->isRunning();
+        return program_.isRunning();
     }
     [[nodiscard]] py::object output()
     {
@@ -83,7 +75,7 @@ public:
         {
             const py::gil_scoped_release others;
             const std::lock_guard guard{mutex_};
-            text = program_->output();
+            text = program_.output();
         }
         return py::reinterpret_steal<py::object>(
             PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "replace"));
@@ -91,8 +83,18 @@ public:
 
 private:
     std::mutex mutex_{};
-    std::optional<hxsim::Program> program_;
+    hxsim::Program program_;
 };
+
+/// The end of a program that runs takes some time.
+struct EndsWithoutLock {
+    void operator()(Program* program) const
+    {
+        const py::gil_scoped_release others;
+        delete program;
+    }
+};
+using ProgramHolder = std::unique_ptr<Program, EndsWithoutLock>;
 
 /// A unit until it is stopped. One thread at a time uses it; others wait for their turn.
 class Unit {
@@ -135,11 +137,11 @@ std::unique_ptr<Unit> attach(const std::string& name)
     return std::make_unique<Unit>(hxsim::Unit::attach(name));
 }
 
-std::unique_ptr<Program> run(Unit& self, const std::vector<std::string>& command)
+ProgramHolder run(Unit& self, const std::vector<std::string>& command)
 {
     if (command.empty())
         throw py::value_error{"the command is empty"};
-    return self.use([&](hxsim::Unit& unit) { return std::make_unique<Program>(unit.run(command)); });
+    return self.use([&](hxsim::Unit& unit) { return ProgramHolder{new Program{unit.run(command)}}; });
 }
 
 /// Checks an expectation with one of the client's methods.
@@ -194,7 +196,7 @@ PYBIND11_MODULE(_sim, module)
     module.doc() = "The client of a simulated unit.";
     hxsim::onSignal(runHandlers);
     py::register_exception<hxsim::Error>(module, "Error", PyExc_RuntimeError);
-    py::class_<Program> program{module, "Program"};
+    py::class_<Program, ProgramHolder> program{module, "Program"};
     program.def("wait", &Program::wait, py::arg("timeout"));
     program.def("stop", &Program::stop);
     program.def("is_running", &Program::isRunning);

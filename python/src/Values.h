@@ -7,7 +7,7 @@
 #include <limits>
 #include <pybind11/pybind11.h>
 #include <string>
-#include <type_traits>
+#include <utility>
 
 namespace hxpython {
 
@@ -22,12 +22,11 @@ struct Integer {
     template <typename Number>
     [[nodiscard]] Number as(const char* name) const
     {
-        constexpr auto kLowest = static_cast<long long>(std::numeric_limits<Number>::min());
-        constexpr auto kHighest = std::numeric_limits<Number>::max();
-        if (fits && value >= kLowest && (value < 0 || static_cast<unsigned long long>(value) <= kHighest))
+        using Limits = std::numeric_limits<Number>;
+        if (fits && std::in_range<Number>(value))
             return static_cast<Number>(value);
-        throw py::value_error{std::string{name} + " must be " + std::to_string(kLowest) + " to " +
-                              std::to_string(kHighest)};
+        throw py::value_error{std::string{name} + " must be " + std::to_string(Limits::min()) + " to " +
+                              std::to_string(Limits::max())};
     }
     template <typename Enumeration>
     [[nodiscard]] Enumeration named(const char* name) const
