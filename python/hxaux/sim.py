@@ -20,6 +20,8 @@ from ._sim import Error
 
 __all__ = ["Error", "NotMet", "Program", "Result", "Unit"]
 
+Error.__module__ = __name__  # where users find it
+
 Value = Union[str, bool, int, float]
 Word = Union[str, "os.PathLike[str]"]
 Self = TypeVar("Self", bound="_Ended")
@@ -193,11 +195,13 @@ class Unit(_Ended):
 
     def expect(self, expectation: str) -> Result:
         """The same, but raises NotMet with what was seen when it is not met."""
+        __tracebackhide__ = True  # pytest shows the line of the test
         return _met(expectation, self.check(expectation))
 
     def wait(self, expectation: str) -> Result:
         """The same, and the time of what is checked next begins with the moment for which it waited, as after an action:
         wait("output ready within 10s")."""
+        __tracebackhide__ = True
         return _met(expectation, Result(*self._inside.wait(expectation)))
 
     def wait_for(self, property: str, operator: str, value: Value, timeout: float) -> Result:
@@ -205,6 +209,7 @@ class Unit(_Ended):
 
         wait_for("backlight.level", "<", 40, timeout=1)
         """
+        __tracebackhide__ = True
         literal = _text(value).replace("\\", "\\\\").replace('"', '\\"')
         return self.wait(f'{property} {operator} "{literal}" within {_text(float(timeout))}s')
 
@@ -226,6 +231,7 @@ class Unit(_Ended):
 
 
 def _met(expectation: str, result: Result) -> Result:
+    __tracebackhide__ = True
     if not result:
         raise NotMet(f"expected {expectation}; {result.seen}")
     return result

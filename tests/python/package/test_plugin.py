@@ -46,7 +46,8 @@ def test_shows_log_and_output_of_a_failed_test(pytester: pytest.Pytester) -> Non
     result.assert_outcomes(failed=1)
     result.stdout.fnmatch_lines(
         [
-            "*NotMet: expected backlight.level = 41; backlight.level was 40",
+            ">       hx_unit.expect(?backlight.level = 41?)",
+            "E       hxaux.sim.NotMet: expected backlight.level = 41; backlight.level was 40",
             "*- log of the unit test-* -*",
             "*/dev/backlight 0x40010003: 00 28",
             "*- output of sh -c *",
