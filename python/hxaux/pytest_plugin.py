@@ -52,6 +52,7 @@ def hx_unit_factory(request: pytest.FixtureRequest) -> Generator[UnitFactory, No
         units.append(sim.Unit(settings, scale))
         return units[-1]
 
+    start.__qualname__ = "hx_unit_factory"  # for messages about its arguments
     yield start
     while units:
         units.pop().stop()

@@ -68,6 +68,19 @@ def test_shows_no_log_of_a_test_that_passes(pytester: pytest.Pytester) -> None:
     run(pytester, PASSES, "-rA").stdout.no_fnmatch_line("*log of the unit*")
 
 
+@pytest.mark.parametrize(
+    "words, message",
+    [
+        ("light=20", "TypeError: hx_unit_factory() got an unexpected keyword argument 'light'"),
+        ('{"ligth": 20}', "hxaux.sim.Error: hx-sim: line 1: the unit has no property 'ligth'; did you mean 'light'[?]"),
+    ],
+)
+def test_refuses_a_marker_that_is_wrong(pytester: pytest.Pytester, words: str, message: str) -> None:
+    result = run(pytester, f"import pytest\n@pytest.mark.hx_unit({words})\ndef test_begins(hx_unit): pass\n")
+    result.assert_outcomes(errors=1)
+    result.stdout.fnmatch_lines([f"E  *{message}"])
+
+
 def test_keeps_tests_apart_that_run_at_once(pytester: pytest.Pytester) -> None:
     text = """
 import pytest
