@@ -23,8 +23,8 @@ if [ "${1:-}" = build ]; then
 fi
 if [ "${1:-}" = units ] || [ "${1:-}" = application ]; then
     scripts/install-deps.sh check
-    cmake --preset x86_64 -DHX_BENCHMARKS=ON >/dev/null
-    cmake --build --preset x86_64 --target hx-benchmarks hxaux hx-sim hx-sim-client >/dev/null
+    cmake --preset x86_64 -DHX_TESTS=ON -DHX_BENCHMARKS=ON >/dev/null
+    cmake --build --preset x86_64 --target hx-benchmarks hxaux hx-sim hx-sim-client _hxaux _sim >/dev/null
     exec "scripts/bench-$1" "${@:2}"
 fi
 limit=50
