@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/client/Follower.h"
 
+#include "simulator/protocol/EventJson.h"
+
 #include <algorithm>
+#include <cstdlib>
 
 namespace hxsim {
 
@@ -12,11 +15,15 @@ using Command = std::vector<std::string>;
 /// More events than this after one action: the oldest are forgotten.
 constexpr std::size_t kMostKept = 200000;
 
-Command eventsCommand(const Command& properties)
+/// Longer than this no program computes.
+constexpr int kPatienceSeconds = 30;
+/// Longer than any unit runs.
+constexpr Time kForever = std::chrono::hours{24 * 365};
+
+void giveUpIfLate(const Event& held)
 {
-    Command words{"events"};
-    words.insert(words.end(), properties.begin(), properties.end());
-    return words;
+    if (std::atoi(held.old.c_str()) >= kPatienceSeconds)
+        throw TimeHeld{textOfHeld(held)};
 }
 
 Finding findingOf(const Evaluation& evaluation)
@@ -26,10 +33,11 @@ Finding findingOf(const Evaluation& evaluation)
 
 } // namespace
 
-Follower::Follower(const std::string& unit, const Command& properties, Observer observer)
-    : unit_{unit}, connection_{unit}, properties_{properties}, observer_{std::move(observer)}
+Follower::Follower(const std::string& unit, const Command& properties, Observer observer, Sleeps sleeps)
+    : unit_{unit}, connection_{unit}, properties_{properties}, sleeps_{sleeps}, observer_{std::move(observer)}
 {
-    const Connection::Answer answer = connection_.command(eventsCommand(properties_));
+    (void)connection_.command({"take-part"});
+    const Connection::Answer answer = followAll();
     values_ = answer.values;
     marked_ = answer.time;
 }
@@ -39,7 +47,16 @@ void Follower::follow(const std::string& property)
     if (values_.contains(property))
         return;
     properties_.push_back(property);
-    values_[property] = connection_.command(eventsCommand(properties_)).values[property];
+    values_[property] = followAll().values[property];
+}
+
+Connection::Answer Follower::followAll()
+{
+    Command words{"events"};
+    if (sleeps_ == Sleeps::Ignored)
+        words.emplace_back("--without-sleeps");
+    words.insert(words.end(), properties_.begin(), properties_.end());
+    return connection_.command(words);
 }
 
 std::string Follower::act(const Command& words)
@@ -63,6 +80,11 @@ Time Follower::now()
     return synchronize();
 }
 
+void Follower::letTimePass()
+{
+    (void)connection_.command({"alarm", std::to_string((now() + kForever).count())});
+}
+
 Time Follower::synchronize()
 {
     const Time now = connection_.command({"scale"}).time;
@@ -77,6 +99,8 @@ void Follower::keep(const Event& event)
         return;
     if (observer_)
         observer_(event);
+    if (event.kind == Event::Kind::Held)
+        return giveUpIfLate(event);
     if (event.kind == Event::Kind::Output)
         output_.push_back(event);
     if (output_.size() > kMostKept)

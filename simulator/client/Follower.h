@@ -11,6 +11,12 @@
 
 namespace hxsim {
 
+/// Virtual time has not passed for so long that nothing is to be expected any more; what() says which program runs.
+class TimeHeld : public BadText {
+public:
+    using BadText::BadText;
+};
+
 /// What an expectation came to.
 struct Finding {
     bool met = false;
@@ -19,14 +25,18 @@ struct Finding {
     std::string seen{};
 };
 
-/// Checks expectations on a running unit. Their time begins with the last action, so that nothing which the action
-/// causes is missed, however late the expectation is checked.
+/// Checks expectations on a running unit. Virtual time passes only while this program waits in here. Their time begins
+/// with the last action, so that nothing which the action causes is missed, however late the expectation is checked.
 class Follower {
 public:
     using Observer = std::function<void(const Event&)>;
 
+    /// Programs sleep often: who expects nothing of it does not follow it.
+    enum class Sleeps { Followed, Ignored };
+
     /// Follows these properties from the begin. `observer` is called with each event, when it is read.
-    Follower(const std::string& unit, const std::vector<std::string>& properties, Observer observer = {});
+    Follower(const std::string& unit, const std::vector<std::string>& properties, Observer observer = {},
+             Sleeps sleeps = Sleeps::Followed);
 
     /// An action on the unit, in the words of hx-sim: {"set", "light = 250"}. Throws BadText when the unit refuses.
     std::string act(const std::vector<std::string>& words);
@@ -38,6 +48,8 @@ public:
     /// Waits until the unit's time; the time of expectations begins then.
     void sleepUntil(Time time);
     [[nodiscard]] Time now();
+    /// From now on virtual time passes also while this program waits for something else.
+    void letTimePass();
     /// The time at which the time of expectations begins: that of the last action.
     [[nodiscard]] Time marked() const { return marked_; }
     /// The time of expectations begins now.
@@ -53,6 +65,7 @@ private:
     /// Reads what has arrived, up to now.
     Time synchronize();
     void keep(const Event& event);
+    Connection::Answer followAll();
     void forget(std::size_t events);
     void wait(Evaluation& evaluation, std::uint64_t& decider);
     [[nodiscard]] Finding search(const Expectation& expectation) const;
@@ -60,6 +73,7 @@ private:
     std::string unit_;
     Connection connection_;
     std::vector<std::string> properties_;
+    Sleeps sleeps_;
     Evaluation::Values values_{}; ///< at the last action
     std::deque<Event> events_{};  ///< since then
     std::deque<Event> output_{};  ///< the lines so far

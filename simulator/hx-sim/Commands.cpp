@@ -78,6 +78,7 @@ UnitOptions unitOf(const Call& call)
 {
     UnitOptions unit;
     unit.scale = scaleOf(call);
+    unit.isVirtual = call.has("virtual");
     unit.descriptions = call.texts("description");
     unit.settings = call.texts("set");
     if (call.has("keep"))
@@ -269,6 +270,12 @@ Argument scale(std::string_view help)
     return row;
 }
 
+Argument excluding(Argument option, std::initializer_list<std::string_view> others)
+{
+    option.excludes.insert(option.excludes.end(), others);
+    return option;
+}
+
 /// Options of a unit that is created for the command.
 std::vector<Argument> unitOptions(std::string_view needs = "")
 {
@@ -282,7 +289,8 @@ std::vector<Argument> unitOptions(std::string_view needs = "")
     std::vector<Argument> rows{
         description, setting,
         optionOf("keep", Kind::File, "FOLDER", "Folder in which the EEPROMs outlast the unit, for the next one"),
-        scale("How many times faster than real its time runs")};
+        excluding(scale("How many times faster than real its time runs"), {"virtual"}),
+        cli::flag("virtual", "Its time passes while all programs sleep or wait, and then at once")};
     for (Argument& row : rows)
         row.needs = needs;
     return rows;
@@ -297,13 +305,7 @@ std::vector<Argument> operator+(std::vector<Argument> all, const std::vector<Arg
 /// The option means that no unit is created.
 Argument withoutUnit(Argument option)
 {
-    option.excludes.insert(option.excludes.end(), {"description", "set", "keep", "scale"});
-    return option;
-}
-
-Argument excluding(Argument option, std::initializer_list<std::string_view> others)
-{
-    option.excludes.insert(option.excludes.end(), others);
+    option.excludes.insert(option.excludes.end(), {"description", "set", "keep", "scale", "virtual"});
     return option;
 }
 

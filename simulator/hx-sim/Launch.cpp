@@ -3,6 +3,7 @@
 
 #include "simulator/hx-sim/ProgramCheck.h"
 #include "simulator/model/Text.h"
+#include "simulator/protocol/EventJson.h"
 #include "simulator/protocol/Wire.h"
 #include "simulator/server/Host.h"
 #include "simulator/server/PlainFile.h"
@@ -128,7 +129,7 @@ std::string ownName()
 void serve(const UnitOptions& options, int ready)
 {
     const Signals signals;
-    Host host{options.name, options.scale};
+    Host host{options.name, {options.scale, options.isVirtual}};
     describe(host, options);
     (void)!::write(ready, "+", 1);
     close(ready);
@@ -160,7 +161,8 @@ void serve(const UnitOptions& options, int ready)
 int runOnOwnUnit(const UnitOptions& options, const std::vector<std::string>& command)
 {
     const Signals signals;
-    Host host{options.name.empty() ? ownName() : options.name, options.scale};
+    Host host{options.name.empty() ? ownName() : options.name, {options.scale, options.isVirtual}};
+    host.whenHeld([](const Event& event) { cli::show(stderr, "hx-sim: " + textOfHeld(event) + '\n'); });
     describe(host, options);
     if (options.before)
         options.before(host);

@@ -12,6 +12,7 @@ class Host;
 struct UnitOptions {
     std::string name;                        ///< empty: a name is made
     double scale = 1.0;                      ///< how many times faster than the machine's the unit's time runs
+    bool isVirtual = false;                  ///< its time passes only while all programs wait, and then at once
     std::vector<std::string> descriptions{}; ///< files
     std::vector<std::string> settings{};     ///< description lines, "key=value"
     std::string keep{}; ///< directory in which the memories are kept after the unit; empty: not kept

@@ -38,7 +38,8 @@ int statusWith(const std::string& count, const std::string& file, int status)
 
 bool describesUnit(const UnitOptions& unit)
 {
-    return !unit.descriptions.empty() || !unit.settings.empty() || !unit.keep.empty() || unit.scale != 1.0;
+    return !unit.descriptions.empty() || !unit.settings.empty() || !unit.keep.empty() || unit.scale != 1.0 ||
+           unit.isVirtual;
 }
 
 int recordOnRunningUnit(const std::string& name, const std::string& file, const std::vector<std::string>& command)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/hx-sim/ScenarioCommand.h"
 
+#include "simulator/protocol/EventJson.h"
 #include "simulator/scenario/ScenarioReport.h"
 #include "simulator/server/PlainFile.h"
 #include "tools/cli/Printable.h"
@@ -15,7 +16,9 @@ namespace {
 
 std::vector<std::string> startOptions(const UnitOptions& unit)
 {
-    std::vector<std::string> words{"--scale", std::to_string(unit.scale)};
+    std::vector<std::string> words{"--virtual"};
+    if (!unit.isVirtual)
+        words = {"--scale", std::to_string(unit.scale)};
     for (const std::string& file : unit.descriptions)
         words.insert(words.end(), {"--description", file});
     for (const std::string& line : unit.settings)
@@ -49,9 +52,14 @@ void showLine(const std::string& text)
     std::fflush(stdout);
 }
 
+void showHeld(const Event& event)
+{
+    cli::show(stderr, "hx-sim: " + textOfHeld(event) + '\n');
+}
+
 ScenarioRun::Options runOptions(const ScenarioPlay& play, const std::vector<std::string>& program)
 {
-    ScenarioRun::Options options{.unit = startOptions(play.unit), .program = program};
+    ScenarioRun::Options options{.unit = startOptions(play.unit), .program = program, .held = showHeld};
     if (play.json)
         return options;
     options.decided = [](const StatementResult& result) { showLine(lineOf(result)); };

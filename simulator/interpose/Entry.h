@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <ctime>
 
 namespace hxsim {
 
@@ -51,6 +52,20 @@ struct Timespec64 {
     std::int32_t padding;
 };
 
+/// The same of struct timeval.
+struct Timeval64 {
+    std::int64_t tv_sec;
+    std::int64_t tv_usec;
+};
+
 constexpr std::int64_t kNanosecondsPerSecond = 1000000000;
+
+inline timespec timespecOf(std::int64_t nanoseconds)
+{
+    timespec time{};
+    time.tv_sec = time_t(nanoseconds / kNanosecondsPerSecond);
+    time.tv_nsec = static_cast<long>(nanoseconds % kNanosecondsPerSecond);
+    return time;
+}
 
 } // namespace hxsim

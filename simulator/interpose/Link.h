@@ -4,6 +4,8 @@
 #include "simulator/file/Calls.h"
 
 #include <cstdint>
+#include <ctime>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <pthread.h>
@@ -119,6 +121,22 @@ public:
     /// Waits that long in the unit's time; 0 or -errno. Stores the time left after a signal in `rest` unless it is
     /// null.
     virtual int sleep(std::int64_t nanoseconds, std::int64_t* rest = nullptr) = 0;
+    /// The same for a sleep of the program itself, which can fail by injection and is recorded.
+    virtual int sleepAs(const std::string& action, std::int64_t nanoseconds, std::int64_t* rest)
+    {
+        const int error = fault("sleep", action);
+        note("sleep", action, error);
+        return error != 0 ? -error : sleep(nanoseconds, rest);
+    }
+
+    /// What a clock of the machine shows in the unit's time; nothing when the machine's clocks hold for programs.
+    [[nodiscard]] virtual std::optional<std::int64_t> ownTime(clockid_t /*clock*/) { return std::nullopt; }
+    [[nodiscard]] bool hasOwnTime() { return ownTime(CLOCK_MONOTONIC).has_value(); }
+    /// Waits, for the machine's nanoseconds at most; whether it is over.
+    using Attempt = std::function<bool(std::int64_t nanoseconds)>;
+    /// A wait with a time limit for what is not the unit's: attempts it until it is over or, in its own time, the limit
+    /// has come.
+    virtual void waitInOwnTime(std::int64_t /*nanoseconds*/, const Attempt& /*attempt*/) {}
 
     /// The name of a unit's semaphore on this machine.
     [[nodiscard]] virtual std::string semaphoreName(const std::string& name) = 0;

@@ -4,6 +4,7 @@
 #include "simulator/interpose/Entry.h"
 
 #include <algorithm>
+#include <array>
 #include <poll.h>
 #include <span>
 #include <sys/epoll.h>
@@ -66,14 +67,47 @@ int pollUnit(Link& link, std::span<pollfd> wanted, std::int64_t timeoutNanosecon
     }
 }
 
+/// A wait of the machine with a time limit in the unit's own time; `wait` is a call with another limit, which is 0
+/// after that, negative after a failure.
+template <typename Wait>
+int waitInOwnTime(Link& link, std::int64_t nanoseconds, Wait wait)
+{
+    int ready = 0;
+    link.waitInOwnTime(nanoseconds, [&](std::int64_t step) {
+        ready = wait(timespecOf(step));
+        if (ready < 0)
+            ready = -errno;
+        return ready != 0;
+    });
+    return ready;
+}
+
+bool isInOwnTime(Link* link, std::int64_t timeoutNanoseconds)
+{
+    return link != nullptr && timeoutNanoseconds > 0 && link->hasOwnTime();
+}
+
+int pollInOwnTime(Link& link, std::span<pollfd> wanted, std::int64_t timeoutNanoseconds, const sigset_t* mask)
+{
+    if (wanted.empty() && mask == nullptr)
+        return link.sleep(timeoutNanoseconds);
+    return waitInOwnTime(link, timeoutNanoseconds, [&](const timespec& time) {
+        return HXSIM_REAL(ppoll)(wanted.data(), wanted.size(), &time, mask);
+    });
+}
+
 template <typename Forward>
 int pollOr(pollfd* wanted, nfds_t count, std::int64_t timeoutNanoseconds, const sigset_t* mask, Forward forward)
 {
     Link* const link = Link::current();
     const std::span all{wanted, static_cast<std::size_t>(count)};
-    if (link == nullptr || std::none_of(all.begin(), all.end(), [](const pollfd& one) { return isDevice(one.fd); }))
-        return forward();
+    const bool isMachines =
+        link == nullptr || std::none_of(all.begin(), all.end(), [](const pollfd& one) { return isDevice(one.fd); });
     KeepErrno keep;
+    if (isMachines && isInOwnTime(link, timeoutNanoseconds))
+        return keep.answer(pollInOwnTime(*link, all, timeoutNanoseconds, mask));
+    if (isMachines)
+        return keep.pass(forward());
     return keep.answer(pollUnit(*link, all, timeoutNanoseconds, mask));
 }
 
@@ -121,14 +155,51 @@ int answered(const std::vector<pollfd>& all, fd_set* readers, fd_set* writers)
     return ready;
 }
 
+/// The sets of a select, as the program passed them.
+class Sets {
+public:
+    Sets(fd_set* readers, fd_set* writers, fd_set* exceptions) : sets_{readers, writers, exceptions}
+    {
+        for (std::size_t i = 0; i < sets_.size(); ++i)
+            if (sets_[i] != nullptr)
+                copies_[i] = *sets_[i];
+    }
+    /// A call has changed them.
+    void restore()
+    {
+        for (std::size_t i = 0; i < sets_.size(); ++i)
+            if (sets_[i] != nullptr)
+                *sets_[i] = copies_[i];
+    }
+
+private:
+    std::array<fd_set*, 3> sets_;
+    std::array<fd_set, 3> copies_{};
+};
+
+int selectInOwnTime(Link& link, int count, fd_set* readers, fd_set* writers, fd_set* exceptions,
+                    std::int64_t timeoutNanoseconds, const sigset_t* mask)
+{
+    if (count == 0 && mask == nullptr)
+        return link.sleep(timeoutNanoseconds);
+    Sets sets{readers, writers, exceptions};
+    return waitInOwnTime(link, timeoutNanoseconds, [&](const timespec& time) {
+        sets.restore();
+        return HXSIM_REAL(pselect)(count, readers, writers, exceptions, &time, mask);
+    });
+}
+
 template <typename Forward>
-int selectOr(int count, fd_set* readers, fd_set* writers, std::int64_t timeoutNanoseconds, const sigset_t* mask,
-             Forward forward)
+int selectOr(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, std::int64_t timeoutNanoseconds,
+             const sigset_t* mask, Forward forward)
 {
     Link* const link = Link::current();
-    if (link == nullptr || !namesDevice(count, readers, writers))
-        return forward();
+    const bool isMachines = link == nullptr || !namesDevice(count, readers, writers);
     KeepErrno keep;
+    if (isMachines && isInOwnTime(link, timeoutNanoseconds))
+        return keep.answer(selectInOwnTime(*link, count, readers, writers, exceptions, timeoutNanoseconds, mask));
+    if (isMachines)
+        return keep.pass(forward());
     std::vector<pollfd> all = requested(count, readers, writers);
     const int ready = pollUnit(*link, all, timeoutNanoseconds, mask);
     return ready < 0 ? keep.answer(ready) : answered(all, readers, writers);
@@ -166,19 +237,27 @@ HXSIM_PPOLL(ppoll, timespec)
 HXSIM_PPOLL(__ppoll64, Timespec64)
 #endif
 
-HXSIM_ENTRY int select(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, timeval* timeout)
-{
-    const std::int64_t nanoseconds =
-        timeout == nullptr ? -1 : std::int64_t{timeout->tv_sec} * kNanosecondsPerSecond + timeout->tv_usec * 1000;
-    return selectOr(count, readers, writers, nanoseconds, nullptr,
-                    [&] { return HXSIM_REAL(select)(count, readers, writers, exceptions, timeout); });
-}
+#define HXSIM_SELECT(name, Value)                                                                                      \
+    HXSIM_ENTRY int name(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, Value* timeout)              \
+    {                                                                                                                  \
+        const std::int64_t nanoseconds =                                                                               \
+            timeout == nullptr ? -1 : std::int64_t{timeout->tv_sec} * kNanosecondsPerSecond + timeout->tv_usec * 1000; \
+        return selectOr(count, readers, writers, exceptions, nanoseconds, nullptr, [&] {                               \
+            using Call = int (*)(int, fd_set*, fd_set*, fd_set*, Value*);                                              \
+            return HXSIM_REAL_AS(Call, #name)(count, readers, writers, exceptions, timeout);                           \
+        });                                                                                                            \
+    }
+
+HXSIM_SELECT(select, timeval)
+#if defined(__i386__)
+HXSIM_SELECT(__select64, Timeval64)
+#endif
 
 #define HXSIM_PSELECT(name, Spec)                                                                                      \
     HXSIM_ENTRY int name(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, const Spec* timeout,         \
                          const sigset_t* mask)                                                                         \
     {                                                                                                                  \
-        return selectOr(count, readers, writers, nanosecondsOf(timeout), mask, [&] {                                   \
+        return selectOr(count, readers, writers, exceptions, nanosecondsOf(timeout), mask, [&] {                       \
             using Call = int (*)(int, fd_set*, fd_set*, fd_set*, const Spec*, const sigset_t*);                        \
             return HXSIM_REAL_AS(Call, #name)(count, readers, writers, exceptions, timeout, mask);                     \
         });                                                                                                            \

@@ -20,11 +20,8 @@ std::string shown(std::int64_t nanoseconds)
 /// 0 or -errno; `rest` is the time left after a signal.
 int sleepFor(Link& link, std::int64_t nanoseconds, std::int64_t& rest)
 {
-    const std::string action = shown(nanoseconds);
-    const int error = link.fault("sleep", action);
-    link.note("sleep", action, error);
     rest = nanoseconds;
-    return error != 0 ? -error : link.sleep(nanoseconds, &rest);
+    return link.sleepAs(shown(nanoseconds), nanoseconds, &rest);
 }
 
 template <typename Spec>

@@ -3,9 +3,11 @@
 
 #include "simulator/interpose/Descriptors.h"
 #include "simulator/interpose/Entry.h"
+#include "simulator/preload/OwnTimeWait.h"
 #include "simulator/preload/PreloadedFile.h"
 #include "simulator/protocol/UnitFolder.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -25,12 +27,13 @@ PreloadedLink* theLink = nullptr;
 thread_local bool isInControl = false;
 pthread_once_t begun = PTHREAD_ONCE_INIT;
 
-timespec timespecOf(std::int64_t nanoseconds)
+/// 0 or -errno.
+int waitOnMachine(sem_t* semaphore, std::int64_t nanoseconds)
 {
-    timespec time{};
-    time.tv_sec = static_cast<time_t>(nanoseconds / kNanosecondsPerSecond);
-    time.tv_nsec = static_cast<long>(nanoseconds % kNanosecondsPerSecond);
-    return time;
+    timespec moment{};
+    HXSIM_REAL(clock_gettime)(CLOCK_REALTIME, &moment);
+    moment = timespecOf(moment.tv_sec * kNanosecondsPerSecond + moment.tv_nsec + nanoseconds);
+    return HXSIM_REAL(sem_timedwait)(semaphore, &moment) == 0 ? 0 : -errno;
 }
 
 std::vector<std::string> lines(const std::string& text)
@@ -108,7 +111,7 @@ void PreloadedLink::begin()
 }
 
 PreloadedLink::PreloadedLink(std::string folder, double scale)
-    : folder_{std::move(folder)}, scale_{scale > 0 ? scale : 1.0}, connections_{folder_}
+    : folder_{std::move(folder)}, scale_{scale > 0 ? scale : 1.0}, clock_{clockOfUnit(folder_)}, connections_{folder_}
 {
 }
 
@@ -306,6 +309,8 @@ void PreloadedLink::note(const std::string& subject, const std::string& action, 
 
 int PreloadedLink::sleep(std::int64_t nanoseconds, std::int64_t* rest)
 {
+    if (clock_ != nullptr)
+        return sleepInOwnTime("", nanoseconds, rest);
     const timespec time = timespecOf(real(nanoseconds));
     timespec left{};
     const int error = HXSIM_REAL(clock_nanosleep)(CLOCK_MONOTONIC, 0, &time, &left);
@@ -313,6 +318,40 @@ int PreloadedLink::sleep(std::int64_t nanoseconds, std::int64_t* rest)
         *rest =
             static_cast<std::int64_t>(static_cast<double>(left.tv_sec * kNanosecondsPerSecond + left.tv_nsec) * scale_);
     return -error;
+}
+
+int PreloadedLink::sleepAs(const std::string& action, std::int64_t nanoseconds, std::int64_t* rest)
+{
+    return clock_ != nullptr ? sleepInOwnTime(action, nanoseconds, rest) : Link::sleepAs(action, nanoseconds, rest);
+}
+
+int PreloadedLink::sleepInOwnTime(const std::string& action, std::int64_t nanoseconds, std::int64_t* rest)
+{
+    OwnTimeWait wait{connections_, {nanoseconds, false, action}};
+    const int result = wait.finish(rest);
+    if (!wait.hasFailed())
+        return result;
+    (void)unreachable(-result);
+    const timespec time = timespecOf(nanoseconds); // a program that outlives its unit does not run without a pause
+    return -HXSIM_REAL(clock_nanosleep)(CLOCK_MONOTONIC, 0, &time, nullptr);
+}
+
+std::optional<std::int64_t> PreloadedLink::ownTime(clockid_t clock)
+{
+    return clock_ == nullptr ? std::nullopt : shownBy(*clock_, clock);
+}
+
+void PreloadedLink::waitInOwnTime(std::int64_t nanoseconds, const Attempt& attempt)
+{
+    constexpr std::int64_t kShortestStep = 250'000;
+    constexpr std::int64_t kLongestStep = 4'000'000;
+    OwnTimeWait wait{connections_, {nanoseconds, true, ""}};
+    for (std::int64_t step = kShortestStep; !attempt(step); step = std::min(2 * step, kLongestStep)) {
+        if (!wait.isOver())
+            continue;
+        (void)attempt(0); // what has come before the time
+        return;
+    }
 }
 
 std::string PreloadedLink::semaphoreName(const std::string& name)
@@ -325,10 +364,15 @@ int PreloadedLink::wait(sem_t* semaphore, const std::string& /*name*/, std::opti
 {
     if (!nanoseconds)
         return HXSIM_REAL(sem_wait)(semaphore) == 0 ? 0 : -errno;
-    timespec moment{};
-    clock_gettime(CLOCK_REALTIME, &moment);
-    moment = timespecOf(moment.tv_sec * kNanosecondsPerSecond + moment.tv_nsec + real(*nanoseconds));
-    return HXSIM_REAL(sem_timedwait)(semaphore, &moment) == 0 ? 0 : -errno;
+    if (clock_ == nullptr)
+        return waitOnMachine(semaphore, real(*nanoseconds));
+    int result = waitOnMachine(semaphore, 0);
+    if (result == -ETIMEDOUT && *nanoseconds > 0)
+        waitInOwnTime(*nanoseconds, [&](std::int64_t step) {
+            result = waitOnMachine(semaphore, step);
+            return result != -ETIMEDOUT;
+        });
+    return result;
 }
 
 int PreloadedLink::post(sem_t* semaphore)

@@ -4,6 +4,7 @@
 #include "simulator/interpose/Link.h"
 #include "simulator/preload/Connections.h"
 #include "simulator/protocol/Channel.h"
+#include "simulator/protocol/ClockPage.h"
 
 #include <map>
 #include <set>
@@ -12,7 +13,7 @@
 namespace hxsim {
 
 /// The preload backend: this process works on a unit that another process hosts. The unit's folder comes in the
-/// environment. Time is the machine's, or runs by a factor.
+/// environment. Time is the machine's, or runs by a factor, or is virtual.
 class PreloadedLink : public Link {
 public:
     /// Created at the first call of the process; null when the environment names no unit.
@@ -30,6 +31,9 @@ public:
     int fault(const std::string& subject, const std::string& call) override;
     void note(const std::string& subject, const std::string& action, int error, Bytes in) override;
     int sleep(std::int64_t nanoseconds, std::int64_t* rest) override;
+    int sleepAs(const std::string& action, std::int64_t nanoseconds, std::int64_t* rest) override;
+    std::optional<std::int64_t> ownTime(clockid_t clock) override;
+    void waitInOwnTime(std::int64_t nanoseconds, const Attempt& attempt) override;
     std::string semaphoreName(const std::string& name) override;
     int wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds) override;
     int post(sem_t* semaphore) override;
@@ -57,6 +61,7 @@ private:
     {
         return exchangeOnControl(wire::Packed{message, caller()}, answer);
     }
+    int sleepInOwnTime(const std::string& action, std::int64_t nanoseconds, std::int64_t* rest);
     bool exchangeOnControl(const wire::Packed& message, Packet* answer);
     /// The same on a separate connection.
     bool exchangeSeparately(const wire::Packed& message, Packet* answer);
@@ -68,8 +73,9 @@ private:
 
     std::string folder_;
     double scale_;
-    std::string root_;       ///< received from the host, like the following members
-    std::string semaphores_; ///< mark of the unit whose semaphores programs get; empty: the machine's own
+    const ClockMemory* clock_; ///< of virtual time; null: the machine's holds
+    std::string root_;         ///< received from the host, like the following members
+    std::string semaphores_;   ///< mark of the unit whose semaphores programs get; empty: the machine's own
     std::map<std::string, Where> paths_;
     std::set<std::string, std::less<>> names_; ///< what paths_ end in
     int refused_ = 0;                          ///< the errno with which this process may not reach the unit

@@ -53,7 +53,7 @@ bool connectThrough(int fd, const sockaddr_un& address)
 std::int64_t millisecondsNow()
 {
     timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
+    HXSIM_REAL(clock_gettime)(CLOCK_MONOTONIC, &now);
     return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
 }
 
@@ -93,7 +93,7 @@ std::string newConnectionName()
 {
     static std::atomic<unsigned> made{0};
     timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
+    HXSIM_REAL(clock_gettime)(CLOCK_MONOTONIC, &now);
     return "hxsim-" + std::to_string(getpid()) + '-' + std::to_string(++made) + '-' + std::to_string(now.tv_sec) + '.' +
            std::to_string(now.tv_nsec);
 }

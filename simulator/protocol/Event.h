@@ -9,7 +9,7 @@
 namespace hxsim {
 
 /// One thing that happened on a unit. Events of a unit are numbered from 1 in their order; an event that only one
-/// follower gets (Alarm) has the number 0.
+/// follower gets (Alarm, Held) has the number 0.
 struct Event {
     enum class Kind {
         Property, ///< `subject` changed from `old` to `text`
@@ -19,6 +19,7 @@ struct Event {
         Left,     ///< `process` does not use it any more
         Output,   ///< the program `subject` printed the line `text`
         Alarm,    ///< the time that a follower asked for has come
+        Held,     ///< virtual time does not pass: `thread` of `subject` `text` ("is running"), for `old` seconds
     };
 
     Kind kind = Kind::Alarm;

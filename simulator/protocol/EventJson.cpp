@@ -46,6 +46,7 @@ const std::array kForms{
     Form{Kind::Left, "left", {{{"program", &Event::subject}}}},
     Form{Kind::Output, "output", {{{"program", &Event::subject}, {"line", &Event::text}}}},
     Form{Kind::Alarm, "alarm", {}},
+    Form{Kind::Held, "held", {{{"program", &Event::subject}, {"state", &Event::text}, {"seconds", &Event::old}}}},
 };
 
 void readText(const Json& object, const TextField& field, Event& event)
@@ -79,6 +80,13 @@ std::string lineOf(const Event& event)
     if (event.thread != 0)
         object["thread"] = event.thread;
     return written(object);
+}
+
+std::string textOfHeld(const Event& event)
+{
+    return "program '" + event.subject + "' (process " + std::to_string(event.process) + ") has not slept for " +
+           event.old + " s of real time: its thread " + std::to_string(event.thread) + ' ' + event.text +
+           "; virtual time passes only while all programs sleep or wait";
 }
 
 std::optional<Event> eventFrom(const Json& object)

@@ -18,4 +18,7 @@ std::string lineOf(const Event& event);
 /// The event of such an object; nothing for one that this version does not know. Unknown fields are ignored.
 std::optional<Event> eventFrom(const nlohmann::json& object);
 
+/// "program 'console' has not slept for 5 s of real time: ..."
+std::string textOfHeld(const Event& event);
+
 } // namespace hxsim

@@ -128,7 +128,7 @@ struct Read {
     static void fields(auto& self, auto& packet) { packet.file(self.file).value(self.size).other(self.nonblocking); }
 };
 
-/// Ends a Read or Drain that waits on this connection.
+/// Ends a Read, Drain or Sleep that waits on this connection.
 using Cancel = Plain<Kind::Cancel>;
 
 struct Write {
@@ -177,9 +177,23 @@ using Share = Plain<Kind::Share>;
 /// There is a request in the mailbox; no answer to this.
 using Bell = Plain<Kind::Bell>;
 
+/// Waits in the unit's virtual time; answered with Slept when the time has come. A Cancel ends it before.
+struct Sleep {
+    static constexpr Kind kKind = Kind::Sleep;
+    std::int64_t nanoseconds = 0;
+    /// The thread waits for something else, and looks for the answer from time to time: no time passes between the
+    /// answer and the Cancel with which it says that it has noticed it.
+    bool isWatched = false;
+    std::string action{}; ///< which may fail by injection, and is recorded; empty: neither
+    static void fields(auto& self, auto& packet)
+    {
+        packet.value(self.nanoseconds).other(self.isWatched).texts(self.action);
+    }
+};
+
 /// All messages that a program sends.
 using Requests = std::tuple<Hello, Locate, Absent, Fault, Note, Command, Which, Open, Shape, Ioctl, Read, Cancel, Write,
-                            SetTerminal, GetTerminal, Flush, Drain, Readable, Closing, Close, Share, Bell>;
+                            SetTerminal, GetTerminal, Flush, Drain, Readable, Closing, Close, Share, Bell, Sleep>;
 
 // Answers of the server.
 
@@ -214,6 +228,13 @@ struct ShapeKnown {
     std::int64_t takes = -1; ///< -1: the driver does not know the request
     std::int64_t gives = 0;
     static void fields(auto& self, auto& packet) { packet.value(self.takes).other(self.gives); }
+};
+
+struct Slept {
+    static constexpr Kind kKind = Kind::Answer;
+    int result = 0;        ///< or -EINTR
+    std::int64_t left = 0; ///< nanoseconds
+    static void fields(auto& self, auto& packet) { packet.value(self.result).other(self.left); }
 };
 
 /// A message as it is sent: the head, and bytes that belong to it or to the message.

@@ -49,6 +49,9 @@ enum class Kind : std::uint32_t {
     // Mailboxes.
     Share,
     Bell,
+
+    // Virtual time.
+    Sleep,
 };
 
 struct Head {

@@ -30,6 +30,17 @@ std::vector<std::string> propertiesOf(const Scenario& scenario)
     return {names.begin(), names.end()};
 }
 
+/// Whether the log's lines about sleeps can meet a condition.
+bool expectsSleeps(const Scenario& scenario)
+{
+    return std::ranges::any_of(scenario.statements, [](const Statement& statement) {
+        const Condition& condition = statement.expectation.condition;
+        const bool isChecked = statement.kind == Kind::Wait || statement.kind == Kind::Expect;
+        return isChecked && (condition.kind == Condition::Kind::Log ||
+                             (condition.kind == Condition::Kind::Request && !condition.subject.starts_with('/')));
+    });
+}
+
 } // namespace
 
 /// A unit while a scenario is played on it.
@@ -37,6 +48,7 @@ struct ScenarioRun::Stage {
     std::string unit;
     ScenarioResult result{};
     Time begin{0};
+    bool isHeld = false; ///< a program does not let time pass
     std::optional<Follower> follower{};
     std::vector<std::unique_ptr<ProgramRun>> programs{};
 };
@@ -53,6 +65,8 @@ void ScenarioRun::observe(Stage& stage, const Event& event) const
         stage.result.values[event.subject].emplace_back(std::max(event.time - stage.begin, Time{0}), event.text);
     if (event.kind == Event::Kind::Output && options_.printed)
         options_.printed(event);
+    if (event.kind == Event::Kind::Held && options_.held)
+        options_.held(event);
 }
 
 ScenarioResult ScenarioRun::play(const Scenario& scenario)
@@ -62,7 +76,9 @@ ScenarioResult ScenarioRun::play(const Scenario& scenario)
     std::vector<std::string> start{"start", stage.unit};
     start.insert(start.end(), options_.unit.begin(), options_.unit.end());
     runHxSim(start);
-    stage.follower.emplace(stage.unit, propertiesOf(scenario), [&](const Event& event) { observe(stage, event); });
+    stage.follower.emplace(
+        stage.unit, propertiesOf(scenario), [&](const Event& event) { observe(stage, event); },
+        expectsSleeps(scenario) ? Follower::Sleeps::Followed : Follower::Sleeps::Ignored);
     (void)stage.follower->ask({"own"});
     for (const auto& [name, value] : stage.follower->values())
         stage.result.values[name].emplace_back(Time{0}, value);
@@ -76,7 +92,7 @@ ScenarioResult ScenarioRun::play(const Scenario& scenario)
         StatementResult& result = stage.result.statements.emplace_back(StatementResult{statement});
         if (goesOn)
             playStatement(stage, result);
-        goesOn = goesOn && (statement.kind == Kind::Expect || result.state == State::Done);
+        goesOn = goesOn && !stage.isHeld && (statement.kind == Kind::Expect || result.state == State::Done);
         if (options_.decided)
             options_.decided(result);
     }
@@ -105,6 +121,10 @@ void ScenarioRun::playStatement(Stage& stage, StatementResult& result)
         result.state = State::Done;
     } catch (const UnitGone&) {
         throw;
+    } catch (const TimeHeld& held) {
+        stage.isHeld = true;
+        result.state = State::Failed;
+        result.seen = held.what();
     } catch (const BadText& bad) {
         result.state = State::Failed;
         result.seen = bad.what();
@@ -132,6 +152,7 @@ void ScenarioRun::finish(Stage& stage)
         if (status && *status != 0)
             stage.result.troubles.push_back(program->name() + " ended with status " + std::to_string(*status));
     }
+    stage.follower->letTimePass(); // a program may sleep before it ends
     stage.programs.clear();
     (void)stage.follower->now(); // the last lines of the programs
     runHxSim({"stop", stage.unit});

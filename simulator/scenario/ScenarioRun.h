@@ -41,6 +41,7 @@ public:
         std::vector<std::string> program{}; ///< runs from the begin; empty: none
         std::function<void(const StatementResult&)> decided{};
         std::function<void(const Event&)> printed{}; ///< a line of a program
+        std::function<void(const Event&)> held{};    ///< a program keeps virtual time from passing
     };
 
     explicit ScenarioRun(Options options) : options_{std::move(options)} {}

@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -31,6 +32,7 @@ constexpr std::size_t kMostAlarms = 1000;
 constexpr std::size_t kMostPast = 20000;
 constexpr char kAll[] = "--all";
 constexpr char kPast[] = "--past";
+constexpr char kWithoutSleeps[] = "--without-sleeps";
 
 int listenForClients(const std::string& path)
 {
@@ -51,6 +53,13 @@ void watchFor(int epoll, int operation, int fd, std::uint32_t events)
     event.events = events;
     event.data.fd = fd;
     (void)epoll_ctl(epoll, operation, fd, &event);
+}
+
+int processOf(int fd)
+{
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.pid : 0;
 }
 
 double secondsOf(Time time)
@@ -214,6 +223,8 @@ Json EventStream::handle(Client& client, int fd, const Words& words)
         setAlarm(client, fd, words[1]);
     } else if (words[0] == "own" && words.size() == 1) {
         client.owns = true;
+    } else if (words[0] == "take-part" && words.size() == 1) {
+        client.process = processOf(fd);
     } else if (words[0] == "output" && words.size() == 3) {
         source_.printed(0, words[1], words[2]);
     } else {
@@ -223,16 +234,19 @@ Json EventStream::handle(Client& client, int fd, const Words& words)
     return {{"ok", true}, {"text", ""}};
 }
 
-/// "events [--past] [--all | PROPERTY ...]": from now on the client gets events; answered with the properties' values.
+/// "events [--past] [--without-sleeps] [--all | PROPERTY ...]": from now on the client gets events; answered with the
+/// properties' values.
 Json EventStream::follow(Client& client, const Words& words)
 {
     std::set<std::string> wanted;
     bool all = false;
     bool past = false;
+    bool withoutSleeps = false;
     for (std::size_t i = 1; i < words.size(); ++i) {
         all = all || words[i] == kAll;
         past = past || words[i] == kPast;
-        if (words[i] != kAll && words[i] != kPast)
+        withoutSleeps = withoutSleeps || words[i] == kWithoutSleeps;
+        if (words[i] != kAll && words[i] != kPast && words[i] != kWithoutSleeps)
             wanted.insert(words[i]);
     }
     if (all)
@@ -243,6 +257,7 @@ Json EventStream::follow(Client& client, const Words& words)
     for (const std::string& name : wanted)
         values[name] = unit_.properties().get(name); // throws for an unknown one
     client.all = all;
+    client.withoutSleeps = withoutSleeps;
     client.properties = std::move(wanted);
     client.follows = true;
     updateSource();
@@ -265,13 +280,59 @@ void EventStream::setAlarm(Client& client, int fd, const std::string& nanosecond
         throw BadText{"too many alarms"};
     const std::uint64_t number = ++alarms_;
     client.alarms[number] = unit_.clock().at(time, [this, fd, number] {
-        const auto found = clients_.find(fd);
-        if (found == clients_.end())
-            return;
-        source_.look();
-        found->second.alarms.erase(number);
-        send(found->second, std::make_shared<std::string>(lineOf(Event{.time = unit_.clock().now()}) + '\n'));
+        if (keepsAlarms_)
+            due_.emplace_back(fd, number);
+        else
+            ring(fd, number);
     });
+}
+
+void EventStream::ring(int fd, std::uint64_t number)
+{
+    const auto found = clients_.find(fd);
+    if (found == clients_.end() || found->second.alarms.erase(number) == 0)
+        return;
+    source_.look();
+    send(found->second, std::make_shared<std::string>(lineOf(Event{.time = unit_.clock().now()}) + '\n'));
+}
+
+bool EventStream::ringFirst()
+{
+    if (due_.empty())
+        return false;
+    const auto [fd, number] = due_.front();
+    due_.pop_front();
+    ring(fd, number);
+    return true;
+}
+
+bool EventStream::hasParticipants() const
+{
+    return std::ranges::any_of(clients_, [](const auto& one) { return one.second.process != 0; });
+}
+
+std::vector<int> EventStream::participants() const
+{
+    std::vector<int> processes;
+    for (const auto& [fd, client] : clients_)
+        if (client.process != 0)
+            processes.push_back(client.process);
+    return processes;
+}
+
+bool EventStream::awaitsAlarm() const
+{
+    const bool any = !hasParticipants();
+    return std::ranges::any_of(
+        clients_, [any](const auto& one) { return !one.second.alarms.empty() && (any || one.second.process != 0); });
+}
+
+void EventStream::notify(const Event& event)
+{
+    const auto line = std::make_shared<std::string>(lineOf(event) + '\n');
+    for (auto& [fd, client] : clients_)
+        if (client.process != 0)
+            send(client, line);
 }
 
 void EventStream::updateSource()
@@ -292,7 +353,8 @@ void EventStream::publish(const Event& event)
     Line line;
     for (auto& [fd, client] : clients_) {
         const bool isMeant = event.kind != Event::Kind::Property || client.properties.contains(event.subject);
-        if (!client.follows || client.ends || !isMeant)
+        const bool isSleep = event.kind == Event::Kind::Request && event.subject == "sleep";
+        if (!client.follows || client.ends || !isMeant || (isSleep && client.withoutSleeps))
             continue;
         if (line == nullptr)
             line = std::make_shared<std::string>(lineOf(event) + '\n');
@@ -310,6 +372,7 @@ void EventStream::send(Client& client, Line line)
                                   " lines were waiting for it");
     client.queued += line->size();
     client.queue.push_back(std::move(line));
+    ++lines_;
 }
 
 /// Ends a client: it gets the reason in place of what waited for it. A line that is partly sent is completed.

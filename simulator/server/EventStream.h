@@ -44,6 +44,22 @@ public:
     EventSource& source() { return source_; }
     [[nodiscard]] std::size_t clients() const { return clients_.size(); }
 
+    // Virtual time.
+
+    /// From now on alarms wait for `ringFirst`.
+    void keepAlarms() { keepsAlarms_ = true; }
+    /// Sends the first alarm that is due. False: there is none.
+    bool ringFirst();
+    /// Clients whose processes must wait as well before time passes.
+    [[nodiscard]] bool hasParticipants() const;
+    [[nodiscard]] std::vector<int> participants() const;
+    /// Whether one of these, or without one any client, waits for an alarm.
+    [[nodiscard]] bool awaitsAlarm() const;
+    /// The number of lines sent so far.
+    [[nodiscard]] std::uint64_t lines() const { return lines_; }
+    /// An event for the participants.
+    void notify(const Event& event);
+
     /// The bytes that wait for one client at most.
     static constexpr std::size_t kMostQueued = 8U << 20;
     /// The longest line from a client.
@@ -59,11 +75,13 @@ private:
         std::size_t sent = 0;   ///< bytes of the first line that have been sent
         bool follows = false;
         bool all = false; ///< follows every property
+        bool withoutSleeps = false;
         std::set<std::string> properties{};
         bool owns = false;
         bool ends = false;   ///< after the queue has been sent
         bool writes = false; ///< waits until it can send
         std::map<std::uint64_t, Clock::Key> alarms{};
+        int process = 0; ///< of a participant
     };
 
     void accept();
@@ -74,6 +92,7 @@ private:
     nlohmann::json handle(Client& client, int fd, const std::vector<std::string>& words);
     nlohmann::json follow(Client& client, const std::vector<std::string>& words);
     void setAlarm(Client& client, int fd, const std::string& nanoseconds);
+    void ring(int fd, std::uint64_t number);
     void sendPast(Client& client);
     void updateSource();
     void publish(const Event& event);
@@ -90,6 +109,9 @@ private:
     bool full_ = false; ///< no descriptor is left for another client
     std::map<int, Client> clients_;
     std::uint64_t alarms_ = 0;
+    std::uint64_t lines_ = 0;
+    bool keepsAlarms_ = false;
+    std::deque<std::pair<int, std::uint64_t>> due_{}; ///< alarms that are kept: clients and numbers
     EventSource source_;
 };
 

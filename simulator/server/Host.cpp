@@ -3,39 +3,33 @@
 
 #include "simulator/server/HostCommands.h"
 
-#include <fstream>
-
 namespace hxsim {
 
-namespace {
-
-std::string nameOf(int process)
-{
-    std::ifstream file{"/proc/" + std::to_string(process) + "/comm"};
-    std::string name;
-    std::getline(file, name);
-    return name;
-}
-
-} // namespace
-
-Host::Host(const std::string& unit, double scale)
-    : running_{unit, scale}, events_{running_.unit(), running_.folder() + "/events",
-                                     [this](const auto& words) {
-                                         sessions_.changed(); // it may have what a read waits for
-                                         const CommandResult result = runHostCommand(*this, kNoConnection, words);
-                                         return EventStream::Answer{result.good, result.text};
-                                     },
-                                     [this] { stop(); }},
+Host::Host(const std::string& unit, Pace pace)
+    : running_{unit, pace}, events_{running_.unit(), running_.folder() + "/events",
+                                    [this](const auto& words) {
+                                        sessions_.changed(); // it may have what a read waits for
+                                        const CommandResult result = runHostCommand(*this, kNoConnection, words);
+                                        return EventStream::Answer{result.good, result.text};
+                                    },
+                                    [this] { stop(); }},
       sessions_{running_,
                 [this](int connection, const auto& words) { return runHostCommand(*this, connection, words); }},
       loop_{running_.folder() + "/socket", running_, sessions_, events_}
 {
     sessions_.whenProgramsChange([this](int process, bool isHere) {
         if (isHere)
-            events_.source().joined(process, nameOf(process));
+            events_.source().joined(process, nameOfProcess(process));
         else
             events_.source().left(process);
+    });
+    if (!pace.isVirtual)
+        return;
+    events_.keepAlarms();
+    loop_.timeKeeper().whenHeld([this](const Event& event) {
+        events_.notify(event);
+        if (held_)
+            held_(event);
     });
 }
 

@@ -17,7 +17,7 @@ namespace hxsim {
 class Host {
 public:
     /// Throws std::runtime_error when the unit cannot be started.
-    Host(const std::string& unit, double scale);
+    Host(const std::string& unit, Pace pace);
 
     RunningUnit& running() { return running_; }
     Unit& unit() { return running_.unit(); }
@@ -27,6 +27,8 @@ public:
     /// Serves programs until `stop` is called, or until `alsoWatched` becomes readable and `seen` says to end.
     void run(int alsoWatched, const std::function<bool()>& seen) { loop_.run(alsoWatched, seen); }
     void stop() { loop_.stop(); }
+    /// Called while a program keeps virtual time from passing.
+    void whenHeld(TimeKeeper::Report report) { held_ = std::move(report); }
     /// Sends new journal entries to this connection, as lines or as JSON.
     void follow(int connection, bool asJson) { sessions_.at(connection).follow(asJson); }
 
@@ -36,6 +38,7 @@ private:
     EventStream events_;
     Sessions sessions_;
     Loop loop_;
+    TimeKeeper::Report held_{};
 };
 
 } // namespace hxsim

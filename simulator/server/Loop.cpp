@@ -67,13 +67,18 @@ std::optional<std::chrono::nanoseconds> Loop::patience()
 {
     std::optional<std::chrono::nanoseconds> least;
     const auto atMost = [&](std::chrono::nanoseconds time) { least = least ? std::min(*least, time) : time; };
+    if (full_)
+        atMost(kAcceptAgain);
+    if (unit_.isVirtual()) {
+        if (const auto time = timeKeeper_.patience())
+            atMost(*time);
+        return least;
+    }
     for (const std::optional<Time> deadline : {unit_.unit().clock().nextDeadline(), sessions_.nextDeadline()})
         if (deadline)
             atMost(unit_.until(*deadline)); // a bus transfer ends when it ends, not at the next millisecond
     if (sessions_.drains())
         atMost(kDrainAgain);
-    if (full_)
-        atMost(kAcceptAgain);
     return least;
 }
 
@@ -123,7 +128,8 @@ void Loop::run(int alsoWatched, const std::function<bool()>& seen)
         for (const auto& [fd, session] : sessions_.all())
             watched.push_back({fd, POLLIN, 0});
         const timespec time{time_t(limit.value_or(0ns) / 1s), static_cast<long>(limit.value_or(0ns) % 1s / 1ns)};
-        if (::ppoll(watched.data(), watched.size(), limit ? &time : nullptr, nullptr) < 0 && errno != EINTR)
+        const int ready = ::ppoll(watched.data(), watched.size(), limit ? &time : nullptr, nullptr);
+        if (ready < 0 && errno != EINTR)
             throw std::runtime_error{"poll failed"};
         full_ = false;
         unit_.advance();
@@ -135,9 +141,19 @@ void Loop::run(int alsoWatched, const std::function<bool()>& seen)
         if (watched[2].revents != 0)
             guarded([&] { events_.serve(); });
         finish();
+        if (unit_.isVirtual())
+            keepTime(ready);
         if (watched[1].revents != 0 && seen())
             break;
     }
+}
+
+void Loop::keepTime(int ready)
+{
+    if (ready != 0)
+        return timeKeeper_.somethingCame();
+    guarded([&] { timeKeeper_.nothingCame(); });
+    finish(); // what it has caused goes out
 }
 
 void Loop::accept()

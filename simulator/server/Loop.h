@@ -3,6 +3,7 @@
 
 #include "simulator/server/EventStream.h"
 #include "simulator/server/Sessions.h"
+#include "simulator/server/TimeKeeper.h"
 
 #include <chrono>
 #include <functional>
@@ -23,6 +24,7 @@ public:
     /// Serves programs until `stop` is called, or until `alsoWatched` becomes readable and `seen` says to end.
     void run(int alsoWatched, const std::function<bool()>& seen);
     void stop() { stopping_ = true; }
+    TimeKeeper& timeKeeper() { return timeKeeper_; }
 
 private:
     void accept();
@@ -33,10 +35,13 @@ private:
     bool serveMailboxes();
     /// After a request.
     void finish();
+    /// After a look at all connections: what was ready.
+    void keepTime(int ready);
 
     RunningUnit& unit_;
     Sessions& sessions_;
     EventStream& events_;
+    TimeKeeper timeKeeper_{unit_, sessions_, events_};
     const int listener_;
     bool stopping_ = false;
     bool full_ = false; ///< no descriptor is left for another connection

@@ -13,7 +13,8 @@
 
 namespace hxsim {
 
-RunningUnit::RunningUnit(const std::string& name, double scale) : scale_{scale}, folder_{name}
+RunningUnit::RunningUnit(const std::string& name, Pace pace)
+    : pace_{pace}, folder_{name}, clockPage_{pace.isVirtual ? std::make_unique<ClockPage>(folder_.path()) : nullptr}
 {
     files_ = folder_.path() + "/files";
     semaphores_ = UnitFolder::markOf(folder_.path());
@@ -26,15 +27,25 @@ void RunningUnit::keep()
         kept_->save();
 }
 
+void RunningUnit::advanceTo(Time time)
+{
+    unit_.clock().advanceTo(time);
+    shown_ = unit_.clock().now();
+    if (clockPage_ != nullptr)
+        clockPage_->show(shown_);
+}
+
 Time RunningUnit::now() const
 {
+    if (isVirtual())
+        return shown_;
     const std::chrono::duration<double, std::nano> real = std::chrono::steady_clock::now() - start_;
-    return Time{static_cast<std::int64_t>(real.count() * scale_)};
+    return Time{static_cast<std::int64_t>(real.count() * pace_.scale)};
 }
 
 std::chrono::nanoseconds RunningUnit::until(Time time) const
 {
-    const double real = std::clamp(static_cast<double>((time - now()).count()) / scale_, 0.0, 60e9);
+    const double real = std::clamp(static_cast<double>((time - now()).count()) / pace_.scale, 0.0, 60e9);
     return std::chrono::nanoseconds{static_cast<std::int64_t>(std::ceil(real))};
 }
 

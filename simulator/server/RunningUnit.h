@@ -3,6 +3,7 @@
 
 #include "simulator/file/UnitCalls.h"
 #include "simulator/model/Unit.h"
+#include "simulator/protocol/ClockPage.h"
 #include "simulator/protocol/UnitFolder.h"
 #include "simulator/record/Recorder.h"
 #include "simulator/server/KeptMemory.h"
@@ -13,11 +14,17 @@
 
 namespace hxsim {
 
-/// A unit in real or scaled time: its directory, what answers the calls on it, and a recording of them.
+/// How a unit's time passes: by the clock of the machine, `scale` times as fast, or in jumps while no program runs.
+struct Pace {
+    double scale = 1;
+    bool isVirtual = false;
+};
+
+/// A unit while programs can use it: its directory, its time, what answers the calls on it, and a recording of them.
 class RunningUnit {
 public:
     /// Throws std::runtime_error when the unit cannot be started.
-    RunningUnit(const std::string& name, double scale);
+    RunningUnit(const std::string& name, Pace pace);
 
     /// Throws BadText for a bad description.
     void describe(const std::string& text) { unit_.describe(text); }
@@ -33,15 +40,17 @@ public:
     Unit& unit() { return unit_; }
     UnitCalls& calls() { return *calls_; }
     [[nodiscard]] const std::string& folder() const { return folder_.path(); }
-    [[nodiscard]] double scale() const { return scale_; }
+    [[nodiscard]] double scale() const { return pace_.scale; }
+    [[nodiscard]] bool isVirtual() const { return pace_.isVirtual; }
     /// What programs find at which path, in the lines that wire::Hello describes.
     [[nodiscard]] std::string pathList();
 
-    /// The unit's time by the clock of the machine.
+    /// The unit's time; unless it is virtual, by the clock of the machine.
     [[nodiscard]] Time now() const;
     /// Brings the unit to that time.
-    void advance() { unit_.clock().advanceTo(now()); }
-    /// The machine's time until this time of the unit; 0 when it has passed.
+    void advance() { advanceTo(now()); }
+    void advanceTo(Time time);
+    /// The machine's time until this time of the unit, which is not virtual; 0 when it has passed.
     [[nodiscard]] std::chrono::nanoseconds until(Time time) const;
 
     /// Records the calls of this process and its children to a file from now on. The owner is a session, or -1 for this
@@ -54,8 +63,10 @@ private:
     /// The initial state of the unit that a replay needs.
     [[nodiscard]] Recording recordingHead();
 
-    double scale_;
+    Pace pace_;
     UnitFolder folder_;
+    std::unique_ptr<ClockPage> clockPage_; ///< of virtual time
+    Time shown_{0};
     Unit unit_;
     std::unique_ptr<KeptMemory> kept_;
     std::unique_ptr<UnitCalls> calls_ = std::make_unique<UnitCalls>(unit_);

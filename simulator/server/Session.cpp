@@ -15,6 +15,11 @@ namespace {
 /// Maximum number of bytes of a read in one answer.
 constexpr std::size_t kMostRead = wire::kLargestPacket - sizeof(wire::Head);
 
+/// The subject of sleeps in the log.
+constexpr char kSleep[] = "sleep";
+/// As long as a sleep of 0 takes on a machine: a program that does nothing else does not stop the time.
+constexpr Time kLeastSleep = std::chrono::microseconds{50};
+
 } // namespace
 
 Session::~Session()
@@ -54,6 +59,7 @@ void Session::refuse(wire::Kind kind)
 void Session::handle(const Packet& packet)
 {
     caller_ = {packet.head.process, packet.head.thread};
+    others_.asked(caller_);
     const wire::Kind kind = packet.head.kind;
     if (kind >= wire::Kind::Open) {
         others_.takeNotesOf(caller_.process, fd_);
@@ -84,6 +90,7 @@ template <typename Message>
 void Session::send(const Message& message)
 {
     unit_.keep(); // data that was reported as written outlasts the server
+    others_.countAnswer();
     const wire::Packed packed{message};
     if (mailbox_ == nullptr || !mailbox_->answer(packed.head(), packed.bytes()))
         (void)sendPacket(fd_, packed); // the next read from a program detects that it is gone
@@ -215,8 +222,12 @@ void Session::handle(const wire::Cancel& /*request*/)
 {
     if (read_ || drains_)
         answer(-EINTR);
+    if (sleeper_)
+        send(wire::Slept{-EINTR, (sleeper_->until - unit_.now()).count()});
     read_.reset();
     drains_ = false;
+    sleeper_.reset();
+    unaware_.reset();
 }
 
 void Session::handle(const wire::Write& request)
@@ -271,6 +282,8 @@ void Session::handle(const wire::Share& /*request*/)
 {
     if (mailbox_ != nullptr)
         return answer(-EEXIST);
+    if (unit_.isVirtual())
+        return answer(-ENOTSUP); // all that has arrived must be visible at once
     auto mailbox = std::make_unique<ServerMailbox>();
     if (!*mailbox)
         return answer(-ENOMEM);
@@ -284,6 +297,29 @@ void Session::handle(const wire::Bell& /*request*/)
 {
     if (mailbox_ != nullptr)
         others_.mailboxes().rung(*this);
+}
+
+void Session::handle(const wire::Sleep& request)
+{
+    static constexpr std::int64_t kLongest = INT64_MAX / 4;
+    if (!unit_.isVirtual() || sleeper_)
+        return answer(-EINVAL);
+    const int error = request.action.empty() ? 0 : unit_.calls().fault(caller_, kSleep, request.action);
+    if (!request.action.empty())
+        unit_.calls().note(caller_, kSleep, request.action, {}, error);
+    if (error != 0)
+        return send(wire::Slept{-error, request.nanoseconds});
+    const Time time{std::clamp<std::int64_t>(request.nanoseconds, 0, kLongest - unit_.now().count())};
+    const Time until = unit_.now() + (time > Time{0} ? time : kLeastSleep);
+    sleeper_ = Sleeper{caller_, until, others_.nextOrder(), request.isWatched};
+}
+
+void Session::wakeUp()
+{
+    if (sleeper_->isWatched)
+        unaware_ = sleeper_->caller;
+    sleeper_.reset();
+    send(wire::Slept{});
 }
 
 bool Session::servePosted()

@@ -50,6 +50,20 @@ public:
     /// The time at which a waiting read has to be tried again.
     [[nodiscard]] std::optional<Time> wakeAt() const { return read_ ? read_->wakeAt : std::nullopt; }
     [[nodiscard]] bool drains() const { return drains_; }
+    [[nodiscard]] bool reads() const { return read_.has_value(); }
+
+    /// A thread that waits for the virtual time.
+    struct Sleeper {
+        Caller caller;
+        Time until;
+        std::uint64_t order; ///< in which they began to wait
+        bool isWatched;
+    };
+    [[nodiscard]] const std::optional<Sleeper>& sleeper() const { return sleeper_; }
+    /// Its time has come.
+    void wakeUp();
+    /// The thread that has been woken and has not noticed it.
+    [[nodiscard]] const std::optional<Caller>& unaware() const { return unaware_; }
 
     /// Handles a request in the mailbox; false when there is no new one.
     bool servePosted();
@@ -93,6 +107,7 @@ private:
     void handle(const wire::Close& request);
     void handle(const wire::Share& request);
     void handle(const wire::Bell& request);
+    void handle(const wire::Sleep& request);
     void refuse(wire::Kind kind);
 
     [[nodiscard]] OpenFile& file() const { return *file_->open; }
@@ -112,6 +127,8 @@ private:
     std::shared_ptr<ServedFile> file_{}; ///< its subject
     std::optional<WaitingRead> read_{};
     bool drains_ = false;
+    std::optional<Sleeper> sleeper_{};
+    std::optional<Caller> unaware_{};
     Follows follows_ = Follows::Nothing;
 };
 

@@ -144,4 +144,63 @@ bool Sessions::drains() const
     return std::ranges::any_of(sessions_, [](const auto& one) { return one.second->drains(); });
 }
 
+/// Few threads sleep at a time.
+Session* Sessions::firstSleeper() const
+{
+    Session* first = nullptr;
+    const auto key = [](const Session& session) {
+        return std::pair{session.sleeper()->until, session.sleeper()->order};
+    };
+    for (const auto& [fd, session] : sessions_)
+        if (session->sleeper() && (first == nullptr || key(*session) < key(*first)))
+            first = session.get();
+    return first;
+}
+
+std::optional<Time> Sessions::nextWake() const
+{
+    const Session* const first = firstSleeper();
+    return first == nullptr ? std::nullopt : std::optional{first->sleeper()->until};
+}
+
+bool Sessions::wakeFirst()
+{
+    Session* const first = firstSleeper();
+    if (first == nullptr || first->sleeper()->until > unit_.now())
+        return false;
+    first->wakeUp();
+    return true;
+}
+
+bool Sessions::sleeps(int thread) const
+{
+    return std::ranges::any_of(sessions_, [thread](const auto& one) {
+        const std::optional<Session::Sleeper>& sleeper = one.second->sleeper();
+        return sleeper && !sleeper->isWatched && sleeper->caller.thread == thread;
+    });
+}
+
+bool Sessions::anyWaits() const
+{
+    return std::ranges::any_of(sessions_, [](const auto& one) {
+        return one.second->sleeper() || one.second->reads() || one.second->drains();
+    });
+}
+
+std::optional<Caller> Sessions::unaware() const
+{
+    for (const auto& [fd, session] : sessions_)
+        if (session->unaware())
+            return session->unaware();
+    return std::nullopt;
+}
+
+std::vector<int> Sessions::processes() const
+{
+    std::vector<int> all;
+    for (const auto& [process, fd] : controls_)
+        all.push_back(process);
+    return all;
+}
+
 } // namespace hxsim

@@ -41,6 +41,23 @@ public:
     [[nodiscard]] bool drains() const;
     Mailboxes& mailboxes() { return mailboxes_; }
 
+    // Virtual time.
+
+    /// The time at which the first sleeping thread wakes up.
+    [[nodiscard]] std::optional<Time> nextWake() const;
+    /// Wakes the first thread whose time has come; of several the one that began to sleep first. False: there is none.
+    bool wakeFirst();
+    /// Whether this thread sleeps and does nothing else.
+    [[nodiscard]] bool sleeps(int thread) const;
+    /// Whether a program waits for the unit's time or its hardware.
+    [[nodiscard]] bool anyWaits() const;
+    /// A thread that has been woken and has not noticed it.
+    [[nodiscard]] std::optional<Caller> unaware() const;
+    [[nodiscard]] std::vector<int> processes() const;
+    /// The number of answers so far.
+    [[nodiscard]] std::uint64_t answers() const { return answers_; }
+    [[nodiscard]] Caller lastCaller() const { return lastCaller_; }
+
     // For the connections themselves.
     CommandResult command(int connection, const std::vector<std::string>& words)
     {
@@ -57,8 +74,13 @@ public:
     void control(int process, int fd);
     /// Adds the earlier notes of a process to the journal before its current request.
     void takeNotesOf(int process, int asking);
+    void countAnswer() { ++answers_; }
+    /// The order in which threads begin to sleep.
+    std::uint64_t nextOrder() { return ++order_; }
+    void asked(Caller caller) { lastCaller_ = caller; }
 
 private:
+    [[nodiscard]] Session* firstSleeper() const;
     void drop(int fd);
 
     RunningUnit& unit_;
@@ -71,6 +93,9 @@ private:
     std::map<int, int> controls_; ///< process to control connection
     bool takingNotes_ = false;    ///< inside takeNotesOf
     bool waiting_ = false;        ///< some session may have something that waits
+    std::uint64_t answers_ = 0;
+    std::uint64_t order_ = 0;
+    Caller lastCaller_{};
     std::vector<std::uint8_t> buffer_;
 };
 

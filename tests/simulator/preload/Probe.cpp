@@ -54,6 +54,15 @@ int get(char** words)
     return getRegister(fd, std::atoi(words[1]));
 }
 
+/// get-forever PATH NUMBER: reads it without a pause.
+int getForever(char** words)
+{
+    const int fd = open(words[0], O_RDWR | O_NONBLOCK);
+    for (RegisterBlock block{static_cast<std::uint16_t>(std::atoi(words[1])), 0};;)
+        if (ioctl(fd, 0xC004003A, &block) < 0)
+            return 1;
+}
+
 /// get-on FD NUMBER: on a descriptor that the process was started with.
 int getOn(char** words)
 {
@@ -283,6 +292,7 @@ constexpr Action kActions[] = {
     {"fork-get", 2, forkGet},
     {"get", 2, get},
     {"get-early", 1, getEarly},
+    {"get-forever", 2, getForever},
     {"get-on", 2, getOn},
     {"hold", 1, hold},
     {"outlive", 2, outlive},

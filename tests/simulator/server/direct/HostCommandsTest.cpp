@@ -47,7 +47,7 @@ private:
 class HostCommandsTest : public testing::Test {
 protected:
     const Place place{};
-    Host host{"commands", 1};
+    Host host{"commands", {}};
 
     CommandResult run(const std::vector<std::string>& words) { return runHostCommand(host, -1, words); }
     std::string text(const std::vector<std::string>& words)

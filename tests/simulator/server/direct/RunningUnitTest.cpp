@@ -26,7 +26,7 @@ protected:
         const char* const before = std::getenv("XDG_RUNTIME_DIR");
         before_ = before == nullptr ? "" : before;
         setenv("XDG_RUNTIME_DIR", scratch.path().c_str(), 1);
-        running = std::make_unique<RunningUnit>("recorded", 1);
+        running = std::make_unique<RunningUnit>("recorded", Pace{});
     }
     ~RunningUnitTest() override
     {
