@@ -103,11 +103,11 @@ int pollOr(pollfd* wanted, nfds_t count, std::int64_t timeoutNanoseconds, const 
     const std::span all{wanted, static_cast<std::size_t>(count)};
     const bool isMachines =
         link == nullptr || std::none_of(all.begin(), all.end(), [](const pollfd& one) { return isDevice(one.fd); });
+    if (isMachines && !isInOwnTime(link, timeoutNanoseconds))
+        return forward();
     KeepErrno keep;
-    if (isMachines && isInOwnTime(link, timeoutNanoseconds))
-        return keep.answer(pollInOwnTime(*link, all, timeoutNanoseconds, mask));
     if (isMachines)
-        return keep.pass(forward());
+        return keep.answer(pollInOwnTime(*link, all, timeoutNanoseconds, mask));
     return keep.answer(pollUnit(*link, all, timeoutNanoseconds, mask));
 }
 
@@ -195,11 +195,11 @@ int selectOr(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, st
 {
     Link* const link = Link::current();
     const bool isMachines = link == nullptr || !namesDevice(count, readers, writers);
+    if (isMachines && !isInOwnTime(link, timeoutNanoseconds))
+        return forward();
     KeepErrno keep;
-    if (isMachines && isInOwnTime(link, timeoutNanoseconds))
-        return keep.answer(selectInOwnTime(*link, count, readers, writers, exceptions, timeoutNanoseconds, mask));
     if (isMachines)
-        return keep.pass(forward());
+        return keep.answer(selectInOwnTime(*link, count, readers, writers, exceptions, timeoutNanoseconds, mask));
     std::vector<pollfd> all = requested(count, readers, writers);
     const int ready = pollUnit(*link, all, timeoutNanoseconds, mask);
     return ready < 0 ? keep.answer(ready) : answered(all, readers, writers);

@@ -404,6 +404,7 @@ void EventStream::flush(int fd, Client& client)
         client.queued -= std::min(client.queued, line.size());
         client.sent = 0;
         client.queue.pop_front();
+        ++lines_;
     }
     if (client.queue.empty() && client.ends)
         return drop(fd);

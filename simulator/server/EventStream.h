@@ -55,7 +55,7 @@ public:
     [[nodiscard]] std::vector<int> participants() const;
     /// Whether one of these, or without one any client, waits for an alarm.
     [[nodiscard]] bool awaitsAlarm() const;
-    /// The number of lines sent so far.
+    /// Changes with every line that a client will get, and when it gets it.
     [[nodiscard]] std::uint64_t lines() const { return lines_; }
     /// An event for the participants.
     void notify(const Event& event);

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string_view>
 #include <unistd.h>
+#include <utility>
 
 namespace hxsim {
 
@@ -17,6 +18,9 @@ namespace {
 
 /// Looks until nothing has changed, before the caller waits for a while.
 constexpr int kLooks = 3;
+
+/// No thread is between two waits of the kernel for so long.
+constexpr std::chrono::milliseconds kLongWait{500};
 
 /// The begin of a file of /proc; empty when there is none.
 class ProcText {
@@ -50,10 +54,10 @@ private:
     std::size_t size_ = 0;
 };
 
-/// Those that wait, and those that have ended.
+/// Those that wait, and those that have ended and reported it.
 bool isAtRest(char state)
 {
-    return state == 'S' || state == 'I' || state == 'Z' || state == 'X';
+    return state == 'S' || state == 'I' || state == 'Z';
 }
 
 /// The number that the kernel gave last, to whatever process or thread; empty where it does not show it.
@@ -87,26 +91,57 @@ Stillness::~Stillness()
     forget();
 }
 
+void Stillness::close(const Watched& thread)
+{
+    ::close(thread.status);
+    if (thread.place >= 0)
+        ::close(thread.place);
+}
+
+/// Where the kernel names no place, as for another user's program: a thread that has done nothing for a while.
+bool Stillness::isOffItsProcessor(const Watched& thread)
+{
+    const ProcText place{thread.place};
+    return (!place.isEmpty() && place.text() != "0") || std::chrono::steady_clock::now() - thread.changed > kLongWait;
+}
+
 void Stillness::forget()
 {
     for (const Watched& thread : threads_)
-        ::close(thread.status);
+        close(thread);
     threads_.clear();
 }
 
+void Stillness::keep(int process, int thread, const std::string& task, std::vector<Watched>& before)
+{
+    const auto known = std::ranges::find_if(
+        before, [&](const Watched& each) { return each.last.process == process && each.last.thread == thread; });
+    if (known != before.end()) {
+        threads_.push_back(*known);
+        before.erase(known);
+        return;
+    }
+    const int status = ::open((task + "/status").c_str(), O_RDONLY | O_CLOEXEC);
+    if (status >= 0)
+        threads_.push_back({{process, thread}, status, ::open((task + "/wchan").c_str(), O_RDONLY | O_CLOEXEC)});
+}
+
+/// What is known of a thread is kept.
 void Stillness::find(const std::vector<int>& processes)
 {
-    forget();
     processes_ = processes;
-    newest_ = newestNumber();
+    std::vector<Watched> before = std::exchange(threads_, {});
     std::vector<int> all;
     for (const int process : processes)
         add(process, all);
     for (std::size_t i = 0; i < all.size(); ++i)
-        findThreads(all[i], all);
+        findThreads(all[i], all, before);
+    std::swap(before, threads_);
+    forget();
+    std::swap(before, threads_);
 }
 
-void Stillness::findThreads(int process, std::vector<int>& processes)
+void Stillness::findThreads(int process, std::vector<int>& processes, std::vector<Watched>& before)
 {
     const std::string tasks = "/proc/" + std::to_string(process) + "/task/";
     const std::unique_ptr<DIR, int (*)(DIR*)> folder{opendir(tasks.c_str()), &closedir};
@@ -115,9 +150,8 @@ void Stillness::findThreads(int process, std::vector<int>& processes)
             continue;
         const std::string task = tasks + entry->d_name;
         addChildren(task, processes);
-        const int status = process == getpid() ? -1 : ::open((task + "/status").c_str(), O_RDONLY | O_CLOEXEC);
-        if (status >= 0)
-            threads_.push_back({{process, std::atoi(entry->d_name), '?', ~std::uint64_t{0}}, status});
+        if (process != getpid())
+            keep(process, std::atoi(entry->d_name), task, before);
     }
 }
 
@@ -127,18 +161,23 @@ Stillness::Change Stillness::look(const IsSleeper& isSleeper, std::optional<Thre
     for (auto thread = threads_.begin(); thread != threads_.end();) {
         const ProcText status{thread->status};
         if (status.isEmpty()) { // its end may be what another one waits for
-            ::close(thread->status);
+            close(*thread);
             running = thread->last;
             thread = threads_.erase(thread);
             change = Change::Any;
             continue;
         }
         ThreadState& last = thread->last;
-        const std::uint64_t before = last.switches;
+        const ThreadState before = last;
         last.state = *status.after("\nState:\t");
         last.switches = std::strtoull(status.after("\nvoluntary_ctxt_switches:\t"), nullptr, 10) +
                         std::strtoull(status.after("\nnonvoluntary_ctxt_switches:\t"), nullptr, 10);
-        if (!isAtRest(last.state) || (last.switches != before && !isSleeper(last.thread))) {
+        const bool isUnchanged = isAtRest(before.state) && last.switches == before.switches;
+        if (!isUnchanged)
+            thread->changed = std::chrono::steady_clock::now();
+        if (last.state == 'S' && !isSleeper(last.thread) && !isOffItsProcessor(*thread))
+            last.state = 'R';
+        if (!isAtRest(last.state) || (!isUnchanged && !isSleeper(last.thread))) {
             running = last;
             change = Change::Any;
         }
@@ -151,17 +190,21 @@ Stillness::Change Stillness::look(const IsSleeper& isSleeper, std::optional<Thre
 
 std::optional<ThreadState> Stillness::threadThatRuns(const std::vector<int>& processes, const IsSleeper& isSleeper)
 {
-    if (processes != processes_ || newest_.empty() || newestNumber() != newest_)
-        find(processes);
     std::optional<ThreadState> running;
     for (int i = 0; i < kLooks; ++i) {
         running.reset();
-        if (look(isSleeper, running) == Change::None && newestNumber() == newest_)
+        // Threads make threads: while all that are known waited, no other can have come, or be about to come.
+        const std::string newest = newestNumber();
+        if (processes != processes_ || newest.empty() || newest != newest_)
+            find(processes);
+        if (look(isSleeper, running) == Change::None) {
+            newest_ = newest;
             return std::nullopt;
-        if (running && !isAtRest(running->state))
+        }
+        if (!isAtRest(running->state))
             return running;
     }
-    return running ? running : std::optional{ThreadState{}};
+    return running;
 }
 
 std::string nameOfProcess(int process)

@@ -76,7 +76,7 @@ std::uint64_t TimeKeeper::answers() const
 std::optional<ThreadState> TimeKeeper::look()
 {
     if (const std::optional<Caller> unaware = sessions_.unaware())
-        return ThreadState{unaware->process, unaware->thread, 'R', 0};
+        return ThreadState{unaware->process, unaware->thread, 'R'};
     std::vector<int> processes = sessions_.processes();
     std::ranges::copy(events_.participants(), std::back_inserter(processes));
     processes.push_back(getpid()); // a unit that belongs to a program has started it
@@ -91,7 +91,7 @@ void TimeKeeper::somethingCame()
     begin();
     const Caller last = sessions_.lastCaller();
     if (wasWanted_)
-        reportIfLate(ThreadState{last.process, last.thread, 'R', 0});
+        reportIfLate(ThreadState{last.process, last.thread, 'R'});
 }
 
 void TimeKeeper::nothingCame()

@@ -75,6 +75,15 @@ TEST_F(PlayVirtualTime, IsTheSameEachTime)
         EXPECT_EQ(once(), first);
 }
 
+TEST_F(PlayVirtualTime, StandsStillWhileAShellGoesFromOneProgramToTheNext)
+{
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(timesOf(jsonOf(play("expect request /dev/backlight 0x40010003 00 04 within 60s\n",
+                                      "hxaux voltage 0; hxaux backlight set 3; hxaux backlight set 4; sleep 100",
+                                      "--virtual --json"))),
+                  std::vector<double>{0});
+}
+
 TEST_F(PlayVirtualTime, ComesToTheSameAsScaledTime)
 {
     const std::string lines = "set light 3\nexpect output bright within 1s\nexpect backlight.level = 7 within 20s\n"

@@ -336,6 +336,72 @@ TEST_F(EventStreamTest, PublishesALineThatAClientReports)
     EXPECT_EQ(events[0].subject + ": " + events[0].text, "console: ready");
 }
 
+TEST_F(EventStreamTest, LeavesOutSleepsForAFollowerThatIgnoresThem)
+{
+    Client client{*this};
+    client.command({"events", "--without-sleeps"});
+    (void)client.lines();
+
+    call("sleep", "10 ms");
+    call("/dev/x");
+    stream.serve();
+
+    EXPECT_THAT(client.eventNames(), ElementsAre("request open"));
+}
+
+TEST_F(EventStreamTest, KeepsAlarmsUntilTheyAreToRing)
+{
+    Client client{*this};
+    stream.keepAlarms();
+    client.command({"alarm", "2000000000"});
+    (void)client.lines();
+
+    unit.clock().advanceTo(2s);
+    stream.serve();
+    EXPECT_THAT(client.lines(), IsEmpty());
+    EXPECT_TRUE(stream.awaitsAlarm());
+
+    EXPECT_TRUE(stream.ringFirst());
+    stream.serve();
+    EXPECT_THAT(client.lines(), ElementsAre(json{{"event", "alarm"}, {"number", 0}, {"time", 2.0}}));
+    EXPECT_FALSE(stream.ringFirst());
+    EXPECT_FALSE(stream.awaitsAlarm());
+}
+
+TEST_F(EventStreamTest, AwaitsTheAlarmsOfParticipantsWhileThereAreAny)
+{
+    Client onlooker{*this};
+    onlooker.command({"alarm", "2000000000"});
+    EXPECT_TRUE(stream.awaitsAlarm());
+    Client participant{*this};
+    participant.command({"take-part"});
+    EXPECT_FALSE(stream.awaitsAlarm());
+    EXPECT_THAT(stream.participants(), ElementsAre(getpid()));
+    participant.command({"alarm", "3000000000"});
+    EXPECT_TRUE(stream.awaitsAlarm());
+
+    participant.hangUp();
+    stream.serve();
+
+    EXPECT_FALSE(stream.hasParticipants());
+    EXPECT_TRUE(stream.awaitsAlarm());
+}
+
+TEST_F(EventStreamTest, NotifiesParticipantsAlone)
+{
+    Client onlooker{*this};
+    onlooker.command({"events"});
+    Client participant{*this};
+    participant.command({"take-part"});
+    (void)onlooker.lines();
+
+    stream.notify({.kind = Event::Kind::Held, .subject = "console", .text = "is running", .old = "5"});
+    stream.serve();
+
+    EXPECT_THAT(participant.eventNames(), ElementsAre("held console"));
+    EXPECT_THAT(onlooker.lines(), IsEmpty());
+}
+
 TEST_F(EventStreamTest, SendsAnAlarmToItsClientAlone)
 {
     Client client{*this};
@@ -567,7 +633,7 @@ TEST_F(EventStreamTest, PublishesNothingWhileNobodyFollows)
 TEST(EventJson, ReadsBackEveryKindOfEvent)
 {
     for (const auto kind : {Event::Kind::Property, Event::Kind::Request, Event::Kind::Fault, Event::Kind::Joined,
-                            Event::Kind::Left, Event::Kind::Output, Event::Kind::Alarm}) {
+                            Event::Kind::Left, Event::Kind::Output, Event::Kind::Alarm, Event::Kind::Held}) {
         Event event{.kind = kind, .time = 1234567890123ns, .number = 5};
         if (kind != Event::Kind::Alarm)
             event.subject = "console";

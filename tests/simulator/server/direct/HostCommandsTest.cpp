@@ -183,7 +183,7 @@ TEST_F(HostCommandsTest, ShowTheNewestLinesOfALongLogWhole)
 TEST_F(HostCommandsTest, ShowTheScaleOfTime)
 {
     EXPECT_EQ(text({"scale"}), "1");
-    Host fast{"fast", 2.5};
+    Host fast{"fast", {2.5}};
     EXPECT_EQ(runHostCommand(fast, -1, {"scale"}).text, "2.5");
 }
 

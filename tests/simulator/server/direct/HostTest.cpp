@@ -36,7 +36,7 @@ public:
         const char* const before = std::getenv("XDG_RUNTIME_DIR");
         before_ = before == nullptr ? "" : before;
         setenv("XDG_RUNTIME_DIR", scratch_.path().c_str(), 1);
-        host_ = std::make_unique<Host>("served", 1000);
+        host_ = std::make_unique<Host>("served", Pace{1000});
         server_ = std::thread{[this] { host_->run(-1, [] { return false; }); }};
     }
     ~Served()
