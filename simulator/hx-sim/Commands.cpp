@@ -216,6 +216,11 @@ void replayCalls(Call& call)
     call.status = replay(call.text("file"), scaleOf(call), call.texts("program"));
 }
 
+void convertRecording(Call& call)
+{
+    convert(call.text("recording"), call.has("output") ? call.text("output") : "", call.texts("program"));
+}
+
 void shell(Call& call)
 {
     call.status = runShell(UnitClient::choose(call.named()));
@@ -517,6 +522,14 @@ std::vector<Object> courseCommands()
                                                     "The recording; without it PROGRAM.recording"),
                                            'o')} +
                         unitOptions()}),
+        cli::command(
+            {.name = "convert",
+             .help = "Makes a scenario of a recording.",
+             .example = "hx-sim convert app.recording -- hxaux voltage 0",
+             .run = convertRecording,
+             .values = {cli::file("recording", "The recording"), programToStart()},
+             .options = {letter(optionOf("output", Kind::File, "FILE", "The scenario; without it RECORDING.scenario"),
+                                'o')}}),
         cli::command({.name = "replay",
                       .help = "Runs a program against a recording.",
                       .example = "hx-sim replay app.recording -- hxaux voltage 0",

@@ -5,11 +5,13 @@
 #include "simulator/model/Text.h"
 #include "simulator/protocol/Wire.h"
 #include "simulator/record/MachineCalls.h"
+#include "simulator/record/RecordedScenario.h"
 #include "simulator/record/ReplayedCalls.h"
 #include "simulator/server/Host.h"
 #include "simulator/server/PlainFile.h"
 #include "tools/cli/Printable.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -150,6 +152,22 @@ int replay(const std::string& file, double scale, const std::vector<std::string>
     if (recording.calls.empty())
         cli::show(stderr, "hx-sim replay: " + file + ": the recording has no calls: nothing was compared\n");
     return recording.calls.empty() && status == 0 ? kNothing : status;
+}
+
+void convert(const std::string& recording, const std::string& file, const std::vector<std::string>& command)
+{
+    const std::string target = file.empty() ? fs::path{recording}.replace_extension(".scenario").string() : file;
+    const Recording content = readRecording(recording);
+    const std::string text = scenarioOf(content, fs::path{recording}.filename(), command);
+    if (content.calls.empty())
+        throw BadRecording{recording + ": the recording has no calls: a scenario would compare nothing"};
+    checkWritable(target);
+    std::ofstream stream{target, std::ios::binary};
+    stream << text;
+    if (!stream.flush())
+        throw BadText{"cannot write " + target};
+    const auto lines = std::ranges::count(text, '\n');
+    cli::show(stderr, "hx-sim convert: " + std::to_string(lines) + " lines in " + target + '\n');
 }
 
 } // namespace hxsim

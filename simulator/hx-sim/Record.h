@@ -25,6 +25,10 @@ private:
 /// Runs a program and records its calls. Returns its status.
 int record(const RecordOptions& options, const std::vector<std::string>& command);
 
+/// Writes a scenario in which a program makes the recorded calls; without a file's name it is named after the
+/// recording.
+void convert(const std::string& recording, const std::string& file, const std::vector<std::string>& command);
+
 constexpr int kDiffers = 4;
 
 /// Runs a program against a recording. Returns its status, or kDiffers after reporting the first difference.
