@@ -88,6 +88,8 @@ TEST_F(Convert, KeepsTheWordsOfTheProgram)
 {
     (void)scenarioOf("", R"(sh -c 'x="a # b"; hxaux voltage 0; echo "$x" '\''$y\\'\''' '#z' '')");
 
+    ASSERT_THAT(inFolder("echo 'wait output \"a # b\"' >>x.scenario"), statusIs(0));
+
     EXPECT_THAT(play(), AllOf(statusIs(0), outputMatches("sh: a # b \\$y")));
 }
 
