@@ -17,8 +17,8 @@ constexpr std::size_t kMostKept = 200000;
 
 /// Longer than this no program computes.
 constexpr int kPatienceSeconds = 30;
-/// Longer than any unit runs.
-constexpr Time kForever = std::chrono::hours{24 * 365};
+/// Later than any unit runs.
+constexpr Time kNever = std::chrono::hours{24 * 365};
 
 void giveUpIfLate(const Event& held)
 {
@@ -82,7 +82,7 @@ Time Follower::now()
 
 void Follower::letTimePass()
 {
-    (void)connection_.command({"alarm", std::to_string((now() + kForever).count())});
+    (void)connection_.command({"alarm", std::to_string((now() + kNever).count())});
 }
 
 Time Follower::synchronize()

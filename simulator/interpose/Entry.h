@@ -63,7 +63,7 @@ constexpr std::int64_t kNanosecondsPerSecond = 1000000000;
 inline timespec timespecOf(std::int64_t nanoseconds)
 {
     timespec time{};
-    time.tv_sec = time_t(nanoseconds / kNanosecondsPerSecond);
+    time.tv_sec = static_cast<time_t>(nanoseconds / kNanosecondsPerSecond);
     time.tv_nsec = static_cast<long>(nanoseconds % kNanosecondsPerSecond);
     return time;
 }
