@@ -42,6 +42,8 @@ TEST_F(Convert, MakesAScenarioThatTheRecordedProgramPasses)
     EXPECT_EQ(scenario, "hx-sim scenario 1\n# Made by hx-sim convert from x.recording.\nset voltage.0.raw 1138\n"
                         "run hxaux voltage 0\nwait request /dev/adc-id open rdwr nonblock within 61s\n"
                         "wait request /dev/adc-id get 0 within 61s\n");
+    // A scenario is over with its last line, whatever its programs still have to print.
+    ASSERT_THAT(inFolder("echo 'wait output voltage' >>x.scenario"), statusIs(0));
     EXPECT_THAT(play(), AllOf(statusIs(0), outputMatches("hxaux: voltage 0: 11.002 V")));
 }
 
