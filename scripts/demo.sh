@@ -81,4 +81,5 @@ Try next:
   hx-sim set voltage.0 11.5                 a lower supply voltage
   hx-sim stop bench
   docs/first-program.md                     a program of your own
+  cmake --build --preset i386               the rest of this build: units for 64-bit programs, examples
 END
