@@ -57,7 +57,9 @@ public:
         : trace_{trace}, luxAt_{std::move(luxAt)}
     {
         if (!trace.readings.empty())
-            end_ = std::max(end_, trace.readings.back().seconds);
+            end_ = std::max(end_, std::ceil(trace.readings.back().seconds));
+        if (!trace.levels.empty())
+            end_ = std::max(end_, std::ceil(trace.levels.back().seconds));
         double dimmest = 10;
         double brightest = 10;
         for (const LightTrace::Reading& reading : trace.readings) {

@@ -97,6 +97,14 @@ TEST_F(LightPlotTest, BeginsAtTheUnitsStart)
     EXPECT_THAT(picture, HasSubstr("cx=\"490.0\" cy"));
 }
 
+TEST_F(LightPlotTest, EndsWithAWholeSecondBehindReadingsAndLevels)
+{
+    trace.readings = {{0, 10, 10}, {3.2, 10, 10}};
+    trace.levels = {{0, 0}, {3.4, 255}, {7.5, 0}};
+
+    EXPECT_THAT(drawn(), HasSubstr(">8 s</text>"));
+}
+
 TEST_F(LightPlotTest, EndsItsLastLabelInsideThePicture)
 {
     trace.readings = {{0, 10, 10}, {10, 10, 10}};
