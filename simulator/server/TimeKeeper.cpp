@@ -42,7 +42,9 @@ std::string stateOf(const ThreadState& thread)
 std::optional<std::chrono::nanoseconds> TimeKeeper::patience() const
 {
     const bool isNew = answers() != answered_;
-    if (!isWanted() || (isEndless_ && !isNew))
+    if (!isWanted())
+        return kReportEvery; // one that waits by asking for the time waits for ever
+    if (isEndless_ && !isNew)
         return std::nullopt;
     return isStill_ || isNew ? 0ns : pause_;
 }
@@ -90,8 +92,9 @@ void TimeKeeper::somethingCame()
     pause_ = 0ns;
     begin();
     const Caller last = sessions_.lastCaller();
-    if (wasWanted_)
-        reportIfLate(ThreadState{last.process, last.thread, 'R'});
+    if (!wasWanted_)
+        return lookAtBusyPrograms();
+    reportIfLate(ThreadState{last.process, last.thread, 'R'});
 }
 
 void TimeKeeper::nothingCame()
@@ -99,7 +102,9 @@ void TimeKeeper::nothingCame()
     begin();
     isStill_ = isStill_ && answers() == answered_;
     isEndless_ = isEndless_ && answers() == answered_;
-    if (!wasWanted_ || isEndless_)
+    if (!wasWanted_)
+        return lookAtBusyPrograms();
+    if (isEndless_)
         return;
     if (isStill_)
         return pass();
@@ -143,11 +148,26 @@ void TimeKeeper::pass()
 /// The time for which programs keep it from passing counts from when somebody waits for it.
 void TimeKeeper::begin()
 {
-    const bool isNew = !std::exchange(wasWanted_, isWanted());
-    if (!isNew)
+    const bool wasWanted = std::exchange(wasWanted_, isWanted());
+    if (wasWanted || !wasWanted_)
         return;
     passed_ = SteadyClock::now();
     reported_ = 0;
+}
+
+/// Nobody waits for time to pass. A program that runs at each look may do so by asking for the time again and again.
+void TimeKeeper::lookAtBusyPrograms()
+{
+    const auto now = SteadyClock::now();
+    if (now - looked_ < kReportEvery)
+        return;
+    looked_ = now;
+    const std::optional<ThreadState> running = look();
+    if (!running) {
+        passed_ = now;
+        reported_ = 0;
+    }
+    reportIfLate(running);
 }
 
 void TimeKeeper::reportIfLate(const std::optional<ThreadState>& running)

@@ -47,6 +47,7 @@ private:
     bool wakeOne();
     void begin();
     void reportIfLate(const std::optional<ThreadState>& running);
+    void lookAtBusyPrograms();
 
     RunningUnit& unit_;
     Sessions& sessions_;
@@ -58,8 +59,9 @@ private:
     bool isEndless_ = false;     ///< what they wait for does not come with time
     bool wasWanted_ = false;
     std::chrono::nanoseconds pause_{0};
-    SteadyClock::time_point passed_ = SteadyClock::now(); ///< when time has last passed, or was not wanted
+    SteadyClock::time_point passed_ = SteadyClock::now(); ///< when time has last passed, or no program ran
     int reported_ = 0;                                    ///< seconds
+    SteadyClock::time_point looked_ = SteadyClock::now(); ///< at programs while nobody waits for time
 };
 
 } // namespace hxsim

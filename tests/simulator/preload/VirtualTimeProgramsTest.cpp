@@ -109,6 +109,13 @@ TEST_F(VirtualTimeOfPrograms, NamesAProgramThatAsksTheUnitWithoutAPause)
                 AllOf(errorMatches("program 'hx-probe' .* has not slept"), outputIs("done\n"), statusIs(0)));
 }
 
+TEST_F(VirtualTimeOfPrograms, NamesAProgramThatWaitsAloneWithoutSleeping)
+{
+    EXPECT_THAT(run("cd $(mktemp -d) && hx-sim run --virtual -- sh -c 'while ! [ -s message ]; do :; done' 2>message; "
+                    "cat message; rm -r \"$PWD\""),
+                outputMatches("^hx-sim: program 'sh' .* is running; virtual time passes only while"));
+}
+
 TEST_F(VirtualTimeOfPrograms, DoesNotHangWhenAllProgramsAreKilled)
 {
     EXPECT_THAT(run("hx-sim run --virtual -- sh -c 'sleep 3600 & sleep 1; kill -KILL $! $$'"), statusIs(137));
