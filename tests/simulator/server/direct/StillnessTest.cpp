@@ -104,6 +104,7 @@ TEST(Stillness, IsNotThereWhileAThreadRuns)
         waitForever();
     }};
     Stillness stillness;
+    ASSERT_EQ(lookUntil(stillness, {waits.process()}, '-'), '-') << "it has begun to wait";
     EXPECT_EQ(lookUntil(stillness, {waits.process(), runs.process()}, 'R'), 'R');
 
     for (int i = 0; i < 1000; ++i) {
