@@ -43,7 +43,7 @@ std::optional<std::chrono::nanoseconds> TimeKeeper::patience() const
 {
     const bool isNew = answers() != answered_;
     if (!isWanted())
-        return kReportEvery; // one that waits by asking for the time waits for ever
+        return kReportEvery; // one that waits by asking for the time waits forever
     if (isEndless_ && !isNew)
         return std::nullopt;
     return isStill_ || isNew ? 0ns : pause_;
