@@ -43,9 +43,10 @@ constexpr FlagName kFlagNames[] = {
     {O_APPEND, "append"}, {O_NONBLOCK, "nonblock"}, {O_NOCTTY, "noctty"},
 };
 
+/// What separates words too: text that trimming leaves has a word.
 bool isSpace(char c)
 {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+    return std::string_view{" \t\r\n\v\f"}.find(c) != std::string_view::npos;
 }
 
 } // namespace

@@ -18,8 +18,9 @@ namespace {
 
 TEST(Text, IsTrimmedOfBlanksOfAnyKindAtBothEndsOnly)
 {
-    EXPECT_EQ(trimmed(" \t\r\n a b \t\r\n"), "a b");
+    EXPECT_EQ(trimmed(" \t\r\n\v\f a b \t\r\n\v\f"), "a b");
     EXPECT_EQ(trimmed(" \t "), "");
+    EXPECT_EQ(trimmed("\f"), "") << "it has no word either";
     EXPECT_EQ(trimmed(""), "");
 }
 
