@@ -36,6 +36,8 @@ public:
         Statement statement{.file = line.file, .line = line.number, .text = line.text};
         std::string text = line.text;
         const Words parts = words(text);
+        if (parts.empty())
+            throw BadText{"nothing is left of the line: its variables are empty"};
         if (parts[0] == "at") {
             if (parts.size() < 2)
                 throw BadText{"expected a duration after 'at' (20ms, 2s, 1m)"};

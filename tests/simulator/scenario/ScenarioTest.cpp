@@ -186,6 +186,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"sett light 3", "x.scenario:2: there is no statement \"sett\"; did you mean 'set'?"},
         Refused{"\n\nexect led.lit = on", "x.scenario:4: there is no statement \"exect\"; did you mean 'expect'?"},
         Refused{"xyzzy", "x.scenario:2: there is no statement \"xyzzy\""},
+        Refused{"let A =\n $A", "x.scenario:3: nothing is left of the line: its variables are empty"},
         Refused{"\f\n\v\nxyzzy", "x.scenario:4: there is no statement \"xyzzy\""},
         Refused{"set", "x.scenario:2: expected a property and its value after 'set', for example: set light 250"},
         Refused{"set ligth 3", "x.scenario:2: the unit has no property 'ligth'; did you mean 'light'?"},
