@@ -100,7 +100,7 @@ std::string newConnectionName()
 
 namespace {
 
-/// A message's head with room for one descriptor beside it. It points into itself.
+/// The header of a message with a buffer for one descriptor. It has pointers to its own members, so it is not copied.
 struct WithDescriptor {
     explicit WithDescriptor(wire::Head& head) : part{&head, sizeof head}
     {

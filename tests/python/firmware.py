@@ -23,7 +23,7 @@ def text(image: bytes, start: int) -> str:
 
 
 def hex_file(folder: pathlib.Path, name: str, size: int) -> pathlib.Path:
-    """For a microcontroller: the size tells the two apart."""
+    """For a microcontroller: the two differ in size."""
     path = folder / name
     path.write_text(text(new_image(), 0x08000000).ljust(size, "\n"))
     return path
