@@ -9,6 +9,7 @@ The program hx-sim is found by the variable HX_SIM, or like a command of the she
 """
 from __future__ import annotations
 
+import decimal
 import os
 import pathlib
 import types
@@ -242,5 +243,5 @@ def _text(value: Value) -> str:
     if isinstance(value, bool):
         return "on" if value else "off"
     if isinstance(value, float):
-        return f"{value:.9f}".rstrip("0").rstrip(".")
+        return format(decimal.Decimal(repr(value)).normalize(), "f")
     return str(int(value)) if isinstance(value, int) else value

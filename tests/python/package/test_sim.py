@@ -34,6 +34,14 @@ class TestUnit:
             assert unit.get("led.startup") == "off"
             assert unit.get("led.color") == "1 2 3"
 
+    @pytest.mark.parametrize(
+        "light", [250.0, 1e3, 0.1, 1234.56789, 1.5e-7], ids=["whole", "power", "tenth", "digits", "small"]
+    )
+    def test_sends_every_digit_of_a_number(self, unit: sim.Unit, light: float) -> None:
+        with pytest.raises(sim.Error) as refused:
+            unit.set("led.color", light)
+        assert f"{light:.12f}".rstrip("0").rstrip(".") in str(refused.value)
+
     def test_starts_with_lines_of_a_description(self) -> None:
         with sim.Unit(["light = 20", "absent = /dev/lightsensor"]) as unit:
             program = unit.run(["hxaux", "light"])
