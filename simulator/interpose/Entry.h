@@ -2,10 +2,9 @@
 #pragma once
 
 #include "simulator/interpose/Real.h"
+#include "simulator/interpose/Timespec.h"
 
 #include <cerrno>
-#include <cstdint>
-#include <ctime>
 
 namespace hxsim {
 
@@ -44,28 +43,5 @@ private:
     static inline thread_local int depth = 0;
     int kept_;
 };
-
-/// struct timespec of the 64-bit time interface, which 32-bit programs use under names of its own.
-struct Timespec64 {
-    std::int64_t tv_sec;
-    std::int32_t tv_nsec;
-    std::int32_t padding;
-};
-
-/// The same of struct timeval.
-struct Timeval64 {
-    std::int64_t tv_sec;
-    std::int64_t tv_usec;
-};
-
-constexpr std::int64_t kNanosecondsPerSecond = 1000000000;
-
-inline timespec timespecOf(std::int64_t nanoseconds)
-{
-    timespec time{};
-    time.tv_sec = static_cast<time_t>(nanoseconds / kNanosecondsPerSecond);
-    time.tv_nsec = static_cast<long>(nanoseconds % kNanosecondsPerSecond);
-    return time;
-}
 
 } // namespace hxsim

@@ -112,9 +112,9 @@ int pollOr(pollfd* wanted, nfds_t count, std::int64_t timeoutNanoseconds, const 
 }
 
 template <typename Spec>
-std::int64_t nanosecondsOf(const Spec* timeout)
+std::int64_t limitOf(const Spec* timeout)
 {
-    return timeout == nullptr ? -1 : std::int64_t{timeout->tv_sec} * kNanosecondsPerSecond + timeout->tv_nsec;
+    return timeout == nullptr ? -1 : nanosecondsOf(*timeout);
 }
 
 bool has(const fd_set* set, int fd)
@@ -226,7 +226,7 @@ HXSIM_ENTRY int __poll_chk(pollfd* wanted, nfds_t count, int timeoutMs, std::siz
 #define HXSIM_PPOLL(name, Spec)                                                                                        \
     HXSIM_ENTRY int name(pollfd* wanted, nfds_t count, const Spec* timeout, const sigset_t* mask)                      \
     {                                                                                                                  \
-        return pollOr(wanted, count, nanosecondsOf(timeout), mask, [&] {                                               \
+        return pollOr(wanted, count, limitOf(timeout), mask, [&] {                                                     \
             using Call = int (*)(pollfd*, nfds_t, const Spec*, const sigset_t*);                                       \
             return HXSIM_REAL_AS(Call, #name)(wanted, count, timeout, mask);                                           \
         });                                                                                                            \
@@ -257,7 +257,7 @@ HXSIM_SELECT(__select64, Timeval64)
     HXSIM_ENTRY int name(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, const Spec* timeout,         \
                          const sigset_t* mask)                                                                         \
     {                                                                                                                  \
-        return selectOr(count, readers, writers, exceptions, nanosecondsOf(timeout), mask, [&] {                       \
+        return selectOr(count, readers, writers, exceptions, limitOf(timeout), mask, [&] {                             \
             using Call = int (*)(int, fd_set*, fd_set*, fd_set*, const Spec*, const sigset_t*);                        \
             return HXSIM_REAL_AS(Call, #name)(count, readers, writers, exceptions, timeout, mask);                     \
         });                                                                                                            \

@@ -30,12 +30,6 @@ bool isValid(const Spec& time)
     return time.tv_sec >= 0 && time.tv_nsec >= 0 && time.tv_nsec < kNanosecondsPerSecond;
 }
 
-template <typename Spec>
-std::int64_t nanosecondsOf(const Spec& time)
-{
-    return std::int64_t{time.tv_sec} * kNanosecondsPerSecond + time.tv_nsec;
-}
-
 /// The time left until a moment on one of the machine's clocks.
 std::int64_t until(clockid_t clock, std::int64_t moment)
 {
@@ -51,10 +45,8 @@ int sleepCall(Link& link, const Spec* wanted, Spec* rest)
         return -EINVAL;
     std::int64_t left = 0;
     const int result = sleepFor(link, nanosecondsOf(*wanted), left);
-    if (result == -EINTR && rest != nullptr) {
-        rest->tv_sec = static_cast<decltype(rest->tv_sec)>(left / kNanosecondsPerSecond);
-        rest->tv_nsec = static_cast<decltype(rest->tv_nsec)>(left % kNanosecondsPerSecond);
-    }
+    if (result == -EINTR && rest != nullptr)
+        store(left, *rest);
     return result;
 }
 

@@ -17,23 +17,22 @@ std::optional<std::int64_t> ownTime(clockid_t clock)
 }
 
 template <typename Spec>
-int store(std::int64_t nanoseconds, Spec& time)
+int show(std::int64_t nanoseconds, Spec& time)
 {
-    time.tv_sec = decltype(time.tv_sec)(nanoseconds / kNanosecondsPerSecond);
-    time.tv_nsec = decltype(time.tv_nsec)(nanoseconds % kNanosecondsPerSecond);
+    store(nanoseconds, time);
     return 0;
 }
 
 template <typename Value>
-int storeMicroseconds(std::int64_t nanoseconds, Value& time)
+int showMicroseconds(std::int64_t nanoseconds, Value& time)
 {
-    time.tv_sec = decltype(time.tv_sec)(nanoseconds / kNanosecondsPerSecond);
-    time.tv_usec = decltype(time.tv_usec)(nanoseconds % kNanosecondsPerSecond / 1000);
+    time.tv_sec = static_cast<decltype(time.tv_sec)>(nanoseconds / kNanosecondsPerSecond);
+    time.tv_usec = static_cast<decltype(time.tv_usec)>(nanoseconds % kNanosecondsPerSecond / 1000);
     return 0;
 }
 
 template <typename Seconds>
-Seconds storeSeconds(std::int64_t nanoseconds, Seconds* seconds)
+Seconds showSeconds(std::int64_t nanoseconds, Seconds* seconds)
 {
     const auto now = static_cast<Seconds>(nanoseconds / kNanosecondsPerSecond);
     if (seconds != nullptr)
@@ -50,19 +49,19 @@ using namespace hxsim;
 HXSIM_ENTRY int clock_gettime(clockid_t clock, timespec* time) noexcept
 {
     const std::optional<std::int64_t> own = ownTime(clock);
-    return own ? store(*own, *time) : HXSIM_REAL(clock_gettime)(clock, time);
+    return own ? show(*own, *time) : HXSIM_REAL(clock_gettime)(clock, time);
 }
 
 HXSIM_ENTRY int gettimeofday(timeval* __restrict time, void* __restrict zone) noexcept
 {
     const std::optional<std::int64_t> own = ownTime(CLOCK_REALTIME);
-    return own ? storeMicroseconds(*own, *time) : HXSIM_REAL(gettimeofday)(time, zone);
+    return own ? showMicroseconds(*own, *time) : HXSIM_REAL(gettimeofday)(time, zone);
 }
 
 HXSIM_ENTRY time_t time(time_t* seconds) noexcept
 {
     const std::optional<std::int64_t> own = ownTime(CLOCK_REALTIME);
-    return own ? storeSeconds(*own, seconds) : HXSIM_REAL(time)(seconds);
+    return own ? showSeconds(*own, seconds) : HXSIM_REAL(time)(seconds);
 }
 
 HXSIM_ENTRY int timespec_get(timespec* time, int base) noexcept
@@ -78,19 +77,19 @@ HXSIM_ENTRY int timespec_get(timespec* time, int base) noexcept
 HXSIM_ENTRY int __clock_gettime64(clockid_t clock, Timespec64* time)
 {
     const std::optional<std::int64_t> own = ownTime(clock);
-    return own ? store(*own, *time) : HXSIM_REAL_AS(decltype(&__clock_gettime64), "__clock_gettime64")(clock, time);
+    return own ? show(*own, *time) : HXSIM_REAL_AS(decltype(&__clock_gettime64), "__clock_gettime64")(clock, time);
 }
 
 HXSIM_ENTRY int __gettimeofday64(Timeval64* time, void* zone)
 {
     const std::optional<std::int64_t> own = ownTime(CLOCK_REALTIME);
-    return own ? storeMicroseconds(*own, *time)
+    return own ? showMicroseconds(*own, *time)
                : HXSIM_REAL_AS(decltype(&__gettimeofday64), "__gettimeofday64")(time, zone);
 }
 
 HXSIM_ENTRY std::int64_t __time64(std::int64_t* seconds)
 {
     const std::optional<std::int64_t> own = ownTime(CLOCK_REALTIME);
-    return own ? storeSeconds(*own, seconds) : HXSIM_REAL_AS(decltype(&__time64), "__time64")(seconds);
+    return own ? showSeconds(*own, seconds) : HXSIM_REAL_AS(decltype(&__time64), "__time64")(seconds);
 }
 #endif

@@ -30,9 +30,7 @@ pthread_once_t begun = PTHREAD_ONCE_INIT;
 /// 0 or -errno.
 int waitOnMachine(sem_t* semaphore, std::int64_t nanoseconds)
 {
-    timespec moment{};
-    HXSIM_REAL(clock_gettime)(CLOCK_REALTIME, &moment);
-    moment = timespecOf(moment.tv_sec * kNanosecondsPerSecond + moment.tv_nsec + nanoseconds);
+    const timespec moment = timespecOf(machineTime(CLOCK_REALTIME) + nanoseconds);
     return HXSIM_REAL(sem_timedwait)(semaphore, &moment) == 0 ? 0 : -errno;
 }
 
@@ -315,8 +313,7 @@ int PreloadedLink::sleep(std::int64_t nanoseconds, std::int64_t* rest)
     timespec left{};
     const int error = HXSIM_REAL(clock_nanosleep)(CLOCK_MONOTONIC, 0, &time, &left);
     if (error == EINTR && rest != nullptr)
-        *rest =
-            static_cast<std::int64_t>(static_cast<double>(left.tv_sec * kNanosecondsPerSecond + left.tv_nsec) * scale_);
+        *rest = static_cast<std::int64_t>(static_cast<double>(nanosecondsOf(left)) * scale_);
     return -error;
 }
 

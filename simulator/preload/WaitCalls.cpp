@@ -17,15 +17,7 @@ namespace {
 /// The machine's time after these nanoseconds.
 timespec fromNow(std::int64_t nanoseconds)
 {
-    timespec now{};
-    HXSIM_REAL(clock_gettime)(CLOCK_MONOTONIC, &now);
-    return timespecOf(std::int64_t{now.tv_sec} * kNanosecondsPerSecond + now.tv_nsec + nanoseconds);
-}
-
-template <typename Spec>
-std::int64_t nanosecondsOf(const Spec& time)
-{
-    return std::int64_t{time.tv_sec} * kNanosecondsPerSecond + time.tv_nsec;
+    return timespecOf(machineTime(CLOCK_MONOTONIC) + nanoseconds);
 }
 
 /// The link of a unit with a time of its own.

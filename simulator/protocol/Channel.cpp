@@ -2,6 +2,7 @@
 #include "simulator/protocol/Channel.h"
 
 #include "simulator/interpose/Real.h"
+#include "simulator/interpose/Timespec.h"
 
 #include <algorithm>
 #include <array>
@@ -52,9 +53,7 @@ bool connectThrough(int fd, const sockaddr_un& address)
 
 std::int64_t millisecondsNow()
 {
-    timespec now{};
-    HXSIM_REAL(clock_gettime)(CLOCK_MONOTONIC, &now);
-    return std::int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
+    return machineTime(CLOCK_MONOTONIC) / 1000000;
 }
 
 } // namespace
@@ -92,10 +91,8 @@ std::string connectionName(int fd, const std::string& folder)
 std::string newConnectionName()
 {
     static std::atomic<unsigned> made{0};
-    timespec now{};
-    HXSIM_REAL(clock_gettime)(CLOCK_MONOTONIC, &now);
-    return "hxsim-" + std::to_string(getpid()) + '-' + std::to_string(++made) + '-' + std::to_string(now.tv_sec) + '.' +
-           std::to_string(now.tv_nsec);
+    return "hxsim-" + std::to_string(getpid()) + '-' + std::to_string(++made) + '-' +
+           std::to_string(machineTime(CLOCK_MONOTONIC));
 }
 
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/protocol/ClockPage.h"
 
-#include "simulator/interpose/Real.h"
+#include "simulator/interpose/Timespec.h"
 
 #include <fcntl.h>
 #include <new>
@@ -17,13 +17,6 @@ namespace {
 std::string pathIn(const std::string& folder)
 {
     return folder + "/clock";
-}
-
-std::int64_t machineTime(clockid_t id)
-{
-    timespec now{};
-    HXSIM_REAL(clock_gettime)(id, &now);
-    return std::int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
 }
 
 } // namespace

@@ -127,7 +127,8 @@ void Loop::run(int alsoWatched, const std::function<bool()>& seen)
         watched.assign({{full_ ? -1 : listener_, POLLIN, 0}, {alsoWatched, POLLIN, 0}, {events_.fd(), POLLIN, 0}});
         for (const auto& [fd, session] : sessions_.all())
             watched.push_back({fd, POLLIN, 0});
-        const timespec time{time_t(limit.value_or(0ns) / 1s), static_cast<long>(limit.value_or(0ns) % 1s / 1ns)};
+        const timespec time{static_cast<time_t>(limit.value_or(0ns) / 1s),
+                            static_cast<long>(limit.value_or(0ns) % 1s / 1ns)};
         const int ready = ::ppoll(watched.data(), watched.size(), limit ? &time : nullptr, nullptr);
         if (ready < 0 && errno != EINTR)
             throw std::runtime_error{"poll failed"};

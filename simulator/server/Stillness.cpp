@@ -22,7 +22,7 @@ constexpr int kLooks = 3;
 /// No thread is between two waits of the kernel for so long.
 constexpr std::chrono::milliseconds kLongWait{500};
 
-/// The begin of a file of /proc; empty when there is none.
+/// The beginning of a file of /proc; empty when there is none.
 class ProcText {
 public:
     explicit ProcText(int fd) { read(fd); }
