@@ -97,6 +97,14 @@ if(NOT HX_COVERAGE)
   target_compile_options(hx_quick INTERFACE -O1)
 endif()
 
+# For programs of tests, which run once: optimisation and debug information beyond line numbers do not pay. Undefined
+# behaviour is checked in the code under test; checks in the tests themselves would take most of their compile time.
+add_library(hx_run_once INTERFACE)
+target_compile_options(hx_run_once INTERFACE -g1 -O0)
+if(HX_SANITIZE MATCHES "undefined")
+  target_compile_options(hx_run_once INTERFACE -fno-sanitize=undefined)
+endif()
+
 # Debian's hardening flags, plus control-flow protection. Sanitizers have their own checks.
 add_library(hx_hardening INTERFACE)
 if(NOT HX_SANITIZE AND NOT HX_COVERAGE)

@@ -5,12 +5,9 @@ set(INSTALL_GTEST OFF)
 add_subdirectory(${HX_GOOGLETEST_SOURCE} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 include(GoogleTest)
 
-# Tests run once: optimisation and debug information beyond line numbers do not pay. Undefined behaviour is checked in the
-# code under test; checks in the tests themselves would take most of the compile time.
-set(HX_TEST_OPTIONS -g1 -O0)
-if(HX_SANITIZE MATCHES "undefined")
-  list(APPEND HX_TEST_OPTIONS -fno-sanitize=undefined)
-endif()
+foreach(target gtest gtest_main gmock gmock_main)
+  target_compile_options(${target} PRIVATE $<TARGET_PROPERTY:hx_run_once,INTERFACE_COMPILE_OPTIONS>)
+endforeach()
 
 set(HX_TEST_TIMEOUT 120) # seconds; thousands of cases in one test may have more
 
@@ -38,15 +35,13 @@ endfunction()
 # The test framework's headers cost more to compile than most tests: they are compiled once for all programs.
 file(GENERATE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/precompiled.cpp CONTENT "int main() {}\n")
 add_executable(hx_test_precompiled EXCLUDE_FROM_ALL ${CMAKE_CURRENT_BINARY_DIR}/precompiled.cpp)
-target_link_libraries(hx_test_precompiled PRIVATE GTest::gmock hx_warnings)
-target_compile_options(hx_test_precompiled PRIVATE ${HX_TEST_OPTIONS})
+target_link_libraries(hx_test_precompiled PRIVATE GTest::gmock hx_warnings hx_run_once)
 target_precompile_headers(hx_test_precompiled PRIVATE <gmock/gmock.h> <gtest/gtest.h> <array> <functional> <map>
                           <memory> <optional> <set> <string> <thread> <vector>)
 
 function(hx_add_test_on support name)
   add_executable(${name} ${ARGN})
-  target_link_libraries(${name} PRIVATE ${support} hx_warnings)
-  target_compile_options(${name} PRIVATE ${HX_TEST_OPTIONS})
+  target_link_libraries(${name} PRIVATE ${support} hx_warnings hx_run_once)
   target_precompile_headers(${name} REUSE_FROM hx_test_precompiled)
   hx_unity(${name} 8)
   set_target_properties(${name} PROPERTIES ENABLE_EXPORTS ON DEFINE_SYMBOL "" RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
@@ -68,15 +63,18 @@ endif()
 
 # Common parts of all test programs: the in-process backend of the simulated unit and its helpers.
 set(HX_TESTING ${CMAKE_SOURCE_DIR}/testing)
-function(hx_add_test_helper name source)
-  add_library(${name} OBJECT ${HX_TESTING}/${source})
+function(hx_add_test_helper name)
+  list(TRANSFORM ARGN PREPEND ${HX_TESTING}/)
+  add_library(${name} OBJECT ${ARGN})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/include ${CMAKE_SOURCE_DIR}/src)
-  target_link_libraries(${name} PRIVATE GTest::gmock hx_warnings)
-  target_compile_options(${name} PRIVATE ${HX_TEST_OPTIONS})
+  target_link_libraries(${name} PRIVATE GTest::gmock hx_warnings hx_run_once)
 endfunction()
-hx_add_test_helper(hx-test-unit SimulatedUnit.cpp)
+hx_add_test_helper(hx-test-unit SimulatedUnit.cpp FirmwareFile.cpp)
 hx_add_test_helper(hx-test-driver-objects driver/Driver.cpp)
 hx_add_test_helper(hx-test-scripted-objects scripted/ScriptedDevice.cpp)
+# What the headers document, and ways to call every operation.
+hx_add_test_helper(hx-test-operations Documented.cpp OperationCalls.cpp)
+target_compile_definitions(hx-test-operations PRIVATE "HX_HEADERS=\"${CMAKE_SOURCE_DIR}/include/hx-aux\"")
 add_library(hx_test_support INTERFACE)
 target_sources(hx_test_support INTERFACE $<TARGET_OBJECTS:hx-test-unit>)
 target_include_directories(hx_test_support INTERFACE ${CMAKE_SOURCE_DIR})
@@ -101,8 +99,7 @@ target_include_directories(hx-test-processes PUBLIC ${CMAKE_SOURCE_DIR})
 target_compile_definitions(
   hx-test-processes PUBLIC HXAUX_TEST_PATH="${HX_TEST_PROGRAMS}:${CMAKE_BINARY_DIR}" HXSIM_PROGRAM="$<TARGET_FILE:hx-sim>"
                            HXAUX_PROGRAM="$<TARGET_FILE:hxaux>" HXCHILD_PROGRAM="${HX_TEST_PROGRAMS}/hx-child")
-target_compile_options(hx-test-processes PRIVATE ${HX_TEST_OPTIONS})
-target_link_libraries(hx-test-processes PRIVATE hx_warnings PUBLIC hx-firmware-files util)
+target_link_libraries(hx-test-processes PRIVATE hx_warnings hx_run_once PUBLIC hx-firmware-files GTest::gmock util)
 add_dependencies(hx-test-processes hx-sim hxaux)
 
 # hx_add_process_test(name sources...): a program of GoogleTest cases about other programs.

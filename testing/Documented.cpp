@@ -5,6 +5,7 @@
 #include <fstream>
 #include <regex>
 #include <stdexcept>
+#include <utility>
 
 namespace documented {
 

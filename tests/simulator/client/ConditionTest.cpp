@@ -13,7 +13,7 @@ using hxsim::Event;
 using hxsim::Verdict;
 using namespace std::chrono_literals;
 
-namespace {
+namespace condition_test {
 
 const conditions::Table& table()
 {
@@ -96,4 +96,4 @@ TEST(Durations, RefuseEverythingElse)
         EXPECT_FALSE(hxsim::isDuration(text)) << text;
 }
 
-} // namespace
+} // namespace condition_test

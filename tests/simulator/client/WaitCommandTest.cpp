@@ -6,7 +6,7 @@
 using namespace hxtest;
 using testing::AllOf;
 
-namespace {
+namespace wait_command_test {
 
 class WaitCommand : public testing::Test {
 protected:
@@ -96,4 +96,4 @@ TEST_F(WaitCommand, FailsWhenTheUnitStops)
     EXPECT_THAT(outcome, AllOf(statusIs(6), errorMatches("the unit has stopped|no unit named 'other' is running")));
 }
 
-} // namespace
+} // namespace wait_command_test

@@ -12,7 +12,7 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
-namespace {
+namespace play_scenario_test {
 
 class PlayScenario : public testing::Test {
 protected:
@@ -211,4 +211,4 @@ TEST_F(PlayScenario, LeavesNoUnitBehind)
                 outputIs(""));
 }
 
-} // namespace
+} // namespace play_scenario_test

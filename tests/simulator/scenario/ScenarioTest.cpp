@@ -12,7 +12,7 @@ using testing::ElementsAre;
 using testing::SizeIs;
 using Kind = Statement::Kind;
 
-namespace {
+namespace scenario_test {
 
 const std::map<std::string, std::string> kFiles{
     {"common.scenario", "hx-sim scenario 1\nset light 7\n"},
@@ -270,4 +270,4 @@ TEST(Scenario, RefusesALineThatGrowsWithItsVariables)
     EXPECT_THAT(refusalOf(lines), testing::HasSubstr("the line is too long with its variables"));
 }
 
-} // namespace
+} // namespace scenario_test
