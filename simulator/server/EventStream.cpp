@@ -150,8 +150,7 @@ void EventStream::drop(int fd)
     const auto found = clients_.find(fd);
     if (found == clients_.end())
         return;
-    for (const auto& [number, key] : found->second.alarms)
-        unit_.clock().cancel(key);
+    cancelAlarms(found->second);
     const bool owned = found->second.owns;
     clients_.erase(found);
     ::close(fd);
@@ -221,6 +220,8 @@ Json EventStream::handle(Client& client, int fd, const Words& words)
         return follow(client, words);
     if (words[0] == "alarm" && words.size() == 2) {
         setAlarm(client, fd, words[1]);
+    } else if (words[0] == "alarm" && words.size() == 1) {
+        cancelAlarms(client);
     } else if (words[0] == "own" && words.size() == 1) {
         client.owns = true;
     } else if (words[0] == "take-part" && words.size() == 1) {
@@ -285,6 +286,13 @@ void EventStream::setAlarm(Client& client, int fd, const std::string& nanosecond
         else
             ring(fd, number);
     });
+}
+
+void EventStream::cancelAlarms(Client& client)
+{
+    for (const auto& [number, key] : client.alarms)
+        unit_.clock().cancel(key);
+    client.alarms.clear();
 }
 
 void EventStream::ring(int fd, std::uint64_t number)

@@ -92,6 +92,7 @@ private:
     nlohmann::json handle(Client& client, int fd, const std::vector<std::string>& words);
     nlohmann::json follow(Client& client, const std::vector<std::string>& words);
     void setAlarm(Client& client, int fd, const std::string& nanoseconds);
+    void cancelAlarms(Client& client);
     void ring(int fd, std::uint64_t number);
     void sendPast(Client& client);
     void updateSource();

@@ -439,6 +439,29 @@ TEST_F(EventStreamTest, ForgetsTheAlarmsOfAClientThatHasGone)
     EXPECT_EQ(unit.clock().nextDeadline(), std::nullopt);
 }
 
+TEST_F(EventStreamTest, CancelsTheAlarmsOfOneClient)
+{
+    Client client{*this};
+    Client other{*this};
+    stream.keepAlarms();
+    client.command({"alarm", "1000000000"});
+    client.command({"alarm", "3000000000"});
+    other.command({"alarm", "2000000000"});
+    unit.clock().advanceTo(1s);
+    client.command({"alarm"});
+    (void)client.lines();
+    (void)other.lines();
+
+    EXPECT_EQ(unit.clock().nextDeadline(), 2s);
+    unit.clock().advanceTo(3s);
+    while (stream.ringFirst()) {
+    }
+    stream.serve();
+
+    EXPECT_THAT(client.lines(), IsEmpty());
+    EXPECT_THAT(other.lines(), SizeIs(1));
+}
+
 TEST_F(EventStreamTest, SendsTheLogToAFollowerThatWantsThePast)
 {
     call("/dev/backlight");
