@@ -19,7 +19,9 @@ _UNITS = pytest.StashKey["list[Unit]"]()
 class UnitFactory(Protocol):
     """What hx_unit_factory is."""
 
-    def __call__(self, settings: Mapping[str, Value] | Iterable[str] = (), scale: float = 1) -> Unit:
+    def __call__(
+        self, settings: Mapping[str, Value] | Iterable[str] = (), scale: float = 1, *, virtual: bool = False
+    ) -> Unit:
         ...
 
 
@@ -31,7 +33,7 @@ def pytest_addoption(parser: pytest.Parser) -> None:
 
 
 def pytest_configure(config: pytest.Config) -> None:
-    config.addinivalue_line("markers", "hx_unit(settings, scale): how the unit of the fixture hx_unit starts")
+    config.addinivalue_line("markers", "hx_unit(settings, scale, virtual): how the unit of the fixture hx_unit starts")
     program = config.getoption("--hx-sim")
     if program is None:
         return
@@ -48,8 +50,10 @@ def hx_unit_factory(request: pytest.FixtureRequest) -> Generator[UnitFactory, No
 
     units: list[Unit] = request.node.stash.setdefault(_UNITS, [])
 
-    def start(settings: Mapping[str, Value] | Iterable[str] = (), scale: float = 1) -> Unit:
-        units.append(sim.Unit(settings, scale))
+    def start(
+        settings: Mapping[str, Value] | Iterable[str] = (), scale: float = 1, *, virtual: bool = False
+    ) -> Unit:
+        units.append(sim.Unit(settings, scale, virtual=virtual))
         return units[-1]
 
     start.__qualname__ = "hx_unit_factory"  # for messages about its arguments

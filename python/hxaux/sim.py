@@ -101,14 +101,17 @@ class Unit(_Ended):
         settings: how it differs from a healthy one: {"light": 20}, or lines of a description:
             ["light = 20", "absent = /dev/lightsensor"].
         scale: how many times faster than real its time runs.
+        virtual: its time passes only while its programs and this process wait, and then at once; without a scale.
     """
 
-    def __init__(self, settings: Mapping[str, Value] | Iterable[str] = (), scale: float = 1) -> None:
+    def __init__(
+        self, settings: Mapping[str, Value] | Iterable[str] = (), scale: float = 1, *, virtual: bool = False
+    ) -> None:
         if isinstance(settings, str):
             raise TypeError("settings must be a mapping or several lines, not one text")
         if isinstance(settings, Mapping):
             settings = [f"{key} = {_text(value)}" for key, value in settings.items()]
-        self._begin(_sim.Unit(list(settings), scale))
+        self._begin(_sim.Unit(list(settings), scale, virtual))
 
     @classmethod
     def attach(cls, name: str | None = None) -> Unit:

@@ -7,7 +7,6 @@
 #include <optional>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
-#include <thread>
 
 namespace py = pybind11;
 
@@ -45,36 +44,21 @@ public:
     /// Its exit status, or nothing when the time is over.
     std::optional<int> wait(std::optional<double> timeout)
     {
-        constexpr std::chrono::milliseconds kBetweenLooks{5};
-        const auto start = std::chrono::steady_clock::now();
         const auto patience = timeout ? nanoseconds(*timeout) : std::chrono::nanoseconds::max();
         const py::gil_scoped_release others;
-        while (isRunning()) {
-            if (std::chrono::steady_clock::now() - start >= patience)
-                return std::nullopt;
-            std::this_thread::sleep_for(kBetweenLooks);
-            runHandlers();
-        }
-        const std::lock_guard guard{mutex_};
-        return program_.wait();
+        return program_.wait(patience);
     }
     void stop()
     {
         const py::gil_scoped_release others;
-        const std::lock_guard guard{mutex_};
         program_.stop();
     }
-    [[nodiscard]] bool isRunning()
-    {
-        const std::lock_guard guard{mutex_};
-        return program_.isRunning();
-    }
+    [[nodiscard]] bool isRunning() { return program_.isRunning(); }
     [[nodiscard]] py::object output()
     {
         std::string text;
         {
             const py::gil_scoped_release others;
-            const std::lock_guard guard{mutex_};
             text = program_.output();
         }
         return py::reinterpret_steal<py::object>(
@@ -82,7 +66,6 @@ public:
     }
 
 private:
-    std::mutex mutex_{};
     hxsim::Program program_;
 };
 
@@ -125,10 +108,10 @@ private:
     std::string name_;
 };
 
-std::unique_ptr<Unit> start(const std::vector<std::string>& settings, double scale)
+std::unique_ptr<Unit> start(const std::vector<std::string>& settings, double scale, bool isVirtual)
 {
     const py::gil_scoped_release others;
-    return std::make_unique<Unit>(hxsim::Unit{hxsim::Options{settings, scale}});
+    return std::make_unique<Unit>(hxsim::Unit{hxsim::Options{settings, scale, isVirtual}});
 }
 
 std::unique_ptr<Unit> attach(const std::string& name)
@@ -163,7 +146,7 @@ void addUnit(py::module_& module)
 {
     using Text = std::string;
     py::class_<Unit> type{module, "Unit"};
-    type.def(py::init(&start), py::arg("settings"), py::arg("scale"));
+    type.def(py::init(&start), py::arg("settings"), py::arg("scale"), py::arg("virtual"));
     type.def_static("attach", &attach);
     type.def("stop", &Unit::stop);
     type.def_property_readonly("name", &Unit::name);

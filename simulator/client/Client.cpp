@@ -46,7 +46,11 @@ std::string newName()
 
 std::vector<std::string> startCommand(const std::string& name, const Options& options)
 {
-    std::vector<std::string> words{"start", name, "--scale", decimal(options.scale)};
+    std::vector<std::string> words{"start", name};
+    if (options.isVirtual)
+        words.emplace_back("--virtual");
+    if (options.scale != 1)
+        words.insert(words.end(), {"--scale", decimal(options.scale)});
     for (const std::string& line : options.settings) {
         words.emplace_back("--set");
         words.push_back(line);
@@ -77,7 +81,12 @@ Program::~Program() = default;
 
 int Program::wait()
 {
-    return inside_->run.wait();
+    return wait(std::chrono::nanoseconds::max()).value_or(-1);
+}
+
+std::optional<int> Program::wait(std::chrono::nanoseconds patience)
+{
+    return translated([&] { return inside_->run.wait(patience); });
 }
 
 void Program::stop()

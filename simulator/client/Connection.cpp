@@ -31,24 +31,6 @@ constexpr int kPatienceMs = 60000;
 
 std::function<void()> signalHandler{};
 
-/// Waits until something can be read; false when nothing came in this time.
-bool canBeRead(int fd, int patienceMs)
-{
-    constexpr int kBetweenHandlersMs = 500;
-    pollfd watched{fd, POLLIN, 0};
-    for (int left = patienceMs; left != 0;) {
-        const int now = signalHandler && (left < 0 || left > kBetweenHandlersMs) ? kBetweenHandlersMs : left;
-        const int ready = poll(&watched, 1, now);
-        if (ready > 0)
-            return true;
-        if (signalHandler)
-            signalHandler();
-        if (ready == 0 && left > 0)
-            left -= now;
-    }
-    return false;
-}
-
 int connectTo(const std::string& unit)
 {
     const std::string path = UnitFolder::pathOf(unit) + "/events";
@@ -91,6 +73,23 @@ Connection::Answer answerFrom(const Json& object)
 }
 
 } // namespace
+
+bool canBeRead(int fd, int patienceMs)
+{
+    constexpr int kBetweenHandlersMs = 500;
+    pollfd watched{fd, POLLIN, 0};
+    for (int left = patienceMs; left != 0;) {
+        const int now = signalHandler && (left < 0 || left > kBetweenHandlersMs) ? kBetweenHandlersMs : left;
+        const int ready = poll(&watched, 1, now);
+        if (ready > 0)
+            return true;
+        if (signalHandler)
+            signalHandler();
+        if (ready == 0 && left > 0)
+            left -= now;
+    }
+    return false;
+}
 
 Connection::Connection(const std::string& unit) : fd_{connectTo(unit)}
 {

@@ -20,6 +20,10 @@ public:
     using BadText::BadText;
 };
 
+/// Waits until a descriptor can be read, at most so long; a negative time is endless. Calls the handler of
+/// Connection::onSignal.
+bool canBeRead(int fd, int patienceMs);
+
 /// A connection to the event socket of a running unit. One thread at a time uses it.
 class Connection {
 public:

@@ -18,7 +18,7 @@ constexpr std::size_t kMostKept = 200000;
 /// Longer than this no program computes.
 constexpr int kPatienceSeconds = 30;
 /// Later than any unit runs.
-constexpr Time kNever = std::chrono::hours{24 * 365};
+constexpr Time kNever = std::chrono::hours{24 * 365 * 100};
 
 void giveUpIfLate(const Event& held)
 {
@@ -31,7 +31,53 @@ Finding findingOf(const Evaluation& evaluation)
     return {.met = evaluation.verdict() == Verdict::Met, .time = evaluation.decidedAt(), .seen = evaluation.seen()};
 }
 
+/// The process waits until this time of the unit, as long as this exists.
+class Alarm {
+public:
+    Alarm(Connection& connection, Time time) : connection_{connection}
+    {
+        (void)connection_.command({"alarm", std::to_string(time.count())});
+    }
+    Alarm(const Alarm&) = delete;
+    Alarm& operator=(const Alarm&) = delete;
+    ~Alarm()
+    {
+        try {
+            (void)connection_.command({"alarm"});
+        } catch (...) { // the unit has gone, and its alarms with it
+        }
+    }
+
+private:
+    Connection& connection_;
+};
+
 } // namespace
+
+TimePassing::TimePassing(const std::string& unit)
+{
+    try {
+        connection_.emplace(unit);
+        (void)connection_->command({"take-part"});
+        (void)connection_->command({"alarm", std::to_string(kNever.count())});
+    } catch (const UnitGone&) {
+        connection_.reset();
+    }
+}
+
+void TimePassing::check()
+{
+    if (!connection_)
+        return;
+    try {
+        (void)connection_->command({"scale"});
+    } catch (const UnitGone&) {
+        return connection_.reset();
+    }
+    while (const std::optional<Event> event = connection_->received())
+        if (event->kind == Event::Kind::Held)
+            giveUpIfLate(*event);
+}
 
 Follower::Follower(const std::string& unit, const Command& properties, Observer observer, Sleeps sleeps)
     : unit_{unit}, connection_{unit}, properties_{properties}, sleeps_{sleeps}, observer_{std::move(observer)}
@@ -78,11 +124,6 @@ std::string Follower::ask(const Command& words)
 Time Follower::now()
 {
     return synchronize();
-}
-
-void Follower::letTimePass()
-{
-    (void)connection_.command({"alarm", std::to_string((now() + kNever).count())});
 }
 
 Time Follower::synchronize()
@@ -179,7 +220,7 @@ Finding Follower::check(const Expectation& expectation)
 void Follower::wait(Evaluation& evaluation, std::uint64_t& decider)
 {
     while (const std::optional<Time> deadline = evaluation.deadline()) {
-        (void)connection_.command({"alarm", std::to_string(deadline->count())});
+        const Alarm alarm{connection_, *deadline};
         // A "for" that begins again has a later deadline; otherwise the alarm decides.
         while (evaluation.deadline() == deadline) {
             const Event event = connection_.next();
@@ -195,7 +236,7 @@ void Follower::wait(Evaluation& evaluation, std::uint64_t& decider)
 
 void Follower::sleepUntil(Time end)
 {
-    (void)connection_.command({"alarm", std::to_string(end.count())});
+    const Alarm alarm{connection_, end};
     for (Time now{0}; now < end;) {
         const Event event = connection_.next();
         keep(event);

@@ -6,6 +6,7 @@
 
 #include <deque>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,18 @@ namespace hxsim {
 class TimeHeld : public BadText {
 public:
     using BadText::BadText;
+};
+
+/// Virtual time passes while this exists, although the process waits for something else than the unit.
+class TimePassing {
+public:
+    /// A unit that has stopped has no time; this is no error.
+    explicit TimePassing(const std::string& unit);
+    /// Throws TimeHeld when time has not passed for too long.
+    void check();
+
+private:
+    std::optional<Connection> connection_{};
 };
 
 /// What an expectation came to.
@@ -48,8 +61,6 @@ public:
     /// Waits until the unit's time; the time of expectations begins then.
     void sleepUntil(Time time);
     [[nodiscard]] Time now();
-    /// From now on virtual time passes also while this program waits for something else.
-    void letTimePass();
     /// The time at which the time of expectations begins: that of the last action.
     [[nodiscard]] Time marked() const { return marked_; }
     /// The time of expectations begins now.

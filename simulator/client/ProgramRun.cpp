@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/client/ProgramRun.h"
 
-#include "simulator/client/Connection.h"
+#include "simulator/client/Follower.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -13,6 +14,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <spawn.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,6 +26,7 @@ using namespace std::chrono_literals;
 
 constexpr std::chrono::seconds kPatience{5};
 constexpr std::chrono::milliseconds kBetweenLooks{5};
+constexpr std::chrono::milliseconds kBetweenChecks{500};
 constexpr std::size_t kLongestLine = 4096;
 constexpr std::size_t kMostOutput = 16U << 20U; ///< of a program's output
 
@@ -67,6 +70,27 @@ std::optional<int> statusOf(pid_t child, int options)
         return std::nullopt;
     return info.si_code == CLD_EXITED ? info.si_status : 128 + info.si_status;
 }
+
+/// The end of a child, to be waited for.
+class ProcessEnd {
+public:
+    explicit ProcessEnd(pid_t child) : fd_{static_cast<int>(syscall(SYS_pidfd_open, child, 0))}
+    {
+        if (fd_ < 0)
+            throw BadText{std::string{"cannot wait for a program: "} + std::strerror(errno)};
+    }
+    ProcessEnd(const ProcessEnd&) = delete;
+    ProcessEnd& operator=(const ProcessEnd&) = delete;
+    ~ProcessEnd() { close(fd_); }
+
+    [[nodiscard]] bool within(std::chrono::nanoseconds time) const
+    {
+        return canBeRead(fd_, static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(time).count()));
+    }
+
+private:
+    int fd_;
+};
 
 void release(pid_t child)
 {
@@ -140,13 +164,13 @@ void runHxSim(const std::vector<std::string>& words)
 }
 
 ProgramRun::ProgramRun(const std::string& unit, const std::vector<std::string>& command, Line line)
-    : name_{std::filesystem::path{command.at(0)}.filename()}
+    : name_{std::filesystem::path{command.at(0)}.filename()}, unit_{unit}
 {
     std::vector<std::string> whole{hxSimProgram(), "run", "--unit", unit, "--"};
     whole.insert(whole.end(), command.begin(), command.end());
     const int output = spawn(whole, child_);
     note(0, child_);
-    pump_ = std::thread{[this, unit, output, line] { pump(unit, output, line); }};
+    pump_ = std::thread{[this, output, line] { pump(output, line); }};
 }
 
 void ProgramRun::keep(const std::string& text)
@@ -167,11 +191,11 @@ std::string ProgramRun::output() const
     return output_;
 }
 
-void ProgramRun::pump(const std::string& unit, int pipe, const Line& line)
+void ProgramRun::pump(int pipe, const Line& line)
 {
     std::optional<Connection> connection;
     try {
-        connection.emplace(unit);
+        connection.emplace(unit_);
     } catch (const std::exception&) {
         connection.reset(); // the program's output must be read all the same
     }
@@ -205,20 +229,32 @@ std::optional<int> ProgramRun::status() const
     return statusOf(child_, WNOHANG);
 }
 
-int ProgramRun::wait() const
+std::optional<int> ProgramRun::wait(std::chrono::nanoseconds patience) const
 {
-    return statusOf(child_, 0).value_or(-1);
+    TimePassing passing{unit_};
+    const ProcessEnd hasEnded{child_};
+    const auto start = std::chrono::steady_clock::now();
+    std::optional<int> status;
+    while (!(status = this->status())) {
+        const auto left = patience - (std::chrono::steady_clock::now() - start);
+        if (left <= 0ns)
+            break;
+        if (!hasEnded.within(std::min<std::chrono::nanoseconds>(left, kBetweenChecks)))
+            passing.check();
+    }
+    return status;
 }
 
 void ProgramRun::stop()
 {
+    const TimePassing passing{unit_}; // it may sleep before it ends
     // The group, with what the program has started: it holds the pipe as well.
     kill(-child_, SIGTERM);
     const auto end = std::chrono::steady_clock::now() + kPatience;
     while (!status() && std::chrono::steady_clock::now() < end)
         std::this_thread::sleep_for(kBetweenLooks);
     kill(-child_, SIGKILL);
-    (void)wait();
+    (void)statusOf(child_, 0);
 }
 
 void ProgramRun::stopWithThisProcess()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -31,8 +32,8 @@ public:
 
     /// Its exit status, or 128 plus the signal's number, if it has ended.
     [[nodiscard]] std::optional<int> status() const;
-    /// Waits for its end.
-    [[nodiscard]] int wait() const;
+    /// Waits for its end, at most for this real time; a unit's virtual time passes meanwhile. Throws TimeHeld.
+    [[nodiscard]] std::optional<int> wait(std::chrono::nanoseconds patience) const;
     /// Its lines until now: all of them when it has ended.
     [[nodiscard]] std::string output() const;
     /// Ends it, and what it has started: TERM, and KILL after some seconds.
@@ -42,10 +43,11 @@ public:
     [[nodiscard]] const std::string& name() const { return name_; }
 
 private:
-    void pump(const std::string& unit, int pipe, const Line& line);
+    void pump(int pipe, const Line& line);
     void keep(const std::string& text);
 
     std::string name_;
+    std::string unit_;
     pid_t child_ = -1;
     mutable std::mutex mutex_{};
     mutable std::condition_variable isOver_{};

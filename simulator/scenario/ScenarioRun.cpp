@@ -152,7 +152,6 @@ void ScenarioRun::finish(Stage& stage)
         if (status && *status != 0)
             stage.result.troubles.push_back(program->name() + " ended with status " + std::to_string(*status));
     }
-    stage.follower->letTimePass(); // a program may sleep before it ends
     stage.programs.clear();
     (void)stage.follower->now(); // the last lines of the programs
     runHxSim({"stop", stage.unit});

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -36,9 +37,11 @@ struct Result {
 struct Options {
     std::vector<std::string> settings; ///< lines of a description: "voltage.0 = 11.5", "absent = /dev/lightsensor"
     double scale = 1;                  ///< how many times faster than real its time runs
+    /// Its time passes only while its programs and this process wait, and then at once; without a scale.
+    bool isVirtual = false;
 };
 
-/// A program on a unit.
+/// A program on a unit. Several threads may use it at once.
 class Program {
 public:
     Program(Program&& other) noexcept;
@@ -46,8 +49,11 @@ public:
     /// Ends a running program.
     ~Program();
 
-    /// Waits for its end. Returns its exit status, or 128 plus the number of the signal that ended it.
+    /// Waits for its end. Returns its exit status, or 128 plus the number of the signal that ended it. Throws Error
+    /// when the unit's time is virtual and the program has not slept for 30 s of real time.
     int wait();
+    /// The same for at most this real time; nothing: it is still running.
+    std::optional<int> wait(std::chrono::nanoseconds patience);
     /// Ends it: TERM, and KILL after some seconds.
     void stop();
     [[nodiscard]] bool isRunning();

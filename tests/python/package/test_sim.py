@@ -126,6 +126,18 @@ class TestUnit:
         with sim.Unit(scale=1000) as unit:
             unit.sleep(100)
 
+    def test_has_virtual_time_that_passes_while_the_test_waits(self) -> None:
+        with sim.Unit(virtual=True) as unit:
+            program = unit.run(["sleep", "3600"])
+            assert program.wait(60) == 0
+            assert unit.time >= 3600
+            before = unit.time
+            unit.run(["sh", "-c", "sleep 7200; hxaux backlight set 30"])
+            assert unit.time == before
+            unit.wait_for("backlight.level", "=", 30, timeout=7300)
+        with pytest.raises(sim.Error, match="--scale and --virtual exclude each other"):
+            sim.Unit(scale=2, virtual=True)
+
     def test_stops_with_its_block(self) -> None:
         with sim.Unit() as unit:
             program = unit.run(["sleep", "1000"])

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -116,6 +117,18 @@ TEST_F(Client, HasTheWholeOutputOfAProgramThatHasEnded)
     EXPECT_THAT(program.output(), AllOf(testing::StartsWith("1\n2\n"), testing::EndsWith("\n20000\nerror\n")));
 }
 
+TEST_F(Client, WaitsForTheEndOfAProgramAsLongAsItIsTold)
+{
+    hxsim::Program program = unit.run({"sh", "-c", "sleep 1000"});
+
+    EXPECT_EQ(program.wait(10ms), std::nullopt);
+    EXPECT_EQ(program.wait(-1ms), std::nullopt);
+    std::thread other{[&] { program.stop(); }};
+    EXPECT_EQ(program.wait(60s), 128 + SIGTERM);
+    other.join();
+    EXPECT_EQ(program.wait(0ms), 128 + SIGTERM);
+}
+
 TEST_F(Client, HasTheOutputOfARunningProgramUntilNow)
 {
     hxsim::Program program = unit.run({"sh", "-c", "echo begins; sleep 1000"});
@@ -130,6 +143,7 @@ TEST_F(Client, EndsAWaitWithTheExceptionOfAHandlerOfSignals)
     hxsim::onSignal([] { throw Interrupted{}; });
 
     EXPECT_THROW(unit.waitFor("light", 7, 20s), Interrupted);
+    EXPECT_THROW(unit.run({"sleep", "1000"}).wait(), Interrupted);
 
     hxsim::onSignal({});
     unit.set("light", 7);
@@ -178,6 +192,83 @@ TEST(ClientUnit, BeginsAsItsOptionsSay)
     EXPECT_EQ(unit.get("light"), "7");
     unit.sleep(10s);
     EXPECT_GE(unit.time(), 10s);
+}
+
+/// A unit whose time is virtual.
+class VirtualUnit : public testing::Test {
+protected:
+    hxsim::Unit unit{{{}, 1, true}};
+};
+
+TEST_F(VirtualUnit, PassesTimeAtOnceWhileTheTestWaitsForIt)
+{
+    hxsim::Program program = unit.run({"sh", "-c", "sleep 3600; hxaux backlight set 40; sleep 1000000"});
+
+    unit.expect("never backlight.level = 40 for 3599s");
+    unit.waitFor("backlight.level", 40, 3700s);
+    EXPECT_TRUE(program.isRunning());
+    EXPECT_LT(unit.time(), 3700s);
+}
+
+TEST_F(VirtualUnit, StandsStillWhileTheTestDoesNotWaitForIt)
+{
+    hxsim::Program program = unit.run({"sh", "-c", "echo begins; sleep 3600"});
+    ASSERT_TRUE(unit.wait("output begins within 60s"));
+    const auto before = unit.time();
+
+    std::this_thread::sleep_for(50ms);
+
+    EXPECT_EQ(unit.time(), before);
+    EXPECT_TRUE(program.isRunning());
+}
+
+TEST_F(VirtualUnit, PassesTimeWhileTheTestWaitsForTheEndOfAProgram)
+{
+    hxsim::Program program = unit.run({"sleep", "3600"});
+
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_GE(unit.time(), 3600s);
+}
+
+TEST_F(VirtualUnit, PassesTimeWhileAStoppedProgramCleansUp)
+{
+    hxsim::Program program =
+        unit.run({"sh", "-c", "trap 'sleep 3600; echo saved; exit 0' TERM; echo begins; sleep 1000000 & wait"});
+    ASSERT_TRUE(unit.wait("output begins within 60s"));
+
+    program.stop();
+
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_EQ(program.output(), "begins\nsaved\n");
+}
+
+TEST_F(VirtualUnit, DoesNotWaitForAClientThatWasKilled)
+{
+    int attached[2];
+    ASSERT_EQ(pipe(attached), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const hxsim::Unit other = hxsim::Unit::attach(unit.name());
+        (void)!write(attached[1], "", 1);
+        for (;;) { // it computes
+        }
+    }
+    char byte = 0;
+    ASSERT_EQ(read(attached[0], &byte, 1), 1);
+    close(attached[0]);
+    close(attached[1]);
+    hxsim::Program program = unit.run({"sleep", "3600"});
+    EXPECT_EQ(program.wait(50ms), std::nullopt);
+
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+
+    EXPECT_EQ(program.wait(), 0);
+}
+
+TEST(ClientUnit, RefusesAScaleOfVirtualTime)
+{
+    EXPECT_THAT(errorOf([] { hxsim::Unit{{{}, 2, true}}; }), HasSubstr("--scale and --virtual exclude each other"));
 }
 
 TEST(ClientUnit, ThrowsWhenItCannotStart)
