@@ -2,7 +2,6 @@
 #include "simulator/client/Connection.h"
 
 #include "simulator/protocol/EventJson.h"
-#include "simulator/protocol/UnitFolder.h"
 #include "tools/cli/Json.h"
 
 #include <nlohmann/json.hpp>
@@ -10,10 +9,8 @@
 #include <array>
 #include <cerrno>
 #include <cmath>
-#include <cstring>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <utility>
 
@@ -30,25 +27,6 @@ constexpr int kForever = -1;
 constexpr int kPatienceMs = 60000;
 
 std::function<void()> signalHandler{};
-
-int connectTo(const std::string& unit)
-{
-    const std::string path = UnitFolder::pathOf(unit) + "/events";
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path)
-        throw UnitGone{"the path of the unit's socket is too long: " + path};
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd >= 0 && connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
-        return fd;
-    const int error = errno;
-    if (fd >= 0)
-        close(fd);
-    if (error == ENOENT || error == ECONNREFUSED)
-        throw UnitGone{"no unit named '" + unit + "' is running"};
-    throw UnitGone{"the unit '" + unit + "' cannot be reached: " + std::strerror(error)};
-}
 
 void sendAll(int fd, const std::string& text)
 {
@@ -91,7 +69,7 @@ bool canBeRead(int fd, int patienceMs)
     return false;
 }
 
-Connection::Connection(const std::string& unit) : fd_{connectTo(unit)}
+Connection::Connection(const std::string& unit) : fd_{connectToEvents(unit)}
 {
     try {
         const Json greeting = Json::parse(line(kPatienceMs), nullptr, false);

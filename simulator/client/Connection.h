@@ -2,7 +2,7 @@
 #pragma once
 
 #include "simulator/client/Condition.h"
-#include "simulator/model/Text.h"
+#include "simulator/client/EventSocket.h"
 #include "simulator/protocol/Event.h"
 
 #include <deque>
@@ -13,12 +13,6 @@
 #include <vector>
 
 namespace hxsim {
-
-/// The unit has stopped, is not running, or does not answer.
-class UnitGone : public BadText {
-public:
-    using BadText::BadText;
-};
 
 /// Waits until a descriptor can be read, at most so long; a negative time is endless. Calls the handler of
 /// Connection::onSignal.
