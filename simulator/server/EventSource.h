@@ -31,6 +31,7 @@ public:
 
     void joined(int process, const std::string& program);
     void left(int process);
+    [[nodiscard]] const std::map<int, std::string>& programs() const { return programs_; }
     void printed(int process, const std::string& program, const std::string& line);
     /// A call of the journal as an event without a number.
     [[nodiscard]] static Event eventOf(const Entry& entry);

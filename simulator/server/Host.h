@@ -8,6 +8,7 @@
 #include "simulator/server/Sessions.h"
 
 #include <functional>
+#include <map>
 #include <string>
 
 namespace hxsim {
@@ -22,6 +23,8 @@ public:
     RunningUnit& running() { return running_; }
     Unit& unit() { return running_.unit(); }
     Ramps& ramps() { return ramps_; }
+    /// The programs that use the unit, by their process.
+    [[nodiscard]] const std::map<int, std::string>& programs() { return events_.source().programs(); }
     [[nodiscard]] const std::string& folder() const { return running_.folder(); }
 
     /// Serves programs until `stop` is called, or until `alsoWatched` becomes readable and `seen` says to end.

@@ -160,6 +160,15 @@ CommandResult listNames(Host& host, int, const Words&)
     return {true, written(names)};
 }
 
+/// The programs that use the unit now.
+CommandResult listPrograms(Host& host, int, const Words&)
+{
+    Json all = Json::array();
+    for (const auto& [process, program] : host.programs())
+        all.push_back({{"process", process}, {"program", program}});
+    return {true, written(all)};
+}
+
 CommandResult act(Host& host, int, const Words& words)
 {
     if (words.size() < 2)
@@ -288,6 +297,7 @@ constexpr Row kCommands[] = {
     {"get", getProperty},
     {"log", showLog},
     {"names", listNames},
+    {"programs", listPrograms},
     {"properties", listProperties},
     {"properties-page", listAsPage},
     {"ramp", ramp},

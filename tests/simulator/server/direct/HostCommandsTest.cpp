@@ -159,6 +159,11 @@ TEST_F(HostCommandsTest, ListTheDevicesThatProgramsKnow)
     EXPECT_FALSE(all.contains("/dev/.hxsim-jida")) << "no program knows it";
 }
 
+TEST_F(HostCommandsTest, ListNoProgramBeforeOneUsesTheUnit)
+{
+    EXPECT_EQ(json({"programs"}), nlohmann::json::array());
+}
+
 TEST_F(HostCommandsTest, ShowAndClearTheLog)
 {
     host.unit().journal().add(Entry{.time = 1500ms, .caller = {7, 8}, .subject = "sleep", .action = "5"});
