@@ -111,7 +111,8 @@ struct Program {
     std::vector<Argument> always = {};                   ///< options of every verb; flags may stand in front of it
     std::vector<Argument> whenRepeated = {};             ///< options of the verbs that may be repeated
     std::string_view implied = "";                       ///< the command that other first words are the values of
-    Candidates (*more)() = nullptr;                      ///< the most likely ones of them, for completion
+    std::string_view usual = "";    ///< the command that is meant without one, also by options alone
+    Candidates (*more)() = nullptr; ///< the most likely ones of them, for completion
 
     [[nodiscard]] const Object* find(std::string_view name) const;
 };

@@ -157,6 +157,8 @@ void addForVerb(Candidates& all, const Program& program, const Verb& verb, const
 Candidates firstWords(const Program& program, bool optionBegun)
 {
     Candidates all;
+    if (const Object* const usual = program.find(program.usual); usual != nullptr && optionBegun)
+        addOptions(all, optionsOf(program, usual->verbs[0]));
     for (const Object* object : program.objects)
         all.push_back({std::string(object->name), std::string(object->help)});
     if (program.more != nullptr)
@@ -176,6 +178,8 @@ Candidates allCandidates(const Program& program, Words finished, bool optionBegu
         finished.erase(finished.begin());
     if (finished.empty())
         return firstWords(program, optionBegun);
+    if (finished[0].starts_with("-") && !program.usual.empty())
+        finished.insert(finished.begin(), std::string(program.usual));
     const Object* object = program.find(finished[0]);
     if (object == nullptr && !program.implied.empty()) {
         finished.insert(finished.begin(), std::string(program.implied));

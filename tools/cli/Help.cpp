@@ -203,7 +203,9 @@ std::string optionTerm(const Argument& option)
 
 std::string usageLine(const Program& program, const Object& object, const Verb& verb)
 {
-    std::string line = std::string(program.name) + " " + spoken(object, verb);
+    std::string line = std::string(program.name);
+    if (object.name != program.usual)
+        line += " " + spoken(object, verb);
     for (const Argument& value : verb.values)
         line += " " + metavariable(value);
     return line;
@@ -244,7 +246,10 @@ std::string programHelp(const Program& program, std::size_t width)
         statuses.emplace_back(std::to_string(status), meaning);
     const std::string name(program.name);
     const std::string kind = upper(program.kind);
+    const Object* const usual = program.find(program.usual);
+    const Rows options = usual == nullptr ? Rows{} : rowsOf(optionsOf(program, usual->verbs[0]), optionTerm);
     return name + " " + std::string(program.synopsis) + "\n\n" + wrapped(program.details, 0, 0, width) +
+           columns("Options", options, width) +
            columns(kind.substr(0, 1) + std::string(program.kind.substr(1)) + "s", objects, width) +
            columns("Exit statuses", statuses, width) + "\n" +
            wrapped("'" + name + " " + kind + " --help' explains one of them; '" + name +

@@ -69,6 +69,8 @@ const Object& objectOf(const Program& program, Words& words)
 {
     const std::string kind(program.kind);
     const std::string help = "'" + std::string(program.name) + " --help'";
+    if (!program.usual.empty() && (words.empty() || words[0].starts_with("-")))
+        words.insert(words.begin(), std::string(program.usual));
     if (words.empty())
         throw UsageError("missing argument: " + std::string(kind == "object" ? "an " : "a ") + kind + "; " + help +
                          " lists them");
