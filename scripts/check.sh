@@ -47,7 +47,7 @@ check_clang() {
     cmake --build build/clang -j "$(nproc)"
 }
 check_tidy() {
-    local ours products="^$PWD/(src|tools|simulator)/"
+    local ours products="^$PWD/(src|tools|simulator|panel)/"
     cmake -S . -B build/tidy -G Ninja -DHX_UNITY=OFF -DHX_TESTS=ON >/dev/null
     ours=$(sed -n 's/^  "file": "\(.*\)",*$/\1/p' build/tidy/compile_commands.json | sort -u |
         grep -F "$PWD/" | grep -vE "^$PWD/build/|/tests/abi/frozen/") # an application of long ago, kept as it was

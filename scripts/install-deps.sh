@@ -2,10 +2,11 @@
 # SPDX-License-Identifier: LicenseRef-HXAux
 # Installs the Debian 12 packages for a purpose, and lists them. Does nothing when all are installed.
 #
-#   scripts/install-deps.sh build|test|fast|system|check|package
+#   scripts/install-deps.sh build|panel|test|fast|system|check|package
 #
 # build    library, tool and simulated unit
-# test     build, and every test
+# panel    build, and the web page of a unit
+# test     panel, and every test
 # fast     the checks that need no build
 # system   test, and the emulated machine
 # check    test, and every other check
@@ -13,7 +14,8 @@
 set -euo pipefail
 
 build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev libedit2)
-tests=("${build[@]}" pkg-config python3 python3-yaml googletest libgtest-dev make patch binutils clang lld srecord qemu-system-arm fish man-db zsh
+panel=("${build[@]}" libmicrohttpd-dev)
+tests=("${panel[@]}" pkg-config python3 python3-yaml googletest libgtest-dev make patch binutils clang lld srecord qemu-system-arm fish man-db zsh
     mypy pybind11-dev python3-dev python3-pytest python3-pytest-xdist)
 fast=(black clang-format codespell git python3 shellcheck)
 checks=("${tests[@]}" "${fast[@]}" clang lld clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
@@ -23,13 +25,14 @@ packages=("${build[@]}" debhelper debootstrap devscripts dh-python dpkg-dev lint
 
 case "${1:-}" in
 build) wanted=("${build[@]}") ;;
+panel) wanted=("${panel[@]}") ;;
 test) wanted=("${tests[@]}") ;;
 fast) wanted=("${fast[@]}") ;;
 system) wanted=("${system[@]}") ;;
 check) wanted=("${checks[@]}") ;;
 package) wanted=("${packages[@]}") ;;
 *)
-    echo "usage: $0 build|test|fast|system|check|package" >&2
+    echo "usage: $0 build|panel|test|fast|system|check|package" >&2
     exit 2
     ;;
 esac

@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: LicenseRef-HXAux
+# Writes a C++ source with the texts of files: cmake -DFILES=... -DOUTPUT=... -P compile-in.cmake
+set(TYPE_.html "text/html; charset=utf-8")
+set(TYPE_.css "text/css; charset=utf-8")
+set(TYPE_.js "text/javascript; charset=utf-8")
+set(TYPE_.svg "image/svg+xml")
+
+set(text "// Made by panel/compile-in.cmake.\n#include \"panel/server/PageFiles.h\"\n\n#include <array>\n\n")
+string(APPEND text "using namespace std::string_view_literals;\n\nnamespace hxpanel {\n\n")
+string(APPEND text "std::span<const PageFile> pageFiles()\n{\n    static constexpr auto all = std::to_array<PageFile>({\n")
+foreach(file ${FILES})
+  cmake_path(GET file FILENAME name)
+  cmake_path(GET file EXTENSION LAST_ONLY extension)
+  file(READ ${file} content)
+  string(FIND "${content}" ")page_file\"" found)
+  if(NOT found EQUAL -1)
+    message(FATAL_ERROR "${file}: the text that ends a file here must not be in it")
+  endif()
+  string(APPEND text "{\"/${name}\", \"${TYPE_${extension}}\", R\"page_file(${content})page_file\"sv},\n")
+endforeach()
+string(APPEND text "    });\n    return all;\n}\n\n} // namespace hxpanel\n")
+file(WRITE ${OUTPUT} "${text}")
