@@ -1,8 +1,8 @@
 #!/bin/bash
 # SPDX-License-Identifier: LicenseRef-HXAux
 # Runs in a fresh root with the packages in /packages: installs them, builds a program with pkg-config, with CMake and
-# with a plain command line, runs each on a simulated unit, uses the Python package, runs the tests of the example
-# application as a CI job does, and removes everything without a trace.
+# with a plain command line, runs each on a simulated unit, uses the Python package and the panel, runs the tests of the
+# example application as a CI job does, and removes everything without a trace.
 set -euo pipefail
 export DEBIAN_FRONTEND=noninteractive
 
@@ -64,6 +64,24 @@ END
 /usr/bin/python3 -B -m pytest -q -p no:cacheprovider test_program.py
 [ "$(hxaux --version | grep -c 1.3.1.0)" = 1 ]
 
+echo "   the panel"
+hx-sim start bench
+hx-panel --listen 127.0.0.1:0 >address &
+panel=$!
+until [ -s address ]; do sleep 0.1; done
+cat >panel.py <<'END'
+import json, urllib.request
+address = open("address").read().strip()
+assert b"<html" in urllib.request.urlopen(address).read()
+words = json.dumps({"words": ["voltage", "0"]}).encode()
+request = urllib.request.Request(address + "api/units/bench/hxaux", words, {"Content-Type": "application/json"})
+print(json.load(urllib.request.urlopen(request))["result"]["voltage"][0]["value"])
+END
+[ "$(/usr/bin/python3 panel.py)" = 23.996 ] || { echo "the panel: wrong answer"; exit 1; }
+kill "$panel"
+wait "$panel" || [ $? -eq 143 ]
+hx-sim stop bench
+
 cp -r /packages/application console && mkdir console/packages && cp /packages/*.deb console/packages/
 for step in install-packages run-tests; do
     console/$step >log 2>&1 || { cat log && exit 1; }
@@ -71,7 +89,7 @@ done
 echo "   the tests of the example application: $(grep 'tests passed' log)"
 
 echo "   removing"
-apt-get purge -y -qq libhx-aux1 libhx-aux-dev hxaux-tools hx-sim hx-sim-preload hx-sim-dev python3-hxaux 'libhx-aux-doc*' >/dev/null 2>&1
+apt-get purge -y -qq libhx-aux1 libhx-aux-dev hxaux-tools hx-sim hx-sim-preload hx-sim-dev hx-panel python3-hxaux 'libhx-aux-doc*' >/dev/null 2>&1
 apt-get autoremove -y -qq --purge >/dev/null 2>&1
 listing >/tmp/after
 if ! diff /tmp/before /tmp/after >/tmp/left; then

@@ -9,6 +9,8 @@
 #
 #   scripts/bench.sh build                    CPU seconds of cold builds and of a rebuild (scripts/bench-build; 20 minutes)
 #   scripts/bench.sh units [UNITS]            one simulated unit, and a hundred at once (scripts/bench-units; a minute)
+#   scripts/bench.sh panel                    the web page of a unit: latency, CPU and memory of its server
+#                                             (scripts/bench-panel; a minute)
 #   scripts/bench.sh application [RUNS]       the tests of an application, a thousand times each on busy processors
 #                                             (scripts/bench-application; five minutes)
 #
@@ -26,6 +28,12 @@ if [ "${1:-}" = units ] || [ "${1:-}" = application ]; then
     cmake --preset x86_64 -DHX_TESTS=ON -DHX_BENCHMARKS=ON >/dev/null
     cmake --build --preset x86_64 --target hx-benchmarks hxaux hx-sim hx-sim-client _hxaux _sim >/dev/null
     exec "scripts/bench-$1" "${@:2}"
+fi
+if [ "${1:-}" = panel ]; then
+    scripts/install-deps.sh check
+    cmake --preset x86_64 -DHX_TESTS=ON -DHX_BENCHMARKS=ON >/dev/null
+    cmake --build --preset x86_64 --target hx-panel hxaux hx-sim hx-bench-preload-request >/dev/null
+    exec scripts/bench-panel "${@:2}"
 fi
 limit=50
 check=()

@@ -80,6 +80,7 @@ Try next:
   hx-sim run --unit bench -- hxaux monitor  what it measures, live; in another terminal:
   hx-sim set voltage.0 11.5                 a lower supply voltage
   hx-sim stop bench
+  scripts/panel.sh                          the page of a unit, in a browser
   docs/first-program.md                     a program of your own
   cmake --build --preset i386               the rest of this build: units for 64-bit programs, examples
 END
