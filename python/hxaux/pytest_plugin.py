@@ -50,9 +50,7 @@ def hx_unit_factory(request: pytest.FixtureRequest) -> Generator[UnitFactory, No
 
     units: list[Unit] = request.node.stash.setdefault(_UNITS, [])
 
-    def start(
-        settings: Mapping[str, Value] | Iterable[str] = (), scale: float = 1, *, virtual: bool = False
-    ) -> Unit:
+    def start(settings: Mapping[str, Value] | Iterable[str] = (), scale: float = 1, *, virtual: bool = False) -> Unit:
         units.append(sim.Unit(settings, scale, virtual=virtual))
         return units[-1]
 
