@@ -19,7 +19,7 @@ static bool worked(const char* what, eErr err)
 int main()
 {
     About* about = GetAbout();
-    if (about == NULL)
+    if (about == nullptr)
         return 1; // out of memory
     char text[256] = "";
     if (worked("serial number", about->getUnitSerial(text, sizeof text - 1)))

@@ -19,7 +19,7 @@ static bool worked(const char* what, eErr err)
 int main()
 {
     DigIO* inputs = GetDigIO();
-    if (inputs == NULL)
+    if (inputs == nullptr)
         return 1; // out of memory
     unsigned char state = 0;
     if (worked("inputs", inputs->getDigIO(&state))) {

@@ -7,6 +7,7 @@
 #include "fuzz/system/System.h"
 #include "testing/EveryOperation.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <memory>
@@ -172,7 +173,7 @@ using Everything = every::Interfaces<All>;
 std::vector<Action> allActions()
 {
     std::vector<Action> actions = Everything::actions();
-    actions.emplace_back([](Input& input) { fuzzed::pass(input.byte() * 16); });
+    actions.emplace_back([](Input& input) { fuzzed::pass(std::int64_t{input.byte()} * 16); });
     actions.emplace_back([](Input& input) { fuzzed::writeSettings(input.text(255)); });
     for (const auto gate :
          {&DoesSystemHaveAtLeastFPGAVersion, &DoesSystemHaveAtLeastSSVersion, &DoesSystemHaveAtLeastFrontVersion})

@@ -153,7 +153,7 @@ void step(Input& input, Hardware& hardware, Backlight& backlight)
     default:
         break;
     }
-    fuzzed::pass(input.byte() * 20);
+    fuzzed::pass(std::int64_t{input.byte()} * 20);
 }
 
 /// Leaves the controller without work, so that its sampler ends.

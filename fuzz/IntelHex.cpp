@@ -15,7 +15,7 @@ using namespace Halvix;
 namespace {
 
 // No microcontroller has more; files of gigabytes would only slow the fuzzer down.
-constexpr std::uint64_t kLargest = 1024 * 1024;
+constexpr std::uint64_t kLargest = 1U << 20;
 
 HexResult parse(const char* text, std::size_t size, HexImage& image)
 {

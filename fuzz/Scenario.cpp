@@ -11,7 +11,7 @@ using namespace hxsim;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const std::string content{reinterpret_cast<const char*>(data), size};
+    std::string content{reinterpret_cast<const char*>(data), size};
     const auto files = [&](const std::string& path) {
         if (path.size() > 8)
             throw BadText{"cannot read it"};

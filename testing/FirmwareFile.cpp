@@ -7,7 +7,7 @@ namespace firmware {
 
 std::string file(const SimulatedUnit& unit, const std::string& text, const std::string& name)
 {
-    const std::string path = unit.folder() + "/" + name;
+    std::string path = unit.folder() + "/" + name;
     std::ofstream{path, std::ios::binary} << text;
     return path;
 }

@@ -15,6 +15,7 @@ namespace {
 void become(const std::vector<std::string>& command)
 {
     std::vector<char*> words;
+    words.reserve(command.size() + 1);
     for (const std::string& word : command)
         words.push_back(const_cast<char*>(word.c_str()));
     words.push_back(nullptr);
@@ -75,7 +76,7 @@ std::string Process::line(std::chrono::milliseconds patience)
     }
     if (end == std::string::npos)
         return "(ended)";
-    const std::string found = unread_.substr(0, end);
+    std::string found = unread_.substr(0, end);
     unread_.erase(0, end + 1);
     return found;
 }

@@ -26,7 +26,7 @@ public:
     static void yield();
 
 private:
-    static constexpr std::size_t kStack = 256 * 1024;
+    static constexpr std::size_t kStack = 256U << 10;
 
     static void start();
     void run();

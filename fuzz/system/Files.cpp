@@ -220,7 +220,7 @@ int fstat(int file, struct stat* status) noexcept
     *status = {};
     unsigned short half = 0;
     theInput->answer(&half, sizeof half);
-    status->st_size = half * 2;
+    status->st_size = off_t{half} * 2;
     return 0;
 }
 

@@ -7,9 +7,7 @@
 
 #include <dlfcn.h>
 
-using driver::local;
-using driver::Script;
-using driver::operator""_hex;
+using namespace driver;
 
 extern "C" {
 extern unsigned char stdColor[18];
