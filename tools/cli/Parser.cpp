@@ -20,11 +20,15 @@ std::string shielded(const std::string& word)
 {
     const bool isNumber =
         word.size() > 1 && word[0] == '-' && (std::isdigit(static_cast<unsigned char>(word[1])) != 0 || word[1] == '.');
+    if (word.starts_with("--") && word.find('=') == word.size() - 1)
+        return word + kShield; // an option with an empty value
     return isNumber || word == "++" || word.starts_with('[') || word.starts_with(kShield) ? kShield + word : word;
 }
 
 std::string unshielded(const std::string& word)
 {
+    if (word.starts_with("--") && word.find('=') == word.size() - 2 && word.back() == kShield)
+        return word.substr(0, word.size() - 1);
     return word.starts_with(kShield) ? word.substr(1) : word;
 }
 
@@ -152,7 +156,7 @@ CLI::Option* Parser::add(const Argument& row, bool isOption)
         isOption ? "--" + name + (row.letter != '\0' ? std::string(",-") + row.letter : "") : name;
     call_.rows_.emplace(name, row);
     if (row.kind == Kind::Flag)
-        return command_->add_flag(names);
+        return command_->add_flag(names)->disable_flag_override();
     CLI::Option* const option =
         command_->add_option(names)->check([row](const std::string& text) { return problemOf(row, unshielded(text)); });
     const bool repeated = row.presence == Presence::Repeated || row.kind == Kind::Program;
@@ -198,16 +202,19 @@ void Parser::refuseExtraWords() const
     Words known;
     for (const Argument& each : optionsOf(program_, *call_.verb_))
         known.push_back("--" + std::string(each.name));
-    throw UsageError("there is no option '" + *option + "'" + suggestion(*option, known));
+    throw UsageError("there is no option '" + unshielded(*option) + "'" + suggestion(*option, known));
 }
 
 // The parser's exceptions in our words.
 std::string Parser::inWords(const CLI::ParseError& mistake) const
 {
     const std::string text = mistake.what();
-    if (dynamic_cast<const CLI::ArgumentMismatch*>(&mistake) != nullptr)
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&mistake) != nullptr) {
+        if (text.find("flag override") != std::string::npos)
+            return "--" + text.substr(0, text.find(' ')) + " takes no value";
         return text.substr(0, text.find(':')) +
                (text.find("At Most") != std::string::npos ? " is given twice" : " needs a value");
+    }
     for (const auto& [row, option] : options_) {
         if (option->get_required() && option->count() == 0)
             return "missing argument: " + std::string(row.name) + usage();
