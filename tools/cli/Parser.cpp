@@ -69,13 +69,37 @@ std::string unknown(const std::string& kind, const std::string& word, const Word
     return "there is no " + kind + " '" + word + "'" + (near.empty() ? "; the " + kind + "s are " + join(known) : near);
 }
 
+// How many words the option of every verb has that stands in front, with its value; 0 when none does.
+std::size_t optionInFront(const Program& program, const Words& words)
+{
+    for (const Argument& each : program.always) {
+        const std::string name = "--" + std::string(each.name);
+        if (each.kind != Kind::Flag && (words[0] == name || words[0].starts_with(name + "=")))
+            return words[0] == name ? 2 : 1;
+    }
+    return 0;
+}
+
+// The options in front of the object are meant as well as those behind it.
+void moveBehindTheObject(const Program& program, Words& words)
+{
+    const auto end = std::ranges::find(words, "--");
+    for (auto last = end; last != words.begin();) {
+        const auto size = static_cast<std::ptrdiff_t>(optionInFront(program, words));
+        if (size == 0 || last - words.begin() <= size)
+            return;
+        std::rotate(words.begin(), words.begin() + size, end);
+        last -= size;
+    }
+}
+
 const Object& objectOf(const Program& program, Words& words)
 {
     const std::string kind(program.kind);
     const std::string help = "'" + std::string(program.name) + " --help'";
     if (!program.usual.empty() && (words.empty() || words[0].starts_with("-")))
         words.insert(words.begin(), std::string(program.usual));
-    if (words.empty())
+    if (words.empty() || optionInFront(program, words) != 0)
         throw UsageError("missing argument: " + std::string(kind == "object" ? "an " : "a ") + kind + "; " + help +
                          " lists them");
     if (const Object* const object = program.find(words[0]))
@@ -268,9 +292,7 @@ Arguments::Arguments(const Program& program, const Words& words)
         values_[std::string(each.name)] = {"yes"};
         rest.erase(std::remove_if(found, endOfOptions(), isIt), endOfOptions());
     }
-    for (const Argument& each : program.always) // in front of the object they are meant as well
-        if (rest.size() > 2 && each.kind != Kind::Flag && rest[0] == "--" + std::string(each.name))
-            std::rotate(rest.begin(), rest.begin() + 2, endOfOptions());
+    moveBehindTheObject(program, rest);
     std::string object;
     std::string verb;
     try {

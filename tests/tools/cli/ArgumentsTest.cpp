@@ -111,6 +111,20 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"ForRepetitionOfAVerbThatIsNotRepeated", {"lid", "get", "--watch"}, "there is no option '--watch'"}),
     [](const auto& row) { return std::string(row.param.name); });
 
+INSTANTIATE_TEST_SUITE_P(
+    InAnOptionInFront, Mistake,
+    testing::Values(
+        Refused{"WithoutAValue", {"--timeout"}, "missing argument: a command; 'kettle --help' lists them"},
+        Refused{"WithoutACommand", {"--timeout", "2"}, "missing argument: a command; 'kettle --help' lists them"},
+        Refused{"OfOneWordWithoutACommand", {"--timeout=2"}, "missing argument: a command; 'kettle --help' lists them"},
+        Refused{"WithTheMarkForAValue",
+                {"--timeout", "--", "boil"},
+                "missing argument: a command; 'kettle --help' lists them"},
+        Refused{"WithABadValue", {"--timeout", "0", "boil"}, "--timeout: 0 is outside 0.1 to 60"},
+        Refused{"OfOneWordWithABadValue", {"--timeout=x", "boil"}, "--timeout: 'x' is not a number"},
+        Refused{"ThatOnlyOneVerbHas", {"--for", "1", "boil"}, "there is no option '--for'"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
 TEST(Mistakes, BelongToTheObjectAndVerbAsFarAsTheyAreKnown)
 {
     EXPECT_THAT(mistakeIn({"xyzzy"}).object, IsEmpty());
@@ -166,7 +180,9 @@ INSTANTIATE_TEST_SUITE_P(
         Taken{"AProgramWithItsOwnOptions", {"start", "radio", "-v", "--help"}, "program", {"radio", "-v", "--help"}},
         Taken{"AProgramBehindTheMark", {"start", "-v", "3", "--", "radio", "--json"}, "program", {"radio", "--json"}},
         Taken{"AnOptionInFrontOfTheCommand", {"--timeout", "2", "lid", "get"}, "timeout", {"2"}},
+        Taken{"AnOptionOfOneWordInFrontOfTheCommand", {"--timeout=2", "lid", "get"}, "timeout", {"2"}},
         Taken{"SeveralInFrontOfTheCommand", {"--timeout", "2", "--user", "bob", "lid", "get"}, "user", {"bob"}},
+        Taken{"SeveralInFrontInAnotherOrder", {"--user", "bob", "--timeout=2", "lid", "get"}, "timeout", {"2"}},
         Taken{"OneInFrontThatLooksLikeTheCommand", {"--user", "lid", "lid", "get"}, "user", {"lid"}}),
     [](const auto& row) { return std::string(row.param.name); });
 
