@@ -279,11 +279,17 @@ std::string verbHelp(const Program& program, const Object& object, const Verb& v
 
 std::optional<std::string> information(const Program& program, const Words& words)
 {
-    if (words.empty())
+    const auto isFlag = [&](const std::string& word) {
+        return std::ranges::any_of(program.always, [&](const Argument& each) {
+            return each.kind == Kind::Flag && word == "--" + std::string(each.name);
+        });
+    };
+    const auto first = std::ranges::find_if_not(words, isFlag); // flags of every verb may stand in front
+    if (first == words.end())
         return std::nullopt;
-    if (isAmong(words[0], {"--version", "-V", "-version"}))
+    if (isAmong(*first, {"--version", "-V", "-version"}))
         return std::string(program.name) + " " + std::string(program.version) + "\n";
-    if (words[0] == "--man")
+    if (*first == "--man")
         return manualPage(program);
     if (const auto topic = helpTopic(program, ownWords(program, words)))
         return helpOn(program, *topic);

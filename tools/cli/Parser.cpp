@@ -104,9 +104,12 @@ const Object& objectOf(const Program& program, Words& words)
                          " lists them");
     if (const Object* const object = program.find(words[0]))
         return *object;
-    if (words[0].starts_with("-"))
-        throw UsageError("there is no option '" + words[0] + "'" +
-                         suggestion(words[0], {"--help", "--json", "--version"}));
+    if (words[0].starts_with("-")) {
+        Words known{"--help", "--version"};
+        for (const Argument& each : program.always)
+            known.push_back("--" + std::string(each.name));
+        throw UsageError("there is no option '" + words[0] + "'" + suggestion(words[0], known));
+    }
     if (!program.implied.empty()) {
         words.insert(words.begin(), std::string(program.implied));
         return *program.find(program.implied);

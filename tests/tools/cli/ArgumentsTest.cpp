@@ -125,6 +125,15 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"ThatOnlyOneVerbHas", {"--for", "1", "boil"}, "there is no option '--for'"}),
     [](const auto& row) { return std::string(row.param.name); });
 
+TEST(Mistakes, SuggestNoOptionThatTheProgramLacks)
+{
+    cli::Program program = kettle::program();
+    program.always.clear();
+
+    EXPECT_STREQ(mistakeIn({"--json", "lid"}, program).what(), "there is no option '--json'");
+    EXPECT_STREQ(mistakeIn({"--versoin"}, program).what(), "there is no option '--versoin'; did you mean '--version'?");
+}
+
 TEST(Mistakes, BelongToTheObjectAndVerbAsFarAsTheyAreKnown)
 {
     EXPECT_THAT(mistakeIn({"xyzzy"}).object, IsEmpty());
