@@ -267,7 +267,9 @@ void Parser::refuse(const CLI::ParseError& mistake) const
 
 void Parser::parse(Words words)
 {
-    std::ranges::transform(words, words.begin(), shielded);
+    const auto mark = std::ranges::find(words, "--");
+    std::transform(words.begin(), mark, words.begin(), shielded);
+    std::for_each(mark == words.end() ? mark : mark + 1, words.end(), [](std::string& word) { word = kShield + word; });
     std::ranges::reverse(words); // the parser takes them in reverse
     try {
         app_.parse(std::move(words));

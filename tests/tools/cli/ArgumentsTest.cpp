@@ -83,7 +83,10 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"OneTooMany", {"boil", "90", "95"}, "too many arguments: '95'; usage: kettle boil [HEAT]"},
         Refused{"OneTooManyThatLooksLikeANumber",
                 {"boil", "90", "-5"},
-                "too many arguments: '-5'; usage: kettle boil [HEAT]"}),
+                "too many arguments: '-5'; usage: kettle boil [HEAT]"},
+        Refused{"OneTooManyBehindTheMark",
+                {"lid", "get", "--", "--json"},
+                "too many arguments: '--json'; usage: kettle lid get"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(
