@@ -70,3 +70,30 @@ TEST(Upgrade, PrintsNoVersionOfATargetThatDoesNotAnswer)
     EXPECT_THAT(run("hx-sim run --scale 20 --set 'fail=/dev/fpga-version 0x80040038 EIO' -- " + upgradeOf(folder)),
                 outputMatches("^phase: "));
 }
+
+TEST(Progress, DrawsABarOfItsWidth)
+{
+    EXPECT_EQ(progressBar(0, 10), "[----------]   0 %");
+    EXPECT_EQ(progressBar(9, 10), "[----------]   9 %");
+    EXPECT_EQ(progressBar(10, 10), "[#---------]  10 %");
+    EXPECT_EQ(progressBar(99, 10), "[#########-]  99 %");
+    EXPECT_EQ(progressBar(100, 10), "[##########] 100 %");
+    EXPECT_EQ(progressBar(255, 10), progressBar(100, 10));
+    EXPECT_EQ(progressBar(-1, 10), progressBar(0, 10));
+}
+
+TEST(Progress, EstimatesTheTimeFromWhatIsDone)
+{
+    EXPECT_EQ(timeLeft(5, milliseconds(2000)), "0:38 left");
+    EXPECT_EQ(timeLeft(5, milliseconds(1999)), "");
+    EXPECT_EQ(timeLeft(99, milliseconds(2000)), "0:00 left");
+    EXPECT_EQ(timeLeft(10, milliseconds(3600000)), "540:00 left");
+    EXPECT_EQ(timeLeft(255, milliseconds(10000)), "");
+}
+
+TEST(Progress, ShowsARateFromTheFirstSecondOn)
+{
+    EXPECT_EQ(transferRate(100000, 1, milliseconds(1000)), "1.0 KB/s");
+    EXPECT_EQ(transferRate(100000, 1, milliseconds(999)), "");
+    EXPECT_EQ(transferRate(999, 100, milliseconds(100000)), "0.0 KB/s");
+}
