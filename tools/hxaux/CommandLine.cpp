@@ -98,7 +98,8 @@ int runCommandLine(const Words& words)
     std::string object;
     std::string verb;
     const auto failed = [&](Exit status, const std::string& text) {
-        const bool json = std::ranges::find(words, "--json") != words.end();
+        const auto mark = std::ranges::find(words, "--");
+        const bool json = std::find(words.begin(), mark, "--json") != mark;
         Screen(json ? Form::Json : Form::Text).show({object, verb, status, {}, {}, {{"", -1, text}}});
         return static_cast<int>(status);
     };

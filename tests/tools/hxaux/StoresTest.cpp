@@ -124,4 +124,14 @@ TEST(SettingsVerb, SaysThatTheFileCannotBeWritten)
                   outputIs(""), statusIs(3)));
 }
 
+TEST(SettingsMistake, IsJsonOnlyWhenTheOptionIsMeant)
+{
+    EXPECT_THAT(run("hxaux settings get a=b --json"), AllOf(errorIs(""), outputMatches("^\\{"), statusIs(2)));
+    EXPECT_THAT(run("hxaux settings set a=b -- --json"),
+                AllOf(errorMatches("^settings set: the key cannot be used: it contains an equals sign\n"), outputIs(""),
+                      statusIs(2)));
+    EXPECT_THAT(run("hxaux backlight set -- --json"),
+                AllOf(errorIs("backlight set: level: '--json' is not an integer\n"), outputIs(""), statusIs(2)));
+}
+
 } // namespace stores_test
