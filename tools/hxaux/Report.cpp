@@ -9,7 +9,6 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cmath>
 #include <optional>
 
 namespace hxaux {
@@ -64,11 +63,10 @@ Json jsonOf(const Value::Record& fields)
     return object;
 }
 
+// The number that the text shows.
 double rounded(const Real& real)
 {
-    const double scale = std::pow(10.0, real.decimals);
-    const double scaled = std::round(real.value * scale) / scale;
-    return std::isfinite(scaled) ? scaled : real.value;
+    return toReal(Value(real.value, real.decimals).text()).value_or(real.value);
 }
 
 Json jsonOf(const Value& value)
