@@ -60,6 +60,13 @@ TEST(LocksVerb, ShowsAndReleasesTheLockOfAKilledProgram)
                       errorIs(""), statusIs(0)));
 }
 
+TEST(LocksReset, SaysThatALockDoesNotExistYet)
+{
+    EXPECT_THAT(onUnit("hxaux locks reset FILE_HXAUXINI_IS_IN_USE --force"),
+                AllOf(errorIs("locks reset: FILE_HXAUXINI_IS_IN_USE does not exist yet: there is nothing to release\n"),
+                      outputIs(""), statusIs(1)));
+}
+
 TEST(LocksReset, RefusesTheCounterOfSettings)
 {
     EXPECT_THAT(onUnit("hxaux locks reset \"Global\\\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ\" --force"),

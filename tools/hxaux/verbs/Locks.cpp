@@ -121,8 +121,9 @@ void reset(Call& call)
     const HeldSignals held;
     const NamedLock lock{std::string(name)};
     const Seen now = seen(lock);
+    const char* const is = now.state.kind == LockState::Kind::Missing ? " " : " is ";
     if (now.state.kind != LockState::Kind::Known)
-        call.fail(Exit::Refused, "there is nothing to release: it is " + stateName(name, now));
+        call.fail(Exit::Refused, std::string(name) + is + stateName(name, now) + ": there is nothing to release");
     if (now.state.value != 0)
         return call.note("it is free already");
     if (const std::string reason = objection(now); !reason.empty() && !call.has("force"))
