@@ -28,8 +28,8 @@ short readiness(int fd, short wanted)
     const std::shared_ptr<Descriptor> descriptor = Descriptors::table().findDevice(fd);
     if (descriptor == nullptr)
         return POLLNVAL; // closed meanwhile
-    const bool readable = (wanted & POLLIN) != 0 && descriptor->device->readable();
-    return static_cast<short>((wanted & POLLOUT) | (readable ? POLLIN : 0));
+    const int readable = descriptor->device->readable() ? POLLIN | POLLRDNORM : 0;
+    return static_cast<short>(wanted & (readable | POLLOUT | POLLWRNORM));
 }
 
 /// Checks all of them once; the number of ready ones.
@@ -55,11 +55,13 @@ bool letSignalsIn(const sigset_t* mask)
     return mask != nullptr && HXSIM_REAL(ppoll)(nullptr, 0, &none, mask) < 0 && errno == EINTR;
 }
 
-int pollUnit(Link& link, std::span<pollfd> wanted, std::int64_t timeoutNanoseconds, const sigset_t* mask)
+/// `count` has a look, and returns how many are ready or what is wrong with them.
+template <typename Count>
+int pollUnit(Link& link, std::int64_t timeoutNanoseconds, const sigset_t* mask, Count count)
 {
     const bool endless = timeoutNanoseconds < 0;
     for (std::int64_t left = timeoutNanoseconds;; left -= kStepNanoseconds) {
-        const int ready = look(wanted);
+        const int ready = count();
         if (ready != 0 || (!endless && left <= 0))
             return ready;
         if (letSignalsIn(mask) || link.sleep(kStepNanoseconds) == -EINTR)
@@ -108,7 +110,7 @@ int pollOr(pollfd* wanted, nfds_t count, std::int64_t timeoutNanoseconds, const 
     KeepErrno keep;
     if (isMachines)
         return keep.answer(pollInOwnTime(*link, all, timeoutNanoseconds, mask));
-    return keep.answer(pollUnit(*link, all, timeoutNanoseconds, mask));
+    return keep.answer(pollUnit(*link, timeoutNanoseconds, mask, [&] { return look(all); }));
 }
 
 template <typename Spec>
@@ -130,29 +132,61 @@ bool namesDevice(int count, const fd_set* readers, const fd_set* writers)
     return false;
 }
 
-std::vector<pollfd> requested(int count, const fd_set* readers, const fd_set* writers)
+/// One of the sets of a select: what is wanted of its descriptors, and what counts as that.
+struct Watched {
+    fd_set* set;
+    int event;
+    int met;
+};
+using AllWatched = std::array<Watched, 3>;
+
+AllWatched watched(fd_set* readers, fd_set* writers, fd_set* exceptions)
+{
+    return {{{readers, POLLIN, POLLIN | POLLHUP | POLLERR},
+             {writers, POLLOUT, POLLOUT | POLLERR},
+             {exceptions, POLLPRI, POLLPRI}}};
+}
+
+std::vector<pollfd> requested(int count, const AllWatched& sets)
 {
     std::vector<pollfd> all;
-    for (int fd = 0; fd < count; ++fd)
-        if (has(readers, fd) || has(writers, fd))
-            all.push_back(
-                {fd, static_cast<short>((has(readers, fd) ? POLLIN : 0) | (has(writers, fd) ? POLLOUT : 0)), 0});
+    for (int fd = 0; fd < count; ++fd) {
+        int events = 0;
+        for (const Watched& each : sets)
+            events |= has(each.set, fd) ? each.event : 0;
+        if (events != 0)
+            all.push_back({fd, static_cast<short>(events), 0});
+    }
     return all;
 }
 
-int answered(const std::vector<pollfd>& all, fd_set* readers, fd_set* writers)
+bool isMet(const pollfd& one, const Watched& set)
 {
-    int ready = 0;
-    for (fd_set* const set : {readers, writers})
-        if (set != nullptr)
-            FD_ZERO(set);
+    return set.set != nullptr && (one.events & set.event) != 0 && (one.revents & set.met) != 0;
+}
+
+/// How many a select reports, or -EBADF.
+int countMet(const std::vector<pollfd>& all, const AllWatched& sets)
+{
+    int met = 0;
     for (const pollfd& one : all) {
-        if ((one.events & one.revents & POLLIN) != 0 && ++ready != 0)
-            FD_SET(one.fd, readers);
-        if ((one.events & one.revents & POLLOUT) != 0 && ++ready != 0)
-            FD_SET(one.fd, writers);
+        if ((one.revents & POLLNVAL) != 0)
+            return -EBADF;
+        for (const Watched& each : sets)
+            met += isMet(one, each) ? 1 : 0;
     }
-    return ready;
+    return met;
+}
+
+void answer(const std::vector<pollfd>& all, const AllWatched& sets)
+{
+    for (const Watched& each : sets) {
+        if (each.set != nullptr)
+            FD_ZERO(each.set);
+        for (const pollfd& one : all)
+            if (isMet(one, each))
+                FD_SET(one.fd, each.set);
+    }
 }
 
 /// The sets of a select, as the program passed them.
@@ -200,9 +234,15 @@ int selectOr(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, st
     KeepErrno keep;
     if (isMachines)
         return keep.answer(selectInOwnTime(*link, count, readers, writers, exceptions, timeoutNanoseconds, mask));
-    std::vector<pollfd> all = requested(count, readers, writers);
-    const int ready = pollUnit(*link, all, timeoutNanoseconds, mask);
-    return ready < 0 ? keep.answer(ready) : answered(all, readers, writers);
+    const AllWatched sets = watched(readers, writers, exceptions);
+    std::vector<pollfd> all = requested(count, sets);
+    const int ready = pollUnit(*link, timeoutNanoseconds, mask, [&] {
+        (void)look(all);
+        return countMet(all, sets);
+    });
+    if (ready >= 0)
+        answer(all, sets);
+    return keep.answer(ready);
 }
 
 } // namespace
