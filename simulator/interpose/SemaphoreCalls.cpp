@@ -105,6 +105,9 @@ int semaphoreCall(Link& link, sem_t* semaphore, const char* action, Call call)
 
 int waitUntil(Link& link, sem_t* semaphore, clockid_t clock, std::int64_t seconds, std::int64_t nanoseconds)
 {
+    const bool isMoment = nanoseconds >= 0 && nanoseconds < kNanosecondsPerSecond;
+    if (!isMoment || (clock != CLOCK_REALTIME && clock != CLOCK_MONOTONIC)) // before a look at the semaphore
+        return semaphoreCall(link, semaphore, "sem_timedwait", [](const std::string&) { return -EINVAL; });
     timespec now{};
     clock_gettime(clock, &now);
     const std::int64_t left = (seconds - now.tv_sec) * kNanosecondsPerSecond + nanoseconds - std::int64_t{now.tv_nsec};

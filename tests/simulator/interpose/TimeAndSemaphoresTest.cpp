@@ -148,6 +148,40 @@ TEST_F(SemaphoreCalls, TakeWhatIsThereAtAMomentThatIsOver)
     EXPECT_EQ(sem_close(semaphore), 0);
 }
 
+TEST_F(SemaphoreCalls, RefuseAMomentThatIsNoneAndAnUnknownClock)
+{
+    sem_t* const semaphore = make(1);
+    const timespec good = afterNow(1);
+
+    for (const timespec bad : {timespec{1, -1}, timespec{1, 1'000'000'000}}) {
+        errno = 0;
+        EXPECT_EQ(sem_timedwait(semaphore, &bad), -1);
+        EXPECT_EQ(errno, EINVAL);
+        errno = 0;
+        EXPECT_EQ(sem_clockwait(semaphore, CLOCK_MONOTONIC, &bad), -1);
+        EXPECT_EQ(errno, EINVAL);
+    }
+    errno = 0;
+    EXPECT_EQ(sem_clockwait(semaphore, CLOCK_BOOTTIME, &good), -1);
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(sem_trywait(semaphore), 0) << "it has not been taken";
+    EXPECT_EQ(sem_close(semaphore), 0);
+}
+
+TEST_F(SemaphoreCalls, WaitUntilAMomentOfEitherClock)
+{
+    sem_t* const semaphore = make(0);
+    timespec moment{};
+    clock_gettime(CLOCK_MONOTONIC, &moment);
+    moment.tv_sec += 60;
+
+    EXPECT_EQ(sem_clockwait(semaphore, CLOCK_MONOTONIC, &moment), -1);
+    EXPECT_EQ(errno, ETIMEDOUT);
+    EXPECT_GT(unit.now(), 50'000);
+    EXPECT_LE(unit.now(), 60'000);
+    EXPECT_EQ(sem_close(semaphore), 0);
+}
+
 TEST_F(SemaphoreCalls, AreWokenByAPostBeforeTheirMoment)
 {
     sem_t* const semaphore = make(0);
