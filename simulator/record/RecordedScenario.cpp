@@ -71,7 +71,7 @@ std::string wordOf(const std::string& word)
     std::string text;
     bool plain = !word.empty() && word[0] != '#';
     for (const char c : word) {
-        plain = plain && c != ' ' && c != '\t' && c != '"' && c != '\\';
+        plain = plain && std::string_view{" \t\r\v\f\"\\"}.find(c) == std::string_view::npos;
         text += c == '"' || c == '\\' ? std::string{'\\', c} : c == '$' ? "$$" : std::string{c};
     }
     return plain ? text : '"' + text + '"';
