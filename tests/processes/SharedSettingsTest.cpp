@@ -8,7 +8,6 @@
 
 using hxtest::Unit;
 using testing::AnyOf;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -19,6 +18,7 @@ TEST(SharedSettings, LoseNoneOfTheWritesOfEightProcesses)
     constexpr int kWrites = 200;
     const Unit unit;
     std::vector<Process> writers;
+    writers.reserve(kProcesses);
     for (int i = 0; i < kProcesses; ++i)
         writers.push_back(unit.child({"write", std::string(1, static_cast<char>('a' + i)), std::to_string(kWrites)}));
     for (Process& writer : writers)
@@ -43,6 +43,7 @@ TEST(SharedSettings, AreNeverSeenHalfWritten)
     const Unit unit;
     unit.writeSettings("zz=whole\n"); // the last line of every version of the file
     std::vector<Process> writers;
+    writers.reserve(4);
     for (int i = 0; i < 4; ++i)
         writers.push_back(unit.child({"write", std::string(1, static_cast<char>('a' + i)), "150"}));
     Process reader = unit.child({"read", "zz", "300"});

@@ -16,8 +16,6 @@
 namespace shared_upgrade_test {
 
 using hxtest::Unit;
-using testing::AllOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using namespace std::string_literals;
@@ -160,7 +158,7 @@ TEST(UpgradeTool, VerifiesASmallImageHoweverShortThePhasesAre)
 
 TEST(UpgradeTool, DoesNotCallVerifiedWhatTheFlashIsTooSmallFor)
 {
-    constexpr std::size_t kFlash = 128 * 1024;
+    constexpr std::size_t kFlash = 128U << 10;
     const Unit unit({kFree, "ss.product-id = 0x410"}, kQuick);
     const Files files;
     ASSERT_EQ(unit.run("hxaux upgrade ss " + files.supervisor(kFlash)).status, 0);

@@ -13,7 +13,6 @@
 
 using namespace std::chrono_literals;
 using hxsim::Error;
-using testing::ContainsRegex;
 using testing::HasSubstr;
 
 namespace {

@@ -15,7 +15,7 @@ namespace {
 std::string word(std::string& text)
 {
     const std::size_t end = std::min(text.find(' '), text.size());
-    const std::string first = text.substr(0, end);
+    std::string first = text.substr(0, end);
     text.erase(0, std::min(end + 1, text.size()));
     return first;
 }

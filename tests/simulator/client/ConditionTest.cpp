@@ -10,7 +10,6 @@
 
 using hxsim::Evaluation;
 using hxsim::Event;
-using hxsim::Verdict;
 using namespace std::chrono_literals;
 
 namespace condition_test {

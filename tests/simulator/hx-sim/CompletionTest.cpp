@@ -13,7 +13,6 @@ using hxtest::run;
 using hxtest::statusIs;
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 using HxSimCompletion = UnitFixture;
 

@@ -84,7 +84,7 @@ protected:
     {
         timespec moment{};
         clock_gettime(CLOCK_REALTIME, &moment);
-        moment.tv_sec += time_t(seconds);
+        moment.tv_sec += static_cast<time_t>(seconds);
         return moment;
     }
     static sem_t* make(unsigned value) { return sem_open("/hxTest", O_CREAT | O_EXCL, 0600, value); }

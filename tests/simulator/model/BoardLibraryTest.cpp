@@ -12,7 +12,6 @@ using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

@@ -10,7 +10,6 @@ using hxsim::Fault;
 using hxsim::Faults;
 using modeltest::kNameOfRow;
 using modeltest::Named;
-using modeltest::refusalOf;
 
 namespace {
 
