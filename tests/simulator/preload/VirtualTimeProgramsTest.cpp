@@ -89,7 +89,7 @@ TEST_F(VirtualTimeOfPrograms, NamesAProgramThatDoesNotWaitAndGoesOnAfterIt)
     const std::string busy = waiters().front() + " busy";
 
     EXPECT_THAT(
-        run("hx-sim run --virtual -- sh -c 'timeout 7 " + busy + " & sleep 3600; wait; echo done'"),
+        run("hx-sim run --virtual -- sh -c 'nice -n 19 timeout 7 " + busy + " & sleep 3600; wait; echo done'"),
         AllOf(errorMatches("hx-sim: program 'hx-waiter[^']*' \\(process [0-9]+\\) has not slept for [0-9]+ s of "
                            "real time: its thread [0-9]+ is running; virtual time passes only while"),
               outputIs("done\n"), statusIs(0)));
@@ -104,7 +104,8 @@ TEST_F(VirtualTimeOfPrograms, NamesAStoppedProgramAndGoesOnAfterIt)
 
 TEST_F(VirtualTimeOfPrograms, NamesAProgramThatAsksTheUnitWithoutAPause)
 {
-    EXPECT_THAT(run("hx-sim run --virtual -- sh -c 'sleep 3600 & timeout 7 hx-probe get-forever /dev/adc-id 0; wait; "
+    EXPECT_THAT(run("hx-sim run --virtual -- sh -c 'sleep 3600 & nice -n 19 timeout 7 hx-probe get-forever /dev/adc-id "
+                    "0; wait; "
                     "echo done'"),
                 AllOf(errorMatches("program 'hx-probe' .* has not slept"), outputIs("done\n"), statusIs(0)));
 }
