@@ -52,7 +52,7 @@ void addHeaders(MHD_Response* response)
 
 } // namespace
 
-/// A connection of a client, from its begin to its end.
+/// A connection of a client, from its beginning to its end.
 struct HttpServer::Connection {
     int fd = -1;
     SteadyTime since{};   ///< begin of what it does now: waiting for a request, answering, the last part of a stream

@@ -47,7 +47,7 @@ public:
     /// Programs sleep often: who expects nothing of it does not follow it.
     enum class Sleeps { Followed, Ignored };
 
-    /// Follows these properties from the begin. `observer` is called with each event, when it is read.
+    /// Follows these properties from the beginning. `observer` is called with each event, when it is read.
     Follower(const std::string& unit, const std::vector<std::string>& properties, Observer observer = {},
              Sleeps sleeps = Sleeps::Followed);
 

@@ -87,7 +87,7 @@ public:
     }
 
     /// Makes the request. When the answer differs from the recorded one: a line that sets the property which causes
-    /// the recorded one, or a comment. Only the first answer counts: a unit has one state at the begin.
+    /// the recorded one, or a comment. Only the first answer counts: a unit has one state at the beginning.
     void take(const RecordedCall& call)
     {
         const Entry& entry = call.entry;

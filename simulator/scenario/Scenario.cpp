@@ -61,7 +61,7 @@ private:
         static const std::vector<Row> kRows{
             {"do", &Parser::act},      {"expect", &Parser::expect}, {"fail", &Parser::fail},
             {"light", &Parser::light}, {"never", &Parser::never},   {"press", &Parser::press},
-            {"ramp", &Parser::ramp},   {"remove", &Parser::remove}, {"restore", &Parser::remove},
+            {"ramp", &Parser::ramp},   {"remove", &Parser::remove}, {"restore", &Parser::restore},
             {"run", &Parser::run},     {"set", &Parser::set},       {"unfail", &Parser::unfail},
             {"wait", &Parser::wait}};
         return kRows;
@@ -137,10 +137,13 @@ private:
         command(statement, rest.empty() ? Words{"unfail"} : Words{"unfail", rest});
     }
 
-    void remove(Statement& statement, const std::string& rest)
+    void remove(Statement& statement, const std::string& rest) { partsCommand(statement, "remove", rest); }
+
+    void restore(Statement& statement, const std::string& rest) { partsCommand(statement, "restore", rest); }
+
+    void partsCommand(Statement& statement, const std::string& name, const std::string& rest)
     {
         Words parts = words(rest);
-        const std::string name = statement.text.find("restore") == std::string::npos ? "remove" : "restore";
         if (parts.empty())
             throw BadText{"expected a device after '" + name + "'"};
         for (const std::string& part : parts)

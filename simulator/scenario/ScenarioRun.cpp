@@ -105,9 +105,8 @@ void ScenarioRun::playStatement(Stage& stage, StatementResult& result)
     const Statement& statement = result.statement;
     Follower& follower = *stage.follower;
     try {
-        if (statement.at) {
+        if (statement.at)
             follower.sleepUntil(stage.begin + *statement.at);
-        }
         if (statement.kind == Kind::Wait || statement.kind == Kind::Expect)
             return decide(stage, result);
         if (statement.kind == Kind::Sleep) {

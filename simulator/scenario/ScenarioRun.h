@@ -38,7 +38,7 @@ class ScenarioRun {
 public:
     struct Options {
         std::vector<std::string> unit{};    ///< options of `hx-sim start`
-        std::vector<std::string> program{}; ///< runs from the begin; empty: none
+        std::vector<std::string> program{}; ///< runs from the beginning; empty: none
         std::function<void(const StatementResult&)> decided{};
         std::function<void(const Event&)> printed{}; ///< a line of a program
         std::function<void(const Event&)> held{};    ///< a program keeps virtual time from passing

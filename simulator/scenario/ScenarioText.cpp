@@ -29,7 +29,7 @@ bool isName(const std::string& text)
     return !text.empty() && std::ranges::all_of(text, isNameLetter);
 }
 
-/// Removes a comment: '#' at the begin of a word, outside quotes.
+/// Removes a comment: '#' at the beginning of a word, outside quotes.
 std::string withoutComment(const std::string& line)
 {
     bool quoted = false;
@@ -207,7 +207,7 @@ ScenarioRow rowOf(const std::vector<ScenarioLine>& lines, Variables variables, c
     ScenarioRow row{name, {}};
     for (const ScenarioLine& line : lines) {
         try {
-            if (line.text == "let" || line.text.starts_with("let "))
+            if (words(line.text)[0] == "let")
                 define(line.text, variables);
             else
                 row.lines.push_back({line.file, line.number, replaced(line.text, variables)});

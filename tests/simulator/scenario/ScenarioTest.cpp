@@ -140,6 +140,7 @@ TEST(Scenario, LeavesANumberSignInQuotesAndWords)
 TEST(Scenario, ReplacesVariables)
 {
     EXPECT_EQ(only("let DARK = 3\nlet ALSO = ${DARK}5\nset light $ALSO").text, "set light 35");
+    EXPECT_EQ(only("let\tDARK\t=\t3\nset\tlight\t$DARK").words, (std::vector<std::string>{"set", "light = 3"}));
     EXPECT_EQ(only("run echo $$").text, "run echo $");
 }
 
