@@ -226,7 +226,7 @@ TEST_F(MicrocontrollerTest, TakesItsTimeToEraseEverything)
     EXPECT_EQ(ask({0x00, 0xFF}), Bytes{}) << "it does not listen meanwhile";
     pass(3s);
     EXPECT_EQ(ask({}), Bytes{kAck});
-    EXPECT_EQ(chip.flash, Bytes(512 * 1024, 0xFF));
+    EXPECT_EQ(chip.flash, Bytes(512U << 10, 0xFF));
 }
 
 TEST_F(MicrocontrollerTest, RefusesEverythingButToIdentifyItselfWhenItIsProtected)

@@ -3,7 +3,6 @@
 
 #include "tests/simulator/model/ModelTest.h"
 
-using hxsim::BadText;
 using hxsim::Properties;
 using modeltest::refusalOf;
 
