@@ -187,7 +187,12 @@ void MachineCalls::setLine(OpenFile& file, const LineSettings& settings)
 
 void MachineCalls::flush(OpenFile& file, bool input, bool output)
 {
-    (void)tcflush(machineFile(file).descriptor, !output ? TCIFLUSH : !input ? TCOFLUSH : TCIOFLUSH);
+    MachineFile& open = machineFile(file);
+    if (input) { // what a read has collected as well
+        open.arrived.clear();
+        open.lastArrival.reset();
+    }
+    (void)tcflush(open.descriptor, !output ? TCIFLUSH : !input ? TCOFLUSH : TCIOFLUSH);
 }
 
 Outcome MachineCalls::drain(OpenFile& file)
