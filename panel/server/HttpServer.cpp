@@ -27,11 +27,13 @@ SteadyTime now()
     return std::chrono::steady_clock::now();
 }
 
-MHD_Result keepHeader(void* headers, MHD_ValueKind, const char* name, const char* value)
+MHD_Result keepValue(void* values, MHD_ValueKind, const char* name, std::size_t length, const char* value,
+                     std::size_t size)
 {
-    std::string lower{name};
+    std::string lower{name, length};
     std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    static_cast<std::multimap<std::string, std::string>*>(headers)->emplace(lower, value == nullptr ? "" : value);
+    static_cast<std::multimap<std::string, std::string>*>(values)->emplace(
+        lower, value == nullptr ? std::string{} : std::string{value, size});
     return MHD_YES;
 }
 
@@ -64,6 +66,12 @@ struct HttpServer::Connection {
     {
         const auto* const info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
         return *static_cast<Connection*>(info->socket_context);
+    }
+    /// The client has closed, and what it had sent is not a whole request.
+    [[nodiscard]] bool isAbandoned() const
+    {
+        char next = 0;
+        return !answers && recv(fd, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
     }
     [[nodiscard]] bool isTooSlow(Milliseconds patience) const
     {
@@ -132,9 +140,11 @@ struct Callbacks {
     {
         auto& self = *static_cast<HttpServer*>(server);
         if (*held == nullptr) {
-            *held = new Held{begun(self, connection, url, method)};
-            const auto refused = self.service_.refuse((**static_cast<Held*>(*held)).request);
-            return static_cast<MHD_Result>(refused ? self.queue(connection, *refused) : MHD_YES);
+            const Held exchange = begun(self, connection, url, method);
+            *held = new Held{exchange};
+            exchange->response_ = self.service_.refuse(exchange->request);
+            const bool isTooLong = exchange->response_ && exchange->response_->status == MHD_HTTP_CONTENT_TOO_LARGE;
+            return static_cast<MHD_Result>(isTooLong ? self.queue(connection, *exchange->response_) : MHD_YES);
         }
         const Held exchange = *static_cast<Held*>(*held);
         if (*size == 0)
@@ -153,8 +163,8 @@ struct Callbacks {
         request.method = method;
         request.path = url;
         request.localAddress = localAddressOf(HttpServer::Connection::of(connection).fd);
-        (void)MHD_get_connection_values(connection, MHD_HEADER_KIND, keepHeader, &request.headers);
-        (void)MHD_get_connection_values(connection, MHD_GET_ARGUMENT_KIND, keepHeader, &request.parameters);
+        (void)MHD_get_connection_values_n(connection, MHD_HEADER_KIND, keepValue, &request.headers);
+        (void)MHD_get_connection_values_n(connection, MHD_GET_ARGUMENT_KIND, keepValue, &request.parameters);
         return exchange;
     }
 
@@ -247,7 +257,7 @@ void HttpServer::look()
 {
     const bool isFull = connections_.size() >= kMostConnections;
     for (const Connection* const each : connections_)
-        if (each->isTooSlow(isFull ? kPatienceWhenFull : kPatience))
+        if (each->isAbandoned() || each->isTooSlow(isFull ? kPatienceWhenFull : kPatience))
             (void)shutdown(each->fd, SHUT_RDWR);
     if (!connections_.empty())
         lookLater();
@@ -265,7 +275,7 @@ void HttpServer::lookLater()
 int HttpServer::take(MHD_Connection* connection, const std::shared_ptr<Exchange>& exchange)
 {
     Connection& state = Connection::of(connection);
-    if (!std::exchange(exchange->served_, true)) {
+    if (!exchange->response_ && !std::exchange(exchange->served_, true)) {
         state.answers = true;
         state.since = now();
         service_.serve(exchange);

@@ -47,7 +47,7 @@ private:
 class Service {
 public:
     virtual ~Service() = default;
-    /// Called when the head of a request is known; what is refused here has no body read.
+    /// Called when the head of a request is known. The body of what is refused here is not looked at.
     virtual std::optional<Response> refuse(const Request& request) = 0;
     virtual void serve(const std::shared_ptr<Exchange>& exchange) = 0;
 };
@@ -68,7 +68,7 @@ public:
     /// For a whole request to arrive, and for a stream to take something.
     static constexpr Milliseconds kPatience{30000};
     /// The same while others may be waiting for a connection.
-    static constexpr Milliseconds kPatienceWhenFull{2000};
+    static constexpr Milliseconds kPatienceWhenFull{1000};
     /// For an answer that is not a stream.
     static constexpr Milliseconds kLongestAnswer{60000};
 

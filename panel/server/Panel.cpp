@@ -176,6 +176,7 @@ void Panel::serveEvents(const std::shared_ptr<Exchange>& exchange)
     const std::string name = unit == exchange->request.parameters.end() ? "" : unit->second;
     if (!name.empty() && !isKnown(name))
         return exchange->answer(unknown(name));
+    listed_.clear(); // what the page knows may be older than its stream
     exchange->stream(feedOf(name));
 }
 
@@ -295,7 +296,7 @@ void Panel::watchUnits()
     if (!isSeen)
         return listed_.clear();
     const std::string now = list();
-    if (listed_ != now && !listed_.empty())
+    if (listed_ != now)
         for (const auto& [name, feed] : feeds_)
             if (feed->isFollowed())
                 feed->push(frameOf("units", now));

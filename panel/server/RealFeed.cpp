@@ -25,7 +25,7 @@ const std::array<Reading, 11>& readings()
 {
     static const std::array<Reading, 11> rows{{
         {"monitor", {"monitor"}, 1},
-        {"backlight", {"backlight", "status"}, 1},
+        {"backlight", {"backlight", "get"}, 1},
         {"buzzer", {"buzzer"}, 1},
         {"led", {"led"}, 1},
         {"light", {"light"}, 1},

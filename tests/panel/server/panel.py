@@ -10,6 +10,7 @@ import pathlib
 import socket
 import subprocess
 import threading
+import time
 from collections.abc import Callable, Iterator, Mapping, Sequence
 from typing import Any
 
@@ -71,6 +72,7 @@ class Stream:
     def __init__(self, response: http.client.HTTPResponse) -> None:
         self.response = response
         self.lines: Iterator[bytes] = iter(response.readline, b"")
+        self.events: list[Any] = []  # of a message that has been read
 
     def next(self) -> tuple[str, Any]:
         """The next message: its name and its document."""
@@ -80,17 +82,28 @@ class Stream:
 
     def until(self, name: str, found: Callable[[Any], bool] = lambda _: True) -> Any:
         """The first message of this name for which this is true."""
-        while True:
-            message, document = self.next()
-            if message == name and found(document):
-                return document
+        return self._first(lambda message, document: document if message == name and found(document) else None)
 
     def event(self, found: Callable[[Any], bool]) -> Any:
         """The first event for which this is true."""
-        while True:
-            for each in self.until("events")["events"]:
-                if found(each):
-                    return each
+
+        def event_in(message: str, document: Any) -> Any:
+            self.events += document["events"] if message == "events" else []
+            while self.events:
+                event = self.events.pop(0)
+                if found(event):
+                    return event
+            return None
+
+        return event_in("", None) or self._first(event_in)
+
+    def _first(self, wanted: Callable[[str, Any], Any]) -> Any:
+        begun = time.monotonic()
+        while time.monotonic() < begun + PATIENCE:
+            result = wanted(*self.next())
+            if result is not None:
+                return result
+        raise AssertionError("it does not come")
 
     def change_of(self, name: str) -> Any:
         return self.event(lambda event: event.get("name") == name and event["event"] == "property")
@@ -103,7 +116,8 @@ class Panel:
     """A server on a free port of the loopback interface."""
 
     def __init__(self, *words: str, launcher: Sequence[str] = ()) -> None:
-        command = [*launcher, str(BUILD / "hx-panel"), "--listen", "127.0.0.1:0", *words]
+        listen = [] if "--listen" in words else ["--listen", "127.0.0.1:0"]
+        command = [*launcher, str(BUILD / "hx-panel"), *listen, *words]
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
         assert self.process.stdout is not None
         self.url = self.process.stdout.readline().strip()
@@ -146,11 +160,21 @@ class Panel:
         """Everything that the server answers to these bytes until it closes the connection."""
         with self.socket() as client:
             client.sendall(text)
-            client.shutdown(socket.SHUT_WR)
             return b"".join(iter(lambda: client.recv(65536), b""))
 
     def stream(self, unit: str | None = None, **headers: str) -> Stream:
+        return self.stream_on(self.connection(), unit, **headers)
+
+    def slow_stream(self, unit: str) -> Stream:
+        """One whose socket keeps little."""
         connection = self.connection()
+        connection.sock = socket.socket()
+        connection.sock.settimeout(PATIENCE)
+        connection.sock.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
+        connection.sock.connect(("127.0.0.1", self.port))
+        return self.stream_on(connection, unit)
+
+    def stream_on(self, connection: http.client.HTTPConnection, unit: str | None, **headers: str) -> Stream:
         given = {name.replace("_", "-"): value for name, value in headers.items()}
         connection.request("GET", "/api/events" + (f"?unit={unit}" if unit else ""), headers=given)
         response = connection.getresponse()
