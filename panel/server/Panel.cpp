@@ -90,6 +90,8 @@ Panel::Panel(Loop& loop, const Options& options)
     feeds_[""] = std::make_shared<ListFeed>(loop_, [this] { return list(); });
     if (options_.real)
         feeds_[kReal] = std::make_shared<RealFeed>(loop_, programs_, options_.readOnly);
+    if (!options_.real || !options_.units.empty())
+        healthy_.ask([this] { showHealthy(); });
     watchUnits();
 }
 
@@ -282,8 +284,15 @@ std::shared_ptr<Feed> Panel::feedOf(const std::string& unit)
 {
     std::shared_ptr<Feed>& feed = feeds_[unit];
     if (feed == nullptr)
-        feed = std::make_shared<UnitFeed>(loop_, unit, options_.readOnly);
+        feed = std::make_shared<UnitFeed>(loop_, unit, healthy_, options_.readOnly);
     return feed;
+}
+
+void Panel::showHealthy()
+{
+    for (const auto& [name, feed] : feeds_)
+        if (auto* const unit = dynamic_cast<UnitFeed*>(feed.get()))
+            unit->showHealthy();
 }
 
 /// Units come and go without a message to anybody; who looks at the page sees it within a second.

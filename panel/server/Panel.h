@@ -56,12 +56,14 @@ private:
     [[nodiscard]] Response unknown(const std::string& unit) const;
     [[nodiscard]] std::string list() const;
     std::shared_ptr<Feed> feedOf(const std::string& unit);
+    void showHealthy();
     void watchUnits();
     void forgetGone();
 
     Loop& loop_;
     Options options_;
     Guard guard_;
+    HealthyUnit healthy_{programs_}; ///< goes last: its folder is a program's
     Programs programs_{loop_};
     std::map<std::string, std::shared_ptr<Feed>> feeds_{};
     std::map<std::string, UnitCommands> commands_{};

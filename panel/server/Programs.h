@@ -33,7 +33,7 @@ public:
     bool run(std::vector<std::string> command, OnEnd onEnd);
 
     static constexpr std::size_t kMostRunning = 4;
-    static constexpr std::size_t kMostWaiting = 16;
+    static constexpr std::size_t kMostWaiting = 32;
     static constexpr std::size_t kMostOutput = 1U << 20;
     static constexpr Milliseconds kLongest{10000};
     /// Between TERM, at which hxaux releases the locks that it holds, and KILL.

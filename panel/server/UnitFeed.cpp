@@ -138,6 +138,13 @@ void UnitFeed::apply()
             (*found)["value"] = value;
 }
 
+void UnitFeed::showHealthy()
+{
+    snapshot_.reset();
+    if (state_ == State::Following)
+        restart();
+}
+
 void UnitFeed::refresh()
 {
     if (state_ != State::Following || std::exchange(refreshing_, true))
@@ -192,7 +199,7 @@ Frame UnitFeed::snapshot()
                         {"time", time_},
                         {"running", true},
                         {"readOnly", readOnly_},
-                        {"properties", properties_},
+                        {"properties", healthy_.addedTo(properties_)},
                         {"actions", actions_},
                         {"faults", faults_},
                         {"programs", programs},

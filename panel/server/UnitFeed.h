@@ -2,6 +2,7 @@
 #pragma once
 
 #include "panel/server/Feed.h"
+#include "panel/server/HealthyUnit.h"
 #include "panel/server/UnitLink.h"
 #include "panel/server/Window.h"
 
@@ -17,10 +18,15 @@ namespace hxpanel {
 /// stream that falls behind costs the unit nothing. When the unit stops it waits for one of the same name.
 class UnitFeed : public Feed {
 public:
-    UnitFeed(Loop& loop, const std::string& unit, bool readOnly) : Feed{loop, unit}, readOnly_{readOnly} {}
+    UnitFeed(Loop& loop, const std::string& unit, const HealthyUnit& healthy, bool readOnly)
+        : Feed{loop, unit}, healthy_{healthy}, readOnly_{readOnly}
+    {
+    }
     ~UnitFeed() override;
 
     void refresh() override;
+    /// The healthy values are known now.
+    void showHealthy();
 
     static constexpr Milliseconds kBetweenMessages{20};
 
@@ -46,6 +52,7 @@ private:
     void noteDevices(const Json& answer);
     void follow(const Json& programs);
 
+    const HealthyUnit& healthy_;
     bool readOnly_;
     State state_ = State::Gone;
     std::unique_ptr<UnitLink> link_{};

@@ -61,7 +61,7 @@ class TestSlowReader:
         flooding.stop()
         hx_sim("set", "light", "4321")
         good.event(lambda event: event.get("name") == "light" and event["new"] == "4321")
-        assert slow.until("snapshot")["properties"]["light"]["value"] == "4321"
+        slow.until("snapshot", lambda document: document["properties"]["light"]["value"] == "4321")
 
     def test_of_a_snapshot_in_small_pieces_gets_all_of_it(self, panel: Panel, unit: str) -> None:
         with panel.socket() as client:
@@ -315,7 +315,7 @@ class TestServer:
         assert hx_sim("get", "light").strip() == "250"
 
     def test_that_is_killed_leaves_the_unit_as_it_was(self, panel: Panel, unit: str) -> None:
-        panel.stream("bench").until("snapshot")
+        panel.stream("bench").until("snapshot", lambda document: "healthy" in document["properties"]["light"])
         panel.process.kill()
         panel.process.wait(PATIENCE)
         assert hx_sim("get", "light").strip() == "250"

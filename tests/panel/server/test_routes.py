@@ -302,12 +302,23 @@ class TestSnapshot:
         hx_sim("fail", "/dev/adc-id", "get 3", "EIO", "2")
         hx_sim("remove", "/dev/buzzer")
         snapshot = panel.stream("bench").until("snapshot")
+        for row in snapshot["properties"].values():
+            row.pop("healthy", None)
         assert snapshot["properties"] == json.loads(hx_sim("properties", "--json"))
         assert snapshot["actions"] == json.loads(hx_sim("actions", "--json"))
         assert snapshot["faults"] == json.loads(hx_sim("faults", "--json"))
         assert snapshot["removed"] == ["/dev/buzzer"]
         assert "/dev/adc-id" in snapshot["devices"]
         assert (snapshot["unit"], snapshot["kind"], snapshot["running"]) == ("bench", "simulated", True)
+
+    def test_says_what_is_healthy(self, serve: Callable[..., Panel], start: Callable[..., str]) -> None:
+        start("bench", "--set", "light = 77")
+        stream = serve().stream("bench")
+        snapshot = stream.until("snapshot", lambda document: "healthy" in document["properties"]["light"])
+        light = snapshot["properties"]["light"]
+        assert (light["value"], light["healthy"]) == ("77", "250")
+        assert snapshot["properties"]["voltage.0"]["healthy"] == "23.996"
+        assert hx_sim("list").split() == ["bench"]
 
     def test_is_followed_by_every_change(self, panel: Panel, unit: str) -> None:
         stream = panel.stream("bench")
