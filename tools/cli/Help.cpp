@@ -203,9 +203,8 @@ std::string optionTerm(const Argument& option)
 
 std::string usageLine(const Program& program, const Object& object, const Verb& verb)
 {
-    std::string line = std::string(program.name);
-    if (object.name != program.usual)
-        line += " " + spoken(object, verb);
+    std::string line = std::string(program.name) + ' ';
+    line += object.name == program.usual ? "[OPTIONS]" : spoken(object, verb);
     for (const Argument& value : verb.values)
         line += " " + metavariable(value);
     return line;

@@ -21,7 +21,7 @@ class TestUsage:
             (["--listen"], "needs a value"),
             (["--unit", "../x"], "a unit's name is made of"),
             (["serv"], "there is no command 'serv'; did you mean 'serve'?"),
-            (["serve", "bench"], "too many arguments: 'bench'"),
+            (["serve", "bench"], "too many arguments: 'bench'; usage: hx-panel [OPTIONS]"),
             (["--listen", "192.0.2.1:0"], "the panel needs a token"),
         ],
     )
