@@ -16,7 +16,7 @@ set -euo pipefail
 build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev libedit2)
 panel=("${build[@]}" libmicrohttpd-dev)
 tests=("${panel[@]}" pkg-config python3 python3-yaml googletest libgtest-dev make patch binutils clang lld srecord qemu-system-arm fish man-db zsh
-    mypy pybind11-dev python3-dev python3-pytest python3-pytest-xdist)
+    mypy pybind11-dev python3-dev python3-pytest python3-pytest-xdist chromium chromium-driver python3-selenium)
 fast=(black clang-format codespell git python3 shellcheck)
 checks=("${tests[@]}" "${fast[@]}" clang lld clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
     gcovr libbenchmark-dev libbenchmark-dev:i386 pkg-config umockdev libumockdev-dev)
@@ -40,12 +40,33 @@ esac
 # A package of both architectures prints one line for each.
 installed() { dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed; }
 
+# The accessibility checks of the panel's page, of this version; npm knows where packages come from.
+install_axe() {
+    local version=4.11.4 folder
+    folder="$(dirname "$0")/../build/browser"
+    grep -qs "\"version\": \"$version\"" "$folder/node_modules/axe-core/package.json" && return
+    echo "Installing for '$1': axe-core $version"
+    npm install --silent --no-save --no-audit --no-fund --ignore-scripts --prefix "$folder" "axe-core@$version" >/dev/null
+}
+
+finish() {
+    case "$1" in
+    test | check | system) install_axe "$1" ;;
+    esac
+    exit 0
+}
+
+# npm may have come with another package than Debian's.
+if [[ " ${wanted[*]} " == *" chromium "* ]] && ! command -v npm >/dev/null; then
+    wanted+=(npm)
+fi
+
 missing=()
 for package in "${wanted[@]}"; do
     installed "$package" || missing+=("$package")
 done
 if [ ${#missing[@]} -eq 0 ]; then
-    exit 0
+    finish "$1"
 fi
 
 if [ "$(id -u)" -eq 0 ]; then
@@ -67,3 +88,4 @@ export DEBIAN_FRONTEND=noninteractive
 "${as_root[@]}" apt-get update -qq || echo "Some package lists could not be updated; continuing with the existing ones" >&2
 "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
     >/dev/null
+finish "$1"
