@@ -77,6 +77,10 @@ HXSIM_CHANGE(fchownat, (int folder, const char* path, uid_t user, gid_t group, i
 HXSIM_CHANGE(truncate, (const char* path, off_t size), AT_FDCWD, "truncate", (path, size), (real, size))
 HXSIM_CHANGE(truncate64, (const char* path, off64_t size), AT_FDCWD, "truncate", (path, size), (real, size))
 HXSIM_CHANGE(rmdir, (const char* path), AT_FDCWD, "rmdir", (path), (real))
+HXSIM_CHANGE(unlink, (const char* path), AT_FDCWD, "unlink", (path), (real))
+HXSIM_CHANGE(remove, (const char* path), AT_FDCWD, "unlink", (path), (real))
+HXSIM_CHANGE(unlinkat, (int folder, const char* path, int flags), folder, flags == AT_REMOVEDIR ? "rmdir" : "unlink",
+             (folder, path, flags), (AT_FDCWD, real, flags))
 HXSIM_CHANGE(symlink, (const char* to, const char* path), AT_FDCWD, "symlink", (to, path), (to, real))
 HXSIM_CHANGE(symlinkat, (const char* to, int folder, const char* path), folder, "symlink", (to, folder, path),
              (to, AT_FDCWD, real))

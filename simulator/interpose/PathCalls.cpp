@@ -82,17 +82,6 @@ int accessOr(int folder, const char* path, int mode, Forward forward, Call call)
     return onPathOr(folder, path, "access " + std::to_string(mode), forward, call);
 }
 
-template <typename Forward>
-int unlinkOr(int folder, const char* path, Forward forward)
-{
-    return onPathOr(folder, path, "unlink", forward, [](const char* real) {
-        if (std::strcmp(real, "/dev/null") != 0)
-            return HXSIM_REAL(unlink)(real);
-        errno = EPERM; // the unit's devices stay
-        return -1;
-    });
-}
-
 } // namespace
 
 } // namespace hxsim
@@ -125,17 +114,6 @@ HXSIM_ENTRY int eaccess(const char* path, int mode) noexcept
     return accessOr(
         AT_FDCWD, path, mode, [&] { return HXSIM_REAL(eaccess)(path, mode); },
         [&](const char* real) { return HXSIM_REAL(eaccess)(real, mode); });
-}
-
-HXSIM_ENTRY int unlink(const char* path) noexcept
-{
-    return unlinkOr(AT_FDCWD, path, [&] { return HXSIM_REAL(unlink)(path); });
-}
-
-HXSIM_ENTRY int unlinkat(int folder, const char* path, int flags) noexcept
-{
-    const auto forward = [&] { return HXSIM_REAL(unlinkat)(folder, path, flags); };
-    return flags != 0 ? forward() : unlinkOr(folder, path, forward);
 }
 
 HXSIM_ENTRY int mkfifo(const char* path, mode_t mode) noexcept

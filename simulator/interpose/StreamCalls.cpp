@@ -93,6 +93,51 @@ FILE* openStream(const UnitPath& unit, const char* mode)
     return stream;
 }
 
+/// The mode without 'x': the file exists by now.
+std::string withoutExclusion(std::string mode)
+{
+    std::erase(mode, 'x');
+    return mode;
+}
+
+/// The program's stream gets the file of another one, which is gone afterwards.
+FILE* takeOver(FILE* stream, FILE* opened, const char* mode)
+{
+    const int from = fileno(opened);
+    const std::string file = "/proc/self/fd/" + std::to_string(from);
+    FILE* const result = HXSIM_REAL(freopen64)(file.c_str(), withoutExclusion(mode).c_str(), stream);
+    if (result != nullptr)
+        Descriptors::table().copy(from, fileno(result));
+    (void)Descriptors::table().remove(from);
+    HXSIM_REAL(fclose)(opened);
+    return result;
+}
+
+template <typename Forward>
+FILE* freopenOr(const char* path, const char* mode, FILE* stream, Forward forward)
+{
+    const UnitPath unit = findPath(AT_FDCWD, path);
+    if (!unit && path != nullptr)
+        guardTheMachine(path);
+    const Descriptors::Removed replaced =
+        path == nullptr ? Descriptors::Removed{} : Descriptors::table().remove(fileno(stream));
+    if (!unit) {
+        FILE* const result = forward();
+        replaced.release();
+        return result;
+    }
+    KeepErrno keep;
+    FILE* const opened = openStream(unit, mode);
+    const int error = opened == nullptr ? errno : 0;
+    FILE* const result = opened == nullptr ? nullptr : takeOver(stream, opened, mode);
+    if (opened == nullptr)
+        HXSIM_REAL(fclose)(stream);
+    replaced.release();
+    if (error != 0)
+        errno = error;
+    return result == nullptr ? keep.pass(result) : result;
+}
+
 template <typename Forward>
 FILE* fopenOr(const char* path, const char* mode, Forward forward)
 {
@@ -120,6 +165,16 @@ HXSIM_ENTRY FILE* fopen(const char* path, const char* mode)
 HXSIM_ENTRY FILE* fopen64(const char* path, const char* mode)
 {
     return fopenOr(path, mode, [&] { return HXSIM_REAL(fopen64)(path, mode); });
+}
+
+HXSIM_ENTRY FILE* freopen(const char* path, const char* mode, FILE* stream)
+{
+    return freopenOr(path, mode, stream, [&] { return HXSIM_REAL(freopen)(path, mode, stream); });
+}
+
+HXSIM_ENTRY FILE* freopen64(const char* path, const char* mode, FILE* stream)
+{
+    return freopenOr(path, mode, stream, [&] { return HXSIM_REAL(freopen64)(path, mode, stream); });
 }
 
 HXSIM_ENTRY int fclose(FILE* stream)
