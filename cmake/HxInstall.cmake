@@ -21,8 +21,10 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/hx-simConfigVersion.cmake C
 install(FILES packaging/cmake/hx-simConfig.cmake ${CMAKE_BINARY_DIR}/hx-simConfigVersion.cmake
         DESTINATION ${HX_SIM_CMAKE_DIR})
 
-# Access to the devices for a group, the folder of the settings, the automatic backlight as a service.
+# Access to the devices for a group, the folder of the settings; the automatic backlight and the metrics as services.
 install(FILES packaging/70-hx-aux.rules DESTINATION lib/udev/rules.d)
-install(FILES packaging/hxaux-backlight.service DESTINATION lib/systemd/system)
+install(FILES packaging/hxaux-backlight.service packaging/hxaux-metrics.service packaging/hxaux-metrics.timer
+              packaging/hxaux-metrics-server.service
+        DESTINATION lib/systemd/system)
 install(FILES packaging/hx-aux.tmpfiles DESTINATION lib/tmpfiles.d RENAME hx-aux.conf)
 install(FILES packaging/hx-aux.sysusers DESTINATION lib/sysusers.d RENAME hx-aux.conf)
