@@ -13,7 +13,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 fast=(format python shell spelling source layers commits links)
-names=("${fast[@]}" readme clang tidy headers docs abi tests conformance soak mutants asan tsan fuzz coverage)
+names=("${fast[@]}" readme clang tidy headers docs abi tests fleet conformance soak mutants asan tsan fuzz coverage)
 
 sources() { git ls-files '*.cpp' '*.h' '*.c'; }
 
@@ -64,6 +64,12 @@ check_conformance() { scripts/conformance.sh; }
 check_mutants() { scripts/mutants --random 12; }
 check_asan() { build_and_test asan; }
 check_tsan() { build_and_test tsan; }
+# 100 units under the engines of an operator, and a rolling upgrade of 30: a quarter of an hour.
+check_fleet() {
+    cmake --preset x86_64 -DHX_TESTS=ON
+    cmake --build --preset x86_64 -j "$(nproc)" --target hxaux hx-sim hx-child
+    HX_BUILD="$PWD/build/x86_64" /usr/bin/python3 -B -m pytest -c tests/fleet/pytest.ini tests/fleet
+}
 # A million rounds of the cheap operations, then a random mix for HX_SOAK_SECONDS (an hour: 3600); its seed is in the log.
 check_soak() {
     cmake --preset x86_64 -DHX_TESTS=ON

@@ -2,11 +2,12 @@
 # SPDX-License-Identifier: LicenseRef-HXAux
 # Installs the Debian 12 packages for a purpose, and lists them. Does nothing when all are installed.
 #
-#   scripts/install-deps.sh build|panel|test|fast|system|check|package
+#   scripts/install-deps.sh build|panel|test|fast|fleet|system|check|package
 #
 # build    library, tool and simulated unit
 # panel    build, and the web page of a unit
 # test     panel, and every test
+# fleet    test, and what operators of many units run
 # fast     the checks that need no build
 # system   test, and the emulated machine
 # check    test, and every other check
@@ -16,23 +17,30 @@ set -euo pipefail
 build=(g++ g++-multilib cmake ninja-build libcli11-dev nlohmann-json3-dev libedit2)
 panel=("${build[@]}" libmicrohttpd-dev)
 tests=("${panel[@]}" pkg-config python3 python3-yaml googletest libgtest-dev make patch binutils clang lld srecord qemu-system-arm fish man-db zsh
-    mypy pybind11-dev python3-dev python3-pytest python3-pytest-xdist chromium chromium-driver python3-selenium)
+    mypy pybind11-dev python3-dev python3-pytest python3-pytest-xdist chromium chromium-driver python3-selenium
+    python3-prometheus-client)
+fleet=("${tests[@]}" ansible-core)
 fast=(black clang-format codespell git python3 shellcheck)
-checks=("${tests[@]}" "${fast[@]}" clang lld clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
+checks=("${fleet[@]}" "${fast[@]}" clang lld clang-tidy libclang-rt-14-dev ccache abigail-tools doxygen graphviz
     gcovr libbenchmark-dev libbenchmark-dev:i386 pkg-config umockdev libumockdev-dev)
 system=("${tests[@]}" qemu-system-x86 busybox-static cpio pkg-config libfuse3-dev gzip)
+# Servers that their installation would start: their packages are unpacked in build/monitoring/ instead.
+tests_unpacked=(prometheus)
+fleet_unpacked=(prometheus prometheus-alertmanager prometheus-node-exporter)
 packages=("${build[@]}" debhelper debootstrap devscripts dh-python dpkg-dev lintian fakeroot)
 
+unpacked=()
 case "${1:-}" in
 build) wanted=("${build[@]}") ;;
 panel) wanted=("${panel[@]}") ;;
-test) wanted=("${tests[@]}") ;;
+test) wanted=("${tests[@]}") unpacked=("${tests_unpacked[@]}") ;;
+fleet) wanted=("${fleet[@]}") unpacked=("${fleet_unpacked[@]}") ;;
 fast) wanted=("${fast[@]}") ;;
 system) wanted=("${system[@]}") ;;
-check) wanted=("${checks[@]}") ;;
+check) wanted=("${checks[@]}") unpacked=("${fleet_unpacked[@]}") ;;
 package) wanted=("${packages[@]}") ;;
 *)
-    echo "usage: $0 build|panel|test|fast|system|check|package" >&2
+    echo "usage: $0 build|panel|test|fast|fleet|system|check|package" >&2
     exit 2
     ;;
 esac
@@ -40,52 +48,66 @@ esac
 # A package of both architectures prints one line for each.
 installed() { dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed; }
 
-# The accessibility checks of the panel's page, of this version; npm knows where packages come from.
-install_axe() {
-    local version=4.11.4 folder
-    folder="$(dirname "$0")/../build/browser"
-    grep -qs "\"version\": \"$version\"" "$folder/node_modules/axe-core/package.json" && return
-    echo "Installing for '$1': axe-core $version"
-    npm install --silent --no-save --no-audit --no-fund --ignore-scripts --prefix "$folder" "axe-core@$version" >/dev/null
-}
-
-finish() {
-    case "$1" in
-    test | check | system) install_axe "$1" ;;
-    esac
-    exit 0
-}
-
 # npm may have come with another package than Debian's.
 if [[ " ${wanted[*]} " == *" chromium "* ]] && ! command -v npm >/dev/null; then
     wanted+=(npm)
 fi
 
+# The accessibility checks of the panel's page, of this version; npm knows where packages come from.
+axe=4.11.4
+browser=$(dirname "$0")/../build/browser
+monitoring=$(dirname "$0")/../build/monitoring
 missing=()
+unpack=()
+modules=()
 for package in "${wanted[@]}"; do
     installed "$package" || missing+=("$package")
 done
-if [ ${#missing[@]} -eq 0 ]; then
-    finish "$1"
+# A package that is installed needs no copy.
+for package in "${unpacked[@]}"; do
+    [ -e "$monitoring/usr/bin/$package" ] || installed "$package" || unpack+=("$package")
+done
+if [[ " ${wanted[*]} " == *" chromium "* ]] && ! grep -qs "\"version\": \"$axe\"" "$browser/node_modules/axe-core/package.json"; then
+    modules=("axe-core@$axe")
 fi
 
-if [ "$(id -u)" -eq 0 ]; then
-    as_root=()
-elif command -v sudo >/dev/null; then
-    as_root=(sudo)
-else
-    echo "These packages are missing and need root or sudo to install: ${missing[*]}" >&2
-    exit 1
-fi
+install_packages() {
+    if [ "$(id -u)" -eq 0 ]; then
+        as_root=()
+    elif command -v sudo >/dev/null; then
+        as_root=(sudo)
+    else
+        echo "These packages are missing and need root or sudo to install: ${missing[*]}" >&2
+        exit 1
+    fi
+    echo "Installing for '$1': ${missing[*]}"
+    if [[ " ${missing[*]} " == *:i386* ]] && ! dpkg --print-foreign-architectures | grep -qx i386; then
+        echo "Adding the foreign architecture i386 (for 32-bit libraries)"
+        "${as_root[@]}" dpkg --add-architecture i386
+    fi
+    # A mirror that is being updated may fail for one index and still have the packages: the installation decides.
+    "${as_root[@]}" apt-get update -qq ||
+        echo "Some package lists could not be updated; continuing with the existing ones" >&2
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
+        >/dev/null
+}
 
-echo "Installing for '$1': ${missing[*]}"
-if [[ " ${missing[*]} " == *:i386* ]] && ! dpkg --print-foreign-architectures | grep -qx i386; then
-    echo "Adding the foreign architecture i386 (for 32-bit libraries)"
-    "${as_root[@]}" dpkg --add-architecture i386
-fi
-export DEBIAN_FRONTEND=noninteractive
-# A mirror that is being updated may fail for one index and still have the packages: the installation decides.
-"${as_root[@]}" apt-get update -qq || echo "Some package lists could not be updated; continuing with the existing ones" >&2
-"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
-    >/dev/null
-finish "$1"
+unpack_packages() {
+    echo "Unpacking for '$1' in build/monitoring: ${unpack[*]}"
+    downloads=$(mktemp -d)
+    trap 'rm -rf "$downloads"' EXIT
+    (cd "$downloads" && apt-get download -qq -o APT::Sandbox::User=root "${unpack[@]}" >/dev/null)
+    mkdir -p "$monitoring"
+    for package in "$downloads"/*.deb; do
+        dpkg-deb -x "$package" "$monitoring"
+    done
+}
+
+install_modules() {
+    echo "Installing for '$1' in build/browser: ${modules[*]}"
+    npm install --silent --no-save --no-audit --no-fund --ignore-scripts --prefix "$browser" "${modules[@]}" >/dev/null
+}
+
+[ ${#missing[@]} -eq 0 ] || install_packages "$1"
+[ ${#unpack[@]} -eq 0 ] || unpack_packages "$1"
+[ ${#modules[@]} -eq 0 ] || install_modules "$1"
