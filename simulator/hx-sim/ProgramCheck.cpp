@@ -192,8 +192,9 @@ std::string findProgram(const std::string& name)
     std::string path = std::getenv("PATH") == nullptr ? "/usr/bin:/bin" : std::getenv("PATH");
     for (std::size_t at = 0; at <= path.size();) {
         const std::size_t end = std::min(path.find(':', at), path.size());
-        const std::string file = path.substr(at, end - at) + '/' + name;
-        if (access(file.c_str(), X_OK) == 0)
+        const std::string file = (end == at ? "." : path.substr(at, end - at)) + '/' + name;
+        std::error_code ignored;
+        if (access(file.c_str(), X_OK) == 0 && !fs::is_directory(file, ignored))
             return file;
         at = end + 1;
     }
