@@ -77,4 +77,12 @@ TEST(LightProfile, LastsFromItsFirstToItsLastPoint)
     EXPECT_TRUE(LightProfile::parse("0 1\n1 2\nrepeat # for the whole day").repeats());
 }
 
+TEST(LightProfile, FitsIntoOneLineOfADescription)
+{
+    EXPECT_EQ(LightProfile::asLine("# dusk\r\n\n0 100 # begin\r\n 10\t300 \nrepeat"),
+              "light.profile = 0 100; 10\t300; repeat;");
+    EXPECT_EQ(LightProfile::asLine("0 1; 5 2"), "light.profile = 0 1; 5 2;");
+    EXPECT_EQ(LightProfile::asLine(""), "light.profile =");
+}
+
 } // namespace

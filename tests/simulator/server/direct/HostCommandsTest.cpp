@@ -192,6 +192,39 @@ TEST_F(HostCommandsTest, ShowTheScaleOfTime)
     EXPECT_EQ(runHostCommand(fast, -1, {"scale"}).text, "2.5");
 }
 
+TEST_F(HostCommandsTest, RampAProperty)
+{
+    EXPECT_EQ(text({"ramp", "light", "100", "200", "1000000000"}), "");
+    EXPECT_EQ(property("light"), "100");
+    host.unit().clock().advanceTo(host.unit().clock().now() + 1s);
+    EXPECT_EQ(property("light"), "200");
+
+    EXPECT_EQ(refusal({"ramp", "light", "1", "2"}), "missing argument: a property, two values and a time");
+    EXPECT_EQ(refusal({"ramp", "light", "low", "2", "1"}), "'low' is not a number");
+    EXPECT_THAT(refusal({"ramp", "light", "1", "2", "-1"}), HasSubstr("-1 is outside 0 to "));
+    EXPECT_THAT(refusal({"ramp", "ligth", "1", "2", "1"}), HasSubstr("did you mean 'light'?"));
+    EXPECT_EQ(property("light"), "200");
+}
+
+TEST_F(HostCommandsTest, ListTheCallsThatCanFail)
+{
+    const nlohmann::json calls = json({"calls", "/dev/ttyS0"});
+
+    EXPECT_TRUE(calls.contains("open"));
+    EXPECT_TRUE(calls.contains("tcsetattr"));
+    EXPECT_FALSE(json({"calls", "/dev/adc-id"}).contains("tcsetattr"));
+}
+
+TEST_F(HostCommandsTest, ListTheNamesThatAConditionMayUse)
+{
+    const nlohmann::json names = json({"names"});
+
+    EXPECT_THAT(names["properties"], testing::Contains("backlight.level"));
+    EXPECT_THAT(names["devices"], testing::Contains("/dev/backlight"));
+    EXPECT_THAT(names["devices"], testing::Not(testing::Contains("/dev/.hxsim-jida")));
+    EXPECT_EQ(names["properties"].size(), host.unit().properties().all().size());
+}
+
 TEST_F(HostCommandsTest, RefuseWhatIsNoCommand)
 {
     EXPECT_EQ(refusal({}), "missing command");
