@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The live log: a bounded list of which only the visible rows exist, with a filter, a pause and the details of one row.
 
-import { button, card, el, fill, put } from "./dom.js";
+import { button, card, el, fill, put, throttled } from "./dom.js";
 import { notify } from "./notices.js";
 import { nameOf, stepOf } from "./requests.js";
 
@@ -12,6 +12,7 @@ const KEPT = 5000;
 const SLACK = 500;
 const ROW = 24; // px, as in the style sheet
 const PAGE = 10;
+const PAUSE = 50; // ms between two pictures of the list
 const SHOWN = new Set(["request", "fault", "joined", "left", "output"]);
 
 /** The last entries that fit, all and those that match. */
@@ -272,16 +273,13 @@ export function log(unit) {
     const rows = new Rows(entries, (entry) => details.show(entry));
     const counter = el("output", { class: "log-counter", "aria-live": "off" });
     const filter = el("input", { type: "search", id: "log-filter", autocomplete: "off", spellcheck: "false" });
-    let due = 0;
-    const request = () => {
-        due ||= requestAnimationFrame(() => {
-            due = 0;
-            rows.draw();
-            const waiting = input.waiting > 0 ? `, ${input.waiting} waiting` : "";
-            const skipped = unit.eventsSkipped > 0 ? `, ${unit.eventsSkipped} not sent` : "";
-            fill(counter, `${entries.matching.length} of ${entries.all.length}${waiting}${skipped}`);
-        });
+    const draw = () => {
+        rows.draw();
+        const waiting = input.waiting > 0 ? `, ${input.waiting} waiting` : "";
+        const skipped = unit.eventsSkipped > 0 ? `, ${unit.eventsSkipped} not sent` : "";
+        fill(counter, `${entries.matching.length} of ${entries.all.length}${waiting}${skipped}`);
     };
+    const request = throttled(PAUSE, () => requestAnimationFrame(draw));
     const input = intake(unit, entries, request);
     filter.addEventListener("input", () => {
         entries.match(filter.value);

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Light, level and voltages over the last ten minutes of the unit's time, in memory that does not grow.
 
-import { card, el, fill, put } from "./dom.js";
+import { card, el, fill, put, throttled } from "./dom.js";
 
 /** @typedef {import("./unit.js").Unit} Unit */
 
 const SPAN = 600;      // seconds
 const STEP = 0.5;      // seconds of a bucket
 const BUCKETS = SPAN / STEP;
-const PAUSE = 200;     // ms between two pictures
+const PAUSE = 500;     // ms between two pictures
 const LEFT = 44;       // px for the scale
 const BOTTOM = 18;
 const TOP = 8;
@@ -184,19 +184,15 @@ class Picture {
 export function plots(unit) {
     const pictures = PLOTS.map((plot) => new Picture(plot));
     const places = new Map(pictures.flatMap((picture) => picture.plot.names.map((name, i) => [name, { picture, i }])));
-    let due = 0;
     let time = 0;
     const draw = () => {
-        due = 0;
         for (const picture of pictures) {
             picture.series.forEach((series) => series.advance(unit.time));
             picture.describe((name) => unit.value(name));
             picture.draw(unit.time);
         }
     };
-    const request = () => {
-        due ||= window.setTimeout(() => requestAnimationFrame(draw), PAUSE);
-    };
+    const request = throttled(PAUSE, () => requestAnimationFrame(draw));
     const add = (/** @type {string} */ name, /** @type {number} */ at, /** @type {string|undefined} */ value) => {
         const place = places.get(name);
         if (place && value !== undefined) {
