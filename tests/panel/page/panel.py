@@ -64,13 +64,14 @@ class Unit:
 class Server:
     """hx-panel on a port of its own."""
 
-    def __init__(self, *options: str, port: int = 0) -> None:
+    def __init__(self, *options: str, port: int = 0, before: list[str] | None = None) -> None:
         self.options = options
+        self.before = before or []  # what runs it
         self.port = port
         self.start()
 
     def start(self) -> None:
-        command = [PANEL, "--listen", f"127.0.0.1:{self.port}", *self.options]
+        command = [*self.before, PANEL, "--listen", f"127.0.0.1:{self.port}", *self.options]
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, text=True)
         assert self.process.stdout
         self.url = self.process.stdout.readline().strip()

@@ -125,7 +125,7 @@ def test_the_list_pauses_and_continues(live: Page, unit: Unit) -> None:
 def test_a_request_is_copied_as_a_step_that_the_same_call_meets(live: Page, unit: Unit) -> None:
     unit.hxaux("power", "fan", "on")
     live.find("#log-filter").send_keys("put 3")
-    live.until("return document.querySelector('.log-row:not([hidden])')")
+    live.until("return document.querySelector('.log-row:not([hidden])')?.textContent.includes('put 3')")
     live.click(live.find(".log-row:not([hidden])"))
     step = live.find("#log-step").get_property("value")
     assert step == "expect request /dev/power-id put 3 = 1 within 5s"
