@@ -71,24 +71,30 @@ if [[ " ${wanted[*]} " == *" chromium "* ]] && ! grep -qs "\"version\": \"$axe\"
     modules=("axe-core@$axe")
 fi
 
-install_packages() {
+as_root() {
     if [ "$(id -u)" -eq 0 ]; then
-        as_root=()
+        "$@"
     elif command -v sudo >/dev/null; then
-        as_root=(sudo)
+        sudo "$@"
     else
-        echo "These packages are missing and need root or sudo to install: ${missing[*]}" >&2
+        echo "These packages are missing and need root or sudo to install: ${missing[*]} ${unpack[*]}" >&2
         exit 1
     fi
+}
+
+# A mirror that is being updated may fail for one index and still have the packages: the installation decides.
+update_lists() {
+    as_root apt-get update -qq || echo "Some package lists could not be updated; continuing with the existing ones" >&2
+}
+
+install_packages() {
     echo "Installing for '$1': ${missing[*]}"
     if [[ " ${missing[*]} " == *:i386* ]] && ! dpkg --print-foreign-architectures | grep -qx i386; then
         echo "Adding the foreign architecture i386 (for 32-bit libraries)"
-        "${as_root[@]}" dpkg --add-architecture i386
+        as_root dpkg --add-architecture i386
     fi
-    # A mirror that is being updated may fail for one index and still have the packages: the installation decides.
-    "${as_root[@]}" apt-get update -qq ||
-        echo "Some package lists could not be updated; continuing with the existing ones" >&2
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
+    update_lists
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
         >/dev/null
 }
 
@@ -96,7 +102,8 @@ unpack_packages() {
     echo "Unpacking for '$1' in build/monitoring: ${unpack[*]}"
     downloads=$(mktemp -d)
     trap 'rm -rf "$downloads"' EXIT
-    (cd "$downloads" && apt-get download -qq -o APT::Sandbox::User=root "${unpack[@]}" >/dev/null)
+    download() { (cd "$downloads" && apt-get download -qq -o APT::Sandbox::User=root "${unpack[@]}" >/dev/null 2>&1); }
+    download || { update_lists && download; }
     mkdir -p "$monitoring"
     for package in "$downloads"/*.deb; do
         dpkg-deb -x "$package" "$monitoring"
