@@ -194,7 +194,8 @@ std::string findProgram(const std::string& name)
         const std::size_t end = std::min(path.find(':', at), path.size());
         const std::string file = (end == at ? "." : path.substr(at, end - at)) + '/' + name;
         std::error_code ignored;
-        if (access(file.c_str(), X_OK) == 0 && !fs::is_directory(file, ignored))
+        const bool isOther = !name.empty() && fs::is_directory(file, ignored); // no name is none that is missing
+        if (access(file.c_str(), X_OK) == 0 && !isOther)
             return file;
         at = end + 1;
     }
