@@ -49,7 +49,7 @@ std::string tokenFrom(const std::string& file)
     std::array<char, kLongest + 2> bytes{};
     const ssize_t size = read(opened.fd(), bytes.data(), bytes.size());
     const std::string_view text{bytes.data(), size > 0 ? static_cast<std::size_t>(size) : 0};
-    const std::string token = hxsim::trimmed(text.substr(0, text.find('\n')));
+    std::string token = hxsim::trimmed(text.substr(0, text.find('\n')));
     if (token.size() < kShortestToken || token.size() > kLongest || !std::ranges::all_of(token, isGraphic))
         throw hxsim::BadText{"the first line of the token file " + file + " must be a token of " +
                              std::to_string(kShortestToken) + " to " + std::to_string(kLongest) +

@@ -80,15 +80,18 @@ Event EventSource::eventOf(const Entry& entry)
 
 void EventSource::watch(const std::set<std::string>& properties)
 {
-    std::erase_if(values_, [&](const auto& value) { return !properties.contains(value.first); });
+    std::erase_if(watched_, [&](const auto& each) { return !properties.contains(each.first); });
     for (const std::string& name : properties)
-        values_.try_emplace(name, unit_.properties().get(name));
+        if (!watched_.contains(name)) {
+            const Properties::Property& property = unit_.properties().all().at(name);
+            watched_.emplace(name, Watched{&property, property.get()});
+        }
     lookAgainLater();
 }
 
 void EventSource::lookAgainLater()
 {
-    const bool anyMoves = std::ranges::any_of(kMoving, [this](const char* name) { return values_.contains(name); });
+    const bool anyMoves = std::ranges::any_of(kMoving, [this](const char* name) { return watched_.contains(name); });
     if (!anyMoves || nextLook_)
         return;
     nextLook_ = unit_.clock().after(kBetweenLooks, [this] {
@@ -99,15 +102,15 @@ void EventSource::lookAgainLater()
 
 void EventSource::look()
 {
-    if (looking_ || values_.empty())
+    if (looking_ || watched_.empty())
         return;
     looking_ = true;
-    for (auto& [name, value] : values_) {
-        std::string now = unit_.properties().get(name);
-        if (now == value)
+    for (auto& [name, watched] : watched_) {
+        std::string now = watched.property->get();
+        if (now == watched.value)
             continue;
-        std::swap(now, value);
-        publish({.kind = Event::Kind::Property, .subject = name, .text = value, .old = now});
+        std::swap(now, watched.value);
+        publish({.kind = Event::Kind::Property, .subject = name, .text = watched.value, .old = now});
     }
     looking_ = false;
 }

@@ -37,6 +37,12 @@ public:
     [[nodiscard]] static Event eventOf(const Entry& entry);
 
 private:
+    /// A property and its value at the last look. Properties live as long as their unit.
+    struct Watched {
+        const Properties::Property* property;
+        std::string value;
+    };
+
     void publish(Event event);
     void lookAgainLater();
 
@@ -45,8 +51,8 @@ private:
     bool followed_ = false;
     bool looking_ = false;
     std::uint64_t number_ = 0;
-    std::map<std::string, std::string> values_; ///< of the watched properties
-    std::map<int, std::string> programs_;       ///< those that have joined
+    std::map<std::string, Watched> watched_;
+    std::map<int, std::string> programs_; ///< those that have joined
     std::optional<Clock::Key> nextLook_;
 };
 
