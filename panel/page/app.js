@@ -43,11 +43,13 @@ function build(unit, buzzer) {
     place("wide", properties(unit));
 }
 
-/** A real unit has fewer cards; a card without any row has nothing to say. @param {Unit} unit */
+/** A real unit has fewer cards, and no cards are shown before a unit has been read. @param {Unit} unit */
 function hideWhatIsAbsent(unit) {
+    document.body.toggleAttribute("data-empty", unit.properties.size === 0);
     for (const id of SIMULATED_ONLY) {
         document.getElementById(id)?.toggleAttribute("hidden", unit.kind === "real");
     }
+    document.getElementById("startup")?.toggleAttribute("hidden", !unit.properties.has("config.trigger"));
 }
 
 /** Follows the unit of the address's fragment, or the first that runs. @param {Unit} unit @param {import("./bar.js").Known[]} units */
@@ -91,5 +93,6 @@ const unit = new Unit(new Api());
 const buzzer = new Buzzer(unit);
 keepAllowed(unit);
 unit.whenRead.add(() => hideWhatIsAbsent(unit));
+unit.whenStatus.add(() => hideWhatIsAbsent(unit));
 build(unit, buzzer);
 start(unit);
