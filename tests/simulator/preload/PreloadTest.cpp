@@ -6,7 +6,6 @@
 
 namespace {
 
-using hxtest::errorMatches;
 using hxtest::outputIs;
 using hxtest::outputMatches;
 using hxtest::run;
