@@ -67,12 +67,16 @@ struct HttpServer::Connection {
         const auto* const info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_SOCKET_CONTEXT);
         return *static_cast<Connection*>(info->socket_context);
     }
-    /// The client has closed, and what it had sent is not a whole request.
-    [[nodiscard]] bool isAbandoned() const
+    /// What the client has sent and is not read yet: a number of bytes, 0 at its end, or -1.
+    [[nodiscard]] ssize_t unread() const
     {
         char next = 0;
-        return !answers && recv(fd, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+        return recv(fd, &next, 1, MSG_PEEK | MSG_DONTWAIT);
     }
+    /// The client has closed, and what it had sent is not a whole request.
+    [[nodiscard]] bool isAbandoned() const { return !answers && unread() == 0; }
+    /// The client gives nothing to do while others may be waiting.
+    [[nodiscard]] bool isIdle() const { return !answers && isTooSlow(kPatienceWhenFull) && unread() < 0; }
     [[nodiscard]] bool isTooSlow(Milliseconds patience) const
     {
         const auto age = now() - since;
@@ -257,7 +261,7 @@ void HttpServer::look()
 {
     const bool isFull = connections_.size() >= kMostConnections;
     for (const Connection* const each : connections_)
-        if (each->isAbandoned() || each->isTooSlow(isFull ? kPatienceWhenFull : kPatience))
+        if (each->isAbandoned() || each->isTooSlow(kPatience) || (isFull && each->isIdle()))
             (void)shutdown(each->fd, SHUT_RDWR);
     if (!connections_.empty())
         lookLater();

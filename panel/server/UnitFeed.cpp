@@ -121,7 +121,7 @@ void UnitFeed::flushSoon()
 void UnitFeed::flush()
 {
     flushed_ = std::chrono::steady_clock::now();
-    if (window_.isEmpty())
+    if (window_.isEmpty() || state_ != State::Following)
         return;
     const bool hasFaults = window_.hasFaults();
     apply();
@@ -140,9 +140,10 @@ void UnitFeed::apply()
 
 void UnitFeed::showHealthy()
 {
+    flush();
     snapshot_.reset();
     if (state_ == State::Following)
-        restart();
+        push(snapshot());
 }
 
 void UnitFeed::refresh()
