@@ -22,7 +22,7 @@ constexpr const char* kAttribute = "/etc/firmware.ver";
 
 class OwnFiles : public testing::Test {
 protected:
-    // A stream of the machine, to be opened anew.
+    // A stream of the machine, to be opened again.
     std::FILE* stream() { return std::fopen((folder.file("machine", "of the machine")).c_str(), "r+"); }
     static std::string rest(std::FILE* stream)
     {

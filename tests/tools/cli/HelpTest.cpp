@@ -270,7 +270,7 @@ TEST(Information, RefusesWhatDoesNotExist)
         return "";
     };
 
-    EXPECT_EQ(mistake({"help", "lod"}), "there is no command 'lod'; did you mean 'lid'?");
+    EXPECT_EQ(mistake({"help", "lidd"}), "there is no command 'lidd'; did you mean 'lid'?");
     EXPECT_EQ(mistake({"lid", "sett", "--help"}), "there is no verb 'sett'; did you mean 'set'?");
     EXPECT_EQ(mistake({"help", "lid", "later"}), "there is no verb 'later'; the verbs are get, set, set later");
 }
