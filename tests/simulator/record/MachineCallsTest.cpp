@@ -193,7 +193,9 @@ protected:
         const Outcome outcome = calls.read(kCaller, *file, bytes, started, kFirst);
         if (outcome.waits)
             return "waits";
-        return outcome.result < 0 ? "fails" : std::string(bytes.begin(), bytes.begin() + outcome.result);
+        return outcome.result < 0
+                   ? "fails"
+                   : std::string(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(outcome.result));
     }
     // The same at a later time of the unit.
     std::string readAt(Time time, std::size_t size, Time started)
