@@ -146,9 +146,11 @@ export function editable(unit, control, current, send) {
         }
     });
     control.addEventListener("change", async () => {
-        await reported(send(control.value));
+        const answer = await reported(send(control.value));
         typing = false;
-        show(current());
+        if (answer === undefined) { // refused; what was taken comes back as an event
+            show(current());
+        }
     });
     return show;
 }

@@ -50,15 +50,20 @@ function colorRow(unit) {
 function timingRow(unit) {
     const parts = () => (unit.value("led.timing") ?? "0 0 0 0").split(" ").map(Number);
     const line = el("div", { class: "row times", role: "group", "aria-label": "LED pattern" });
+    /** @type {HTMLInputElement[]} */
+    const fields = [];
+    const factorOf = (/** @type {number} */ i) => (i < 3 ? 10 : 1);
+    // What the fields show: the unit's answer to the field before may still be on its way.
+    const wanted = () => fields.map((field, i) => Math.round(Number(field.value) / factorOf(i))).join(" ");
     const shows = TIMES.map((label, i) => {
-        const factor = i < 3 ? 10 : 1;
+        const factor = factorOf(i);
         const field = el("input", { type: "number", id: freshId("led-time"), min: 0, max: 255 * factor, step: factor });
+        fields.push(field);
         line.append(el("span", { class: "time" }, el("label", { for: field.id }, i < 3 ? `${label}, ms` : label), field));
         changes(unit, field, () => unit.mayWrite("led.timing"));
-        return editable(unit, field, () => String(parts()[i] * factor), (value) =>
-            unit.set("led.timing", parts().map((part, at) => (at === i ? Math.round(Number(value) / factor) : part)).join(" ")));
+        return editable(unit, field, () => String(parts()[i] * factor), () => unit.set("led.timing", wanted()));
     });
-    unit.onValue("led.timing", () => shows.forEach((show, i) => show(String(parts()[i] * (i < 3 ? 10 : 1)))));
+    unit.onValue("led.timing", () => shows.forEach((show, i) => show(String(parts()[i] * factorOf(i)))));
     return line;
 }
 

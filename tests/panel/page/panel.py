@@ -142,7 +142,15 @@ class Page:
         return element
 
     def click(self, element: WebElement) -> None:
-        self.js("arguments[0].scrollIntoView({block: 'center'})", element)
+        self.until(
+            """const [element] = arguments;
+            element.scrollIntoView({block: 'center'});
+            const at = element.getBoundingClientRect().top;
+            const rests = Number(element.dataset.top) === at;
+            element.dataset.top = at;
+            return rests;""",
+            element,
+        )
         element.click()
 
     def type(self, element: WebElement, text: str) -> None:
