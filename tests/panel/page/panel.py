@@ -8,6 +8,7 @@ import pathlib
 import signal
 import subprocess
 
+from selenium.common.exceptions import ElementClickInterceptedException
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.remote.webdriver import WebDriver
@@ -142,6 +143,16 @@ class Page:
         return element
 
     def click(self, element: WebElement) -> None:
+        """As a user does, who looks again when the page has moved under the pointer."""
+        for _ in range(20):
+            self.until_it_rests(element)
+            try:
+                return element.click()
+            except ElementClickInterceptedException as error:
+                moved = error
+        raise moved
+
+    def until_it_rests(self, element: WebElement) -> None:
         self.until(
             """const [element] = arguments;
             element.scrollIntoView({block: 'center'});
@@ -151,7 +162,6 @@ class Page:
             return rests;""",
             element,
         )
-        element.click()
 
     def type(self, element: WebElement, text: str) -> None:
         """Replaces what a field has, and presses Enter."""

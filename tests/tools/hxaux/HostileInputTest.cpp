@@ -172,7 +172,7 @@ TEST(HostileWord, IsRefusedAsObjectVerbOptionAndExtraArgument)
 TEST(HostileWord, IsRefusedAsJsonThatIsJson)
 {
     for (const std::string& word : kNoValues) {
-        const Outcome outcome = run("hxaux backlight set " + quoted(word) + " --json");
+        const Outcome outcome = run("hxaux --json backlight set " + quoted(word));
         EXPECT_THAT(outcome, AllOf(errorIs(""), statusIs(2)));
         EXPECT_EQ(jsonOf(outcome)["status"], 2);
         EXPECT_THAT(outcome.output, IsOnePlainLine());
