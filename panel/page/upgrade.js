@@ -25,10 +25,12 @@ export class UpgradeWatch {
     written = 0;
     verified = 0;
     failed = false;
+    missed = false; // requests of this upgrade: nothing is known of its end
 
     /** @param {UnitEvent} event @returns {boolean} whether something has changed */
     see(event) {
         if (event.event !== "request") {
+            this.missed ||= event.event === "skipped" && this.running;
             return false;
         }
         if (event.device === "/dev/uart-redir") {
@@ -42,12 +44,13 @@ export class UpgradeWatch {
 
     /** @param {string} target */
     #begin(target) {
-        Object.assign(this, { target, step: "preparing", written: 0, verified: 0, failed: false });
+        Object.assign(this, { target, step: "preparing", written: 0, verified: 0, failed: false, missed: false });
         return true;
     }
 
     #end() {
-        this.failed = true; // a whole one has ended with its last block
+        this.failed = !this.missed; // a whole one has ended with its last block
+        this.step = this.missed ? "finished" : this.step;
         return true;
     }
 
@@ -116,6 +119,12 @@ function progress(unit) {
     const steps = el("ol", { id: "upgrade-steps", class: "steps" }, ...STEPS.map((step) => el("li", {}, step)));
     const bar = el("progress", { id: "upgrade-bar", "aria-label": "Verified part of what was written", max: 1, value: 0 });
     const part = el("div", { hidden: true }, steps, bar);
+    const outcome = () => {
+        if (watch.failed) {
+            return `ended while ${watch.step}`;
+        }
+        return watch.missed && watch.step === "finished" ? "ended, too quickly to be followed" : watch.step;
+    };
     const show = () => {
         const at = STEPS.indexOf(watch.step);
         part.hidden = watch.step === "";
@@ -125,7 +134,7 @@ function progress(unit) {
         });
         bar.value = watch.written === 0 ? 0 : Math.min(1, watch.verified / watch.written);
         const bytes = watch.verified > 0 ? `${watch.verified} of ${watch.written} bytes verified` : `${watch.written} bytes written`;
-        fill(title, watch.step === "" ? "" : `Upgrade of the ${watch.target}: ${watch.failed ? `ended while ${watch.step}` : watch.step}, ${bytes}`);
+        fill(title, watch.step === "" ? "" : `Upgrade of the ${watch.target}: ${outcome()}, ${bytes}`);
     };
     let due = 0;
     unit.whenEvents.add((events) => {

@@ -101,7 +101,11 @@ void UnitFeed::take(const Json& event, std::string_view line)
     if (kind == "left")
         programs_.erase(event.value("process", 0));
     window_.add(event, line, std::chrono::steady_clock::now());
-    if (state_ == State::Following)
+    if (state_ != State::Following)
+        return;
+    if (window_.isFull())
+        flush();
+    else
         flushSoon();
 }
 

@@ -24,7 +24,7 @@ void Window::add(const Json& event, std::string_view line, SteadyTime now)
         return addProperty(event);
     hasFaults_ = hasFaults_ || kind == "fault";
     const bool isRare = kind == "joined" || kind == "left";
-    if (!isRare && (size_ + line.size() > kLargest || !mayPass(now))) {
+    if (!isRare && !mayPass(line.size(), now)) {
         ++skipped_;
         return;
     }
@@ -49,13 +49,16 @@ void Window::addProperty(const Json& event)
     items_.emplace_back(std::move(line));
 }
 
-bool Window::mayPass(SteadyTime now)
+bool Window::mayPass(std::size_t bytes, SteadyTime now)
 {
     const std::chrono::duration<double> since = now - std::exchange(credited_, now);
-    credit_ = std::min(credit_ + since.count() * kMostPerSecond, kMostPerSecond / 2);
-    if (credit_ < 1)
+    requests_ = std::min(requests_ + since.count() * kMostRequests, kMostRequests);
+    bytes_ = std::min(bytes_ + since.count() * kMostBytes, kMostBytes);
+    const auto size = static_cast<double>(bytes);
+    if (requests_ < 1 || bytes_ < size)
         return false;
-    credit_ -= 1;
+    requests_ -= 1;
+    bytes_ -= size;
     return true;
 }
 

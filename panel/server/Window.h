@@ -26,9 +26,14 @@ public:
     /// {"time":...,"events":[...]}; the window is empty afterwards.
     std::string take();
 
-    static constexpr double kMostPerSecond = 2000;
-    /// Bytes of one message.
-    static constexpr std::size_t kLargest = 256U << 10;
+    /// It is to be sent before its time is over.
+    [[nodiscard]] bool isFull() const { return size_ >= kLargest; }
+
+    /// Requests a second and their bytes; those of a second at once.
+    static constexpr double kMostRequests = 2000;
+    static constexpr double kMostBytes = 4U << 20;
+    /// Bytes of a message that does not wait for more.
+    static constexpr std::size_t kLargest = 128U << 10;
 
 private:
     struct Change {
@@ -37,7 +42,7 @@ private:
     };
 
     void addProperty(const nlohmann::json& event);
-    bool mayPass(SteadyTime now);
+    bool mayPass(std::size_t bytes, SteadyTime now);
 
     std::vector<std::optional<std::string>> items_{};
     std::size_t size_ = 0;
@@ -46,7 +51,8 @@ private:
     bool hasFaults_ = false;
     std::size_t skipped_ = 0;
     double time_ = 0;
-    double credit_ = kMostPerSecond / 2; ///< requests that may pass now
+    double requests_ = kMostRequests; ///< that may pass now
+    double bytes_ = kMostBytes;
     SteadyTime credited_{};
 };
 
