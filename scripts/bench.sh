@@ -11,6 +11,8 @@
 #   scripts/bench.sh units [UNITS]            one simulated unit, and a hundred at once (scripts/bench-units; a minute)
 #   scripts/bench.sh panel                    the web page of a unit: latency, CPU and memory of its server
 #                                             (scripts/bench-panel; a minute)
+#   scripts/bench.sh fleet                    the metrics of a unit, beside a program, and their storage
+#                                             (scripts/bench-fleet; a minute)
 #   scripts/bench.sh application [RUNS]       the tests of an application, a thousand times each on busy processors
 #                                             (scripts/bench-application; five minutes)
 #
@@ -34,6 +36,12 @@ if [ "${1:-}" = panel ]; then
     cmake --preset x86_64 -DHX_TESTS=ON -DHX_BENCHMARKS=ON >/dev/null
     cmake --build --preset x86_64 --target hx-panel hxaux hx-sim hx-bench-preload-request >/dev/null
     exec scripts/bench-panel "${@:2}"
+fi
+if [ "${1:-}" = fleet ]; then
+    scripts/install-deps.sh fleet
+    cmake --preset x86_64 -DHX_TESTS=ON >/dev/null
+    cmake --build --preset x86_64 --target hxaux hx-sim >/dev/null
+    exec /usr/bin/python3 scripts/bench-fleet
 fi
 limit=50
 check=()
