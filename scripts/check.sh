@@ -64,7 +64,7 @@ check_conformance() { scripts/conformance.sh; }
 check_mutants() { scripts/mutants --random 12; }
 check_asan() { build_and_test asan; }
 check_tsan() { build_and_test tsan; }
-# 100 units under the engines of an operator, and a rolling upgrade of 30: a quarter of an hour.
+# Units under the engines of an operator, and a rolling upgrade of 30: ten minutes.
 check_fleet() {
     cmake --preset x86_64 -DHX_TESTS=ON
     cmake --build --preset x86_64 -j "$(nproc)" --target hxaux hx-sim hx-child
