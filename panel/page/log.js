@@ -21,7 +21,7 @@ class Entries {
     all = [];
     /** @type {Entry[]} */
     matching = [];
-    dropped = 0; // of those that match, to make room
+    dropped = 0; // of those that match: the oldest, when the list is full
     /** @type {string[]} */
     #words = [];
     #next = 0;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "simulator/interpose/Real.h"
-#include "simulator/interpose/Timespec.h"
+#include "simulator/interpose/TimeValues.h"
 
 #include <cerrno>
 

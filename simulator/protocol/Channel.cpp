@@ -2,7 +2,7 @@
 #include "simulator/protocol/Channel.h"
 
 #include "simulator/interpose/Real.h"
-#include "simulator/interpose/Timespec.h"
+#include "simulator/interpose/TimeValues.h"
 
 #include <algorithm>
 #include <array>

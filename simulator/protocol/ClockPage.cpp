@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/protocol/ClockPage.h"
 
-#include "simulator/interpose/Timespec.h"
+#include "simulator/interpose/TimeValues.h"
 
 #include <fcntl.h>
 #include <new>
