@@ -2,11 +2,13 @@
 """A server of the panel, its clients, and units, as the tests use them. HX_BUILD is the build tree."""
 from __future__ import annotations
 
+import contextlib
 import dataclasses
 import http.client
 import json
 import os
 import pathlib
+import signal
 import socket
 import subprocess
 import threading
@@ -49,6 +51,21 @@ class EventSocket:
 
 def folder(unit: str) -> pathlib.Path:
     return pathlib.Path(os.environ["XDG_RUNTIME_DIR"]) / f"hx-sim-{os.getuid()}" / unit
+
+
+def process_of(unit: str) -> int:
+    return int((folder(unit) / "pid").read_text(encoding="ascii").split()[0])
+
+
+@contextlib.contextmanager
+def stopped(unit: str) -> Iterator[None]:
+    """The unit does not answer."""
+    process = process_of(unit)
+    os.kill(process, signal.SIGSTOP)
+    try:
+        yield
+    finally:
+        os.kill(process, signal.SIGCONT)
 
 
 @dataclasses.dataclass

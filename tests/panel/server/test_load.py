@@ -13,7 +13,7 @@ from collections.abc import Callable
 
 import pytest
 
-from panel import PATIENCE, Background, EventSocket, Panel, folder, hx_sim, programs
+from panel import PATIENCE, Background, EventSocket, Panel, hx_sim, process_of, programs, stopped
 
 
 def flood(unit: str) -> Background:
@@ -235,7 +235,7 @@ class TestUnit:
     def test_that_is_killed_is_gone_and_comes_back(self, panel: Panel, start: Callable[..., str]) -> None:
         stream = panel.stream("bench")
         stream.until("snapshot")
-        os.kill(int((folder("bench") / "pid").read_text(encoding="ascii").split()[0]), signal.SIGKILL)
+        os.kill(process_of("bench"), signal.SIGKILL)
         assert stream.until("gone") == {}
         assert panel.command("bench", "get", "light").status == 404
         start("bench")
@@ -246,9 +246,7 @@ class TestUnit:
         start("other")
         stream = panel.stream("bench")
         stream.until("snapshot")
-        process = int((folder("bench") / "pid").read_text(encoding="ascii").split()[0])
-        os.kill(process, signal.SIGSTOP)
-        try:
+        with stopped("bench"):
             waiting = panel.connection()
             body = json.dumps({"command": ["get", "light"]})
             waiting.request("POST", "/api/units/bench/command", body, {"Content-Type": "application/json"})
@@ -257,18 +255,12 @@ class TestUnit:
             stream.until("alive")
             assert waiting.getresponse().status == 504
             waiting.close()
-        finally:
-            os.kill(process, signal.SIGCONT)
         assert panel.command("bench", "get", "light").json["text"] == "250\n"
 
     def test_that_does_not_answer_at_first_is_gone_until_it_does(self, panel: Panel, unit: str) -> None:
-        process = int((folder("bench") / "pid").read_text(encoding="ascii").split()[0])
-        os.kill(process, signal.SIGSTOP)
-        try:
+        with stopped("bench"):
             stream = panel.stream("bench")
             assert stream.until("gone") == {}
-        finally:
-            os.kill(process, signal.SIGCONT)
         assert stream.until("snapshot")["running"] is True
 
     def test_several_at_once_have_streams_of_their_own(self, panel: Panel, start: Callable[..., str]) -> None:
@@ -287,7 +279,7 @@ class TestUnit:
         connection, _ = panel.streams.pop()
         stream.close()
         connection.close()
-        sockets = f"/proc/{(folder('bench') / 'pid').read_text(encoding='ascii').split()[0]}/fd"
+        sockets = f"/proc/{process_of('bench')}/fd"
         before = len(os.listdir(sockets))
         hx_sim("set", "light", "3")  # the server notices when it sends
         wait_until(lambda: len(os.listdir(sockets)) < before)
@@ -300,17 +292,13 @@ class TestServer:
     ) -> None:
         stream = panel.stream("bench")
         stream.until("snapshot")
-        process = int((folder("bench") / "pid").read_text(encoding="ascii").split()[0])
-        os.kill(process, signal.SIGSTOP)
-        try:
+        with stopped("bench"):
             waiting = panel.connection()
             body = json.dumps({"command": ["get", "light"]})
             waiting.request("POST", "/api/units/bench/command", body, {"Content-Type": "application/json"})
             panel.get("/")
             panel.process.send_signal(number)
             assert panel.process.wait(PATIENCE) == -number
-        finally:
-            os.kill(process, signal.SIGCONT)
         waiting.close()
         assert hx_sim("get", "light").strip() == "250"
 
@@ -340,15 +328,11 @@ class TestServer:
     def test_ends_programs_that_take_too_long(self, panel: Panel, unit: str) -> None:
         """The driver of the voltages never answers."""
         hx_sim("run", "--unit", unit, "--", "hxaux", "voltage", "0")
-        process = int((folder("bench") / "pid").read_text(encoding="ascii").split()[0])
         connection = panel.connection()
-        os.kill(process, signal.SIGSTOP)
-        try:
+        with stopped("bench"):
             body = json.dumps({"words": ["voltage"]})
             connection.request("POST", "/api/units/bench/hxaux", body, {"Content-Type": "application/json"})
             assert connection.getresponse().status == 504
             children = subprocess.run(["pgrep", "-P", str(panel.process.pid)], capture_output=True, check=False)
             assert children.stdout == b""
-        finally:
-            os.kill(process, signal.SIGCONT)
         connection.close()
