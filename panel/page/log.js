@@ -256,6 +256,9 @@ function intake(unit, entries, changed) {
         get waiting() {
             return held.length;
         },
+        forget() {
+            held = [];
+        },
         /** @returns {boolean} whether it is paused now */
         toggle() {
             paused = !paused;
@@ -287,10 +290,16 @@ export function log(unit) {
         request();
     });
     const pause = button("Pause", () => put(pause, "aria-pressed", String(input.toggle())), { "aria-pressed": "false" });
-    const clear = button("Clear", () => {
+    const empty = () => {
         entries.clear();
         request();
-    }, { "aria-label": "Clear the list" });
+    };
+    const clear = button("Clear", empty, { "aria-label": "Clear the list" });
+    unit.whenLeft.add(() => {
+        input.forget();
+        rows.select(-1);
+        empty();
+    });
     return card("log", "Requests",
         el("div", { class: "toolbar" }, el("label", { for: filter.id }, "Filter"), filter, pause, clear, counter), rows.box, details.element);
 }

@@ -199,9 +199,11 @@ export function plots(unit) {
             place.picture.series[place.i].add(at, Number(value));
         }
     };
+    const reset = () => pictures.forEach((picture) => picture.reset());
+    unit.whenLeft.add(reset);
     unit.whenRead.add(() => {
         if (unit.time < time) { // started again
-            pictures.forEach((picture) => picture.reset());
+            reset();
         }
         time = unit.time;
         places.forEach((_, name) => add(name, unit.time, unit.value(name)));

@@ -15,7 +15,10 @@ export class Recorder {
     /** @type {string[]} */
     lines = [];
     steps = 0;
+    /** Of the unit that is recorded. */
+    name = "";
     #began = 0;
+    #last = 0;
     /** @type {() => void} */
     whenChanged = () => {};
 
@@ -24,25 +27,40 @@ export class Recorder {
         this.unit = unit;
         unit.whenCommand.add((words, answer) => this.#add(answer.time, statementOf(words)));
         unit.whenTool.add((words, time) => WRITING_VERBS.has(words[1]) && this.#add(time, programStatement(words)));
+        unit.whenEvents.add(() => {
+            this.#last = unit.time;
+        });
+        unit.whenLeft.add(() => this.#end("another unit is shown"));
+        unit.whenRead.add(() => unit.time < this.#last && this.#end("the unit has started again"));
     }
 
     start() {
         const { unit } = this;
         const state = stateStatements(unit.properties, unit.faults, unit.removed);
         this.running = true;
+        this.name = unit.name;
         this.steps = 0;
         this.lines = [HEAD, `# recorded on the panel, unit ${unit.name}`];
         if (state.length > 0) {
             this.lines.push("# what differs from a healthy unit", ...state);
         }
         this.#began = unit.time;
+        this.#last = unit.time;
         this.whenChanged();
     }
 
     stop() {
         this.running = false;
-        this.lines.push(`at ${timeText(this.unit.time - this.#began)}`);
+        this.lines.push(`at ${timeText(this.#last - this.#began)}`);
         this.whenChanged();
+    }
+
+    /** Ends by itself. @param {string} reason */
+    #end(reason) {
+        if (this.running) {
+            this.stop();
+            notify(`The recording has ended: ${reason}`, "error");
+        }
     }
 
     get text() {
@@ -55,10 +73,10 @@ export class Recorder {
             return;
         }
         if (this.lines.length >= MOST_LINES) {
-            this.stop();
-            notify("The recording has ended: a scenario of the panel has 10000 lines at most", "error");
+            this.#end("a scenario of the panel has 10000 lines at most");
             return;
         }
+        this.#last = Math.max(this.#last, time);
         this.lines.push(`at ${timeText(time - this.#began)} ${statement}`);
         this.steps += 1;
         this.whenChanged();
@@ -68,7 +86,7 @@ export class Recorder {
 /** @param {Recorder} recorder */
 function save(recorder) {
     const url = URL.createObjectURL(new Blob([recorder.text], { type: "text/plain" }));
-    const link = el("a", { href: url, download: `${recorder.unit.name}.scenario` });
+    const link = el("a", { href: url, download: `${recorder.name}.scenario` });
     link.click();
     setTimeout(() => URL.revokeObjectURL(url), 1000);
 }

@@ -56,9 +56,10 @@ export class Unit {
     removed = [];
     /** Name of each process on the unit. @type {Map<number, string>} */
     programs = new Map();
-    eventsSeen = 0;
     eventsSkipped = 0;
 
+    /** Another unit will be shown. @type {Listeners<[]>} */
+    whenLeft = new Listeners();
     /** After a snapshot. @type {Listeners<[]>} */
     whenRead = new Listeners();
     /** At each message with events. @type {Listeners<[UnitEvent[]]>} */
@@ -91,6 +92,7 @@ export class Unit {
     /** @param {string} name  of another unit; "" follows none, but hears of those that appear */
     follow(name) {
         this.#stream?.close();
+        this.whenLeft.call();
         this.name = name;
         this.#forget();
         this.#enter("connecting");
@@ -121,13 +123,15 @@ export class Unit {
 
     /** @param {string[]} words @returns {Promise<Answer>} */
     async command(...words) {
-        const path = `/api/units/${encodeURIComponent(this.name)}/command`;
-        const answer = await this.api.post(path, { command: words });
+        const { name } = this;
+        const answer = await this.api.post(`/api/units/${encodeURIComponent(name)}/command`, { command: words });
         if (!answer.ok) {
             throw new Error(answer.error);
         }
-        this.time = Math.max(this.time, answer.time ?? 0);
-        this.whenCommand.call(words, answer);
+        if (name === this.name) {
+            this.time = Math.max(this.time, answer.time ?? 0);
+            this.whenCommand.call(words, answer);
+        }
         return answer;
     }
 
@@ -148,9 +152,9 @@ export class Unit {
 
     /** Runs hxaux on the unit. @param {string[]} words @returns {Promise<any>} its JSON document */
     async tool(...words) {
-        const path = `/api/units/${encodeURIComponent(this.name)}/hxaux`;
-        const document = await this.api.post(path, { words });
-        if (document.status === 0) {
+        const { name } = this;
+        const document = await this.api.post(`/api/units/${encodeURIComponent(name)}/hxaux`, { words });
+        if (document.status === 0 && name === this.name) {
             this.whenTool.call(words, this.time);
         }
         return document;
@@ -162,6 +166,7 @@ export class Unit {
         this.faults = [];
         this.removed = [];
         this.time = 0;
+        this.eventsSkipped = 0;
         this.#allChanged();
     }
 
@@ -239,7 +244,6 @@ export class Unit {
                 this.eventsSkipped += event.count;
             }
         }
-        this.eventsSeen += events.length;
         this.whenEvents.call(events);
         for (const event of events) {
             if (event.event === "left") {

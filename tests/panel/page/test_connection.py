@@ -51,6 +51,22 @@ def test_units_are_chosen_and_come_and_go(live: Page, unit: Unit) -> None:
     assert live.text(".level-text") == unit.get("backlight.level")
 
 
+def test_another_unit_is_shown_without_the_past_of_the_first(live: Page, unit: Unit) -> None:
+    other = Unit("unit-2", "--set", "light = 7")
+    unit.stop()
+    unit.start("--set", "light = 40000")  # the clock of the other one is ahead
+    live.until("return document.querySelector('#plot-light').ariaLabel.includes('to 40000')")
+    unit.hxaux("voltage")
+    live.type(live.find("#log-filter"), "adc-id")
+    live.until("return document.querySelector('#log-list [role=option]:not([hidden])')")
+    live.until("return [...document.querySelectorAll('#unit-chooser option')].some((each) => each.value === 'unit-2')")
+    live.choose(live.find("#unit-chooser"), "unit-2")
+    live.until_live()
+    live.until("return document.querySelector('#plot-light').ariaLabel.includes('from 7 to 7 ')")
+    live.until("return document.querySelector('#log-list [role=option]:not([hidden])') === null")
+    other.stop()
+
+
 def test_a_read_only_page_disables_its_controls(page: Page, unit: Unit) -> None:
     server = Server("--read-only")
     page.open_live(server.url, unit.name)

@@ -53,6 +53,26 @@ def test_a_recording_plays_back_the_same(live: Page, unit: Unit, downloads: path
     assert saved(file) == text
 
 
+def test_a_recording_ends_when_its_unit_starts_again_or_another_one_is_shown(live: Page, unit: Unit) -> None:
+    other = Unit("unit-2")
+    live.until("return [...document.querySelectorAll('#unit-chooser option')].some((each) => each.value === 'unit-2')")
+    for end in (lambda: live.choose(live.find("#unit-chooser"), "unit-2"), lambda: restart(other)):
+        live.click(live.find("#record"))
+        live.until("return document.querySelector('#record').textContent.startsWith('Stop')")
+        end()
+        live.until("return document.querySelector('#record').textContent === 'Record'")
+        times = re.findall(r"^at (\S+)", str(live.find("#recorder-text").get_property("value")), re.MULTILINE)
+        assert len(times) == 1
+        assert not times[0].startswith("-")
+        live.until_live()
+    other.stop()
+
+
+def restart(unit: Unit) -> None:
+    unit.stop()
+    unit.start()
+
+
 def saved(file: pathlib.Path) -> str:
     """The browser renames a download when it is complete."""
     subprocess.run(["sh", "-c", 'until [ -e "$1" ]; do sleep 0.05; done', "sh", str(file)], check=True, timeout=60)
