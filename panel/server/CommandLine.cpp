@@ -4,6 +4,7 @@
 #include "panel/server/Panel.h"
 #include "panel/server/Signals.h"
 #include "panel/server/Token.h"
+#include "simulator/model/Text.h"
 #include "simulator/protocol/UnitFolder.h"
 #include "tools/cli/Arguments.h"
 #include "tools/cli/Completion.h"
@@ -57,7 +58,7 @@ Options optionsFrom(const PanelCall& call)
 {
     Options options{.units = call.texts("unit"), .real = call.has("real"), .readOnly = call.has("read-only")};
     if (call.has("listen"))
-        options.address = addressFrom(call.text("listen"));
+        options.address = cli::Address::from(call.text("listen")).value();
     if (!options.address.isLoopback() && !call.has("token-file"))
         throw hxsim::BadUsage{"other machines reach " + options.address.host +
                               ": the panel needs a token, in a file that --token-file names"};
@@ -78,7 +79,7 @@ void serve(PanelCall& call)
     Signals signals; // before anything else that could outlive them
     {
         Loop loop;
-        const int listener = listenAt(options.address);
+        const int listener = cli::listenAt(options.address);
         Panel panel{loop, options};
         const HttpServer server{loop, listener, panel};
         signals.watch(loop);
@@ -97,9 +98,8 @@ std::vector<cli::Argument> serveOptions()
     unit.shown = "NAME";
     unit.live = runningUnits;
     unit.problem = UnitFolder::whatIsWrongWith;
-    cli::Argument listen = cli::text("listen", "where to listen; 127.0.0.1:8460 if not given, port 0 is any free one");
-    listen.shown = "ADDRESS:PORT";
-    listen.problem = whatIsWrongWithAddress;
+    const cli::Argument listen =
+        cli::address("listen", "where to listen; 127.0.0.1:8460 if not given, port 0 is any free one");
     cli::Argument token = cli::file("token-file", "a file with the token that the page asks for, at least 16 "
                                                   "characters; needed where other machines reach the address");
     token.shown = "FILE";
@@ -167,7 +167,7 @@ int execute(const cli::Words& words)
         return fail(kUsage, bad.what());
     } catch (const BadFile& bad) {
         return fail(kFile, bad.what());
-    } catch (const AddressInUse& inUse) {
+    } catch (const cli::AddressInUse& inUse) {
         return fail(kBusy, inUse.what());
     } catch (const NoUnit& none) {
         return fail(kNoUnit, none.what());

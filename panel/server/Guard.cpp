@@ -2,6 +2,7 @@
 #include "panel/server/Guard.h"
 
 #include "panel/server/Token.h"
+#include "simulator/model/Text.h"
 #include "tools/cli/Json.h"
 
 #include <nlohmann/json.hpp>

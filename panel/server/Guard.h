@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include "panel/server/Address.h"
 #include "panel/server/Request.h"
+#include "tools/cli/Address.h"
 
 #include <optional>
 #include <string>
@@ -17,7 +17,7 @@ enum class Access { Page, Open, Read, Change };
 class Guard {
 public:
     /// An empty token: none is needed.
-    Guard(Address address, std::string token) : address_{std::move(address)}, token_{std::move(token)} {}
+    Guard(cli::Address address, std::string token) : address_{std::move(address)}, token_{std::move(token)} {}
 
     /// Why a request is refused; nothing when it is not.
     [[nodiscard]] std::optional<Response> refusal(const Request& request, Access access) const;
@@ -28,7 +28,7 @@ private:
     [[nodiscard]] bool isFromElsewhere(const Request& request, Access access) const;
     [[nodiscard]] bool hasToken(const Request& request) const;
 
-    Address address_;
+    cli::Address address_;
     std::string token_;
 };
 

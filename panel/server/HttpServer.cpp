@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "panel/server/HttpServer.h"
 
-#include "panel/server/Address.h"
 #include "panel/server/Guard.h"
+#include "tools/cli/Address.h"
 
 #include <algorithm>
 #include <array>
@@ -166,7 +166,7 @@ struct Callbacks {
         Request& request = exchange->request;
         request.method = method;
         request.path = url;
-        request.localAddress = localAddressOf(HttpServer::Connection::of(connection).fd);
+        request.localAddress = cli::localAddressOf(HttpServer::Connection::of(connection).fd);
         (void)MHD_get_connection_values_n(connection, MHD_HEADER_KIND, keepValue, &request.headers);
         (void)MHD_get_connection_values_n(connection, MHD_GET_ARGUMENT_KIND, keepValue, &request.parameters);
         return exchange;

@@ -4,6 +4,7 @@
 #include "panel/server/HxauxCalls.h"
 #include "panel/server/PageFiles.h"
 #include "panel/server/RealFeed.h"
+#include "simulator/model/Text.h"
 #include "simulator/protocol/UnitFolder.h"
 #include "tools/cli/Json.h"
 #include "tools/cli/NearNames.h"

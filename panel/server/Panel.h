@@ -19,7 +19,7 @@ struct Options {
     std::vector<std::string> units{}; ///< none: all that are running
     bool real = false;                ///< this machine itself
     bool readOnly = false;
-    Address address{};
+    cli::Address address{.port = 8460};
     std::string token{};
 };
 

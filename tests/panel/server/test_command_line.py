@@ -12,7 +12,7 @@ class TestUsage:
         "words, problem",
         [
             (["--unti", "x"], "there is no option '--unti'; did you mean '--unit'?"),
-            (["--listen", "8460"], "'8460' is not an address such as 127.0.0.1:8460"),
+            (["--listen", "8460"], "'8460' is not an address such as 127.0.0.1:8080"),
             (["--listen", "127.0.0.1:99999"], "is not an address"),
             (["--listen", "127.0.0.1:+1"], "is not an address"),
             (["--listen", "example.org:80"], "is not an address"),

@@ -322,7 +322,7 @@ class TestServer:
         refused = programs(["--listen", panel.host])
         assert refused.returncode == 5
         assert refused.stdout == ""
-        assert f"port {panel.port} of 127.0.0.1 is in use" in refused.stderr
+        assert f"127.0.0.1:{panel.port} is in use" in refused.stderr
         assert "--listen" in refused.stderr
 
     def test_ends_programs_that_take_too_long(self, panel: Panel, unit: str) -> None:

@@ -11,11 +11,8 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <memory>
-#include <netdb.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
@@ -36,19 +33,6 @@ constexpr std::size_t kLongestHead = 8192;
 constexpr auto kPatience = 5s;       ///< for a whole request to arrive, and for an answer to leave
 constexpr auto kLongestScrape = 10s; ///< for the unit to answer
 constexpr auto kRetryIdentity = 60s;
-
-using Found = std::unique_ptr<addrinfo, decltype(&freeaddrinfo)>;
-
-Found resolved(const Address& address)
-{
-    addrinfo wanted{};
-    wanted.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
-    wanted.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    if (getaddrinfo(address.host.c_str(), address.port.c_str(), &wanted, &found) != 0)
-        found = nullptr;
-    return {found, freeaddrinfo};
-}
 
 /// A descriptor with its owner; a connection is shut down, as a child may still hold a copy of it.
 class Handle {
@@ -73,29 +57,15 @@ private:
     int number_;
 };
 
-Handle listenAt(Call& call, const Address& address)
+Handle listenAt(Call& call, cli::Address& address)
 {
-    const Found found = resolved(address);
-    Handle socket(::socket(found->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    const int on = 1;
-    (void)setsockopt(socket.number(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on); // a restart need not wait
-    if (socket.number() >= 0 && bind(socket.number(), found->ai_addr, found->ai_addrlen) == 0 &&
-        listen(socket.number(), SOMAXCONN) == 0)
-        return socket;
-    const std::string where = address.host + " port " + address.port;
-    if (errno == EADDRINUSE)
-        call.fail(Exit::Busy, "another program listens at " + where);
-    call.fail(Exit::Refused, "cannot listen at " + where + ": " + std::strerror(errno));
-}
-
-std::string portOf(int listener)
-{
-    sockaddr_storage bound{};
-    socklen_t size = sizeof bound;
-    std::array<char, NI_MAXSERV> port{};
-    (void)getsockname(listener, reinterpret_cast<sockaddr*>(&bound), &size);
-    (void)getnameinfo(reinterpret_cast<sockaddr*>(&bound), size, nullptr, 0, port.data(), port.size(), NI_NUMERICSERV);
-    return port.data();
+    try {
+        return Handle(cli::listenAt(address));
+    } catch (const cli::AddressInUse& inUse) {
+        call.fail(Exit::Busy, inUse.what());
+    } catch (const std::runtime_error& error) {
+        call.fail(Exit::Refused, error.what());
+    }
 }
 
 /// A scrape in a process of its own: a device that does not answer cannot stop the server, and what the board library
@@ -358,41 +328,10 @@ private:
 
 } // namespace
 
-std::optional<Address> Address::from(const std::string& text)
-{
-    const std::size_t colon = text.rfind(':');
-    if (colon == std::string::npos)
-        return std::nullopt;
-    Address address{text.substr(0, colon), text.substr(colon + 1)};
-    const auto port = cli::toInteger(address.port);
-    const bool isPlain = address.port.find_first_not_of("0123456789") == std::string::npos;
-    if (!port || !isPlain || *port > UINT16_MAX)
-        return std::nullopt;
-    const bool isBracketed = address.host.size() > 2 && address.host.front() == '[' && address.host.back() == ']';
-    if (isBracketed)
-        address.host = address.host.substr(1, address.host.size() - 2);
-    const Found found = resolved(address);
-    if (address.host.empty() || found == nullptr || (found->ai_family == AF_INET6) != isBracketed)
-        return std::nullopt;
-    return address;
-}
-
-bool Address::isLoopback() const
-{
-    const Found found = resolved(*this);
-    if (found == nullptr)
-        return false;
-    if (found->ai_family == AF_INET6)
-        return IN6_IS_ADDR_LOOPBACK(&reinterpret_cast<const sockaddr_in6*>(found->ai_addr)->sin6_addr);
-    constexpr unsigned kLoopbackNet = 127;
-    return ntohl(reinterpret_cast<const sockaddr_in*>(found->ai_addr)->sin_addr.s_addr) >> 24 == kLoopbackNet;
-}
-
-void serve(Call& call, const Address& address)
+void serve(Call& call, cli::Address address)
 {
     Handle listener = listenAt(call, address);
-    const std::string host = address.host.find(':') == std::string::npos ? address.host : '[' + address.host + ']';
-    call.print("metrics", "http://" + host + ':' + portOf(listener.number()) + "/metrics");
+    call.print("metrics", "http://" + address.text() + "/metrics");
     call.show();
     std::fflush(stdout); // the server never returns
     Server(std::move(listener)).run();

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "tools/cli/Address.h"
 #include "tools/hxaux/Call.h"
 #include "tools/hxaux/Objects.h"
 #include "tools/hxaux/metrics/OutputFile.h"
@@ -9,14 +10,14 @@ namespace hxaux {
 
 namespace {
 
-using metrics::Address;
 using metrics::Format;
 
 const Names kFormats = namesOf<Format>({{Format::OpenMetrics, "openmetrics"}, {Format::Prometheus, "prometheus"}});
 
 void listen(Call& call)
 {
-    const Address address = call.has("address") ? *Address::from(call.text("address")) : Address{};
+    const auto address =
+        call.has("address") ? cli::Address::from(call.text("address")).value() : cli::Address{.port = 9461};
     if (!address.isLoopback() && !call.has("public"))
         call.fail(Exit::Usage, "other machines reach " + address.host +
                                    ", and nobody is asked for a password: "
@@ -43,16 +44,10 @@ void printMetrics(Call& call)
         call.fail(Exit::File, problem);
 }
 
-std::string problemOfAddress(const std::string& text)
-{
-    return Address::from(text) ? "" : "'" + text + "' is not an address such as 127.0.0.1:9461 or [::1]:9461";
-}
-
 Argument address()
 {
-    Argument value = text("address", "where to listen; 127.0.0.1:9461 if not given, port 0 is any free one").optional();
-    value.problem = problemOfAddress;
-    value.shown = "ADDRESS:PORT";
+    Argument value =
+        cli::address("address", "where to listen; 127.0.0.1:9461 if not given, port 0 is any free one").optional();
     value.needs = "listen";
     return value;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "panel/server/Address.h"
+#include "tools/cli/Address.h"
 
 #include "tools/cli/Names.h"
 
@@ -8,11 +8,10 @@
 #include <cerrno>
 #include <cstring>
 #include <netinet/in.h>
-#include <optional>
 #include <sys/socket.h>
 #include <unistd.h>
 
-namespace hxpanel {
+namespace cli {
 
 namespace {
 
@@ -65,14 +64,21 @@ Address addressOf(int fd)
     return {text.data(), ntohs(raw.six.sin6_port)};
 }
 
-std::optional<Address> parsed(const std::string& text)
+std::string problemOf(const std::string& text)
+{
+    return Address::from(text) ? "" : "'" + text + "' is not an address such as 127.0.0.1:8080 or [::1]:8080";
+}
+
+} // namespace
+
+std::optional<Address> Address::from(const std::string& text)
 {
     const std::size_t colon = text.rfind(':');
     if (colon == std::string::npos)
         return std::nullopt;
     std::string host = text.substr(0, colon);
     const std::string digits = text.substr(colon + 1);
-    const std::optional<long long> port = cli::toInteger(digits);
+    const std::optional<long long> port = toInteger(digits);
     const bool isPlain = !digits.empty() && digits.find_first_not_of("0123456789") == std::string::npos;
     if (!port || !isPlain || *port > UINT16_MAX)
         return std::nullopt;
@@ -86,8 +92,6 @@ std::optional<Address> parsed(const std::string& text)
     return Address{host, static_cast<std::uint16_t>(*port)};
 }
 
-} // namespace
-
 std::string Address::text() const
 {
     return (isFour(host) ? host : '[' + host + ']') + ':' + std::to_string(port);
@@ -98,14 +102,12 @@ bool Address::isLoopback() const
     return isFour(host) ? host.starts_with("127.") : host == "::1";
 }
 
-std::string whatIsWrongWithAddress(const std::string& text)
+Argument address(std::string_view name, std::string_view help)
 {
-    return parsed(text) ? "" : "'" + text + "' is not an address such as 127.0.0.1:8460 or [::1]:8460";
-}
-
-Address addressFrom(const std::string& text)
-{
-    return parsed(text).value_or(Address{});
+    Argument row = text(name, help);
+    row.shown = "ADDRESS:PORT";
+    row.problem = problemOf;
+    return row;
 }
 
 int listenAt(Address& address)
@@ -125,11 +127,10 @@ int listenAt(Address& address)
     if (fd >= 0)
         close(fd);
     if (error == EADDRINUSE)
-        throw AddressInUse{"port " + std::to_string(address.port) + " of " + address.host +
-                           " is in use, perhaps by another hx-panel; choose another one with --listen " +
-                           Address{address.host, 0}.text().substr(0, address.text().rfind(':') + 1) +
-                           "PORT, where PORT 0 takes any free one"};
-    throw hxsim::BadText{"cannot listen at " + address.text() + ": " + std::strerror(error)};
+        throw AddressInUse{address.text() + " is in use by another program; choose another port with --listen " +
+                           address.text().substr(0, address.text().rfind(':')) +
+                           ":PORT, where PORT 0 takes any free one"};
+    throw std::runtime_error{"cannot listen at " + address.text() + ": " + std::strerror(error)};
 }
 
 std::string localAddressOf(int connection)
@@ -137,4 +138,4 @@ std::string localAddressOf(int connection)
     return addressOf(connection).text();
 }
 
-} // namespace hxpanel
+} // namespace cli
