@@ -32,6 +32,16 @@ def engine(name: str) -> str | None:
     return str(unpacked) if unpacked.exists() else shutil.which(name)
 
 
+def at_its_place(program: str) -> list[str]:
+    """The command of a server that looks for its own files where its package puts them, unpacked or not."""
+    share = SOURCE / "build/monitoring/usr/share"
+    if not program.startswith(str(SOURCE)):
+        return [program]
+    mount = 'mount -t overlay -o "lowerdir=$0:/usr/share" overlay /usr/share && exec "$@"'
+    root = [] if os.getuid() == 0 else ["--map-root-user"]
+    return ["unshare", "--mount", *root, "sh", "-c", mount, str(share), program]
+
+
 def run(*words: str | pathlib.Path, check: bool = True, **more: Any) -> subprocess.CompletedProcess[str]:
     return subprocess.run(list(map(str, words)), check=check, capture_output=True, text=True, **more)
 
@@ -180,12 +190,17 @@ class Prometheus(Server):
     ) -> None:
         self.port = free_ports(1)[0]
         self.url = f"http://127.0.0.1:{self.port}"
-        self.folder = folder
+        jobs = {**jobs, "prometheus": {"itself": f"127.0.0.1:{self.port}"}}
         (folder / "rules.yml").write_text(scaled_rules(interval), encoding="utf-8")
         (folder / "prometheus.yml").write_text(json.dumps(self.config(jobs, interval, alertmanager)), encoding="utf-8")
         program = engine("prometheus")
         assert program is not None
-        words = ["--config.file", folder / "prometheus.yml", "--storage.tsdb.path", folder / "data"]
+        words: list[str | pathlib.Path] = [
+            "--config.file",
+            folder / "prometheus.yml",
+            "--storage.tsdb.path",
+            folder / "data",
+        ]
         super().__init__(folder, "prometheus", program, *words, "--web.listen-address", f"127.0.0.1:{self.port}")
         eventually("prometheus is ready", lambda: get(self.url + "/-/ready"))
 
