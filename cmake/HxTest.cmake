@@ -73,7 +73,7 @@ hx_add_test_helper(hx-test-unit SimulatedUnit.cpp FirmwareFile.cpp)
 hx_add_test_helper(hx-test-driver-objects driver/Driver.cpp)
 hx_add_test_helper(hx-test-scripted-objects scripted/ScriptedDevice.cpp)
 # What the headers document, and ways to call every operation.
-hx_add_test_helper(hx-test-operations Documented.cpp OperationCalls.cpp)
+hx_add_test_helper(hx-test-operations Documented.cpp ErasedOperations.cpp OperationCalls.cpp)
 target_compile_definitions(hx-test-operations PRIVATE "HX_HEADERS=\"${CMAKE_SOURCE_DIR}/include/hx-aux\"")
 add_library(hx_test_support INTERFACE)
 target_sources(hx_test_support INTERFACE $<TARGET_OBJECTS:hx-test-unit>)

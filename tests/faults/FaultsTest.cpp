@@ -7,6 +7,7 @@
 #include "simulator/model/Microcontroller.h"
 #include "testing/Arguments.h"
 #include "testing/Documented.h"
+#include "testing/ErasedOperations.h"
 #include "testing/EveryOperation.h"
 #include "testing/OperationCalls.h"
 #include "tests/faults/Forked.h"
@@ -449,18 +450,17 @@ void failEverywhere(const std::string& part = "")
     Findings findings{name};
     if (part.empty())
         tryAll<Interface>(interface, {name + ".Get" + name}, Part::Factory, {}, findings);
-    const auto visit = [&](const char* operation, auto member) {
-        if (partOf(operation) != part)
-            return;
-        for (const OperationCall& tried : waysToCall(name + '.' + operation)) {
+    for (const every::ErasedOperation& operation : every::operationsOf(name)) {
+        if (partOf(operation.name) != part)
+            continue;
+        for (const OperationCall& tried : waysToCall(name + '.' + operation.name)) {
             const auto call = [&](Interface& object) {
                 Arguments arguments{tried.numbers, tried.texts};
-                return arguments.call(object, member);
+                return operation.call(&object, arguments);
             };
             tryAll<Interface>(interface, tried, Part::Operation, call, findings);
         }
-    };
-    Operations::visit(visit);
+    }
     if (part.empty())
         tryAll<Interface>(interface, {name + ".Release"}, Part::Release, {}, findings);
     findings.print();
@@ -494,12 +494,11 @@ TEST(Faults, LeaveFrontUpgradesSound)
 }
 
 /// Operations of the table by name.
-template <class Interface>
-std::map<std::string, int> inTheTable()
+std::map<std::string, int> inTheTable(const std::string& interface)
 {
     std::map<std::string, int> names;
-    const auto visit = [&](const char* operation, auto) { ++names[operation]; };
-    every::Operations<Interface>::visit(visit);
+    for (const every::ErasedOperation& operation : every::operationsOf(interface))
+        ++names[operation.name];
     return names;
 }
 
@@ -509,7 +508,7 @@ TEST(Faults, AreTriedWithEveryOperationOfTheHeaders)
     every::forEachInterface([&]<class Interface>() {
         const char* const name = every::Operations<Interface>::kName;
         interfaces.insert(name);
-        EXPECT_EQ(inTheTable<Interface>(), documented::interface(name).overloads)
+        EXPECT_EQ(inTheTable(name), documented::interface(name).overloads)
             << "the operations of " << name << " in testing/EveryOperation.h and in its header differ";
     });
     for (const std::string& name : documented::interfaces())

@@ -9,6 +9,7 @@
 #include "simulator/model/TelematicsBoard.h"
 #include "simulator/model/UartRouting.h"
 #include "testing/Arguments.h"
+#include "testing/ErasedOperations.h"
 #include "testing/EveryOperation.h"
 #include "testing/OperationCalls.h"
 #include "tests/faults/Forked.h"
@@ -253,26 +254,25 @@ void killEverywhere(const Table& expected, const std::string& beginning = "")
     const std::string interface = every::Operations<Interface>::kName;
     int kills = 0;
     std::vector<std::string> wrong;
-    const auto visit = [&](const std::string& operation, auto member) {
-        if (!operation.starts_with(beginning))
-            return;
-        const std::vector<OperationCall> ways = waysToCall(interface + '.' + operation);
+    for (const every::ErasedOperation& operation : every::operationsOf(interface)) {
+        if (!operation.name.starts_with(beginning))
+            continue;
+        const std::vector<OperationCall> ways = waysToCall(interface + '.' + operation.name);
         for (std::size_t i = 0; i < ways.size(); ++i) {
-            const auto makeAction = [&tried = ways[i], member] {
+            const auto makeAction = [&tried = ways[i], &operation] {
                 auto* const object = every::Operations<Interface>::make();
-                return Life::Action{[&tried, member, object] {
+                return Life::Action{[&tried, &operation, object] {
                     Arguments arguments{tried.numbers, tried.texts};
-                    (void)arguments.call(*object, member);
+                    (void)operation.call(object, arguments);
                 }};
             };
-            const std::string name = ways.size() == 1 ? operation : operation + ' ' + std::to_string(i + 1);
+            const std::string name = ways.size() == 1 ? operation.name : operation.name + ' ' + std::to_string(i + 1);
             const auto row = expected.find(name);
             const States states = statesOf(Life{ways[i], makeAction}, kills);
             if (states != (row == expected.end() ? States{"nothing"} : row->second))
                 wrong.push_back(name + " leaves " + testing::PrintToString(states));
         }
-    };
-    every::Operations<Interface>::visit(visit);
+    }
     std::printf("[  KILLS   ] %s: %d\n", (interface + beginning).c_str(), kills);
     testing::Test::RecordProperty("kills", kills);
     EXPECT_THAT(wrong, IsEmpty());

@@ -2,6 +2,7 @@
 // All operations in random order by three threads for a while: HX_SOAK_SECONDS is the duration, HX_SOAK_SEED repeats a
 // run. Resource use afterwards must not depend on the duration.
 #include "testing/Arguments.h"
+#include "testing/ErasedOperations.h"
 #include "testing/EveryOperation.h"
 #include "testing/OperationCalls.h"
 #include "tests/soak/Holdings.h"
@@ -97,13 +98,13 @@ private:
         auto object = std::make_shared<Worn<Interface>>(number_);
         if constexpr (!every::kIsShared<Interface>) // the headers require one thread to create and release them
             actions_.push_back([object] { object->renew(); });
-        every::Operations<Interface>::visit([&](const char* name, auto operation) {
-            for (const OperationCall& tried : waysToCall(std::string{every::Operations<Interface>::kName} + '.' + name))
-                actions_.push_back([object, operation, tried] {
+        const std::string interface = every::Operations<Interface>::kName;
+        for (const every::ErasedOperation& operation : every::operationsOf(interface))
+            for (const OperationCall& tried : waysToCall(interface + '.' + operation.name))
+                actions_.push_back([object, &operation, tried] {
                     faults::Arguments arguments{tried.numbers, tried.texts};
-                    (void)arguments.call(**object, operation);
+                    (void)operation.call(&**object, arguments);
                 });
-        });
     }
 
     std::size_t number_;

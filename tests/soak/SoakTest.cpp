@@ -3,6 +3,7 @@
 // of calls. HX_SOAK_ROUNDS is the number of rounds; scripts/check.sh soak uses a million.
 #include "hx-aux/Jida.h"
 #include "testing/Arguments.h"
+#include "testing/ErasedOperations.h"
 #include "testing/EveryOperation.h"
 #include "testing/OperationCalls.h"
 #include "tests/soak/Holdings.h"
@@ -170,9 +171,10 @@ void soakFactory(Counter& counter)
     repeat(std::string{Operations::kName} + ".Get" + Operations::kName, unit, round, counter);
 }
 
-template <class Interface, class Operation>
-void soakOperation(const OperationCall& tried, const std::string& name, Operation operation, Counter& counter)
+template <class Interface>
+void soakOperation(const OperationCall& tried, const every::ErasedOperation& operation, Counter& counter)
 {
+    const std::string& name = operation.name;
     SimulatedUnit unit;
     faults::prepareUnit(unit, tried);
     startMeasurement();
@@ -180,7 +182,7 @@ void soakOperation(const OperationCall& tried, const std::string& name, Operatio
     faults::prepare(*object, name, unit);
     const auto round = [&] {
         faults::Arguments arguments{tried.numbers, tried.texts};
-        const bool good = isUsual(tried, arguments.call(*object, operation));
+        const bool good = isUsual(tried, operation.call(object, arguments));
         endRound(*object, tried, name, unit);
         return good;
     };
@@ -220,13 +222,13 @@ void soak(const std::string& part = "")
     Counter counter;
     if (part.empty())
         soakFactory<Interface>(counter);
-    Operations::visit([&](const char* name, auto operation) {
-        if (partOf(name) != part)
-            return;
-        for (const OperationCall& tried : waysToRepeat(interface + '.' + name))
+    for (const every::ErasedOperation& operation : every::operationsOf(interface)) {
+        if (partOf(operation.name) != part)
+            continue;
+        for (const OperationCall& tried : waysToRepeat(interface + '.' + operation.name))
             if (tried.scope == faults::Scope::Caller)
-                soakOperation<Interface>(tried, name, operation, counter);
-    });
+                soakOperation<Interface>(tried, operation, counter);
+    }
     print(interface + part, counter);
 }
 

@@ -3,6 +3,7 @@
 // on two threads that start together. Run it under ThreadSanitizer; here the results are checked.
 #include "testing/Arguments.h"
 #include "testing/Documented.h"
+#include "testing/ErasedOperations.h"
 #include "testing/EveryOperation.h"
 #include "testing/OperationCalls.h"
 #include "tests/threads/Pair.h"
@@ -87,10 +88,9 @@ public:
     {
         prepare(*object, number, unit);
         addFactory();
-        Operations::visit([&](const char* name, auto operation) {
-            for (const OperationCall& tried : waysToCall(std::string{Operations::kName} + '.' + name))
-                add(*object, name, operation, tried, number);
-        });
+        for (const every::ErasedOperation& operation : every::operationsOf(Operations::kName))
+            for (const OperationCall& tried : waysToCall(std::string{Operations::kName} + '.' + operation.name))
+                add(object, operation, tried, number);
     }
 
 private:
@@ -104,16 +104,15 @@ private:
                             return object != nullptr && object->Release() == ERR_SUCCESS ? "" : name + " fails";
                         }});
     }
-    template <class Operation>
-    void add(Interface& object, const std::string& name, Operation operation, OperationCall tried, unsigned char number)
+    void add(Interface* object, const every::ErasedOperation& operation, OperationCall tried, unsigned char number)
     {
         if (tried.operation == "Video.init")
             tried.numbers = {static_cast<double>(number)};
-        const auto carryOut = [this, &object, name, operation, tried] {
+        const auto carryOut = [this, object, &operation, tried] {
             faults::Arguments arguments{tried.numbers, tried.texts};
-            return judged(tried.operation, documented_.codes.at(name), arguments.call(object, operation));
+            return judged(tried.operation, documented_.codes.at(operation.name), operation.call(object, arguments));
         };
-        uses.push_back({tried.operation, words_.operations.at(name), carryOut});
+        uses.push_back({tried.operation, words_.operations.at(operation.name), carryOut});
     }
 
     documented::Interface documented_;
