@@ -4,7 +4,8 @@
 
 records.py show FOLDER SERIAL         prints the record of a unit, {} when there is none
 records.py write FOLDER RECORD        keeps a record (JSON with at least "serial"), and writes the report
-records.py failures FOLDER RUN        prints the serial numbers of the units that failed in a run
+records.py failures FOLDER RUN        prints the serial numbers of the units that failed in a run; between its batches
+                                      also those that were lost while they were written
 """
 from __future__ import annotations
 
@@ -18,7 +19,7 @@ import sys
 import tempfile
 
 COLUMNS = ("serial", "host", "target", "result", "before", "after", "time", "run", "sha256", "detail")
-FINE = ("done", "repaired", "running")
+FINE = ("done", "repaired")
 
 
 def replace(path: pathlib.Path, text: str) -> None:
