@@ -59,6 +59,9 @@ add_compile_options(-fsigned-char)
 # No path of the build machine in any artefact; compiler caches can then share results.
 add_compile_options("-ffile-prefix-map=${CMAKE_SOURCE_DIR}=." -fno-omit-frame-pointer)
 
+# Below a gigabyte the compiler collects no garbage, which would take an eighth of its time.
+add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,GNU>:--param=ggc-min-heapsize=1048576>)
+
 find_program(HX_CCACHE ccache)
 if(HX_CCACHE)
   add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>) # so that the cache supports precompiled headers
