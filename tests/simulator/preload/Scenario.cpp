@@ -32,8 +32,8 @@ void inputs(std::ostream& results)
     ports->Release();
     Adc* const converter = GetAdc();
     double volts = 0;
-    results << "voltage " << converter->getVoltage(VoltageEnum(0), &volts) << ' ' << volts << '\n';
-    results << "refused " << converter->getVoltage(VoltageEnum(1), &volts) << '\n';
+    results << "voltage " << converter->getVoltage(static_cast<VoltageEnum>(0), &volts) << ' ' << volts << '\n';
+    results << "refused " << converter->getVoltage(static_cast<VoltageEnum>(1), &volts) << '\n';
     converter->Release();
 }
 
@@ -43,7 +43,7 @@ void settings(std::ostream& results)
     Backlight* const backlight = GetBacklight();
     HXStatus dimming{};
     results << "set level " << backlight->setIntensity(128) << '\n';
-    results << "set dimming " << backlight->setLedDimming(HXStatus(1)) << '\n';
+    results << "set dimming " << backlight->setLedDimming(static_cast<HXStatus>(1)) << '\n';
     results << "dimming " << backlight->getLedDimming(&dimming) << ' ' << static_cast<int>(dimming) << '\n';
     backlight->Release();
 }
