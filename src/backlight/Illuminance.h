@@ -6,7 +6,7 @@
 namespace Halvix {
 
 /// The light sensor's raw reading: one byte of each channel. Bit 7 valid, bits 6 to 4 chord, bits 3 to 0 step.
-struct _ValueType { // NOLINT(bugprone-reserved-identifier): the name is given
+struct _ValueType {
     unsigned char channel0;
     unsigned char channel1;
 };
