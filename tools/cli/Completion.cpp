@@ -60,7 +60,7 @@ void printScript(Call& call)
 {
     const std::string name(call.program().name);
     call.document("script",
-                  replaced(replaced(std::string(Script), "FUNCTION", "_" + replaced(name, "-", "_")), "NAME", name));
+                  replaced(replaced(std::string{Script}, "FUNCTION", "_" + replaced(name, "-", "_")), "NAME", name));
 }
 
 void printWords(Call& call)

@@ -108,7 +108,7 @@ bool takesAnyText(const Verb& verb)
 Words ownWords(const Program& program, const Words& words)
 {
     const auto mark = std::ranges::find(words, "--");
-    const Words own(words.begin(), mark);
+    Words own(words.begin(), mark);
     const Object* const object = own.empty() ? nullptr : program.find(own[0]);
     const Verb* const verb = object == nullptr ? nullptr : findVerb(*object, {own.begin() + 1, own.end()}).first;
     if (verb == nullptr || verb->values.empty() || verb->values[0].kind != Kind::Program)
@@ -149,6 +149,7 @@ std::string helpOn(const Program& program, const Words& topic)
     if (object == nullptr)
         (void)Arguments(program, {*word}); // refuses it
     const Words rest(word + 1, topic.end());
+    // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): an unknown object is refused above
     const auto [verb, used] = findVerb(*object, rest);
     const bool isWhole = verb != nullptr && (!verb->name.empty() || object->verbs.size() == 1);
     if (isWhole)

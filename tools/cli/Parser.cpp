@@ -235,7 +235,7 @@ void Parser::refuseExtraWords() const
 // The parser's exceptions in our words.
 std::string Parser::inWords(const CLI::ParseError& mistake) const
 {
-    const std::string text = mistake.what();
+    std::string text = mistake.what();
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&mistake) != nullptr) {
         if (text.find("flag override") != std::string::npos)
             return "--" + text.substr(0, text.find(' ')) + " takes no value";

@@ -44,7 +44,7 @@ public:
     Value(Absent);
     Value(bool value);
     template <std::integral Number>
-    requires(!std::same_as<Number, bool>) Value(Number value) : Value(Any(static_cast<long long>(value))) {}
+    requires(!std::same_as<Number, bool>) Value(Number value) : Value(Any(std::in_place_type<long long>, value)) {}
     Value(double value, int decimals = 3);
     Value(Coded value);
     Value(std::string value);

@@ -33,8 +33,8 @@ public:
     bool count(std::string_view device, eErr code) { return add(device, code == Halvix::ERR_SUCCESS ? 0 : 1); }
     bool add(std::string_view device, unsigned failures)
     {
-        auto known = std::ranges::find(family_.samples, device,
-                                       [](const Sample& sample) { return std::string_view(sample.labels[0].second); });
+        auto known = std::ranges::find(
+            family_.samples, device, [](const Sample& sample) -> std::string_view { return sample.labels[0].second; });
         if (known == family_.samples.end())
             known = family_.samples.insert(known, {0, {{"device", std::string(device)}}});
         known->value += failures;

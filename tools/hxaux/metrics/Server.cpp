@@ -217,14 +217,25 @@ public:
 private:
     using State = Connection::State;
 
+    static short eventsOf(State state)
+    {
+        switch (state) {
+        case State::Reads:
+            return POLLIN;
+        case State::Writes:
+            return POLLOUT;
+        default:
+            return 0;
+        }
+    }
+
     // First the listener, then the connections in their order, last the scrape.
     [[nodiscard]] std::vector<pollfd> whatToWatch() const
     {
         const bool hasPlace = connections_.size() < kMostConnections;
         std::vector<pollfd> watched{{hasPlace ? listener_.number() : -1, POLLIN, 0}};
         for (const Connection& each : connections_) {
-            const short events = each.state == State::Reads ? POLLIN : each.state == State::Writes ? POLLOUT : 0;
-            watched.push_back({each.handle.number(), events, 0});
+            watched.push_back({each.handle.number(), eventsOf(each.state), 0});
         }
         watched.push_back({scrape_ ? scrape_->number() : -1, POLLIN, 0});
         return watched;
