@@ -26,7 +26,6 @@ namespace hxsim {
 using cli::Argument;
 using cli::Kind;
 using cli::Object;
-using cli::Verb;
 using cli::Words;
 
 Call::Call(const cli::Program& program, const cli::Arguments& arguments, std::string unit)

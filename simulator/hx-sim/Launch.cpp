@@ -74,6 +74,7 @@ void append(const char* variable, const std::string& value)
     setenv(wire::kFolderVariable, folder.c_str(), 1);
     setenv(wire::kScaleVariable, std::to_string(scale).c_str(), 1);
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& word : command)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);

@@ -65,7 +65,7 @@ std::string profileFolder()
 
 std::string profileNamed(const std::string& name)
 {
-    const std::string known = profileFolder() + '/' + name + ".profile";
+    std::string known = profileFolder() + '/' + name + ".profile";
     if (name.empty() || name.find('/') != std::string::npos || std::filesystem::exists(name))
         return name;
     if (std::filesystem::is_regular_file(known))

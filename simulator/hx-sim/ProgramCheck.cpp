@@ -189,10 +189,11 @@ std::string findProgram(const std::string& name)
 {
     if (name.find('/') != std::string::npos)
         return name;
-    std::string path = std::getenv("PATH") == nullptr ? "/usr/bin:/bin" : std::getenv("PATH");
+    const char* const folders = std::getenv("PATH");
+    const std::string path = folders == nullptr ? "/usr/bin:/bin" : folders;
     for (std::size_t at = 0; at <= path.size();) {
         const std::size_t end = std::min(path.find(':', at), path.size());
-        const std::string file = (end == at ? "." : path.substr(at, end - at)) + '/' + name;
+        std::string file = (end == at ? "." : path.substr(at, end - at)) + '/' + name;
         std::error_code ignored;
         const bool isOther = !name.empty() && fs::is_directory(file, ignored); // no name is none that is missing
         if (access(file.c_str(), X_OK) == 0 && !isOther)

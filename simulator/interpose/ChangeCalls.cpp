@@ -48,6 +48,7 @@ int changeBothOr(int fromFolder, const char* from, int toFolder, const char* to,
 
 using namespace hxsim;
 
+// NOLINTBEGIN(bugprone-macro-parentheses): lists of arguments, in parentheses already
 #define HXSIM_CHANGE(name, parameters, folder, action, forwarded, onUnit)                                              \
     HXSIM_ENTRY int name parameters noexcept                                                                           \
     {                                                                                                                  \
@@ -55,6 +56,7 @@ using namespace hxsim;
             folder, path, action, [&] { return HXSIM_REAL(name) forwarded; },                                          \
             [&](const char* real) { return HXSIM_REAL(name) onUnit; });                                                \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 HXSIM_CHANGE(mkdir, (const char* path, mode_t mode), AT_FDCWD, "mkdir", (path, mode), (real, mode))
 HXSIM_CHANGE(mkdirat, (int folder, const char* path, mode_t mode), folder, "mkdir", (folder, path, mode),

@@ -107,7 +107,7 @@ void Descriptors::buryDead()
 
 void Descriptors::add(int fd, std::shared_ptr<Descriptor> descriptor)
 {
-    if (isBorrowed() || fd >= kMost)
+    if (isBorrowed() || fd < 0 || fd >= kMost)
         return;
     descriptor->socket = descriptor->device == nullptr ? 0 : socketNumber(fd);
     Removed stale;

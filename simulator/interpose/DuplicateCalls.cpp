@@ -147,6 +147,7 @@ HXSIM_FCNTL(__fcntl_time64)
 
 HXSIM_RECVMSG(recvmsg)
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type
 #define HXSIM_RECVMMSG(name, Timeout)                                                                                  \
     HXSIM_ENTRY int name(int fd, mmsghdr* messages, unsigned count, int flags, Timeout* timeout)                       \
     {                                                                                                                  \
@@ -155,6 +156,7 @@ HXSIM_RECVMSG(recvmsg)
             return HXSIM_REAL_AS(Call, #name)(fd, messages, count, flags, timeout);                                    \
         });                                                                                                            \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 HXSIM_RECVMMSG(recvmmsg, timespec)
 #if defined(__i386__)

@@ -277,16 +277,19 @@ HXSIM_PPOLL(ppoll, timespec)
 HXSIM_PPOLL(__ppoll64, Timespec64)
 #endif
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type
 #define HXSIM_SELECT(name, Value)                                                                                      \
     HXSIM_ENTRY int name(int count, fd_set* readers, fd_set* writers, fd_set* exceptions, Value* timeout)              \
     {                                                                                                                  \
-        const std::int64_t nanoseconds =                                                                               \
-            timeout == nullptr ? -1 : std::int64_t{timeout->tv_sec} * kNanosecondsPerSecond + timeout->tv_usec * 1000; \
+        const std::int64_t nanoseconds = timeout == nullptr ? -1                                                       \
+                                                            : std::int64_t{timeout->tv_sec} * kNanosecondsPerSecond +  \
+                                                                  std::int64_t{timeout->tv_usec} * 1000;               \
         return selectOr(count, readers, writers, exceptions, nanoseconds, nullptr, [&] {                               \
             using Call = int (*)(int, fd_set*, fd_set*, fd_set*, Value*);                                              \
             return HXSIM_REAL_AS(Call, #name)(count, readers, writers, exceptions, timeout);                           \
         });                                                                                                            \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 HXSIM_SELECT(select, timeval)
 #if defined(__i386__)

@@ -35,6 +35,7 @@ int statAt(int folder, const char* path, int flags, Forward forward, Call call)
 
 using namespace hxsim;
 
+// NOLINTBEGIN(bugprone-macro-parentheses): types
 #define HXSIM_STAT(name, Record)                                                                                       \
     HXSIM_ENTRY int name(const char* path, Record* record) noexcept                                                    \
     {                                                                                                                  \
@@ -89,6 +90,7 @@ using namespace hxsim;
             folder, path, flags, [&] { return HXSIM_REAL_AS(Call, #name)(form, folder, path, record, flags); },        \
             [&](const char* real) { return HXSIM_REAL_AS(Call, #name)(form, AT_FDCWD, real, record, 0); });            \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 HXSIM_ENTRY int statx(int folder, const char* path, int flags, unsigned mask, struct statx* record) noexcept
 {

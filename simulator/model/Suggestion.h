@@ -14,6 +14,7 @@ template <typename Map>
 std::string suggestionFrom(const std::string& name, const Map& rows)
 {
     std::vector<std::string> names;
+    names.reserve(rows.size());
     for (const auto& [known, row] : rows)
         names.push_back(known);
     return suggestion(name, names);
