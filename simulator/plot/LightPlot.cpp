@@ -120,7 +120,8 @@ private:
     void timeGrid()
     {
         const double step = niceStep(end_);
-        for (double seconds = 0; seconds <= end_; seconds += step) {
+        for (int count = 0; count * step <= end_; ++count) {
+            const double seconds = count * step;
             line(x(seconds), kLightTop, x(seconds), kLightBottom);
             line(x(seconds), kLevelTop, x(seconds), kLevelBottom);
             const bool atTheEnd = x(seconds) > kRight - kEdge;

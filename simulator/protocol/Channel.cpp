@@ -37,7 +37,7 @@ bool giveName(int fd, const std::string& name)
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::memcpy(address.sun_path + 1, name.data(), std::min(name.size(), sizeof address.sun_path - 1));
-    const auto size = socklen_t(offsetof(sockaddr_un, sun_path) + 1 + name.size());
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
     return bind(fd, reinterpret_cast<const sockaddr*>(&address), size) == 0;
 }
 
