@@ -64,6 +64,7 @@ struct LinkedUnit::Forks {
 
 LinkedUnit::LinkedUnit(const std::string& description) : folder_{std::make_unique<UnitFolder>(nextUnitName())}
 {
+    (void)folder_->fileOf("/opt/etc/hxaux.ini"); // its directory must exist
     unit_.describe(description);
 }
 
@@ -190,21 +191,37 @@ Link::Where LinkedUnit::locate(const std::string& path)
         where.present = node->present;
         where.text = node->isText();
         where.serial = node->isSerial();
-    } else if (unit_.hasFile(path)) {
+        return where;
+    }
+    const std::string holder = fileHolding(path, [this](const std::string& part) { return unit_.hasFile(part); });
+    if (!holder.empty()) {
         where.place = Place::File;
         where.present = !unit_.isAbsent(path);
         where.text = true;
-        where.file = folder_->fileOf(path);
+        where.file = folder_->fileOf(holder) + path.substr(holder.size());
     }
     return where;
 }
 
+static bool endsIn(std::string_view path, std::string_view name)
+{
+    return path.substr(path.rfind('/') + 1) == name;
+}
+
 bool LinkedUnit::hasName(std::string_view name)
 {
+    {
+        const Turn turn = enter();
+        if (std::ranges::any_of(unit_.nodes(), [&](auto& node) { return endsIn(node.first, name); }))
+            return true;
+    }
+    return hasFileName(name);
+}
+
+bool LinkedUnit::hasFileName(std::string_view name)
+{
     const Turn turn = enter();
-    const auto endsInIt = [&](const std::string& path) { return path.substr(path.rfind('/') + 1) == name; };
-    return std::any_of(unit_.nodes().begin(), unit_.nodes().end(), [&](auto& node) { return endsInIt(node.first); }) ||
-           std::any_of(unit_.files().begin(), unit_.files().end(), endsInIt);
+    return std::ranges::any_of(unit_.files(), [&](const std::string& path) { return endsIn(path, name); });
 }
 
 bool LinkedUnit::isAbsent(const std::string& name)

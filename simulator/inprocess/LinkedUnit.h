@@ -56,6 +56,7 @@ public:
 
     Where locate(const std::string& path) override;
     bool hasName(std::string_view name) override;
+    bool hasFileName(std::string_view name) override;
     bool isAbsent(const std::string& name) override;
     std::string folder() override { return folder_->path(); }
     Opened open(const std::string& path, int flags) override;

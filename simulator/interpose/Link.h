@@ -93,6 +93,8 @@ public:
     [[nodiscard]] virtual Where locate(const std::string& path) = 0;
     /// Whether any path of the unit ends in this name: almost no path of a program does.
     [[nodiscard]] virtual bool hasName(std::string_view name) = 0;
+    /// Whether one of the unit's own files has this name: a path of a program may lead through it.
+    [[nodiscard]] virtual bool hasFileName(std::string_view name) = 0;
     /// Not on the unit: left to the caller; a library that the unit lacks.
     [[nodiscard]] virtual bool isAbsent(const std::string& name) = 0;
     /// A folder of the unit's own.
@@ -151,6 +153,15 @@ public:
     /// Replaces the unit's JIDA library in dlopen; empty: there is none.
     [[nodiscard]] virtual std::string jidaLibrary() = 0;
 };
+
+/// The file of the unit that has this absolute path or, as a directory, contains it; empty when there is none.
+template <typename IsFile>
+std::string fileHolding(std::string path, IsFile isFile)
+{
+    while (!path.empty() && !isFile(path))
+        path.erase(path.rfind('/'));
+    return path;
+}
 
 /// The replacement library for a unit without these parts; some variants lack one function.
 std::string jidaLibraryWithout(const std::string& folder, const std::set<std::string>& absent);

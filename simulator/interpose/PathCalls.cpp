@@ -5,10 +5,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <string>
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/vfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -36,9 +38,9 @@ std::string octal(const char* call, unsigned mode)
     return text;
 }
 
-/// Extended attributes, which `ls -l` reads.
+/// Questions that are not recorded.
 template <typename Forward, typename Call>
-ssize_t attributesOr(const char* path, Forward forward, Call call)
+auto queryOr(const char* path, Forward forward, Call call) -> decltype(forward())
 {
     const UnitPath unit = findPath(AT_FDCWD, path);
     if (!unit)
@@ -128,17 +130,6 @@ HXSIM_ENTRY int mkfifo(const char* path, mode_t mode) noexcept
         [&](const char* real) { return HXSIM_REAL(mkfifo)(real, mode); });
 }
 
-HXSIM_ENTRY DIR* opendir(const char* path)
-{
-    const UnitPath unit = findPath(AT_FDCWD, path);
-    if (!unit)
-        return HXSIM_REAL(opendir)(path);
-    if (unit.where.place == Link::Place::File && unit.where.present)
-        return HXSIM_REAL(opendir)(unit.where.file.c_str());
-    errno = unit.error() != 0 ? unit.error() : ENOTDIR;
-    return nullptr;
-}
-
 HXSIM_ENTRY ssize_t readlink(const char* path, char* buffer, std::size_t size) noexcept
 {
     return readlinkOr(AT_FDCWD, path, [&] { return HXSIM_REAL(readlink)(path, buffer, size); });
@@ -165,27 +156,30 @@ HXSIM_ENTRY ssize_t __readlinkat_chk(int folder, const char* path, char* buffer,
     });
 }
 
-#define HXSIM_GETXATTR(name)                                                                                           \
-    HXSIM_ENTRY ssize_t name(const char* path, const char* attribute, void* value, std::size_t size) noexcept          \
+#define HXSIM_QUERY(Result, name, parameters, forwarded, onUnit)                                                       \
+    HXSIM_ENTRY Result name parameters noexcept                                                                        \
     {                                                                                                                  \
-        return attributesOr(                                                                                           \
-            path, [&] { return HXSIM_REAL(name)(path, attribute, value, size); },                                      \
-            [&](const char* real) { return HXSIM_REAL(name)(real, attribute, value, size); });                         \
+        return queryOr(                                                                                                \
+            path, [&] { return HXSIM_REAL(name) forwarded; },                                                          \
+            [&](const char* real) { return HXSIM_REAL(name) onUnit; });                                                \
     }
 
-HXSIM_GETXATTR(getxattr)
-HXSIM_GETXATTR(lgetxattr)
-
-#define HXSIM_LISTXATTR(name)                                                                                          \
-    HXSIM_ENTRY ssize_t name(const char* path, char* list, std::size_t size) noexcept                                  \
-    {                                                                                                                  \
-        return attributesOr(                                                                                           \
-            path, [&] { return HXSIM_REAL(name)(path, list, size); },                                                  \
-            [&](const char* real) { return HXSIM_REAL(name)(real, list, size); });                                     \
-    }
-
-HXSIM_LISTXATTR(listxattr)
-HXSIM_LISTXATTR(llistxattr)
+// Extended attributes, which `ls -l` reads.
+HXSIM_QUERY(ssize_t, getxattr, (const char* path, const char* attribute, void* value, std::size_t size),
+            (path, attribute, value, size), (real, attribute, value, size))
+HXSIM_QUERY(ssize_t, lgetxattr, (const char* path, const char* attribute, void* value, std::size_t size),
+            (path, attribute, value, size), (real, attribute, value, size))
+HXSIM_QUERY(ssize_t, listxattr, (const char* path, char* list, std::size_t size), (path, list, size),
+            (real, list, size))
+HXSIM_QUERY(ssize_t, llistxattr, (const char* path, char* list, std::size_t size), (path, list, size),
+            (real, list, size))
+HXSIM_QUERY(int, statfs, (const char* path, struct statfs* record), (path, record), (real, record))
+HXSIM_QUERY(int, statfs64, (const char* path, struct statfs64* record), (path, record), (real, record))
+HXSIM_QUERY(int, statvfs, (const char* path, struct statvfs* record), (path, record), (real, record))
+HXSIM_QUERY(int, statvfs64, (const char* path, struct statvfs64* record), (path, record), (real, record))
+HXSIM_QUERY(long, pathconf, (const char* path, int name), (path, name), (real, name))
+HXSIM_QUERY(int, inotify_add_watch, (int watch, const char* path, std::uint32_t events), (watch, path, events),
+            (watch, real, events))
 
 HXSIM_ENTRY char* realpath(const char* path, char* into) noexcept
 {

@@ -28,9 +28,13 @@ std::string directory(int folder)
     return size > 0 && text[0] == '/' ? std::string(text.data(), static_cast<std::size_t>(size)) : "";
 }
 
-bool isPlain(std::string_view path)
+bool isPlain(const std::string& path)
 {
-    return path.find("//") == std::string_view::npos && path.find("/.") == std::string_view::npos;
+    const std::string text = path + '/';
+    for (const char* part : {"//", "/./", "/../"})
+        if (text.find(part) != std::string::npos)
+            return false;
+    return true;
 }
 
 /// Resolves a directory on this machine; a missing one is resolved lexically.
@@ -43,6 +47,20 @@ std::string resolved(const std::string& parent)
     while (normal.size() > 1 && normal.back() == '/')
         normal.pop_back();
     return normal;
+}
+
+/// Whether a path may be the unit's: ends in one of its names, or leads through one of its own files.
+bool mayBeOn(Link& link, std::string_view path)
+{
+    std::size_t end = path.rfind('/');
+    if (link.hasName(path.substr(end + 1)))
+        return true;
+    for (; end != std::string_view::npos && end != 0; end = path.rfind('/', end - 1)) {
+        const std::size_t begin = path.rfind('/', end - 1) + 1;
+        if (link.hasFileName(path.substr(begin, end - begin)))
+            return true;
+    }
+    return false;
 }
 
 std::string absolute(int folder, std::string_view path)
@@ -74,9 +92,9 @@ UnitPath findPath(int folder, const char* path)
     bool asFolder = false;
     for (; text.size() > 1 && text.back() == '/'; text.remove_suffix(1))
         asFolder = true;
-    const std::string_view name = text.substr(text.rfind('/') + 1);
-    if (!link->hasName(name))
+    if (!mayBeOn(*link, text))
         return {};
+    std::string_view name = text.substr(text.rfind('/') + 1);
     std::string full = absolute(folder, text);
     if (full.empty())
         return {};
@@ -84,8 +102,10 @@ UnitPath findPath(int folder, const char* path)
     if (isPlain(full))
         where = link->locate(full);
     if (where.place == Link::Place::Outside) {
-        const std::string parent = resolved(full.substr(0, full.rfind('/') + 1));
-        full = parent == "/" ? "/" : parent + '/';
+        if (name == "." || name == "..") // the directory itself
+            name = "";
+        full = resolved(name.empty() ? full : full.substr(0, full.rfind('/') + 1));
+        full += name.empty() || full == "/" ? "" : "/";
         full += name;
         where = link->locate(full);
     }

@@ -15,25 +15,40 @@ namespace hxsim {
 
 namespace {
 
-/// mkstemp in the unit's root directory makes the file in the unit's folder.
-int makeTemporary(char* pattern, bool& outside)
+/// The pattern on this machine for one in the unit's root directory, which is the unit's folder, or in a directory of
+/// the unit; `unit` is then where.
+std::string realPattern(const char* pattern, UnitPath& unit)
 {
     Link* const link = Link::current();
-    outside = link == nullptr || pattern[0] != '/' || std::strchr(pattern + 1, '/') != nullptr;
-    if (outside)
-        return -1;
+    if (link != nullptr && pattern[0] == '/' && std::strchr(pattern + 1, '/') == nullptr) {
+        unit = {link, pattern};
+        return link->root() + pattern;
+    }
+    unit = findPath(AT_FDCWD, pattern);
+    return unit.where.file;
+}
+
+/// `make(pattern)` creates a file, or a directory, and writes its name over the pattern; its result is a descriptor or
+/// 0, or -1.
+template <typename Make>
+int makeTemporary(char* pattern, const char* call, Make make)
+{
+    UnitPath unit;
+    std::string real = realPattern(pattern, unit);
+    if (real.empty())
+        return make(pattern);
     KeepErrno keep;
-    const std::string shown = pattern;
-    std::string real = link->root() + pattern;
-    int result = -link->fault(shown, "mkstemp");
+    const std::string shown = unit.path;
+    int result = -unit.link->fault(shown, call);
     if (result == 0) {
-        result = HXSIM_REAL(mkstemp64)(real.data());
+        result = make(real.data());
         if (result < 0)
             result = -errno;
-        std::memcpy(pattern, real.data() + link->root().size(), shown.size());
-        rememberGenerated(pattern, shown);
+        const std::string name = real.substr(real.rfind('/') + 1);
+        std::memcpy(pattern + std::strlen(pattern) - name.size(), name.data(), name.size());
+        rememberGenerated(shown.substr(0, shown.size() - name.size()) + name, shown);
     }
-    link->note(shown, "mkstemp", result < 0 ? -result : 0);
+    unit.link->note(shown, call, result < 0 ? -result : 0);
     return keep.answer(result);
 }
 
@@ -194,16 +209,23 @@ HXSIM_ENTRY int fclose(FILE* stream)
     return error != 0 ? keep.answer(-error) : result;
 }
 
-HXSIM_ENTRY int mkstemp(char* pattern)
-{
-    bool outside = false;
-    const int result = makeTemporary(pattern, outside);
-    return outside ? HXSIM_REAL(mkstemp)(pattern) : result;
-}
+#define HXSIM_MKSTEMP(name, parameters, forwarded)                                                                     \
+    HXSIM_ENTRY int name parameters                                                                                    \
+    {                                                                                                                  \
+        return makeTemporary(pattern, "mkstemp", [&](char* real) { return HXSIM_REAL(name) forwarded; });              \
+    }
 
-HXSIM_ENTRY int mkstemp64(char* pattern)
+HXSIM_MKSTEMP(mkstemp, (char* pattern), (real))
+HXSIM_MKSTEMP(mkstemp64, (char* pattern), (real))
+HXSIM_MKSTEMP(mkostemp, (char* pattern, int flags), (real, flags))
+HXSIM_MKSTEMP(mkostemp64, (char* pattern, int flags), (real, flags))
+HXSIM_MKSTEMP(mkstemps, (char* pattern, int suffix), (real, suffix))
+HXSIM_MKSTEMP(mkstemps64, (char* pattern, int suffix), (real, suffix))
+HXSIM_MKSTEMP(mkostemps, (char* pattern, int suffix, int flags), (real, suffix, flags))
+HXSIM_MKSTEMP(mkostemps64, (char* pattern, int suffix, int flags), (real, suffix, flags))
+
+HXSIM_ENTRY char* mkdtemp(char* pattern) noexcept
 {
-    bool outside = false;
-    const int result = makeTemporary(pattern, outside);
-    return outside ? HXSIM_REAL(mkstemp64)(pattern) : result;
+    const auto make = [](char* real) { return HXSIM_REAL(mkdtemp)(real) == nullptr ? -1 : 0; };
+    return makeTemporary(pattern, "mkdtemp", make) < 0 ? nullptr : pattern;
 }

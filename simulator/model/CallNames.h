@@ -12,8 +12,8 @@ inline constexpr std::array kOnFiles{"access", "close", "fclose", "fopen",  "mkf
                                      "open",   "read",  "stat",   "unlink", "write"};
 inline constexpr std::array kOnSerialPorts{"tcdrain", "tcflush", "tcgetattr", "tcsetattr"};
 /// On names that programs choose: semaphores, and the patterns of generated ones.
-inline constexpr std::array kOnChosenNames{"mkstemp",       "sem_close",   "sem_open", "sem_post",
-                                           "sem_timedwait", "sem_trywait", "sem_wait"};
+inline constexpr std::array kOnChosenNames{"mkdtemp",  "mkstemp",       "sem_close",   "sem_open",
+                                           "sem_post", "sem_timedwait", "sem_trywait", "sem_wait"};
 /// Requests that the log shows by a name.
 inline constexpr std::array kOnRegisters{"get", "put"};
 inline constexpr const char* kOnLibraries = "dlopen";

@@ -162,7 +162,10 @@ void PreloadedLink::learnPath(char kind, const std::string& line)
     where.file = end == std::string::npos ? "" : line.substr(end + 1);
     const std::string path = line.substr(0, end);
     paths_[path] = where;
-    names_.insert(path.substr(path.rfind('/') + 1));
+    const std::string name = path.substr(path.rfind('/') + 1);
+    names_.insert(name);
+    if (where.place == Place::File)
+        fileNames_.insert(name);
 }
 
 /// Files of the unit that the process was started with.
@@ -249,10 +252,16 @@ Link::Where PreloadedLink::locate(const std::string& path)
 {
     if (refused_ != 0)
         return locateRefused(path, refused_);
-    const auto known = paths_.find(path);
-    if (known == paths_.end())
+    auto known = paths_.find(path);
+    const auto isFile = [&](const std::string& part) {
+        known = paths_.find(part);
+        return known != paths_.end() && known->second.place == Place::File;
+    };
+    const std::string holder = known != paths_.end() ? path : fileHolding(path, isFile);
+    if (holder.empty())
         return {};
     Where where = known->second;
+    where.file += path.substr(holder.size());
     Packet answer;
     where.present = control(wire::Locate{path}, &answer) && answer.as<wire::Answer>().result == 1;
     return where;

@@ -23,6 +23,7 @@ public:
 
     Where locate(const std::string& path) override;
     bool hasName(std::string_view name) override;
+    bool hasFileName(std::string_view name) override { return fileNames_.contains(name); }
     bool isAbsent(const std::string& name) override;
     std::string folder() override { return folder_; }
     std::string root() override { return root_; }
@@ -77,8 +78,9 @@ private:
     std::string root_;         ///< received from the host, like the following members
     std::string semaphores_;   ///< mark of the unit whose semaphores programs get; empty: the machine's own
     std::map<std::string, Where> paths_;
-    std::set<std::string, std::less<>> names_; ///< what paths_ end in
-    int refused_ = 0;                          ///< the errno with which this process may not reach the unit
+    std::set<std::string, std::less<>> names_;     ///< what paths_ end in
+    std::set<std::string, std::less<>> fileNames_; ///< the same of files
+    int refused_ = 0;                              ///< the errno with which this process may not reach the unit
     Connections connections_;
     Mutex lock_;
     int control_ HXSIM_GUARDED_BY(lock_) = -1;

@@ -14,12 +14,15 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <ftw.h>
+#include <glob.h>
 #include <memory>
 #include <pthread.h>
 #include <string>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
+#include <utime.h>
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -73,7 +76,85 @@ TEST_F(ChangeCalls, ChangeNoDevice)
     EXPECT_FAILS(::rmdir(kDevice), EPERM);
     EXPECT_FAILS(::symlink("/tmp", kDevice), EPERM);
     EXPECT_FAILS(::unlink(kDevice), EPERM);
+    EXPECT_FAILS(::utime(kDevice, nullptr), EPERM);
+    EXPECT_FAILS(::setxattr(kDevice, "user.x", "", 0, 0), EPERM);
+    EXPECT_FAILS(::removexattr(kDevice, "user.x"), EPERM);
     EXPECT_EQ(::access(kDevice, F_OK), 0);
+}
+
+TEST_F(ChangeCalls, CreateNothingInThePlaceOfADevice)
+{
+    EXPECT_FAILS(::mkfifo(kDevice, 0600), EEXIST);
+    EXPECT_FAILS(::mkfifoat(AT_FDCWD, kDevice, 0600), EEXIST);
+    EXPECT_FAILS(::mknod(kDevice, S_IFIFO | 0600, 0), EEXIST);
+    EXPECT_FAILS(::mknodat(AT_FDCWD, kDevice, S_IFIFO | 0600, 0), EEXIST);
+}
+
+TEST_F(ChangeCalls, ReachEverythingInADirectoryOfTheUnit)
+{
+    EXPECT_EQ(::mkdir("/opt/etc/sub", 0700), 0);
+    EXPECT_EQ(::mknod("/opt/etc/sub/fifo", S_IFIFO | 0600, 0), 0);
+    EXPECT_EQ(::rename("/opt/etc/sub/fifo", "/opt/etc/fifo"), 0);
+
+    EXPECT_TRUE(fs::is_fifo(unit.fileOf("/opt/etc/fifo")));
+    EXPECT_THAT(unit.callsTo("/opt/etc/sub/fifo"), ElementsAre("mknod", "rename"));
+    EXPECT_FAILS(::mkdir("/opt/etc/none/sub", 0700), ENOENT);
+    EXPECT_FALSE(fs::exists("/opt/etc/none"));
+}
+
+TEST_F(ChangeCalls, RecordTheTemplateOfATemporaryFile)
+{
+    char file[] = "/opt/etc/.new-XXXXXX.txt";
+    const int fd = ::mkostemps(file, 4, O_CLOEXEC);
+    ASSERT_GE(fd, 0);
+    EXPECT_EQ(::close(fd), 0);
+    EXPECT_TRUE(fs::exists(unit.fileOf(file)));
+    EXPECT_EQ(::rename(file, kSettings), 0);
+
+    EXPECT_THAT(unit.callsTo("/opt/etc/.new-XXXXXX.txt"), ElementsAre("mkstemp", "rename"));
+    char folder[] = "/opt/etc/XXXXXX";
+    unit.fail("/opt/etc/XXXXXX", "mkdtemp", ENOSPC, 1);
+    EXPECT_EQ(::mkdtemp(folder), nullptr);
+    EXPECT_EQ(errno, ENOSPC);
+    EXPECT_STREQ(folder, "/opt/etc/XXXXXX");
+}
+
+TEST_F(ChangeCalls, WalkADeviceAsTheFileThatItIs)
+{
+    static std::string seen;
+    const auto visit = [](const char* path, const struct stat* status, int kind, FTW* position) {
+        seen += path + std::string{' '} + (path + position->base) +
+                (kind == FTW_F && S_ISCHR(status->st_mode) ? " file" : "");
+        return 3;
+    };
+    EXPECT_EQ(::nftw(kDevice, visit, 5, 0), 3);
+    EXPECT_EQ(seen, "/dev/backlight backlight file");
+    glob_t found{};
+    EXPECT_EQ(::glob(kDevice, 0, nullptr, &found), 0);
+    EXPECT_EQ(found.gl_pathc, 1U);
+    ::globfree(&found);
+    dirent** entries = nullptr;
+    EXPECT_FAILS(::scandir(kDevice, &entries, nullptr, nullptr), ENOTDIR);
+    EXPECT_FAILS(::chdir(kDevice), ENOTDIR);
+    unit.describe("absent = /dev/backlight");
+    EXPECT_FAILS(::nftw(kDevice, visit, 5, 0), ENOENT);
+    EXPECT_EQ(::glob(kDevice, 0, nullptr, &found), GLOB_NOMATCH);
+    EXPECT_FAILS(::chdir(kDevice), ENOENT);
+}
+
+TEST_F(ChangeCalls, LeaveGlobWithFunctionsOfTheProgramToIt)
+{
+    glob_t found{};
+    found.gl_opendir = [](const char*) -> void* { return nullptr; };
+    found.gl_readdir = [](void*) -> dirent* { return nullptr; };
+    found.gl_closedir = [](void*) {};
+    found.gl_stat = found.gl_lstat = [](const char*, struct stat*) { return -1; };
+    const auto before = found.gl_opendir;
+
+    EXPECT_EQ(::glob("/opt/etc/*", GLOB_ALTDIRFUNC, nullptr, &found), GLOB_NOMATCH);
+    EXPECT_EQ(::glob("/opt/etc/*", 0, nullptr, &found), GLOB_NOMATCH);
+    EXPECT_EQ(found.gl_opendir, before);
+    EXPECT_EQ(found.gl_flags & GLOB_ALTDIRFUNC, 0);
 }
 
 TEST_F(ChangeCalls, FindNothingWhereTheUnitLacksIt)

@@ -112,6 +112,21 @@ TEST_F(PathsTest, OfFilesLieInTheUnitsFolder)
     EXPECT_EQ(settings.where.file, unit.settingsFile());
 }
 
+TEST_F(PathsTest, AreAllInADirectoryOfTheUnit)
+{
+    for (const char* const path : {"/opt/etc/a", "/opt/etc/sub/a", "/opt/etc/.a", "/opt/etc/hxaux.ini/a"}) {
+        const UnitPath one = findPath(AT_FDCWD, path);
+        EXPECT_EQ(one.path, path);
+        EXPECT_EQ(one.where.place, Link::Place::File);
+        EXPECT_EQ(one.where.file, unit.fileOf("/opt/etc") + std::string{path}.substr(8));
+    }
+    for (const char* const path : {"/opt/etc/sub/..", "/opt/etc/.", "/opt//etc/", "/opt/etc/a/../../etc"})
+        EXPECT_EQ(found(path), "/opt/etc") << path;
+    for (const char* const path : {"/opt/etc/..", "/opt/etc/../a", "/opt/etcetera/a", "/etc/a", "/opt/a", "etc/a", "..",
+                                   "/opt/etc/../etc2/a", "/opt/etc/../../etc/hxaux.ini"})
+        EXPECT_EQ(found(path), "") << path;
+}
+
 TEST_F(PathsTest, AreFoundWhereTheMachineHasNoSuchDirectory)
 {
     EXPECT_EQ(found("/sys/class/net/../net/can0/can_bittiming/bitrate"), "/sys/class/net/can0/can_bittiming/bitrate");
