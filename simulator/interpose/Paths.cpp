@@ -63,6 +63,20 @@ bool mayBeOn(Link& link, std::string_view path)
     return false;
 }
 
+bool isDirectoryItself(std::string_view name)
+{
+    return name == "." || name == "..";
+}
+
+/// The directory that contains one of the unit's, which a list of all entries shows.
+Link::Where above(Link::Where directory)
+{
+    if (directory.place != Link::Place::File)
+        return {};
+    directory.file += "/..";
+    return directory;
+}
+
 std::string absolute(int folder, std::string_view path)
 {
     if (path.front() == '/')
@@ -94,7 +108,6 @@ UnitPath findPath(int folder, const char* path)
         asFolder = true;
     if (!mayBeOn(*link, text))
         return {};
-    std::string_view name = text.substr(text.rfind('/') + 1);
     std::string full = absolute(folder, text);
     if (full.empty())
         return {};
@@ -102,12 +115,14 @@ UnitPath findPath(int folder, const char* path)
     if (isPlain(full))
         where = link->locate(full);
     if (where.place == Link::Place::Outside) {
-        if (name == "." || name == "..") // the directory itself
-            name = "";
-        full = resolved(name.empty() ? full : full.substr(0, full.rfind('/') + 1));
-        full += name.empty() || full == "/" ? "" : "/";
-        full += name;
+        const std::string before = full.substr(0, full.rfind('/') + 1);
+        const std::string name = full.substr(before.size());
+        full = resolved(isDirectoryItself(name) ? full : before);
+        if (!isDirectoryItself(name))
+            full += (full == "/" ? "" : "/") + name;
         where = link->locate(full);
+        if (where.place == Link::Place::Outside && name == "..")
+            where = above(link->locate(resolved(before)));
     }
     if (where.place == Link::Place::Outside)
         return {};

@@ -122,8 +122,10 @@ TEST_F(PathsTest, AreAllInADirectoryOfTheUnit)
     }
     for (const char* const path : {"/opt/etc/sub/..", "/opt/etc/.", "/opt//etc/", "/opt/etc/a/../../etc"})
         EXPECT_EQ(found(path), "/opt/etc") << path;
-    for (const char* const path : {"/opt/etc/..", "/opt/etc/../a", "/opt/etcetera/a", "/etc/a", "/opt/a", "etc/a", "..",
-                                   "/opt/etc/../etc2/a", "/opt/etc/../../etc/hxaux.ini"})
+    EXPECT_EQ(found("/opt/etc/.."), "/opt");
+    EXPECT_EQ(findPath(AT_FDCWD, "/opt/etc/sub/../..").where.file, unit.fileOf("/opt/etc") + "/..");
+    for (const char* const path : {"/opt/etc/../..", "/opt/etc/../a", "/opt/etcetera/a", "/etc/a", "/opt/a", "etc/a",
+                                   "..", "/opt/etc/../etc2/a", "/opt/etc/../../etc/hxaux.ini"})
         EXPECT_EQ(found(path), "") << path;
 }
 

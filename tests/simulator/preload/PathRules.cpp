@@ -79,6 +79,7 @@ void newFiles()
     report("symlink", symlink("c", in("link").c_str()));
     *out << content("link") << '\n';
     report("unlink", unlink(in("link").c_str()));
+    report("parent", access((place + "/..").c_str(), R_OK));
     report("by a detour to itself", access((place + "/sub/..").c_str(), R_OK));
 }
 
