@@ -6,7 +6,6 @@
 #include "testing/FirmwareTexts.h"
 
 #include <algorithm>
-#include <fcntl.h>
 #include <fstream>
 #include <semaphore.h>
 #include <string_view>

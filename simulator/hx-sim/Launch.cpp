@@ -9,7 +9,6 @@
 #include "simulator/server/PlainFile.h"
 #include "tools/cli/Printable.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>

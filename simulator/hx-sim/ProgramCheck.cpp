@@ -5,12 +5,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <elf.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
-#include <string_view>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>

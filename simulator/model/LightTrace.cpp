@@ -4,8 +4,6 @@
 #include "simulator/model/Backlight.h"
 #include "simulator/model/LightSensor.h"
 
-#include <cmath>
-
 namespace hxsim {
 
 namespace {

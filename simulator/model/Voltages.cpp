@@ -3,7 +3,6 @@
 
 #include "simulator/model/Text.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>

@@ -11,8 +11,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <map>
-#include <string_view>
 
 namespace hxsim {
 

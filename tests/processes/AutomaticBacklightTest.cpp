@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
-#include <functional>
 #include <thread>
 
 using hxtest::Outcome;

@@ -11,7 +11,6 @@
 #include <atomic>
 #include <cerrno>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>

@@ -8,7 +8,6 @@
 #include "tools/hxaux/Interface.h"
 #include "tools/hxaux/Signals.h"
 
-#include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>

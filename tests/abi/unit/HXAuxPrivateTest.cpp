@@ -2,8 +2,6 @@
 #include "simulator/model/ProductionData.h"
 #include "tests/abi/unit/Journal.h"
 
-#include <array>
-
 namespace hx_aux_private_test {
 
 using namespace oldapp;

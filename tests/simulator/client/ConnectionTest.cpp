@@ -8,7 +8,6 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <sys/socket.h>
 #include <sys/un.h>

@@ -9,7 +9,6 @@
 
 #include <array>
 #include <csignal>
-#include <cstdint>
 #include <mutex>
 #include <sys/mman.h>
 #include <unistd.h>

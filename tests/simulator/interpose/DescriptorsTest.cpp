@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
 #include <fcntl.h>
 #include <limits>
 #include <sys/socket.h>

@@ -10,7 +10,6 @@
 #include <poll.h>
 #include <string>
 #include <sys/ioctl.h>
-#include <sys/mman.h>
 #include <sys/select.h>
 #include <sys/stat.h>
 #include <sys/uio.h>

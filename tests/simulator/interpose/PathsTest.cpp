@@ -5,7 +5,6 @@
 #include "testing/SimulatedUnit.h"
 #include "testing/TemporaryFolder.h"
 
-#include <climits>
 #include <gmock/gmock.h>
 
 #include <cerrno>

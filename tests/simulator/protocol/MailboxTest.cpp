@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <atomic>
 #include <random>
 #include <sys/mman.h>
 #include <sys/socket.h>

@@ -5,10 +5,7 @@
 #include "tests/simulator/hx-sim/UnitFixture.h"
 
 #include <array>
-#include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <random>
 #include <sys/socket.h>

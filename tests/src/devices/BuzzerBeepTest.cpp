@@ -8,7 +8,6 @@
 
 #include <gmock/gmock.h>
 
-#include <atomic>
 #include <limits>
 #include <thread>
 

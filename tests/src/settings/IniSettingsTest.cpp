@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <locale>
 #include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -6,7 +6,6 @@
 #include "testing/FirmwareFile.h"
 
 #include <cstdlib>
-#include <fstream>
 
 namespace foreign_files_test {
 

@@ -5,11 +5,9 @@
 
 #include <gmock/gmock.h>
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>

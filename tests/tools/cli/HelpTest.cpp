@@ -7,7 +7,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <sstream>
 
 namespace help_test {

@@ -8,7 +8,6 @@
 #include <nlohmann/json.hpp>
 
 #include <array>
-#include <memory>
 #include <pty.h>
 #include <unistd.h>
 

@@ -6,7 +6,6 @@
 #include "tools/hxaux/Objects.h"
 #include <hx-aux/hx-aux.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>

@@ -6,8 +6,6 @@
 
 #include <gmock/gmock.h>
 
-#include <sstream>
-
 using namespace firmware;
 using hxaux::checkHex;
 using testing::HasSubstr;

@@ -4,9 +4,7 @@
 #include "testing/TemporaryFolder.h"
 #include "tools/hxaux/UpgradeRun.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <sys/stat.h>
 
 using namespace hxaux;

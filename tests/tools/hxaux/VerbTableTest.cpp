@@ -6,7 +6,6 @@
 #include "tools/hxaux/Objects.h"
 
 #include <set>
-#include <sstream>
 
 using namespace hxaux;
 using namespace hxtest;

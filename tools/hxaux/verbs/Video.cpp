@@ -8,7 +8,6 @@
 #include "tools/hxaux/Signals.h"
 
 #include <array>
-#include <thread>
 
 namespace hxaux {
 

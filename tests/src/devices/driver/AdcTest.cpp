@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
-#include <cmath>
 
 using namespace Halvix;
 using namespace driver;

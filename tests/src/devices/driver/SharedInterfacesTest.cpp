@@ -6,7 +6,6 @@
 
 #include <gmock/gmock.h>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 using namespace Halvix;
