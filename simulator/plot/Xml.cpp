@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/plot/Xml.h"
 
+#include "tools/cli/Printable.h"
+
 #include <array>
 #include <cstdarg>
 #include <cstdio>
@@ -20,14 +22,15 @@ std::string formatted(const char* format, ...)
 std::string text(const std::string& words)
 {
     std::string shown;
-    for (const char c : words) {
+    for (const char c : cli::printableLines(words)) {
         if (c == '<' || c == '>')
             shown += c == '<' ? "&lt;" : "&gt;";
-        else if (c == '&')
-            shown += "&amp;";
         else
-            shown += static_cast<unsigned char>(c) < ' ' && c != '\n' && c != '\t' ? '?' : c;
+            shown += c == '&' ? "&amp;" : std::string{c};
     }
+    for (const char* const missing : {"\xEF\xBF\xBE", "\xEF\xBF\xBF"}) // U+FFFE and U+FFFF, not in XML
+        for (std::size_t at = shown.find(missing); at != std::string::npos; at = shown.find(missing))
+            shown.replace(at, 3, "?");
     return shown;
 }
 

@@ -8,7 +8,7 @@ namespace hxsim::xml {
 /// Up to 511 bytes, in the manner of `printf`.
 [[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...);
 
-/// As text between two tags. XML has no control characters: each becomes a question mark.
+/// As text between two tags. XML is UTF-8 without control characters: other bytes are escaped as on a terminal.
 std::string text(const std::string& words);
 
 /// As the value of an attribute, without the quotes around it.

@@ -115,13 +115,26 @@ TEST(ScenarioJunit, HasTheFirstFailureInTheMessageAndAllInTheText)
                                 "console ended with status 3\n</failure>\n"));
 }
 
+TEST(ScenarioJunit, IsUtf8WhateverTheScenarioIs)
+{
+    ScenarioResult result =
+        withStatements({resultOf(State::Failed, "expect output \"K\xFC\x68l\"", 1s, "output was \x1b\xFF")});
+    result.name = "\xC3=1";
+
+    const std::string text = junitOf("\xE4.scenario", {result});
+
+    EXPECT_THAT(text, HasSubstr("<testsuite name=\"\\xe4.scenario\""));
+    EXPECT_THAT(text, HasSubstr("name=\"\\xc3=1\""));
+    EXPECT_THAT(text, HasSubstr("expect output \"K\\xfchl\"; output was \\x1b\\xff\n"));
+}
+
 TEST(ScenarioJunit, HasNoMarkupOfTheScenario)
 {
     const std::string text =
         junitOf("a<b>&\"c\"", {withStatements({resultOf(State::Failed, "expect x < 3", 0s, "x was \"\x01<&\"")})});
 
     EXPECT_THAT(text, HasSubstr("<testsuite name=\"a&lt;b&gt;&amp;&quot;c&quot;\""));
-    EXPECT_THAT(text, HasSubstr("message=\"a.scenario:12: expect x &lt; 3; x was &quot;?&lt;&amp;&quot;\""));
+    EXPECT_THAT(text, HasSubstr("message=\"a.scenario:12: expect x &lt; 3; x was &quot;\\x01&lt;&amp;&quot;\""));
     EXPECT_THAT(text, Not(HasSubstr("x < 3")));
 }
 
