@@ -9,16 +9,39 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <thread>
 
 using hxsim::UnitFolder;
 
+namespace unit_folder_test {
+
+/// Units have their folders here as long as it exists.
+class BaseIn {
+public:
+    explicit BaseIn(const TemporaryFolder& folder) { setenv(kVariable, folder.path().c_str(), 1); }
+    BaseIn(const BaseIn&) = delete;
+    BaseIn& operator=(const BaseIn&) = delete;
+    ~BaseIn()
+    {
+        if (before_)
+            setenv(kVariable, before_->c_str(), 1);
+        else
+            unsetenv(kVariable);
+    }
+
+private:
+    static constexpr char kVariable[] = "XDG_RUNTIME_DIR";
+    const std::optional<std::string> before_ =
+        std::getenv(kVariable) != nullptr ? std::optional<std::string>{std::getenv(kVariable)} : std::nullopt;
+};
+
 // The last unit that ends removes the folder of all units. Each of these is the last one most of the time.
 TEST(UnitFolder, IsMadeAndRemovedWhileOtherUnitsComeAndGo)
 {
     const TemporaryFolder scratch;
-    setenv("XDG_RUNTIME_DIR", scratch.path().c_str(), 1);
+    const BaseIn base{scratch};
     std::array<std::string, 4> failures;
     std::array<std::thread, 4> units;
     for (std::size_t i = 0; i < units.size(); ++i)
@@ -36,3 +59,5 @@ TEST(UnitFolder, IsMadeAndRemovedWhileOtherUnitsComeAndGo)
         EXPECT_EQ(failure, "");
     EXPECT_FALSE(std::filesystem::exists(UnitFolder::base()));
 }
+
+} // namespace unit_folder_test
