@@ -142,6 +142,8 @@ public:
 
     /// The name of a unit's semaphore on this machine.
     [[nodiscard]] virtual std::string semaphoreName(const std::string& name) = 0;
+    /// Whether the unit stops, or has stopped: nobody removes the semaphores that a program creates from then on.
+    [[nodiscard]] virtual bool isOver() { return false; }
     /// Waits for a real semaphore; 0 or -errno. Without a time-out waits forever.
     virtual int wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds) = 0;
     virtual int post(sem_t* semaphore) = 0;

@@ -82,6 +82,8 @@ sem_t* openSemaphore(Link& link, const char* text, int flags, mode_t mode, unsig
     if (error == 0) {
         semaphore = HXSIM_REAL(sem_open)(link.semaphoreName(name).c_str(), flags, mode, value);
         error = semaphore == SEM_FAILED ? errno : 0;
+        if (error == 0 && (flags & O_CREAT) != 0 && link.isOver())
+            HXSIM_REAL(sem_unlink)(link.semaphoreName(name).c_str());
     }
     if (error == 0)
         Names::table().opened(semaphore, shown);

@@ -138,10 +138,11 @@ void PreloadedLink::learnPaths()
 {
     Packet answer;
     const int fd = connections_.reserve();
-    if (fd == -EACCES || fd == -EPERM)
-        refused_ = EACCES;
-    if (!control(wire::Hello{}, &answer))
+    if (!control(wire::Hello{}, &answer)) {
+        refused_ = fd == -EACCES || fd == -EPERM ? EACCES : EIO;
+        semaphores_ = UnitFolder::markOf(folder_); // never the machine's
         return;
+    }
     for (const std::string& line : lines(answer.text())) {
         if (line[0] == 'N')
             semaphores_ = line.substr(2);
@@ -238,8 +239,8 @@ bool PreloadedLink::hasName(std::string_view name)
 /// A process that may not request the unit's paths treats devices that the machine does not have as the unit's.
 static Link::Where locateRefused(const std::string& path, int error)
 {
-    const bool isUnits =
-        isProductPath(path) || (path.starts_with("/dev/") && HXSIM_REAL(access)(path.c_str(), F_OK) != 0);
+    const bool isUnits = isProductPath(path) || path == "/opt/etc" || path.starts_with("/opt/etc/") ||
+                         (path.starts_with("/dev/") && HXSIM_REAL(access)(path.c_str(), F_OK) != 0);
     if (!isUnits)
         return {};
     Link::Where where;
@@ -364,6 +365,12 @@ std::string PreloadedLink::semaphoreName(const std::string& name)
 {
     const std::string plain = name.starts_with('/') ? name.substr(1) : name;
     return semaphores_.empty() ? '/' + plain : UnitFolder::semaphorePrefix(semaphores_) + plain;
+}
+
+bool PreloadedLink::isOver()
+{
+    const Inside inside;
+    return semaphores_ == UnitFolder::markOf(folder_) && !UnitFolder::isOpen(folder_);
 }
 
 int PreloadedLink::wait(sem_t* semaphore, const std::string& /*name*/, std::optional<std::int64_t> nanoseconds)

@@ -36,6 +36,7 @@ public:
     std::optional<std::int64_t> ownTime(clockid_t clock) override;
     void waitInOwnTime(std::int64_t nanoseconds, const Attempt& attempt) override;
     std::string semaphoreName(const std::string& name) override;
+    bool isOver() override;
     int wait(sem_t* semaphore, const std::string& name, std::optional<std::int64_t> nanoseconds) override;
     int post(sem_t* semaphore) override;
     int createThread(pthread_t* thread, const pthread_attr_t* attributes, void* (*function)(void*),

@@ -25,6 +25,7 @@ namespace {
 constexpr char kSemaphores[] = "/dev/shm";
 constexpr char kPidFile[] = "/pid";
 constexpr char kMarkFile[] = "/made-by-hx-sim";
+constexpr char kSocket[] = "/socket";
 
 bool isFolderOfThisUser(const struct stat& found)
 {
@@ -120,6 +121,15 @@ void removeSemaphores(const fs::path& folder)
         fs::remove(path, ignored);
 }
 
+/// A program that creates a semaphore looks for the socket afterwards: it is gone before the others are removed.
+void removeUnit(const fs::path& folder)
+{
+    if (isMarked(folder))
+        (void)::unlink((folder.string() + kSocket).c_str());
+    removeSemaphores(folder);
+    removeMarked(folder); // last: commands that wait for the end wait for this
+}
+
 /// The base directory must belong to this user, or another user could impersonate a unit. It is checked once: the last
 /// unit that stops can remove it at any time, and then the caller retries.
 void makeBase(const std::string& base)
@@ -176,8 +186,7 @@ UnitFolder::~UnitFolder()
 
 void UnitFolder::remove() const
 {
-    removeSemaphores(path_);
-    removeMarked(path_);           // last: commands that wait for the end wait for this
+    removeUnit(path_);
     (void)::rmdir(base().c_str()); // remains while it contains other units
 }
 
@@ -230,6 +239,11 @@ std::string UnitFolder::semaphorePrefix(const std::string& mark)
     return '/' + semaphoresOf(mark) + kAbi + '-';
 }
 
+bool UnitFolder::isOpen(const std::string& folder)
+{
+    return access((folder + kSocket).c_str(), F_OK) == 0;
+}
+
 std::vector<std::string> UnitFolder::running()
 {
     std::vector<std::string> units;
@@ -251,10 +265,8 @@ std::string UnitFolder::whatHidesThem()
 void UnitFolder::sweep()
 {
     for (const fs::path& folder : markedFolders())
-        if (!isAlive(folder)) {
-            removeSemaphores(folder);
-            removeMarked(folder);
-        }
+        if (!isAlive(folder))
+            removeUnit(folder);
     (void)::rmdir(base().c_str());
 }
 

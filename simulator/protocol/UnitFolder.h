@@ -37,6 +37,9 @@ public:
     /// "/hxsim-<user>-<mark>-<ABI>-": semaphores have another size in 32-bit and 64-bit programs, so each ABI has its
     /// own.
     static std::string semaphorePrefix(const std::string& mark);
+    /// Whether programs can still reach the unit of this directory. Semaphores that a program creates afterwards are
+    /// not removed with the unit.
+    static bool isOpen(const std::string& folder);
     /// Names of the running units.
     static std::vector<std::string> running();
     /// Why this user's units cannot be listed, running or not; or nothing.

@@ -2,7 +2,10 @@
 #include "simulator/protocol/UnitFolder.h"
 #include "tests/simulator/hx-sim/UnitFixture.h"
 
+#include <csignal>
+#include <filesystem>
 #include <sstream>
+#include <string>
 
 namespace {
 
@@ -91,6 +94,69 @@ TEST_F(PreloadBackend, NotifiesAProgramOnceThatItsUnitHasStopped)
 
     EXPECT_EQ(outcome.output, "repeating\nInput/output error\nInput/output error\n");
     EXPECT_EQ(outcome.error, "hx-sim: the simulated unit has stopped; its devices answer EIO from now on\n");
+}
+
+TEST_F(PreloadBackend, KeepsAProgramThatStartsAfterTheEndOfItsUnitAwayFromTheMachine)
+{
+    run("hx-sim start unit");
+
+    const auto outcome = run("hx-sim run --unit unit -- sh -c 'kill -9 " + hostOf("unit") +
+                             "; hx-probe get /dev/adc-id 0; hx-probe try /HXAUX_STARTED_LATE;"
+                             " cp /dev/null /opt/etc/x; cat /opt/etc/hxaux.ini' 2>&1");
+
+    EXPECT_THAT(outcome, outputMatches("stopped.*Input/output error.*free.*/opt/etc/x': Input/output error"
+                                       ".*hxaux.ini: Input/output error"));
+    EXPECT_FALSE(std::filesystem::exists("/dev/shm/sem.HXAUX_STARTED_LATE"));
+}
+
+class SemaphoresOfAStoppedUnit : public UnitFixture {
+protected:
+    /// The unit's in the machine's directory of semaphores.
+    [[nodiscard]] int count() const
+    {
+        const std::string mark = hxsim::UnitFolder::semaphorePrefix(hxsim::UnitFolder::markOf(folderOf("unit")));
+        int found = 0;
+        for (const auto& entry : std::filesystem::directory_iterator{"/dev/shm"})
+            found += entry.path().filename().string().starts_with("sem." + mark.substr(1)) ? 1 : 0;
+        return found;
+    }
+    /// A program that creates a semaphore once this command has stopped the unit.
+    static hxtest::Outcome createLate(const std::string& command)
+    {
+        return run("hx-sim run --unit unit -- hx-probe try-late /dev/adc-id /HXAUX_PROBE 2>&1 | (read line; " +
+                   command + " >&2; cat)");
+    }
+};
+
+TEST_F(SemaphoresOfAStoppedUnit, AreNotLeftByAProgramThatCreatesThemLate)
+{
+    run("hx-sim start unit");
+
+    EXPECT_THAT(createLate("hx-sim stop unit"), outputMatches("free"));
+
+    EXPECT_EQ(count(), 0);
+}
+
+TEST_F(SemaphoresOfAStoppedUnit, AreRemovedAfterItsHostWasKilled)
+{
+    run("hx-sim start unit");
+
+    EXPECT_THAT(createLate("kill -9 " + hostOf("unit")), outputMatches("free"));
+
+    EXPECT_EQ(count(), 1) << "the next command removes it";
+    run("hx-sim list");
+    EXPECT_EQ(count(), 0);
+}
+
+TEST_F(SemaphoresOfAStoppedUnit, AreNotLeftWhileItStops)
+{
+    run("hx-sim start unit");
+    std::filesystem::remove(folderOf("unit") + "/socket"); // the first that it removes
+
+    run("hx-sim run --unit unit -- hx-probe try /HXAUX_PROBE");
+
+    EXPECT_EQ(count(), 0);
+    kill(std::stoi(hostOf("unit")), SIGKILL);
 }
 
 TEST_F(PreloadBackend, ShortensAScaledSleep)

@@ -110,6 +110,17 @@ int tryLock(char** words)
     return 0;
 }
 
+/// try-late PATH NAME: the same after the unit has stopped.
+int tryLockLate(char** words)
+{
+    const int fd = open(words[0], O_RDWR);
+    RegisterBlock block{0, 0};
+    std::cout << "waiting" << std::endl;
+    while (ioctl(fd, 0xC004003A, &block) == 0) {
+    }
+    return tryLock(words + 1);
+}
+
 /// sleep SECONDS
 int sleepFor(char** words)
 {
@@ -305,6 +316,7 @@ constexpr Action kActions[] = {
     {"sleep", 1, sleepFor},
     {"storm", 0, storm},
     {"try", 1, tryLock},
+    {"try-late", 2, tryLockLate},
     {"terminal-rules", 1, terminalRules},
 };
 
