@@ -41,7 +41,9 @@ void KeptMemory::save()
         stream.close();
         if (stream)
             fs::rename(fresh, fileOf(name), error);
-        memory.changed = false;
+        memory.changed = !stream || error; // the next call makes another attempt
+        if (memory.changed)
+            fs::remove(fresh, error);
     }
 }
 

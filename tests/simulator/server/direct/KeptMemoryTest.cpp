@@ -70,6 +70,39 @@ TEST_F(KeptMemoryTest, WritesThroughNoLinkThatSomebodyLaid)
     EXPECT_FALSE(fs::exists(fs::symlink_status(main + ".new")));
 }
 
+TEST_F(KeptMemoryTest, IsWrittenAsSoonAsThatIsPossibleAgain)
+{
+    KeptMemory kept{unit, scratch.path()};
+    fs::create_directory(main);
+    fill(main + "/in-the-way", "");
+    act("production", {"main", "UNIT_SERIAL", "late"});
+
+    kept.save();
+    EXPECT_FALSE(fs::exists(main + ".new")) << "it leaves nothing of its attempt";
+    EXPECT_TRUE(unit.memories().at("eeprom-main").changed);
+    fs::remove_all(main);
+    kept.save();
+
+    EXPECT_FALSE(unit.memories().at("eeprom-main").changed);
+    Unit another;
+    const KeptMemory read{another, scratch.path()};
+    EXPECT_EQ(another.properties().get("eeprom.main.UNIT_SERIAL"), "late");
+}
+
+TEST_F(KeptMemoryTest, IsKeptWithoutItsFolder)
+{
+    KeptMemory kept{unit, scratch.path() + "/folder"};
+    fs::remove_all(scratch.path() + "/folder");
+    act("production", {"main", "UNIT_SERIAL", "late"});
+
+    kept.save();
+    EXPECT_FALSE(fs::exists(scratch.path() + "/folder"));
+    fs::create_directory(scratch.path() + "/folder");
+    kept.save();
+
+    EXPECT_EQ(contentOf(scratch.path() + "/folder/eeprom-main.bin").size(), 8192U);
+}
+
 TEST_F(KeptMemoryTest, MakesItsFolder)
 {
     const KeptMemory kept{unit, scratch.path() + "/a/b"};
