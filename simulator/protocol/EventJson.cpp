@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <type_traits>
+#include <utility>
 
 namespace hxsim {
 
@@ -62,7 +64,16 @@ template <typename Number>
 Number numberIn(const Json& object, const char* name)
 {
     const auto found = object.find(name);
-    return found != object.end() && found->is_number() ? found->get<Number>() : Number{};
+    if (found == object.end() || !found->is_number())
+        return {};
+    if constexpr (std::is_integral_v<Number>) { // a number that does not fit must not become another one
+        const bool fits = found->is_number_unsigned()
+                              ? std::in_range<Number>(found->get<std::uint64_t>())
+                              : found->is_number_integer() && std::in_range<Number>(found->get<std::int64_t>());
+        if (!fits)
+            return {};
+    }
+    return found->get<Number>();
 }
 
 } // namespace

@@ -95,6 +95,11 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Strange{"FieldsThatAreNotTexts", R"({"event":"output","line":5,"program":null})", {.kind = Kind::Output}},
         Strange{"NumbersThatAreTexts", R"({"event":"alarm","number":"1","process":"2","time":[]})", {}},
+        Strange{"NumbersThatDoNotFit", R"({"event":"alarm","number":-1,"process":4294967297,"thread":1e300})", {}},
+        Strange{"NumbersWithAFraction", R"({"event":"alarm","number":1.5,"process":2.0,"thread":-3})", {.thread = -3}},
+        Strange{"TheLargestNumbers",
+                R"({"event":"alarm","number":18446744073709551615,"process":2147483647})",
+                {.number = 18446744073709551615U, .process = 2147483647}},
         Strange{"ANegativeTime", R"({"event":"alarm","time":-5})", {}},
         Strange{"ATimeBeyondTheClock", R"({"event":"alarm","time":1e300})", {.time = 9000000000s}},
         Strange{"FieldsOfAnotherKind", R"({"event":"alarm","line":"x","device":"y"})", {}}),
