@@ -145,7 +145,7 @@ void makeBase(const std::string& base)
 /// The directory of a unit before it gets its name.
 std::string makeUnfinished(const std::string& unit)
 {
-    const std::string folder = UnitFolder::base() + '/' + kUnfinished + std::to_string(getpid()) + '-' + unit;
+    std::string folder = UnitFolder::base() + '/' + kUnfinished + std::to_string(getpid()) + '-' + unit;
     std::error_code error;
     for (int attempt = 0; attempt < 100; ++attempt) { // the last unit that stops removes the base directory
         makeBase(UnitFolder::base());
@@ -211,7 +211,7 @@ std::string UnitFolder::pathOf(const std::string& unit)
 
 std::string UnitFolder::fileOf(const std::string& unitPath) const
 {
-    const std::string file = path_ + "/files" + unitPath;
+    std::string file = path_ + "/files" + unitPath;
     std::error_code ignored;
     fs::create_directories(fs::path{file}.parent_path(), ignored);
     return file;

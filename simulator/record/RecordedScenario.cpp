@@ -109,7 +109,7 @@ private:
         std::string subject;
         std::uint32_t request;
         Bytes in;
-        auto operator<=>(const Key&) const = default;
+        auto operator<=>(const Key&) const = default; // NOLINT(modernize-use-nullptr): contains no pointer
     };
 
     /// Whether the unit's answer is the recorded one.

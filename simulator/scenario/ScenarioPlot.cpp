@@ -77,17 +77,18 @@ private:
     }
     void drawPanel(const std::string& name, const std::vector<Step>& steps)
     {
-        const auto [low, high] = std::ranges::minmax(steps, {}, &Step::value);
-        const double range = high.value > low.value ? high.value - low.value : 1;
+        const auto extremes = std::ranges::minmax(steps, {}, &Step::value);
+        const double low = extremes.min.value;
+        const double high = extremes.max.value;
+        const double range = high > low ? high - low : 1;
         const double base = bottom_ + kPanel;
-        const auto y = [&](double value) { return base - 5 - (kPanel - 10) * (value - low.value) / range; };
+        const auto y = [&](double value) { return base - 5 - (kPanel - 10) * (value - low) / range; };
         body_ += formatted("<rect class=\"f\" x=\"%.0f\" y=\"%.0f\" width=\"%.0f\" height=\"%.0f\"/>\n", kLeft, bottom_,
                            kRight - kLeft, kPanel);
         body_ += formatted("<text x=\"10\" y=\"%.0f\">%s</text>\n", bottom_ + kPanel / 2, name.c_str());
-        body_ += formatted("<text x=\"%.0f\" y=\"%.0f\" text-anchor=\"end\">%g</text>\n", kLeft - 5, bottom_ + 14,
-                           high.value);
         body_ +=
-            formatted("<text x=\"%.0f\" y=\"%.0f\" text-anchor=\"end\">%g</text>\n", kLeft - 5, base - 4, low.value);
+            formatted("<text x=\"%.0f\" y=\"%.0f\" text-anchor=\"end\">%g</text>\n", kLeft - 5, bottom_ + 14, high);
+        body_ += formatted("<text x=\"%.0f\" y=\"%.0f\" text-anchor=\"end\">%g</text>\n", kLeft - 5, base - 4, low);
         body_ += formatted("<path class=\"v\" d=\"M%.1f %.1f", x(steps[0].seconds), y(steps[0].value));
         for (const Step& step : steps)
             body_ += formatted("H%.1fV%.1f", x(step.seconds), y(step.value));

@@ -37,7 +37,8 @@ void KeptMemory::save()
         std::error_code error;
         fs::remove(fresh, error); // never writes through a link or into a FIFO
         std::ofstream stream{fresh, std::ios::binary};
-        stream.write(reinterpret_cast<const char*>(memory.bytes.data()), std::streamsize(memory.bytes.size()));
+        stream.write(reinterpret_cast<const char*>(memory.bytes.data()),
+                     static_cast<std::streamsize>(memory.bytes.size()));
         stream.close();
         if (stream)
             fs::rename(fresh, fileOf(name), error);

@@ -12,7 +12,7 @@ namespace hxsim {
 
 namespace {
 
-constexpr off_t kLargest = 64 * 1024 * 1024;
+constexpr off_t kLargest = off_t{64} * 1024 * 1024;
 
 /// Closes itself.
 class Descriptor {
