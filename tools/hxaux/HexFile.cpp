@@ -90,11 +90,11 @@ public:
 private:
     // Position of the next record: line ends before it are skipped.
     void findRecord() { begin_ = std::min(text_.find_first_not_of("\r\n", begin_), text_.size()); }
-    [[nodiscard]] std::string_view fromRecord() const { return std::string_view(text_).substr(begin_); }
+    [[nodiscard]] std::string_view fromRecord() const { return std::string_view{text_}.substr(begin_); }
 
     [[nodiscard]] std::string atLine(const std::string& problem) const
     {
-        const auto before = std::string_view(text_).substr(0, begin_);
+        const auto before = std::string_view{text_}.substr(0, begin_);
         long lines = std::ranges::count(before, '\n');
         if (lines == 0)
             lines = std::ranges::count(before, '\r');
