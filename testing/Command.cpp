@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/Command.h"
 
+#include "testing/FileContent.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -189,8 +191,7 @@ std::string Unit::settingsFile() const
 
 std::string Unit::settings() const
 {
-    std::ifstream stream{settingsFile()};
-    return {std::istreambuf_iterator<char>{stream}, {}};
+    return fileContent(settingsFile());
 }
 
 void Unit::writeSettings(const std::string& text) const

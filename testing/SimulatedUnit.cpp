@@ -2,9 +2,9 @@
 #include "testing/SimulatedUnit.h"
 
 #include "simulator/model/Text.h"
+#include "testing/FileContent.h"
 
 #include <fstream>
-#include <iterator>
 
 namespace {
 
@@ -124,8 +124,7 @@ std::string SimulatedUnit::fileOf(const std::string& path) const
 
 std::string SimulatedUnit::settings() const
 {
-    std::ifstream stream{settingsFile()};
-    return {std::istreambuf_iterator<char>{stream}, {}};
+    return fileContent(settingsFile());
 }
 
 void SimulatedUnit::writeSettings(const std::string& text) const

@@ -4,6 +4,7 @@
 #include "hx-aux/hx-aux.h"
 #include "platform/LinuxWrapper.h"
 #include "simulator/model/ProductionData.h"
+#include "testing/FileContent.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/faults/Forked.h"
@@ -13,7 +14,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <semaphore.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,12 +24,6 @@ using testing::HasSubstr;
 namespace {
 
 constexpr char kHostile[] = "%s%n%s%n%1000000d";
-
-std::string contentOf(const std::string& path)
-{
-    std::ifstream stream{path};
-    return {std::istreambuf_iterator<char>{stream}, {}};
-}
 
 // In place of the daemon's FIFO.
 
@@ -49,7 +43,7 @@ TEST(Hostile, FileInPlaceOfTheFifoTakesTheCommands)
 
     EXPECT_GE(openFifo(path), 0);
 
-    EXPECT_EQ(contentOf(path), "there"); // opening alone has no effect
+    EXPECT_EQ(fileContent(path), "there"); // opening alone has no effect
 }
 
 TEST(Hostile, FolderInPlaceOfTheFifoIsNotADaemon)
@@ -70,7 +64,7 @@ TEST(Hostile, LinkInPlaceOfTheFifoIsFollowed)
 
     EXPECT_GE(openFifo(path), 0);
 
-    EXPECT_EQ(contentOf(unit.folder() + "/target"), "there");
+    EXPECT_EQ(fileContent(unit.folder() + "/target"), "there");
 }
 
 TEST(Hostile, DanglingLinkInPlaceOfTheFifoIsNotADaemonAndCreatesNoFile)
@@ -119,7 +113,7 @@ TEST(Hostile, LinkInPlaceOfTheSettingsIsFollowedAndItsTargetRewritten)
 
     EXPECT_EQ(setKey("1"), ERR_SUCCESS);
 
-    EXPECT_EQ(contentOf(target), "=\nKEY = 1\n");
+    EXPECT_EQ(fileContent(target), "=\nKEY = 1\n");
 }
 
 TEST(Hostile, DanglingLinkInPlaceOfTheSettingsCreatesItsTarget)
@@ -130,7 +124,7 @@ TEST(Hostile, DanglingLinkInPlaceOfTheSettingsCreatesItsTarget)
 
     EXPECT_EQ(setKey("1"), ERR_SUCCESS);
 
-    EXPECT_EQ(contentOf(target), "KEY = 1\n");
+    EXPECT_EQ(fileContent(target), "KEY = 1\n");
 }
 
 TEST(Hostile, FolderInPlaceOfTheSettingsIsAnEmptyFileThatTakesNothing)

@@ -2,11 +2,11 @@
 // Calls that are passed on to this machine: to a file and a terminal that stand in for devices.
 #include "simulator/record/MachineCalls.h"
 
+#include "testing/FileContent.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 
 #include <array>
-#include <fstream>
 #include <iterator>
 #include <pty.h>
 #include <sys/ioctl.h>
@@ -30,11 +30,6 @@ protected:
     {
         return calls.open(kCaller, unit.addNode(path), flags).file;
     }
-    static std::string contentOf(const std::string& path)
-    {
-        std::ifstream file{path};
-        return {std::istreambuf_iterator<char>{file}, {}};
-    }
 
     MachineCalls calls{unit};
     const TemporaryFolder folder{};
@@ -50,7 +45,7 @@ TEST_F(MachineCallsTest, ReachesTheFileOfTheMachine)
     EXPECT_EQ(calls.read(kCaller, *file, read, 0s, kFirst).result, 3);
     EXPECT_EQ(std::string(read.begin(), read.begin() + 3), "old");
     EXPECT_EQ(calls.write(kCaller, *file, Bytes{'n', 'e', 'w'}).result, 3);
-    EXPECT_EQ(contentOf(path), "oldnew");
+    EXPECT_EQ(fileContent(path), "oldnew");
 }
 
 TEST_F(MachineCallsTest, PassesErrorsOn)

@@ -4,11 +4,10 @@
 
 #include "simulator/file/UnitCalls.h"
 #include "simulator/record/RecordedCalls.h"
+#include "testing/FileContent.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 
-#include <fstream>
-#include <sstream>
 #include <unistd.h>
 
 namespace replayed_calls_test {
@@ -205,12 +204,7 @@ protected:
     const TemporaryFolder scratch{};
     std::string path = scratch.path() + "/calls";
 
-    std::string written()
-    {
-        std::ostringstream text;
-        text << std::ifstream{path}.rdbuf();
-        return text.str();
-    }
+    [[nodiscard]] std::string written() const { return fileContent(path); }
     static Entry call(int process, int thread, const char* action)
     {
         return {

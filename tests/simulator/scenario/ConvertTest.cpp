@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-sim convert: recordings become scenarios, which are played with real programs.
 #include "testing/Command.h"
+#include "testing/FileContent.h"
 #include "testing/TemporaryFolder.h"
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 using namespace hxtest;
 using testing::AllOf;
@@ -28,9 +27,7 @@ protected:
         EXPECT_THAT(inFolder("hx-sim record -o x.recording " + options + " -- " + program), statusIs(0));
         EXPECT_THAT(inFolder("hx-sim convert x.recording -- " + program),
                     AllOf(statusIs(0), errorMatches("^hx-sim convert: [0-9]+ lines in x.scenario\n$"), outputIs("")));
-        std::ostringstream text;
-        text << std::ifstream{folder / "x.scenario"}.rdbuf();
-        return text.str();
+        return fileContent(folder / "x.scenario");
     }
     [[nodiscard]] Outcome play() const { return inFolder("hx-sim play scenario --virtual x.scenario"); }
 };

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-sim play scenario, with real programs on units of their own.
 #include "testing/Command.h"
+#include "testing/FileContent.h"
 #include "testing/TemporaryFolder.h"
 
 #include <fstream>
-#include <sstream>
 
 using namespace hxtest;
 using testing::AllOf;
@@ -25,12 +25,7 @@ protected:
         const std::string rest = program.empty() ? "" : " -- sh -c '" + program + "'";
         return run("cd " + folder.path() + " && hx-sim play scenario " + options + ' ' + "x.scenario" + rest);
     }
-    [[nodiscard]] std::string content(const std::string& name) const
-    {
-        std::ostringstream text;
-        text << std::ifstream{folder / name}.rdbuf();
-        return text.str();
-    }
+    [[nodiscard]] std::string content(const std::string& name) const { return fileContent(folder / name); }
 };
 
 TEST_F(PlayScenario, PassesWhenEverythingIsMet)

@@ -4,13 +4,12 @@
 #include "simulator/model/LightSensor.h"
 #include "simulator/model/LightTrace.h"
 #include "simulator/plot/LightPlot.h"
+#include "testing/FileContent.h"
 #include "tests/src/backlight/Service.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 
 using namespace Halvix;
 
@@ -21,9 +20,7 @@ constexpr const char* kDefaults = "ABL_averageWndSize=5\nABL_bSoftTransitions=1\
 
 hxsim::LightProfile profileOf(const std::string& name)
 {
-    std::ifstream stream{std::string{HX_LIGHT_PROFILES} + "/" + name + ".profile"};
-    EXPECT_TRUE(stream) << name;
-    return hxsim::LightProfile::parse(std::string{std::istreambuf_iterator<char>{stream}, {}});
+    return hxsim::LightProfile::parse(fileContent(std::string{HX_LIGHT_PROFILES} + "/" + name + ".profile"));
 }
 
 /// The automatic backlight with its defaults on a profile that begins after the level has settled at its first light.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The reset program matches its source and resets an emulated processor.
+#include "testing/FileContent.h"
 #include "testing/TemporaryFolder.h"
 #include "upgrade/STM32/stm32_bootloader.h"
 
@@ -103,8 +104,7 @@ TEST(ResetProgram, MatchesItsSource)
 
     ASSERT_EQ(std::system(std::string{HX_RESET_SOURCE}.append("/build.sh ").append(folder / "image").c_str()), 0);
 
-    std::ifstream file{folder / "image", std::ios::binary};
-    const std::string built{std::istreambuf_iterator<char>{file}, {}};
+    const std::string built = fileContent(folder / "image");
     EXPECT_EQ(Image(built.begin(), built.end()), checkedIn());
 }
 

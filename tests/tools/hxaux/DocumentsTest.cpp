@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The documents of the tool say what the verb table says.
 #include "testing/Command.h"
+#include "testing/FileContent.h"
 #include "tools/cli/Manual.h"
 #include "tools/hxaux/ErrorNames.h"
 #include "tools/hxaux/Objects.h"
@@ -21,10 +22,7 @@ namespace fs = std::filesystem;
 
 std::string page(const std::string& name)
 {
-    std::ifstream stream(std::string(HX_DOCS) + "/" + name);
-    std::ostringstream content;
-    content << stream.rdbuf();
-    return content.str();
+    return fileContent(std::string(HX_DOCS) + "/" + name);
 }
 
 /// The words of each call of a tool that stands between backticks.

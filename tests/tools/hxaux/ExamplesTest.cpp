@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The examples, run on a simulated unit; what they print is in examples/expected.
 #include "testing/Command.h"
+#include "testing/FileContent.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 using namespace hxtest;
 using testing::AllOf;
@@ -16,14 +15,6 @@ namespace fs = std::filesystem;
 
 const fs::path kSources = HX_EXAMPLE_SOURCES;
 const std::string kPrograms = HX_EXAMPLE_PROGRAMS;
-
-std::string contentOf(const fs::path& file)
-{
-    std::ifstream stream(file);
-    std::ostringstream content;
-    content << stream.rdbuf();
-    return content.str();
-}
 
 std::vector<std::string> namesIn(const fs::path& folder, const std::string& extension)
 {
@@ -46,7 +37,7 @@ TEST_P(Example, PrintsWhatIsExpected)
     const Unit unit({"touch.finger=follow"});
 
     EXPECT_THAT(unit.run(kPrograms + "/" + name),
-                AllOf(outputIs(contentOf(kSources / "expected" / (name + ".txt"))), errorIs(""), statusIs(0)));
+                AllOf(outputIs(fileContent(kSources / "expected" / (name + ".txt"))), errorIs(""), statusIs(0)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, Example, testing::ValuesIn(namesIn(kSources / "expected", ".txt")),
@@ -59,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(Each, Example, testing::ValuesIn(namesIn(kSources / "ex
 TEST(Examples, AreAtMostSixtyLinesLong)
 {
     for (const std::string& name : namesIn(kSources, ".cpp")) {
-        const std::string source = contentOf(kSources / (name + ".cpp"));
+        const std::string source = fileContent(kSources / (name + ".cpp"));
         EXPECT_TRUE(name == "tour" || std::ranges::count(source, '\n') <= 60) << name;
     }
 }
@@ -75,11 +66,11 @@ TEST(Examples, ShowEveryInterface)
 {
     std::string all;
     for (const std::string& name : namesIn(kSources, ".cpp"))
-        all += name == "tour" ? "" : contentOf(kSources / (name + ".cpp"));
+        all += name == "tour" ? "" : fileContent(kSources / (name + ".cpp"));
     int interfaces = 0;
     for (const std::string& name : namesIn(kSources.parent_path() / "include/hx-aux", ".h")) {
         const std::string factory = "Get" + name + "(";
-        if (contentOf(kSources.parent_path() / "include/hx-aux" / (name + ".h")).find(factory) == std::string::npos)
+        if (fileContent(kSources.parent_path() / "include/hx-aux" / (name + ".h")).find(factory) == std::string::npos)
             continue;
         ++interfaces;
         EXPECT_TRUE(all.find(factory) != std::string::npos) << "no program of examples/ calls " << factory << ")";

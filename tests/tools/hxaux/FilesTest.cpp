@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Files that are read as a whole before they are used, and the copies that the library gets.
+#include "testing/FileContent.h"
 #include "testing/TemporaryFolder.h"
 #include "tools/hxaux/MemoryFile.h"
 #include "tools/hxaux/RegularFile.h"
@@ -7,8 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sys/stat.h>
 
 namespace files_test {
@@ -17,12 +16,6 @@ using hxaux::MemoryFile;
 using hxaux::readRegularFile;
 
 constexpr std::uintmax_t kLargest = std::uintmax_t{64} << 20;
-
-std::string contentOf(const std::string& name)
-{
-    std::ifstream file(name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 TEST(RegularFile, IsReadAsAWholeWithZerosAndLineEnds)
 {
@@ -83,8 +76,8 @@ TEST(MemoryFile, HoldsTheTextUnderAName)
     text[1] = '\0';
     const MemoryFile file(text);
 
-    EXPECT_TRUE(contentOf(file.name()) == text);
-    EXPECT_TRUE(contentOf(file.name()) == text) << "the second time";
+    EXPECT_TRUE(fileContent(file.name()) == text);
+    EXPECT_TRUE(fileContent(file.name()) == text) << "the second time";
 }
 
 TEST(MemoryFile, MayBeEmpty)
@@ -92,7 +85,7 @@ TEST(MemoryFile, MayBeEmpty)
     const MemoryFile file("");
 
     EXPECT_TRUE(std::filesystem::exists(file.name()));
-    EXPECT_EQ(contentOf(file.name()), "");
+    EXPECT_EQ(fileContent(file.name()), "");
 }
 
 TEST(MemoryFile, IsGoneAfterwards)

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The metrics of a simulated unit.
 #include "testing/Command.h"
+#include "testing/FileContent.h"
 #include "testing/TemporaryFolder.h"
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 using namespace hxtest;
 using testing::AllOf;
@@ -36,13 +36,6 @@ std::string scraped(const Unit& unit)
 std::string errorsOf(const std::string& text, const std::string& device)
 {
     return valueOf(text, "hxaux_scrape_errors{device=\"" + device + "\"}");
-}
-
-std::string contentOf(const std::string& name)
-{
-    std::ostringstream text;
-    text << std::ifstream(name).rdbuf();
-    return text.str();
 }
 
 struct Fault {
@@ -216,7 +209,7 @@ TEST(MetricsVerb, ReplacesAFileForTheCollectorInItsFormat)
     const Outcome outcome = unit.run("hxaux metrics --output " + file);
 
     EXPECT_THAT(outcome, AllOf(outputIs(""), errorIs(""), statusIs(0)));
-    const std::string text = contentOf(file);
+    const std::string text = fileContent(file);
     EXPECT_THAT(text,
                 AllOf(HasSubstr("# TYPE hxaux_info gauge\n"), HasSubstr("# TYPE hxaux_power_cycles_total counter\n"),
                       Not(HasSubstr("EOF")), Not(HasSubstr("old"))));

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-sim record and replay: recording on a unit, replaying in a test.
 #include "testing/Command.h"
+#include "testing/FileContent.h"
 #include "testing/FirmwareTexts.h"
 #include "testing/TemporaryFolder.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 namespace record_test {
 
@@ -41,14 +40,6 @@ private:
     TemporaryFolder folder_;
 };
 
-std::string contentOf(const fs::path& file)
-{
-    std::ifstream stream{file};
-    std::ostringstream content;
-    content << stream.rdbuf();
-    return content.str();
-}
-
 constexpr char kVoltage[] = "hx-sim recording 1\n"
                             "1.1 0.1 /dev/adc-id open rdwr nonblock\n"
                             "1.1 0.2 /dev/adc-id 0xc004003a: 00 00 00 00 -> 00 00 b2 09\n"
@@ -60,7 +51,7 @@ TEST(Record, WritesEachCallWithItsAnswerOnALineBehindAHeadWithItsVersion)
 {
     const Recordings recordings;
 
-    EXPECT_THAT(contentOf(recordings.of("hxaux voltage 0")),
+    EXPECT_THAT(fileContent(recordings.of("hxaux voltage 0")),
                 testing::MatchesRegex("hx-sim recording 1\n"
                                       "1\\.1 [0-9.]+ /dev/adc-id open rdwr nonblock\n"
                                       "1\\.1 [0-9.]+ /dev/adc-id 0xc004003a: 00 00 00 00 -> 00 00 b2 09\n"
@@ -91,7 +82,7 @@ TEST(Record, RecordsWhatTheUnitLacksAndWhatItsFilesHold)
     const Recordings recordings;
     const std::string file = recordings.of("true", "--set absent=/dev/buzzer");
 
-    EXPECT_THAT(contentOf(file), HasSubstr("\nabsent /dev/buzzer\n"));
+    EXPECT_THAT(fileContent(file), HasSubstr("\nabsent /dev/buzzer\n"));
 }
 
 TEST(Record, OnARunningUnitKeepsToTheProgramsOwnCalls)
@@ -108,7 +99,7 @@ TEST(Record, OnARunningUnitKeepsToTheProgramsOwnCalls)
                                 unit.line("hxaux backlight get") + " >/dev/null; touch " + go + "; wait");
 
     EXPECT_THAT(outcome.output, "voltage 0: 23.996 V\n");
-    EXPECT_THAT(contentOf(recordings.file("own")), AllOf(HasSubstr("/dev/adc-id"), Not(HasSubstr("/dev/backlight"))));
+    EXPECT_THAT(fileContent(recordings.file("own")), AllOf(HasSubstr("/dev/adc-id"), Not(HasSubstr("/dev/backlight"))));
 }
 
 TEST(Record, OfTheMachinePassesCallsOnToItsDevices)
@@ -120,7 +111,7 @@ TEST(Record, OfTheMachinePassesCallsOnToItsDevices)
     EXPECT_THAT(run("hx-sim run -- sh -c 'hx-sim record --machine -o " + file +
                     " -- hxaux backlight set 77; hx-sim get backlight.level'"),
                 outputIs("77\n"));
-    EXPECT_THAT(contentOf(file), HasSubstr("/dev/backlight 0x40010003: "));
+    EXPECT_THAT(fileContent(file), HasSubstr("/dev/backlight 0x40010003: "));
 }
 
 TEST(Record, OfTheMachineReachesBoardLibraryAndSettingsFile)
@@ -155,7 +146,7 @@ TEST(Record, OfTheMachineWithoutADeviceSaysThatItIsAbsent)
     EXPECT_THAT(
         run("hx-sim run --set absent=/dev/adc-id -- hx-sim record --machine -o " + file + " -- hxaux voltage 0"),
         AllOf(errorMatches("voltage: Open failed \\(1\\)"), statusIs(1)));
-    EXPECT_THAT(contentOf(file), AllOf(HasSubstr("\nabsent /dev/adc-id\n"), HasSubstr("nonblock !ENOENT\n")));
+    EXPECT_THAT(fileContent(file), AllOf(HasSubstr("\nabsent /dev/adc-id\n"), HasSubstr("nonblock !ENOENT\n")));
 }
 
 TEST(Record, RefusesAFileThatCannotBeWritten)

@@ -2,12 +2,12 @@
 // A running unit without its server: time, recordings, what is kept.
 #include "simulator/server/RunningUnit.h"
 
+#include "testing/FileContent.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <unistd.h>
 
 using namespace hxsim;
@@ -36,12 +36,7 @@ protected:
         else
             setenv("XDG_RUNTIME_DIR", before_.c_str(), 1);
     }
-    std::string written() const
-    {
-        std::ostringstream text;
-        text << std::ifstream{path}.rdbuf();
-        return text.str();
-    }
+    std::string written() const { return fileContent(path); }
     void openAndClose(const std::string& device)
     {
         const Caller caller{getpid(), 1};

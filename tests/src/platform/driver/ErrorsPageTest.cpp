@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // docs/errors.md has every code with its number, name and text.
 #include "hx-aux/errors.h"
+#include "testing/FileContent.h"
 
 #include <gmock/gmock.h>
 
@@ -25,8 +26,7 @@ std::vector<std::string> rows()
 /// The name in the header.
 std::string nameOf(int code)
 {
-    std::ifstream header{HX_SOURCE_DIR "/include/hx-aux/errors.h"};
-    const std::string text{std::istreambuf_iterator<char>{header}, {}};
+    const std::string text = fileContent(HX_SOURCE_DIR "/include/hx-aux/errors.h");
     std::smatch found;
     const std::regex enumerator{R"((ERR_[A-Z0-9_]+) =\s*)" + std::to_string(code) + ","};
     return std::regex_search(text, found, enumerator) ? found[1].str() : "";
