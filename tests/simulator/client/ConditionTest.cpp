@@ -4,6 +4,7 @@
 
 #include "simulator/client/Duration.h"
 #include "simulator/model/Text.h"
+#include "testing/Named.h"
 #include "tests/simulator/client/ConditionCases.h"
 
 #include <gmock/gmock.h>
@@ -52,8 +53,7 @@ TEST_P(ConditionCase, HasItsVerdict)
     EXPECT_EQ(row.seen.empty() ? "" : evaluation.seen(), row.seen);
 }
 
-INSTANTIATE_TEST_SUITE_P(Conditions, ConditionCase, testing::ValuesIn(table().cases),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Conditions, ConditionCase, testing::ValuesIn(table().cases), kNameOfRow);
 
 TEST(Conditions, AreAllRead)
 {

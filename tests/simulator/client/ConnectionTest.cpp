@@ -3,6 +3,7 @@
 #include "simulator/client/Connection.h"
 
 #include "simulator/protocol/UnitFolder.h"
+#include "testing/Named.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -130,8 +131,7 @@ std::string errorOf(Work work)
     return "";
 }
 
-struct Greeting {
-    const char* name;
+struct Greeting : Named {
     const char* text;
     const char* error;
 };
@@ -154,7 +154,7 @@ INSTANTIATE_TEST_SUITE_P(Of, BadGreeting,
                                          Greeting{"NoJson", "hello\n", kOtherVersion},
                                          Greeting{"Nothing", "", "the unit has stopped"},
                                          Greeting{"HalfALine", "{\"version\":1}", "the unit has stopped"}),
-                         [](const auto& row) { return std::string{row.param.name}; });
+                         kNameOfRow);
 
 TEST(Connection, SaysThatNoSuchUnitIsRunning)
 {

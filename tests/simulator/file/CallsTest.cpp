@@ -8,8 +8,6 @@ namespace calls_test {
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Waits for devices of the unit and descriptors of the machine at once, as the kernel answers them.
+#include "testing/Named.h"
 #include "testing/SimulatedUnit.h"
 
 #include <array>
@@ -170,8 +171,7 @@ TEST_F(PollCalls, SelectEndsInTheTimeOfTheUnit)
     EXPECT_EQ(unit.now() - begin, 2500);
 }
 
-struct Wanted {
-    const char* name;
+struct Wanted : Named {
     short events;
     short ofDevice;
     short ofSerialPort; // to which nothing has come
@@ -196,7 +196,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Wanted{"Both", POLLIN | POLLOUT, POLLIN | POLLOUT, POLLOUT},
                     Wanted{"OrdinaryData", POLLRDNORM | POLLWRNORM, POLLRDNORM | POLLWRNORM, POLLWRNORM},
                     Wanted{"UrgentData", POLLPRI, 0, 0}, Wanted{"Nothing", 0, 0, 0}),
-    [](const auto& row) { return std::string{row.param.name}; });
+    kNameOfRow);
 
 TEST_F(PollCalls, PollPassesOverNegativeDescriptorsAndNamesClosedOnes)
 {

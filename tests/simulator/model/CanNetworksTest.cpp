@@ -7,8 +7,6 @@ namespace can_networks_test {
 
 using namespace hxsim;
 using modeltest::Bytes;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

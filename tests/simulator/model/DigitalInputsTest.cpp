@@ -6,8 +6,6 @@
 namespace digital_inputs_test {
 
 using modeltest::Bytes;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

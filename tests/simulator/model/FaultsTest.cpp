@@ -8,8 +8,6 @@ namespace faults_test {
 
 using hxsim::Fault;
 using hxsim::Faults;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

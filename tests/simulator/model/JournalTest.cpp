@@ -8,8 +8,6 @@ namespace journal_test {
 using hxsim::Entry;
 using hxsim::Journal;
 using modeltest::Bytes;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

@@ -5,8 +5,6 @@
 
 using hxsim::LightProfile;
 using namespace std::chrono_literals;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 using modeltest::refusalOf;
 
 namespace {

@@ -11,8 +11,6 @@ namespace microcontroller_test {
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

@@ -4,6 +4,7 @@
 
 #include "simulator/model/Text.h"
 #include "simulator/model/Unit.h"
+#include "testing/Named.h"
 
 #include <gmock/gmock.h>
 
@@ -12,7 +13,6 @@
 #include <cstdint>
 #include <fcntl.h>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,15 +22,6 @@ namespace modeltest {
 using namespace std::chrono_literals;
 
 using Bytes = std::vector<std::uint8_t>;
-
-/// A row of a table of cases, shown by its name.
-struct Named {
-    std::string name;
-
-    friend std::ostream& operator<<(std::ostream& stream, const Named& row) { return stream << row.name; }
-};
-
-constexpr auto kNameOfRow = [](const auto& info) { return info.param.name; };
 
 /// What a call refuses with BadText; empty when it does not.
 template <typename Call>

@@ -10,8 +10,6 @@ namespace service_uart_test {
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

@@ -4,8 +4,6 @@
 #include "tests/simulator/model/ModelTest.h"
 
 using hxsim::suggestion;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

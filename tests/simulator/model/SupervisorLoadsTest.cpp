@@ -5,8 +5,6 @@
 
 using namespace hxsim;
 using namespace std::chrono_literals;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

@@ -9,8 +9,6 @@ namespace supervisor_settings_test {
 
 using namespace hxsim;
 using namespace std::chrono_literals;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

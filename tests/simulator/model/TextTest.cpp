@@ -8,8 +8,6 @@
 #include <fcntl.h>
 
 using namespace hxsim;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 using modeltest::refusalOf;
 using testing::ElementsAre;
 using testing::IsEmpty;

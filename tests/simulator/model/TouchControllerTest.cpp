@@ -9,8 +9,6 @@ namespace touch_controller_test {
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

@@ -5,8 +5,6 @@
 #include "tests/simulator/model/ModelTest.h"
 
 using namespace hxsim;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 using modeltest::refusalOf;
 
 namespace {

@@ -6,8 +6,6 @@
 namespace versions_test {
 
 using modeltest::Bytes;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

@@ -7,8 +7,6 @@
 namespace video_inputs_test {
 
 using modeltest::Bytes;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 
 namespace {
 

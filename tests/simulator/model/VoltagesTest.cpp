@@ -5,9 +5,6 @@
 
 namespace voltages_test {
 
-using modeltest::kNameOfRow;
-using modeltest::Named;
-
 namespace {
 
 constexpr char kPath[] = "/dev/adc-id";

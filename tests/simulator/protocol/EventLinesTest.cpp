@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The lines of a unit's event stream, as other programs read them.
 #include "simulator/protocol/EventJson.h"
+#include "testing/Named.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -12,8 +13,7 @@ using namespace std::chrono_literals;
 using nlohmann::json;
 using Kind = Event::Kind;
 
-struct Line {
-    const char* name;
+struct Line : Named {
     Event event;
     const char* text;
 };
@@ -75,10 +75,9 @@ INSTANTIATE_TEST_SUITE_P(
         Line{"Held", held(),
              R"({"event":"held","number":0,"process":1,"program":"top","seconds":"5","state":"is running","thread":2,)"
              R"("time":2.0})"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
-struct Strange {
-    const char* name;
+struct Strange : Named {
     const char* text;
     Event event;
 };
@@ -103,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
         Strange{"ANegativeTime", R"({"event":"alarm","time":-5})", {}},
         Strange{"ATimeBeyondTheClock", R"({"event":"alarm","time":1e300})", {.time = 9000000000s}},
         Strange{"FieldsOfAnotherKind", R"({"event":"alarm","line":"x","device":"y"})", {}}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(StrangeObject, IsNotAnEvent)
 {

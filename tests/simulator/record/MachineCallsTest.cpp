@@ -100,8 +100,7 @@ TEST_F(MachineCallsTest, WaitsInsteadOfBlocking)
     EXPECT_EQ(read[0], 7);
 }
 
-struct Code {
-    const char* name;
+struct Code : Named {
     std::uint32_t code;
     std::size_t takes;
     std::size_t gives;
@@ -127,7 +126,7 @@ INSTANTIATE_TEST_SUITE_P(That, UnknownRequest,
                                          Code{"DoesBoth", _IOC(_IOC_READ | _IOC_WRITE, 'x', 1, 4), 4, 4},
                                          Code{"DoesNothing", _IOC(_IOC_NONE, 'x', 1, 0), 0, 0},
                                          Code{"IsLargerThanAnyBlock", _IOC(_IOC_READ, 'x', 1, 16383), 0, 4096}),
-                         [](const auto& row) { return std::string{row.param.name}; });
+                         kNameOfRow);
 
 TEST(KnownRequest, KeepsTheShapeOfItsDriver)
 {

@@ -55,8 +55,7 @@ TEST(RecordedScenario, RemovesWhatWasAbsentAndNamesFiles)
               "# The recorded unit had a file /opt/etc/hxaux.ini, which a scenario does not write.\n");
 }
 
-struct Setting {
-    const char* name;
+struct Setting : Named {
     const char* lines;
     const char* setUp;
 };
@@ -87,10 +86,9 @@ INSTANTIATE_TEST_SUITE_P(
                 "fail /dev/adc-id open EBUSY 1\n"},
         Setting{"NoFailureOfWhatIsAbsent", "absent /dev/adc-id\n1.1 0 /dev/adc-id open rdwr !ENOENT\n",
                 "remove /dev/adc-id\n"}),
-    [](const auto& row) { return std::string{row.param.name}; });
+    kNameOfRow);
 
-struct Course {
-    const char* name;
+struct Course : Named {
     const char* lines;
     const char* calls;
 };
@@ -122,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
                "wait request /dev/backlight open rdwr within 60s\n"},
         Course{"NoReadsClosesAndFaults",
                "1.1 0 /dev/ttyS0 read 4 -> 79\n1.1 1 /dev/ttyS0 close\n1.1 2 sleep fault 100 !EINTR\n", ""}),
-    [](const auto& row) { return std::string{row.param.name}; });
+    kNameOfRow);
 
 TEST(RecordedScenario, NamesTheFirstBytesOfALongCall)
 {
@@ -134,8 +132,7 @@ TEST(RecordedScenario, NamesTheFirstBytesOfALongCall)
     EXPECT_EQ(calls, "wait request /dev/ttyS0 write" + bytes.substr(0, 96) + " within 60s\n");
 }
 
-struct Word {
-    const char* name;
+struct Word : Named {
     const char* word;
     const char* line;
 };
@@ -155,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Word{"HasADollarSign", "$HOME", "$$HOME"}, Word{"LooksLikeAComment", "#1", "\"#1\""},
                     Word{"HasANumberSign", "a#1", "a#1"}, Word{"EndsWithACarriageReturn", "a\r", "\"a\r\""},
                     Word{"IsAFormFeed", "\f", "\"\f\""}),
-    [](const auto& row) { return std::string{row.param.name}; });
+    kNameOfRow);
 
 TEST(RecordedScenario, RefusesAWordWithALineBreak)
 {

@@ -9,8 +9,6 @@ namespace recording_test {
 using namespace hxsim;
 using namespace std::chrono_literals;
 using modeltest::Bytes;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 using modeltest::refusalOf;
 using testing::ElementsAre;
 

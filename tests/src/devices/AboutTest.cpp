@@ -2,6 +2,7 @@
 #include "hx-aux/About.h"
 
 #include "simulator/model/ProductionData.h"
+#include "testing/Named.h"
 #include "testing/SimulatedUnit.h"
 
 #include <gtest/gtest.h>
@@ -66,8 +67,7 @@ int number(About& object, NumberGetter getter)
 
 // Each operation reads its own key of its own store.
 
-struct TextRow {
-    const char* name;
+struct TextRow : Named {
     TextGetter getter;
     const char* value;
     const char* property;
@@ -151,10 +151,9 @@ INSTANTIATE_TEST_SUITE_P(
         TextRow{"AddOnPCBArt", &About::getAddOnPCBArt, "500-1210", "eeprom.addon.PCB_ART"},
         TextRow{"AddOnManufacturingDate", &About::getAddOnManufacturingDate, "2014-02-27", "eeprom.addon.DATE"},
         TextRow{"AddOnHWversion", &About::getAddOnHWversion, "2", "eeprom.addon.PCB_REV"}),
-    [](const auto& row) { return row.param.name; });
+    kNameOfRow);
 
-struct NumberRow {
-    const char* name;
+struct NumberRow : Named {
     NumberGetter getter;
     int value;
     const char* property;
@@ -212,10 +211,9 @@ INSTANTIATE_TEST_SUITE_P(All, AboutNumbers,
                                          NumberRow{"Video", &About::getNrOfVideoConnections, 2, "eeprom.main.VIDEO"},
                                          NumberRow{"USB", &About::getNrOfUSBConnections, 3, "eeprom.main.USBHOST"},
                                          NumberRow{"Serial", &About::getNrOfSerialConnections, 1, "eeprom.main.RS232"}),
-                         [](const auto& row) { return row.param.name; });
+                         kNameOfRow);
 
-struct FlagRow {
-    const char* name;
+struct FlagRow : Named {
     FlagGetter getter;
     const char* property;
 };
@@ -258,7 +256,7 @@ INSTANTIATE_TEST_SUITE_P(All, AboutModules,
                                          FlagRow{"GPS", &About::getIsGPSMounted, "eeprom.addon.GPS"},
                                          FlagRow{"GPRS", &About::getIsGPRSMounted, "eeprom.addon.GSM"},
                                          FlagRow{"BT", &About::getIsBTMounted, "eeprom.addon.BLUETOOTH"}),
-                         [](const auto& row) { return row.param.name; });
+                         kNameOfRow);
 
 // The default text.
 

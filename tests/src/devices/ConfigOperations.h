@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hx-aux/Config.h"
+#include "testing/Named.h"
 
 #include <cstdint>
 #include <map>
@@ -16,8 +17,7 @@ namespace config {
 using Get = Halvix::eErr (*)(Halvix::Config&, double&);
 using Set = Halvix::eErr (*)(Halvix::Config&, double);
 
-struct Getter {
-    const char* name;
+struct Getter : Named {
     Get call;
     const char* neededVersion; ///< of the supervisor, null for any
     std::map<std::uint8_t, std::uint16_t> registers;
@@ -25,22 +25,12 @@ struct Getter {
     double value;
 };
 
-struct Setter {
-    const char* name;
+struct Setter : Named {
     Set call;
     const char* neededVersion;
     double value;
     std::vector<std::string> requests;
 };
-
-inline void PrintTo(const Getter& row, std::ostream* out)
-{
-    *out << row.name;
-}
-inline void PrintTo(const Setter& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 const std::vector<Getter>& getters();
 const std::vector<Setter>& setters();

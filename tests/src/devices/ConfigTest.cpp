@@ -35,12 +35,6 @@ std::string callOf(const std::string& request)
     return request.substr(0, request.find(' ', request.find(' ') + 1));
 }
 
-template <class Row>
-std::string nameOf(const testing::TestParamInfo<Row>& info)
-{
-    return info.param.name;
-}
-
 /// The rows that only newer supervisors support.
 template <class Row>
 std::vector<Row> gated(std::vector<Row> rows)
@@ -51,13 +45,13 @@ std::vector<Row> gated(std::vector<Row> rows)
 
 class ConfigGetter : public testing::TestWithParam<config::Getter> {};
 class NewerConfigGetter : public testing::TestWithParam<config::Getter> {};
-INSTANTIATE_TEST_SUITE_P(Every, NewerConfigGetter, testing::ValuesIn(gated(config::getters())), nameOf<config::Getter>);
-INSTANTIATE_TEST_SUITE_P(Every, ConfigGetter, testing::ValuesIn(config::getters()), nameOf<config::Getter>);
+INSTANTIATE_TEST_SUITE_P(Every, NewerConfigGetter, testing::ValuesIn(gated(config::getters())), kNameOfRow);
+INSTANTIATE_TEST_SUITE_P(Every, ConfigGetter, testing::ValuesIn(config::getters()), kNameOfRow);
 
 class ConfigSetter : public testing::TestWithParam<config::Setter> {};
 class NewerConfigSetter : public testing::TestWithParam<config::Setter> {};
-INSTANTIATE_TEST_SUITE_P(Every, NewerConfigSetter, testing::ValuesIn(gated(config::setters())), nameOf<config::Setter>);
-INSTANTIATE_TEST_SUITE_P(Every, ConfigSetter, testing::ValuesIn(config::setters()), nameOf<config::Setter>);
+INSTANTIATE_TEST_SUITE_P(Every, NewerConfigSetter, testing::ValuesIn(gated(config::setters())), kNameOfRow);
+INSTANTIATE_TEST_SUITE_P(Every, ConfigSetter, testing::ValuesIn(config::setters()), kNameOfRow);
 
 TEST_P(ConfigGetter, ReadsItsRegistersInOrder)
 {

@@ -2,6 +2,7 @@
 #include "hx-aux/Diagnostic.h"
 
 #include "simulator/model/Supervisor.h"
+#include "testing/Named.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
@@ -21,17 +22,11 @@ namespace {
 constexpr const char* kDevice = "/dev/diag-id";
 constexpr int kUntouched = 77;
 
-struct Reading {
-    const char* name;
+struct Reading : Named {
     eErr (*call)(Diagnostic&, std::vector<int>&);
     std::vector<std::string> requests;
     std::vector<int> values;
 };
-
-void PrintTo(const Reading& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 template <class Value, eErr (Diagnostic::*Getter)(Value*)>
 eErr word(Diagnostic& diagnostic, std::vector<int>& values)
@@ -100,8 +95,7 @@ std::string callOf(const std::string& request)
 }
 
 class DiagnosticReading : public testing::TestWithParam<Reading> {};
-INSTANTIATE_TEST_SUITE_P(Every, DiagnosticReading, testing::ValuesIn(kReadings),
-                         [](const auto& row) { return std::string{row.param.name}; });
+INSTANTIATE_TEST_SUITE_P(Every, DiagnosticReading, testing::ValuesIn(kReadings), kNameOfRow);
 
 TEST_P(DiagnosticReading, TakesItsRegistersInOrder)
 {

@@ -2,6 +2,7 @@
 #include "simulator/model/FrontLed.h"
 
 #include "devices/FrontLED_Imp.h"
+#include "testing/Named.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
@@ -17,18 +18,12 @@ namespace {
 constexpr const char* kDevice = "/dev/frontled";
 constexpr unsigned char kUntouched = 77;
 
-struct Part {
-    const char* name;
+struct Part : Named {
     eErr (FrontLED::*get)(unsigned char*);
     eErr (FrontLED::*set)(unsigned char);
     unsigned char held;
     const char* written; ///< the pattern after 0xee was set
 };
-
-void PrintTo(const Part& part, std::ostream* out)
-{
-    *out << part.name;
-}
 
 // On an LED with the pattern 1, 2, 3, 4.
 const Part kParts[] = {
@@ -46,8 +41,7 @@ protected:
     SimulatedUnit unit{"led.timing = 1 2 3 4"};
     Released<FrontLED> led{GetFrontLED()};
 };
-INSTANTIATE_TEST_SUITE_P(Each, LedPart, testing::ValuesIn(kParts),
-                         [](const auto& row) { return std::string{row.param.name}; });
+INSTANTIATE_TEST_SUITE_P(Each, LedPart, testing::ValuesIn(kParts), kNameOfRow);
 
 TEST_P(LedPart, IsReadFromThePattern)
 {

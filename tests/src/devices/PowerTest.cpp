@@ -2,6 +2,7 @@
 #include "hx-aux/Power.h"
 
 #include "simulator/model/Supervisor.h"
+#include "testing/Named.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
@@ -17,18 +18,12 @@ namespace {
 
 constexpr const char* kDevice = "/dev/power-id";
 
-struct Operation {
-    const char* name;
+struct Operation : Named {
     eErr (*call)(Power&, int& value); ///< value in, or out
     std::vector<std::string> requests;
     int given;  ///< value before the call
     int answer; ///< value after the call
 };
-
-void PrintTo(const Operation& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 template <class Value, eErr (Power::*Getter)(Value*)>
 eErr get(Power& power, int& value)
@@ -83,8 +78,7 @@ std::string callOf(const std::string& request)
 }
 
 class PowerOperation : public testing::TestWithParam<Operation> {};
-INSTANTIATE_TEST_SUITE_P(Every, PowerOperation, testing::ValuesIn(kOperations),
-                         [](const auto& row) { return std::string{row.param.name}; });
+INSTANTIATE_TEST_SUITE_P(Every, PowerOperation, testing::ValuesIn(kOperations), kNameOfRow);
 
 TEST_P(PowerOperation, TouchesItsRegistersInOrder)
 {

@@ -4,6 +4,7 @@
 #include "platform/LinuxWrapper.h"
 #include "simulator/model/Microcontroller.h"
 #include "testing/FirmwareFile.h"
+#include "testing/Named.h"
 #include "upgrade/FirmwareUpgrade_Imp.h"
 
 #include <algorithm>
@@ -70,18 +71,12 @@ UpgradeStatus outcomeOf(const Upgrade& upgrade)
     return status;
 }
 
-struct StartCase {
-    const char* name;
+struct StartCase : Named {
     eErr (FirmwareUpgrade::*start)(const char* file, bool blocking);
     std::function<std::string(const SimulatedUnit&, const Bytes&)> file;
     bool writes;
     std::vector<std::string> devices;
 };
-
-std::ostream& operator<<(std::ostream& out, const StartCase& each)
-{
-    return out << each.name;
-}
 
 const std::vector<std::string> kSerialLine = {"/dev/ttyS0", "/dev/uart-redir"};
 const std::vector<std::string> kFlash = {"/dev/fpgaflash"};
@@ -104,8 +99,7 @@ protected:
         return ((*upgrade).*GetParam().start)(file.c_str(), blocking);
     }
 };
-INSTANTIATE_TEST_SUITE_P(FirmwareUpgrade, EveryStart, testing::ValuesIn(kStarts),
-                         [](const auto& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(FirmwareUpgrade, EveryStart, testing::ValuesIn(kStarts), kNameOfRow);
 
 } // namespace
 

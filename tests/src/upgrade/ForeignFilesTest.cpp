@@ -4,6 +4,7 @@
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
 #include "testing/FirmwareFile.h"
+#include "testing/Named.h"
 
 #include <cstdlib>
 
@@ -44,16 +45,10 @@ bool holds(SimulatedUnit& unit, hxsim::Microcontroller hxsim::Microcontrollers::
 const Bytes kSupervisor = firmware::pattern(70001, 11);
 const Bytes kFront = firmware::pattern(24002, 12);
 
-struct HexTool {
-    const char* name;
+struct HexTool : Named {
     const char* program;
     const char* command; ///< IN and OUT are replaced
 };
-
-std::ostream& operator<<(std::ostream& out, const HexTool& tool)
-{
-    return out << tool.name;
-}
 
 const HexTool kHexTools[] = {
     {"SrecCat", "srec_cat", "srec_cat IN -binary -offset 0x08000000 -o OUT -intel"},
@@ -89,8 +84,7 @@ protected:
         return out;
     }
 };
-INSTANTIATE_TEST_SUITE_P(Hex, FileOfTool, testing::ValuesIn(kHexTools),
-                         [](const auto& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(Hex, FileOfTool, testing::ValuesIn(kHexTools), kNameOfRow);
 
 } // namespace
 

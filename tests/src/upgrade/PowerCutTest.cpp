@@ -5,6 +5,7 @@
 #include "simulator/model/FpgaFlash.h"
 #include "simulator/model/Microcontroller.h"
 #include "testing/FirmwareFile.h"
+#include "testing/Named.h"
 
 using namespace Halvix;
 using firmware::Bytes;
@@ -13,8 +14,7 @@ namespace {
 
 const Bytes kImage = firmware::pattern(1000, 5);
 
-struct Target {
-    const char* name;
+struct Target : Named {
     eErr (FirmwareUpgrade::*start)(const char* file, bool blocking);
     std::string (*file)(const SimulatedUnit&, const Bytes&);
     hxsim::Microcontroller hxsim::Microcontrollers::*chip;
@@ -24,11 +24,6 @@ const Target kTargets[] = {
     {"ss", &FirmwareUpgrade::startSSUpgrade, firmware::supervisorFile, &hxsim::Microcontrollers::supervisor},
     {"front", &FirmwareUpgrade::startFrontUpgrade, firmware::frontFile, &hxsim::Microcontrollers::front},
 };
-
-std::ostream& operator<<(std::ostream& out, const Target& target)
-{
-    return out << target.name;
-}
 
 eErr upgrade(const Target& target, const std::string& file)
 {
@@ -74,8 +69,7 @@ protected:
         EXPECT_TRUE(holdsTheImage(unit, GetParam()));
     }
 };
-INSTANTIATE_TEST_SUITE_P(Microcontroller, PowerCut, testing::ValuesIn(kTargets),
-                         [](const auto& each) { return each.param.name; });
+INSTANTIATE_TEST_SUITE_P(Microcontroller, PowerCut, testing::ValuesIn(kTargets), kNameOfRow);
 
 } // namespace
 

@@ -2,6 +2,7 @@
 // What a command line means, and what is wrong with one.
 #include "tools/cli/Arguments.h"
 
+#include "testing/Named.h"
 #include "tests/tools/cli/Kettle.h"
 
 #include <gmock/gmock.h>
@@ -25,8 +26,7 @@ UsageError mistakeIn(const Words& words, const cli::Program& program = kettle::p
     return UsageError("");
 }
 
-struct Refused {
-    const char* name;
+struct Refused : Named {
     Words words;
     const char* text;
 };
@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{
             "TheSecondWordOfAVerb", {"lid", "later"}, "there is no verb 'later'; the verbs are get, set, set later"},
         Refused{"OnlyFlagsOfEachVerb", {"--json"}, "missing argument: a command; 'kettle --help' lists them"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 INSTANTIATE_TEST_SUITE_P(
     InAValue, Mistake,
@@ -87,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"OneTooManyBehindTheMark",
                 {"lid", "get", "--", "--json"},
                 "too many arguments: '--json'; usage: kettle lid get"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 INSTANTIATE_TEST_SUITE_P(
     InAnOption, Mistake,
@@ -112,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"AFlagOfEachVerbWithAValue", {"boil", "--json=false"}, "--json takes no value"},
         Refused{"HelpWithAValue", {"boil", "--help=yes"}, "--help takes no value"},
         Refused{"ForRepetitionOfAVerbThatIsNotRepeated", {"lid", "get", "--watch"}, "there is no option '--watch'"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 INSTANTIATE_TEST_SUITE_P(
     InAnOptionInFront, Mistake,
@@ -126,7 +126,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"WithABadValue", {"--timeout", "0", "boil"}, "--timeout: 0 is outside 0.1 to 60"},
         Refused{"OfOneWordWithABadValue", {"--timeout=x", "boil"}, "--timeout: 'x' is not a number"},
         Refused{"ThatOnlyOneVerbHas", {"--for", "1", "boil"}, "there is no option '--for'"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(Mistakes, SuggestNoOptionThatTheProgramLacks)
 {
@@ -145,8 +145,7 @@ TEST(Mistakes, BelongToTheObjectAndVerbAsFarAsTheyAreKnown)
     EXPECT_EQ(mistakeIn({"lid", "set", "later", "open", "x"}).verb, "set later");
 }
 
-struct Taken {
-    const char* name;
+struct Taken : Named {
     Words words;
     const char* value;
     Words texts;
@@ -196,7 +195,7 @@ INSTANTIATE_TEST_SUITE_P(
         Taken{"SeveralInFrontOfTheCommand", {"--timeout", "2", "--user", "bob", "lid", "get"}, "user", {"bob"}},
         Taken{"SeveralInFrontInAnotherOrder", {"--user", "bob", "--timeout=2", "lid", "get"}, "timeout", {"2"}},
         Taken{"OneInFrontThatLooksLikeTheCommand", {"--user", "lid", "lid", "get"}, "user", {"lid"}}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(Arguments, FindTheVerbWithTheMostWords)
 {
@@ -281,8 +280,7 @@ TEST(CallWords, AreTheVerbAndItsValuesWithoutOptions)
     EXPECT_THAT(call.words(), ElementsAre("lid set later", "open", "-1"));
 }
 
-struct Spoken {
-    const char* name;
+struct Spoken : Named {
     Words words;
     const char* verb; // null when there is none
     std::size_t used;
@@ -308,7 +306,7 @@ INSTANTIATE_TEST_SUITE_P(Of, FoundVerb,
                                          Spoken{"TheBeginningOfAWord", {"se"}, nullptr, 0},
                                          Spoken{"AWordThatIsLonger", {"sets"}, nullptr, 0},
                                          Spoken{"NoWord", {}, nullptr, 0}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         kNameOfRow);
 
 TEST(OptionNamed, IsFoundByItsNameAndItsLetterUnlessItIsAFlag)
 {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The words that may stand at the end of an unfinished command line, and the scripts that offer them.
+#include "testing/Named.h"
 #include "tests/tools/cli/Kettle.h"
 #include "tools/cli/Completion.h"
 
@@ -21,16 +22,10 @@ Words wordsOf(const cli::Candidates& candidates)
     return words;
 }
 
-struct Line {
-    const char* name;
+struct Line : Named {
     Words words;
     Words offered;
 };
-
-std::string nameOf(const testing::TestParamInfo<Line>& row)
-{
-    return row.param.name;
-}
 
 class Offered : public testing::TestWithParam<Line> {};
 
@@ -46,7 +41,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Line{"ThatBeginsLikeTheWord", {"l"}, {"lid"}}, Line{"BehindHelp", {"help", "l"}, {"lid"}},
                     Line{"ForNothing", {"xyzzy"}, {}}, Line{"BehindAnUnknownOne", {"xyzzy", ""}, {}},
                     Line{"OrOption", {"-"}, {"--help", "--json", "--timeout", "--user", "--version"}}),
-    nameOf);
+    kNameOfRow);
 
 INSTANTIATE_TEST_SUITE_P(
     VerbOrValue, Offered,
@@ -62,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Line{"BehindAnOptionOfOneWord", {"lid", "set", "--timeout=2", "o"}, {"open"}},
                     Line{"BehindTheMark", {"lid", "set", "--", "o"}, {"open"}},
                     Line{"Repeated", {"pour", "recipe", "tea", ""}, {"tea-milk"}}, Line{"OfAFile", {"pour", ""}, {}}),
-    nameOf);
+    kNameOfRow);
 
 INSTANTIATE_TEST_SUITE_P(
     Option, Offered,
@@ -71,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Line{"OfAVerbThatIsNotRepeated", {"lid", "get", "--c"}, {}},
                     Line{"OfEachVerb", {"lid", "get", "--"}, {"--help", "--json", "--timeout", "--user"}},
                     Line{"NotBehindTheMark", {"lid", "set", "--", "-"}, {}}),
-    nameOf);
+    kNameOfRow);
 
 INSTANTIATE_TEST_SUITE_P(ValueOfAnOption, Offered,
                          testing::Values(Line{"OfAChoice", {"boil", "--lid", ""}, {"ajar", "closed", "open"}},
@@ -80,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(ValueOfAnOption, Offered,
                                          Line{"OfALetter", {"lid", "get", "-u", "b"}, {"bob"}},
                                          Line{"BehindAFlag", {"lid", "get", "--json", "--user", "a"}, {"alice"}},
                                          Line{"EvenIfItLooksLikeOne", {"boil", "--for", "--lid", ""}, {}}),
-                         nameOf);
+                         kNameOfRow);
 
 INSTANTIATE_TEST_SUITE_P(
     Program, Offered,
@@ -89,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Line{"WithItsOwnWords", {"start", "radio", ""}, {"radio-milk"}},
                     Line{"WithItsOwnWordsBehindTheMark", {"start", "--", "radio", "loud", ""}, {"loud-milk"}},
                     Line{"WithoutOptionsOfTheStarter", {"start", "radio", "-"}, {}}),
-    nameOf);
+    kNameOfRow);
 
 TEST(Candidates, ExplainTheirUnitAndRange)
 {

@@ -2,6 +2,7 @@
 // The texts of help, made from the table.
 #include "tools/cli/Help.h"
 
+#include "testing/Named.h"
 #include "tests/tools/cli/Kettle.h"
 #include "tools/cli/Manual.h"
 
@@ -133,8 +134,7 @@ TEST(Help, LeavesAWordWhole)
     EXPECT_THAT(cli::verbHelp(kettle::program(), object("boil"), verb, 40), HasSubstr("\n" + word + "\n"));
 }
 
-struct Row {
-    const char* name;
+struct Row : Named {
     Argument argument;
     const char* term; // as an option
     const char* text;
@@ -189,7 +189,7 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"ANameOfItsOwn", shown(cli::real("for", 0, 1, "s", "how long"), "TIME"), "--for TIME",
             "how long (0 to 1 s)"},
         Row{"NothingToExplain", cli::text("key", ""), "--key KEY", ""}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(Metavariable, ShowsWhetherAValueIsOptionalOrRepeated)
 {
@@ -200,8 +200,7 @@ TEST(Metavariable, ShowsWhetherAValueIsOptionalOrRepeated)
     EXPECT_EQ(cli::metavariable(shown(cli::text("heat", ""), "KEY=VALUE")), "KEY=VALUE");
 }
 
-struct Request {
-    const char* name;
+struct Request : Named {
     Words words;
     const char* begins; // null: the words request no text
 };
@@ -233,7 +232,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Request{"Short", {"-h"}, kProgram}, Request{"BesideAnotherOption", {"--json", "--help"}, kProgram},
                     Request{"NoWord", {}, nullptr}, Request{"ACommand", {"lid"}, nullptr},
                     Request{"VersionBehindACommand", {"lid", "--version"}, nullptr}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 INSTANTIATE_TEST_SUITE_P(
     OnACommand, Information,
@@ -256,7 +255,7 @@ INSTANTIATE_TEST_SUITE_P(
         Request{"OfTheProgramBehindAnOption", {"start", "-v", "3", "radio", "--help"}, nullptr},
         Request{"InFrontOfTheProgram", {"start", "-v", "3", "--help"}, "kettle start PROGRAM...\n"},
         Request{"InFrontOfTheProgramThatFollows", {"start", "--help", "radio"}, "kettle start PROGRAM...\n"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(Information, RefusesWhatDoesNotExist)
 {

@@ -2,6 +2,7 @@
 // The manual page and the reference, made from the table.
 #include "tools/cli/Manual.h"
 
+#include "testing/Named.h"
 #include "tests/tools/cli/Kettle.h"
 
 #include <gmock/gmock.h>
@@ -82,8 +83,7 @@ TEST(ManualText, HasTheCommonOptionsAndTheStatusesOnce)
               ".BR toaster (1)\n");
 }
 
-struct Hostile {
-    const char* name;
+struct Hostile : Named {
     const char* text;
     const char* shown;
 };
@@ -105,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(Of, TextOnTheManualPage,
                                          Hostile{"ADotInside", "a.TH", "a.TH"},
                                          Hostile{"ABackslash", "a\\fBb", "a\\efBb"},
                                          Hostile{"AMinus", "-a-", "\\-a\\-"}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         kNameOfRow);
 
 TEST(Reference, HasASectionForEachCommandAndEachCall)
 {

@@ -2,6 +2,8 @@
 // Numbers and names as people write them.
 #include "tools/cli/Names.h"
 
+#include "testing/Named.h"
+
 #include <gmock/gmock.h>
 
 #include <limits>
@@ -13,8 +15,7 @@ using cli::toReal;
 using testing::ElementsAre;
 using testing::Optional;
 
-struct Number {
-    const char* name;
+struct Number : Named {
     const char* text;
     std::optional<long long> integer;
     std::optional<double> real;
@@ -49,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Number{"TheSmallestInteger", "-9223372036854775808", kLeast, -9223372036854775808.0},
                     Number{"TheLargestOfBaseSixteen", "0x7fffffffffffffff", kMost, {}},
                     Number{"TooLargeOfBaseSixteen", "0x8000000000000000", {}, {}}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 const cli::Names kDays = cli::namesOf<int>({{1, "monday"}, {2, "tuesday"}, {2, "day-two"}, {10, "never"}});
 

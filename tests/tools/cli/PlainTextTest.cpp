@@ -2,6 +2,8 @@
 // Texts that must not reach the settings file or an EEPROM.
 #include "tools/cli/PlainText.h"
 
+#include "testing/Named.h"
+
 #include <gtest/gtest.h>
 
 namespace plain_text_test {
@@ -17,8 +19,7 @@ constexpr const char* kOuter = "it begins or ends with a blank";
 constexpr const char* kForeign = "it contains a character outside ASCII";
 constexpr const char* kComment = "it begins with a semicolon, which makes the line a comment";
 
-struct Text {
-    const char* name;
+struct Text : Named {
     std::string text;
     const char* property; // why it is refused as a property's value; its key, a setting's value, its key
     const char* propertyKey;
@@ -56,6 +57,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Text{"NoUtf8", "\xff", kForeign, kForeign, "", ""},
                     Text{"TheLongest", std::string(254, 'x'), "", "", "", ""},
                     Text{"OneMore", std::string(255, 'x'), kLong, kLong, kLong, kLong}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 } // namespace plain_text_test

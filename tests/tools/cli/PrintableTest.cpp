@@ -2,6 +2,7 @@
 // Texts of others on their way to a terminal or a file.
 #include "tools/cli/Printable.h"
 
+#include "testing/Named.h"
 #include "tools/cli/Json.h"
 
 #include <gtest/gtest.h>
@@ -13,8 +14,7 @@
 
 namespace printable_test {
 
-struct Shown {
-    const char* name;
+struct Shown : Named {
     std::string text;
     const char* line;
 };
@@ -43,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Shown{"ContinuationAlone", "\x80z", "\\x80z"}, Shown{"CutShortInside", "\xe2\x82z", "\\xe2\\x82z"},
                     Shown{"CutShortBeforeACharacter", "\xc3\xc3\xbc", "\\xc3\xc3\xbc"},
                     Shown{"CutShortOfFour", "\xf0\x9f\x94", "\\xf0\\x9f\\x94"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(PrintableLines, KeepTheirEnds)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Arguments, help and usage errors: tests without a unit.
 #include "testing/Command.h"
+#include "testing/Named.h"
 
 #include <algorithm>
 #include <sstream>
@@ -114,8 +115,7 @@ TEST(CommandLine, PrintsItsVersionForTheShortOptionToo)
     EXPECT_EQ(run("hxaux -V").output, run("hxaux --version").output);
 }
 
-struct Spelling {
-    const char* name;
+struct Spelling : Named {
     const char* words;
     const char* same;
 };
@@ -147,7 +147,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Spelling{"VerbValueAndOption", "backlight set 300 --help", "backlight set --help"},
                     Spelling{"VerbAndShort", "backlight set -h", "backlight set --help"},
                     Spelling{"ObjectWithoutVerbs", "voltage help", "voltage --help"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(CommandLine, TakesTheWordHelpForATextWhereOneIsExpected)
 {

@@ -3,6 +3,7 @@
 #include "tools/hxaux/HexFile.h"
 
 #include "testing/FirmwareTexts.h"
+#include "testing/Named.h"
 
 #include <gmock/gmock.h>
 
@@ -64,8 +65,7 @@ TEST(HexFile, ReportsTheSizeOfTheImage)
     EXPECT_EQ(checkHex(linear(0x0800) + row(0x100) + kEndRecord).imageSize, 0x110U);
 }
 
-struct Misplaced {
-    const char* name;
+struct Misplaced : Named {
     std::string records;
     const char* problem;
 };
@@ -107,7 +107,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "line 4: its data belongs to address 0x08010008, but the unit would write it to 0x08010010"},
         Misplaced{"Overlap", linear(0x0800) + row(0) + row(8), "line 3: its data begins before the end"},
         Misplaced{"DescendingData", linear(0x0800) + row(32) + row(0), "line 3: its data begins before the end"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(HexFile, NamesTheLineOfWhatIsNotARecord)
 {

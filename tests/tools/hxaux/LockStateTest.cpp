@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Which lock may be released although nobody released it.
+#include "testing/Named.h"
 #include "tools/hxaux/NamedLock.h"
 
 #include <gtest/gtest.h>
@@ -35,8 +36,7 @@ LockState notEverySeen()
     return state;
 }
 
-struct Row {
-    const char* name;
+struct Row : Named {
     LockState state;
     bool stale;
 };
@@ -57,6 +57,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"OthersMayHave", notEverySeen(), false}, Row{"IsFree", withValue(1), false},
                     Row{"IsMissing", ofKind(Kind::Missing), false}, Row{"IsRefused", ofKind(Kind::Refused), false},
                     Row{"IsOfAnotherAbi", ofKind(Kind::OtherAbi), false}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 } // namespace lock_state_test

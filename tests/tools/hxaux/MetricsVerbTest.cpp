@@ -2,6 +2,7 @@
 // The metrics of a simulated unit.
 #include "testing/Command.h"
 #include "testing/FileContent.h"
+#include "testing/Named.h"
 #include "testing/TemporaryFolder.h"
 
 #include <filesystem>
@@ -38,8 +39,7 @@ std::string errorsOf(const std::string& text, const std::string& device)
     return valueOf(text, "hxaux_scrape_errors{device=\"" + device + "\"}");
 }
 
-struct Fault {
-    const char* name;
+struct Fault : Named {
     const char* setting;
     const char* device;
     const char* errors;
@@ -134,7 +134,7 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"SystemVersion", "absent=/etc/firmware.ver", "/etc/firmware.ver", "1",
               "hxaux_component_up{component=\"system\"} 1"},
         Fault{"BoardLibrary", "absent=libjida.so", "libjida.so", "2", "hxaux_temperature_celsius{sensor=\"module0\"}"}),
-    [](const auto& each) { return each.param.name; });
+    kNameOfRow);
 
 TEST(MetricsVerb, ShowsThatASupervisorHasNoFirmware)
 {

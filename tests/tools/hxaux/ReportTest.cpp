@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "tools/hxaux/Report.h"
 
+#include "testing/Named.h"
+
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
@@ -25,8 +27,7 @@ TEST(ReportText, EscapesLineEndsOfForeignTexts)
     EXPECT_EQ(asText({"info", "", Exit::Done, {{"serial", "12\n34"}}, {}, {}}), "serial: 12\\x0a34\n");
 }
 
-struct ForeignText {
-    const char* name;
+struct ForeignText : Named {
     std::string text;
     const char* shown;
 };
@@ -71,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ForeignText{"BehindTheLast", "\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
                     ForeignText{"Umlaut", "M\xc3\xbcller \xe2\x82\xac \xf0\x9f\x94\x86",
                                 "M\xc3\xbcller \xe2\x82\xac \xf0\x9f\x94\x86"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(ReportText, ShowsSwitchesAsOnAndOffAndNothingAsAbsent)
 {

@@ -2,6 +2,7 @@
 // Each kind of value as text and as JSON.
 #include "tools/hxaux/Value.h"
 
+#include "testing/Named.h"
 #include "tools/hxaux/Report.h"
 
 #include <gmock/gmock.h>
@@ -16,6 +17,7 @@ using hxaux::Coded;
 using hxaux::Exit;
 using hxaux::Field;
 using hxaux::NameOf;
+using hxaux::problemLines;
 using hxaux::Report;
 using hxaux::Value;
 using nlohmann::json;
@@ -25,8 +27,7 @@ Report with(std::vector<Field> fields)
     return {"x", "", Exit::Done, std::move(fields), {}, {}};
 }
 
-struct Form {
-    const char* name;
+struct Form : Named {
     Value value;
     const char* text;
     const char* json;
@@ -65,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Form{"Record", Value::Record{{"red", 1}, {"heat now", 40, "C"}}, "red 1, heat now 40 C",
                          R"({"red":1,"heat_now":40})"},
                     Form{"EmptyRecord", Value::Record{}, "", "{}"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(LargeValue, IsWholeHoweverLarge)
 {

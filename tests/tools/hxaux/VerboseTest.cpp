@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // --verbose: each request to a device on standard error, and nothing else.
+#include "testing/Named.h"
 #include "tests/tools/hxaux/OnUnit.h"
 
 namespace verbose_test {
@@ -7,8 +8,7 @@ namespace verbose_test {
 using namespace hxtest;
 using testing::AllOf;
 
-struct Shown {
-    const char* name;
+struct Shown : Named {
     const char* command;
     std::vector<std::string> settings;
     const char* output;
@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
               "backlight get: IoCtrl operation failed (7)\n"},
         Shown{"OpensDevicesAlone", "settings list", {}, "", "/dev/backlight open\n/dev/diag-id open\n"},
         Shown{"UsesTheBoardLibrary", "eeprom get CF", {}, "CF: 1\n", "/dev/backlight open\n/dev/diag-id open\n"}),
-    [](const auto& row) { return std::string(row.param.name); });
+    kNameOfRow);
 
 TEST(Verbose, LeavesJsonAlone)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Which programs see a unit, by the bytes of their files.
 #include "simulator/hx-sim/ProgramCheck.h"
+#include "testing/Named.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -90,8 +91,7 @@ protected:
     const TemporaryFolder folder{};
 };
 
-struct File {
-    const char* name;
+struct File : Named {
     std::string bytes;
     const char* why;
 };
@@ -128,7 +128,7 @@ INSTANTIATE_TEST_SUITE_P(
                     File{"LacksItsSegments", elf64(kLoader64).substr(0, sizeof(Elf64_Ehdr)), "is statically linked"},
                     File{"IsAText", "hello\n", ""}, File{"IsAScriptWithoutAnInterpreter", "#!\n", ""},
                     File{"IsAScriptOfAMissingInterpreter", "#!/nonexistent/sh\n", ""}),
-    [](const auto& row) { return std::string{row.param.name}; });
+    kNameOfRow);
 
 TEST_F(ProgramFiles, AreNamedWithoutThePreloadLibraryOfTheirAbi)
 {

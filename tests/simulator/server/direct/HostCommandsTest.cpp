@@ -14,8 +14,6 @@ namespace host_commands_test {
 
 using namespace hxsim;
 using namespace std::chrono_literals;
-using modeltest::kNameOfRow;
-using modeltest::Named;
 using testing::HasSubstr;
 
 namespace {

@@ -2,6 +2,7 @@
 #include "hx-aux/AuxVersion.h"
 
 #include "devices/AuxVersion_Imp.h"
+#include "testing/Named.h"
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
@@ -21,16 +22,10 @@ namespace {
 
 using Getter = eErr (AuxVersion::*)(unsigned char*, unsigned char*, unsigned char*, unsigned char*);
 
-struct Component {
-    const char* name;
+struct Component : Named {
     Getter get;
     std::uint32_t request;
 };
-
-void PrintTo(const Component& component, std::ostream* out)
-{
-    *out << component.name;
-}
 
 struct Version {
     unsigned char major = 7, minor = 7, release = 7, build = 7;
@@ -98,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(Of, DeviceVersion,
                                          Component{"Supervisor", &AuxVersion::getSSVersion, 0x80040037},
                                          Component{"Front", &AuxVersion::getFrontVersion, 0x80040038},
                                          Component{"Drivers", &AuxVersion::getHXAuxDrvVersion, 0x80040064}),
-                         [](const testing::TestParamInfo<Component>& component) { return component.param.name; });
+                         kNameOfRow);
 
 TEST(AuxVersion, OpensItsDeviceOnceForReadingAndWriting)
 {

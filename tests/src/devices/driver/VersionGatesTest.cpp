@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/version-gates.h"
+#include "testing/Named.h"
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
@@ -12,16 +13,10 @@ using testing::ElementsAre;
 
 namespace {
 
-struct Gate {
-    const char* name;
+struct Gate : Named {
     bool (*has)(unsigned char, unsigned char, unsigned char, unsigned char);
     std::uint32_t request;
 };
-
-void PrintTo(const Gate& gate, std::ostream* out)
-{
-    *out << gate.name;
-}
 
 const Gate kFpga{"Fpga", DoesSystemHaveAtLeastFPGAVersion, 0x80040036};
 const Gate kSupervisor{"Supervisor", DoesSystemHaveAtLeastSSVersion, 0x80040037};
@@ -84,8 +79,7 @@ TEST_P(VersionGate, OpensTheDeviceAfreshForEveryQuestion)
     EXPECT_EQ(script.opened().size(), 2U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, VersionGate, testing::Values(kFpga, kSupervisor, kFront),
-                         [](const testing::TestParamInfo<Gate>& gate) { return gate.param.name; });
+INSTANTIATE_TEST_SUITE_P(Of, VersionGate, testing::Values(kFpga, kSupervisor, kFront), kNameOfRow);
 
 TEST(VersionGates, AreOpenFrom1200On)
 {

@@ -6,6 +6,7 @@
 #include "hx-aux/Config.h"
 #include "hx-aux/Diagnostic.h"
 #include "hx-aux/Power.h"
+#include "testing/Named.h"
 #include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 #include "testing/scripted/ScriptedDevice.h"
@@ -22,19 +23,13 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 /// One operation with exactly one request whose count is checked.
-struct Row {
-    const char* name;
+struct Row : Named {
     unsigned long code;
     Bytes sent;
     Bytes answer;
     std::function<eErr()> call; ///< also checks that outputs are unchanged unless it succeeds
     bool asksVersion = false;
 };
-
-void PrintTo(const Row& row, std::ostream* out)
-{
-    *out << row.name;
-}
 
 /// Calls a getter; its output must change with success and only then.
 template <class Interface, class Value>
@@ -238,8 +233,7 @@ protected:
 
     SimulatedUnit unit; // for the buzzer's lock
 };
-INSTANTIATE_TEST_SUITE_P(Of, CountedRequest, testing::ValuesIn(kRows),
-                         [](const auto& row) { return std::string{row.param.name}; });
+INSTANTIATE_TEST_SUITE_P(Of, CountedRequest, testing::ValuesIn(kRows), kNameOfRow);
 
 TEST_P(CountedRequest, CarriesItsPayloadUnderItsCode)
 {
@@ -325,7 +319,7 @@ INSTANTIATE_TEST_SUITE_P(
                 Released<Buzzer> buzzer{GetBuzzer()};
                 return static_cast<Buzzer_Imp*>(buzzer.get())->setSetup({1000, 51});
             }}),
-    [](const auto& row) { return std::string{row.param.name}; });
+    kNameOfRow);
 
 TEST_P(UncountedRequest, SucceedsWhateverTheCount)
 {
