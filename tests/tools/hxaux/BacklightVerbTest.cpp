@@ -1,118 +1,76 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-#include "testing/Command.h"
+#include "tests/tools/hxaux/CommandRows.h"
 
 namespace backlight_verb_test {
 
 using namespace hxtest;
 using testing::AllOf;
 
-namespace {
-
-/// On a healthy unit of its own; `description` says what differs.
-Outcome onUnit(const std::string& command, const std::string& description = "")
-{
-    return run("hx-sim run " + description + " -- " + command);
-}
-
-/// Several commands on one unit.
-Outcome script(const std::string& commands, const std::string& description = "")
-{
-    return onUnit("sh -c '" + commands + "'", description);
-}
-
-} // namespace
-
-TEST(BacklightVerb, SetsAndReadsTheLevel)
-{
-    EXPECT_THAT(script("hxaux backlight set 77; hxaux backlight get"),
-                AllOf(statusIs(0), outputIs("level: 77\n"), errorIs("")));
-}
-
-TEST(BacklightVerb, RefusesAnInvalidLevel)
-{
-    EXPECT_THAT(onUnit("hxaux backlight set 256"), AllOf(statusIs(2), errorMatches("256")));
-}
-
-TEST(BacklightVerb, ReportsAMissingDevice)
-{
-    EXPECT_THAT(onUnit("hxaux backlight get", "--set 'absent = /dev/backlight'"),
-                AllOf(statusIs(1), errorIs("backlight get: Open failed (1)\n"), outputIs("")));
-}
-
-TEST(BacklightVerb, ReadsTheStatusByte)
-{
-    EXPECT_THAT(onUnit("hxaux backlight status", "--set 'backlight.status = 165'"), outputIs("status: 165\n"));
-}
-
-TEST(BacklightVerb, SwitchesTheAutomaticBacklight)
-{
-    EXPECT_THAT(script("hxaux backlight auto on; hxaux backlight auto status; hxaux backlight auto off; "
-                       "hxaux backlight auto status"),
-                AllOf(statusIs(0), outputIs("automatic: on\nautomatic: off\n")));
-}
-
-TEST(BacklightVerb, ReportsThatTheAutomaticBacklightHasNoSettingYet)
-{
-    EXPECT_THAT(onUnit("hxaux backlight auto status"), AllOf(statusIs(1), errorMatches("Datatype mismatch \\(4\\)")));
-}
-
-TEST(BacklightVerb, SetsAndShowsTheFilter)
-{
-    EXPECT_THAT(
-        script("hxaux backlight auto filter 3 2 60 extended; hxaux backlight auto filter"),
-        AllOf(statusIs(0), outputIs("average: 3 samples\nreject: 2 samples\nspread: 60 lux\nmode: extended\n")));
-}
-
-TEST(BacklightVerb, WantsTheWholeFilterOrNothing)
-{
-    EXPECT_THAT(script("hxaux backlight auto filter 3 2; echo $?; hxaux settings list"),
-                AllOf(outputIs("2\n"), errorMatches("missing argument: AVERAGE REJECT SPREAD MODE")));
-}
-
-TEST(BacklightVerb, RefusesAWindowOfZero)
-{
-    EXPECT_THAT(onUnit("hxaux backlight auto filter 0 2 60 auto"), statusIs(2));
-}
-
-TEST(BacklightVerb, SetsTheTransitionAndShowsItWithTheSlope)
-{
-    EXPECT_THAT(script("hxaux settings set ABL_k 28.1184; hxaux backlight auto params at-once; "
-                       "hxaux backlight auto params"),
-                AllOf(statusIs(0), outputIs("transition: at-once\nslope: 28.1184\n")));
-}
+const CommandRow kBacklightVerbRows[] = {
+    {"SetsAndReadsTheLevel", "hxaux backlight set 77; hxaux backlight get",
+     AllOf(statusIs(0), outputIs("level: 77\n"), errorIs(""))},
+    {"RefusesAnInvalidLevel", "hxaux backlight set 256", AllOf(statusIs(2), errorMatches("256"))},
+    {"ReportsAMissingDevice",
+     "hxaux backlight get",
+     AllOf(statusIs(1), errorIs("backlight get: Open failed (1)\n"), outputIs("")),
+     {"absent = /dev/backlight"}},
+    {"ReadsTheStatusByte", "hxaux backlight status", outputIs("status: 165\n"), {"backlight.status = 165"}},
+    {"SwitchesTheAutomaticBacklight",
+     "hxaux backlight auto on; hxaux backlight auto status; hxaux backlight auto off; "
+     "hxaux backlight auto status",
+     AllOf(statusIs(0), outputIs("automatic: on\nautomatic: off\n"))},
+    {"ReportsThatTheAutomaticBacklightHasNoSettingYet", "hxaux backlight auto status",
+     AllOf(statusIs(1), errorMatches("Datatype mismatch \\(4\\)"))},
+    {"SetsAndShowsTheFilter", "hxaux backlight auto filter 3 2 60 extended; hxaux backlight auto filter",
+     AllOf(statusIs(0), outputIs("average: 3 samples\nreject: 2 samples\nspread: 60 lux\nmode: extended\n"))},
+    {"WantsTheWholeFilterOrNothing", "hxaux backlight auto filter 3 2; echo $?; hxaux settings list",
+     AllOf(outputIs("2\n"), errorMatches("missing argument: AVERAGE REJECT SPREAD MODE"))},
+    {"RefusesAWindowOfZero", "hxaux backlight auto filter 0 2 60 auto", statusIs(2)},
+    {"SetsTheTransitionAndShowsItWithTheSlope",
+     "hxaux settings set ABL_k 28.1184; hxaux backlight auto params at-once; "
+     "hxaux backlight auto params",
+     AllOf(statusIs(0), outputIs("transition: at-once\nslope: 28.1184\n"))},
+};
+const TestTable kBacklightVerb{"BacklightVerb", checkOnUnit, kBacklightVerbRows};
 
 TEST(LedDimmingVerb, ShowsAndSwitches)
 {
-    EXPECT_THAT(script("hxaux led-dimming; hxaux led-dimming off; hxaux led-dimming"),
+    EXPECT_THAT(onUnit("hxaux led-dimming; hxaux led-dimming off; hxaux led-dimming"),
                 AllOf(statusIs(0), outputIs("led dimming: on\nled dimming: off\n")));
 }
 
 TEST(LedDimmingVerb, StoresTheSettingEvenWithoutTheDaemon)
 {
-    EXPECT_THAT(script("hxaux led-dimming off; echo $?; hxaux led-dimming", "--set 'daemon.running = off'"),
+    EXPECT_THAT(onUnit("hxaux led-dimming off; echo $?; hxaux led-dimming", {"daemon.running = off"}),
                 AllOf(outputMatches("1\nled dimming: off\n"), errorMatches("Failed to execute command \\(17\\)")));
 }
 
-TEST(LightVerb, ShowsLuxRangeAndTheRawBytes)
-{
-    EXPECT_THAT(onUnit("hxaux light", "--set 'light.channels = 0xc5 0xa3'"),
-                AllOf(statusIs(0), outputIs("light: 102 lux\nrange: standard\nchannel 0: 197\nchannel 1: 163\n")));
-}
-
-TEST(LightVerb, WatchedShowsTheLevelAndTheOneOfTheSlopeToo)
-{
-    EXPECT_THAT(
-        script("hxaux backlight set 77; hxaux settings set ABL_k 50; hxaux settings set ABL_bSoftTransitions 1; "
-               "hxaux light --watch --count 1",
-               "--set 'light.channels = 0xc5 0xa3'"),
-        AllOf(statusIs(0), outputMatches("level: 77\nlevel by slope: 221\n")));
-}
-
-TEST(LightVerb, WatchedShowsTheLevelOfTheSlopeThatTheAutomaticBacklightBeginsWith)
-{
-    EXPECT_THAT(script("hxaux light --watch --count 1", "--set 'light.channels = 0xc5 0xa3'"),
-                AllOf(statusIs(0), outputMatches("level by slope: 221\n")));
-}
+const CommandRow kLightVerbRows[] = {
+    {"ShowsLuxRangeAndTheRawBytes",
+     "hxaux light",
+     AllOf(statusIs(0), outputIs("light: 102 lux\nrange: standard\nchannel 0: 197\nchannel 1: 163\n")),
+     {"light.channels = 0xc5 0xa3"}},
+    {"WatchedShowsTheLevelAndTheOneOfTheSlopeToo",
+     "hxaux backlight set 77; hxaux settings set ABL_k 50; hxaux settings set ABL_bSoftTransitions 1; "
+     "hxaux light --watch --count 1",
+     AllOf(statusIs(0), outputMatches("level: 77\nlevel by slope: 221\n")),
+     {"light.channels = 0xc5 0xa3"}},
+    {"WatchedShowsTheLevelOfTheSlopeThatTheAutomaticBacklightBeginsWith",
+     "hxaux light --watch --count 1",
+     AllOf(statusIs(0), outputMatches("level by slope: 221\n")),
+     {"light.channels = 0xc5 0xa3"}},
+    {"AveragesAndReleasesTheAveraging",
+     "hxaux light --average && hxaux light --average",
+     AllOf(statusIs(0), outputMatches("average: 102 lux\n")),
+     {"light.channels = 0xc5 0xa3"}},
+    {"RetriesAReadingThatIsNotReady",
+     "hxaux light",
+     AllOf(statusIs(0), outputMatches("light: ")),
+     {"light.not-ready = 3"}},
+    {"SetsAndShowsTheRange", "hxaux light range extended; hxaux light range",
+     AllOf(statusIs(0), outputIs("range: extended\n"))},
+};
+const TestTable kLightVerb{"LightVerb", checkOnUnit, kLightVerbRows};
 
 TEST(LightVerb, WatchedAsJsonIsOneObjectALine)
 {
@@ -121,26 +79,9 @@ TEST(LightVerb, WatchedAsJsonIsOneObjectALine)
     EXPECT_EQ(jsonLinesOf(outcome).size(), 3U);
 }
 
-TEST(LightVerb, AveragesAndReleasesTheAveraging)
-{
-    EXPECT_THAT(script("hxaux light --average && hxaux light --average", "--set 'light.channels = 0xc5 0xa3'"),
-                AllOf(statusIs(0), outputMatches("average: 102 lux\n")));
-}
-
-TEST(LightVerb, RetriesAReadingThatIsNotReady)
-{
-    EXPECT_THAT(onUnit("hxaux light", "--set 'light.not-ready = 3'"), AllOf(statusIs(0), outputMatches("light: ")));
-}
-
-TEST(LightVerb, SetsAndShowsTheRange)
-{
-    EXPECT_THAT(script("hxaux light range extended; hxaux light range"),
-                AllOf(statusIs(0), outputIs("range: extended\n")));
-}
-
 TEST(EepromVerb, ChangesAPropertyInItsStore)
 {
-    EXPECT_THAT(script("hxaux eeprom set PCB_REV Z9 --store add-on; hxaux eeprom get PCB_REV --store add-on; "
+    EXPECT_THAT(onUnit("hxaux eeprom set PCB_REV Z9 --store add-on; hxaux eeprom get PCB_REV --store add-on; "
                        "hxaux eeprom get PCB_REV"),
                 AllOf(statusIs(0), outputIs("PCB_REV: Z9\nPCB_REV: C2\n")));
 }
@@ -163,7 +104,7 @@ TEST(EepromVerb, ReportsAMissingProperty)
 
 TEST(SettingsVerb, StoresShowsAndListsWhatIsDocumented)
 {
-    EXPECT_THAT(script("hxaux settings set ABL_k 40; hxaux settings set Own 7; hxaux settings get Own; "
+    EXPECT_THAT(onUnit("hxaux settings set ABL_k 40; hxaux settings set Own 7; hxaux settings get Own; "
                        "hxaux settings list"),
                 AllOf(statusIs(0), outputIs("Own: 7\nABL_k: 40\n")));
 }
@@ -188,7 +129,7 @@ TEST(SettingsVerb, ReportsAMissingSetting)
 
 TEST(SmartVerb, WritesAndReadsARegister)
 {
-    EXPECT_THAT(script("hxaux smart set 8 1000; hxaux smart get 8"), AllOf(statusIs(0), outputIs("smart 8: 1000\n")));
+    EXPECT_THAT(onUnit("hxaux smart set 8 1000; hxaux smart get 8"), AllOf(statusIs(0), outputIs("smart 8: 1000\n")));
 }
 
 TEST(SmartVerb, RefusesAnInvalidRegister)
@@ -198,7 +139,7 @@ TEST(SmartVerb, RefusesAnInvalidRegister)
 
 TEST(VideoResumeVerb, SendsTheRequestAndSaysThatTheOutcomeIsNotKnown)
 {
-    const Outcome outcome = script("hxaux video resume; echo $?");
+    const Outcome outcome = onUnit("hxaux video resume; echo $?");
 
     EXPECT_THAT(outcome, outputMatches("0\n"));
     EXPECT_THAT(outcome.output + outcome.error, testing::HasSubstr("request sent; the outcome is not known"));

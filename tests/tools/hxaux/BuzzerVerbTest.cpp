@@ -6,6 +6,7 @@
 namespace buzzer_verb_test {
 
 using namespace hxtest;
+using hxtest::supervisor::checkLines;
 using hxtest::supervisor::onUnit;
 using testing::AllOf;
 
@@ -27,35 +28,23 @@ constexpr const char* kUntilItSounds =
 
 } // namespace
 
-TEST(BuzzerVerb, ShowsItsState)
-{
-    EXPECT_THAT(onUnit("buzzer"),
-                AllOf(statusIs(0), errorIs(""), outputIs("frequency: 2000 Hz\nvolume: 25\nsounding: off\n")));
-}
-
-TEST(BuzzerVerb, SetsFrequencyAndVolume)
-{
-    EXPECT_THAT(onUnit("buzzer frequency 700; buzzer volume 51; buzzer frequency; buzzer volume"),
-                AllOf(statusIs(0), outputIs("frequency: 700 Hz\nvolume: 51\n")));
-}
+const CommandRow kBuzzerVerbRows[] = {
+    {"ShowsItsState", "buzzer",
+     AllOf(statusIs(0), errorIs(""), outputIs("frequency: 2000 Hz\nvolume: 25\nsounding: off\n"))},
+    {"SetsFrequencyAndVolume", "buzzer frequency 700; buzzer volume 51; buzzer frequency; buzzer volume",
+     AllOf(statusIs(0), outputIs("frequency: 700 Hz\nvolume: 51\n"))},
+    {"SoundsUntilItIsSwitchedOff", "buzzer on; buzzer; buzzer off; buzzer",
+     AllOf(statusIs(0), outputMatches("sounding: on\n"), outputMatches("sounding: off\n$"))},
+    {"BeepsAndIsSilentAfterwards", "buzzer beep 50; buzzer beep 50; buzzer",
+     AllOf(statusIs(0), errorIs(""), outputMatches("sounding: off\n"))},
+};
+const TestTable kBuzzerVerb{"BuzzerVerb", checkLines, kBuzzerVerbRows};
 
 TEST(BuzzerVerb, RefusesValuesOutOfRange)
 {
     EXPECT_THAT(onUnit("buzzer frequency 699"), AllOf(statusIs(2), errorMatches("699 is outside 700 to 10000")));
     EXPECT_THAT(onUnit("buzzer volume 52"), AllOf(statusIs(2), errorMatches("52 is outside 0 to 51")));
     EXPECT_THAT(onUnit("buzzer beep -1"), statusIs(2));
-}
-
-TEST(BuzzerVerb, SoundsUntilItIsSwitchedOff)
-{
-    EXPECT_THAT(onUnit("buzzer on; buzzer; buzzer off; buzzer"),
-                AllOf(statusIs(0), outputMatches("sounding: on\n"), outputMatches("sounding: off\n$")));
-}
-
-TEST(BuzzerVerb, BeepsAndIsSilentAfterwards)
-{
-    EXPECT_THAT(onUnit("buzzer beep 50; buzzer beep 50; buzzer"),
-                AllOf(statusIs(0), errorIs(""), outputMatches("sounding: off\n")));
 }
 
 TEST(BuzzerVerb, SaysThatAnotherBeepSounds)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Arguments, help and usage errors: tests without a unit.
-#include "testing/Command.h"
 #include "testing/Named.h"
+#include "tests/tools/hxaux/CommandRows.h"
 
 #include <algorithm>
 #include <sstream>
@@ -9,79 +9,49 @@
 using namespace hxtest;
 using testing::AllOf;
 
-TEST(CommandLine, NamesTheMistakeWhenNoObjectIsGiven)
-{
-    EXPECT_THAT(run("hxaux"), AllOf(errorIs("hxaux: missing argument: an object; 'hxaux --help' lists them\n"),
-                                    outputIs(""), statusIs(2)));
-}
-
-TEST(CommandLine, SuggestsTheNearObjectForAMistypedOne)
-{
-    EXPECT_THAT(run("hxaux voltge"),
-                AllOf(errorIs("hxaux: there is no object 'voltge'; did you mean 'voltage'?\n"), statusIs(2)));
-}
-
-TEST(CommandLine, ListsTheObjectsWhenNoneIsNear)
-{
-    EXPECT_THAT(run("hxaux xylophone"),
-                AllOf(errorMatches("the objects are .*inputs.*version, .*voltage"), statusIs(2)));
-}
-
-TEST(CommandLine, RefusesANumberOutsideItsRangeAndNamesTheRange)
-{
-    EXPECT_THAT(run("hxaux voltage 8"),
-                AllOf(errorIs("voltage: number: 8 is outside 0 to 7\n"), outputIs(""), statusIs(2)));
-}
-
-TEST(CommandLine, TakesANegativeNumberForAValueAndNotForAnOption)
-{
-    EXPECT_THAT(run("hxaux voltage -1"), AllOf(errorIs("voltage: number: -1 is outside 0 to 7\n"), statusIs(2)));
-}
+const CommandRow kCommandLineRows[] = {
+    {"NamesTheMistakeWhenNoObjectIsGiven", "hxaux",
+     AllOf(errorIs("hxaux: missing argument: an object; 'hxaux --help' lists them\n"), outputIs(""), statusIs(2))},
+    {"SuggestsTheNearObjectForAMistypedOne", "hxaux voltge",
+     AllOf(errorIs("hxaux: there is no object 'voltge'; did you mean 'voltage'?\n"), statusIs(2))},
+    {"ListsTheObjectsWhenNoneIsNear", "hxaux xylophone",
+     AllOf(errorMatches("the objects are .*inputs.*version, .*voltage"), statusIs(2))},
+    {"RefusesANumberOutsideItsRangeAndNamesTheRange", "hxaux voltage 8",
+     AllOf(errorIs("voltage: number: 8 is outside 0 to 7\n"), outputIs(""), statusIs(2))},
+    {"TakesANegativeNumberForAValueAndNotForAnOption", "hxaux voltage -1",
+     AllOf(errorIs("voltage: number: -1 is outside 0 to 7\n"), statusIs(2))},
+    {"RefusesAKeyThatIsNotANumber", "hxaux voltage abc",
+     AllOf(errorIs("voltage: number: 'abc' is not an integer\n"), statusIs(2))},
+    {"RefusesANumberWithAFraction", "hxaux voltage 1.5",
+     AllOf(errorIs("voltage: number: '1.5' is not an integer\n"), statusIs(2))},
+    {"RefusesTooManyArguments", "hxaux voltage 1 2",
+     AllOf(errorIs("voltage: too many arguments: '2'; usage: hxaux voltage [NUMBER]\n"), statusIs(2))},
+    {"SuggestsTheNearOptionForAMistypedOne", "hxaux voltage --jsn",
+     AllOf(errorIs("voltage: there is no option '--jsn'; did you mean '--json'?\n"), statusIs(2))},
+    {"SaysThatAnOptionNeedsAValue", "hxaux voltage --every",
+     AllOf(errorIs("voltage: --every needs a value\n"), statusIs(2))},
+    {"SaysThatAnOptionIsGivenTwice", "hxaux voltage --every 1 --every 2",
+     AllOf(errorIs("voltage: --every is given twice\n"), statusIs(2))},
+    {"SuggestsTheNearNameForAMistypedValue", "hxaux version frnt",
+     AllOf(errorMatches("'frnt' is not one of .*; did you mean 'front'\\?"), statusIs(2))},
+    {"PrintsItsVersion", "hxaux --version", AllOf(outputIs("hxaux 1.3.1.0\n"), statusIs(0))},
+    {"TakesTheWordHelpForATextWhereOneIsExpected", "hx-sim run -- hxaux settings get help",
+     AllOf(errorMatches("\\(17\\)"), statusIs(1))},
+    {"NamesTheUnitOfAnOptionsValueInHelp", "hxaux voltage --help",
+     AllOf(outputMatches("--every SECONDS  .*\\(0\\.01 to"), outputMatches("--count TIMES "))},
+    {"ListsEveryExitStatusInItsHelp", "hxaux --help",
+     AllOf(outputMatches("0    done"), outputMatches("6    no connection"), outputMatches("143  ended by TERM"),
+           statusIs(0))},
+    {"ReportsAnOutputThatCannotBeWritten", "hxaux version library >/dev/full",
+     AllOf(errorMatches("cannot be written"), statusIs(3))},
+};
+const TestTable kCommandLine{"CommandLine", checkWithoutUnit, kCommandLineRows};
 
 TEST(CommandLine, TakesWordsThatTheParserWouldReadInItsOwnWayForValues)
 {
     for (const std::string word : {"-.5", "++", "[1,2]"})
         EXPECT_THAT(run("hxaux backlight set '" + word + "'"),
                     AllOf(errorIs("backlight set: level: '" + word + "' is not an integer\n"), statusIs(2)));
-}
-
-TEST(CommandLine, RefusesAKeyThatIsNotANumber)
-{
-    EXPECT_THAT(run("hxaux voltage abc"), AllOf(errorIs("voltage: number: 'abc' is not an integer\n"), statusIs(2)));
-}
-
-TEST(CommandLine, RefusesANumberWithAFraction)
-{
-    EXPECT_THAT(run("hxaux voltage 1.5"), AllOf(errorIs("voltage: number: '1.5' is not an integer\n"), statusIs(2)));
-}
-
-TEST(CommandLine, RefusesTooManyArguments)
-{
-    EXPECT_THAT(run("hxaux voltage 1 2"),
-                AllOf(errorIs("voltage: too many arguments: '2'; usage: hxaux voltage [NUMBER]\n"), statusIs(2)));
-}
-
-TEST(CommandLine, SuggestsTheNearOptionForAMistypedOne)
-{
-    EXPECT_THAT(run("hxaux voltage --jsn"),
-                AllOf(errorIs("voltage: there is no option '--jsn'; did you mean '--json'?\n"), statusIs(2)));
-}
-
-TEST(CommandLine, SaysThatAnOptionNeedsAValue)
-{
-    EXPECT_THAT(run("hxaux voltage --every"), AllOf(errorIs("voltage: --every needs a value\n"), statusIs(2)));
-}
-
-TEST(CommandLine, SaysThatAnOptionIsGivenTwice)
-{
-    EXPECT_THAT(run("hxaux voltage --every 1 --every 2"),
-                AllOf(errorIs("voltage: --every is given twice\n"), statusIs(2)));
-}
-
-TEST(CommandLine, SuggestsTheNearNameForAMistypedValue)
-{
-    EXPECT_THAT(run("hxaux version frnt"),
-                AllOf(errorMatches("'frnt' is not one of .*; did you mean 'front'\\?"), statusIs(2)));
 }
 
 TEST(CommandLine, ReportsAMistakeAsJsonOnRequest)
@@ -103,11 +73,6 @@ TEST(CommandLine, TakesTheOptionsOfEachVerbInFrontOfTheObjectToo)
                 AllOf(outputMatches("\"level\":128"), errorIs(""), statusIs(0)));
     EXPECT_THAT(run("hxaux --timeout x backlight get"),
                 AllOf(errorIs("backlight get: --timeout: 'x' is not a number\n"), statusIs(2)));
-}
-
-TEST(CommandLine, PrintsItsVersion)
-{
-    EXPECT_THAT(run("hxaux --version"), AllOf(outputIs("hxaux 1.3.1.0\n"), statusIs(0)));
 }
 
 TEST(CommandLine, PrintsItsVersionForTheShortOptionToo)
@@ -149,11 +114,6 @@ INSTANTIATE_TEST_SUITE_P(
                     Spelling{"ObjectWithoutVerbs", "voltage help", "voltage --help"}),
     kNameOfRow);
 
-TEST(CommandLine, TakesTheWordHelpForATextWhereOneIsExpected)
-{
-    EXPECT_THAT(run("hx-sim run -- hxaux settings get help"), AllOf(errorMatches("\\(17\\)"), statusIs(1)));
-}
-
 TEST(CommandLine, SuggestsTheNearObjectAndVerbInHelpToo)
 {
     EXPECT_THAT(run("hxaux help voltge"), AllOf(errorMatches("did you mean 'voltage'\\?"), statusIs(2)));
@@ -177,12 +137,6 @@ TEST(CommandLine, WrapsHelpAtTheWidthOfTheTerminal)
     EXPECT_GT(longest(runOnTerminal("hxaux doctor --help").output), 80U);
 }
 
-TEST(CommandLine, NamesTheUnitOfAnOptionsValueInHelp)
-{
-    EXPECT_THAT(run("hxaux voltage --help"),
-                AllOf(outputMatches("--every SECONDS  .*\\(0\\.01 to"), outputMatches("--count TIMES ")));
-}
-
 TEST(CommandLine, PrintsEachRequestOfAVerboseCommand)
 {
     EXPECT_THAT(run("hx-sim run -- hxaux backlight set 7 --verbose"),
@@ -191,15 +145,4 @@ TEST(CommandLine, PrintsEachRequestOfAVerboseCommand)
                 AllOf(errorMatches("^/dev/adc-id open\n/dev/adc-id 0xc004003a 00 00 00 00: Device or resource busy\n"
                                    "voltage: "),
                       statusIs(1)));
-}
-
-TEST(CommandLine, ListsEveryExitStatusInItsHelp)
-{
-    EXPECT_THAT(run("hxaux --help"), AllOf(outputMatches("0    done"), outputMatches("6    no connection"),
-                                           outputMatches("143  ended by TERM"), statusIs(0)));
-}
-
-TEST(CommandLine, ReportsAnOutputThatCannotBeWritten)
-{
-    EXPECT_THAT(run("hxaux version library >/dev/full"), AllOf(errorMatches("cannot be written"), statusIs(3)));
 }

@@ -4,26 +4,35 @@
 namespace config_verb_test {
 
 using namespace hxtest;
+using hxtest::supervisor::checkLines;
 using hxtest::supervisor::onUnit;
 using testing::AllOf;
 
-TEST(ConfigVerb, ShowsEverySetting)
-{
-    EXPECT_THAT(onUnit("config"), AllOf(statusIs(0), errorIs(""),
-                                        outputIs("trigger: 3\n"
-                                                 "short-press: 1\n"
-                                                 "long-press: 2\n"
-                                                 "signal: 2\n"
-                                                 "button-time: 2000\n"
-                                                 "signal-time: 500\n"
-                                                 "suspend-time: 60\n"
-                                                 "can: on\n"
-                                                 "video: 1, 2\n"
-                                                 "fan: off\n"
-                                                 "voltage: 9.00 V\n"
-                                                 "heating: 0 degrees C\n"
-                                                 "power-on: off\n")));
-}
+const CommandRow kConfigVerbRows[] = {
+    {"ShowsEverySetting", "config",
+     AllOf(statusIs(0), errorIs(""),
+           outputIs("trigger: 3\n"
+                    "short-press: 1\n"
+                    "long-press: 2\n"
+                    "signal: 2\n"
+                    "button-time: 2000\n"
+                    "signal-time: 500\n"
+                    "suspend-time: 60\n"
+                    "can: on\n"
+                    "video: 1, 2\n"
+                    "fan: off\n"
+                    "voltage: 9.00 V\n"
+                    "heating: 0 degrees C\n"
+                    "power-on: off\n"))},
+    {"TakesAllAndNoneForChannels", "config video all; config video; config video none; config video --json",
+     AllOf(statusIs(0), outputMatches("^video: 1, 2, 3, 4\n"), outputMatches("\"video\": ?\\[\\]"))},
+    {"ShowsALoadsUnusualWordAsTheNumberItIs", "config can", outputIs("can: 300\n"), {"config.can=300"}},
+    {"SaysThatTheDeviceIsMissing",
+     "config fan on",
+     AllOf(statusIs(1), errorIs("config fan: Open failed (1)\n"), outputIs("")),
+     {"absent=/dev/conf-id"}},
+};
+const TestTable kConfigVerb{"ConfigVerb", checkLines, kConfigVerbRows};
 
 TEST(ConfigVerb, SetsWhatItIsGivenAndShowsItAfterwards)
 {
@@ -56,30 +65,13 @@ TEST(ConfigVerb, RefusesWhatIsNotAListOfChannels)
             << text;
 }
 
-TEST(ConfigVerb, TakesAllAndNoneForChannels)
-{
-    EXPECT_THAT(onUnit("config video all; config video; config video none; config video --json"),
-                AllOf(statusIs(0), outputMatches("^video: 1, 2, 3, 4\n"), outputMatches("\"video\": ?\\[\\]")));
-}
-
-TEST(ConfigVerb, ShowsALoadsUnusualWordAsTheNumberItIs)
-{
-    EXPECT_THAT(onUnit("config can", "--set config.can=300"), outputIs("can: 300\n"));
-}
-
 TEST(ConfigVerb, NamesWhatAnOlderSupervisorCannotReport)
 {
-    const Outcome outcome = onUnit("config", "--set version.ss=0.9.0.0");
+    const Outcome outcome = onUnit("config", {"version.ss=0.9.0.0"});
 
     EXPECT_THAT(outcome, AllOf(statusIs(1), outputMatches("heating: 0 degrees C\n")));
     EXPECT_THAT(outcome, errorMatches("config: trigger: A newer version of SS is required \\(25\\)\n"));
     EXPECT_THAT(outcome, errorMatches("config: power-on: A newer version of SS is required \\(25\\)\n"));
-}
-
-TEST(ConfigVerb, SaysThatTheDeviceIsMissing)
-{
-    EXPECT_THAT(onUnit("config fan on", "--set absent=/dev/conf-id"),
-                AllOf(statusIs(1), errorIs("config fan: Open failed (1)\n"), outputIs("")));
 }
 
 TEST(ConfigVerb, PrintsNumbersInJson)

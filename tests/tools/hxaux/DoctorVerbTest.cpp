@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Each finding of `hxaux doctor`, provoked on a simulated unit.
-#include "tests/tools/hxaux/OnUnit.h"
+#include "tests/tools/hxaux/CommandRows.h"
 
 using namespace hxtest;
 using testing::AllOf;
@@ -16,98 +16,82 @@ auto finds(const std::string& item, const std::string& problem, const std::strin
 
 } // namespace
 
-TEST(DoctorVerb, FindsNothingOnAHealthyUnit)
-{
-    const Unit unit;
-
-    EXPECT_THAT(unit.run("hxaux doctor"),
-                AllOf(outputIs("devices: fine\nversions: fine\nboard-library: fine\ndaemon: fine\nsettings-file: fine\n"
-                               "locks: fine\ncan: fine\n"),
-                      errorIs(""), statusIs(0)));
-}
-
-TEST(DoctorVerb, FindsAMissingDevice)
-{
-    const Unit unit({"absent=/dev/backlight"});
-
-    EXPECT_THAT(unit.run("hxaux doctor"), finds("devices: /dev/backlight", "missing", "sudo systemctl restart"));
-}
-
-TEST(DoctorVerb, FindsADeviceThatTheUserMayNotUse)
-{
-    const Unit unit;
-    unit.control("fail /dev/buzzer access EACCES");
-
-    EXPECT_THAT(unit.run("hxaux doctor devices"),
-                finds("devices: /dev/buzzer", "this user may not use it", "sudo adduser \"$USER\" hxaux"));
-}
-
-TEST(DoctorVerb, FindsASupervisorThatIsTooOldForAFunction)
-{
-    const Unit unit({"version.ss=1.0.2.9"});
-
-    EXPECT_THAT(unit.run("hxaux doctor versions"),
-                finds("versions: power on at start-up", "supervisor 1.0.2.9 is installed, 1.0.3.0 is needed",
-                      "hxaux upgrade ss FILE"));
-}
-
-TEST(DoctorVerb, FindsAFrontMicrocontrollerThatIsTooOldForAFunction)
-{
-    const Unit unit({"version.front=0.9.9.9"});
-
-    EXPECT_THAT(unit.run("hxaux doctor versions"),
-                finds("versions: advanced touch screen settings",
-                      "front microcontroller 0.9.9.9 is installed, 1.0.0.0 is needed", "hxaux upgrade front FILE"));
-}
-
-TEST(DoctorVerb, FindsAnFpgaThatIsTooOldForAFunction)
-{
-    const Unit unit({"version.fpga=0.4.0.0"});
-
-    EXPECT_THAT(unit.run("hxaux doctor versions"),
-                finds("versions: video scaling with full height", "FPGA 0.4.0.0 is installed, 0.4.0.1 is needed",
-                      "hxaux upgrade fpga FILE"));
-}
-
-TEST(DoctorVerb, FindsAVersionThatCannotBeRead)
-{
-    const Unit unit({"absent=/etc/firmware.ver"});
-
-    EXPECT_THAT(unit.run("hxaux doctor versions"),
-                finds("versions: system image version", "cannot be read: Open failed (1)", "cat /etc/firmware.ver"));
-}
-
-TEST(DoctorVerb, FindsAMissingBoardLibrary)
-{
-    const Unit unit({"absent=libjida.so"});
-
-    EXPECT_THAT(unit.run("hxaux doctor board-library"),
-                finds("board-library: libjida.so", "cannot be loaded", "sudo ldconfig"));
-}
-
-TEST(DoctorVerb, FindsAFunctionThatTheBoardLibraryLacks)
-{
-    const Unit unit({"absent=JidaI2CWrite"});
-
-    EXPECT_THAT(unit.run("hxaux doctor board-library"),
-                finds("board-library: JidaI2CWrite", "is missing in libjida.so", "sudo ldconfig"));
-}
-
-TEST(DoctorVerb, FindsADaemonThatDoesNotRun)
-{
-    const Unit unit({"daemon.running=off"});
-
-    EXPECT_THAT(unit.run("hxaux doctor daemon"),
-                finds("daemon: /tmp/hxauxd.fifo", "no process reads it", "sudo systemctl restart hxauxd"));
-}
-
-TEST(DoctorVerb, FindsAMissingFifo)
-{
-    const Unit unit({"absent=/tmp/hxauxd.fifo"});
-
-    EXPECT_THAT(unit.run("hxaux doctor daemon"),
-                finds("daemon: /tmp/hxauxd.fifo", "missing", "sudo systemctl restart hxauxd"));
-}
+const CommandRow kDoctorVerbRows[] = {
+    {"FindsNothingOnAHealthyUnit", "hxaux doctor",
+     AllOf(outputIs("devices: fine\nversions: fine\nboard-library: fine\ndaemon: fine\nsettings-file: fine\n"
+                    "locks: fine\ncan: fine\n"),
+           errorIs(""), statusIs(0))},
+    {"FindsAMissingDevice",
+     "hxaux doctor",
+     finds("devices: /dev/backlight", "missing", "sudo systemctl restart"),
+     {"absent=/dev/backlight"}},
+    {"FindsADeviceThatTheUserMayNotUse",
+     "hxaux doctor devices",
+     finds("devices: /dev/buzzer", "this user may not use it", "sudo adduser \"$USER\" hxaux"),
+     {"fail=/dev/buzzer access EACCES"}},
+    {"FindsASupervisorThatIsTooOldForAFunction",
+     "hxaux doctor versions",
+     finds("versions: power on at start-up", "supervisor 1.0.2.9 is installed, 1.0.3.0 is needed",
+           "hxaux upgrade ss FILE"),
+     {"version.ss=1.0.2.9"}},
+    {"FindsAFrontMicrocontrollerThatIsTooOldForAFunction",
+     "hxaux doctor versions",
+     finds("versions: advanced touch screen settings", "front microcontroller 0.9.9.9 is installed, 1.0.0.0 is needed",
+           "hxaux upgrade front FILE"),
+     {"version.front=0.9.9.9"}},
+    {"FindsAnFpgaThatIsTooOldForAFunction",
+     "hxaux doctor versions",
+     finds("versions: video scaling with full height", "FPGA 0.4.0.0 is installed, 0.4.0.1 is needed",
+           "hxaux upgrade fpga FILE"),
+     {"version.fpga=0.4.0.0"}},
+    {"FindsAVersionThatCannotBeRead",
+     "hxaux doctor versions",
+     finds("versions: system image version", "cannot be read: Open failed (1)", "cat /etc/firmware.ver"),
+     {"absent=/etc/firmware.ver"}},
+    {"FindsAMissingBoardLibrary",
+     "hxaux doctor board-library",
+     finds("board-library: libjida.so", "cannot be loaded", "sudo ldconfig"),
+     {"absent=libjida.so"}},
+    {"FindsAFunctionThatTheBoardLibraryLacks",
+     "hxaux doctor board-library",
+     finds("board-library: JidaI2CWrite", "is missing in libjida.so", "sudo ldconfig"),
+     {"absent=JidaI2CWrite"}},
+    {"FindsADaemonThatDoesNotRun",
+     "hxaux doctor daemon",
+     finds("daemon: /tmp/hxauxd.fifo", "no process reads it", "sudo systemctl restart hxauxd"),
+     {"daemon.running=off"}},
+    {"FindsAMissingFifo",
+     "hxaux doctor daemon",
+     finds("daemon: /tmp/hxauxd.fifo", "missing", "sudo systemctl restart hxauxd"),
+     {"absent=/tmp/hxauxd.fifo"}},
+    {"FindsASettingsFileThatTheUserMayNotWrite",
+     "hxaux doctor settings-file",
+     finds("settings-file: /opt/etc/hxaux.ini", "Permission denied", "sudo chmod 666 /opt/etc/hxaux.ini"),
+     {"fail=/opt/etc/hxaux.ini access EACCES"}},
+    {"FindsASettingsFolderThatIsMissing",
+     "hxaux doctor settings-file",
+     finds("settings-file: /opt/etc/hxaux.ini", "cannot be made", "sudo mkdir -p /opt/etc"),
+     {"fail=/opt/etc access ENOENT"}},
+    {"GroupsEqualFindings",
+     "hxaux doctor devices",
+     AllOf(outputIs("devices: /dev/backlight, /dev/buzzer, /dev/dig-io: missing: its driver is not loaded\n"
+                    "  fix: sudo systemctl restart systemd-modules-load && sudo udevadm trigger\n"),
+           errorIs("doctor: 3 of 16 checks failed\n"), statusIs(1)),
+     {"absent=/dev/backlight", "absent=/dev/buzzer", "absent=/dev/dig-io"}},
+    {"FindsAMissingCanAttribute",
+     "hxaux doctor can",
+     finds("can: CAN network 3", "/sys/class/net/can2", "sudo systemctl"),
+     {"absent=/sys/class/net/can2/can_bittiming/bitrate"}},
+    {"FindsACanAttributeThatHoldsNoRate",
+     "hxaux doctor can",
+     finds("can: CAN network 1", "", "hxaux can set 1 250"),
+     {"can.1.text=fast"}},
+    {"FindsACanAttributeThatTheUserMayNotWrite",
+     "hxaux doctor can",
+     finds("can: CAN network 1", "", "sudo udevadm trigger"),
+     {"fail=/sys/class/net/can0/can_bittiming/bitrate access EACCES"}},
+};
+const TestTable kDoctorVerb{"DoctorVerb", checkOnUnit, kDoctorVerbRows};
 
 TEST(DoctorVerb, FindsASettingOutsideItsRange)
 {
@@ -116,24 +100,6 @@ TEST(DoctorVerb, FindsASettingOutsideItsRange)
 
     EXPECT_THAT(unit.run("hxaux doctor settings-file"),
                 finds("settings-file: ABL_mode", "'7' is outside its range", "hxaux settings set ABL_mode 2"));
-}
-
-TEST(DoctorVerb, FindsASettingsFileThatTheUserMayNotWrite)
-{
-    const Unit unit;
-    unit.control("fail /opt/etc/hxaux.ini access EACCES");
-
-    EXPECT_THAT(unit.run("hxaux doctor settings-file"),
-                finds("settings-file: /opt/etc/hxaux.ini", "Permission denied", "sudo chmod 666 /opt/etc/hxaux.ini"));
-}
-
-TEST(DoctorVerb, FindsASettingsFolderThatIsMissing)
-{
-    const Unit unit;
-    unit.control("fail /opt/etc access ENOENT");
-
-    EXPECT_THAT(unit.run("hxaux doctor settings-file"),
-                finds("settings-file: /opt/etc/hxaux.ini", "cannot be made", "sudo mkdir -p /opt/etc"));
 }
 
 TEST(DoctorVerb, FindsALockWhoseHolderWasKilled)
@@ -166,16 +132,6 @@ TEST(DoctorVerb, SaysFirstThatAMachineHasNoneOfTheUnitsDevices)
                 testing::StartsWith("none of the unit's devices exists here; hx-sim run -- hxaux doctor"));
 }
 
-TEST(DoctorVerb, GroupsEqualFindings)
-{
-    const Unit unit({"absent=/dev/backlight", "absent=/dev/buzzer", "absent=/dev/dig-io"});
-
-    EXPECT_THAT(unit.run("hxaux doctor devices"),
-                AllOf(outputIs("devices: /dev/backlight, /dev/buzzer, /dev/dig-io: missing: its driver is not loaded\n"
-                               "  fix: sudo systemctl restart systemd-modules-load && sudo udevadm trigger\n"),
-                      errorIs("doctor: 3 of 16 checks failed\n"), statusIs(1)));
-}
-
 TEST(DoctorVerb, IsFixedByTheCommandThatItNamesForALock)
 {
     const Unit unit;
@@ -183,28 +139,6 @@ TEST(DoctorVerb, IsFixedByTheCommandThatItNamesForALock)
     ASSERT_THAT(unit.run("hxaux locks reset HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED"), statusIs(0));
 
     EXPECT_THAT(unit.run("hxaux doctor locks"), AllOf(outputIs("locks: fine\n"), statusIs(0)));
-}
-
-TEST(DoctorVerb, FindsAMissingCanAttribute)
-{
-    const Unit unit({"absent=/sys/class/net/can2/can_bittiming/bitrate"});
-
-    EXPECT_THAT(unit.run("hxaux doctor can"), finds("can: CAN network 3", "/sys/class/net/can2", "sudo systemctl"));
-}
-
-TEST(DoctorVerb, FindsACanAttributeThatHoldsNoRate)
-{
-    const Unit unit({"can.1.text=fast"});
-
-    EXPECT_THAT(unit.run("hxaux doctor can"), finds("can: CAN network 1", "", "hxaux can set 1 250"));
-}
-
-TEST(DoctorVerb, FindsACanAttributeThatTheUserMayNotWrite)
-{
-    const Unit unit;
-    unit.control("fail /sys/class/net/can0/can_bittiming/bitrate access EACCES");
-
-    EXPECT_THAT(unit.run("hxaux doctor can"), finds("can: CAN network 1", "", "sudo udevadm trigger"));
 }
 
 TEST(DoctorVerb, ListsAllChecksAsJson)

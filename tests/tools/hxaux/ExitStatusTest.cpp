@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Each exit status that hxaux documents, provoked.
 #include "testing/FirmwareTexts.h"
-#include "tests/tools/hxaux/OnUnit.h"
+#include "tests/tools/hxaux/CommandRows.h"
 #include "tools/hxaux/Objects.h"
 
 #include <filesystem>
@@ -28,39 +28,27 @@ TEST(ExitStatus, IsTestedForEachThatThereIs)
         << "give a new one a test here; those of signals are in EndedBySignalTest.cpp";
 }
 
-TEST(ExitStatus, IsZeroWhenDone)
-{
-    EXPECT_THAT(onUnit("hxaux backlight set 3"), statusIs(0));
-}
-
-TEST(ExitStatus, IsOneWhenTheUnitRefuses)
-{
-    EXPECT_THAT(onUnit("hxaux backlight set 3", {"fail=/dev/backlight open EIO"}),
-                AllOf(errorIs("backlight set: Open failed (1)\n"), statusIs(1)));
-}
+const CommandRow kExitStatusRows[] = {
+    {"IsZeroWhenDone", "hxaux backlight set 3", statusIs(0)},
+    {"IsOneWhenTheUnitRefuses",
+     "hxaux backlight set 3",
+     AllOf(errorIs("backlight set: Open failed (1)\n"), statusIs(1)),
+     {"fail=/dev/backlight open EIO"}},
+    {"IsThreeForAFileThatCannotBeRead", "hxaux upgrade fpga /nonexistent.mcs",
+     AllOf(errorMatches("No such file"), statusIs(3))},
+    {"IsFourWhenVerificationFindsADifference", std::string(kMakeImage) + "hxaux verify fpga $image" + kRemoveImage,
+     AllOf(errorMatches("Verify failed \\(14\\)"), statusIs(4))},
+    {"IsFiveWhenTheFunctionIsAlreadyRunning",
+     "hxaux buzzer beep 60000 & beep=$!; "
+     "while [ $(hx-sim get buzzer.sounding) != on ]; do sleep 0.01; done; "
+     "hxaux buzzer beep 10; status=$?; kill $beep; wait $beep; exit $status",
+     AllOf(errorMatches("Function in progress \\(11\\)"), statusIs(5))},
+};
+const TestTable kExitStatus{"ExitStatus", checkOnUnit, kExitStatusRows};
 
 TEST(ExitStatus, IsTwoForAUsageError)
 {
     EXPECT_THAT(run("hxaux backlight set bright"), statusIs(2));
-}
-
-TEST(ExitStatus, IsThreeForAFileThatCannotBeRead)
-{
-    EXPECT_THAT(onUnit("hxaux upgrade fpga /nonexistent.mcs"), AllOf(errorMatches("No such file"), statusIs(3)));
-}
-
-TEST(ExitStatus, IsFourWhenVerificationFindsADifference)
-{
-    EXPECT_THAT(onUnit(std::string(kMakeImage) + "hxaux verify fpga $image" + kRemoveImage),
-                AllOf(errorMatches("Verify failed \\(14\\)"), statusIs(4)));
-}
-
-TEST(ExitStatus, IsFiveWhenTheFunctionIsAlreadyRunning)
-{
-    EXPECT_THAT(onUnit("hxaux buzzer beep 60000 & beep=$!; "
-                       "while [ $(hx-sim get buzzer.sounding) != on ]; do sleep 0.01; done; "
-                       "hxaux buzzer beep 10; status=$?; kill $beep; wait $beep; exit $status"),
-                AllOf(errorMatches("Function in progress \\(11\\)"), statusIs(5)));
 }
 
 TEST(ExitStatus, IsSixWithoutAConnectionToTheTarget)

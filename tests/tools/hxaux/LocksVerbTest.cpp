@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The locks of a unit that nothing else uses; tests/processes/ has those of several processes.
-#include "tests/tools/hxaux/OnUnit.h"
+#include "tests/tools/hxaux/CommandRows.h"
 
 namespace locks_verb_test {
 
@@ -10,22 +10,24 @@ using testing::AllOf;
 
 constexpr const char* kSettings = "FILE_HXAUXINI_IS_IN_USE";
 
-TEST(LocksVerb, ShowsThatNoneExistsOnANewUnit)
-{
-    EXPECT_THAT(onUnit("hxaux locks"),
-                AllOf(outputIs("FILE_HXAUXINI_IS_IN_USE: does not exist yet\n"
-                               "Global\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ: does not exist yet\n"
-                               "HXAUX_BUZZING_IN_PROGRESS: does not exist yet\n"
-                               "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS: does not exist yet\n"
-                               "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED: does not exist yet\n"),
-                      errorIs(""), statusIs(0)));
-}
-
-TEST(LocksVerb, ShowsAFreeLockAndSettingsThatNobodyHasRead)
-{
-    EXPECT_THAT(onUnit("hxaux backlight auto filter 5 5 50 auto; hxaux locks"),
-                AllOf(outputMatches("^FILE_HXAUXINI_IS_IN_USE: free, value 1, used by no process\n"), statusIs(0)));
-}
+const CommandRow kLocksVerbRows[] = {
+    {"ShowsThatNoneExistsOnANewUnit", "hxaux locks",
+     AllOf(outputIs("FILE_HXAUXINI_IS_IN_USE: does not exist yet\n"
+                    "Global\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ: does not exist yet\n"
+                    "HXAUX_BUZZING_IN_PROGRESS: does not exist yet\n"
+                    "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS: does not exist yet\n"
+                    "HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED: does not exist yet\n"),
+           errorIs(""), statusIs(0))},
+    {"ShowsAFreeLockAndSettingsThatNobodyHasRead", "hxaux backlight auto filter 5 5 50 auto; hxaux locks",
+     AllOf(outputMatches("^FILE_HXAUXINI_IS_IN_USE: free, value 1, used by no process\n"), statusIs(0))},
+    {"ShowsAndReleasesTheLockOfAKilledProgram",
+     "hx-probe try /FILE_HXAUXINI_IS_IN_USE >/dev/null; hxaux locks | head -n 1; "
+     "hxaux locks reset FILE_HXAUXINI_IS_IN_USE; hxaux locks | head -n 1",
+     AllOf(outputIs("FILE_HXAUXINI_IS_IN_USE: stale, value 0, used by no process\n"
+                    "FILE_HXAUXINI_IS_IN_USE: free, value 1, used by no process\n"),
+           errorIs(""), statusIs(0))},
+};
+const TestTable kLocksVerb{"LocksVerb", checkOnUnit, kLocksVerbRows};
 
 TEST(LocksVerb, GivesThePartsInJson)
 {
@@ -49,15 +51,6 @@ TEST(LocksVerb, NamesTheUserOfATakenLockInJson)
     EXPECT_EQ(lock["value"], 0);
     ASSERT_EQ(lock["processes"].size(), 1U);
     EXPECT_EQ(lock["processes"][0], json({{"pid", beep.pid()}, {"program", "hxaux"}, {"waits", false}}));
-}
-
-TEST(LocksVerb, ShowsAndReleasesTheLockOfAKilledProgram)
-{
-    EXPECT_THAT(onUnit("hx-probe try /FILE_HXAUXINI_IS_IN_USE >/dev/null; hxaux locks | head -n 1; "
-                       "hxaux locks reset FILE_HXAUXINI_IS_IN_USE; hxaux locks | head -n 1"),
-                AllOf(outputIs("FILE_HXAUXINI_IS_IN_USE: stale, value 0, used by no process\n"
-                               "FILE_HXAUXINI_IS_IN_USE: free, value 1, used by no process\n"),
-                      errorIs(""), statusIs(0)));
 }
 
 TEST(LocksReset, SaysThatALockDoesNotExistYet)

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // hx-sim record and replay: recording on a unit, replaying in a test.
-#include "testing/Command.h"
 #include "testing/FileContent.h"
 #include "testing/FirmwareTexts.h"
 #include "testing/TemporaryFolder.h"
+#include "tests/tools/hxaux/CommandRows.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -184,55 +184,33 @@ TEST(Replay, RepeatsOtherFailuresAtTheirPlace)
               run("hx-sim run " + options + " -- hxaux info --json").output);
 }
 
-TEST(Replay, ReportsTheFirstDifferenceWithItsLineAndEndsWithFour)
+/// Replays the recording of a voltage with a program.
+void checkReplayOfVoltage(const CommandRow& row)
 {
     const Recordings recordings;
     const std::string file = recordings.write("v.recording", kVoltage);
 
-    EXPECT_THAT(run("hx-sim replay " + file + " -- hxaux voltage 1"),
-                AllOf(errorMatches("hx-sim replay: .*/v\\.recording:3: the program makes another call\n"
-                                   "  recorded: /dev/adc-id get 0 -> 2482\n"
-                                   "  now:      /dev/adc-id get 1\n"),
-                      statusIs(4)));
+    EXPECT_THAT(run("hx-sim replay " + file + " -- " + row.script), row.answer);
 }
 
-TEST(Replay, EndsAProgramThatWentAnotherWay)
-{
-    const Recordings recordings;
-    const std::string file = recordings.write("v.recording", kVoltage);
-
-    EXPECT_THAT(run("hx-sim replay " + file + " -- hxaux voltage 1 --watch"), statusIs(4));
-}
-
-TEST(Replay, ReportsCallsThatWereNotRecorded)
-{
-    const Recordings recordings;
-    const std::string file = recordings.write("v.recording", kVoltage);
-
-    EXPECT_THAT(run("hx-sim replay " + file + " -- hxaux voltage 0 --watch --every 0.01 --count 2"),
-                AllOf(errorMatches("v\\.recording:4: the program makes more calls than were recorded\n"
-                                   "  now:      /dev/adc-id "),
-                      statusIs(4)));
-}
-
-TEST(Replay, ReportsAProgramThatEndsEarly)
-{
-    const Recordings recordings;
-    const std::string file = recordings.write("v.recording", kVoltage);
-
-    EXPECT_THAT(run("hx-sim replay " + file + " -- true"),
-                AllOf(errorMatches("v\\.recording:2: the program ended without this call\n"
-                                   "  recorded: /dev/adc-id open rdwr nonblock\n"),
-                      statusIs(4)));
-}
-
-TEST(Replay, EndsWithTheProgramsStatusWhenNothingDiffers)
-{
-    const Recordings recordings;
-    const std::string file = recordings.write("v.recording", kVoltage);
-
-    EXPECT_THAT(run("hx-sim replay " + file + " -- sh -c 'hxaux voltage 0; exit 7'"), statusIs(7));
-}
+const CommandRow kReplayRows[] = {
+    {"ReportsTheFirstDifferenceWithItsLineAndEndsWithFour", "hxaux voltage 1",
+     AllOf(errorMatches("hx-sim replay: .*/v\\.recording:3: the program makes another call\n"
+                        "  recorded: /dev/adc-id get 0 -> 2482\n"
+                        "  now:      /dev/adc-id get 1\n"),
+           statusIs(4))},
+    {"EndsAProgramThatWentAnotherWay", "hxaux voltage 1 --watch", statusIs(4)},
+    {"ReportsCallsThatWereNotRecorded", "hxaux voltage 0 --watch --every 0.01 --count 2",
+     AllOf(errorMatches("v\\.recording:4: the program makes more calls than were recorded\n"
+                        "  now:      /dev/adc-id "),
+           statusIs(4))},
+    {"ReportsAProgramThatEndsEarly", "true",
+     AllOf(errorMatches("v\\.recording:2: the program ended without this call\n"
+                        "  recorded: /dev/adc-id open rdwr nonblock\n"),
+           statusIs(4))},
+    {"EndsWithTheProgramsStatusWhenNothingDiffers", "sh -c 'hxaux voltage 0; exit 7'", statusIs(7)},
+};
+const TestTable kReplay{"Replay", checkReplayOfVoltage, kReplayRows};
 
 TEST(Replay, AllowsProcessesInAnyOrder)
 {

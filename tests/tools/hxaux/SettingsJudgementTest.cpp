@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The findings of `hxaux doctor` for the contents of a settings file.
+#include "testing/TestTable.h"
 #include "tools/hxaux/doctor/Doctor.h"
 
 #include <gmock/gmock.h>
@@ -8,7 +9,6 @@ namespace settings_judgement_test {
 
 using namespace hxaux::doctor;
 using testing::AllOf;
-
 using testing::ElementsAre;
 using testing::Field;
 using testing::HasSubstr;
@@ -31,56 +31,39 @@ auto finding(const std::string& item, const std::string& problem, const std::str
 
 } // namespace
 
-TEST(SettingsJudgement, FindsNothingInWhatTheLibraryWrites)
+struct Content {
+    TestName name;
+    const char* text;
+    testing::Matcher<const Findings&> findings;
+};
+
+void checkFindings(const Content& row)
 {
-    EXPECT_THAT(wrongIn("ABL_averageWndSize=5\nABL_bSoftTransitions=1\nABL_k = 46.2\nABL_mode=2\nUseLEDDimming=0\n"),
-                IsEmpty());
+    EXPECT_THAT(wrongIn(row.text), row.findings);
 }
 
-TEST(SettingsJudgement, FindsNothingInCommentsAndForeignKeys)
-{
-    EXPECT_THAT(wrongIn("; a comment\n\n[\n/\nMY_KEY = some text\n"), IsEmpty());
-}
+const Content kContents[] = {
+    {"FindsNothingInWhatTheLibraryWrites",
+     "ABL_averageWndSize=5\nABL_bSoftTransitions=1\nABL_k = 46.2\nABL_mode=2\nUseLEDDimming=0\n", IsEmpty()},
+    {"FindsNothingInCommentsAndForeignKeys", "; a comment\n\n[\n/\nMY_KEY = some text\n", IsEmpty()},
+    {"FindsASettingThatIsNotANumber", "ABL_k=steep\n",
+     ElementsAre(finding("ABL_k", "'steep' is not a number", "hxaux settings set ABL_k 50"))},
+    {"FindsASettingOutsideItsRange", "ABL_mode=3\n",
+     ElementsAre(finding("ABL_mode", "'3' is outside its range", "hxaux settings set ABL_mode 2"))},
+    {"FindsAWindowOfNothingThatKeepsTheAutomaticBacklightFromStarting",
+     "ABL_averageWndSize=0\nABL_rejectDeltaInLux=0\n",
+     ElementsAre(Field(&Finding::item, "ABL_averageWndSize"), Field(&Finding::item, "ABL_rejectDeltaInLux"))},
+    {"FindsASectionHeadThatBecomesAnEntry", "[ABL]\nABL_k=50\n",
+     ElementsAre(finding("line 1", "is neither a comment nor KEY=VALUE", "sed -i '1d' /opt/etc/hxaux.ini"))},
+    {"FindsAKeyThatIsSetTwice", "ABL_k=50\nABL_k=60\n", ElementsAre(Field(&Finding::item, "line 2"))},
+    {"FindsCarriageReturnsOfAForeignEditor", "MY_KEY=5\r\n",
+     ElementsAre(finding("line 1", "ends with a carriage return", "sed -i 's/\\r$//' /opt/etc/hxaux.ini"))},
+};
+const TestTable kSettingsJudgement{"SettingsJudgement", checkFindings, kContents};
 
 TEST(SettingsJudgement, FindsNothingInAnEmptyFile)
 {
     EXPECT_THAT(settingsIn(""), IsEmpty());
-}
-
-TEST(SettingsJudgement, FindsASettingThatIsNotANumber)
-{
-    EXPECT_THAT(wrongIn("ABL_k=steep\n"),
-                ElementsAre(finding("ABL_k", "'steep' is not a number", "hxaux settings set ABL_k 50")));
-}
-
-TEST(SettingsJudgement, FindsASettingOutsideItsRange)
-{
-    EXPECT_THAT(wrongIn("ABL_mode=3\n"),
-                ElementsAre(finding("ABL_mode", "'3' is outside its range", "hxaux settings set ABL_mode 2")));
-}
-
-TEST(SettingsJudgement, FindsAWindowOfNothingThatKeepsTheAutomaticBacklightFromStarting)
-{
-    EXPECT_THAT(
-        wrongIn("ABL_averageWndSize=0\nABL_rejectDeltaInLux=0\n"),
-        ElementsAre(Field(&Finding::item, "ABL_averageWndSize"), Field(&Finding::item, "ABL_rejectDeltaInLux")));
-}
-
-TEST(SettingsJudgement, FindsASectionHeadThatBecomesAnEntry)
-{
-    EXPECT_THAT(wrongIn("[ABL]\nABL_k=50\n"),
-                ElementsAre(finding("line 1", "is neither a comment nor KEY=VALUE", "sed -i '1d' /opt/etc/hxaux.ini")));
-}
-
-TEST(SettingsJudgement, FindsAKeyThatIsSetTwice)
-{
-    EXPECT_THAT(wrongIn("ABL_k=50\nABL_k=60\n"), ElementsAre(Field(&Finding::item, "line 2")));
-}
-
-TEST(SettingsJudgement, FindsCarriageReturnsOfAForeignEditor)
-{
-    EXPECT_THAT(wrongIn("MY_KEY=5\r\n"),
-                ElementsAre(finding("line 1", "ends with a carriage return", "sed -i 's/\\r$//' /opt/etc/hxaux.ini")));
 }
 
 } // namespace settings_judgement_test

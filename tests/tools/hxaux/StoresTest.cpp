@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Production data and settings: what is listed, and what is said of a store that fails.
 #include "testing/Command.h"
-#include "tests/tools/hxaux/OnUnit.h"
+#include "tests/tools/hxaux/CommandRows.h"
 
 namespace stores_test {
 
@@ -98,22 +98,14 @@ TEST(SettingsVerb, ChangesOneLineAndLeavesTheOthers)
     EXPECT_THAT(unit.run("hxaux settings get KEY"), outputIs("KEY: a = b ; c\n"));
 }
 
-TEST(SettingsVerb, EmptiesASetting)
-{
-    EXPECT_THAT(onUnit("hxaux settings set KEY 7 && hxaux settings set KEY \"\" && hxaux settings get KEY"),
-                AllOf(outputIs(""), errorMatches("the setting is missing or empty"), statusIs(1)));
-}
-
-TEST(SettingsVerb, StoresWordsThatLookLikeOptionsBehindTheMark)
-{
-    EXPECT_THAT(onUnit("hxaux settings set -- --key --json && hxaux settings get -- --key"),
-                AllOf(outputIs("--key: --json\n"), errorIs(""), statusIs(0)));
-}
-
-TEST(SettingsVerb, StoresANegativeNumber)
-{
-    EXPECT_THAT(onUnit("hxaux settings set KEY -7 && hxaux settings get KEY"), outputIs("KEY: -7\n"));
-}
+const CommandRow kSettingsVerbRows[] = {
+    {"EmptiesASetting", "hxaux settings set KEY 7 && hxaux settings set KEY \"\" && hxaux settings get KEY",
+     AllOf(outputIs(""), errorMatches("the setting is missing or empty"), statusIs(1))},
+    {"StoresWordsThatLookLikeOptionsBehindTheMark", "hxaux settings set -- --key --json && hxaux settings get -- --key",
+     AllOf(outputIs("--key: --json\n"), errorIs(""), statusIs(0))},
+    {"StoresANegativeNumber", "hxaux settings set KEY -7 && hxaux settings get KEY", outputIs("KEY: -7\n")},
+};
+const TestTable kSettingsVerb{"SettingsVerb", checkOnUnit, kSettingsVerbRows};
 
 TEST(SettingsVerb, SaysThatTheFileCannotBeWritten)
 {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
-#include "testing/Command.h"
+#include "tests/tools/hxaux/CommandRows.h"
 
 namespace hxtest::supervisor {
 
 /// Runs lines of hxaux one after the other on one simulated unit: "config fan on; config fan".
-inline Outcome onUnit(const std::string& words, const std::string& description = "")
+inline Outcome onUnit(const std::string& words, const std::vector<std::string>& settings = {})
 {
     std::string script;
     for (std::size_t begin = 0; begin < words.size();) {
@@ -14,7 +14,12 @@ inline Outcome onUnit(const std::string& words, const std::string& description =
         script += (script.empty() ? "hxaux " : " && hxaux ") + words.substr(begin, end - begin);
         begin = end + 2;
     }
-    return run("hx-sim run " + description + " -- sh -c '" + script + "'");
+    return hxtest::onUnit(script, settings);
+}
+
+inline void checkLines(const CommandRow& row)
+{
+    EXPECT_THAT(onUnit(row.script, row.settings), row.answer);
 }
 
 } // namespace hxtest::supervisor

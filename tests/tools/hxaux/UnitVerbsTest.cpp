@@ -1,75 +1,50 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Versions, voltages and inputs on a simulated unit, and what is the same for every verb.
-#include "testing/Command.h"
+#include "tests/tools/hxaux/CommandRows.h"
 
 using namespace hxtest;
 using testing::AllOf;
 
-TEST(VersionVerb, ShowsAllVersionsOfAHealthyUnit)
-{
-    const Unit unit({"version.ss=1.2.3.4"});
+const CommandRow kVersionVerbRows[] = {
+    {"ShowsAllVersionsOfAHealthyUnit",
+     "hxaux version",
+     AllOf(outputIs("library: 1.3.1.0\nsystem: 2.1.0.5\ndriver: 1.3.0.0\nss: 1.2.3.4\nfront: 1.6.0.2\n"
+                    "fpga: 3.2.0.1\n"),
+           errorIs(""), statusIs(0)),
+     {"version.ss=1.2.3.4"}},
+    {"ShowsTheOthersWhenOneCannotBeRead",
+     "hxaux version",
+     AllOf(outputMatches("library: 1.3.1.0"), outputMatches("fpga: 3.2.0.1"),
+           errorIs("version: ss: IoCtrl operation failed (7)\n"), statusIs(1)),
+     {"fail=/dev/fpga-version 0x80040037 EIO"}},
+    {"NamesAMissingVersionFile",
+     "hxaux version system",
+     AllOf(outputIs(""), errorIs("version: system: Open failed (1)\n"), statusIs(1)),
+     {"absent=/etc/firmware.ver"}},
+    {"NamesAVersionFileThatHoldsNoVersion",
+     "hxaux version system",
+     AllOf(outputIs(""), errorIs("version: system: Failed to execute command (17)\n"), statusIs(1)),
+     {"version.os=garbage"}},
+};
+const TestTable kVersionVerb{"VersionVerb", checkOnUnit, kVersionVerbRows};
 
-    EXPECT_THAT(unit.run("hxaux version"),
-                AllOf(outputIs("library: 1.3.1.0\nsystem: 2.1.0.5\ndriver: 1.3.0.0\nss: 1.2.3.4\nfront: 1.6.0.2\n"
-                               "fpga: 3.2.0.1\n"),
-                      errorIs(""), statusIs(0)));
-}
-
-TEST(VersionVerb, ShowsTheOthersWhenOneCannotBeRead)
-{
-    const Unit unit;
-    unit.control("fail /dev/fpga-version 0x80040037 EIO");
-
-    EXPECT_THAT(unit.run("hxaux version"), AllOf(outputMatches("library: 1.3.1.0"), outputMatches("fpga: 3.2.0.1"),
-                                                 errorIs("version: ss: IoCtrl operation failed (7)\n"), statusIs(1)));
-}
-
-TEST(VersionVerb, NamesAMissingVersionFile)
-{
-    const Unit unit({"absent=/etc/firmware.ver"});
-
-    EXPECT_THAT(unit.run("hxaux version system"),
-                AllOf(outputIs(""), errorIs("version: system: Open failed (1)\n"), statusIs(1)));
-}
-
-TEST(VersionVerb, NamesAVersionFileThatHoldsNoVersion)
-{
-    const Unit unit({"version.os=garbage"});
-
-    EXPECT_THAT(unit.run("hxaux version system"),
-                AllOf(outputIs(""), errorIs("version: system: Failed to execute command (17)\n"), statusIs(1)));
-}
-
-TEST(VoltageVerb, PrintsVolts)
-{
-    const Unit unit({"voltage.0=11.5"});
-
-    EXPECT_THAT(unit.run("hxaux voltage 0"), AllOf(outputMatches("^voltage 0: 11\\.(49|50)[0-9] V\n$"), statusIs(0)));
-}
-
-TEST(VoltageVerb, PrintsAllEight)
-{
-    const Unit unit;
-
-    EXPECT_THAT(unit.run("hxaux voltage"), AllOf(outputMatches("voltage 0: 2[34]\\.[0-9]{3} V"),
-                                                 outputMatches("voltage 7: 1\\.[0-9]{3} V"), statusIs(0)));
-}
-
-TEST(VoltageVerb, SaysOnceThatTheDeviceIsMissing)
-{
-    const Unit unit({"absent=/dev/adc-id"});
-
-    EXPECT_THAT(unit.run("hxaux voltage"), AllOf(outputIs(""), errorIs("voltage: Open failed (1)\n"), statusIs(1)));
-}
-
-TEST(VoltageVerb, ReportsARefusedRequest)
-{
-    const Unit unit;
-    unit.control("fail /dev/adc-id 0xC004003A EIO");
-
-    EXPECT_THAT(unit.run("hxaux voltage 2"),
-                AllOf(outputIs(""), errorIs("voltage: IoCtrl operation failed (7)\n"), statusIs(1)));
-}
+const CommandRow kVoltageVerbRows[] = {
+    {"PrintsVolts",
+     "hxaux voltage 0",
+     AllOf(outputMatches("^voltage 0: 11\\.(49|50)[0-9] V\n$"), statusIs(0)),
+     {"voltage.0=11.5"}},
+    {"PrintsAllEight", "hxaux voltage",
+     AllOf(outputMatches("voltage 0: 2[34]\\.[0-9]{3} V"), outputMatches("voltage 7: 1\\.[0-9]{3} V"), statusIs(0))},
+    {"SaysOnceThatTheDeviceIsMissing",
+     "hxaux voltage",
+     AllOf(outputIs(""), errorIs("voltage: Open failed (1)\n"), statusIs(1)),
+     {"absent=/dev/adc-id"}},
+    {"ReportsARefusedRequest",
+     "hxaux voltage 2",
+     AllOf(outputIs(""), errorIs("voltage: IoCtrl operation failed (7)\n"), statusIs(1)),
+     {"fail=/dev/adc-id 0xC004003A EIO"}},
+};
+const TestTable kVoltageVerb{"VoltageVerb", checkOnUnit, kVoltageVerbRows};
 
 TEST(InputsVerb, ShowsEachInput)
 {
