@@ -2,6 +2,7 @@
 #include "settings/IniSettings.h"
 
 #include "testing/SimulatedUnit.h"
+#include "testing/TestTable.h"
 
 #include <gtest/gtest.h>
 
@@ -36,6 +37,35 @@ std::string afterSetting(SimulatedUnit& unit, const std::string& file, const std
     return unit.settings();
 }
 
+struct Reading {
+    TestName name;
+    const char* file;
+    const char* key;
+    const char* value;
+};
+
+void checkReading(const Reading& row)
+{
+    SimulatedUnit unit;
+
+    EXPECT_EQ(valueOf(unit, row.file, row.key), row.value);
+}
+
+struct Setting {
+    TestName name;
+    const char* before;
+    const char* key;
+    const char* value;
+    const char* after;
+};
+
+void checkSetting(const Setting& row)
+{
+    SimulatedUnit unit;
+
+    EXPECT_EQ(afterSetting(unit, row.before, row.key, row.value), row.after);
+}
+
 // Reading.
 
 TEST(SettingsFile, HasItsFixedPlace)
@@ -53,75 +83,23 @@ TEST(SettingsFile, IgnoresCommentsAndTheTwoLoneSigns)
     EXPECT_EQ(unit.settings(), "ABL_X=6\n"); // no other entry was added
 }
 
-TEST(SettingsFile, KeepsALineWithoutAnEqualsSignAsTheEmptyKey)
-{
-    SimulatedUnit unit;
+const Setting kFirstSettings[] = {
+    {"KeepsALineWithoutAnEqualsSignAsTheEmptyKey", "[ABL]\n", "A", "1", "=\nA = 1\n"},
+    {"TakesALineOfBlanksForTheEmptyKey", "   \n", "A", "1", "=\nA = 1\n"},
+    {"ReadsAnEmptyFileAsNoSettings", "", "A", "1", "A = 1\n"},
+};
+const TestTable kFirstSet{"SettingsFile", checkSetting, kFirstSettings};
 
-    EXPECT_EQ(afterSetting(unit, "[ABL]\n", "A", "1"), "=\nA = 1\n");
-}
-
-TEST(SettingsFile, TakesALineOfBlanksForTheEmptyKey)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(afterSetting(unit, "   \n", "A", "1"), "=\nA = 1\n");
-}
-
-TEST(SettingsFile, TakesASemicolonAfterABlankForAKey)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(valueOf(unit, " ;K = v\n", ";K"), "v");
-}
-
-TEST(SettingsFile, TrimsBlanksRoundKeyAndValue)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(valueOf(unit, "  K  =  v \n", "K"), "v");
-}
-
-TEST(SettingsFile, KeepsTabsInKeyAndValue)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(valueOf(unit, "\tK =\tv\t\n", "\tK"), "\tv\t");
-}
-
-TEST(SettingsFile, KeepsACarriageReturnInTheValue)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(valueOf(unit, "K=v\r\n", "K"), "v\r");
-}
-
-TEST(SettingsFile, SplitsALineAtItsFirstEqualsSign)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(valueOf(unit, "K=a=b\n", "K"), "a=b");
-}
-
-TEST(SettingsFile, KeepsTheLastOfTwoValues)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(valueOf(unit, "K=1\nK=2\n", "K"), "2");
-}
-
-TEST(SettingsFile, ReadsALastLineWithoutLineFeed)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(valueOf(unit, "A=1\nB=2", "B"), "2");
-}
-
-TEST(SettingsFile, ReadsAnEmptyFileAsNoSettings)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(afterSetting(unit, "", "A", "1"), "A = 1\n");
-}
+const Reading kReadings[] = {
+    {"TakesASemicolonAfterABlankForAKey", " ;K = v\n", ";K", "v"},
+    {"TrimsBlanksRoundKeyAndValue", "  K  =  v \n", "K", "v"},
+    {"KeepsTabsInKeyAndValue", "\tK =\tv\t\n", "\tK", "\tv\t"},
+    {"KeepsACarriageReturnInTheValue", "K=v\r\n", "K", "v\r"},
+    {"SplitsALineAtItsFirstEqualsSign", "K=a=b\n", "K", "a=b"},
+    {"KeepsTheLastOfTwoValues", "K=1\nK=2\n", "K", "2"},
+    {"ReadsALastLineWithoutLineFeed", "A=1\nB=2", "B", "2"},
+};
+const TestTable kRead{"SettingsFile", checkReading, kReadings};
 
 TEST(SettingsFile, ReadsAMissingFileAsNoSettings)
 {
@@ -250,19 +228,14 @@ TEST(SettingsFile, IsAddedToWhatWasLoadedBefore)
 
 // Writing.
 
-TEST(SettingsWrite, PutsANewKeyInItsSortedPlaceWithBlanks)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(afterSetting(unit, "A=1\nC=3\n", "B", "2"), "A=1\nB = 2\nC=3\n");
-}
-
-TEST(SettingsWrite, RemovesTheBlanksOfAKeyThatIsThere)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(afterSetting(unit, "A=1\nB = 2\nC=3\n", "B", "4"), "A=1\nB=4\nC=3\n");
-}
+const Setting kSettings[] = {
+    {"PutsANewKeyInItsSortedPlaceWithBlanks", "A=1\nC=3\n", "B", "2", "A=1\nB = 2\nC=3\n"},
+    {"RemovesTheBlanksOfAKeyThatIsThere", "A=1\nB = 2\nC=3\n", "B", "4", "A=1\nB=4\nC=3\n"},
+    {"SortsByBytesSoThatUpperCaseComesFirst", "a=1\nB=2\n\xC4=3\n", "Z", "4", "B=2\nZ = 4\na=1\n\xC4=3\n"},
+    {"TrimsKeyAndValue", "A=1\n", "  A ", " 2  ", "A=2\n"},
+    {"LosesCommentsAndTheOrderOfLines", "; comment\nB=2\n\nA=1\n", "B", "3", "A=1\nB=3\n"},
+};
+const TestTable kSet{"SettingsWrite", checkSetting, kSettings};
 
 TEST(SettingsWrite, SortsKeysThatAreSetOneByOne)
 {
@@ -275,27 +248,6 @@ TEST(SettingsWrite, SortsKeysThatAreSetOneByOne)
     EXPECT_EQ(unit.settings(), "A = 2\nB=1\n");
     settings.set("C", "3");
     EXPECT_EQ(unit.settings(), "A=2\nB=1\nC = 3\n");
-}
-
-TEST(SettingsWrite, SortsByBytesSoThatUpperCaseComesFirst)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(afterSetting(unit, "a=1\nB=2\n\xC4=3\n", "Z", "4"), "B=2\nZ = 4\na=1\n\xC4=3\n");
-}
-
-TEST(SettingsWrite, TrimsKeyAndValue)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(afterSetting(unit, "A=1\n", "  A ", " 2  "), "A=2\n");
-}
-
-TEST(SettingsWrite, LosesCommentsAndTheOrderOfLines)
-{
-    SimulatedUnit unit;
-
-    EXPECT_EQ(afterSetting(unit, "; comment\nB=2\n\nA=1\n", "B", "3"), "A=1\nB=3\n");
 }
 
 TEST(SettingsWrite, WritesAKeyThatWasOnlyRead)
