@@ -13,28 +13,24 @@ using Task = IFlasher::Task;
 namespace {
 
 const Bytes kImage = firmware::pattern(1008); // one page and most of a second one
+const std::string kFile = firmware::mcs(kImage);
 const std::string kReady = "0 0..100, ";
 const std::string kRead = kReady + "3 0..100, ";
 
-struct Outcome {
-    eErr result;
-    std::string story;
-};
-
-Outcome runOn(SimulatedUnit& unit, const std::string& text, Task task = Task::Program)
+Outcome runOn(SimulatedUnit& unit, const std::string& content, Task task = Task::Program)
 {
-    Recorder recorder;
     Flasher_FPGA flasher;
-    recorder.attach(flasher);
-    flasher.setFileName(firmware::file(unit, text).c_str());
-    const eErr result = flasher.Run(task);
-    EXPECT_EQ(recorder.runsReleased(), 1);
-    return {result, recorder.story()};
+    return record(flasher, firmware::file(unit, content), task);
 }
 
-Outcome runGoodFileOn(SimulatedUnit& unit, Task task = Task::Program)
+void checkRun(const StatusRow& row)
 {
-    return runOn(unit, firmware::mcs(kImage), task);
+    SimulatedUnit unit{row.description};
+
+    const Outcome run = runOn(unit, row.content, row.task);
+
+    EXPECT_EQ(run.result, row.result);
+    EXPECT_EQ(run.story, row.story);
 }
 
 void putIntoFlash(SimulatedUnit& unit, const Bytes& image)
@@ -59,56 +55,37 @@ TEST(FpgaStatus, OfAnUpgradeIsReportedStepByStep)
                                                   "4 100", "5 0", "5 100", "6 0"));
 }
 
-TEST(FpgaStatus, OfAnUpgradeOfTwoPagesHasAPercentForEach)
-{
-    SimulatedUnit unit;
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_SUCCESS);
-    EXPECT_EQ(run.story, kRead + "4 0..100, 5 0..100, 6 0");
-}
+const StatusRow kFpgaRows[] = {
+    {"OfAnUpgradeOfTwoPagesHasAPercentForEach", "", kFile, ERR_SUCCESS, kRead + "4 0..100, 5 0..100, 6 0"},
+    {"OfAMissingDeviceFailsAtOnce", "absent = /dev/fpgaflash", kFile, ERR_OPEN_FAILED, "0 0, 0 0 !1, 7 0 !1"},
+    {"OfARefusedStatusRequestFailsInPreparing", "fail = /dev/fpgaflash 0x4001004d EIO", kFile, ERR_IOCTRL_FAILED,
+     "0 0..50, 0 100 !7, 7 0 !7"},
+    {"OfAFlashThatIsNotReadyFailsBeforeTheFileIsRead", "fpga.status = 1", kFile, ERR_INIT_FAILED,
+     "0 0..50, 0 100 !13, 7 0 !13"},
+    {"OfAFileOfShortRecordsFailsInWriting", "", firmware::data(0, Bytes(8)) + firmware::data(8, Bytes(8)),
+     ERR_INVALID_DATA, kRead + "4 0, 4 0 !8, 7 0 !8"},
+    {"OfAVerificationWithAFileOfShortRecordsFailsInVerifying", "", firmware::data(0, Bytes(8)), ERR_INVALID_DATA,
+     kRead + "5 0, 5 0 !8, 7 0 !8", Task::Verify},
+    {"OfADriverWithoutProgressFailsInWriting", "fpga.accepts = 0", kFile, ERR_IOCTRL_FAILED,
+     kRead + "4 0, 4 100 !7, 7 0 !7"},
+    {"OfARefusedReadFailsInVerifying", "fail = /dev/fpgaflash 0xc218004f EIO", kFile, ERR_IOCTRL_FAILED,
+     kRead + "4 0..100, 5 0, 5 100 !7, 7 0 !7"},
+    {"OfADriverThatReadsNothingFailsInVerifying", "fpga.reads-nothing = on", kFile, ERR_DEVICE_READ_DATA_FAILED,
+     kRead + "4 0..100, 5 0, 5 100 !15, 7 0 !15"},
+    {"OfADifferenceCarriesThePercentOfItsPlace", "fpga.flip-read-at = 757", kFile, ERR_VERIFY_FAILED,
+     kRead + "4 0..100, 5 0..52, 5 75 !14, 7 0 !14"},
+};
+const TestTable kFpgaStatus{"FpgaStatus", checkRun, kFpgaRows};
 
 TEST(FpgaStatus, OfAVerificationHasNoWriting)
 {
     SimulatedUnit unit;
     putIntoFlash(unit, kImage);
 
-    const Outcome run = runGoodFileOn(unit, Task::Verify);
+    const Outcome run = runOn(unit, kFile, Task::Verify);
 
     EXPECT_EQ(run.result, ERR_SUCCESS);
     EXPECT_EQ(run.story, kRead + "5 0..100, 6 0");
-}
-
-TEST(FpgaStatus, OfAMissingDeviceFailsAtOnce)
-{
-    SimulatedUnit unit{"absent = /dev/fpgaflash"};
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_OPEN_FAILED);
-    EXPECT_EQ(run.story, "0 0, 0 0 !1, 7 0 !1");
-}
-
-TEST(FpgaStatus, OfARefusedStatusRequestFailsInPreparing)
-{
-    SimulatedUnit unit;
-    unit.fail("/dev/fpgaflash", 0x4001004d);
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_IOCTRL_FAILED);
-    EXPECT_EQ(run.story, "0 0..50, 0 100 !7, 7 0 !7");
-}
-
-TEST(FpgaStatus, OfAFlashThatIsNotReadyFailsBeforeTheFileIsRead)
-{
-    SimulatedUnit unit{"fpga.status = 1"};
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_INIT_FAILED);
-    EXPECT_EQ(run.story, "0 0..50, 0 100 !13, 7 0 !13");
 }
 
 TEST(FpgaStatus, OfAMissingFileFailsInReading)
@@ -138,74 +115,13 @@ TEST(FpgaStatus, OfAWrongChecksumTakesThePlaceOfTheProgress)
     EXPECT_EQ(run.story, kReady + "3 0..47, 3 95 !12, 7 0 !12");
 }
 
-TEST(FpgaStatus, OfAFileOfShortRecordsFailsInWriting)
-{
-    SimulatedUnit unit;
-
-    const Outcome run = runOn(unit, firmware::data(0, Bytes(8)) + firmware::data(8, Bytes(8)));
-
-    EXPECT_EQ(run.result, ERR_INVALID_DATA);
-    EXPECT_EQ(run.story, kRead + "4 0, 4 0 !8, 7 0 !8");
-}
-
-TEST(FpgaStatus, OfAVerificationWithAFileOfShortRecordsFailsInVerifying)
-{
-    SimulatedUnit unit;
-
-    const Outcome run = runOn(unit, firmware::data(0, Bytes(8)), Task::Verify);
-
-    EXPECT_EQ(run.result, ERR_INVALID_DATA);
-    EXPECT_EQ(run.story, kRead + "5 0, 5 0 !8, 7 0 !8");
-}
-
 TEST(FpgaStatus, OfARefusedBlockFailsInWriting)
 {
     SimulatedUnit unit;
     unit.fail("/dev/fpgaflash", 0xc218004e, EIO, 1, 1);
 
-    const Outcome run = runGoodFileOn(unit);
+    const Outcome run = runOn(unit, kFile);
 
     EXPECT_EQ(run.result, ERR_IOCTRL_FAILED);
     EXPECT_EQ(run.story, kRead + "4 0..52, 4 100 !7, 7 0 !7");
-}
-
-TEST(FpgaStatus, OfADriverWithoutProgressFailsInWriting)
-{
-    SimulatedUnit unit{"fpga.accepts = 0"};
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_IOCTRL_FAILED);
-    EXPECT_EQ(run.story, kRead + "4 0, 4 100 !7, 7 0 !7");
-}
-
-TEST(FpgaStatus, OfARefusedReadFailsInVerifying)
-{
-    SimulatedUnit unit;
-    unit.fail("/dev/fpgaflash", 0xc218004f);
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_IOCTRL_FAILED);
-    EXPECT_EQ(run.story, kRead + "4 0..100, 5 0, 5 100 !7, 7 0 !7");
-}
-
-TEST(FpgaStatus, OfADriverThatReadsNothingFailsInVerifying)
-{
-    SimulatedUnit unit{"fpga.reads-nothing = on"};
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_DEVICE_READ_DATA_FAILED);
-    EXPECT_EQ(run.story, kRead + "4 0..100, 5 0, 5 100 !15, 7 0 !15");
-}
-
-TEST(FpgaStatus, OfADifferenceCarriesThePercentOfItsPlace)
-{
-    SimulatedUnit unit{"fpga.flip-read-at = 757"};
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_VERIFY_FAILED);
-    EXPECT_EQ(run.story, kRead + "4 0..100, 5 0..52, 5 75 !14, 7 0 !14");
 }

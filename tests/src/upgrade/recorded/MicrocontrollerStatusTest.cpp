@@ -22,31 +22,26 @@ constexpr auto kSupervisor = Flasher_STM32::Supervisor;
 constexpr auto kFront = Flasher_STM32::FrontController;
 const Bytes kImage = firmware::pattern(1024);
 
+const std::string kFile = firmware::intelHex(kImage);
 const std::string kPrepared = "0 0..100, ";
 const std::string kRead = kPrepared + "3 0..99, 3 0, ";
 const std::string kConnected = kRead + "1 0..100, ";
 
-struct Outcome {
-    eErr result;
-    std::string story;
-};
-
-/// One run on a unit, upgrade or verification, and everything that it published.
-Outcome runOn(SimulatedUnit& unit, const std::string& text, Task task = Task::Program,
+Outcome runOn(SimulatedUnit& unit, const std::string& content, Task task = Task::Program,
               Flasher_STM32::eDeviceType type = kSupervisor)
 {
-    Recorder recorder;
     Flasher_STM32 flasher{type};
-    recorder.attach(flasher);
-    flasher.setFileName(firmware::file(unit, text).c_str());
-    const eErr result = flasher.Run(task);
-    EXPECT_EQ(recorder.runsReleased(), 1);
-    return {result, recorder.story()};
+    return record(flasher, firmware::file(unit, content), task);
 }
 
-Outcome runGoodFileOn(SimulatedUnit& unit, Task task = Task::Program)
+void checkRun(const StatusRow& row)
 {
-    return runOn(unit, firmware::intelHex(kImage), task);
+    SimulatedUnit unit{row.description};
+
+    const Outcome run = runOn(unit, row.content, row.task);
+
+    EXPECT_EQ(run.result, row.result);
+    EXPECT_EQ(run.story, row.story);
 }
 
 void putIntoFlash(SimulatedUnit& unit, const Bytes& image)
@@ -94,7 +89,7 @@ TEST(MicrocontrollerStatus, OfAVerificationHasNoWriting)
     SimulatedUnit unit;
     putIntoFlash(unit, kImage);
 
-    const Outcome run = runGoodFileOn(unit, Task::Verify);
+    const Outcome run = runOn(unit, kFile, Task::Verify);
 
     EXPECT_EQ(run.result, ERR_SUCCESS);
     EXPECT_EQ(run.story, kConnected + "5 0..100, 6 0");
@@ -104,8 +99,7 @@ TEST(MicrocontrollerStatus, OfAnUnknownDeviceTypeFailsWithoutAStepOfItsOwn)
 {
     SimulatedUnit unit;
 
-    const Outcome run =
-        runOn(unit, firmware::intelHex(kImage), Task::Program, static_cast<Flasher_STM32::eDeviceType>(2));
+    const Outcome run = runOn(unit, kFile, Task::Program, static_cast<Flasher_STM32::eDeviceType>(2));
 
     EXPECT_EQ(run.result, ERR_INVALID_PARAMETER);
     EXPECT_EQ(run.story, "0 0, 7 0 !9");
@@ -124,15 +118,28 @@ TEST(MicrocontrollerStatus, OfAMissingFileFailsInReading)
     EXPECT_EQ(recorder.story(), kPrepared + "3 0, 3 0 !1, 7 0 !1");
 }
 
-TEST(MicrocontrollerStatus, OfAFileThatIsNotHexFailsInReading)
-{
-    SimulatedUnit unit;
-
-    const Outcome run = runOn(unit, "not HEX");
-
-    EXPECT_EQ(run.result, ERR_INVALID_DATA);
-    EXPECT_EQ(run.story, kPrepared + "3 0, 3 0 !8, 7 0 !8");
-}
+const StatusRow kMicrocontrollerRows[] = {
+    {"OfAFileThatIsNotHexFailsInReading", "", "not HEX", ERR_INVALID_DATA, kPrepared + "3 0, 3 0 !8, 7 0 !8"},
+    {"OfAWrongChecksumFailsInReading", "", ":0100000001FF\n", ERR_CHECKSUM, kPrepared + "3 0, 3 0 !12, 7 0 !12"},
+    {"OfAMissingEndRecordFailsAtAHundredPercent", "", firmware::data(0, {1}), ERR_INVALID_DATA,
+     kPrepared + "3 0..92, 3 100 !8, 7 0 !8"},
+    {"OfAMissingPortFailsInConnecting", "absent = /dev/ttyS0", kFile, ERR_OPEN_FAILED, kRead + "1 0, 1 0 !1, 7 0 !1"},
+    {"OfAPortThatCannotBeSetUpFailsAt55Percent", "fail = /dev/ttyS0 tcsetattr EIO", kFile, ERR_OPEN_FAILED,
+     kRead + "1 0..50, 1 55 !1, 7 0 !1"},
+    // GET, GET VERSION, GET ID, erase, and two blocks succeed.
+    {"OfABlockThatIsRefusedCarriesTheLastPercent", "ss.nack-at = 7", kFile, ERR_DEVICE_WRITE_DATA_FAILED,
+     kConnected + "4 0..50, 4 50 !16, 7 0 !16"},
+    {"OfAReadThatIsRefusedCarriesTheLastPercentOfVerifying", "ss.nack-at = 10", kFile, ERR_DEVICE_READ_DATA_FAILED,
+     kConnected + "4 0..100, 5 0..25, 5 25 !15, 7 0 !15"},
+    {"OfABitThatReadsBackWronglyFailsInVerifying", "ss.flip-read-at = 513", kFile, ERR_VERIFY_FAILED,
+     kConnected + "4 0..100, 5 0..50, 5 50 !14, 7 0 !14"},
+    // The erase command; its answer is ignored.
+    {"OfAFlashThatWasNotErasedFailsInVerifying", "ss.nack-at = 4", kFile, ERR_VERIFY_FAILED,
+     kConnected + "4 0..100, 5 0, 5 0 !14, 7 0 !14"},
+    {"OfAVerificationOfAnUnknownProductReadsNothing", "ss.product-id = 0x9abc", kFile, ERR_SUCCESS,
+     kConnected + "5 0, 6 0", Task::Verify},
+};
+const TestTable kMicrocontrollerStatus{"MicrocontrollerStatus", checkRun, kMicrocontrollerRows};
 
 TEST(MicrocontrollerStatus, OfAFileThatEndsInARecordsHeadFailsInReading)
 {
@@ -146,53 +153,12 @@ TEST(MicrocontrollerStatus, OfAFileThatEndsInARecordsHeadFailsInReading)
     }
 }
 
-TEST(MicrocontrollerStatus, OfAWrongChecksumFailsInReading)
-{
-    SimulatedUnit unit;
-
-    const Outcome run = runOn(unit, ":0100000001FF\n");
-
-    EXPECT_EQ(run.result, ERR_CHECKSUM);
-    EXPECT_EQ(run.story, kPrepared + "3 0, 3 0 !12, 7 0 !12");
-}
-
-TEST(MicrocontrollerStatus, OfAMissingEndRecordFailsAtAHundredPercent)
-{
-    SimulatedUnit unit;
-
-    const Outcome run = runOn(unit, firmware::data(0, {1}));
-
-    EXPECT_EQ(run.result, ERR_INVALID_DATA);
-    EXPECT_EQ(run.story, kPrepared + "3 0..92, 3 100 !8, 7 0 !8");
-}
-
-TEST(MicrocontrollerStatus, OfAMissingPortFailsInConnecting)
-{
-    SimulatedUnit unit{"absent = /dev/ttyS0"};
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_OPEN_FAILED);
-    EXPECT_EQ(run.story, kRead + "1 0, 1 0 !1, 7 0 !1");
-}
-
-TEST(MicrocontrollerStatus, OfAPortThatCannotBeSetUpFailsAt55Percent)
-{
-    SimulatedUnit unit;
-    unit.fail("/dev/ttyS0", "tcsetattr");
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_OPEN_FAILED);
-    EXPECT_EQ(run.story, kRead + "1 0..50, 1 55 !1, 7 0 !1");
-}
-
 TEST(MicrocontrollerStatus, OfASilentTargetFailsAfterElevenAttempts)
 {
     SimulatedUnit unit{"ss.silent = on"};
     const auto before = unit.now();
 
-    const Outcome run = runGoodFileOn(unit);
+    const Outcome run = runOn(unit, kFile);
 
     EXPECT_EQ(run.result, ERR_OPEN_FAILED);
     EXPECT_EQ(run.story, kRead + "1 0..75, 1 100 !1, 7 0 !1");
@@ -230,19 +196,7 @@ TEST(MicrocontrollerStatus, OfAnUnknownProductFailsBeforeErasing)
 {
     SimulatedUnit unit{"ss.product-id = 0x9abc"};
 
-    EXPECT_EQ(runGoodFileOn(unit).story, kConnected + "4 0, 4 0 !8, 7 0 !8");
-}
-
-TEST(MicrocontrollerStatus, OfABlockThatIsRefusedCarriesTheLastPercent)
-{
-    SimulatedUnit unit;
-    // GET, GET VERSION, GET ID, erase, and two blocks succeed.
-    unit.set("ss.nack-at", 7);
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_DEVICE_WRITE_DATA_FAILED);
-    EXPECT_EQ(run.story, kConnected + "4 0..50, 4 50 !16, 7 0 !16");
+    EXPECT_EQ(runOn(unit, kFile).story, kConnected + "4 0, 4 0 !8, 7 0 !8");
 }
 
 TEST(MicrocontrollerStatus, OfAFirstBlockThatIsRefusedCarriesNoPercent)
@@ -250,40 +204,7 @@ TEST(MicrocontrollerStatus, OfAFirstBlockThatIsRefusedCarriesNoPercent)
     SimulatedUnit unit;
     unit.set("ss.nack-at", 5);
 
-    EXPECT_EQ(runGoodFileOn(unit).story, kConnected + "4 0, 4 0 !16, 7 0 !16");
-}
-
-TEST(MicrocontrollerStatus, OfAReadThatIsRefusedCarriesTheLastPercentOfVerifying)
-{
-    SimulatedUnit unit;
-    unit.set("ss.nack-at", 4 + 4 + 2);
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_DEVICE_READ_DATA_FAILED);
-    EXPECT_EQ(run.story, kConnected + "4 0..100, 5 0..25, 5 25 !15, 7 0 !15");
-}
-
-TEST(MicrocontrollerStatus, OfABitThatReadsBackWronglyFailsInVerifying)
-{
-    SimulatedUnit unit;
-    unit.set("ss.flip-read-at", 512 + 1);
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_VERIFY_FAILED);
-    EXPECT_EQ(run.story, kConnected + "4 0..100, 5 0..50, 5 50 !14, 7 0 !14");
-}
-
-TEST(MicrocontrollerStatus, OfAFlashThatWasNotErasedFailsInVerifying)
-{
-    SimulatedUnit unit;
-    unit.set("ss.nack-at", 4); // the erase command; its answer is ignored
-
-    const Outcome run = runGoodFileOn(unit);
-
-    EXPECT_EQ(run.result, ERR_VERIFY_FAILED);
-    EXPECT_EQ(run.story, kConnected + "4 0..100, 5 0, 5 0 !14, 7 0 !14");
+    EXPECT_EQ(runOn(unit, kFile).story, kConnected + "4 0, 4 0 !16, 7 0 !16");
 }
 
 TEST(MicrocontrollerStatus, OfAVerificationThatDiffersFails)
@@ -293,7 +214,7 @@ TEST(MicrocontrollerStatus, OfAVerificationThatDiffersFails)
     other.back() ^= 1;
     putIntoFlash(unit, other);
 
-    const Outcome run = runGoodFileOn(unit, Task::Verify);
+    const Outcome run = runOn(unit, kFile, Task::Verify);
 
     EXPECT_EQ(run.result, ERR_VERIFY_FAILED);
     EXPECT_EQ(run.story, kConnected + "5 0..75, 5 75 !14, 7 0 !14");
@@ -317,16 +238,6 @@ TEST(MicrocontrollerStatus, OfAVerificationStopsAtTheEndOfTheFlash)
     putIntoFlash(unit, image);
 
     EXPECT_EQ(runOn(unit, firmware::intelHex(image), Task::Verify).result, ERR_SUCCESS);
-}
-
-TEST(MicrocontrollerStatus, OfAVerificationOfAnUnknownProductReadsNothing)
-{
-    SimulatedUnit unit{"ss.product-id = 0x9abc"};
-
-    const Outcome run = runGoodFileOn(unit, Task::Verify);
-
-    EXPECT_EQ(run.result, ERR_SUCCESS);
-    EXPECT_EQ(run.story, kConnected + "5 0, 6 0");
 }
 
 TEST(Publishing, OfTheVeryFirstStateIsAChange)

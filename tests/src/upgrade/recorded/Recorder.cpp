@@ -109,3 +109,13 @@ void LinuxWrapper::ReleaseSema(int sema)
 void LinuxWrapper::CloseSema(int) {}
 
 } // namespace Halvix
+
+Outcome record(IFlasher& flasher, const std::string& file, IFlasher::Task task)
+{
+    Recorder recorder;
+    recorder.attach(flasher);
+    flasher.setFileName(file.c_str());
+    const eErr result = flasher.Run(task);
+    EXPECT_EQ(recorder.runsReleased(), 1);
+    return {result, recorder.story()};
+}

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #pragma once
 
+#include "testing/TestTable.h"
 #include "upgrade/IFlasher.h"
 
 #include <string>
@@ -36,4 +37,23 @@ private:
     bool locked_ = false;
     bool lockIsBroken_ = false;
     int runsReleased_ = 0;
+};
+
+/// What a run came to, and the story of its status.
+struct Outcome {
+    Halvix::eErr result;
+    std::string story;
+};
+
+/// One run with a file, upgrade or verification.
+Outcome record(Halvix::IFlasher& flasher, const std::string& file, Halvix::IFlasher::Task task);
+
+/// A run on a unit that a description makes.
+struct StatusRow {
+    TestName name;
+    const char* description;
+    std::string content; ///< of the file
+    Halvix::eErr result;
+    std::string story;
+    Halvix::IFlasher::Task task = Halvix::IFlasher::Task::Program;
 };
