@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Production texts: look-ups and changes of any key in any EEPROM content. This file replaces the board and the time.
 #include "fuzz/Require.h"
+#include "fuzz/system/Input.h"
 #include "settings/EepromConfig.h"
 
 #include <algorithm>
@@ -14,36 +15,6 @@ using namespace Halvix;
 namespace {
 
 std::vector<char> eeprom(EepromConfig::kSize);
-
-/// Splits the input: lengths of key and value first, then both, then the EEPROM's content.
-class Input {
-public:
-    Input(const std::uint8_t* data, std::size_t size) : data_{data}, left_{size} {}
-
-    /// Up to `most` characters and no zero, as a C text can be.
-    std::string text(std::size_t most)
-    {
-        const std::size_t length = std::min<std::size_t>(take(1).empty() ? 0 : last_ % (most + 1), left_);
-        std::string bytes = take(length);
-        return bytes.substr(0, bytes.find('\0'));
-    }
-    std::string rest() { return take(left_); }
-
-private:
-    std::string take(std::size_t count)
-    {
-        count = std::min(count, left_);
-        std::string bytes{reinterpret_cast<const char*>(data_), count};
-        last_ = count != 0 ? data_[0] : 0;
-        data_ += count;
-        left_ -= count;
-        return bytes;
-    }
-
-    const std::uint8_t* data_;
-    std::size_t left_;
-    std::uint8_t last_ = 0;
-};
 
 void checkValue(const EepromConfig& store, const char* key)
 {

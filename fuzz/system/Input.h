@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 
 /// A fuzzer's bytes, taken from the front for the program's actions and from the back for the answers of the
 /// environment, so that an input with other answers still performs the same actions. Zeros when they are used up.
@@ -42,6 +43,7 @@ public:
         size_ -= length;
         return bytes.substr(0, bytes.find('\0'));
     }
+    std::string rest() { return {reinterpret_cast<const char*>(data_), std::exchange(size_, 0)}; }
 
     std::uint8_t answer() { return size_ == 0 ? 0 : data_[--size_]; }
     void answer(void* block, std::size_t size)
