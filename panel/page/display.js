@@ -124,6 +124,9 @@ function calibration(unit) {
             point.classList.toggle("touched", point.dataset.point === finger);
         }
     };
+    unit.whenLeft.add(() => {
+        asked = "";
+    });
     unit.onValue("touch.calibration", update);
     unit.onValue("touch.finger", update);
     unit.whenEvents.add((events) => {

@@ -74,6 +74,9 @@ function profiles(unit) {
     const stop = button("End", () => reported(unit.set("light", unit.value("light") ?? "0")));
     const line = el("div", { class: "row", hidden: true }, el("label", { for: chooser.id }, "Profile"),
         el("span", { class: "field" }, changes(unit, chooser), changes(unit, play), changes(unit, stop)));
+    unit.whenLeft.add(() => {
+        played = "";
+    });
     unit.onValue("light.profile", (value) => {
         played = value ? played : "";
         fill(state, value ? `A profile plays${played && `: ${played}`}` : "");

@@ -22,11 +22,19 @@ export function locks(unit) {
     const show = () => list.show([...all].map(([name, lock]) =>
         ({ identity: `${name} ${lock.state} ${lock.holder}`, cells: () => row(unit, name, lock, read) })), "No lock is known yet.");
     const read = async () => {
+        const { name: asked } = unit;
         const document = await unit.tool("locks");
+        if (asked !== unit.name) { // another one was chosen meanwhile
+            return;
+        }
         all = new Map(Object.entries(document.result).map(([name, lock]) =>
             [name, { state: lock.state, holder: holderOf(lock, all.get(name)) }]));
         show();
     };
+    unit.whenLeft.add(() => {
+        all = new Map();
+        show();
+    });
     unit.whenRead.add(() => reported(read()));
     unit.whenEvents.add((events) => {
         if (events.filter((event) => note(unit, all, event)).length > 0) {

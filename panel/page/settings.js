@@ -32,12 +32,24 @@ export function settings(unit) {
     /** @type {Record<string, string>} */
     let known = {};
     const store = (/** @type {string} */ key, /** @type {string} */ value) => runTool(unit, "settings", "set", key, value).then(read);
-    const read = async () => {
-        known = (await unit.tool("settings", "list")).result;
+    const show = () => {
         list.show(Object.keys(known).map((key) =>
             ({ identity: key, cells: () => [key, field(unit, key, () => known[key], store)] })), "The file has no documented setting.");
         list.element.querySelectorAll("input").forEach((control) => control.dispatchEvent(new Event("hx-refresh")));
     };
+    const read = async () => {
+        const { name } = unit;
+        const { result } = await unit.tool("settings", "list");
+        if (name === unit.name) { // no other one was chosen meanwhile
+            known = result;
+            show();
+        }
+    };
+    unit.whenLeft.add(() => {
+        known = {};
+        verdict.textContent = "";
+        show();
+    });
     const refresh = throttled(PAUSE, () => reported(read()));
     unit.whenRead.add(refresh);
     unit.whenEvents.add((events) => {

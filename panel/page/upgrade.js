@@ -12,6 +12,7 @@ export const STEPS = ["preparing", "connecting", "erasing", "writing", "verifyin
 const FLASH_START = 0x08000000;
 const BLOCK = 256;
 const FPGA_BLOCK = 528;
+const NONE = "No upgrade has run while this page was open.";
 /** Commands of the bootloader, with their complement. @type {Record<string, string>} */
 const COMMANDS = { "7f": "connecting", "43 bc": "erasing", "44 bb": "erasing", "31 ce": "writing", "11 ee": "verifying" };
 /** @type {Record<string, string>} */
@@ -114,8 +115,8 @@ export class UpgradeWatch {
 
 /** The steps as a list, and a bar. @param {Unit} unit */
 function progress(unit) {
-    const watch = new UpgradeWatch();
-    const title = el("p", { id: "upgrade-title", class: "empty" }, "No upgrade has run while this page was open.");
+    let watch = new UpgradeWatch();
+    const title = el("p", { id: "upgrade-title", class: "empty" }, NONE);
     const steps = el("ol", { id: "upgrade-steps", class: "steps" }, ...STEPS.map((step) => el("li", {}, step)));
     const bar = el("progress", { id: "upgrade-bar", "aria-label": "Verified part of what was written", max: 1, value: 0 });
     const part = el("div", { hidden: true }, steps, bar);
@@ -134,8 +135,12 @@ function progress(unit) {
         });
         bar.value = watch.written === 0 ? 0 : Math.min(1, watch.verified / watch.written);
         const bytes = watch.verified > 0 ? `${watch.verified} of ${watch.written} bytes verified` : `${watch.written} bytes written`;
-        fill(title, watch.step === "" ? "" : `Upgrade of the ${watch.target}: ${outcome()}, ${bytes}`);
+        fill(title, watch.step === "" ? NONE : `Upgrade of the ${watch.target}: ${outcome()}, ${bytes}`);
     };
+    unit.whenLeft.add(() => {
+        watch = new UpgradeWatch();
+        show();
+    });
     let due = 0;
     unit.whenEvents.add((events) => {
         if (events.filter((event) => watch.see(event)).length > 0 && due === 0) {

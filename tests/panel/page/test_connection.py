@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import pathlib
 
-from panel import Page, Server, Unit
+from panel import SIM, Page, Server, Unit, run
 from selenium.webdriver.common.keys import Keys
 
 
@@ -56,6 +56,10 @@ def test_another_unit_is_shown_without_the_past_of_the_first(live: Page, unit: U
     unit.stop()
     unit.start("--set", "light = 40000")  # the clock of the other one is ahead
     live.until("return document.querySelector('#plot-light').ariaLabel.includes('to 40000')")
+    run(SIM, "run", "--unit", unit.name, "--", "sh", "-c", ": </dev/fpgaflash")
+    live.until("return document.querySelector('#upgrade-title').textContent.startsWith('Upgrade of the FPGA')")
+    live.click(live.button("Check the file"))
+    live.until("return document.querySelector('#settings-verdict').textContent !== ''")
     unit.hxaux("voltage")
     live.type(live.find("#log-filter"), "adc-id")
     live.until("return document.querySelector('#log-list [role=option]:not([hidden])')")
@@ -64,6 +68,8 @@ def test_another_unit_is_shown_without_the_past_of_the_first(live: Page, unit: U
     live.until_live()
     live.until("return document.querySelector('#plot-light').ariaLabel.includes('from 7 to 7 ')")
     live.until("return document.querySelector('#log-list [role=option]:not([hidden])') === null")
+    assert live.text("#upgrade-title") == "No upgrade has run while this page was open."
+    assert live.text("#settings-verdict") == ""
     other.stop()
 
 
