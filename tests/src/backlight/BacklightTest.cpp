@@ -52,7 +52,7 @@ TEST(Backlight, IsCreatedAgainAfterTheLastRelease)
     unit.describe("absent = /dev/buzzer");
     unsigned char level = 0;
 
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
 
     EXPECT_EQ(backlight->getIntensity(&level), ERR_OPEN_FAILED);
     EXPECT_THAT(unit.callsTo(kBacklightDevice), SizeIs(2));
@@ -72,7 +72,7 @@ TEST(Backlight, OpensTheDeviceThenTheSemaphoreAndClosesThemInTheOppositeOrder)
 TEST(Backlight, PassesEveryLevelToTheDriverUnchanged)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     for (unsigned level = 0; level <= 255; ++level) {
         unit.clearJournal();
 
@@ -85,7 +85,7 @@ TEST(Backlight, PassesEveryLevelToTheDriverUnchanged)
 TEST(Backlight, ReadsTheLevelThatTheDriverHas)
 {
     SimulatedUnit unit{"backlight.level = 201"};
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unsigned char level = 0;
 
     EXPECT_EQ(backlight->getIntensity(&level), ERR_SUCCESS);
@@ -97,7 +97,7 @@ TEST(Backlight, ReadsTheLevelThatTheDriverHas)
 TEST(Backlight, PassesTheStatusByteOnUnchanged)
 {
     SimulatedUnit unit{"backlight.status = 165"};
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unsigned char status = 0;
 
     EXPECT_EQ(backlight->getStatus(&status), ERR_SUCCESS);
@@ -109,7 +109,7 @@ TEST(Backlight, PassesTheStatusByteOnUnchanged)
 TEST(Backlight, WithoutItsDeviceAnswersOpenFailedAndLeavesTheOutputs)
 {
     SimulatedUnit unit{"absent = /dev/backlight"};
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unsigned char output = 77;
 
     EXPECT_EQ(backlight->getIntensity(&output), ERR_OPEN_FAILED);
@@ -131,7 +131,7 @@ TEST(Backlight, WhoseDeviceCouldNotBeOpenedClosesNone)
 TEST(Backlight, WhoseDriverRefusesAnswersSoAndLeavesTheOutputs)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unit.fail(kBacklightDevice, 0x80010002);
     unit.fail(kBacklightDevice, 0x80010004);
     unit.fail(kBacklightDevice, 0x40010003);
@@ -147,7 +147,7 @@ TEST(Backlight, WhoseDriverRefusesAnswersSoAndLeavesTheOutputs)
 TEST(AutomaticBacklightSettings, AreWrittenThenTheFileIsReleasedThenTheControllerIsNotified)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unit.clearJournal();
 
     EXPECT_EQ(backlight->startAutomaticBL(), ERR_SUCCESS);
@@ -161,7 +161,7 @@ TEST(AutomaticBacklightSettings, AreWrittenThenTheFileIsReleasedThenTheControlle
 TEST(AutomaticBacklightSettings, NeverTouchTheDevice)
 {
     SimulatedUnit unit{"absent = /dev/backlight"};
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unsigned char on = 0;
 
     EXPECT_EQ(backlight->startAutomaticBL(), ERR_SUCCESS);
@@ -178,7 +178,7 @@ TEST(AutomaticBacklightSettings, SwitchedOffAreStoredAsZero)
 {
     SimulatedUnit unit;
     unit.writeSettings("ABL_status=1\n");
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
 
     EXPECT_EQ(backlight->stopAutomaticBL(), ERR_SUCCESS);
 
@@ -190,7 +190,7 @@ TEST(AutomaticBacklightSettings, OfTheTransitionLeaveTheSlopeAlone)
 {
     SimulatedUnit unit;
     unit.writeSettings("ABL_k=33\n");
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
 
     EXPECT_EQ(backlight->setAutomaticBLParams(false), ERR_SUCCESS);
     EXPECT_EQ(unit.settings(), "ABL_bSoftTransitions = 0\nABL_k=33\n");
@@ -203,7 +203,7 @@ TEST(AutomaticBacklightSettings, OfTheTransitionLeaveTheSlopeAlone)
 TEST(AutomaticBacklightSettings, OfTheFilterAreFourWritesAndOneNotice)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unit.clearJournal();
 
     EXPECT_EQ(backlight->setAutomaticBLFilter(6, 7, 80, SamplingModeExtended), ERR_SUCCESS);
@@ -217,7 +217,7 @@ TEST(AutomaticBacklightSettings, OfTheFilterAreFourWritesAndOneNotice)
 TEST(AutomaticBacklightSettings, OfTheFilterTakeEveryValue)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
 
     EXPECT_EQ(backlight->setAutomaticBLFilter(0, 4294967295, 0, static_cast<LightSensorSamplingMode>(-1)), ERR_SUCCESS);
 
@@ -228,7 +228,7 @@ TEST(AutomaticBacklightSettings, OfTheFilterTakeEveryValue)
 TEST(AutomaticBacklightSettings, ComeBackAsTheyWereSet)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unsigned long average = 0;
     unsigned long reject = 0;
     unsigned long delta = 0;
@@ -246,7 +246,7 @@ TEST(AutomaticBacklightSettings, ComeBackAsTheyWereSet)
 TEST(AutomaticBacklightSettings, ThatAreMissingLeaveAllFourOutputsOfTheFilter)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unsigned long values[] = {11, 12, 13};
     LightSensorSamplingMode mode = SamplingModeExtended;
 
@@ -260,7 +260,7 @@ TEST(AutomaticBacklightSettings, OfTheFilterAreReadInOrderUpToTheFirstUnreadable
 {
     SimulatedUnit unit;
     unit.writeSettings("ABL_averageWndSize=5\nABL_mode=0\nABL_rejectDeltaInLux=50\nABL_rejectWndSize=x\n");
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unsigned long values[] = {11, 12, 13};
     LightSensorSamplingMode mode = SamplingModeExtended;
 
@@ -273,7 +273,7 @@ TEST(AutomaticBacklightSettings, OfTheFilterAreReadInOrderUpToTheFirstUnreadable
 TEST(AutomaticBacklightSettings, StatusIsOneForAnyNumberExceptZero)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     const std::pair<const char*, unsigned char> kRows[] = {{"0", 0}, {"1", 1}, {"2", 1}, {"300", 1}, {"7x", 1}};
     for (const auto& [text, expected] : kRows) {
         unit.writeSettings(std::string{"ABL_status="} + text + "\n");
@@ -288,7 +288,7 @@ TEST(AutomaticBacklightSettings, StatusIsOneForAnyNumberExceptZero)
 TEST(AutomaticBacklightSettings, StatusThatIsNotANumberReadsAsOffAndAMismatch)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     for (const char* text : {"", "ABL_status=\n", "ABL_status=on\n"}) {
         unit.writeSettings(text);
         unsigned char enabled = 77;
@@ -303,7 +303,7 @@ TEST(AutomaticBacklightSettings, ParametersAreReadTogether)
 {
     SimulatedUnit unit;
     unit.writeSettings("ABL_bSoftTransitions=0\nABL_k=28.1184\n");
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     bool soft = true;
     double k = 0;
 
@@ -317,7 +317,7 @@ TEST(AutomaticBacklightSettings, AnUnreadableSlopeStillReturnsTheTransition)
 {
     SimulatedUnit unit;
     unit.writeSettings("ABL_bSoftTransitions=1\nABL_k=steep\n");
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     bool soft = false;
     double k = 1.5;
 
@@ -331,7 +331,7 @@ TEST(AutomaticBacklightSettings, AnUnreadableTransitionLeavesBothOutputs)
 {
     SimulatedUnit unit;
     unit.writeSettings("ABL_bSoftTransitions=soft\nABL_k=44\n");
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     bool soft = true;
     double k = 1.5;
 
@@ -344,7 +344,7 @@ TEST(AutomaticBacklightSettings, AnUnreadableTransitionLeavesBothOutputs)
 TEST(AutomaticBacklightSettings, GettersDoNotNotify)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unsigned char enabled = 0;
     bool soft = false;
     double k = 0;
@@ -360,7 +360,7 @@ TEST(AutomaticBacklightSettings, GettersDoNotNotify)
 TEST(LedDimming, IsOnUnlessTheSettingIsOtherThanOne)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     const std::pair<const char*, HXStatus> kRows[] = {
         {"", HXStatusEnabled},
         {"UseLEDDimming=\n", HXStatusEnabled},
@@ -382,7 +382,7 @@ TEST(LedDimming, IsOnUnlessTheSettingIsOtherThanOne)
 TEST(LedDimming, IsStoredThenTheDaemonIsNotified)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     unit.clearJournal();
 
     EXPECT_EQ(backlight->setLedDimming(HXStatusEnabled), ERR_SUCCESS);
@@ -396,7 +396,7 @@ TEST(LedDimming, IsStoredThenTheDaemonIsNotified)
 TEST(LedDimming, IsStoredEvenWhenNoDaemonListens)
 {
     SimulatedUnit unit{"daemon.running = off"};
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
 
     EXPECT_EQ(backlight->setLedDimming(HXStatusDisabled), ERR_COMMAND_FAILED);
 
@@ -407,7 +407,7 @@ TEST(LedDimming, IsStoredEvenWhenNoDaemonListens)
 TEST(LedDimming, StoresOneForEnabledAndZeroForAnythingElse)
 {
     SimulatedUnit unit;
-    Given<Backlight> backlight{GetBacklight()};
+    Released<Backlight> backlight{GetBacklight()};
     const std::pair<int, const char*> kRows[] = {{1, "1"}, {0, "0"}, {2, "0"}, {-1, "0"}};
     for (const auto& [status, expected] : kRows) {
         unit.writeSettings("UseLEDDimming=x\n");

@@ -50,7 +50,7 @@ TEST(TenMinutes, OfSamplerControllerAndCallersTogetherEndWithEveryThreadAlive)
         EXPECT_EQ(backlight.getIntensity(&level), ERR_SUCCESS);
     });
     std::thread reader = every(900, [&](int) {
-        Given<Lightsensor> sensor{GetLightsensor()};
+        Released<Lightsensor> sensor{GetLightsensor()};
         unsigned short lux = 0;
         EXPECT_EQ(sensor->getIlluminance(&lux), ERR_SUCCESS);
         EXPECT_EQ(sensor->getAverageIlluminance(&lux), ERR_NOT_RUNNING);
@@ -69,7 +69,7 @@ TEST(TenMinutes, OfSamplerControllerAndCallersTogetherEndWithEveryThreadAlive)
 TEST(TenMinutes, OfCallersOnOneLightSensorWhileItsSamplerRuns)
 {
     SimulatedUnit unit{"light.profile = 0 5; 20 1500; 40 5; repeat", "light.noise = 5"};
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
 
     std::thread owner = every(5300, [&](int round) {
         const eErr err = sensor->startAverageCalc(5, 2, 500, SamplingModeAuto);

@@ -213,7 +213,7 @@ TEST(ControllerSettings, WithAWindowBeyondMemoryLeaveTheThreadAliveAndTheAveragi
 
     EXPECT_THAT(controllerLog(), Contains("Error startAverageCalc\n"));
     EXPECT_THAT(controllerLog(), Contains("Error ERR_AVERAGE_CALC_STARTED, sleep(1000)\n"));
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     EXPECT_EQ(sensor->startAverageCalc(1, 0, 1, SamplingModeAuto), ERR_AVERAGE_CALC_STARTED);
 }
 

@@ -36,7 +36,7 @@ std::size_t openSensors(SimulatedUnit& unit)
 
 bool averagingIsFree()
 {
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     const bool isFree = sensor->startAverageCalc(1, 0, 1, SamplingModeAuto) == ERR_SUCCESS;
     if (isFree)
         sensor->stopAverageCalc();
@@ -454,7 +454,7 @@ TEST(ControllerBusy, TriesAgainEverySecondWhileAnotherAverages)
 {
     SimulatedUnit unit;
     shine(unit, 100);
-    Given<Lightsensor> other{GetLightsensor()};
+    Released<Lightsensor> other{GetLightsensor()};
     ASSERT_EQ(other->startAverageCalc(1, 0, 1, SamplingModeAuto), ERR_SUCCESS);
     Service service{unit, abl({.soft = false})};
     unit.clearJournal();

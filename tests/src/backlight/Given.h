@@ -2,13 +2,11 @@
 #pragma once
 
 #include "backlight/Illuminance.h"
+#include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
-#include <cstdint>
 #include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 /// Names in the journal.
 inline const std::string kBacklightDevice = "/dev/backlight";
@@ -16,26 +14,6 @@ inline const std::string kSensorDevice = "/dev/lightsensor";
 inline const std::string kNewSettings = "/Global\\HXAUX_BACKLIGHT_NEW_SETTINGS_TO_READ";
 inline const std::string kAveragingLock = "/HXAUX_LIGHT_SENSOR_AVERAGE_LOCKED";
 inline const std::string kFileLock = "/FILE_HXAUXINI_IS_IN_USE";
-
-/// An interface object of a factory, released at the end of the scope.
-template <class Interface>
-class Given {
-public:
-    explicit Given(Interface* object) : object_{object} {}
-    ~Given() { release(); }
-    Given(const Given&) = delete;
-    Given& operator=(const Given&) = delete;
-
-    Interface* operator->() const { return object_; }
-    void release()
-    {
-        if (Interface* const object = std::exchange(object_, nullptr))
-            object->Release();
-    }
-
-private:
-    Interface* object_;
-};
 
 inline void putChannels(SimulatedUnit& unit, unsigned ch0, unsigned ch1)
 {

@@ -21,7 +21,7 @@ struct Outputs {
     unsigned char ch0 = 1;
     unsigned char ch1 = 2;
 
-    eErr readFrom(const Given<Lightsensor>& sensor) { return sensor->getIlluminance(&lux, &ch0, &ch1); }
+    eErr readFrom(const Released<Lightsensor>& sensor) { return sensor->getIlluminance(&lux, &ch0, &ch1); }
     bool operator==(const Outputs&) const = default;
 };
 
@@ -35,7 +35,7 @@ std::ostream& operator<<(std::ostream& stream, const Outputs& outputs)
 TEST(Lightsensor, ReadsTheChannelsThenTheRange)
 {
     SimulatedUnit unit{"light.channels = 0xc5 0xa3"};
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     Outputs read;
 
     EXPECT_EQ(read.readFrom(sensor), ERR_SUCCESS);
@@ -47,7 +47,7 @@ TEST(Lightsensor, ReadsTheChannelsThenTheRange)
 TEST(Lightsensor, CountsFivefoldInTheExtendedRange)
 {
     SimulatedUnit unit{"light.channels = 0xc5 0xa3", "light.range = 1"};
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unsigned short lux = 0;
 
     EXPECT_EQ(sensor->getIlluminance(&lux), ERR_SUCCESS);
@@ -58,7 +58,7 @@ TEST(Lightsensor, CountsFivefoldInTheExtendedRange)
 TEST(Lightsensor, OfAnUnfinishedConversionLeavesEverythingUntouched)
 {
     SimulatedUnit unit{"light.channels = 0x45 0xa3"};
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     Outputs read;
 
     EXPECT_EQ(read.readFrom(sensor), ERR_INVALID_DATA);
@@ -70,7 +70,7 @@ TEST(Lightsensor, OfAnUnfinishedConversionLeavesEverythingUntouched)
 TEST(Lightsensor, WhoseReadingIsRefusedLeavesEverythingUntouched)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unit.fail(kSensorDevice, 0x80020048);
     Outputs read;
 
@@ -82,7 +82,7 @@ TEST(Lightsensor, WhoseReadingIsRefusedLeavesEverythingUntouched)
 TEST(Lightsensor, WhoseRangeIsRefusedReturnsTheReadingInTheStandardRangeAndTheCode)
 {
     SimulatedUnit unit{"light.channels = 0xc5 0xa3", "light.range = 1"};
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unit.fail(kSensorDevice, 0x80010049);
     Outputs read;
 
@@ -94,7 +94,7 @@ TEST(Lightsensor, WhoseRangeIsRefusedReturnsTheReadingInTheStandardRangeAndTheCo
 TEST(Lightsensor, WhoseRangeIsSevenReturnsTheReadingAndInvalidData)
 {
     SimulatedUnit unit{"light.channels = 0xc5 0xa3", "light.range = 7"};
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     Outputs read;
 
     EXPECT_EQ(read.readFrom(sensor), ERR_INVALID_DATA);
@@ -105,7 +105,7 @@ TEST(Lightsensor, WhoseRangeIsSevenReturnsTheReadingAndInvalidData)
 TEST(Lightsensor, WithoutItsDeviceAnswersOpenFailedEverywhere)
 {
     SimulatedUnit unit{"absent = /dev/lightsensor"};
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     Outputs read;
     LightSensorOperationRange range = RangeExtended;
 
@@ -139,7 +139,7 @@ TEST(Lightsensor, OpensTheDeviceTwiceBetweenItsTwoSemaphores)
 {
     SimulatedUnit unit;
 
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
 
     EXPECT_THAT(unit.journal(), InOrder({"/hxSema.XXXXXX sem_open creat excl 1", "/hxSema.XXXXXX sem_unlink",
                                          "/dev/lightsensor open rdwr nonblock", "/dev/lightsensor open rdwr nonblock",
@@ -161,7 +161,7 @@ TEST(Lightsensor, ReleaseClosesItsHandleWaitsAndClosesTheRest)
 TEST(OperatingRange, IsReadAsTheSensorHasIt)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     for (const LightSensorOperationRange expected : {RangeExtended, RangeStandard}) {
         unit.set("light.range", expected);
         auto range = static_cast<LightSensorOperationRange>(77);
@@ -175,7 +175,7 @@ TEST(OperatingRange, IsReadAsTheSensorHasIt)
 TEST(OperatingRange, OfSevenIsInvalidAndNotReturned)
 {
     SimulatedUnit unit{"light.range = 7"};
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     LightSensorOperationRange range = RangeExtended;
 
     EXPECT_EQ(sensor->getOperatingRange(&range), ERR_INVALID_DATA);
@@ -186,7 +186,7 @@ TEST(OperatingRange, OfSevenIsInvalidAndNotReturned)
 TEST(OperatingRange, OfAnyByteAboveOneIsInvalid)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     for (const int byte : {2, 3, 128, 255}) {
         unit.set("light.range", byte);
         LightSensorOperationRange range = RangeExtended;
@@ -200,7 +200,7 @@ TEST(OperatingRange, OfAnyByteAboveOneIsInvalid)
 TEST(OperatingRange, IsSentAsOneByteAfterALookAtTheAveragingLock)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unit.clearJournal();
 
     EXPECT_EQ(sensor->setOperatingRange(RangeExtended), ERR_SUCCESS);
@@ -212,7 +212,7 @@ TEST(OperatingRange, IsSentAsOneByteAfterALookAtTheAveragingLock)
 TEST(OperatingRange, OutsideTheTwoIsAnInvalidParameterAndSendsNothing)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     for (const int range : {2, -1, 256, 257}) {
         EXPECT_EQ(sensor->setOperatingRange(static_cast<LightSensorOperationRange>(range)), ERR_INVALID_PARAMETER);
     }
@@ -223,7 +223,7 @@ TEST(OperatingRange, OutsideTheTwoIsAnInvalidParameterAndSendsNothing)
 TEST(OperatingRange, OutsideTheTwoIsCheckedAfterTheDevice)
 {
     SimulatedUnit unit{"absent = /dev/lightsensor"};
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
 
     EXPECT_EQ(sensor->setOperatingRange(static_cast<LightSensorOperationRange>(2)), ERR_OPEN_FAILED);
 }
@@ -231,7 +231,7 @@ TEST(OperatingRange, OutsideTheTwoIsCheckedAfterTheDevice)
 TEST(OperatingRange, ThatTheDriverRefusesAnswersSo)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unit.fail(kSensorDevice, 0x4001004A);
 
     EXPECT_EQ(sensor->setOperatingRange(RangeExtended), ERR_IOCTRL_FAILED);
@@ -240,8 +240,8 @@ TEST(OperatingRange, ThatTheDriverRefusesAnswersSo)
 TEST(OperatingRange, CannotBeSetWhileOnesOwnOrAnothersAveragingRuns)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
-    Given<Lightsensor> other{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> other{GetLightsensor()};
     ASSERT_EQ(startDefault(sensor.operator->()), ERR_SUCCESS);
     unit.clearJournal();
 
@@ -255,7 +255,7 @@ TEST(OperatingRange, CannotBeSetWhileOnesOwnOrAnothersAveragingRuns)
 TEST(Averaging, RefusesAWindowOrASpreadOfZeroBeforeItTouchesTheLock)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unit.clearJournal();
 
     EXPECT_EQ(sensor->startAverageCalc(0, 5, 50, SamplingModeAuto), ERR_INVALID_DATA);
@@ -267,7 +267,7 @@ TEST(Averaging, RefusesAWindowOrASpreadOfZeroBeforeItTouchesTheLock)
 TEST(Averaging, TakesARejectWindowOfZeroOrOne)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     for (const unsigned long window : {0UL, 1UL}) {
         EXPECT_EQ(sensor->startAverageCalc(5, window, 50, SamplingModeAuto), ERR_SUCCESS);
         sensor->stopAverageCalc();
@@ -277,8 +277,8 @@ TEST(Averaging, TakesARejectWindowOfZeroOrOne)
 TEST(Averaging, IsExclusiveAcrossObjectsAndSeenByAll)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
-    Given<Lightsensor> other{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> other{GetLightsensor()};
     ASSERT_EQ(startDefault(sensor.operator->()), ERR_SUCCESS);
 
     EXPECT_EQ(startDefault(other.operator->()), ERR_AVERAGE_CALC_STARTED);
@@ -294,7 +294,7 @@ TEST(Averaging, IsExclusiveAcrossObjectsAndSeenByAll)
 TEST(Averaging, ThatWasNeverStartedDoesNotRun)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unsigned short lux = 4711;
 
     EXPECT_EQ(sensor->getAverageIlluminance(&lux), ERR_NOT_RUNNING);
@@ -305,7 +305,7 @@ TEST(Averaging, ThatWasNeverStartedDoesNotRun)
 TEST(Averaging, StopTakesSeventyMillisecondsAlsoWhenNothingRuns)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unit.clearJournal();
 
     EXPECT_EQ(sensor->stopAverageCalc(), ERR_SUCCESS);
@@ -316,7 +316,7 @@ TEST(Averaging, StopTakesSeventyMillisecondsAlsoWhenNothingRuns)
 TEST(Averaging, StartSendsTheRangeUnderTheLockThenStartsTheThread)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unit.clearJournal();
 
     ASSERT_EQ(startDefault(sensor.operator->()), ERR_SUCCESS);
@@ -330,7 +330,7 @@ TEST(Averaging, StartSendsTheRangeUnderTheLockThenStartsTheThread)
 TEST(Averaging, StartInEachModeSendsItsRange)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     const std::pair<int, const char*> kRows[] = {{SamplingModeExtended, "0x4001004a: 00 01"},
                                                  {7, "0x4001004a: 00 01"}, // another mode keeps the range
                                                  {SamplingModeStandard, "0x4001004a: 00 00"},
@@ -348,7 +348,7 @@ TEST(Averaging, StartInEachModeSendsItsRange)
 TEST(Averaging, StartWithoutTheDeviceLeavesTheAveragingTaken)
 {
     SimulatedUnit unit{"absent = /dev/lightsensor"};
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
 
     EXPECT_EQ(startDefault(sensor.operator->()), ERR_OPEN_FAILED);
 
@@ -358,7 +358,7 @@ TEST(Averaging, StartWithoutTheDeviceLeavesTheAveragingTaken)
 TEST(Averaging, StartThatTheDriverRefusesLeavesTheAveragingTaken)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unit.fail(kSensorDevice, 0x4001004A, EIO, 1);
 
     EXPECT_EQ(startDefault(sensor.operator->()), ERR_IOCTRL_FAILED);
@@ -369,7 +369,7 @@ TEST(Averaging, StartThatTheDriverRefusesLeavesTheAveragingTaken)
 TEST(Averaging, StartWithoutMemoryForItsWindowsLeavesTheAveragingTaken)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
 
     EXPECT_EQ(sensor->startAverageCalc(4294967295, 5, 50, SamplingModeAuto), ERR_INIT_FAILED);
 
@@ -380,7 +380,7 @@ TEST(Averaging, StartWithoutMemoryForItsWindowsLeavesTheAveragingTaken)
 TEST(Averaging, StartWithoutMemoryForTheRejectWindowLeavesTheAveragingTaken)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
 
     EXPECT_EQ(sensor->startAverageCalc(5, 4294967295, 50, SamplingModeAuto), ERR_INIT_FAILED);
 
@@ -390,7 +390,7 @@ TEST(Averaging, StartWithoutMemoryForTheRejectWindowLeavesTheAveragingTaken)
 TEST(Averaging, StartWithoutAThreadLeavesTheAveragingTaken)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unit.fail("thread", "start", EAGAIN, 1);
 
     EXPECT_EQ(startDefault(sensor.operator->()), ERR_CREATE_THREAD);
@@ -403,7 +403,7 @@ TEST(Averaging, StartWithoutAThreadLeavesNothingOpenAfterTheRelease)
     SimulatedUnit unit;
     unit.fail("thread", "start", EAGAIN, 1);
     {
-        Given<Lightsensor> sensor{GetLightsensor()};
+        Released<Lightsensor> sensor{GetLightsensor()};
         ASSERT_EQ(startDefault(sensor.operator->()), ERR_CREATE_THREAD);
     }
 
@@ -447,7 +447,7 @@ TEST(Averaging, ThatEndsAfterItsObjectIsReleasedClosesEverything)
 TEST(Averaging, StartsAgainAtTheVeryMomentWhenItsThreadEnds)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     for (int round = 0; round < 200; ++round) {
         ASSERT_EQ(startDefault(sensor.operator->()), ERR_SUCCESS) << round;
         unit.fail(kSensorDevice, 0x80020048, EIO, 1); // the thread ends at its first reading

@@ -52,7 +52,7 @@ public:
 
 private:
     SimulatedUnit& unit_;
-    Given<Lightsensor> sensor_{GetLightsensor()};
+    Released<Lightsensor> sensor_{GetLightsensor()};
 };
 
 std::size_t occurrences(const std::vector<std::string>& lines, const std::string& line)
@@ -235,7 +235,7 @@ TEST(SamplerRange, FollowsTheRangeOfTheSensorAndNotTheRangeSet)
 TEST(SamplerEnd, ByStopComesWithinTenMillisecondsAndReleasesTheAveraging)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     ASSERT_EQ(sensor->startAverageCalc(5, 5, 50, SamplingModeAuto), ERR_SUCCESS);
     unit.sleepFor(1000);
     unit.clearJournal();
@@ -341,7 +341,7 @@ TEST(SamplerEnd, ByAnErrorLeavesThePrivateLockWithACountOfTwo)
 TEST(SamplerEnd, ByAnErrorLeavesTheAveragingFreeForTheNextStart)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     unit.fail(kSensorDevice, 0x80020048, EIO, 1);
     ASSERT_EQ(sensor->startAverageCalc(1, 0, 50, SamplingModeAuto), ERR_SUCCESS);
     unit.sleepFor(kPeriodMs);
@@ -354,7 +354,7 @@ TEST(SamplerEnd, ByAnErrorLeavesTheAveragingFreeForTheNextStart)
 TEST(SamplerStart, ReturnsNoAverageUntilItsThreadRuns)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     ASSERT_EQ(sensor->startAverageCalc(1, 0, 50, SamplingModeAuto), ERR_SUCCESS);
     unsigned short lux = 4711;
 
@@ -468,7 +468,7 @@ TEST(SamplerLog, OfARejectWindowOfOneNamesNoSuchWindow)
 TEST(SamplerLog, LogsOutOfMemory)
 {
     SimulatedUnit unit;
-    Given<Lightsensor> sensor{GetLightsensor()};
+    Released<Lightsensor> sensor{GetLightsensor()};
     forgetLogs();
 
     EXPECT_EQ(sensor->startAverageCalc(4294967295, 0, 50, SamplingModeAuto), ERR_INIT_FAILED);

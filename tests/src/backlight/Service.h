@@ -51,7 +51,7 @@ struct Service {
 
     SimulatedUnit& unit;
     Halvix::BacklightController controller;
-    Given<Halvix::Backlight> backlight{GetBacklight()};
+    Released<Halvix::Backlight> backlight{GetBacklight()};
 };
 
 /// The value of a key in the settings file, without blanks; "" when it is missing.

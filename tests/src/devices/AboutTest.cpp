@@ -3,12 +3,12 @@
 
 #include "simulator/model/ProductionData.h"
 #include "testing/Named.h"
+#include "testing/Released.h"
 #include "testing/SimulatedUnit.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <memory>
 
 using namespace Halvix;
 using hxsim::ProductionData;
@@ -20,14 +20,9 @@ constexpr char kDefaultText[] =
     "DATA:1\r\nPCB_SERIAL:pcb\r\nUNIT_SERIAL:unitser\r\nDATE:2011-01-10\r\nHWVERSION:2\r\nPROD_REV:3\r\n"
     "PROD_ART:12345\r\nETH:2\r\nMAC1:00-11\r\nMAC2:22-33\r\nCAN:4\r\nVIDEO:4\r\nUSBHOST:2\r\nSERIAL:0\r\nCF:4\r\n";
 
-struct Releaser {
-    void operator()(About* about) const { about->Release(); }
-};
-using AboutPointer = std::unique_ptr<About, Releaser>;
-
-AboutPointer about()
+Released<About> about()
 {
-    return AboutPointer{GetAbout()};
+    return Released{GetAbout()};
 }
 
 /// A unit with the default text in both EEPROMs, after which single lines may be changed.
@@ -263,7 +258,7 @@ INSTANTIATE_TEST_SUITE_P(All, AboutModules,
 TEST(About, ReadsTheDefaultText)
 {
     UnitWithDefaults unit;
-    const AboutPointer object = about();
+    const Released object = about();
 
     EXPECT_EQ(number(*object, &About::getNrOfCANConnections), 4);
     EXPECT_EQ(number(*object, &About::getNrOfSerialConnections), 0); // from SERIAL
@@ -364,7 +359,7 @@ TEST(About, RefusesANullTextOfTheMainBoardsSerialNumberAfterTheEeprom)
 TEST(About, ReadsBothEepromsOnceAndThenNeverAgain)
 {
     SimulatedUnit unit;
-    const AboutPointer object = about();
+    const Released object = about();
     unit.set("eeprom.main.UNIT_SERIAL", "later");
     unit.clearJournal();
 
@@ -403,10 +398,10 @@ TEST(About, CreatesANewObjectEachTime)
 {
     SimulatedUnit unit;
 
-    const AboutPointer first = about();
-    const AboutPointer second = about();
+    const Released first = about();
+    const Released second = about();
 
-    EXPECT_NE(first, second);
+    EXPECT_NE(first.get(), second.get());
 }
 
 } // namespace

@@ -5,11 +5,11 @@
 #include "simulator/model/Microcontroller.h"
 #include "testing/FirmwareFile.h"
 #include "testing/Named.h"
+#include "testing/Released.h"
 #include "upgrade/FirmwareUpgrade_Imp.h"
 
 #include <algorithm>
 #include <functional>
-#include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,10 +25,7 @@ namespace {
 
 constexpr char kLock[] = "HXAUX_FIRMWARE_UPGRADE_IN_PROGRESS";
 
-struct Release {
-    void operator()(FirmwareUpgrade* object) const { object->Release(); }
-};
-using Upgrade = std::unique_ptr<FirmwareUpgrade, Release>;
+using Upgrade = Released<FirmwareUpgrade>;
 
 Upgrade makeUpgrade()
 {
@@ -242,7 +239,7 @@ TEST_P(EveryStart, MayBeReleasedRightAfterTheFinalStatus)
     ASSERT_EQ(start(upgrade, GetParam().file(unit, firmware::pattern(528)), false), ERR_SUCCESS);
     (void)outcomeOf(upgrade);
 
-    upgrade.reset();
+    upgrade.release();
 
     unit.settle();
     EXPECT_TRUE(lockIsFree());
@@ -254,7 +251,7 @@ TEST_P(EveryStart, MayBeReleasedInTheMiddleOfARun)
     Upgrade upgrade = makeUpgrade();
     ASSERT_EQ(start(upgrade, GetParam().file(unit, firmware::pattern(528)), false), ERR_SUCCESS);
 
-    upgrade.reset();
+    upgrade.release();
 
     unit.sleepFor(20000);
     EXPECT_TRUE(lockIsFree());

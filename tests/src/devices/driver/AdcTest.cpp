@@ -2,11 +2,13 @@
 #include "hx-aux/Adc.h"
 
 #include "devices/Adc_Imp.h"
+#include "testing/Released.h"
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <cmath>
 
 using namespace Halvix;
 using namespace driver;
@@ -20,11 +22,10 @@ constexpr double kUntouched = -7.5;
 double voltageOf(int which, std::uint16_t raw)
 {
     Script script{{readsRegister(static_cast<std::uint8_t>(which), raw)}};
-    Adc* adc = GetAdc();
+    const Released adc{GetAdc()};
     double voltage = kUntouched;
     EXPECT_EQ(adc->getVoltage(static_cast<VoltageEnum>(which), &voltage), ERR_SUCCESS);
     EXPECT_EQ(script.complaint(), "");
-    adc->Release();
     return voltage;
 }
 
@@ -78,37 +79,34 @@ TEST(Adc, RefusesANullPointerBeforeAnythingElse)
 {
     Script script;
     script.deviceIsAbsent();
-    Adc* adc = GetAdc();
+    const Released adc{GetAdc()};
 
     EXPECT_EQ(adc->getVoltage(Voltage0, nullptr), ERR_INVALID_PARAMETER);
 
     EXPECT_TRUE(script.calls().empty());
-    adc->Release();
 }
 
 TEST(Adc, CannotBeReadWithoutTheDevice)
 {
     Script script;
     script.deviceIsAbsent();
-    Adc* adc = GetAdc();
+    const Released adc{GetAdc()};
     double voltage = kUntouched;
 
     EXPECT_EQ(adc->getVoltage(Voltage0, &voltage), ERR_OPEN_FAILED);
 
     EXPECT_EQ(voltage, kUntouched);
     EXPECT_THAT(script.opened(), ElementsAre("/dev/adc-id"));
-    adc->Release();
 }
 
 TEST(Adc, LeavesTheVoltageWhenTheDriverRefuses)
 {
     Script script{{readsRegister(0, 5)}};
     script.failAt(0, EIO);
-    Adc* adc = GetAdc();
+    const Released adc{GetAdc()};
     double voltage = kUntouched;
 
     EXPECT_EQ(adc->getVoltage(Voltage0, &voltage), ERR_IOCTRL_FAILED);
 
     EXPECT_EQ(voltage, kUntouched);
-    adc->Release();
 }

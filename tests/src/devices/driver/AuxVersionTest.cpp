@@ -3,6 +3,7 @@
 
 #include "devices/AuxVersion_Imp.h"
 #include "testing/Named.h"
+#include "testing/Released.h"
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
@@ -39,9 +40,9 @@ void PrintTo(const Version& version, std::ostream* out)
 
 const Version kUntouched;
 
-eErr readVersion(AuxVersion* versions, Getter get, Version& version)
+eErr readVersion(const Released<AuxVersion>& versions, Getter get, Version& version)
 {
-    return (versions->*get)(&version.major, &version.minor, &version.release, &version.build);
+    return ((*versions).*get)(&version.major, &version.minor, &version.release, &version.build);
 }
 
 class DeviceVersion : public testing::TestWithParam<Component> {};
@@ -51,41 +52,38 @@ class DeviceVersion : public testing::TestWithParam<Component> {};
 TEST_P(DeviceVersion, IsTheFourBytesThatTheDriverAnswers)
 {
     Script script{{local(GetParam().request, "00000000"_hex, "01fe0380"_hex)}};
-    AuxVersion* versions = GetAuxVersion();
+    const Released versions{GetAuxVersion()};
     Version version;
 
     EXPECT_EQ(readVersion(versions, GetParam().get, version), ERR_SUCCESS);
 
     EXPECT_EQ(script.complaint(), "");
     EXPECT_EQ(version, (Version{1, 254, 3, 128}));
-    versions->Release();
 }
 
 TEST_P(DeviceVersion, CannotBeReadWithoutTheDevice)
 {
     Script script;
     script.deviceIsAbsent();
-    AuxVersion* versions = GetAuxVersion();
+    const Released versions{GetAuxVersion()};
     Version version;
 
     EXPECT_EQ(readVersion(versions, GetParam().get, version), ERR_OPEN_FAILED);
 
     EXPECT_TRUE(script.calls().empty());
     EXPECT_EQ(version, kUntouched);
-    versions->Release();
 }
 
 TEST_P(DeviceVersion, IsLeftAloneWhenTheDriverRefuses)
 {
     Script script{{local(GetParam().request, "00000000"_hex, "01fe0380"_hex)}};
     script.failAt(0, EIO);
-    AuxVersion* versions = GetAuxVersion();
+    const Released versions{GetAuxVersion()};
     Version version;
 
     EXPECT_EQ(readVersion(versions, GetParam().get, version), ERR_IOCTRL_FAILED);
 
     EXPECT_EQ(version, kUntouched);
-    versions->Release();
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, DeviceVersion,
@@ -98,34 +96,32 @@ INSTANTIATE_TEST_SUITE_P(Of, DeviceVersion,
 TEST(AuxVersion, OpensItsDeviceOnceForReadingAndWriting)
 {
     Script script{{local(0x80040036, "00000000"_hex), local(0x80040036, "00000000"_hex)}};
-    AuxVersion* versions = GetAuxVersion();
+    const Released versions{GetAuxVersion()};
     Version version;
 
     EXPECT_EQ(readVersion(versions, &AuxVersion::getFPGAVersion, version), ERR_SUCCESS);
     EXPECT_EQ(readVersion(versions, &AuxVersion::getFPGAVersion, version), ERR_SUCCESS);
 
     EXPECT_THAT(script.opened(), ElementsAre("/dev/fpga-version"));
-    versions->Release();
 }
 
 TEST(AuxVersion, ReadsTheLibrarysVersionWithoutADevice)
 {
     Script script;
     script.deviceIsAbsent();
-    AuxVersion* versions = GetAuxVersion();
+    const Released versions{GetAuxVersion()};
     Version version;
 
     EXPECT_EQ(readVersion(versions, &AuxVersion::getHXAuxVersion, version), ERR_SUCCESS);
 
     EXPECT_EQ(version, (Version{1, 3, 1, 0}));
     EXPECT_TRUE(script.calls().empty());
-    versions->Release();
 }
 
 TEST(AuxVersion, RefusesANullPointerForTheSystemsVersionBeforeItOpensTheFile)
 {
     Script script;
-    AuxVersion* versions = GetAuxVersion();
+    const Released versions{GetAuxVersion()};
     Version v;
 
     EXPECT_EQ(versions->getOSVersion(nullptr, &v.minor, &v.release, &v.build), ERR_INVALID_PARAMETER);
@@ -134,7 +130,6 @@ TEST(AuxVersion, RefusesANullPointerForTheSystemsVersionBeforeItOpensTheFile)
     EXPECT_EQ(versions->getOSVersion(&v.major, &v.minor, &v.release, nullptr), ERR_INVALID_PARAMETER);
 
     EXPECT_EQ(v, kUntouched);
-    versions->Release();
 }
 
 TEST(AuxVersion, ReadsTheSystemsVersionFromItsFile)
@@ -142,7 +137,7 @@ TEST(AuxVersion, ReadsTheSystemsVersionFromItsFile)
     Script script;
     script.deviceIsAbsent();
     script.file("/etc/firmware.ver", "2.1.0.5\n");
-    AuxVersion* versions = GetAuxVersion();
+    const Released versions{GetAuxVersion()};
     Version version;
 
     EXPECT_EQ(readVersion(versions, &AuxVersion::getOSVersion, version), ERR_SUCCESS);
@@ -150,19 +145,17 @@ TEST(AuxVersion, ReadsTheSystemsVersionFromItsFile)
     EXPECT_EQ(version, (Version{2, 1, 0, 5}));
     EXPECT_THAT(script.opened(), ElementsAre("/dev/fpga-version", "/etc/firmware.ver"));
     EXPECT_EQ(script.lastOpenFlags() & (O_ACCMODE | O_NONBLOCK), O_RDONLY | O_NONBLOCK);
-    versions->Release();
 }
 
 TEST(AuxVersion, CannotReadTheSystemsVersionWithoutItsFile)
 {
     Script script;
-    AuxVersion* versions = GetAuxVersion();
+    const Released versions{GetAuxVersion()};
     Version version;
 
     EXPECT_EQ(readVersion(versions, &AuxVersion::getOSVersion, version), ERR_OPEN_FAILED);
 
     EXPECT_EQ(version, kUntouched);
-    versions->Release();
 }
 
 TEST(AuxVersion, RefusesAFileThatHoldsNoVersion)
@@ -170,13 +163,12 @@ TEST(AuxVersion, RefusesAFileThatHoldsNoVersion)
     for (const char* text : {"2.1.0", "", "1.2.3.256", "Version 1.2.3.4"}) {
         Script script;
         script.file("/etc/firmware.ver", text);
-        AuxVersion* versions = GetAuxVersion();
+        const Released versions{GetAuxVersion()};
         Version version;
 
         EXPECT_EQ(readVersion(versions, &AuxVersion::getOSVersion, version), ERR_COMMAND_FAILED) << text;
 
         EXPECT_EQ(version, kUntouched);
-        versions->Release();
     }
 }
 
@@ -184,13 +176,12 @@ TEST(AuxVersion, TakesANegativeNumberOfTheFileModulo256)
 {
     Script script;
     script.file("/etc/firmware.ver", "-1.2.3.4");
-    AuxVersion* versions = GetAuxVersion();
+    const Released versions{GetAuxVersion()};
     Version version;
 
     EXPECT_EQ(readVersion(versions, &AuxVersion::getOSVersion, version), ERR_SUCCESS);
 
     EXPECT_EQ(version, (Version{255, 2, 3, 4}));
-    versions->Release();
 }
 
 TEST(AuxVersion, ClosesTheSystemsVersionFileInBothCases)
@@ -198,7 +189,7 @@ TEST(AuxVersion, ClosesTheSystemsVersionFileInBothCases)
     for (const char* text : {"1.2.3.4", "no version"}) {
         Script script;
         script.file("/etc/firmware.ver", text);
-        AuxVersion* versions = GetAuxVersion();
+        const Released versions{GetAuxVersion()};
         Version version;
         const int before = dup(0);
         close(before);
@@ -208,7 +199,6 @@ TEST(AuxVersion, ClosesTheSystemsVersionFileInBothCases)
         const int after = dup(0);
         close(after);
         EXPECT_EQ(after, before);
-        versions->Release();
     }
 }
 

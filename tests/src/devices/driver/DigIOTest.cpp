@@ -2,6 +2,7 @@
 #include "hx-aux/DigIO.h"
 
 #include "devices/DigIO_Imp.h"
+#include "testing/Released.h"
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
@@ -17,52 +18,47 @@ using testing::ElementsAre;
 TEST(DigIO, MasksOffTheUpperFourBits)
 {
     Script script{{local(0x80010051, "0000"_hex, "fa"_hex)}};
-    DigIO* digital = GetDigIO();
+    const Released digital{GetDigIO()};
     unsigned char inputs = 0x77;
 
     EXPECT_EQ(digital->getDigIO(&inputs), ERR_SUCCESS);
 
     EXPECT_EQ(script.complaint(), "");
     EXPECT_EQ(inputs, 0x0A);
-    digital->Release();
 }
 
 TEST(DigIO, CannotBeReadWithoutTheDevice)
 {
     Script script;
     script.deviceIsAbsent();
-    DigIO* digital = GetDigIO();
+    const Released digital{GetDigIO()};
     unsigned char inputs = 0x77;
 
     EXPECT_EQ(digital->getDigIO(&inputs), ERR_OPEN_FAILED);
 
     EXPECT_TRUE(script.calls().empty());
     EXPECT_EQ(inputs, 0x77);
-    digital->Release();
 }
 
 TEST(DigIO, LeavesTheInputsWhenTheDriverRefuses)
 {
     Script script{{local(0x80010051, "0000"_hex, "0a"_hex)}};
     script.failAt(0, EIO);
-    DigIO* digital = GetDigIO();
+    const Released digital{GetDigIO()};
     unsigned char inputs = 0x77;
 
     EXPECT_EQ(digital->getDigIO(&inputs), ERR_IOCTRL_FAILED);
 
     EXPECT_EQ(inputs, 0x77);
-    digital->Release();
 }
 
 TEST(DigIO, ChecksNoPointerBeforeTheDevice)
 {
     Script script;
     script.deviceIsAbsent();
-    DigIO* digital = GetDigIO();
+    const Released digital{GetDigIO()};
 
     EXPECT_EQ(digital->getDigIO(nullptr), ERR_OPEN_FAILED);
-
-    digital->Release();
 }
 
 TEST(DigIO, OpensItsDeviceForReadingAndWritingAndClosesIt)

@@ -4,6 +4,7 @@
 #include "hx-aux/AuxVersion.h"
 #include "hx-aux/DigIO.h"
 #include "hx-aux/version-gates.h"
+#include "testing/Released.h"
 #include "testing/scripted/ScriptedDevice.h"
 
 #include <gmock/gmock.h>
@@ -25,13 +26,12 @@ TEST(AuxVersion, RefusesAVersionOfAnotherLengthThanFourBytes)
         for (const int count : {0, 3, 5}) {
             ScriptedDevice device;
             device.answers({1, 2, 3, 4}, count);
-            AuxVersion* versions = GetAuxVersion();
+            const Released versions{GetAuxVersion()};
             unsigned char v[4] = {7, 7, 7, 7};
 
-            EXPECT_EQ((versions->*get)(&v[0], &v[1], &v[2], &v[3]), ERR_BUFFER_SIZE);
+            EXPECT_EQ(((*versions).*get)(&v[0], &v[1], &v[2], &v[3]), ERR_BUFFER_SIZE);
 
             EXPECT_THAT(v, testing::Each(7));
-            versions->Release();
         }
     }
 }
@@ -39,7 +39,7 @@ TEST(AuxVersion, RefusesAVersionOfAnotherLengthThanFourBytes)
 TEST(AuxVersion, RefusesASystemVersionThatCannotBeReadAndClosesItsFile)
 {
     ScriptedDevice device;
-    AuxVersion* versions = GetAuxVersion();
+    const Released versions{GetAuxVersion()};
     unsigned char v[4] = {7, 7, 7, 7};
 
     EXPECT_EQ(versions->getOSVersion(&v[0], &v[1], &v[2], &v[3]), ERR_COMMAND_FAILED);
@@ -47,7 +47,6 @@ TEST(AuxVersion, RefusesASystemVersionThatCannotBeReadAndClosesItsFile)
     EXPECT_THAT(v, testing::Each(7));
     EXPECT_EQ(device.closed, 1);
     EXPECT_EQ(device.opened.back(), "/etc/firmware.ver");
-    versions->Release();
 }
 
 TEST(VersionGates, AreClosedForAVersionOfAnotherLength)
@@ -65,13 +64,12 @@ TEST(DigIO, RefusesAnAnswerOfAnotherLengthThanOneByte)
     for (const int count : {0, 2}) {
         ScriptedDevice device;
         device.answers({5}, count);
-        DigIO* digital = GetDigIO();
+        const Released digital{GetDigIO()};
         unsigned char inputs = 0x77;
 
         EXPECT_EQ(digital->getDigIO(&inputs), ERR_BUFFER_SIZE);
 
         EXPECT_EQ(inputs, 0x77);
-        digital->Release();
     }
 }
 
@@ -80,13 +78,12 @@ TEST(Adc, RefusesAnAnswerOfAnotherLengthThanEightBytes)
     for (const int count : {0, 6, 9}) {
         ScriptedDevice device;
         device.answers({0, 0, 0, 0, 1, 0, 0, 0}, count);
-        Adc* adc = GetAdc();
+        const Released adc{GetAdc()};
         double voltage = -7.5;
 
         EXPECT_EQ(adc->getVoltage(Voltage0, &voltage), ERR_BUFFER_SIZE);
 
         EXPECT_EQ(voltage, -7.5);
-        adc->Release();
     }
 }
 
@@ -94,36 +91,32 @@ TEST(Adc, RefusesAnAnswerForAnotherVoltage)
 {
     ScriptedDevice device;
     device.answers({2, 0, 0, 0, 1, 0, 0, 0}, 8);
-    Adc* adc = GetAdc();
+    const Released adc{GetAdc()};
     double voltage = -7.5;
 
     EXPECT_EQ(adc->getVoltage(Voltage1, &voltage), ERR_DATATYPE_MISMATCH);
 
     EXPECT_EQ(voltage, -7.5);
-    adc->Release();
 }
 
 TEST(Adc, ChecksTheLengthOfAnAnswerBeforeItsEcho)
 {
     ScriptedDevice device;
     device.answers({2, 0, 0, 0, 1, 0, 0, 0}, 7);
-    Adc* adc = GetAdc();
+    const Released adc{GetAdc()};
     double voltage = -7.5;
 
     EXPECT_EQ(adc->getVoltage(Voltage1, &voltage), ERR_BUFFER_SIZE);
-
-    adc->Release();
 }
 
 TEST(Adc, AcceptsTheEchoOfANumberOutsideTheEnumeration)
 {
     ScriptedDevice device;
     device.answers({0xff, 0xff, 0xff, 0xff, 0, 0xa0, 0, 0}, 8);
-    Adc* adc = GetAdc();
+    const Released adc{GetAdc()};
     double voltage = -7.5;
 
     EXPECT_EQ(adc->getVoltage(static_cast<VoltageEnum>(-1), &voltage), ERR_SUCCESS);
 
     EXPECT_EQ(voltage, 33.0);
-    adc->Release();
 }
