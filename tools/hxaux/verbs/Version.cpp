@@ -29,6 +29,7 @@ constexpr std::array<Component, 6> kComponents{{
 
 const Names kComponentNames = [] {
     std::vector<std::pair<long long, std::string_view>> names;
+    names.reserve(kComponents.size());
     for (const Component& component : kComponents)
         names.emplace_back(static_cast<long long>(names.size()), component.name);
     return Names(std::move(names));
