@@ -12,7 +12,7 @@ Check voltage(const char* operation, int number, const char* expected)
     return {operation, expected, [number] {
                 Held adc{GetAdc()};
                 double volts = 0;
-                const eErr err = adc->getVoltage(VoltageEnum(number), &volts);
+                const eErr err = adc->getVoltage(static_cast<VoltageEnum>(number), &volts);
                 return answer(err, volts);
             }};
 }

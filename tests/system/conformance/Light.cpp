@@ -87,7 +87,7 @@ Checks light()
         keeps("Lightsensor.setOperatingRange", GetLightsensor, &Lightsensor::setOperatingRange,
               &Lightsensor::getOperatingRange, RangeStandard),
         sets("Lightsensor.setOperatingRange 2", "9", GetLightsensor, &Lightsensor::setOperatingRange,
-             LightSensorOperationRange(2)),
+             static_cast<LightSensorOperationRange>(2)),
         {"Lightsensor.getIlluminance", "0 measured",
          [] {
              Held sensor{GetLightsensor()};

@@ -11,8 +11,8 @@ std::string advancedSetting()
 {
     Held touch{GetTouchScreen()};
     unsigned short value = 0;
-    const eErr set = touch->setAdvancedSetting(TSAdvancedSettingsParameter(1), 4095);
-    const eErr got = touch->getAdvancedSetting(TSAdvancedSettingsParameter(1), &value);
+    const eErr set = touch->setAdvancedSetting(static_cast<TSAdvancedSettingsParameter>(1), 4095);
+    const eErr got = touch->getAdvancedSetting(static_cast<TSAdvancedSettingsParameter>(1), &value);
     return answer(set) + " " + answer(got, value);
 }
 
@@ -20,8 +20,8 @@ std::string configParameter()
 {
     Held calibration{GetTouchScreenCalib()};
     unsigned short value = 0;
-    const eErr set = calibration->SetConfigParam(CalibrationConfigParam(2), 77);
-    const eErr got = calibration->GetConfigParam(CalibrationConfigParam(2), &value);
+    const eErr set = calibration->SetConfigParam(static_cast<CalibrationConfigParam>(2), 77);
+    const eErr got = calibration->GetConfigParam(static_cast<CalibrationConfigParam>(2), &value);
     return answer(set) + " " + answer(got, value);
 }
 
@@ -55,13 +55,13 @@ Checks peripherals()
              return answer(telematics->getGPSAntennaStatus(&status));
          }},
         keeps("TouchScreen.setMode", GetTouchScreen, &TouchScreen::setMode, &TouchScreen::getMode,
-              TouchScreenModeSettings(2)),
+              static_cast<TouchScreenModeSettings>(2)),
         keeps("TouchScreen.setMouseRightClickTime", GetTouchScreen, &TouchScreen::setMouseRightClickTime,
               &TouchScreen::getMouseRightClickTime, 900),
         {"TouchScreen.setAdvancedSetting", "0 0 4095", advancedSetting},
         gets("TouchScreenCalib.GetMode", GetTouchScreenCalib, &TouchScreenCalib::GetMode, "0 0"),
         sets("TouchScreenCalib.SetMode 5", "8", GetTouchScreenCalib, &TouchScreenCalib::SetMode,
-             CalibrationModeSettings(5)),
+             static_cast<CalibrationModeSettings>(5)),
         sets("TouchScreenCalib.SetCalibrationPoint", "21", GetTouchScreenCalib, &TouchScreenCalib::SetCalibrationPoint,
              1),
         {"TouchScreenCalib.CheckCalibrationPointFinished", "0 0",
