@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace hxsim {
 
@@ -68,7 +69,8 @@ std::optional<double> numberOf(const std::string& text)
         return result.ec == std::errc{} && result.ptr == end ? std::optional{static_cast<double>(whole)} : std::nullopt;
     }
     const auto result = std::from_chars(text.data(), end, number);
-    return result.ec == std::errc{} && result.ptr == end ? std::optional{number} : std::nullopt;
+    const bool isNumber = result.ec == std::errc{} && result.ptr == end && std::isfinite(number); // "nan" is a text
+    return isNumber ? std::optional{number} : std::nullopt;
 }
 
 /// The other ways to write a switch.
