@@ -99,6 +99,50 @@ TEST(MetricsRequest, LooksForTheFormatOnlyInTheHeaderThatNamesIt)
               Format::Prometheus);
 }
 
+TEST(MetricsRequest, FindsTheFormatInAnyPlaceOfItsHeader)
+{
+    for (const char* const head : {"Accept: text/plain;q=0.1, application/openmetrics-text; version=1.0.0\r\n\r\n",
+                                   "Host: unit\r\nACCEPT:application/openmetrics-text\r\nX: y\r\n\r\n",
+                                   "accept: application/openmetrics-text\n\n"})
+        EXPECT_EQ(requestFrom(std::string("GET /metrics HTTP/1.1\r\n") + head).format, Format::OpenMetrics) << head;
+    for (const char* const head : {"\r\n\r\naccept-language: application/openmetrics-text", "Accept:\r\n\r\n",
+                                   "X-Accept: application/openmetrics-text\r\n\r\n",
+                                   "Accept: application/openmetrics\r\nX: -text\r\n\r\n", "Accept: \xff\xfe\r\n\r\n"})
+        EXPECT_EQ(requestFrom(std::string("GET /metrics HTTP/1.1\r\n") + head).format, Format::Prometheus) << head;
+}
+
+TEST(MetricsRequest, IsComparedWithoutItsQueryAndByCase)
+{
+    EXPECT_EQ(requestFrom("GET /metrics? HTTP/1.0\r\n\r\n").what, Request::For::Metrics);
+    EXPECT_EQ(requestFrom("GET /?/metrics HTTP/1.1\r\n\r\n").what, Request::For::Index);
+    EXPECT_EQ(requestFrom("GET ? HTTP/1.1\r\n\r\n").what, Request::For::Nothing);
+    EXPECT_EQ(requestFrom("GET /Metrics HTTP/1.1\r\n\r\n").what, Request::For::Nothing);
+    EXPECT_EQ(requestFrom("GET //metrics HTTP/1.1\r\n\r\n").what, Request::For::Nothing);
+    EXPECT_EQ(requestFrom("get /metrics HTTP/1.1\r\n\r\n").what, Request::For::OtherMethod);
+    EXPECT_EQ(requestFrom("GET\t/metrics\tHTTP/1.1\r\n\r\n").what, Request::For::NotHttp);
+    EXPECT_EQ(requestFrom("GET /metrics HTTP/2.0\r\n\r\n").what, Request::For::NotHttp);
+    EXPECT_EQ(requestFrom(" GET /metrics HTTP/1.1\r\n\r\n").what, Request::For::NotHttp);
+    EXPECT_EQ(requestFrom(std::string_view("GET /metrics\0 HTTP/1.1\r\n\r\n", 26)).what, Request::For::Nothing);
+}
+
+TEST(MetricsRequest, ForTheHeadKnowsWhatItWouldGet)
+{
+    const Request metrics = requestFrom("HEAD /metrics HTTP/1.1\r\nAccept: application/openmetrics-text\r\n\r\n");
+    EXPECT_EQ(metrics.what, Request::For::Metrics);
+    EXPECT_TRUE(metrics.headOnly);
+    EXPECT_EQ(metrics.format, Format::OpenMetrics);
+    EXPECT_THAT(plainResponse(requestFrom("HEAD /nothing HTTP/1.1\r\n\r\n")),
+                testing::AllOf(StartsWith("HTTP/1.1 404 "), HasSubstr("Content-Length: 14\r\n"), EndsWith("\r\n\r\n")));
+}
+
+TEST(MetricsResponse, IsNotKeptOpenNorGuessed)
+{
+    const std::string answer = response(503, "text/plain", "busy\n");
+
+    EXPECT_EQ(answer, "HTTP/1.1 503 Service Unavailable\r\nContent-Type: text/plain\r\nContent-Length: 5\r\n"
+                      "Connection: close\r\nX-Content-Type-Options: nosniff\r\n\r\nbusy\n");
+}
+
 TEST(MetricsRequest, OfAnotherMethodOrPathIsRefused)
 {
     EXPECT_THAT(plainResponse(requestFrom("POST /metrics HTTP/1.1\r\n\r\n")),

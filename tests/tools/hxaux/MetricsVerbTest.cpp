@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 
 using namespace hxtest;
 using testing::AllOf;
@@ -227,6 +228,78 @@ TEST(MetricsVerb, LeavesTheOldFileWhenTheNewOneCannotBeWritten)
     EXPECT_THAT(run("hxaux metrics --output " + folder.path()),
                 AllOf(errorMatches("is not a regular file"), statusIs(3)));
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST(MetricsVerb, WritesAFileOfTheUnitAndNotOfTheMachine)
+{
+    const Unit unit;
+
+    EXPECT_THAT(unit.run("hxaux metrics --output /opt/etc/hxaux.prom"), AllOf(errorIs(""), statusIs(0)));
+
+    EXPECT_THAT(unit.run("cat /opt/etc/hxaux.prom").output, HasSubstr("# TYPE hxaux_info gauge\n"));
+    EXPECT_EQ(unit.run("ls -A /opt/etc").output, "hxaux.prom\n");
+    EXPECT_FALSE(std::filesystem::exists("/opt/etc/hxaux.prom"));
+}
+
+TEST(MetricsVerb, ReplacesALinkAndNotWhatItNames)
+{
+    const Unit unit;
+    const TemporaryFolder folder;
+    std::ofstream(folder / "precious") << "mine";
+    for (const char* const target : {"precious", "nothing"}) {
+        std::filesystem::create_symlink(target, folder / "hxaux.prom");
+
+        EXPECT_THAT(unit.run("hxaux metrics --output " + (folder / "hxaux.prom")), statusIs(0));
+
+        EXPECT_FALSE(std::filesystem::is_symlink(folder / "hxaux.prom"));
+        EXPECT_THAT(fileContent(folder / "hxaux.prom"), HasSubstr("# TYPE hxaux_info gauge\n"));
+        std::filesystem::remove(folder / "hxaux.prom");
+    }
+    EXPECT_EQ(fileContent(folder / "precious"), "mine");
+    EXPECT_FALSE(std::filesystem::exists(folder / "nothing"));
+}
+
+TEST(MetricsVerb, RefusesATargetThatIsNotAFile)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
+    std::filesystem::create_directory(folder / "directory");
+    std::filesystem::create_symlink("directory", folder / "link");
+
+    for (const std::string& name :
+         {folder / "fifo", folder / "directory", folder / "directory/", folder / "link", std::string("/dev/null")})
+        EXPECT_THAT(run("hxaux metrics --output " + name),
+                    AllOf(outputIs(""), errorMatches(name + " is not a regular file"), statusIs(3)))
+            << "and does not wait";
+    EXPECT_TRUE(std::filesystem::is_empty(folder / "directory"));
+}
+
+TEST(MetricsVerb, LeavesTheOldFileWhenTheDiskIsFull)
+{
+    const Unit unit;
+    const TemporaryFolder folder;
+    std::ofstream(folder / "hxaux.prom") << "old\n";
+
+    const Outcome outcome =
+        unit.run("sh -c 'trap \"\" XFSZ; ulimit -f 1; hxaux metrics --output " + (folder / "hxaux.prom") + "'");
+
+    EXPECT_THAT(outcome,
+                AllOf(outputIs(""), errorMatches("hxaux.prom cannot be written: File too large"), statusIs(3)));
+    EXPECT_EQ(fileContent(folder / "hxaux.prom"), "old\n");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1) << "a temporary file is left";
+}
+
+TEST(MetricsVerb, IsNotDisturbedByWhatAPowerCutLeft)
+{
+    const Unit unit;
+    const TemporaryFolder folder;
+    std::ofstream(folder / ".hxaux-metrics.aaaaaa") << "half of a";
+
+    EXPECT_THAT(unit.run("hxaux metrics --output " + (folder / "hxaux.prom")), statusIs(0));
+
+    EXPECT_THAT(fileContent(folder / "hxaux.prom"), HasSubstr("# TYPE hxaux_info gauge\n"));
+    EXPECT_EQ(fileContent(folder / ".hxaux-metrics.aaaaaa"), "half of a")
+        << "perhaps of another program that still runs";
 }
 
 TEST(MetricsVerb, RefusesAnAddressThatOthersReachUnlessItIsPublic)
