@@ -29,11 +29,15 @@ void Ramps::start(const std::string& property, double from, double to, Time over
         unit_.properties().set(property, before);
         throw;
     }
-    try {
-        set(property, (from + to) / 2 + 0.001, false);
-    } catch (const BadText&) {
-        ramp.isWhole = true;
-    }
+    const auto isRefused = [&](double value) {
+        try {
+            set(property, value, false);
+        } catch (const BadText&) {
+            return true;
+        }
+        return false;
+    };
+    ramp.isWhole = isRefused((from + to) / 2 + 0.001) && isRefused((from + to) / 2 - 0.001); // one can be out of range
     set(property, from, ramp.isWhole);
     if (const auto running = steps_.find(property); running != steps_.end())
         unit_.clock().cancel(running->second);

@@ -62,6 +62,17 @@ TEST_F(RampsTest, LeavesThePropertyAloneAfterwards)
     EXPECT_EQ(after(10s), "7");
 }
 
+TEST_F(RampsTest, UsesFractionsBesideTheLargestValue)
+{
+    ramps.start("light.infrared", 0.899, 0.9, 1s);
+    EXPECT_EQ(unit.properties().get("light.infrared"), "0.899");
+    unit.clock().advanceTo(1s);
+    EXPECT_EQ(unit.properties().get("light.infrared"), "0.9");
+
+    ramps.start("light.infrared", 0.0004, 0, 1s);
+    EXPECT_EQ(unit.properties().get("light.infrared"), "0.0004");
+}
+
 TEST_F(RampsTest, WithoutADurationIsItsEnd)
 {
     ramps.start("light", 100, 200, 0s);
