@@ -169,7 +169,8 @@ UnitFolder::UnitFolder(const std::string& unit) : unit_{unit}, path_{pathOf(unit
     const bool taken = isMarked(path_) && isAlive(path_);
     std::error_code error;
     if (!taken) {
-        removeMarked(path_);
+        if (isMarked(path_))
+            removeUnit(path_); // with locks that the dead one's programs hold
         fs::rename(unfinished, path_, error);
     }
     if (!taken && !error)

@@ -43,6 +43,12 @@ protected:
             std::ofstream{folder / "made-by-hx-sim"} << "x";
         std::ofstream{folder / "pid"} << pid;
     }
+    /// The file of a semaphore X of this unit.
+    static std::string semaphore(const std::string& unit)
+    {
+        const std::string mark = UnitFolder::markOf(UnitFolder::base() + '/' + unit);
+        return "/dev/shm/sem." + UnitFolder::semaphorePrefix(mark).substr(1) + "X";
+    }
     static bool isThere(const std::string& name) { return fs::exists(UnitFolder::base() + '/' + name); }
 
     const TemporaryFolder scratch{};
@@ -163,10 +169,6 @@ TEST_F(UnitFolderTest, RemovesWithTheSweepWhatTheDeadLeft)
 TEST_F(UnitFolderTest, RemovesTheSemaphoresOfTheDeadOnly)
 {
     makeFolder("dead", true, "1 1");
-    const auto semaphore = [](const std::string& unit) {
-        const std::string mark = UnitFolder::markOf(UnitFolder::base() + '/' + unit);
-        return "/dev/shm/sem." + UnitFolder::semaphorePrefix(mark).substr(1) + "X";
-    };
     std::ofstream{semaphore("dead")} << "x";
     std::ofstream{semaphore("other")} << "x";
 
@@ -175,6 +177,41 @@ TEST_F(UnitFolderTest, RemovesTheSemaphoresOfTheDeadOnly)
     EXPECT_FALSE(fs::exists(semaphore("dead")));
     EXPECT_TRUE(fs::exists(semaphore("other")));
     fs::remove(semaphore("other"));
+}
+
+TEST_F(UnitFolderTest, TakesNoSemaphoreWithTheNameOfTheDead)
+{
+    makeFolder("dead", true, "1 1");
+    const std::string left = semaphore("dead");
+    std::ofstream{left} << "x";
+
+    const UnitFolder folder{"dead"};
+
+    EXPECT_FALSE(fs::exists(left));
+}
+
+TEST_F(UnitFolderTest, IsOpenFromItsSocketToItsEnd)
+{
+    const UnitFolder folder{"unit"};
+    EXPECT_FALSE(UnitFolder::isOpen(folder.path()));
+    std::ofstream{folder.path() + "/socket"} << "";
+    EXPECT_TRUE(UnitFolder::isOpen(folder.path()));
+
+    folder.remove();
+
+    EXPECT_FALSE(UnitFolder::isOpen(folder.path()));
+}
+
+TEST_F(UnitFolderTest, RemovesNoSocketOfAnothersFolder)
+{
+    makeFolder("other", false, "1 1");
+    const std::string socket = UnitFolder::base() + "/other/socket";
+    std::ofstream{socket} << "";
+
+    EXPECT_THROW(UnitFolder{"other"}, std::runtime_error);
+    UnitFolder::sweep();
+
+    EXPECT_TRUE(fs::exists(socket));
 }
 
 TEST_F(UnitFolderTest, FollowsNoLinkOutOfItsFolder)
