@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// The metrics over HTTP, for a scraper on this machine or in its network. Two routes without bodies need no HTTP library:
-// the one of the panel would load TLS and eight more libraries at each start of hxaux, on every unit.
+// The metrics over HTTP, for a scraper on this machine or in its network. Two routes without bodies need no HTTP
+// library: the one of the panel would load TLS and eight more libraries at each start of hxaux, on every unit.
 #pragma once
 
 #include "tools/cli/Address.h"
