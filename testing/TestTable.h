@@ -4,17 +4,18 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <source_location>
 #include <utility>
 
-/// The name of a test that is a row of a table, and where the row is.
+/// The name of a test that is a row of a table, and where the row is; clang 14 has no std::source_location.
 struct TestName {
-    TestName(const char* name, std::source_location place = std::source_location::current()) : text{name}, where{place}
+    TestName(const char* name, const char* inFile = __builtin_FILE(), int atLine = __builtin_LINE())
+        : text{name}, file{inFile}, line{atLine}
     {
     }
 
     const char* text;
-    std::source_location where;
+    const char* file;
+    int line;
 };
 
 /// Tests of one suite that differ only in their values: each row is a test, named by its member `name`.
@@ -27,22 +28,20 @@ public:
     TestTable(const char* suite, Check check, const Row (&rows)[Count])
     {
         for (const Row& row : rows)
-            testing::RegisterTest(suite, row.name.text, nullptr, nullptr, row.name.where.file_name(), lineOf(row),
+            testing::RegisterTest(suite, row.name.text, nullptr, nullptr, row.name.file, row.name.line,
                                   [check, row]() -> testing::Test* {
                                       return new Case{check, row};
                                   });
     }
 
 private:
-    static int lineOf(const Row& row) { return static_cast<int>(row.name.where.line()); }
-
     class Case : public testing::Test {
     public:
         Case(Check check, Row row) : check_{check}, row_{std::move(row)} {}
 
         void TestBody() override
         {
-            const testing::ScopedTrace here{row_.name.where.file_name(), lineOf(row_), row_.name.text};
+            const testing::ScopedTrace here{row_.name.file, row_.name.line, row_.name.text};
             check_(row_);
         }
 
