@@ -120,6 +120,7 @@ long mix(SimulatedUnit& unit, unsigned seed, std::chrono::seconds duration)
         workers[i] = std::make_unique<Worker>(i + 1);
     const auto end = std::chrono::steady_clock::now() + duration;
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (std::size_t i = 0; i < kThreads; ++i)
         threads.emplace_back([&, i] { workers[i]->live(seed + static_cast<unsigned>(i), end); });
     long done = 0;

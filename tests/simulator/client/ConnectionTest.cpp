@@ -20,7 +20,6 @@ namespace connection_test {
 using namespace std::chrono_literals;
 using hxsim::BadText;
 using hxsim::Connection;
-using hxsim::Event;
 using hxsim::UnitFolder;
 using hxsim::UnitGone;
 using testing::ElementsAre;

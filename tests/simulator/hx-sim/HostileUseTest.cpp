@@ -10,7 +10,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using hxtest::errorMatches;
-using hxtest::Outcome;
 using hxtest::outputIs;
 using hxtest::run;
 using hxtest::statusIs;

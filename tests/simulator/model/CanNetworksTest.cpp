@@ -6,7 +6,6 @@
 namespace can_networks_test {
 
 using namespace hxsim;
-using modeltest::Bytes;
 
 namespace {
 

@@ -10,7 +10,6 @@
 namespace virtual_time_programs_test {
 
 using hxtest::errorMatches;
-using hxtest::Outcome;
 using hxtest::outputIs;
 using hxtest::outputMatches;
 using hxtest::run;

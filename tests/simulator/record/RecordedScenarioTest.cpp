@@ -10,9 +10,6 @@ namespace recorded_scenario_test {
 
 using namespace hxsim;
 using modeltest::refusalOf;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 constexpr const char* kHead = "hx-sim scenario 1\n# Made by hx-sim convert from a.recording.\n";

@@ -9,7 +9,6 @@
 using namespace hxtest;
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace convert_test {
 

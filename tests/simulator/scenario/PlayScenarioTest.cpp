@@ -8,7 +8,6 @@
 
 using namespace hxtest;
 using testing::AllOf;
-using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 

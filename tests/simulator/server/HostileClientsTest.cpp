@@ -113,7 +113,7 @@ TEST_F(HostileClients, SendEveryKindWithAnyValueInAnyState)
             for (const char* const device : {"/dev/adc-id", "/dev/ttyS0", "/dev/fpgaflash", "/dev/.hxsim-jida"}) {
                 const Raw file = client();
                 file.say(wire::Kind::Open, std::string{"name"} + '\0' + device, 2);
-                for (const std::size_t size : {0, 5, 64})
+                for (const std::size_t size : {0U, 5U, 64U})
                     file.say(wire::Kind{kind}, std::string(size, '\xff'), value);
             }
         }
@@ -216,6 +216,7 @@ TEST_F(HostileClients, AreKilledAtEachStep)
 TEST_F(HostileClients, ComeFiveHundredAtOnceAndAreAllAnswered)
 {
     std::vector<Raw> crowd;
+    crowd.reserve(500);
     for (int i = 0; i < 500; ++i)
         crowd.push_back(client());
     for (const Raw& one : crowd)
@@ -231,6 +232,7 @@ TEST_F(HostileClients, TakeEveryDescriptorAndGoAgain)
     run("hx-sim stop unit; ulimit -n 40; hx-sim start unit --set backlight.level=77");
     {
         std::vector<Raw> crowd;
+        crowd.reserve(100);
         for (int i = 0; i < 100; ++i)
             crowd.push_back(client());
         for (const Raw& one : crowd)
@@ -246,6 +248,7 @@ TEST_F(HostileClients, WaitWithoutLoadForADescriptorOfTheServer)
     run("hx-sim stop unit; ulimit -n 40; hx-sim start unit --set backlight.level=77");
     const std::string ticks = "awk '{print $14 + $15}' /proc/" + hostOf("unit") + "/stat";
     std::vector<Raw> crowd;
+    crowd.reserve(100);
     for (int i = 0; i < 100; ++i)
         crowd.push_back(client());
     ASSERT_TRUE(crowd.front().say(wire::Kind::Command, std::string{"scale"} + '\0') && crowd.front().hears());

@@ -6,10 +6,7 @@
 #include <cstdio>
 
 using namespace Halvix;
-using testing::AllOf;
 using testing::Contains;
-using testing::Each;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;

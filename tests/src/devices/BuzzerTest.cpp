@@ -10,7 +10,6 @@
 namespace buzzer_test {
 
 using namespace Halvix;
-using testing::IsEmpty;
 
 namespace {
 

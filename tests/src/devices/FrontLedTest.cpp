@@ -11,7 +11,6 @@
 namespace front_led_test {
 
 using namespace Halvix;
-using testing::IsEmpty;
 
 namespace {
 

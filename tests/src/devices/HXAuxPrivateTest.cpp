@@ -12,8 +12,6 @@ namespace hx_aux_private_test {
 using namespace Halvix;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 
 namespace {

@@ -11,7 +11,6 @@
 namespace video_scaling_test {
 
 using namespace Halvix;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {

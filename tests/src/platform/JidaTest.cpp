@@ -13,7 +13,6 @@
 
 using namespace Halvix;
 using hxsim::ProductionData;
-using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -336,6 +336,7 @@ TEST(SemaphoreHandle, ServesAHundredOpenSemaphoresAtOnce)
 {
     SimulatedUnit unit;
     std::vector<int> semas;
+    semas.reserve(100);
     for (int i = 0; i < 100; ++i)
         semas.push_back(opened(("many" + std::to_string(i)).c_str()));
 

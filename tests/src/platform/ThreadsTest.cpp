@@ -17,7 +17,6 @@
 #include <unistd.h>
 
 using namespace Halvix;
-using testing::Contains;
 using testing::ElementsAre;
 
 namespace {

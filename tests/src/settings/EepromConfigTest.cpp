@@ -11,11 +11,8 @@
 
 using namespace Halvix;
 using hxsim::ProductionData;
-using testing::Contains;
 using testing::Each;
 using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 namespace {
 

@@ -73,7 +73,7 @@ protected:
     static std::string make(const SimulatedUnit& unit, const Bytes& image)
     {
         std::string command = GetParam().command;
-        const std::string out = unit.folder() + "/made.hex";
+        std::string out = unit.folder() + "/made.hex";
         const auto replace = [&](const std::string& what, const std::string& with) {
             for (std::size_t at = 0; (at = command.find(what, at)) != std::string::npos; at += with.size())
                 command.replace(at, what.size(), with);

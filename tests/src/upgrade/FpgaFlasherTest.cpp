@@ -10,7 +10,6 @@
 using namespace Halvix;
 using firmware::Bytes;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 

@@ -13,7 +13,6 @@ using namespace Halvix;
 using firmware::Bytes;
 using testing::Each;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -336,7 +335,7 @@ long memoryFor(const std::string& text, HexResult expected)
     return peak() - before;
 }
 
-constexpr long k16MiB = 16 * 1024;
+constexpr long k16MiB = 16L * 1024;
 
 } // namespace
 

@@ -44,7 +44,7 @@ Items foundOn(const std::vector<std::string>& settings)
 /// The items of one check on a healthy unit.
 Items lookedAt(const std::string& check)
 {
-    const Items items = itemsOf(onUnit("hxaux doctor " + check + " --json"), true);
+    Items items = itemsOf(onUnit("hxaux doctor " + check + " --json"), true);
     EXPECT_THAT(items, Not(IsEmpty()));
     return items;
 }
@@ -52,6 +52,7 @@ Items lookedAt(const std::string& check)
 std::vector<std::string> withEach(const Items& items, const std::string& before)
 {
     std::vector<std::string> settings;
+    settings.reserve(items.size());
     for (const std::string& item : items)
         settings.push_back(before + item.substr(item.find(": ") + 2));
     return settings;

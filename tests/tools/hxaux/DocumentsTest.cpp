@@ -103,7 +103,7 @@ TEST(ErrorPage, ListsEachCodeWithItsNameAndItsText)
     constexpr int kCodes = 33;
     for (int code = 0; code < kCodes; ++code)
         EXPECT_THAT(text, HasSubstr("\n| " + std::to_string(code) + " | `" + hxaux::errorName(code) + "` | " +
-                                    GetErrorStringA(Halvix::eErr(code)) + " | "));
+                                    GetErrorStringA(static_cast<Halvix::eErr>(code)) + " | "));
     EXPECT_EQ(hxaux::errorName(kCodes), std::to_string(kCodes)) << "the page must list a new code";
 }
 

@@ -9,7 +9,6 @@
 
 using namespace firmware;
 using hxaux::checkHex;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {

@@ -219,7 +219,7 @@ TEST(HostileFile, IsRefusedAndTouchesNothing)
     ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
     fs::create_symlink("loop", folder / "loop");
     std::ofstream(folder / "\x1b[31m") << "x";
-    std::ofstream(folder / "empty");
+    std::ofstream(folder / "empty") << "";
     std::ofstream(folder / "zeros") << std::string(100000, '\0');
 
     for (const char* const command : {"upgrade ss ", "upgrade front ", "upgrade fpga ", "verify ss ", "verify fpga "})

@@ -30,7 +30,7 @@ public:
     /// Records a command on a unit of its own and gives the file.
     [[nodiscard]] std::string of(const std::string& command, const std::string& options = "") const
     {
-        const std::string recording = file("made.recording");
+        std::string recording = file("made.recording");
         const Outcome outcome = run("hx-sim record " + options + " -o " + recording + " -- " + command);
         EXPECT_THAT(outcome.error, HasSubstr("hx-sim record: "));
         return recording;

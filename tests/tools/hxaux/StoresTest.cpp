@@ -8,7 +8,6 @@ namespace stores_test {
 using namespace hxtest;
 using nlohmann::json;
 using testing::AllOf;
-using testing::HasSubstr;
 using testing::Not;
 
 TEST(EepromList, HasTheDocumentedPropertiesThatArePresentInTheirOrder)

@@ -10,7 +10,6 @@
 using namespace hxaux;
 using namespace hxtest;
 using testing::AllOf;
-using testing::HasSubstr;
 
 namespace {
 

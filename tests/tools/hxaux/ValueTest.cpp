@@ -16,7 +16,6 @@ using hxaux::Absent;
 using hxaux::Coded;
 using hxaux::Exit;
 using hxaux::Field;
-using hxaux::NameOf;
 using hxaux::problemLines;
 using hxaux::Report;
 using hxaux::Value;

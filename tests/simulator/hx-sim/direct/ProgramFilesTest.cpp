@@ -79,7 +79,7 @@ protected:
     }
     [[nodiscard]] std::string program(const std::string& bytes, const std::string& name = "program") const
     {
-        const std::string path = folder.file(name, bytes);
+        std::string path = folder.file(name, bytes);
         fs::permissions(path, fs::perms::owner_all);
         return path;
     }

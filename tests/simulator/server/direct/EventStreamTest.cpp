@@ -18,8 +18,6 @@
 using namespace hxsim;
 using namespace std::chrono_literals;
 using nlohmann::json;
-using testing::AllOf;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -630,6 +628,7 @@ TEST_F(EventStreamTest, RefusesTooManyAlarms)
 TEST_F(EventStreamTest, RefusesTooManyClients)
 {
     std::vector<std::unique_ptr<Client>> clients;
+    clients.reserve(EventStream::kMostClients);
     for (std::size_t i = 0; i < EventStream::kMostClients; ++i)
         clients.push_back(std::make_unique<Client>(*this));
 

@@ -24,7 +24,6 @@ using testing::HasSubstr;
 namespace {
 
 using served_unit::Client;
-using served_unit::kProcess;
 using served_unit::Served;
 using wire::Kind;
 

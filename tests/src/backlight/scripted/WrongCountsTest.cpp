@@ -7,8 +7,6 @@
 #include <gmock/gmock.h>
 
 using namespace Halvix;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 TEST(BacklightDriver, RefusesALevelOrStatusOfAnotherLengthThanOne)
 {

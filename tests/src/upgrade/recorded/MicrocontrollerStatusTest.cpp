@@ -12,7 +12,6 @@ namespace microcontroller_status_test {
 using namespace Halvix;
 using firmware::Bytes;
 using testing::ElementsAre;
-using testing::StartsWith;
 
 using Task = IFlasher::Task;
 

@@ -10,7 +10,6 @@
 #include <memory>
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
