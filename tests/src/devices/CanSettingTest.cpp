@@ -84,7 +84,7 @@ TEST(CanSetting, ReadsEachNetworkFromTheInterfaceOneBelowItsNumber)
     SimulatedUnit unit;
     Released can{GetCanSetting()};
     for (unsigned char net = 1; net <= 4; ++net) {
-        unit.set("can." + std::to_string(net) + ".bitrate", 100000 * net);
+        unit.set("can." + std::to_string(net) + ".bitrate", std::int64_t{100000} * net);
         unsigned short kbit = kUntouched;
 
         EXPECT_EQ(can->getBaudrate(net, &kbit), ERR_SUCCESS);

@@ -192,7 +192,7 @@ TEST(Diagnostic, SeesTheCountersRunWithTheUnit)
     TimerType after{};
     EXPECT_EQ(diagnostic->getTimer(&before), ERR_SUCCESS);
 
-    unit.sleepFor(3600 * 1000);
+    unit.sleepFor(3600000);
     EXPECT_EQ(diagnostic->getTimer(&after), ERR_SUCCESS);
 
     EXPECT_EQ(after.seconds[0] - before.seconds[0], 3600U);

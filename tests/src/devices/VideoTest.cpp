@@ -31,7 +31,7 @@ public:
         unit.clearJournal();
     }
     Video* operator->() const { return video_.get(); }
-    Video& operator*() const { return *video_.get(); }
+    Video& operator*() const { return *video_; }
 
 private:
     Released<Video> video_{GetVideo()};
@@ -793,7 +793,7 @@ TEST(Video, ChecksNullPointersBeforeTheClosedDevice)
 {
     SimulatedUnit unit;
     Released closed{GetVideo()};
-    Video& video = *closed.get();
+    Video& video = *closed;
     unsigned char byte = kUntouched;
     unsigned short word = kUntouchedWord;
     float real = -7;

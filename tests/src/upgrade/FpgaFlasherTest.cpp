@@ -38,7 +38,7 @@ std::vector<std::string> heads(SimulatedUnit& unit, const std::string& request)
     std::vector<std::string> found;
     for (const std::string& call : unit.requestsTo(kNode))
         if (call.starts_with(request))
-            found.push_back(call.substr(0, request.size() + 2 + 8 * 3 - 1));
+            found.push_back(call.substr(0, request.size() + 2 + std::size_t{8} * 3 - 1));
     return found;
 }
 
