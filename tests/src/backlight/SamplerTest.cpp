@@ -15,7 +15,7 @@ using testing::Not;
 
 namespace {
 
-constexpr int kPeriodMs = 800;
+constexpr std::int64_t kPeriodMs = 800;
 
 /// A running averaging whose samples are taken one by one.
 class Averaging {
