@@ -181,7 +181,7 @@ TEST(MicrocontrollerStatus, OfAnImageLargerThanTheFlashFailsBeforeErasing)
 TEST(MicrocontrollerStatus, OfAnImageThatFillsTheFlashSucceeds)
 {
     SimulatedUnit unit{"ss.product-id = 0x412"};
-    const Bytes image = firmware::pattern(32 * 1024);
+    const Bytes image = firmware::pattern(std::size_t{32} * 1024);
 
     const Outcome run = runOn(unit, firmware::intelHex(image));
 
