@@ -52,10 +52,22 @@ CommandResult ramp(Host& host, int, const Words& words)
     return {};
 }
 
+/// Refuses what a description would drop or divide: a value must not change silently.
+void checkSetting(const std::string& setting)
+{
+    if (trimmed(setting).empty())
+        throw BadText{inQuotes(setting) + " is not of the form: key = value"};
+    if (setting.find('\n') != std::string::npos)
+        throw BadText{inQuotes(setting) + " has more than one line"};
+    if (setting.find('#') != std::string::npos)
+        throw BadText{"'#' would begin a comment in " + inQuotes(setting)};
+}
+
 /// All of the settings, or none when one is bad.
 CommandResult setProperty(Host& host, int, const Words& words)
 {
     std::string lines;
+    std::for_each(words.begin() + 1, words.end(), checkSetting);
     for (std::size_t i = 1; i < words.size(); ++i)
         lines += (i == 1 ? "" : "\n") + words[i];
     try {

@@ -74,6 +74,24 @@ TEST_F(HostCommandsTest, SetAllOrNothing)
     EXPECT_EQ(property("backlight.level"), "5");
 }
 
+TEST_F(HostCommandsTest, SetNothingThatWouldBeCutOrDivided)
+{
+    const std::string before = property("eeprom.main.UNIT_SERIAL");
+
+    EXPECT_EQ(refusal({"set", "eeprom.main.UNIT_SERIAL=A#1"}),
+              R"('#' would begin a comment in "eeprom.main.UNIT_SERIAL=A#1")");
+    EXPECT_EQ(refusal({"set", "backlight.level=5", "# nothing"}), R"('#' would begin a comment in "# nothing")");
+    EXPECT_EQ(refusal({"set", "backlight.level=5\nled.color=0 1 0"}),
+              R"("backlight.level=5\nled.color=0 1 0" has more than one line)");
+    EXPECT_EQ(refusal({"set", ""}), R"("" is not of the form: key = value)");
+    EXPECT_EQ(refusal({"set", " \t"}), R"(" \x09" is not of the form: key = value)");
+
+    EXPECT_EQ(property("eeprom.main.UNIT_SERIAL"), before);
+    EXPECT_NE(property("backlight.level"), "5");
+    EXPECT_EQ(text({"do", "production", "main", "UNIT_SERIAL", "A#1"}), "") << "an action takes it";
+    EXPECT_EQ(property("eeprom.main.UNIT_SERIAL"), "A#1");
+}
+
 TEST_F(HostCommandsTest, GetALineForEachName)
 {
     EXPECT_EQ(text({"get", "backlight.level", "inputs.2"}), "128\noff\n");
