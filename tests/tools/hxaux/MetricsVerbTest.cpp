@@ -222,10 +222,12 @@ TEST(MetricsVerb, ReplacesAFileForTheCollectorInItsFormat)
 
 TEST(MetricsVerb, LeavesTheOldFileWhenTheNewOneCannotBeWritten)
 {
+    const Unit unit;
     const TemporaryFolder folder;
 
-    EXPECT_THAT(run("hxaux metrics --output " + folder.path() + "/none/hxaux.prom"), AllOf(outputIs(""), statusIs(3)));
-    EXPECT_THAT(run("hxaux metrics --output " + folder.path()),
+    EXPECT_THAT(unit.run("hxaux metrics --output " + folder.path() + "/none/hxaux.prom"),
+                AllOf(outputIs(""), statusIs(3)));
+    EXPECT_THAT(unit.run("hxaux metrics --output " + folder.path()),
                 AllOf(errorMatches("is not a regular file"), statusIs(3)));
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
