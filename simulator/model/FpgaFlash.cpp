@@ -11,7 +11,6 @@ namespace hxsim {
 
 namespace {
 
-constexpr std::size_t kPages = 4096;
 constexpr std::size_t kLength = 0; // places in the block of both requests
 constexpr std::size_t kPosition = 4;
 constexpr std::size_t kData = 8;
@@ -19,9 +18,8 @@ constexpr std::size_t kBlock = kData + FpgaFlash::kPage;
 
 } // namespace
 
-FpgaFlash::FpgaFlash(Unit& unit) : content(kPages * kPage, 0xFF)
+FpgaFlash::FpgaFlash(Unit& unit) : content(100 * kPage, 0x5A) // the configuration from the factory
 {
-    std::fill_n(content.begin(), 100 * kPage, std::uint8_t{0x5A}); // the configuration from the factory
     unit.addNode("/dev/fpgaflash")
         .request(0x4001004D, Takes{0}, Gives{1},
                  [this](Request& request) {
@@ -54,9 +52,12 @@ void FpgaFlash::addProperties(Unit& unit)
 
 void FpgaFlash::program(std::size_t position, std::span<const std::uint8_t> bytes)
 {
+    const std::size_t pages = (position + bytes.size() + kPage - 1) / kPage;
+    if (content.size() < pages * kPage)
+        content.resize(pages * kPage, kErased);
     for (const std::uint8_t byte : bytes) {
         if (position % kPage == 0)
-            std::fill_n(content.begin() + static_cast<std::ptrdiff_t>(position), kPage, std::uint8_t{0xFF});
+            std::fill_n(content.begin() + static_cast<std::ptrdiff_t>(position), kPage, kErased);
         content[position++] &= byte;
     }
 }
@@ -73,7 +74,7 @@ int FpgaFlash::write(Request& request)
     const std::size_t position = request.u32(kPosition);
     if (!hasPower)
         return fail(EIO);
-    if (length == 0 || length > kPage || position > content.size() || length > content.size() - position)
+    if (length == 0 || length > kPage || position > kSize || length > kSize - position)
         return fail(EINVAL);
     incomplete_ = true;
     if (countsDown(cutAtBlock)) {
@@ -95,11 +96,11 @@ int FpgaFlash::read(Request& request)
     const std::size_t position = request.u32(kPosition);
     if (!hasPower)
         return -EIO;
-    if (length == 0 || length > kPage || position > content.size())
+    if (length == 0 || length > kPage || position > kSize)
         return -EINVAL;
-    const std::size_t count = readsNothing ? 0 : std::min(length, content.size() - position);
+    const std::size_t count = readsNothing ? 0 : std::min(length, kSize - position);
     for (std::size_t i = 0; i < count; ++i)
-        request.put8(kData + i, countsDown(flipReadAt) ? content[position + i] ^ 0x01 : content[position + i]);
+        request.put8(kData + i, countsDown(flipReadAt) ? at(position + i) ^ 0x01 : at(position + i));
     request.put32(kLength, static_cast<std::uint32_t>(count));
     request.put32(kPosition, static_cast<std::uint32_t>(position + count));
     return 0;

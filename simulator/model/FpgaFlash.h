@@ -14,7 +14,13 @@ public:
     explicit FpgaFlash(Unit& unit);
 
     static constexpr std::size_t kPage = 528;
+    static constexpr std::size_t kSize = 4096 * kPage;
+    static constexpr std::uint8_t kErased = 0xFF;
 
+    /// The byte at a position below kSize.
+    std::uint8_t at(std::size_t position) const { return position < content.size() ? content[position] : kErased; }
+
+    /// Up to the last page that was ever programmed. The rest is erased and takes no memory: every unit has this flash.
     std::vector<std::uint8_t> content;
     std::int64_t notReady = 0;    ///< the status byte: 0 is ready
     std::int64_t accepts = kPage; ///< how much of a block the driver accepts at most; 0: it makes no progress

@@ -442,7 +442,7 @@ public:
         Node& node = *unit.findNode("/dev/fpga-version");
         return node.ioctl(*node.open(0), 0x80040036, {}, out);
     }
-    std::vector<std::uint8_t>& content() { return unit.get<FpgaFlash>().content; }
+    std::uint8_t at(std::size_t position) { return unit.get<FpgaFlash>().at(position); }
 
     Unit unit;
 };
@@ -451,17 +451,17 @@ TEST(FpgaFlashModel, ErasesAPageWithItsFirstByteAndOnlyClearsBitsInsideOne)
 {
     Fpga fpga;
     ASSERT_EQ(fpga.write(528, 528, 0x0F), 0);
-    ASSERT_EQ(fpga.content()[528 + 100], 0x0F);
+    ASSERT_EQ(fpga.at(528 + 100), 0x0F);
 
     EXPECT_EQ(fpga.write(528 + 100, 4, 0x3C), 0);
-    EXPECT_EQ(fpga.content()[528 + 100], 0x0C);
-    EXPECT_EQ(fpga.content()[528 + 104], 0x0F);
+    EXPECT_EQ(fpga.at(528 + 100), 0x0C);
+    EXPECT_EQ(fpga.at(528 + 104), 0x0F);
 
     EXPECT_EQ(fpga.write(528, 4, 0x3C), 0);
-    EXPECT_EQ(fpga.content()[528], 0x3C);
-    EXPECT_EQ(fpga.content()[528 + 4], 0xFF) << "the rest of the page is erased";
-    EXPECT_EQ(fpga.content()[0], 0x5A) << "the page before is not";
-    EXPECT_EQ(fpga.content()[2U * 528], 0x5A) << "nor the one behind";
+    EXPECT_EQ(fpga.at(528), 0x3C);
+    EXPECT_EQ(fpga.at(528 + 4), 0xFF) << "the rest of the page is erased";
+    EXPECT_EQ(fpga.at(0), 0x5A) << "the page before is not";
+    EXPECT_EQ(fpga.at(2U * 528), 0x5A) << "nor the one behind";
 }
 
 TEST(FpgaFlashModel, KeepsItsConfigurationWhileTheFlashIsWritten)

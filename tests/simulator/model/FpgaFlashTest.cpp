@@ -38,7 +38,7 @@ protected:
         return ask(0xC218004E, length, position, value);
     }
     int read(std::uint32_t length, std::uint32_t position) { return ask(0xC218004F, length, position, 0); }
-    std::uint8_t at(std::size_t position) { return unit.get<FpgaFlash>().content[position]; }
+    std::uint8_t at(std::size_t position) { return unit.get<FpgaFlash>().at(position); }
 };
 
 TEST_F(FpgaFlashTest, IsReadyUnlessItIsSetBusy)
@@ -96,6 +96,7 @@ TEST_F(FpgaFlashTest, ReadsUpToItsEnd)
     EXPECT_EQ(read(528, end - 10), 0);
     EXPECT_EQ(word(answer, 0), 10U);
     EXPECT_EQ(word(answer, 4), end);
+    EXPECT_EQ(answer[8], 0xFF) << "what was never programmed is erased";
     EXPECT_EQ(read(528, end), 0);
     EXPECT_EQ(word(answer, 0), 0U);
     EXPECT_EQ(read(528, end + 1), -EINVAL);
@@ -160,6 +161,22 @@ TEST_F(FpgaFlashTest, RefusesToWriteBehindItsEnd)
     EXPECT_EQ(write(11, 4096 * 528 - 10, 0), -EINVAL);
     EXPECT_EQ(write(10, 4096 * 528 - 10, 0), 0);
     EXPECT_EQ(write(1, 0xFFFFFFFF, 0), -EINVAL);
+}
+
+TEST_F(FpgaFlashTest, TakesMemoryUpToTheLastPageThatWasProgrammed)
+{
+    const FpgaFlash& flash = unit.get<FpgaFlash>();
+    EXPECT_EQ(flash.content.size(), 100U * 528) << "the configuration from the factory";
+
+    EXPECT_EQ(write(4, 200 * 528 + 100, 0x11), 0);
+
+    EXPECT_EQ(flash.content.size(), 201U * 528);
+    EXPECT_EQ(at(99 * 528), 0x5A);
+    EXPECT_EQ(at(150 * 528), 0xFF) << "a page in between";
+    EXPECT_EQ(at(200 * 528 + 99), 0xFF);
+    EXPECT_EQ(at(200 * 528 + 100), 0x11);
+    EXPECT_EQ(at(200 * 528 + 104), 0xFF);
+    EXPECT_EQ(at(4096 * 528 - 1), 0xFF);
 }
 
 TEST_F(FpgaFlashTest, NeedsBothBlocksWhole)

@@ -6,6 +6,7 @@
 #include "testing/FirmwareFile.h"
 #include "testing/Named.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace foreign_files_test {
@@ -122,7 +123,7 @@ TEST(McsOfSrecCat, ReachesTheFpga)
     EXPECT_EQ(run(&FirmwareUpgrade::startFpgaUpgrade, file), ERR_SUCCESS);
 
     const auto flash = unit.model<hxsim::FpgaFlash>();
-    EXPECT_TRUE(std::equal(image.begin(), image.end(), flash->content.begin()));
+    EXPECT_TRUE(std::ranges::mismatch(image, flash->content).in1 == image.end());
 }
 
 } // namespace foreign_files_test

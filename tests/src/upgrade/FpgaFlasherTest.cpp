@@ -29,7 +29,10 @@ eErr run(const SimulatedUnit& unit, const Bytes& image, Task task = Task::Progra
 Bytes flashOf(SimulatedUnit& unit, std::size_t size)
 {
     const auto flash = unit.model<hxsim::FpgaFlash>();
-    return {flash->content.begin(), flash->content.begin() + static_cast<std::ptrdiff_t>(size)};
+    Bytes bytes(size);
+    for (std::size_t i = 0; i < size; ++i)
+        bytes[i] = flash->at(i);
+    return bytes;
 }
 
 /// The head of a block request in the journal: length and position.

@@ -7,6 +7,8 @@
 #include "testing/FirmwareFile.h"
 #include "testing/Named.h"
 
+#include <algorithm>
+
 using namespace Halvix;
 using firmware::Bytes;
 
@@ -107,6 +109,6 @@ TEST(PowerCutOfTheFpga, AtEachBlockIsAFailureThatTheNextUpgradeMends)
         unit.set("fpga.power", "on");
         EXPECT_EQ(upgrade(fpga, file), ERR_SUCCESS);
         const auto flash = unit.model<hxsim::FpgaFlash>();
-        EXPECT_TRUE(std::equal(image.begin(), image.end(), flash->content.begin()));
+        EXPECT_TRUE(std::ranges::mismatch(image, flash->content).in1 == image.end());
     }
 }
