@@ -263,6 +263,7 @@ TEST(MetricsVerb, ReplacesALinkAndNotWhatItNames)
 
 TEST(MetricsVerb, RefusesATargetThatIsNotAFile)
 {
+    const Unit unit;
     const TemporaryFolder folder;
     ASSERT_EQ(mkfifo((folder / "fifo").c_str(), 0600), 0);
     std::filesystem::create_directory(folder / "directory");
@@ -270,7 +271,7 @@ TEST(MetricsVerb, RefusesATargetThatIsNotAFile)
 
     for (const std::string& name :
          {folder / "fifo", folder / "directory", folder / "directory/", folder / "link", std::string("/dev/null")})
-        EXPECT_THAT(run("hxaux metrics --output " + name),
+        EXPECT_THAT(unit.run("hxaux metrics --output " + name),
                     AllOf(outputIs(""), errorMatches(name + " is not a regular file"), statusIs(3)))
             << "and does not wait";
     EXPECT_TRUE(std::filesystem::is_empty(folder / "directory"));
