@@ -461,7 +461,7 @@ TEST(FpgaFlashModel, ErasesAPageWithItsFirstByteAndOnlyClearsBitsInsideOne)
     EXPECT_EQ(fpga.at(528), 0x3C);
     EXPECT_EQ(fpga.at(528 + 4), 0xFF) << "the rest of the page is erased";
     EXPECT_EQ(fpga.at(0), 0x5A) << "the page before is not";
-    EXPECT_EQ(fpga.at(2U * 528), 0x5A) << "nor the one behind";
+    EXPECT_EQ(fpga.at(std::size_t{2} * 528), 0x5A) << "nor the one behind";
 }
 
 TEST(FpgaFlashModel, KeepsItsConfigurationWhileTheFlashIsWritten)

@@ -171,8 +171,8 @@ TEST_F(FpgaFlashTest, TakesMemoryUpToTheLastPageThatWasProgrammed)
     EXPECT_EQ(write(4, 200 * 528 + 100, 0x11), 0);
 
     EXPECT_EQ(flash.content.size(), 201U * 528);
-    EXPECT_EQ(at(99 * 528), 0x5A);
-    EXPECT_EQ(at(150 * 528), 0xFF) << "a page in between";
+    EXPECT_EQ(at(std::size_t{99} * 528), 0x5A);
+    EXPECT_EQ(at(std::size_t{150} * 528), 0xFF) << "a page in between";
     EXPECT_EQ(at(200 * 528 + 99), 0xFF);
     EXPECT_EQ(at(200 * 528 + 100), 0x11);
     EXPECT_EQ(at(200 * 528 + 104), 0xFF);
