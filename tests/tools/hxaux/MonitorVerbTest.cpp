@@ -22,12 +22,10 @@ TEST(MonitorVerb, PrintsTheWholeStateFirst)
     const Outcome outcome = onUnit("hxaux monitor --count 1");
 
     EXPECT_THAT(outcome, AllOf(errorIs(""), statusIs(0)));
-    for (const char* line :
-         {"temperature ss: 38 \xC2\xB0"
-          "C\n",
-          "temperature pcb: 35 ", "temperature pm 0: ", "voltage 0: 24.00 V\n", "voltage 7: 1.20 V\n", "input 1: off\n",
-          "input 4: off\n", "power backlight: on\n", "power can: on\n", "power fan: off\n", "power video 1: on\n",
-          "power video 4: off\n", "light: 248 lux\n", "backlight level: 128\n"})
+    for (const char* line : {"temperature ss: 38 \u00B0C\n", "temperature pcb: 35 ", "temperature pm 0: ",
+                             "voltage 0: 24.00 V\n", "voltage 7: 1.20 V\n", "input 1: off\n", "input 4: off\n",
+                             "power backlight: on\n", "power can: on\n", "power fan: off\n", "power video 1: on\n",
+                             "power video 4: off\n", "light: 248 lux\n", "backlight level: 128\n"})
         EXPECT_THAT(outcome.output, HasSubstr(line));
 }
 
