@@ -141,8 +141,8 @@ def test_keeps_no_descriptor_of_its_scrapes(server: MetricsServer) -> None:
     for _ in range(10):
         get(server.url)
 
-    # It closes the last connection a moment after its client has everything.
-    eventually("all are closed", lambda: descriptors(server.process.pid) == before)
+    # It closes a connection a moment after its client has everything: the last one, and the one that found it ready.
+    eventually("all are closed", lambda: descriptors(server.process.pid) <= before)
 
 
 def test_looks_for_the_production_data_again_when_they_could_not_be_read(
