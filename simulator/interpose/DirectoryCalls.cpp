@@ -63,9 +63,8 @@ public:
     using Visitor = std::function<int(const char*, const Record*, int, FTW*)>;
     using Real = int (*)(const char*, int (*)(const char*, const Record*, int, FTW*), int, int);
 
-    Walk(const UnitPath& unit, Visitor visitor)
-        : shown_{unit.path}, real_{unit.where.file.empty() ? standIn(*unit.link, unit.where.text) : unit.where.file},
-          visitor_{std::move(visitor)}, outer_{running}
+    Walk(const char* real, const std::string& shown, Visitor visitor)
+        : shown_{shown}, real_{real}, visitor_{std::move(visitor)}, outer_{running}
     {
         running = this;
     }
@@ -98,14 +97,9 @@ template <typename Record, typename Forward>
 int walkOr(const char* path, typename Walk<Record>::Visitor visitor, int descriptors, int flags,
            typename Walk<Record>::Real walk, Forward forward)
 {
-    const UnitPath unit = findPath(AT_FDCWD, path);
-    if (!unit)
-        return forward();
-    if (const int error = unit.error(); error != 0) {
-        errno = error;
-        return -1;
-    }
-    return Walk<Record>{unit, std::move(visitor)}.run(walk, descriptors, flags);
+    return queryOr(path, forward, [&](const char* real, const std::string& shown) {
+        return Walk<Record>{real, shown, std::move(visitor)}.run(walk, descriptors, flags);
+    });
 }
 
 /// ftw has no kind for links to nothing.

@@ -38,21 +38,6 @@ std::string octal(const char* call, unsigned mode)
     return text;
 }
 
-/// Questions that are not recorded.
-template <typename Forward, typename Call>
-auto queryOr(const char* path, Forward forward, Call call) -> decltype(forward())
-{
-    const UnitPath unit = findPath(AT_FDCWD, path);
-    if (!unit)
-        return forward();
-    if (const int error = unit.error(); error != 0) {
-        errno = error;
-        return -1;
-    }
-    const std::string& file = unit.where.file;
-    return call(file.empty() ? standIn(*unit.link, unit.where.text).c_str() : file.c_str());
-}
-
 /// No path of the unit is a symbolic link.
 template <typename Forward>
 ssize_t readlinkOr(int folder, const char* path, Forward forward)
@@ -161,7 +146,7 @@ HXSIM_ENTRY ssize_t __readlinkat_chk(int folder, const char* path, char* buffer,
     {                                                                                                                  \
         return queryOr(                                                                                                \
             path, [&] { return HXSIM_REAL(name) forwarded; },                                                          \
-            [&](const char* real) { return HXSIM_REAL(name) onUnit; });                                                \
+            [&](const char* real, const std::string&) { return HXSIM_REAL(name) onUnit; });                            \
     }
 
 // Extended attributes, which `ls -l` reads.
