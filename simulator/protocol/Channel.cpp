@@ -26,7 +26,7 @@ sockaddr_un hostAddress(const std::string& folder)
 {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    const std::string path = folder + "/socket";
+    const std::string path = folder + wire::kSocket;
     std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
     return address;
 }

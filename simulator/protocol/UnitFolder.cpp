@@ -2,6 +2,7 @@
 #include "simulator/protocol/UnitFolder.h"
 
 #include "simulator/model/Text.h"
+#include "simulator/protocol/Wire.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -25,7 +26,6 @@ namespace {
 constexpr char kSemaphores[] = "/dev/shm";
 constexpr char kPidFile[] = "/pid";
 constexpr char kMarkFile[] = "/made-by-hx-sim";
-constexpr char kSocket[] = "/socket";
 
 bool isFolderOfThisUser(const struct stat& found)
 {
@@ -125,7 +125,7 @@ void removeSemaphores(const fs::path& folder)
 void removeUnit(const fs::path& folder)
 {
     if (isMarked(folder))
-        (void)::unlink((folder.string() + kSocket).c_str());
+        (void)::unlink((folder.string() + wire::kSocket).c_str());
     removeSemaphores(folder);
     removeMarked(folder); // last: commands that wait for the end wait for this
 }
@@ -242,7 +242,7 @@ std::string UnitFolder::semaphorePrefix(const std::string& mark)
 
 bool UnitFolder::isOpen(const std::string& folder)
 {
-    return access((folder + kSocket).c_str(), F_OK) == 0;
+    return access((folder + wire::kSocket).c_str(), F_OK) == 0;
 }
 
 std::vector<std::string> UnitFolder::running()

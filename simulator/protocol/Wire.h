@@ -10,6 +10,8 @@ inline constexpr char kFolderVariable[] = "HXSIM_UNIT";
 inline constexpr char kScaleVariable[] = "HXSIM_SCALE";
 /// "off": its requests use the socket alone.
 inline constexpr char kMailboxVariable[] = "HXSIM_MAILBOX";
+/// The host's socket, in the unit's folder.
+inline constexpr char kSocket[] = "/socket";
 
 /// The messages between programs and the host of a unit on the unit's socket: packets of this head followed by bytes,
 /// the same for 32- and 64-bit programs.

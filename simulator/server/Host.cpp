@@ -15,7 +15,7 @@ Host::Host(const std::string& unit, Pace pace)
                                     [this] { stop(); }},
       sessions_{running_,
                 [this](int connection, const auto& words) { return runHostCommand(*this, connection, words); }},
-      loop_{running_.folder() + "/socket", running_, sessions_, events_}
+      loop_{running_.folder() + wire::kSocket, running_, sessions_, events_}
 {
     sessions_.whenProgramsChange([this](int process, bool isHere) {
         if (isHere)
