@@ -2,6 +2,7 @@
 #include "tests/src/upgrade/recorded/Recorder.h"
 
 #include "platform/LinuxWrapper.h"
+#include "testing/FirmwareFile.h"
 
 #include <gtest/gtest.h>
 
@@ -118,4 +119,14 @@ Outcome record(IFlasher& flasher, const std::string& file, IFlasher::Task task)
     const eErr result = flasher.Run(task);
     EXPECT_EQ(recorder.runsReleased(), 1);
     return {result, recorder.story()};
+}
+
+void checkRun(IFlasher& flasher, const StatusRow& row)
+{
+    const SimulatedUnit unit{row.description};
+
+    const Outcome run = record(flasher, firmware::file(unit, row.content), row.task);
+
+    EXPECT_EQ(run.result, row.result);
+    EXPECT_EQ(run.story, row.story);
 }

@@ -57,3 +57,4 @@ struct StatusRow {
     std::string story;
     Halvix::IFlasher::Task task = Halvix::IFlasher::Task::Program;
 };
+void checkRun(Halvix::IFlasher& flasher, const StatusRow& row);
