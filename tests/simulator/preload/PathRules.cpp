@@ -113,7 +113,7 @@ void temporaries()
     temporary("mkostemps", "t-XXXXXX.txt", 4, [](char* path) { return mkostemps(path, 4, O_CLOEXEC); });
     temporary("mkostemps64", "t-XXXXXX.txt", 4, [](char* path) { return mkostemps64(path, 4, O_CLOEXEC); });
     temporary("mkdtemp", "t-XXXXXX", 0, [](char* path) { return mkdtemp(path) == path ? 0 : -1; });
-    temporary("short pattern", "t-XXXXX", 0, [](char* path) { return mkstemp(path); });
+    temporary("short pattern", "t-XX", 0, [](char* path) { return mkstemp(path); });
     temporary("nowhere", "none/t-XXXXXX", 0, [](char* path) { return mkostemp(path, 0); });
     temporary("no directory", "none/t-XXXXXX", 0, [](char* path) { return mkdtemp(path) == path ? 0 : -1; });
 }
