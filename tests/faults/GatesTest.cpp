@@ -3,6 +3,7 @@
 // false; fitted modules are read again after out of memory.
 #include "hx-aux/hx-aux.h"
 #include "simulator/model/CallWatch.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/faults/Forked.h"
 #include "tests/faults/Injector.h"
@@ -15,10 +16,9 @@ namespace {
 
 using Gate = bool (*)(unsigned char, unsigned char, unsigned char, unsigned char);
 
-class EveryGate : public testing::TestWithParam<Gate> {};
-INSTANTIATE_TEST_SUITE_P(Faults, EveryGate,
-                         testing::Values(&DoesSystemHaveAtLeastFPGAVersion, &DoesSystemHaveAtLeastSSVersion,
-                                         &DoesSystemHaveAtLeastFrontVersion));
+class EveryGate : public hxtest::TestWithRow<Gate> {};
+TEST_ROWS(Faults, EveryGate, hxtest::kNumbered, &DoesSystemHaveAtLeastFPGAVersion, &DoesSystemHaveAtLeastSSVersion,
+          &DoesSystemHaveAtLeastFrontVersion);
 
 /// "yes", "no" or "threw", or "unfailed" when the gate makes no such call.
 std::string askedWith(Gate gate, Kind kind, std::size_t number)
@@ -39,17 +39,17 @@ std::string askedWith(Gate gate, Kind kind, std::size_t number)
         .output;
 }
 
-TEST_P(EveryGate, AnswersNoWhenTheVersionCannotBeRead)
+ROW_TEST(EveryGate, AnswersNoWhenTheVersionCannotBeRead)
 {
-    const std::string open = askedWith(GetParam(), Kind::Call, 0);
-    const std::string request = askedWith(GetParam(), Kind::Call, 1);
-    const std::string close = askedWith(GetParam(), Kind::Call, 2);
+    const std::string open = askedWith(row(), Kind::Call, 0);
+    const std::string request = askedWith(row(), Kind::Call, 1);
+    const std::string close = askedWith(row(), Kind::Call, 2);
 
     EXPECT_EQ(open + ' ' + request + ' ' + close, "no no yes"); // a failed close has no effect
-    EXPECT_EQ(askedWith(GetParam(), Kind::Call, 3), "unfailed");
-    EXPECT_EQ(askedWith(GetParam(), Kind::Interrupted, 1), "no");
-    EXPECT_EQ(askedWith(GetParam(), Kind::Allocation, 0), "no");
-    EXPECT_EQ(askedWith(GetParam(), Kind::Allocation, 1), "unfailed");
+    EXPECT_EQ(askedWith(row(), Kind::Call, 3), "unfailed");
+    EXPECT_EQ(askedWith(row(), Kind::Interrupted, 1), "no");
+    EXPECT_EQ(askedWith(row(), Kind::Allocation, 0), "no");
+    EXPECT_EQ(askedWith(row(), Kind::Allocation, 1), "unfailed");
 }
 
 /// The results of two queries, the first of which runs out of memory at one allocation; "unfailed" after the last one.

@@ -6,6 +6,7 @@
 #include "simulator/model/ProductionData.h"
 #include "testing/FileContent.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/faults/Forked.h"
 
@@ -325,15 +326,14 @@ TEST(Hostile, SemaphoreNamesAreCutAndNoFormats)
     EXPECT_THAT(unit.journal(), Contains(HasSubstr(std::string{"/"} + kHostile + " sem_open")));
 }
 
-class AnyRate : public testing::TestWithParam<const char*> {};
-INSTANTIATE_TEST_SUITE_P(Hostile, AnyRate,
-                         testing::Values("", "\n", "%s%n\n", "-1\n", "99999999999999999999\n",
-                                         "1111111111111111111111111111111111111111111111111111111111111\n"));
+class AnyRate : public hxtest::TestWithRow<const char*> {};
+TEST_ROWS(Hostile, AnyRate, hxtest::kNumbered, "", "\n", "%s%n\n", "-1\n", "99999999999999999999\n",
+          "1111111111111111111111111111111111111111111111111111111111111\n");
 
-TEST_P(AnyRate, OfANetworkReturnsANumberOrAnError)
+ROW_TEST(AnyRate, OfANetworkReturnsANumberOrAnError)
 {
     SimulatedUnit unit;
-    unit.set("can.1.text", GetParam());
+    unit.set("can.1.text", row());
     Released<CanSetting> can{GetCanSetting()};
     unsigned short kbit = 77;
 

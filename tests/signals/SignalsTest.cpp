@@ -2,6 +2,7 @@
 // Signals of the application, every millisecond, change neither results nor stored data.
 #include "testing/Command.h"
 #include "testing/FirmwareTexts.h"
+#include "testing/RowTest.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -65,16 +66,11 @@ struct Scene {
     std::vector<std::string> description{};
 };
 
-void PrintTo(const Scene& scene, std::ostream* stream)
-{
-    *stream << scene.name;
-}
+class Signals : public hxtest::TestWithRow<std::tuple<Scene, const char*>> {};
 
-class Signals : public testing::TestWithParam<std::tuple<Scene, const char*>> {};
-
-TEST_P(Signals, ChangeNoAnswerAndNothingStored)
+ROW_TEST(Signals, ChangeNoAnswerAndNothingStored)
 {
-    const auto& [scene, mode] = GetParam();
+    const auto& [scene, mode] = row();
     std::vector<std::string> description = scene.description;
     description.push_back("uart.paced = no");
     const FastUnit undisturbed{description};
@@ -90,20 +86,25 @@ TEST_P(Signals, ChangeNoAnswerAndNothingStored)
     EXPECT_EQ(disturbed.kept(), undisturbed.kept());
 }
 
-std::string nameOf(const testing::TestParamInfo<Signals::ParamType>& info)
+std::string nameOf(const Signals::Row& row)
 {
-    std::string name = std::string{std::get<0>(info.param).name} + '-' + std::get<1>(info.param);
+    std::string name = std::string{std::get<0>(row).name} + '-' + std::get<1>(row);
     std::erase(name, '-');
     return name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Every, Signals,
-                         testing::Combine(testing::Values(Scene{"settings"}, Scene{"production-data"}, Scene{"modules"},
-                                                          Scene{"upgrades"}, Scene{"front-upgrade"},
-                                                          Scene{"daemon", {"daemon.full = on"}}, Scene{"everything"},
-                                                          Scene{"background"}, Scene{"light-sensor"}),
-                                          testing::Values("plain", "restart")),
-                         nameOf);
+std::vector<Signals::Row> everySceneInBothModes()
+{
+    std::vector<Signals::Row> rows;
+    for (const Scene& scene :
+         {Scene{"settings"}, Scene{"production-data"}, Scene{"modules"}, Scene{"upgrades"}, Scene{"front-upgrade"},
+          Scene{"daemon", {"daemon.full = on"}}, Scene{"everything"}, Scene{"background"}, Scene{"light-sensor"}})
+        for (const char* mode : {"plain", "restart"})
+            rows.emplace_back(scene, mode);
+    return rows;
+}
+
+TEST_ROWS_IN(Every, Signals, nameOf, everySceneInBothModes());
 
 // The comparison with an undisturbed run requires that that run is correct.
 

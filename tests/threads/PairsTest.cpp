@@ -6,6 +6,7 @@
 #include "testing/ErasedOperations.h"
 #include "testing/EveryOperation.h"
 #include "testing/OperationCalls.h"
+#include "testing/RowTest.h"
 #include "tests/threads/Pair.h"
 #include "tests/threads/ThreadWords.h"
 
@@ -15,6 +16,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <numeric>
 #include <string_view>
 #include <vector>
 
@@ -260,20 +262,20 @@ std::vector<Guest> guests(SimulatedUnit& unit, List<Interfaces...>)
     return all;
 }
 
-class PairsOfInterfaces : public testing::TestWithParam<std::size_t> {};
+class PairsOfInterfaces : public hxtest::TestWithRow<std::size_t> {};
 
 /// Without files, so that no upgrade gets beyond the file: the tests above cover whole runs.
-TEST_P(PairsOfInterfaces, AnswerAsDocumented)
+ROW_TEST(PairsOfInterfaces, AnswerAsDocumented)
 {
     constexpr int kFewRounds = 2;
     SimulatedUnit unit;
     std::vector<Guest> all = guests(unit, Everything{});
     Arena arena{unit};
-    for (std::size_t other = GetParam() + 1; other < all.size(); ++other)
-        for (const Use& first : all[GetParam()].party->uses)
+    for (std::size_t other = row() + 1; other < all.size(); ++other)
+        for (const Use& first : all[row()].party->uses)
             for (const Use& second : all[other].party->uses)
                 arena.meet(first, second, kFewRounds);
-    arena.close("interface " + std::to_string(GetParam()) + " with all later ones");
+    arena.close("interface " + std::to_string(row()) + " with all later ones");
     for (const Guest& guest : all)
         guest.release();
 }
@@ -284,7 +286,14 @@ constexpr std::size_t countOf(testing::Types<Interfaces...>)
     return sizeof...(Interfaces);
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, PairsOfInterfaces, testing::Range(std::size_t{0}, countOf(Everything{}) - 1));
+std::vector<std::size_t> allButTheLast()
+{
+    std::vector<std::size_t> numbers(countOf(Everything{}) - 1);
+    std::iota(numbers.begin(), numbers.end(), 0);
+    return numbers;
+}
+
+TEST_ROWS_IN(Each, PairsOfInterfaces, hxtest::kNumbered, allButTheLast());
 
 TEST(ThreadWords, OfEveryOperationAreKnown)
 {

@@ -5,7 +5,6 @@
 #include "simulator/client/Evaluation.h"
 
 #include <optional>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -27,11 +26,6 @@ struct Case {
     hxsim::Time decidedAt{0};
     std::string seen{};
 };
-
-inline std::ostream& operator<<(std::ostream& stream, const Case& shown)
-{
-    return stream << shown.text;
-}
 
 struct Table {
     hxsim::Vocabulary vocabulary{};

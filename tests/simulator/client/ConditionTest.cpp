@@ -5,6 +5,7 @@
 #include "simulator/client/Duration.h"
 #include "simulator/model/Text.h"
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "tests/simulator/client/ConditionCases.h"
 
 #include <gmock/gmock.h>
@@ -31,29 +32,28 @@ std::string refusalOf(const std::string& text)
     return "";
 }
 
-class ConditionCase : public testing::TestWithParam<conditions::Case> {};
+class ConditionCase : public hxtest::TestWithRow<conditions::Case> {};
 
-TEST_P(ConditionCase, HasItsVerdict)
+ROW_TEST(ConditionCase, HasItsVerdict)
 {
-    const conditions::Case& row = GetParam();
-    ASSERT_EQ(refusalOf(row.text), row.refusal);
-    if (!row.refusal.empty())
+    ASSERT_EQ(refusalOf(row().text), row().refusal);
+    if (!row().refusal.empty())
         return;
 
-    Evaluation evaluation{hxsim::parseExpectation(row.text, table().vocabulary), 0s, row.values};
-    for (const conditions::Step& step : row.steps) {
+    Evaluation evaluation{hxsim::parseExpectation(row().text, table().vocabulary), 0s, row().values};
+    for (const conditions::Step& step : row().steps) {
         evaluation.feed(step.event);
         evaluation.advance(step.event.kind == Event::Kind::Alarm ? step.event.time : 0s);
         if (step.concludes)
             evaluation.conclude(step.event.time);
     }
 
-    EXPECT_EQ(evaluation.verdict(), row.verdict);
-    EXPECT_EQ(evaluation.decidedAt(), row.decidedAt);
-    EXPECT_EQ(row.seen.empty() ? "" : evaluation.seen(), row.seen);
+    EXPECT_EQ(evaluation.verdict(), row().verdict);
+    EXPECT_EQ(evaluation.decidedAt(), row().decidedAt);
+    EXPECT_EQ(row().seen.empty() ? "" : evaluation.seen(), row().seen);
 }
 
-INSTANTIATE_TEST_SUITE_P(Conditions, ConditionCase, testing::ValuesIn(table().cases), kNameOfRow);
+TEST_ROWS_IN(Conditions, ConditionCase, kNameOfRow, table().cases);
 
 TEST(Conditions, AreAllRead)
 {

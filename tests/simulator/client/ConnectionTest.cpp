@@ -4,6 +4,7 @@
 
 #include "simulator/protocol/UnitFolder.h"
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -135,25 +136,21 @@ struct Greeting : Named {
     const char* error;
 };
 
-class BadGreeting : public testing::TestWithParam<Greeting> {};
+class BadGreeting : public hxtest::TestWithRow<Greeting> {};
 
-TEST_P(BadGreeting, IsRefused)
+ROW_TEST(BadGreeting, IsRefused)
 {
-    const FakeUnit unit{GetParam().text, {}};
+    const FakeUnit unit{row().text, {}};
 
-    EXPECT_EQ(errorOf<UnitGone>([] { const Connection connection{"fake"}; }), GetParam().error);
+    EXPECT_EQ(errorOf<UnitGone>([] { const Connection connection{"fake"}; }), row().error);
 }
 
 constexpr const char* kOtherVersion = "the unit 'fake' is of another version of hx-sim";
 
-INSTANTIATE_TEST_SUITE_P(Of, BadGreeting,
-                         testing::Values(Greeting{"ANewerVersion", "{\"version\":2}\n", kOtherVersion},
-                                         Greeting{"NoVersion", "{}\n", kOtherVersion},
-                                         Greeting{"NoObject", "[1]\n", kOtherVersion},
-                                         Greeting{"NoJson", "hello\n", kOtherVersion},
-                                         Greeting{"Nothing", "", "the unit has stopped"},
-                                         Greeting{"HalfALine", "{\"version\":1}", "the unit has stopped"}),
-                         kNameOfRow);
+TEST_ROWS(Of, BadGreeting, kNameOfRow, Greeting{"ANewerVersion", "{\"version\":2}\n", kOtherVersion},
+          Greeting{"NoVersion", "{}\n", kOtherVersion}, Greeting{"NoObject", "[1]\n", kOtherVersion},
+          Greeting{"NoJson", "hello\n", kOtherVersion}, Greeting{"Nothing", "", "the unit has stopped"},
+          Greeting{"HalfALine", "{\"version\":1}", "the unit has stopped"});
 
 TEST(Connection, SaysThatNoSuchUnitIsRunning)
 {

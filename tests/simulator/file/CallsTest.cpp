@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // What happens to every call on its way to a node: failures, counting, the journal.
 #include "simulator/file/UnitCalls.h"
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace calls_test {
@@ -107,26 +108,24 @@ struct Failure : Named {
     std::int64_t result;
 };
 
-class FailedRequest : public CallsTest, public testing::WithParamInterface<Failure> {};
+class FailedRequest : public CallsTest, public hxtest::WithRow<Failure> {};
 
-TEST_P(FailedRequest, IsThatOfTheName)
+ROW_TEST(FailedRequest, IsThatOfTheName)
 {
     const auto file = open("/dev/diag-id");
-    unit.addFault(GetParam().fault);
+    unit.addFault(row().fault);
 
-    EXPECT_EQ(ioctl(*file, GetParam().code, GetParam().in, 4), GetParam().result);
+    EXPECT_EQ(ioctl(*file, row().code, row().in, 4), row().result);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Calls, FailedRequest,
-    testing::Values(Failure{{"ByRegister"}, "/dev/diag-id get 5 EBUSY", 0xC004003A, {5, 0, 0, 0}, -EBUSY},
-                    Failure{{"OtherRegister"}, "/dev/diag-id get 5 EBUSY", 0xC004003A, {6, 0, 0, 0}, 0},
-                    Failure{{"EachRegister"}, "/dev/diag-id get EBUSY", 0xC004003A, {6, 0, 0, 0}, -EBUSY},
-                    Failure{{"ByCode"}, "/dev/diag-id 0xC004003A EBUSY", 0xC004003A, {6, 0, 0, 0}, -EBUSY},
-                    Failure{{"Put"}, "/dev/diag-id put 40 EPERM", 0xC004003B, {40, 0, 1, 0}, -EPERM},
-                    Failure{{"GetIsNoPut"}, "/dev/diag-id get 40 EPERM", 0xC004003B, {40, 0, 1, 0}, 0},
-                    Failure{{"Any"}, "* * ENODEV", 0xC004003A, {6, 0, 0, 0}, -ENODEV}),
-    kNameOfRow);
+TEST_ROWS(Calls, FailedRequest, kNameOfRow,
+          Failure{{"ByRegister"}, "/dev/diag-id get 5 EBUSY", 0xC004003A, {5, 0, 0, 0}, -EBUSY},
+          Failure{{"OtherRegister"}, "/dev/diag-id get 5 EBUSY", 0xC004003A, {6, 0, 0, 0}, 0},
+          Failure{{"EachRegister"}, "/dev/diag-id get EBUSY", 0xC004003A, {6, 0, 0, 0}, -EBUSY},
+          Failure{{"ByCode"}, "/dev/diag-id 0xC004003A EBUSY", 0xC004003A, {6, 0, 0, 0}, -EBUSY},
+          Failure{{"Put"}, "/dev/diag-id put 40 EPERM", 0xC004003B, {40, 0, 1, 0}, -EPERM},
+          Failure{{"GetIsNoPut"}, "/dev/diag-id get 40 EPERM", 0xC004003B, {40, 0, 1, 0}, 0},
+          Failure{{"Any"}, "* * ENODEV", 0xC004003A, {6, 0, 0, 0}, -ENODEV});
 
 TEST_F(CallsTest, ThatAreAskedToFailReachNoHardware)
 {

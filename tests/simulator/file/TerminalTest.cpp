@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/file/Terminal.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace terminal_test {
@@ -17,61 +18,54 @@ struct Control : Named {
     int stopBits;
 };
 
-class LineOfATerminal : public testing::TestWithParam<Control> {};
+class LineOfATerminal : public hxtest::TestWithRow<Control> {};
 
-TEST_P(LineOfATerminal, IsWhatItsFlagsSay)
+ROW_TEST(LineOfATerminal, IsWhatItsFlagsSay)
 {
     termios settings{};
-    settings.c_cflag = GetParam().flags;
+    settings.c_cflag = row().flags;
 
     const LineSettings line = lineOf(settings);
 
-    EXPECT_EQ(line.dataBits, GetParam().dataBits);
-    EXPECT_EQ(line.parity, GetParam().parity);
-    EXPECT_EQ(line.stopBits, GetParam().stopBits);
+    EXPECT_EQ(line.dataBits, row().dataBits);
+    EXPECT_EQ(line.parity, row().parity);
+    EXPECT_EQ(line.stopBits, row().stopBits);
 }
 
-INSTANTIATE_TEST_SUITE_P(Terminal, LineOfATerminal,
-                         testing::Values(Control{{"Usual"}, CS8, 8, 'n', 1}, Control{{"Even"}, CS8 | PARENB, 8, 'e', 1},
-                                         Control{{"Odd"}, CS8 | PARENB | PARODD, 8, 'o', 1},
-                                         Control{{"OddWithoutParity"}, CS8 | PARODD, 8, 'n', 1},
-                                         Control{{"TwoStopBits"}, CS8 | CSTOPB, 8, 'n', 2},
-                                         Control{{"Seven"}, CS7, 7, 'n', 1}, Control{{"Six"}, CS6, 6, 'n', 1},
-                                         Control{{"Five"}, CS5, 5, 'n', 1},
-                                         Control{{"ParityWithABitOfTheSize"}, CS8 | 0x110, 8, 'e', 1}),
-                         kNameOfRow);
+TEST_ROWS(Terminal, LineOfATerminal, kNameOfRow, Control{{"Usual"}, CS8, 8, 'n', 1},
+          Control{{"Even"}, CS8 | PARENB, 8, 'e', 1}, Control{{"Odd"}, CS8 | PARENB | PARODD, 8, 'o', 1},
+          Control{{"OddWithoutParity"}, CS8 | PARODD, 8, 'n', 1}, Control{{"TwoStopBits"}, CS8 | CSTOPB, 8, 'n', 2},
+          Control{{"Seven"}, CS7, 7, 'n', 1}, Control{{"Six"}, CS6, 6, 'n', 1}, Control{{"Five"}, CS5, 5, 'n', 1},
+          Control{{"ParityWithABitOfTheSize"}, CS8 | 0x110, 8, 'e', 1});
 
 struct Baud : Named {
     speed_t code;
     std::uint32_t baud;
 };
 
-class BaudOfATerminal : public testing::TestWithParam<Baud> {};
+class BaudOfATerminal : public hxtest::TestWithRow<Baud> {};
 
-TEST_P(BaudOfATerminal, IsANumber)
+ROW_TEST(BaudOfATerminal, IsANumber)
 {
     termios settings{};
-    cfsetospeed(&settings, GetParam().code);
+    cfsetospeed(&settings, row().code);
 
-    EXPECT_EQ(lineOf(settings).baud, GetParam().baud);
+    EXPECT_EQ(lineOf(settings).baud, row().baud);
 }
 
-TEST_P(BaudOfATerminal, ComesBackAsItsCode)
+ROW_TEST(BaudOfATerminal, ComesBackAsItsCode)
 {
     termios settings{};
-    setLineOf(settings, LineSettings{.baud = GetParam().baud});
+    setLineOf(settings, LineSettings{.baud = row().baud});
 
-    EXPECT_EQ(cfgetospeed(&settings), GetParam().code);
-    EXPECT_EQ(cfgetispeed(&settings), GetParam().code);
+    EXPECT_EQ(cfgetospeed(&settings), row().code);
+    EXPECT_EQ(cfgetispeed(&settings), row().code);
 }
 
-INSTANTIATE_TEST_SUITE_P(Terminal, BaudOfATerminal,
-                         testing::Values(Baud{{"B1200"}, B1200, 1200}, Baud{{"B2400"}, B2400, 2400},
-                                         Baud{{"B4800"}, B4800, 4800}, Baud{{"B9600"}, B9600, 9600},
-                                         Baud{{"B19200"}, B19200, 19200}, Baud{{"B38400"}, B38400, 38400},
-                                         Baud{{"B57600"}, B57600, 57600}, Baud{{"B115200"}, B115200, 115200},
-                                         Baud{{"B230400"}, B230400, 230400}),
-                         kNameOfRow);
+TEST_ROWS(Terminal, BaudOfATerminal, kNameOfRow, Baud{{"B1200"}, B1200, 1200}, Baud{{"B2400"}, B2400, 2400},
+          Baud{{"B4800"}, B4800, 4800}, Baud{{"B9600"}, B9600, 9600}, Baud{{"B19200"}, B19200, 19200},
+          Baud{{"B38400"}, B38400, 38400}, Baud{{"B57600"}, B57600, 57600}, Baud{{"B115200"}, B115200, 115200},
+          Baud{{"B230400"}, B230400, 230400});
 
 TEST(Terminal, IsAtFirstAsAFreshPortIs)
 {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // What a program changes and asks by a path: the unit's own files, never its devices, and nothing of the machine.
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 #include "testing/TemporaryFolder.h"
 
@@ -208,37 +209,35 @@ struct Change {
     int (*make)();
 };
 
-class FailedChange : public ChangeCalls, public testing::WithParamInterface<Change> {};
+class FailedChange : public ChangeCalls, public hxtest::WithRow<Change> {};
 
-TEST_P(FailedChange, IsMadeByItsNameAndChangesNothing)
+ROW_TEST(FailedChange, IsMadeByItsNameAndChangesNothing)
 {
     fill("mine");
     const fs::file_time_type before = fs::last_write_time(unit.settingsFile());
-    unit.describe(std::string{"fail = /opt/etc/hxaux.ini "} + GetParam().call + " EROFS 1");
+    unit.describe(std::string{"fail = /opt/etc/hxaux.ini "} + row().call + " EROFS 1");
 
-    EXPECT_FAILS(GetParam().make(), EROFS);
+    EXPECT_FAILS(row().make(), EROFS);
 
     EXPECT_EQ(content(), "mine");
     EXPECT_EQ(fs::last_write_time(unit.settingsFile()), before);
-    EXPECT_THAT(unit.callsTo(kSettings), ElementsAre(GetParam().call + std::string{" !EROFS"}));
+    EXPECT_THAT(unit.callsTo(kSettings), ElementsAre(row().call + std::string{" !EROFS"}));
     EXPECT_EQ(fs::status(unit.settingsFile()).permissions() & fs::perms::others_exec, fs::perms::none);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, FailedChange,
-                         testing::Values(Change{"chmod", [] { return ::chmod(kSettings, 0777); }},
-                                         Change{"chown", [] { return ::chown(kSettings, 1, 1); }},
-                                         Change{"link", [] { return ::link(kSettings, "/opt/etc/other"); }},
-                                         Change{"mkdir", [] { return ::mkdir(kSettings, 0700); }},
-                                         Change{"mknod", [] { return ::mknod(kSettings, S_IFREG, 0); }},
-                                         Change{"removexattr", [] { return ::removexattr(kSettings, "user.x"); }},
-                                         Change{"rename", [] { return ::rename(kSettings, "/opt/etc/other"); }},
-                                         Change{"rmdir", [] { return ::rmdir(kSettings); }},
-                                         Change{"setxattr", [] { return ::setxattr(kSettings, "user.x", "", 0, 0); }},
-                                         Change{"symlink", [] { return ::symlink("other", kSettings); }},
-                                         Change{"truncate", [] { return ::truncate(kSettings, 0); }},
-                                         Change{"unlink", [] { return ::unlink(kSettings); }},
-                                         Change{"utime", [] { return ::utimensat(AT_FDCWD, kSettings, nullptr, 0); }}),
-                         [](const auto& row) { return std::string(row.param.call); });
+TEST_ROWS(
+    Of, FailedChange, [](const auto& row) { return row.call; },
+    Change{"chmod", [] { return ::chmod(kSettings, 0777); }}, Change{"chown", [] { return ::chown(kSettings, 1, 1); }},
+    Change{"link", [] { return ::link(kSettings, "/opt/etc/other"); }},
+    Change{"mkdir", [] { return ::mkdir(kSettings, 0700); }},
+    Change{"mknod", [] { return ::mknod(kSettings, S_IFREG, 0); }},
+    Change{"removexattr", [] { return ::removexattr(kSettings, "user.x"); }},
+    Change{"rename", [] { return ::rename(kSettings, "/opt/etc/other"); }},
+    Change{"rmdir", [] { return ::rmdir(kSettings); }},
+    Change{"setxattr", [] { return ::setxattr(kSettings, "user.x", "", 0, 0); }},
+    Change{"symlink", [] { return ::symlink("other", kSettings); }},
+    Change{"truncate", [] { return ::truncate(kSettings, 0); }}, Change{"unlink", [] { return ::unlink(kSettings); }},
+    Change{"utime", [] { return ::utimensat(AT_FDCWD, kSettings, nullptr, 0); }});
 
 TEST_F(ChangeCalls, ShowNoLinkAmongTheUnitsPaths)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Waits for devices of the unit and descriptors of the machine at once, as the kernel answers them.
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 
 #include <array>
@@ -177,26 +178,23 @@ struct Wanted : Named {
     short ofSerialPort; // to which nothing has come
 };
 
-class PolledEvents : public PollCalls, public testing::WithParamInterface<Wanted> {};
+class PolledEvents : public PollCalls, public hxtest::WithRow<Wanted> {};
 
-TEST_P(PolledEvents, AreThoseOfADeviceThatNeverBlocks)
+ROW_TEST(PolledEvents, AreThoseOfADeviceThatNeverBlocks)
 {
-    std::array<pollfd, 2> both{{{device, GetParam().events, -1}, {serial, GetParam().events, -1}}};
+    std::array<pollfd, 2> both{{{device, row().events, -1}, {serial, row().events, -1}}};
 
     const int ready = poll(both.data(), both.size(), 0);
 
-    EXPECT_EQ(both[0].revents, GetParam().ofDevice);
-    EXPECT_EQ(both[1].revents, GetParam().ofSerialPort);
-    EXPECT_EQ(ready, (GetParam().ofDevice != 0 ? 1 : 0) + (GetParam().ofSerialPort != 0 ? 1 : 0));
+    EXPECT_EQ(both[0].revents, row().ofDevice);
+    EXPECT_EQ(both[1].revents, row().ofSerialPort);
+    EXPECT_EQ(ready, (row().ofDevice != 0 ? 1 : 0) + (row().ofSerialPort != 0 ? 1 : 0));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, PolledEvents,
-    testing::Values(Wanted{"Reading", POLLIN, POLLIN, 0}, Wanted{"Writing", POLLOUT, POLLOUT, POLLOUT},
-                    Wanted{"Both", POLLIN | POLLOUT, POLLIN | POLLOUT, POLLOUT},
-                    Wanted{"OrdinaryData", POLLRDNORM | POLLWRNORM, POLLRDNORM | POLLWRNORM, POLLWRNORM},
-                    Wanted{"UrgentData", POLLPRI, 0, 0}, Wanted{"Nothing", 0, 0, 0}),
-    kNameOfRow);
+TEST_ROWS(Of, PolledEvents, kNameOfRow, Wanted{"Reading", POLLIN, POLLIN, 0},
+          Wanted{"Writing", POLLOUT, POLLOUT, POLLOUT}, Wanted{"Both", POLLIN | POLLOUT, POLLIN | POLLOUT, POLLOUT},
+          Wanted{"OrdinaryData", POLLRDNORM | POLLWRNORM, POLLRDNORM | POLLWRNORM, POLLWRNORM},
+          Wanted{"UrgentData", POLLPRI, 0, 0}, Wanted{"Nothing", 0, 0, 0});
 
 TEST_F(PollCalls, PollPassesOverNegativeDescriptorsAndNamesClosedOnes)
 {

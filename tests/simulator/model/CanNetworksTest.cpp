@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/CanNetworks.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace can_networks_test {
@@ -55,28 +56,24 @@ struct Written : Named {
     const char* rate;
 };
 
-class CanRate : public modeltest::ModelTest, public testing::WithParamInterface<Written> {};
+class CanRate : public modeltest::ModelTest, public hxtest::WithRow<Written> {};
 
-TEST_P(CanRate, IsTakenOrRefused)
+ROW_TEST(CanRate, IsTakenOrRefused)
 {
-    const Written& row = GetParam();
-    set("can.1.up", row.up);
+    set("can.1.up", row().up);
 
-    EXPECT_EQ(write(kPaths[0], row.text), row.result);
-    EXPECT_EQ(property("can.1.bitrate"), row.rate);
+    EXPECT_EQ(write(kPaths[0], row().text), row().result);
+    EXPECT_EQ(property("can.1.bitrate"), row().rate);
 }
 
-INSTANTIATE_TEST_SUITE_P(CanNetworks, CanRate,
-                         testing::Values(Written{{"Plain"}, "125000", "off", 6, "125000"},
-                                         Written{{"WithLineEnd"}, "125000\n", "off", 7, "125000"},
-                                         Written{{"Highest"}, "1000000", "off", 7, "1000000"},
-                                         Written{{"AboveHighest"}, "1000001", "off", -EINVAL, "250000"},
-                                         Written{{"Negative"}, "-1", "off", -EINVAL, "250000"},
-                                         Written{{"Text"}, "fast", "off", -EINVAL, "250000"},
-                                         Written{{"Empty"}, "", "off", -EINVAL, "250000"},
-                                         Written{{"TwoNumbers"}, "125000 1", "off", -EINVAL, "250000"},
-                                         Written{{"Up"}, "125000", "on", -EBUSY, "250000"}),
-                         kNameOfRow);
+TEST_ROWS(CanNetworks, CanRate, kNameOfRow, Written{{"Plain"}, "125000", "off", 6, "125000"},
+          Written{{"WithLineEnd"}, "125000\n", "off", 7, "125000"},
+          Written{{"Highest"}, "1000000", "off", 7, "1000000"},
+          Written{{"AboveHighest"}, "1000001", "off", -EINVAL, "250000"},
+          Written{{"Negative"}, "-1", "off", -EINVAL, "250000"}, Written{{"Text"}, "fast", "off", -EINVAL, "250000"},
+          Written{{"Empty"}, "", "off", -EINVAL, "250000"},
+          Written{{"TwoNumbers"}, "125000 1", "off", -EINVAL, "250000"},
+          Written{{"Up"}, "125000", "on", -EBUSY, "250000"});
 
 } // namespace
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/DigitalInputs.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace digital_inputs_test {
@@ -14,24 +15,21 @@ struct Port : Named {
     std::uint8_t byte;
 };
 
-class DigitalInputsTest : public modeltest::ModelTest, public testing::WithParamInterface<Port> {};
+class DigitalInputsTest : public modeltest::ModelTest, public hxtest::WithRow<Port> {};
 
-TEST_P(DigitalInputsTest, FillTheByteOfThePort)
+ROW_TEST(DigitalInputsTest, FillTheByteOfThePort)
 {
-    unit.describe(GetParam().description);
+    unit.describe(row().description);
 
-    EXPECT_EQ(get("/dev/dig-io", 0x80010051, 1), Bytes{GetParam().byte});
+    EXPECT_EQ(get("/dev/dig-io", 0x80010051, 1), Bytes{row().byte});
 }
 
-INSTANTIATE_TEST_SUITE_P(DigitalInputs, DigitalInputsTest,
-                         testing::Values(Port{{"None"}, "", 0x00}, Port{{"First"}, "inputs.1 = on", 0x01},
-                                         Port{{"Second"}, "inputs.2 = on", 0x02},
-                                         Port{{"Third"}, "inputs.3 = on", 0x04},
-                                         Port{{"Fourth"}, "inputs.4 = on", 0x08},
-                                         Port{{"OtherLines"}, "inputs.other = 15", 0xF0},
-                                         Port{{"Mixed"}, "inputs.1 = on\ninputs.4 = on\ninputs.other = 10", 0xA9},
-                                         Port{{"OffAgain"}, "inputs.1 = on\ninputs.1 = off", 0x00}),
-                         kNameOfRow);
+TEST_ROWS(DigitalInputs, DigitalInputsTest, kNameOfRow, Port{{"None"}, "", 0x00},
+          Port{{"First"}, "inputs.1 = on", 0x01}, Port{{"Second"}, "inputs.2 = on", 0x02},
+          Port{{"Third"}, "inputs.3 = on", 0x04}, Port{{"Fourth"}, "inputs.4 = on", 0x08},
+          Port{{"OtherLines"}, "inputs.other = 15", 0xF0},
+          Port{{"Mixed"}, "inputs.1 = on\ninputs.4 = on\ninputs.other = 10", 0xA9},
+          Port{{"OffAgain"}, "inputs.1 = on\ninputs.1 = off", 0x00});
 
 using DigitalInputsModel = modeltest::ModelTest;
 

@@ -2,6 +2,7 @@
 // Which calls an injected failure meets, and how it is written.
 #include "simulator/model/Faults.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace faults_test {
@@ -19,32 +20,29 @@ struct Written : Named {
     int count;
 };
 
-class WrittenFault : public testing::TestWithParam<Written> {};
+class WrittenFault : public hxtest::TestWithRow<Written> {};
 
-TEST_P(WrittenFault, IsUnderstood)
+ROW_TEST(WrittenFault, IsUnderstood)
 {
-    const Fault fault = Faults::parse(GetParam().text);
+    const Fault fault = Faults::parse(row().text);
 
-    EXPECT_EQ(fault.subject, GetParam().subject);
-    EXPECT_EQ(fault.call, GetParam().call);
-    EXPECT_EQ(fault.error, GetParam().error);
-    EXPECT_EQ(fault.count, GetParam().count);
+    EXPECT_EQ(fault.subject, row().subject);
+    EXPECT_EQ(fault.call, row().call);
+    EXPECT_EQ(fault.error, row().error);
+    EXPECT_EQ(fault.count, row().count);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Faults, WrittenFault,
-    testing::Values(Written{{"Shortest"}, "/dev/x open", "/dev/x", "open", EIO, -1},
-                    Written{{"Error"}, "/dev/x open EBUSY", "/dev/x", "open", EBUSY, -1},
-                    Written{{"ErrorByNumber"}, "/dev/x open 16", "/dev/x", "open", 16, -1},
-                    Written{{"Count"}, "/dev/x open EBUSY 3", "/dev/x", "open", EBUSY, 3},
-                    Written{{"Request"}, "/dev/x 0x40010003 EIO", "/dev/x", "0x40010003", EIO, -1},
-                    Written{{"RequestInAnyForm"}, "/dev/x 0XC218004E", "/dev/x", "0xc218004e", EIO, -1},
-                    Written{{"ShortRequest"}, "/dev/x 0x3", "/dev/x", "0x00000003", EIO, -1},
-                    Written{{"EveryRegister"}, "/dev/x get EIO", "/dev/x", "get", EIO, -1},
-                    Written{{"OneRegister"}, "/dev/x put 12 EBUSY 1", "/dev/x", "put 12", EBUSY, 1},
-                    Written{{"RegisterInHex"}, "/dev/x get 0x0C", "/dev/x", "get 12", EIO, -1},
-                    Written{{"Anything"}, "* *", "*", "*", EIO, -1}),
-    kNameOfRow);
+TEST_ROWS(Faults, WrittenFault, kNameOfRow, Written{{"Shortest"}, "/dev/x open", "/dev/x", "open", EIO, -1},
+          Written{{"Error"}, "/dev/x open EBUSY", "/dev/x", "open", EBUSY, -1},
+          Written{{"ErrorByNumber"}, "/dev/x open 16", "/dev/x", "open", 16, -1},
+          Written{{"Count"}, "/dev/x open EBUSY 3", "/dev/x", "open", EBUSY, 3},
+          Written{{"Request"}, "/dev/x 0x40010003 EIO", "/dev/x", "0x40010003", EIO, -1},
+          Written{{"RequestInAnyForm"}, "/dev/x 0XC218004E", "/dev/x", "0xc218004e", EIO, -1},
+          Written{{"ShortRequest"}, "/dev/x 0x3", "/dev/x", "0x00000003", EIO, -1},
+          Written{{"EveryRegister"}, "/dev/x get EIO", "/dev/x", "get", EIO, -1},
+          Written{{"OneRegister"}, "/dev/x put 12 EBUSY 1", "/dev/x", "put 12", EBUSY, 1},
+          Written{{"RegisterInHex"}, "/dev/x get 0x0C", "/dev/x", "get 12", EIO, -1},
+          Written{{"Anything"}, "* *", "*", "*", EIO, -1});
 
 struct Met : Named {
     const char* text;
@@ -53,29 +51,26 @@ struct Met : Named {
     bool meets;
 };
 
-class FaultOn : public testing::TestWithParam<Met> {};
+class FaultOn : public hxtest::TestWithRow<Met> {};
 
-TEST_P(FaultOn, MeetsWhatItNames)
+ROW_TEST(FaultOn, MeetsWhatItNames)
 {
     Faults faults;
-    faults.add(Faults::parse(GetParam().text));
+    faults.add(Faults::parse(row().text));
 
-    EXPECT_EQ(faults.take(GetParam().subject, GetParam().call), GetParam().meets ? EIO : 0);
+    EXPECT_EQ(faults.take(row().subject, row().call), row().meets ? EIO : 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Faults, FaultOn,
-                         testing::Values(Met{{"Same"}, "/dev/x open", "/dev/x", "open", true},
-                                         Met{{"WithArguments"}, "/dev/x open", "/dev/x", "open rdwr", true},
-                                         Met{{"OtherCall"}, "/dev/x open", "/dev/x", "read", false},
-                                         Met{{"OtherDevice"}, "/dev/x open", "/dev/xy", "open", false},
-                                         Met{{"LongerWord"}, "/dev/x sem_wait", "/dev/x", "sem_waits", false},
-                                         Met{{"Register"}, "/dev/x get 5", "/dev/x", "get 5", true},
-                                         Met{{"OtherRegister"}, "/dev/x get 5", "/dev/x", "get 50", false},
-                                         Met{{"AnyRegister"}, "/dev/x get", "/dev/x", "get 50", true},
-                                         Met{{"Put"}, "/dev/x get", "/dev/x", "put 5", false},
-                                         Met{{"AnyDevice"}, "* open", "/dev/y", "open", true},
-                                         Met{{"AnyCall"}, "/dev/x *", "/dev/x", "read 5", true}),
-                         kNameOfRow);
+TEST_ROWS(Faults, FaultOn, kNameOfRow, Met{{"Same"}, "/dev/x open", "/dev/x", "open", true},
+          Met{{"WithArguments"}, "/dev/x open", "/dev/x", "open rdwr", true},
+          Met{{"OtherCall"}, "/dev/x open", "/dev/x", "read", false},
+          Met{{"OtherDevice"}, "/dev/x open", "/dev/xy", "open", false},
+          Met{{"LongerWord"}, "/dev/x sem_wait", "/dev/x", "sem_waits", false},
+          Met{{"Register"}, "/dev/x get 5", "/dev/x", "get 5", true},
+          Met{{"OtherRegister"}, "/dev/x get 5", "/dev/x", "get 50", false},
+          Met{{"AnyRegister"}, "/dev/x get", "/dev/x", "get 50", true},
+          Met{{"Put"}, "/dev/x get", "/dev/x", "put 5", false}, Met{{"AnyDevice"}, "* open", "/dev/y", "open", true},
+          Met{{"AnyCall"}, "/dev/x *", "/dev/x", "read 5", true});
 
 TEST(Faults, FailEveryCallWithoutACount)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Journal.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace journal_test {
@@ -36,30 +37,27 @@ Entry call(const char* action, Bytes in = {}, Bytes out = {}, bool asText = fals
             .asText = asText};
 }
 
-class JournalLine : public testing::TestWithParam<Line> {};
+class JournalLine : public hxtest::TestWithRow<Line> {};
 
-TEST_P(JournalLine, ShowsTheCall)
+ROW_TEST(JournalLine, ShowsTheCall)
 {
-    EXPECT_EQ(GetParam().entry.call(), GetParam().text);
-    EXPECT_EQ(GetParam().entry.text(), "/dev/x " + std::string{GetParam().text});
+    EXPECT_EQ(row().entry.call(), row().text);
+    EXPECT_EQ(row().entry.text(), "/dev/x " + std::string{row().text});
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Journal, JournalLine,
-    testing::Values(Line{{"Plain"}, call("open rdwr nonblock"), "open rdwr nonblock"},
-                    Line{{"Written"}, call("write", {0, 0x80}), "write: 00 80"},
-                    Line{{"Read"}, call("read 2", {}, {0x7F, 1}), "read 2 -> 7f 01"},
-                    Line{{"ReadText"}, call("read 8192", {}, {'2', '.', '1', '\n'}, true), R"(read 8192 -> "2.1\n")"},
-                    Line{{"WrittenText"}, call("write", {'5'}, {}, true), R"(write: "5")"},
-                    Line{{"Failed"}, call("open rdonly", {}, {}, false, ENOENT), "open rdonly !ENOENT"},
-                    Line{{"Request"}, ioctl(0x80010002, {}, {0x80}), "0x80010002 -> 80"},
-                    Line{{"RequestWithBlock"}, ioctl(0x40010003, {0, 128}, {}), "0x40010003: 00 80"},
-                    Line{{"BothWays"}, ioctl(0x8002000D, {0x8C, 0}, {0x8C, 3}), "0x8002000d: 8c 00 -> 8c 03"},
-                    Line{{"GetRegister"}, ioctl(0xC004003A, {3, 0, 0, 0}, {3, 0, 0xD9, 4}), "get 3 -> 1241"},
-                    Line{{"PutRegister"}, ioctl(0xC004003B, {0, 1, 0xFF, 0xFF}, {}), "put 256 = 65535"},
-                    Line{{"GetFailed"}, ioctl(0xC004003A, {3, 0, 0, 0}, {}, EIO), "get 3 !EIO"},
-                    Line{{"GetCutShort"}, ioctl(0xC004003A, {3, 0}, {}), "0xc004003a: 03 00"}),
-    kNameOfRow);
+TEST_ROWS(Journal, JournalLine, kNameOfRow, Line{{"Plain"}, call("open rdwr nonblock"), "open rdwr nonblock"},
+          Line{{"Written"}, call("write", {0, 0x80}), "write: 00 80"},
+          Line{{"Read"}, call("read 2", {}, {0x7F, 1}), "read 2 -> 7f 01"},
+          Line{{"ReadText"}, call("read 8192", {}, {'2', '.', '1', '\n'}, true), R"(read 8192 -> "2.1\n")"},
+          Line{{"WrittenText"}, call("write", {'5'}, {}, true), R"(write: "5")"},
+          Line{{"Failed"}, call("open rdonly", {}, {}, false, ENOENT), "open rdonly !ENOENT"},
+          Line{{"Request"}, ioctl(0x80010002, {}, {0x80}), "0x80010002 -> 80"},
+          Line{{"RequestWithBlock"}, ioctl(0x40010003, {0, 128}, {}), "0x40010003: 00 80"},
+          Line{{"BothWays"}, ioctl(0x8002000D, {0x8C, 0}, {0x8C, 3}), "0x8002000d: 8c 00 -> 8c 03"},
+          Line{{"GetRegister"}, ioctl(0xC004003A, {3, 0, 0, 0}, {3, 0, 0xD9, 4}), "get 3 -> 1241"},
+          Line{{"PutRegister"}, ioctl(0xC004003B, {0, 1, 0xFF, 0xFF}, {}), "put 256 = 65535"},
+          Line{{"GetFailed"}, ioctl(0xC004003A, {3, 0, 0, 0}, {}, EIO), "get 3 !EIO"},
+          Line{{"GetCutShort"}, ioctl(0xC004003A, {3, 0}, {}), "0xc004003a: 03 00"});
 
 TEST(Journal, KeepsCallsInTheirOrder)
 {

@@ -2,6 +2,7 @@
 // What the converter answers to which light, and its driver's requests.
 #include "simulator/model/LightSensor.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace light_sensor_test {
@@ -28,35 +29,32 @@ struct Reading : Named {
     double lux;
 };
 
-class ReportedLight : public LightSensorTest, public testing::WithParamInterface<Reading> {};
+class ReportedLight : public LightSensorTest, public hxtest::WithRow<Reading> {};
 
-TEST_P(ReportedLight, IsThatOfTheDataSheet)
+ROW_TEST(ReportedLight, IsThatOfTheDataSheet)
 {
-    sensor.range = GetParam().range;
+    sensor.range = row().range;
 
-    EXPECT_EQ(sensor.reported(GetParam().bytes), GetParam().lux);
+    EXPECT_EQ(sensor.reported(row().bytes), row().lux);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    LightSensor, ReportedLight,
-    testing::Values(Reading{{"Usual"}, {0xC5, 0xA3}, 0, 102}, Reading{{"Extended"}, {0xC5, 0xA3}, 1, 510},
-                    Reading{{"Brightest"}, {0xFF, 0x80}, 0, 1565}, Reading{{"EqualChannels"}, {0x90, 0x90}, 0, 0},
-                    Reading{{"MoreInfrared"}, {0x80, 0xFF}, 0, 0}, Reading{{"Dark"}, {0x80, 0x80}, 0, 0}),
-    kNameOfRow);
+TEST_ROWS(LightSensor, ReportedLight, kNameOfRow, Reading{{"Usual"}, {0xC5, 0xA3}, 0, 102},
+          Reading{{"Extended"}, {0xC5, 0xA3}, 1, 510}, Reading{{"Brightest"}, {0xFF, 0x80}, 0, 1565},
+          Reading{{"EqualChannels"}, {0x90, 0x90}, 0, 0}, Reading{{"MoreInfrared"}, {0x80, 0xFF}, 0, 0},
+          Reading{{"Dark"}, {0x80, 0x80}, 0, 0});
 
-class LightByLux : public LightSensorTest, public testing::WithParamInterface<double> {};
+class LightByLux : public LightSensorTest, public hxtest::WithRow<double> {};
 
-TEST_P(LightByLux, IsReportedWithinAStepOfTheConverter)
+ROW_TEST(LightByLux, IsReportedWithinAStepOfTheConverter)
 {
     for (const std::uint8_t range : Bytes{0, 1}) {
         sensor.range = range;
-        sensor.setLux(GetParam());
-        EXPECT_NEAR(sensor.reported(sensor.convert()), GetParam(), GetParam() * 0.13 + (range == 1 ? 10 : 2))
-            << int{range};
+        sensor.setLux(row());
+        EXPECT_NEAR(sensor.reported(sensor.convert()), row(), row() * 0.13 + (range == 1 ? 10 : 2)) << int{range};
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(LightSensor, LightByLux, testing::Values(0.0, 5.0, 50.0, 250.0, 600.0, 900.0));
+TEST_ROWS(LightSensor, LightByLux, hxtest::kNumbered, 0.0, 5.0, 50.0, 250.0, 600.0, 900.0);
 
 TEST_F(LightSensorTest, ShowsItsTopForLightBeyondIt)
 {

@@ -4,6 +4,7 @@
 #include "simulator/model/Microcontroller.h"
 
 #include "simulator/model/ServiceUart.h"
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace microcontroller_test {
@@ -123,29 +124,24 @@ struct Range : Named {
     bool allowed;
 };
 
-class AddressOfACommand : public MicrocontrollerTest, public testing::WithParamInterface<Range> {};
+class AddressOfACommand : public MicrocontrollerTest, public hxtest::WithRow<Range> {};
 
-TEST_P(AddressOfACommand, IsAcceptedInsideTheMemories)
+ROW_TEST(AddressOfACommand, IsAcceptedInsideTheMemories)
 {
     synchronise();
-    ASSERT_EQ(command(GetParam().command), Bytes{kAck});
+    ASSERT_EQ(command(row().command), Bytes{kAck});
 
-    EXPECT_EQ(address(GetParam().address), Bytes{GetParam().allowed ? kAck : kNack});
+    EXPECT_EQ(address(row().address), Bytes{row().allowed ? kAck : kNack});
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Microcontroller, AddressOfACommand,
-    testing::Values(Range{{"ReadFlashBegin"}, 0x11, 0x08000000, true}, Range{{"ReadFlashEnd"}, 0x11, 0x0807FFFF, true},
-                    Range{{"ReadBehindFlash"}, 0x11, 0x08080000, false},
-                    Range{{"ReadBeforeFlash"}, 0x11, 0x07FFFFFF, false}, Range{{"ReadRam"}, 0x11, 0x20000000, true},
-                    Range{{"ReadBehindRam"}, 0x11, 0x20010000, false},
-                    Range{{"ReadSystemMemory"}, 0x11, 0x1FFFF000, true},
-                    Range{{"ReadOptionBytes"}, 0x11, 0x1FFFF800, true}, Range{{"WriteFlash"}, 0x31, 0x08000000, true},
-                    Range{{"WriteRam"}, 0x31, 0x20000200, true},
-                    Range{{"WriteTheBootloadersRam"}, 0x31, 0x200001FC, false},
-                    Range{{"WriteSystemMemory"}, 0x31, 0x1FFFF000, false}, Range{{"GoToFlash"}, 0x21, 0x08000000, true},
-                    Range{{"GoToRam"}, 0x21, 0x20000200, true}, Range{{"GoNowhere"}, 0x21, 0x40000000, false}),
-    kNameOfRow);
+TEST_ROWS(Microcontroller, AddressOfACommand, kNameOfRow, Range{{"ReadFlashBegin"}, 0x11, 0x08000000, true},
+          Range{{"ReadFlashEnd"}, 0x11, 0x0807FFFF, true}, Range{{"ReadBehindFlash"}, 0x11, 0x08080000, false},
+          Range{{"ReadBeforeFlash"}, 0x11, 0x07FFFFFF, false}, Range{{"ReadRam"}, 0x11, 0x20000000, true},
+          Range{{"ReadBehindRam"}, 0x11, 0x20010000, false}, Range{{"ReadSystemMemory"}, 0x11, 0x1FFFF000, true},
+          Range{{"ReadOptionBytes"}, 0x11, 0x1FFFF800, true}, Range{{"WriteFlash"}, 0x31, 0x08000000, true},
+          Range{{"WriteRam"}, 0x31, 0x20000200, true}, Range{{"WriteTheBootloadersRam"}, 0x31, 0x200001FC, false},
+          Range{{"WriteSystemMemory"}, 0x31, 0x1FFFF000, false}, Range{{"GoToFlash"}, 0x21, 0x08000000, true},
+          Range{{"GoToRam"}, 0x21, 0x20000200, true}, Range{{"GoNowhere"}, 0x21, 0x40000000, false});
 
 TEST_F(MicrocontrollerTest, RefusesAnAddressWithAWrongChecksum)
 {
@@ -359,31 +355,27 @@ struct Family : Named {
     std::size_t page;
 };
 
-class FamilyOfChips : public modeltest::ModelTest, public testing::WithParamInterface<Family> {};
+class FamilyOfChips : public modeltest::ModelTest, public hxtest::WithRow<Family> {};
 
-TEST_P(FamilyOfChips, HasItsMemoriesAndPages)
+ROW_TEST(FamilyOfChips, HasItsMemoriesAndPages)
 {
-    Microcontroller chip{unit, "another", GetParam().productId};
-    EXPECT_EQ(chip.flash.size(), GetParam().flashKib * 1024);
-    EXPECT_EQ(chip.ram.size(), GetParam().ramKib * 1024);
+    Microcontroller chip{unit, "another", row().productId};
+    EXPECT_EQ(chip.flash.size(), row().flashKib * 1024);
+    EXPECT_EQ(chip.ram.size(), row().ramKib * 1024);
 
     chip.erasePage(1);
-    const auto first = chip.flash.begin() + static_cast<std::ptrdiff_t>(GetParam().page);
+    const auto first = chip.flash.begin() + static_cast<std::ptrdiff_t>(row().page);
     EXPECT_NE(*(first - 1), 0xFF);
-    EXPECT_EQ((Bytes{first, first + static_cast<std::ptrdiff_t>(GetParam().page)}), Bytes(GetParam().page, 0xFF));
-    EXPECT_NE((Bytes{first + static_cast<std::ptrdiff_t>(GetParam().page),
-                     first + static_cast<std::ptrdiff_t>(GetParam().page) + 16}),
-              Bytes(16, 0xFF));
+    EXPECT_EQ((Bytes{first, first + static_cast<std::ptrdiff_t>(row().page)}), Bytes(row().page, 0xFF));
+    EXPECT_NE(
+        (Bytes{first + static_cast<std::ptrdiff_t>(row().page), first + static_cast<std::ptrdiff_t>(row().page) + 16}),
+        Bytes(16, 0xFF));
 }
 
-INSTANTIATE_TEST_SUITE_P(Microcontroller, FamilyOfChips,
-                         testing::Values(Family{{"LowDensity"}, 0x412, 32, 10, 1024},
-                                         Family{{"MediumDensity"}, 0x410, 128, 20, 1024},
-                                         Family{{"HighDensity"}, 0x414, 512, 64, 2048},
-                                         Family{{"Connectivity"}, 0x418, 256, 64, 2048},
-                                         Family{{"MediumDensityValueLine"}, 0x420, 128, 8, 1024},
-                                         Family{{"ExtraLargeDensity"}, 0x430, 1024, 96, 2048}),
-                         kNameOfRow);
+TEST_ROWS(Microcontroller, FamilyOfChips, kNameOfRow, Family{{"LowDensity"}, 0x412, 32, 10, 1024},
+          Family{{"MediumDensity"}, 0x410, 128, 20, 1024}, Family{{"HighDensity"}, 0x414, 512, 64, 2048},
+          Family{{"Connectivity"}, 0x418, 256, 64, 2048}, Family{{"MediumDensityValueLine"}, 0x420, 128, 8, 1024},
+          Family{{"ExtraLargeDensity"}, 0x430, 1024, 96, 2048});
 
 TEST_F(PowerOfAChip, ShowsTheChecksumOfItsFlash)
 {

@@ -2,6 +2,7 @@
 // Lines of the production data, and the words of the actions that change them.
 #include "simulator/model/ProductionData.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 using namespace hxsim;
@@ -112,23 +113,21 @@ struct Words : Named {
     const char* refusal;
 };
 
-class ProductionAction : public modeltest::ModelTest, public testing::WithParamInterface<Words> {};
+class ProductionAction : public modeltest::ModelTest, public hxtest::WithRow<Words> {};
 
-TEST_P(ProductionAction, RefusesWordsThatMeanNothing)
+ROW_TEST(ProductionAction, RefusesWordsThatMeanNothing)
 {
-    EXPECT_EQ(refusalOfAct(GetParam().action, GetParam().words), GetParam().refusal);
+    EXPECT_EQ(refusalOfAct(row().action, row().words), row().refusal);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    ProductionData, ProductionAction,
-    testing::Values(Words{{"NoKey"}, "production", {"main"}, "production main|addon KEY [VALUE]"},
-                    Words{{"TooMany"}, "production", {"main", "A", "1", "2"}, "production main|addon KEY [VALUE]"},
-                    Words{{"OtherPart"}, "production", {"front", "A"}, "'front' is neither main nor addon"},
-                    Words{{"NothingToForget"}, "forget", {"main"}, "forget main|addon KEY"},
-                    Words{{"ForgottenAlready"}, "forget", {"main", "XYZ"}, "there is no line XYZ"},
-                    Words{{"NoPart"}, "erase", {}, "erase main|addon [BYTE]"},
-                    Words{{"NoByte"}, "erase", {"main", "256"}, "256 is outside 0 to 255"}),
-    kNameOfRow);
+TEST_ROWS(ProductionData, ProductionAction, kNameOfRow,
+          Words{{"NoKey"}, "production", {"main"}, "production main|addon KEY [VALUE]"},
+          Words{{"TooMany"}, "production", {"main", "A", "1", "2"}, "production main|addon KEY [VALUE]"},
+          Words{{"OtherPart"}, "production", {"front", "A"}, "'front' is neither main nor addon"},
+          Words{{"NothingToForget"}, "forget", {"main"}, "forget main|addon KEY"},
+          Words{{"ForgottenAlready"}, "forget", {"main", "XYZ"}, "there is no line XYZ"},
+          Words{{"NoPart"}, "erase", {}, "erase main|addon [BYTE]"},
+          Words{{"NoByte"}, "erase", {"main", "256"}, "256 is outside 0 to 255"});
 
 struct Escape : Named {
     const char* written;
@@ -136,23 +135,21 @@ struct Escape : Named {
     const char* shown;
 };
 
-class ProductionText : public modeltest::ModelTest, public testing::WithParamInterface<Escape> {};
+class ProductionText : public modeltest::ModelTest, public hxtest::WithRow<Escape> {};
 
-TEST_P(ProductionText, IsWrittenAndShownWithEscapes)
+ROW_TEST(ProductionText, IsWrittenAndShownWithEscapes)
 {
-    set("eeprom.main.text", GetParam().written);
+    set("eeprom.main.text", row().written);
 
-    EXPECT_EQ(unit.get<ProductionData>().main.text(), GetParam().text);
-    EXPECT_EQ(property("eeprom.main.text"), GetParam().shown);
+    EXPECT_EQ(unit.get<ProductionData>().main.text(), row().text);
+    EXPECT_EQ(property("eeprom.main.text"), row().shown);
 }
 
-INSTANTIATE_TEST_SUITE_P(ProductionData, ProductionText,
-                         testing::Values(Escape{{"Lines"}, R"(A:1\r\nB:2\r\n)", "A:1\r\nB:2\r\n", R"(A:1\r\nB:2\r\n)"},
-                                         Escape{{"Backslash"}, R"(A:\\)", "A:\\", R"(A:\\)"},
-                                         Escape{{"Hexadecimal"}, R"(A:\x41)", "A:A", "A:A"},
-                                         Escape{{"Unprintable"}, R"(A:\x01\xfe)", "A:\x01\xFE", R"(A:\x01\xfe)"},
-                                         Escape{{"NumberSign"}, R"(A:\x23)", "A:#", R"(A:\x23)"}),
-                         kNameOfRow);
+TEST_ROWS(ProductionData, ProductionText, kNameOfRow,
+          Escape{{"Lines"}, R"(A:1\r\nB:2\r\n)", "A:1\r\nB:2\r\n", R"(A:1\r\nB:2\r\n)"},
+          Escape{{"Backslash"}, R"(A:\\)", "A:\\", R"(A:\\)"}, Escape{{"Hexadecimal"}, R"(A:\x41)", "A:A", "A:A"},
+          Escape{{"Unprintable"}, R"(A:\x01\xfe)", "A:\x01\xFE", R"(A:\x01\xfe)"},
+          Escape{{"NumberSign"}, R"(A:\x23)", "A:#", R"(A:\x23)"});
 
 TEST_F(ProductionDataTest, RefusesOtherEscapes)
 {

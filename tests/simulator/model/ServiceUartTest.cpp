@@ -3,6 +3,7 @@
 // bootloader, which answers 0x79 to its first 0x7F.
 #include "simulator/model/ServiceUart.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace service_uart_test {
@@ -161,25 +162,23 @@ struct Settings : Named {
     bool understood;
 };
 
-class LineOfTheServiceUart : public ServiceUartTest, public testing::WithParamInterface<Settings> {};
+class LineOfTheServiceUart : public ServiceUartTest, public hxtest::WithRow<Settings> {};
 
-TEST_P(LineOfTheServiceUart, IsUnderstoodAsTheBootloaderListens)
+ROW_TEST(LineOfTheServiceUart, IsUnderstoodAsTheBootloaderListens)
 {
-    port.setLine(GetParam().line);
+    port.setLine(row().line);
     send({0x7F});
     pass(1s);
 
-    EXPECT_EQ(isReadable(), GetParam().understood);
+    EXPECT_EQ(isReadable(), row().understood);
 }
 
-INSTANTIATE_TEST_SUITE_P(ServiceUart, LineOfTheServiceUart,
-                         testing::Values(Settings{{"Usual"}, {115200, 8, 'e', 1, 0, 30, false}, true},
-                                         Settings{{"Slowest"}, {1200, 8, 'e', 1, 0, 30, false}, true},
-                                         Settings{{"TooFast"}, {230400, 8, 'e', 1, 0, 30, false}, false},
-                                         Settings{{"NoParity"}, {115200, 8, 'n', 1, 0, 30, false}, false},
-                                         Settings{{"OddParity"}, {115200, 8, 'o', 1, 0, 30, false}, false},
-                                         Settings{{"SevenBits"}, {115200, 7, 'e', 1, 0, 30, false}, false}),
-                         kNameOfRow);
+TEST_ROWS(ServiceUart, LineOfTheServiceUart, kNameOfRow, Settings{{"Usual"}, {115200, 8, 'e', 1, 0, 30, false}, true},
+          Settings{{"Slowest"}, {1200, 8, 'e', 1, 0, 30, false}, true},
+          Settings{{"TooFast"}, {230400, 8, 'e', 1, 0, 30, false}, false},
+          Settings{{"NoParity"}, {115200, 8, 'n', 1, 0, 30, false}, false},
+          Settings{{"OddParity"}, {115200, 8, 'o', 1, 0, 30, false}, false},
+          Settings{{"SevenBits"}, {115200, 7, 'e', 1, 0, 30, false}, false});
 
 } // namespace
 

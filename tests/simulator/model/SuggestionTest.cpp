@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Suggestion.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 using hxsim::suggestion;
@@ -12,24 +13,22 @@ struct Row : Named {
     const char* nearest; ///< empty: none is near
 };
 
-class SuggestionFor : public testing::TestWithParam<Row> {};
+class SuggestionFor : public hxtest::TestWithRow<Row> {};
 
-TEST_P(SuggestionFor, IsTheNearestName)
+ROW_TEST(SuggestionFor, IsTheNearestName)
 {
-    const std::string nearest = GetParam().nearest;
+    const std::string nearest = row().nearest;
 
-    EXPECT_EQ(suggestion(GetParam().written, {"backlight", "buzzer", "voltage.0", "voltage.1", "open"}),
+    EXPECT_EQ(suggestion(row().written, {"backlight", "buzzer", "voltage.0", "voltage.1", "open"}),
               nearest.empty() ? "" : "; did you mean '" + nearest + "'?");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Suggestion, SuggestionFor,
-    testing::Values(Row{{"LetterMissing"}, "buzer", "buzzer"}, Row{{"LetterTooMany"}, "bbuzzer", "buzzer"},
-                    Row{{"LetterChanged"}, "buzzet", "buzzer"}, Row{{"LettersSwapped"}, "opne", "open"},
-                    Row{{"TwoLettersMissing"}, "bcklght", "backlight"}, Row{{"TooFar"}, "bzr", ""},
-                    Row{{"NothingAlike"}, "xyz", ""}, Row{{"Empty"}, "", ""}, Row{{"Begin"}, "b", "backlight"},
-                    Row{{"FirstOfEqual"}, "voltage.2", "voltage.0"}, Row{{"ShortNameWithAChange"}, "opan", "open"}),
-    kNameOfRow);
+TEST_ROWS(Suggestion, SuggestionFor, kNameOfRow, Row{{"LetterMissing"}, "buzer", "buzzer"},
+          Row{{"LetterTooMany"}, "bbuzzer", "buzzer"}, Row{{"LetterChanged"}, "buzzet", "buzzer"},
+          Row{{"LettersSwapped"}, "opne", "open"}, Row{{"TwoLettersMissing"}, "bcklght", "backlight"},
+          Row{{"TooFar"}, "bzr", ""}, Row{{"NothingAlike"}, "xyz", ""}, Row{{"Empty"}, "", ""},
+          Row{{"Begin"}, "b", "backlight"}, Row{{"FirstOfEqual"}, "voltage.2", "voltage.0"},
+          Row{{"ShortNameWithAChange"}, "opan", "open"});
 
 TEST(Suggestion, IsNothingAmongNoNames)
 {

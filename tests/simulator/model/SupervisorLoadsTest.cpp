@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The registers of the power and the diagnostics device: loads, times, temperatures.
 #include "simulator/model/Supervisor.h"
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 using namespace hxsim;
@@ -17,71 +18,63 @@ struct Load : Named {
     unsigned on; ///< as programs write it: the video channels' own bits
 };
 
-class SupervisorLoad : public modeltest::ModelTest, public testing::WithParamInterface<Load> {};
+class SupervisorLoad : public modeltest::ModelTest, public hxtest::WithRow<Load> {};
 
-TEST_P(SupervisorLoad, IsSwitchedByItsRegister)
+ROW_TEST(SupervisorLoad, IsSwitchedByItsRegister)
 {
-    const Load& row = GetParam();
-
-    EXPECT_EQ(setReg(kPower, row.number, 0), 0);
-    EXPECT_EQ(property(row.property), "off");
-    EXPECT_EQ(setReg(kPower, row.number, row.on), 0);
-    EXPECT_EQ(property(row.property), "on");
-    EXPECT_EQ(reg(kPower, row.number), 1);
+    EXPECT_EQ(setReg(kPower, row().number, 0), 0);
+    EXPECT_EQ(property(row().property), "off");
+    EXPECT_EQ(setReg(kPower, row().number, row().on), 0);
+    EXPECT_EQ(property(row().property), "on");
+    EXPECT_EQ(reg(kPower, row().number), 1);
 }
 
-TEST_P(SupervisorLoad, IsSeenByProgramsWhenItIsSetFromOutside)
+ROW_TEST(SupervisorLoad, IsSeenByProgramsWhenItIsSetFromOutside)
 {
     for (const int value : {0, 1}) {
-        set(GetParam().property, std::to_string(value));
-        EXPECT_EQ(reg(kPower, GetParam().number), value);
+        set(row().property, std::to_string(value));
+        EXPECT_EQ(reg(kPower, row().number), value);
     }
-    EXPECT_NE(refusalOfSet(GetParam().property, "2"), "");
+    EXPECT_NE(refusalOfSet(row().property, "2"), "");
 }
 
-TEST_P(SupervisorLoad, IsOffWhileTheUnitIs)
+ROW_TEST(SupervisorLoad, IsOffWhileTheUnitIs)
 {
-    EXPECT_EQ(setReg(kPower, GetParam().number, GetParam().on), 0);
+    EXPECT_EQ(setReg(kPower, row().number, row().on), 0);
     supplyOffAndOn();
 
     EXPECT_EQ(property("power.state"), "off");
-    EXPECT_EQ(reg(kPower, GetParam().number), 0);
+    EXPECT_EQ(reg(kPower, row().number), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Supervisor, SupervisorLoad,
-                         testing::Values(Load{{"Backlight"}, 0, "power.backlight", 1}, Load{{"Can"}, 1, "power.can", 1},
-                                         Load{{"Fan"}, 3, "power.fan", 1}, Load{{"FirstVideo"}, 2, "power.video.1", 1},
-                                         Load{{"SecondVideo"}, 5, "power.video.2", 2},
-                                         Load{{"ThirdVideo"}, 6, "power.video.3", 4},
-                                         Load{{"FourthVideo"}, 7, "power.video.4", 8}),
-                         kNameOfRow);
+TEST_ROWS(Supervisor, SupervisorLoad, kNameOfRow, Load{{"Backlight"}, 0, "power.backlight", 1},
+          Load{{"Can"}, 1, "power.can", 1}, Load{{"Fan"}, 3, "power.fan", 1},
+          Load{{"FirstVideo"}, 2, "power.video.1", 1}, Load{{"SecondVideo"}, 5, "power.video.2", 2},
+          Load{{"ThirdVideo"}, 6, "power.video.3", 4}, Load{{"FourthVideo"}, 7, "power.video.4", 8});
 
 struct AtStart : Named {
     const char* setting;
     const char* load;
 };
 
-class LoadAtStart : public modeltest::ModelTest, public testing::WithParamInterface<AtStart> {};
+class LoadAtStart : public modeltest::ModelTest, public hxtest::WithRow<AtStart> {};
 
-TEST_P(LoadAtStart, FollowsItsSetting)
+ROW_TEST(LoadAtStart, FollowsItsSetting)
 {
     for (const char* value : {"on", "off"}) {
-        set(GetParam().setting, value);
+        set(row().setting, value);
         supplyOffAndOn();
         act("press", {"front"});
         ASSERT_EQ(property("power.state"), "running");
-        EXPECT_EQ(property(GetParam().load), value);
+        EXPECT_EQ(property(row().load), value);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Supervisor, LoadAtStart,
-                         testing::Values(AtStart{{"Can"}, "config.can", "power.can"},
-                                         AtStart{{"Fan"}, "config.fan", "power.fan"},
-                                         AtStart{{"FirstVideo"}, "config.video.1", "power.video.1"},
-                                         AtStart{{"SecondVideo"}, "config.video.2", "power.video.2"},
-                                         AtStart{{"ThirdVideo"}, "config.video.3", "power.video.3"},
-                                         AtStart{{"FourthVideo"}, "config.video.4", "power.video.4"}),
-                         kNameOfRow);
+TEST_ROWS(Supervisor, LoadAtStart, kNameOfRow, AtStart{{"Can"}, "config.can", "power.can"},
+          AtStart{{"Fan"}, "config.fan", "power.fan"}, AtStart{{"FirstVideo"}, "config.video.1", "power.video.1"},
+          AtStart{{"SecondVideo"}, "config.video.2", "power.video.2"},
+          AtStart{{"ThirdVideo"}, "config.video.3", "power.video.3"},
+          AtStart{{"FourthVideo"}, "config.video.4", "power.video.4"});
 
 /// Where programs read an operating time: whole minutes and the seconds above them.
 struct Timer : Named {
@@ -90,29 +83,26 @@ struct Timer : Named {
     std::uint8_t seconds;
 };
 
-class OperatingTimer : public modeltest::ModelTest, public testing::WithParamInterface<Timer> {};
+class OperatingTimer : public modeltest::ModelTest, public hxtest::WithRow<Timer> {};
 
-TEST_P(OperatingTimer, IsReadAsMinutesAndSeconds)
+ROW_TEST(OperatingTimer, IsReadAsMinutesAndSeconds)
 {
-    set(GetParam().property, "3725");
+    set(row().property, "3725");
 
-    EXPECT_EQ(reg(kDiagnostics, GetParam().minutes), 62);
-    EXPECT_EQ(reg(kDiagnostics, GetParam().seconds), 5);
+    EXPECT_EQ(reg(kDiagnostics, row().minutes), 62);
+    EXPECT_EQ(reg(kDiagnostics, row().seconds), 5);
 }
 
-TEST_P(OperatingTimer, CannotBeWrittenByPrograms)
+ROW_TEST(OperatingTimer, CannotBeWrittenByPrograms)
 {
-    EXPECT_EQ(setReg(kDiagnostics, GetParam().minutes, 1), -EINVAL);
-    EXPECT_EQ(setReg(kDiagnostics, GetParam().seconds, 1), -EINVAL);
+    EXPECT_EQ(setReg(kDiagnostics, row().minutes, 1), -EINVAL);
+    EXPECT_EQ(setReg(kDiagnostics, row().seconds, 1), -EINVAL);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Supervisor, OperatingTimer,
-    testing::Values(Timer{{"Total"}, "diagnostics.time.0", 7, 9}, Timer{{"SinceStart"}, "diagnostics.time.1", 10, 11},
-                    Timer{{"Suspended"}, "diagnostics.time.2", 23, 24},
-                    Timer{{"Backlight"}, "diagnostics.time.3", 15, 16}, Timer{{"Can"}, "diagnostics.time.4", 17, 18},
-                    Timer{{"Fan"}, "diagnostics.time.5", 19, 20}, Timer{{"Heating"}, "diagnostics.time.6", 21, 22}),
-    kNameOfRow);
+TEST_ROWS(Supervisor, OperatingTimer, kNameOfRow, Timer{{"Total"}, "diagnostics.time.0", 7, 9},
+          Timer{{"SinceStart"}, "diagnostics.time.1", 10, 11}, Timer{{"Suspended"}, "diagnostics.time.2", 23, 24},
+          Timer{{"Backlight"}, "diagnostics.time.3", 15, 16}, Timer{{"Can"}, "diagnostics.time.4", 17, 18},
+          Timer{{"Fan"}, "diagnostics.time.5", 19, 20}, Timer{{"Heating"}, "diagnostics.time.6", 21, 22});
 
 class SupervisorDiagnostics : public modeltest::ModelTest {};
 
@@ -267,32 +257,29 @@ struct Ask : Named {
     const char* state;
 };
 
-class PowerRequest : public modeltest::ModelTest, public testing::WithParamInterface<Ask> {};
+class PowerRequest : public modeltest::ModelTest, public hxtest::WithRow<Ask> {};
 
-TEST_P(PowerRequest, HasItsOwnNumberAndEffect)
+ROW_TEST(PowerRequest, HasItsOwnNumberAndEffect)
 {
-    const Ask& row = GetParam();
-    set(row.setting, row.number % 2 == 1 ? "1" : "2");
-    act(row.action, row.words);
+    set(row().setting, row().number % 2 == 1 ? "1" : "2");
+    act(row().action, row().words);
     pass(3s);
 
-    EXPECT_EQ(reg(kPower, 4), row.number);
+    EXPECT_EQ(reg(kPower, 4), row().number);
     pass(1min);
-    EXPECT_EQ(property("power.state"), row.state);
+    EXPECT_EQ(property("power.state"), row().state);
     EXPECT_EQ(reg(kPower, 4), 0) << "carried out";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Supervisor, PowerRequest,
-    testing::Values(Ask{{"ShortPressSuspends"}, "config.short-press", "press", {"front"}, 1, "suspended"},
-                    Ask{{"ShortPressShutsDown"}, "config.short-press", "press", {"front"}, 2, "off"},
-                    Ask{{"LongPressSuspends"}, "config.long-press", "press", {"front", "long"}, 3, "suspended"},
-                    Ask{{"LongPressShutsDown"}, "config.long-press", "press", {"front", "long"}, 4, "off"},
-                    Ask{{"SignalSuspends"}, "config.signal", "signal", {}, 5, "suspended"},
-                    Ask{{"SignalShutsDown"}, "config.signal", "signal", {}, 6, "off"},
-                    Ask{{"PressOfTheExactTimeIsLong"}, "config.long-press", "press", {"front", "2000"}, 4, "off"},
-                    Ask{{"PressOfLessIsShort"}, "config.short-press", "press", {"front", "1999"}, 2, "off"}),
-    kNameOfRow);
+TEST_ROWS(Supervisor, PowerRequest, kNameOfRow,
+          Ask{{"ShortPressSuspends"}, "config.short-press", "press", {"front"}, 1, "suspended"},
+          Ask{{"ShortPressShutsDown"}, "config.short-press", "press", {"front"}, 2, "off"},
+          Ask{{"LongPressSuspends"}, "config.long-press", "press", {"front", "long"}, 3, "suspended"},
+          Ask{{"LongPressShutsDown"}, "config.long-press", "press", {"front", "long"}, 4, "off"},
+          Ask{{"SignalSuspends"}, "config.signal", "signal", {}, 5, "suspended"},
+          Ask{{"SignalShutsDown"}, "config.signal", "signal", {}, 6, "off"},
+          Ask{{"PressOfTheExactTimeIsLong"}, "config.long-press", "press", {"front", "2000"}, 4, "off"},
+          Ask{{"PressOfLessIsShort"}, "config.short-press", "press", {"front", "1999"}, 2, "off"});
 
 TEST_F(PowerTransition, IsNotReplacedByASecondRequest)
 {

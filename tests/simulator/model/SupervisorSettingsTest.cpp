@@ -3,6 +3,7 @@
 #include "simulator/model/SupervisorSettings.h"
 
 #include "simulator/model/Supervisor.h"
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace supervisor_settings_test {
@@ -20,50 +21,44 @@ struct Setting : Named {
     unsigned value;
 };
 
-class SupervisorSetting : public modeltest::ModelTest, public testing::WithParamInterface<Setting> {};
+class SupervisorSetting : public modeltest::ModelTest, public hxtest::WithRow<Setting> {};
 
-TEST_P(SupervisorSetting, IsTheRegisterThatProgramsReadAndWrite)
+ROW_TEST(SupervisorSetting, IsTheRegisterThatProgramsReadAndWrite)
 {
-    const Setting& row = GetParam();
-    ASSERT_NE(property(row.property), std::to_string(row.value));
+    ASSERT_NE(property(row().property), std::to_string(row().value));
 
-    EXPECT_EQ(setReg(kPath, row.number, row.value), 0);
-    EXPECT_EQ(property(row.property), std::to_string(row.value));
-    EXPECT_EQ(reg(kPath, row.number), static_cast<int>(row.value));
+    EXPECT_EQ(setReg(kPath, row().number, row().value), 0);
+    EXPECT_EQ(property(row().property), std::to_string(row().value));
+    EXPECT_EQ(reg(kPath, row().number), static_cast<int>(row().value));
 }
 
-TEST_P(SupervisorSetting, IsReadAsItWasSetFromOutside)
+ROW_TEST(SupervisorSetting, IsReadAsItWasSetFromOutside)
 {
-    set(GetParam().property, std::to_string(GetParam().value));
+    set(row().property, std::to_string(row().value));
 
-    EXPECT_EQ(reg(kPath, GetParam().number), static_cast<int>(GetParam().value));
+    EXPECT_EQ(reg(kPath, row().number), static_cast<int>(row().value));
 }
 
-INSTANTIATE_TEST_SUITE_P(Settings, SupervisorSetting,
-                         testing::Values(Setting{{"ButtonDebounce"}, 0, "config.button-debounce", 65535},
-                                         Setting{{"ButtonTime"}, 1, "config.button-time", 3000},
-                                         Setting{{"SignalTimeLow"}, 3, "config.signal-time.low", 0x1234},
-                                         Setting{{"SignalTimeHigh"}, 20, "config.signal-time.high", 1},
-                                         Setting{{"SuspendTime"}, 4, "config.suspend-time", 1440},
-                                         Setting{{"StartupVoltage"}, 10, "config.voltage", 1241},
-                                         Setting{{"HeatingLimit"}, 14, "config.heating", 31},
-                                         Setting{{"ShortPress"}, 16, "config.short-press", 2},
-                                         Setting{{"LongPress"}, 17, "config.long-press", 0},
-                                         Setting{{"Signal"}, 18, "config.signal", 1},
-                                         Setting{{"Trigger"}, 19, "config.trigger", 2}),
-                         kNameOfRow);
+TEST_ROWS(Settings, SupervisorSetting, kNameOfRow, Setting{{"ButtonDebounce"}, 0, "config.button-debounce", 65535},
+          Setting{{"ButtonTime"}, 1, "config.button-time", 3000},
+          Setting{{"SignalTimeLow"}, 3, "config.signal-time.low", 0x1234},
+          Setting{{"SignalTimeHigh"}, 20, "config.signal-time.high", 1},
+          Setting{{"SuspendTime"}, 4, "config.suspend-time", 1440},
+          Setting{{"StartupVoltage"}, 10, "config.voltage", 1241}, Setting{{"HeatingLimit"}, 14, "config.heating", 31},
+          Setting{{"ShortPress"}, 16, "config.short-press", 2}, Setting{{"LongPress"}, 17, "config.long-press", 0},
+          Setting{{"Signal"}, 18, "config.signal", 1}, Setting{{"Trigger"}, 19, "config.trigger", 2});
 
 struct Switch : Named {
     std::uint8_t number;
     const char* property;
 };
 
-class SupervisorSwitch : public modeltest::ModelTest, public testing::WithParamInterface<Switch> {};
+class SupervisorSwitch : public modeltest::ModelTest, public hxtest::WithRow<Switch> {};
 
-TEST_P(SupervisorSwitch, ShowsOnAndOffAndAnyOtherNumberAsItIs)
+ROW_TEST(SupervisorSwitch, ShowsOnAndOffAndAnyOtherNumberAsItIs)
 {
-    const std::uint8_t number = GetParam().number;
-    const char* const switched = GetParam().property;
+    const std::uint8_t number = row().number;
+    const char* const switched = row().property;
 
     EXPECT_EQ(setReg(kPath, number, 0), 0);
     EXPECT_EQ(property(switched), "off");
@@ -73,10 +68,10 @@ TEST_P(SupervisorSwitch, ShowsOnAndOffAndAnyOtherNumberAsItIs)
     EXPECT_EQ(property(switched), "65535");
 }
 
-TEST_P(SupervisorSwitch, TakesOnAndOffAndNumbers)
+ROW_TEST(SupervisorSwitch, TakesOnAndOffAndNumbers)
 {
-    const std::uint8_t number = GetParam().number;
-    const char* const switched = GetParam().property;
+    const std::uint8_t number = row().number;
+    const char* const switched = row().property;
 
     set(switched, "on");
     EXPECT_EQ(reg(kPath, number), 1);
@@ -90,13 +85,10 @@ TEST_P(SupervisorSwitch, TakesOnAndOffAndNumbers)
     EXPECT_EQ(reg(kPath, number), 300);
 }
 
-INSTANTIATE_TEST_SUITE_P(Settings, SupervisorSwitch,
-                         testing::Values(Switch{{"Can"}, 7, "config.can"}, Switch{{"FirstVideo"}, 8, "config.video.1"},
-                                         Switch{{"SecondVideo"}, 11, "config.video.2"},
-                                         Switch{{"ThirdVideo"}, 12, "config.video.3"},
-                                         Switch{{"FourthVideo"}, 13, "config.video.4"},
-                                         Switch{{"Fan"}, 9, "config.fan"}, Switch{{"PowerOn"}, 21, "config.power-on"}),
-                         kNameOfRow);
+TEST_ROWS(Settings, SupervisorSwitch, kNameOfRow, Switch{{"Can"}, 7, "config.can"},
+          Switch{{"FirstVideo"}, 8, "config.video.1"}, Switch{{"SecondVideo"}, 11, "config.video.2"},
+          Switch{{"ThirdVideo"}, 12, "config.video.3"}, Switch{{"FourthVideo"}, 13, "config.video.4"},
+          Switch{{"Fan"}, 9, "config.fan"}, Switch{{"PowerOn"}, 21, "config.power-on"});
 
 struct Edge : Named {
     std::uint8_t number;
@@ -104,27 +96,22 @@ struct Edge : Named {
     unsigned high;
 };
 
-class LimitedSetting : public modeltest::ModelTest, public testing::WithParamInterface<Edge> {};
+class LimitedSetting : public modeltest::ModelTest, public hxtest::WithRow<Edge> {};
 
-TEST_P(LimitedSetting, TakesItsRangeAndNoMore)
+ROW_TEST(LimitedSetting, TakesItsRangeAndNoMore)
 {
-    const Edge& row = GetParam();
-
-    EXPECT_EQ(setReg(kPath, row.number, row.low), 0);
-    EXPECT_EQ(setReg(kPath, row.number, row.high), 0);
-    EXPECT_EQ(setReg(kPath, row.number, row.high + 1), -EINVAL);
-    EXPECT_EQ(reg(kPath, row.number), static_cast<int>(row.high)) << "a refused value changes nothing";
-    if (row.low > 0) {
-        EXPECT_EQ(setReg(kPath, row.number, row.low - 1), -EINVAL);
+    EXPECT_EQ(setReg(kPath, row().number, row().low), 0);
+    EXPECT_EQ(setReg(kPath, row().number, row().high), 0);
+    EXPECT_EQ(setReg(kPath, row().number, row().high + 1), -EINVAL);
+    EXPECT_EQ(reg(kPath, row().number), static_cast<int>(row().high)) << "a refused value changes nothing";
+    if (row().low > 0) {
+        EXPECT_EQ(setReg(kPath, row().number, row().low - 1), -EINVAL);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Settings, LimitedSetting,
-                         testing::Values(Edge{{"TriggersOneToThree"}, 19, 1, 3}, Edge{{"ShortPress"}, 16, 0, 2},
-                                         Edge{{"LongPress"}, 17, 0, 2}, Edge{{"Signal"}, 18, 0, 2},
-                                         Edge{{"TwelveBitsOfVoltage"}, 10, 0, 4095},
-                                         Edge{{"HeatingFromMinus25To5Degrees"}, 14, 31, 61}),
-                         kNameOfRow);
+TEST_ROWS(Settings, LimitedSetting, kNameOfRow, Edge{{"TriggersOneToThree"}, 19, 1, 3}, Edge{{"ShortPress"}, 16, 0, 2},
+          Edge{{"LongPress"}, 17, 0, 2}, Edge{{"Signal"}, 18, 0, 2}, Edge{{"TwelveBitsOfVoltage"}, 10, 0, 4095},
+          Edge{{"HeatingFromMinus25To5Degrees"}, 14, 31, 61});
 
 class SettingsTest : public modeltest::ModelTest {
 protected:

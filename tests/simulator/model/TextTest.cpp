@@ -2,6 +2,7 @@
 // How the unit reads what people write, and shows what it has.
 #include "simulator/model/Text.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 #include <cerrno>
@@ -53,49 +54,42 @@ struct Number : Named {
     std::int64_t value;
 };
 
-class GoodNumber : public testing::TestWithParam<Number> {};
+class GoodNumber : public hxtest::TestWithRow<Number> {};
 
-TEST_P(GoodNumber, IsTaken)
+ROW_TEST(GoodNumber, IsTaken)
 {
-    EXPECT_EQ(parseNumber(GetParam().text, -1000000, 0xFFFFFFFF), GetParam().value);
+    EXPECT_EQ(parseNumber(row().text, -1000000, 0xFFFFFFFF), row().value);
 }
 
-INSTANTIATE_TEST_SUITE_P(Text, GoodNumber,
-                         testing::Values(Number{{"Zero"}, "0", 0}, Number{{"Decimal"}, "65535", 65535},
-                                         Number{{"Negative"}, "-56", -56}, Number{{"LeadingZeroIsNoOctal"}, "010", 10},
-                                         Number{{"Hexadecimal"}, "0x1f", 31}, Number{{"UpperX"}, "0X1F", 31},
-                                         Number{{"NegativeHexadecimal"}, "-0x10", -16},
-                                         Number{{"Largest"}, "0xffffffff", 4294967295},
-                                         Number{{"Lowest"}, "-1000000", -1000000}),
-                         kNameOfRow);
+TEST_ROWS(Text, GoodNumber, kNameOfRow, Number{{"Zero"}, "0", 0}, Number{{"Decimal"}, "65535", 65535},
+          Number{{"Negative"}, "-56", -56}, Number{{"LeadingZeroIsNoOctal"}, "010", 10},
+          Number{{"Hexadecimal"}, "0x1f", 31}, Number{{"UpperX"}, "0X1F", 31},
+          Number{{"NegativeHexadecimal"}, "-0x10", -16}, Number{{"Largest"}, "0xffffffff", 4294967295},
+          Number{{"Lowest"}, "-1000000", -1000000});
 
 struct BadNumber : Named {
     const char* text;
     const char* refusal;
 };
 
-class RefusedNumber : public testing::TestWithParam<BadNumber> {};
+class RefusedNumber : public hxtest::TestWithRow<BadNumber> {};
 
-TEST_P(RefusedNumber, SaysWhy)
+ROW_TEST(RefusedNumber, SaysWhy)
 {
-    EXPECT_EQ(refusalOf([] { (void)parseNumber(GetParam().text, 0, 255); }), GetParam().refusal);
+    EXPECT_EQ(refusalOf([] { (void)parseNumber(row().text, 0, 255); }), row().refusal);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Text, RefusedNumber,
-    testing::Values(BadNumber{{"Nothing"}, "", "'' is not a number"}, BadNumber{{"Sign"}, "-", "'-' is not a number"},
-                    BadNumber{{"TwoSigns"}, "--5", "'--5' is not a number"},
-                    BadNumber{{"Plus"}, "+5", "'+5' is not a number"},
-                    BadNumber{{"NoDigitsBehindX"}, "0x", "'0x' is not a number"},
-                    BadNumber{{"SignBehindX"}, "0x-5", "'0x-5' is not a number"},
-                    BadNumber{{"Trailing"}, "5 ", "'5 ' is not a number"},
-                    BadNumber{{"Leading"}, " 5", "' 5' is not a number"},
-                    BadNumber{{"Fraction"}, "5.0", "'5.0' is not a number"},
-                    BadNumber{{"DecimalWithLetters"}, "1f", "'1f' is not a number"},
-                    BadNumber{{"TooManyDigits"}, "99999999999999999999", "'99999999999999999999' is not a number"},
-                    BadNumber{{"TooLarge"}, "256", "256 is outside 0 to 255"},
-                    BadNumber{{"TooSmall"}, "-1", "-1 is outside 0 to 255"}),
-    kNameOfRow);
+TEST_ROWS(Text, RefusedNumber, kNameOfRow, BadNumber{{"Nothing"}, "", "'' is not a number"},
+          BadNumber{{"Sign"}, "-", "'-' is not a number"}, BadNumber{{"TwoSigns"}, "--5", "'--5' is not a number"},
+          BadNumber{{"Plus"}, "+5", "'+5' is not a number"},
+          BadNumber{{"NoDigitsBehindX"}, "0x", "'0x' is not a number"},
+          BadNumber{{"SignBehindX"}, "0x-5", "'0x-5' is not a number"},
+          BadNumber{{"Trailing"}, "5 ", "'5 ' is not a number"}, BadNumber{{"Leading"}, " 5", "' 5' is not a number"},
+          BadNumber{{"Fraction"}, "5.0", "'5.0' is not a number"},
+          BadNumber{{"DecimalWithLetters"}, "1f", "'1f' is not a number"},
+          BadNumber{{"TooManyDigits"}, "99999999999999999999", "'99999999999999999999' is not a number"},
+          BadNumber{{"TooLarge"}, "256", "256 is outside 0 to 255"},
+          BadNumber{{"TooSmall"}, "-1", "-1 is outside 0 to 255"});
 
 TEST(Text, TakesRealNumbersWhole)
 {

@@ -2,6 +2,7 @@
 // The registers of the touch controller, and its calibrations point by point.
 #include "simulator/model/TouchController.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace touch_controller_test {
@@ -22,72 +23,61 @@ struct Register : Named {
     const char* property;
 };
 
-class TouchRegister : public modeltest::ModelTest, public testing::WithParamInterface<Register> {};
+class TouchRegister : public modeltest::ModelTest, public hxtest::WithRow<Register> {};
 
-TEST_P(TouchRegister, TakesUpToItsHighestValue)
+ROW_TEST(TouchRegister, TakesUpToItsHighestValue)
 {
-    const Register& row = GetParam();
-
-    EXPECT_EQ(setReg(kPath, row.number, row.highest), 0);
-    EXPECT_EQ(reg(kPath, row.number), static_cast<int>(row.highest));
-    EXPECT_EQ(property(row.property), std::to_string(row.highest));
-    if (row.highest < 65535) {
-        EXPECT_EQ(setReg(kPath, row.number, row.highest + 1), -EINVAL);
-        EXPECT_EQ(reg(kPath, row.number), static_cast<int>(row.highest));
+    EXPECT_EQ(setReg(kPath, row().number, row().highest), 0);
+    EXPECT_EQ(reg(kPath, row().number), static_cast<int>(row().highest));
+    EXPECT_EQ(property(row().property), std::to_string(row().highest));
+    if (row().highest < 65535) {
+        EXPECT_EQ(setReg(kPath, row().number, row().highest + 1), -EINVAL);
+        EXPECT_EQ(reg(kPath, row().number), static_cast<int>(row().highest));
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(TouchController, TouchRegister,
-                         testing::Values(Register{{"Mode"}, 3, 3, "touch.mode"},
-                                         Register{{"RightClick"}, 4, 65535, "touch.right-click"},
-                                         Register{{"Five"}, 5, 4095, "touch.register.5"},
-                                         Register{{"Six"}, 6, 4095, "touch.register.6"},
-                                         Register{{"Seven"}, 7, 65535, "touch.register.7"},
-                                         Register{{"Ten"}, 10, 32767, "touch.register.10"},
-                                         Register{{"Eleven"}, 11, 65535, "touch.register.11"},
-                                         Register{{"Twelve"}, 12, 1, "touch.register.12"},
-                                         Register{{"Thirteen"}, 13, 65535, "touch.register.13"},
-                                         Register{{"Nineteen"}, 19, 65535, "touch.register.19"}),
-                         kNameOfRow);
+TEST_ROWS(TouchController, TouchRegister, kNameOfRow, Register{{"Mode"}, 3, 3, "touch.mode"},
+          Register{{"RightClick"}, 4, 65535, "touch.right-click"}, Register{{"Five"}, 5, 4095, "touch.register.5"},
+          Register{{"Six"}, 6, 4095, "touch.register.6"}, Register{{"Seven"}, 7, 65535, "touch.register.7"},
+          Register{{"Ten"}, 10, 32767, "touch.register.10"}, Register{{"Eleven"}, 11, 65535, "touch.register.11"},
+          Register{{"Twelve"}, 12, 1, "touch.register.12"}, Register{{"Thirteen"}, 13, 65535, "touch.register.13"},
+          Register{{"Nineteen"}, 19, 65535, "touch.register.19"});
 
 struct Mode : Named {
     std::uint8_t raw;
     std::uint8_t points;
 };
 
-class CalibrationMode : public modeltest::ModelTest, public testing::WithParamInterface<Mode> {};
+class CalibrationMode : public modeltest::ModelTest, public hxtest::WithRow<Mode> {};
 
-TEST_P(CalibrationMode, EndsWhenEachOfItsPointsWasTaken)
+ROW_TEST(CalibrationMode, EndsWhenEachOfItsPointsWasTaken)
 {
-    const Mode& row = GetParam();
     set("touch.finger", "follow");
-    ASSERT_EQ(put(kPath, kSetMode, {row.raw}), 0);
-    EXPECT_EQ(get(kPath, kGetMode, 1), Bytes{row.raw});
+    ASSERT_EQ(put(kPath, kSetMode, {row().raw}), 0);
+    EXPECT_EQ(get(kPath, kGetMode, 1), Bytes{row().raw});
 
-    for (std::uint8_t point = 1; point < row.points; ++point) {
+    for (std::uint8_t point = 1; point < row().points; ++point) {
         ASSERT_EQ(setReg(kPath, 1, point), 0);
         pass(200ms);
         EXPECT_EQ(reg(kPath, 1) >> 8, point);
-        EXPECT_EQ(get(kPath, kGetMode, 1), Bytes{row.raw}) << "after point " << int{point};
+        EXPECT_EQ(get(kPath, kGetMode, 1), Bytes{row().raw}) << "after point " << int{point};
     }
-    ASSERT_EQ(setReg(kPath, 1, row.points), 0);
+    ASSERT_EQ(setReg(kPath, 1, row().points), 0);
     pass(200ms);
     EXPECT_EQ(get(kPath, kGetMode, 1), Bytes{0});
     EXPECT_EQ(property("touch.calibrated"), "1");
 }
 
-TEST_P(CalibrationMode, RefusesPointsBehindItsLast)
+ROW_TEST(CalibrationMode, RefusesPointsBehindItsLast)
 {
-    ASSERT_EQ(put(kPath, kSetMode, {GetParam().raw}), 0);
+    ASSERT_EQ(put(kPath, kSetMode, {row().raw}), 0);
 
-    EXPECT_EQ(setReg(kPath, 1, GetParam().points), 0);
-    EXPECT_EQ(setReg(kPath, 1, GetParam().points + 1U), -EINVAL);
+    EXPECT_EQ(setReg(kPath, 1, row().points), 0);
+    EXPECT_EQ(setReg(kPath, 1, row().points + 1U), -EINVAL);
 }
 
-INSTANTIATE_TEST_SUITE_P(TouchController, CalibrationMode,
-                         testing::Values(Mode{{"First"}, 1, 5}, Mode{{"Second"}, 6, 5}, Mode{{"Third"}, 10, 9},
-                                         Mode{{"Fourth"}, 14, 13}),
-                         kNameOfRow);
+TEST_ROWS(TouchController, CalibrationMode, kNameOfRow, Mode{{"First"}, 1, 5}, Mode{{"Second"}, 6, 5},
+          Mode{{"Third"}, 10, 9}, Mode{{"Fourth"}, 14, 13});
 
 class TouchTest : public modeltest::ModelTest {
 protected:

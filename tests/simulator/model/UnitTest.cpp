@@ -2,6 +2,7 @@
 // Descriptions, absent parts and the supply of a whole unit.
 #include "simulator/model/Unit.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 using namespace hxsim;
@@ -53,25 +54,23 @@ struct Bad : Named {
     const char* refusal;
 };
 
-class BadDescription : public UnitTest, public testing::WithParamInterface<Bad> {};
+class BadDescription : public UnitTest, public hxtest::WithRow<Bad> {};
 
-TEST_P(BadDescription, IsRefusedWithItsLineAndChangesNothing)
+ROW_TEST(BadDescription, IsRefusedWithItsLineAndChangesNothing)
 {
-    EXPECT_EQ(refusal(std::string{"backlight.level = 1\n"} + GetParam().text), GetParam().refusal);
+    EXPECT_EQ(refusal(std::string{"backlight.level = 1\n"} + row().text), row().refusal);
     EXPECT_EQ(property("backlight.level"), "128");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Unit, BadDescription,
-    testing::Values(Bad{{"NoEqualsSign"}, "voltage.0", "line 2: 'voltage.0' is not of the form: key = value"},
-                    Bad{{"UnknownProperty"}, "# one\nxyz = 1", "line 3: the unit has no property 'xyz'"},
-                    Bad{{"NoKey"}, "= 1", "line 2: the unit has no property ''"},
-                    Bad{{"BadValue"}, "inputs.1 = 2", "line 2: inputs.1: '2' is neither on nor off"},
-                    Bad{{"ReadOnly"}, "power.state = off", "line 2: power.state can only be read"},
-                    Bad{{"NoAction"}, "do =", "line 2: 'do' needs an action"},
-                    Bad{{"BadAction"}, "do = press back", "line 2: press front [short|long|MILLISECONDS]"},
-                    Bad{{"BadFault"}, "fail = x", "line 2: a fault is written as: NODE CALL [ERRNO] [COUNT]"}),
-    kNameOfRow);
+TEST_ROWS(Unit, BadDescription, kNameOfRow,
+          Bad{{"NoEqualsSign"}, "voltage.0", "line 2: 'voltage.0' is not of the form: key = value"},
+          Bad{{"UnknownProperty"}, "# one\nxyz = 1", "line 3: the unit has no property 'xyz'"},
+          Bad{{"NoKey"}, "= 1", "line 2: the unit has no property ''"},
+          Bad{{"BadValue"}, "inputs.1 = 2", "line 2: inputs.1: '2' is neither on nor off"},
+          Bad{{"ReadOnly"}, "power.state = off", "line 2: power.state can only be read"},
+          Bad{{"NoAction"}, "do =", "line 2: 'do' needs an action"},
+          Bad{{"BadAction"}, "do = press back", "line 2: press front [short|long|MILLISECONDS]"},
+          Bad{{"BadFault"}, "fail = x", "line 2: a fault is written as: NODE CALL [ERRNO] [COUNT]"});
 
 TEST_F(UnitTest, SetsAValueWithAnEqualsSign)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Versions.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace versions_test {
@@ -16,31 +17,28 @@ struct Row : Named {
     std::uint32_t code;
 };
 
-class VersionOf : public modeltest::ModelTest, public testing::WithParamInterface<Row> {};
+class VersionOf : public modeltest::ModelTest, public hxtest::WithRow<Row> {};
 
-TEST_P(VersionOf, IsMajorMinorReleaseAndBuildInThisOrder)
+ROW_TEST(VersionOf, IsMajorMinorReleaseAndBuildInThisOrder)
 {
-    set(GetParam().property, "1.20.255.0");
+    set(row().property, "1.20.255.0");
 
-    EXPECT_EQ(get(kPath, GetParam().code, 4), (Bytes{1, 20, 255, 0}));
-    EXPECT_EQ(property(GetParam().property), "1.20.255.0");
+    EXPECT_EQ(get(kPath, row().code, 4), (Bytes{1, 20, 255, 0}));
+    EXPECT_EQ(property(row().property), "1.20.255.0");
 }
 
-TEST_P(VersionOf, RefusesTextsThatAreNoVersion)
+ROW_TEST(VersionOf, RefusesTextsThatAreNoVersion)
 {
-    const std::string before = property(GetParam().property);
+    const std::string before = property(row().property);
 
     for (const char* bad : {"", "1.2.3", "1.2.3.4.5", "1..2.3", "1.2.3.256", "1.2.3.x", "1.2.3.-1"})
-        EXPECT_NE(refusalOfSet(GetParam().property, bad), "") << bad;
-    EXPECT_EQ(property(GetParam().property), before);
+        EXPECT_NE(refusalOfSet(row().property, bad), "") << bad;
+    EXPECT_EQ(property(row().property), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(Versions, VersionOf,
-                         testing::Values(Row{{"Fpga"}, "version.fpga", 0x80040036},
-                                         Row{{"Supervisor"}, "version.ss", 0x80040037},
-                                         Row{{"Front"}, "version.front", 0x80040038},
-                                         Row{{"Drivers"}, "version.drv", 0x80040064}),
-                         kNameOfRow);
+TEST_ROWS(Versions, VersionOf, kNameOfRow, Row{{"Fpga"}, "version.fpga", 0x80040036},
+          Row{{"Supervisor"}, "version.ss", 0x80040037}, Row{{"Front"}, "version.front", 0x80040038},
+          Row{{"Drivers"}, "version.drv", 0x80040064});
 
 using VersionsModel = modeltest::ModelTest;
 

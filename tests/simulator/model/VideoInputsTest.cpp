@@ -2,6 +2,7 @@
 // What the drivers of the two video inputs give and take, byte by byte.
 #include "simulator/model/VideoInputs.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace video_inputs_test {
@@ -22,43 +23,39 @@ struct Setting : Named {
     const char* shown;
 };
 
-class VideoSetting : public modeltest::ModelTest, public testing::WithParamInterface<Setting> {};
+class VideoSetting : public modeltest::ModelTest, public hxtest::WithRow<Setting> {};
 
-TEST_P(VideoSetting, IsReadAsItWasWritten)
+ROW_TEST(VideoSetting, IsReadAsItWasWritten)
 {
-    const Setting& row = GetParam();
     for (const char* path : {kFirst, kSecond}) {
-        const Bytes other = get(path == kFirst ? kSecond : kFirst, row.read, row.bytes.size());
+        const Bytes other = get(path == kFirst ? kSecond : kFirst, row().read, row().bytes.size());
 
-        EXPECT_EQ(put(path, row.write, row.bytes), 0);
+        EXPECT_EQ(put(path, row().write, row().bytes), 0);
 
-        EXPECT_EQ(get(path, row.read, row.bytes.size()), row.bytes);
-        EXPECT_EQ(get(path == kFirst ? kSecond : kFirst, row.read, row.bytes.size()), other) << "it keeps its own";
+        EXPECT_EQ(get(path, row().read, row().bytes.size()), row().bytes);
+        EXPECT_EQ(get(path == kFirst ? kSecond : kFirst, row().read, row().bytes.size()), other) << "it keeps its own";
     }
-    EXPECT_EQ(property(std::string{"video.1."} + row.property), row.shown);
-    EXPECT_EQ(property(std::string{"video.2."} + row.property), row.shown);
+    EXPECT_EQ(property(std::string{"video.1."} + row().property), row().shown);
+    EXPECT_EQ(property(std::string{"video.2."} + row().property), row().shown);
 }
 
-TEST_P(VideoSetting, NeedsItsWholeBlock)
+ROW_TEST(VideoSetting, NeedsItsWholeBlock)
 {
-    Bytes cut = GetParam().bytes;
+    Bytes cut = row().bytes;
     cut.pop_back();
 
-    EXPECT_EQ(put(kFirst, GetParam().write, cut), -EFAULT);
+    EXPECT_EQ(put(kFirst, row().write, cut), -EFAULT);
     Bytes buffer(cut.size());
-    EXPECT_EQ(request(kFirst, GetParam().read, {}, buffer), -EFAULT);
+    EXPECT_EQ(request(kFirst, row().read, {}, buffer), -EFAULT);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    VideoInputs, VideoSetting,
-    testing::Values(
-        Setting{{"Control"}, 0x40010005, 0x8001000E, {0xFD}, "control", "253"},
-        Setting{{"Channel"}, 0x40040010, 0x8004000F, {3, 0, 0, 0}, "channel", "3"},
-        Setting{{"ColorKey"}, 0x40030007, 0x80030006, {1, 2, 255}, "color-key", "1 2 255"},
-        Setting{{"Scaling"}, 0x4004000A, 0x8004000B, {128, 64, 64, 255}, "scaling", "128 64 64 255"},
-        Setting{{"Cropping"}, 0x4004003D, 0x8004003C, {127, 0, 1, 2}, "cropping", "127 0 1 2"},
-        Setting{{"Area"}, 0x40080008, 0x80080009, {0x2C, 0x01, 0, 0, 0xD0, 0x02, 0x40, 0x02}, "area", "300 0 720 576"}),
-    kNameOfRow);
+TEST_ROWS(VideoInputs, VideoSetting, kNameOfRow, Setting{{"Control"}, 0x40010005, 0x8001000E, {0xFD}, "control", "253"},
+          Setting{{"Channel"}, 0x40040010, 0x8004000F, {3, 0, 0, 0}, "channel", "3"},
+          Setting{{"ColorKey"}, 0x40030007, 0x80030006, {1, 2, 255}, "color-key", "1 2 255"},
+          Setting{{"Scaling"}, 0x4004000A, 0x8004000B, {128, 64, 64, 255}, "scaling", "128 64 64 255"},
+          Setting{{"Cropping"}, 0x4004003D, 0x8004003C, {127, 0, 1, 2}, "cropping", "127 0 1 2"},
+          Setting{
+              {"Area"}, 0x40080008, 0x80080009, {0x2C, 0x01, 0, 0, 0xD0, 0x02, 0x40, 0x02}, "area", "300 0 720 576"});
 
 struct Control : Named {
     std::uint8_t byte;
@@ -67,26 +64,21 @@ struct Control : Named {
     const char* mirrored;
 };
 
-class VideoControl : public modeltest::ModelTest, public testing::WithParamInterface<Control> {};
+class VideoControl : public modeltest::ModelTest, public hxtest::WithRow<Control> {};
 
-TEST_P(VideoControl, HoldsShownFieldsAndMirroredInItsLowBits)
+ROW_TEST(VideoControl, HoldsShownFieldsAndMirroredInItsLowBits)
 {
-    EXPECT_EQ(put(kFirst, 0x40010005, {GetParam().byte}), 0);
+    EXPECT_EQ(put(kFirst, 0x40010005, {row().byte}), 0);
 
-    EXPECT_EQ(property("video.1.shown"), GetParam().shown);
-    EXPECT_EQ(property("video.1.fields"), GetParam().fields);
-    EXPECT_EQ(property("video.1.mirrored"), GetParam().mirrored);
+    EXPECT_EQ(property("video.1.shown"), row().shown);
+    EXPECT_EQ(property("video.1.fields"), row().fields);
+    EXPECT_EQ(property("video.1.mirrored"), row().mirrored);
 }
 
-INSTANTIATE_TEST_SUITE_P(VideoInputs, VideoControl,
-                         testing::Values(Control{{"Nothing"}, 0x00, "off", "first", "off"},
-                                         Control{{"Shown"}, 0x01, "on", "first", "off"},
-                                         Control{{"Second"}, 0x02, "off", "second", "off"},
-                                         Control{{"Both"}, 0x04, "off", "both", "off"},
-                                         Control{{"InvalidFields"}, 0x06, "off", "invalid", "off"},
-                                         Control{{"Mirrored"}, 0x08, "off", "first", "on"},
-                                         Control{{"UpperBits"}, 0xF0, "off", "first", "off"}),
-                         kNameOfRow);
+TEST_ROWS(VideoInputs, VideoControl, kNameOfRow, Control{{"Nothing"}, 0x00, "off", "first", "off"},
+          Control{{"Shown"}, 0x01, "on", "first", "off"}, Control{{"Second"}, 0x02, "off", "second", "off"},
+          Control{{"Both"}, 0x04, "off", "both", "off"}, Control{{"InvalidFields"}, 0x06, "off", "invalid", "off"},
+          Control{{"Mirrored"}, 0x08, "off", "first", "on"}, Control{{"UpperBits"}, 0xF0, "off", "first", "off"});
 
 struct Standard : Named {
     const char* standard;
@@ -94,31 +86,27 @@ struct Standard : Named {
     Bytes picture;        ///< width, height, pictures a second in quarters, unused
 };
 
-class VideoStandard : public modeltest::ModelTest, public testing::WithParamInterface<Standard> {};
+class VideoStandard : public modeltest::ModelTest, public hxtest::WithRow<Standard> {};
 
-TEST_P(VideoStandard, ShowsInTheDecoderAndInThePicture)
+ROW_TEST(VideoStandard, ShowsInTheDecoderAndInThePicture)
 {
-    const Standard& row = GetParam();
-    set("video.2.standard", row.standard);
+    set("video.2.standard", row().standard);
 
     const Bytes decoder = get(kSecond, 0x8002000D, 2, {0x8C, 0});
     ASSERT_EQ(decoder.size(), 2U);
     EXPECT_EQ(decoder[0], 0x8C);
-    EXPECT_EQ(decoder[1] & 0x0E, row.decoder);
-    EXPECT_EQ(get(kSecond, 0x80060012, 6), row.picture);
-    EXPECT_EQ(property("video.2.standard"), row.standard);
+    EXPECT_EQ(decoder[1] & 0x0E, row().decoder);
+    EXPECT_EQ(get(kSecond, 0x80060012, 6), row().picture);
+    EXPECT_EQ(property("video.2.standard"), row().standard);
 }
 
 const Bytes kSixtyHertz{0xD0, 0x02, 0xE0, 0x01, 120, 0};
 const Bytes kFiftyHertz{0xD0, 0x02, 0x40, 0x02, 100, 0};
 
-INSTANTIATE_TEST_SUITE_P(
-    VideoInputs, VideoStandard,
-    testing::Values(Standard{{"NtscM"}, "ntsc-m", 0 << 1, kSixtyHertz}, Standard{{"Pal"}, "pal", 1 << 1, kFiftyHertz},
-                    Standard{{"PalM"}, "pal-m", 2 << 1, kSixtyHertz}, Standard{{"PalN"}, "pal-n", 3 << 1, kFiftyHertz},
-                    Standard{{"Ntsc443"}, "ntsc-4.43", 4 << 1, kSixtyHertz},
-                    Standard{{"Secam"}, "secam", 5 << 1, kFiftyHertz}, Standard{{"Unknown"}, "7", 7 << 1, kFiftyHertz}),
-    kNameOfRow);
+TEST_ROWS(VideoInputs, VideoStandard, kNameOfRow, Standard{{"NtscM"}, "ntsc-m", 0 << 1, kSixtyHertz},
+          Standard{{"Pal"}, "pal", 1 << 1, kFiftyHertz}, Standard{{"PalM"}, "pal-m", 2 << 1, kSixtyHertz},
+          Standard{{"PalN"}, "pal-n", 3 << 1, kFiftyHertz}, Standard{{"Ntsc443"}, "ntsc-4.43", 4 << 1, kSixtyHertz},
+          Standard{{"Secam"}, "secam", 5 << 1, kFiftyHertz}, Standard{{"Unknown"}, "7", 7 << 1, kFiftyHertz});
 
 using VideoInputsModel = modeltest::ModelTest;
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Voltages.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace voltages_test {
@@ -17,25 +18,22 @@ struct Supply : Named {
     int counts;
 };
 
-class SupplyVoltage : public modeltest::ModelTest, public testing::WithParamInterface<Supply> {};
+class SupplyVoltage : public modeltest::ModelTest, public hxtest::WithRow<Supply> {};
 
-TEST_P(SupplyVoltage, IsMeasuredBehindItsDivider)
+ROW_TEST(SupplyVoltage, IsMeasuredBehindItsDivider)
 {
-    const Supply& row = GetParam();
-    set(row.property, row.volts);
+    set(row().property, row().volts);
 
-    EXPECT_EQ(reg(kPath, row.number), row.counts);
-    EXPECT_EQ(property(std::string{row.property} + ".raw"), std::to_string(row.counts));
+    EXPECT_EQ(reg(kPath, row().number), row().counts);
+    EXPECT_EQ(property(std::string{row().property} + ".raw"), std::to_string(row().counts));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Voltages, SupplyVoltage,
-    testing::Values(Supply{{"First"}, "voltage.0", 0, "11.998", 1241}, Supply{{"Second"}, "voltage.1", 1, "24", 2482},
-                    Supply{{"Third"}, "voltage.2", 2, "5", 1241}, Supply{{"Fourth"}, "voltage.3", 3, "4.5", 1117},
-                    Supply{{"Fifth"}, "voltage.4", 4, "3.3", 2048}, Supply{{"Sixth"}, "voltage.5", 5, "3.3", 2048},
-                    Supply{{"Seventh"}, "voltage.6", 6, "1.8", 1117}, Supply{{"Eighth"}, "voltage.7", 7, "1.2", 745},
-                    Supply{{"Nothing"}, "voltage.0", 0, "0", 0}, Supply{{"Top"}, "voltage.0", 0, "39.59", 4095}),
-    kNameOfRow);
+TEST_ROWS(Voltages, SupplyVoltage, kNameOfRow, Supply{{"First"}, "voltage.0", 0, "11.998", 1241},
+          Supply{{"Second"}, "voltage.1", 1, "24", 2482}, Supply{{"Third"}, "voltage.2", 2, "5", 1241},
+          Supply{{"Fourth"}, "voltage.3", 3, "4.5", 1117}, Supply{{"Fifth"}, "voltage.4", 4, "3.3", 2048},
+          Supply{{"Sixth"}, "voltage.5", 5, "3.3", 2048}, Supply{{"Seventh"}, "voltage.6", 6, "1.8", 1117},
+          Supply{{"Eighth"}, "voltage.7", 7, "1.2", 745}, Supply{{"Nothing"}, "voltage.0", 0, "0", 0},
+          Supply{{"Top"}, "voltage.0", 0, "39.59", 4095});
 
 using VoltagesModel = modeltest::ModelTest;
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Unmodified programs of both ABIs in virtual time.
+#include "testing/RowTest.h"
 #include "tests/simulator/hx-sim/UnitFixture.h"
 
 #include <cctype>
@@ -28,7 +29,7 @@ std::vector<std::string> waiters()
 
 class VirtualTimeOfPrograms : public UnitFixture {};
 
-class VirtualTimeOfEachAbi : public UnitFixture, public testing::WithParamInterface<std::string> {
+class VirtualTimeOfEachAbi : public UnitFixture, public hxtest::WithRow<std::string> {
 protected:
     /// Each way and the milliseconds that it takes.
     void expectExactly(const std::string& milliseconds, const std::vector<std::string>& ways)
@@ -39,27 +40,30 @@ protected:
             words += ' ' + way;
             lines += way + ' ' + milliseconds + '\n';
         }
-        EXPECT_THAT(run("hx-sim run --virtual -- " + GetParam() + words), AllOf(outputIs(lines), statusIs(0)));
+        EXPECT_THAT(run("hx-sim run --virtual -- " + row() + words), AllOf(outputIs(lines), statusIs(0)));
     }
 };
 
-TEST_P(VirtualTimeOfEachAbi, PassesExactlyInEveryWaitWithALimit)
+ROW_TEST(VirtualTimeOfEachAbi, PassesExactlyInEveryWaitWithALimit)
 {
     expectExactly("3600000", {"nanosleep", "clock_nanosleep", "usleep", "sleep", "poll", "ppoll", "select", "pselect",
                               "epoll_wait", "sem_timedwait", "sem_clockwait", "pthread_cond_timedwait",
                               "pthread_cond_clockwait", "pthread_mutex_timedlock"});
 }
 
-TEST_P(VirtualTimeOfEachAbi, PassesExactlyUntilAnotherThreadOrProcessEndsAWait)
+ROW_TEST(VirtualTimeOfEachAbi, PassesExactlyUntilAnotherThreadOrProcessEndsAWait)
 {
     expectExactly("10000", {"signalled", "pthread_join", "waitpid", "posted", "written", "interrupted", "killed"});
 }
 
-INSTANTIATE_TEST_SUITE_P(, VirtualTimeOfEachAbi, testing::ValuesIn(waiters()), [](const auto& waiter) {
-    std::string name = waiter.param;
-    std::erase_if(name, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; });
-    return name;
-});
+TEST_ROWS_IN(
+    , VirtualTimeOfEachAbi,
+    [](const auto& waiter) {
+        std::string name = waiter;
+        std::erase_if(name, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; });
+        return name;
+    },
+    waiters());
 
 TEST_F(VirtualTimeOfPrograms, IsThatOfTheLongestOfSeveralAtOnce)
 {

@@ -3,6 +3,7 @@
 #include "simulator/record/MachineCalls.h"
 
 #include "testing/FileContent.h"
+#include "testing/RowTest.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 
@@ -106,27 +107,25 @@ struct Code : Named {
     std::size_t gives;
 };
 
-class UnknownRequest : public MachineCallsTest, public testing::WithParamInterface<Code> {};
+class UnknownRequest : public MachineCallsTest, public hxtest::WithRow<Code> {};
 
-TEST_P(UnknownRequest, HasTheShapeThatItsNumberDeclares)
+ROW_TEST(UnknownRequest, HasTheShapeThatItsNumberDeclares)
 {
     const auto file = open(folder.file("device", "x"));
     ASSERT_NE(file, nullptr);
 
-    const std::optional<Node::Shape> shape = calls.shape(*file, GetParam().code);
+    const std::optional<Node::Shape> shape = calls.shape(*file, row().code);
 
     ASSERT_TRUE(shape.has_value());
-    EXPECT_EQ(shape->takes, GetParam().takes);
-    EXPECT_EQ(shape->gives, GetParam().gives);
+    EXPECT_EQ(shape->takes, row().takes);
+    EXPECT_EQ(shape->gives, row().gives);
 }
 
-INSTANTIATE_TEST_SUITE_P(That, UnknownRequest,
-                         testing::Values(Code{"Reads", _IOC(_IOC_READ, 'x', 1, 12), 0, 12},
-                                         Code{"Writes", _IOC(_IOC_WRITE, 'x', 1, 7), 7, 0},
-                                         Code{"DoesBoth", _IOC(_IOC_READ | _IOC_WRITE, 'x', 1, 4), 4, 4},
-                                         Code{"DoesNothing", _IOC(_IOC_NONE, 'x', 1, 0), 0, 0},
-                                         Code{"IsLargerThanAnyBlock", _IOC(_IOC_READ, 'x', 1, 16383), 0, 4096}),
-                         kNameOfRow);
+TEST_ROWS(That, UnknownRequest, kNameOfRow, Code{"Reads", _IOC(_IOC_READ, 'x', 1, 12), 0, 12},
+          Code{"Writes", _IOC(_IOC_WRITE, 'x', 1, 7), 7, 0},
+          Code{"DoesBoth", _IOC(_IOC_READ | _IOC_WRITE, 'x', 1, 4), 4, 4},
+          Code{"DoesNothing", _IOC(_IOC_NONE, 'x', 1, 0), 0, 0},
+          Code{"IsLargerThanAnyBlock", _IOC(_IOC_READ, 'x', 1, 16383), 0, 4096});
 
 TEST(KnownRequest, KeepsTheShapeOfItsDriver)
 {

@@ -2,6 +2,7 @@
 // The scenario that a recording becomes, line by line.
 #include "simulator/record/RecordedScenario.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 #include <gmock/gmock.h>
@@ -57,67 +58,62 @@ struct Setting : Named {
     const char* setUp;
 };
 
-class SetUp : public testing::TestWithParam<Setting> {};
+class SetUp : public hxtest::TestWithRow<Setting> {};
 
-TEST_P(SetUp, BringsTheUnitToTheRecordedAnswers)
+ROW_TEST(SetUp, BringsTheUnitToTheRecordedAnswers)
 {
-    EXPECT_EQ(setUpFrom(GetParam().lines), GetParam().setUp);
+    EXPECT_EQ(setUpFrom(row().lines), row().setUp);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, SetUp,
-    testing::Values(
-        Setting{"TheUsualAnswer", "1.1 0 /dev/backlight 0x80010002 -> 80\n", ""},
-        Setting{"AByte", "1.1 0 /dev/backlight 0x80010002 -> 07\n", "set backlight.level 7\n"},
-        Setting{"ARegister", "1.1 0 /dev/adc-id 0xc004003a: 00 00 00 00 -> 00 00 d2 04\n", "set voltage.0.raw 1234\n"},
-        Setting{"TheFirstAnswerOnly", "1.1 0 /dev/backlight 0x80010002 -> 07\n1.1 1 /dev/backlight 0x80010002 -> 08\n",
-                "set backlight.level 7\n"},
-        Setting{"AnAnswerThatNothingCauses", "1.1 0 /dev/adc-id 0xc004003a: 00 00 00 00 -> 01 00 d2 04\n",
-                "# /dev/adc-id get 0 -> 1234: no property causes this answer\n"},
-        Setting{"OneFailure", "1.1 0 /dev/backlight 0x80010002 !EIO\n", "fail /dev/backlight 0x80010002 EIO 1\n"},
-        Setting{"FailuresUntilTheFirstSuccess",
-                "1.1 0 /dev/adc-id open rdwr !EBUSY\n1.1 1 /dev/adc-id open rdwr !EBUSY\n"
-                "1.1 2 /dev/adc-id open rdwr\n1.1 3 /dev/adc-id open rdwr !EBUSY\n",
-                "fail /dev/adc-id open EBUSY 2\n"},
-        Setting{"FailuresUntilAnotherError", "1.1 0 /dev/adc-id open rdwr !EBUSY\n1.1 1 /dev/adc-id open rdwr !EIO\n",
-                "fail /dev/adc-id open EBUSY 1\n"},
-        Setting{"NoFailureOfWhatIsAbsent", "absent /dev/adc-id\n1.1 0 /dev/adc-id open rdwr !ENOENT\n",
-                "remove /dev/adc-id\n"}),
-    kNameOfRow);
+TEST_ROWS(Of, SetUp, kNameOfRow, Setting{"TheUsualAnswer", "1.1 0 /dev/backlight 0x80010002 -> 80\n", ""},
+          Setting{"AByte", "1.1 0 /dev/backlight 0x80010002 -> 07\n", "set backlight.level 7\n"},
+          Setting{"ARegister", "1.1 0 /dev/adc-id 0xc004003a: 00 00 00 00 -> 00 00 d2 04\n",
+                  "set voltage.0.raw 1234\n"},
+          Setting{"TheFirstAnswerOnly",
+                  "1.1 0 /dev/backlight 0x80010002 -> 07\n1.1 1 /dev/backlight 0x80010002 -> 08\n",
+                  "set backlight.level 7\n"},
+          Setting{"AnAnswerThatNothingCauses", "1.1 0 /dev/adc-id 0xc004003a: 00 00 00 00 -> 01 00 d2 04\n",
+                  "# /dev/adc-id get 0 -> 1234: no property causes this answer\n"},
+          Setting{"OneFailure", "1.1 0 /dev/backlight 0x80010002 !EIO\n", "fail /dev/backlight 0x80010002 EIO 1\n"},
+          Setting{"FailuresUntilTheFirstSuccess",
+                  "1.1 0 /dev/adc-id open rdwr !EBUSY\n1.1 1 /dev/adc-id open rdwr !EBUSY\n"
+                  "1.1 2 /dev/adc-id open rdwr\n1.1 3 /dev/adc-id open rdwr !EBUSY\n",
+                  "fail /dev/adc-id open EBUSY 2\n"},
+          Setting{"FailuresUntilAnotherError", "1.1 0 /dev/adc-id open rdwr !EBUSY\n1.1 1 /dev/adc-id open rdwr !EIO\n",
+                  "fail /dev/adc-id open EBUSY 1\n"},
+          Setting{"NoFailureOfWhatIsAbsent", "absent /dev/adc-id\n1.1 0 /dev/adc-id open rdwr !ENOENT\n",
+                  "remove /dev/adc-id\n"});
 
 struct Course : Named {
     const char* lines;
     const char* calls;
 };
 
-class Calls : public testing::TestWithParam<Course> {};
+class Calls : public hxtest::TestWithRow<Course> {};
 
-TEST_P(Calls, AreWaitedForInTheirOrder)
+ROW_TEST(Calls, AreWaitedForInTheirOrder)
 {
-    EXPECT_EQ(callsFrom(GetParam().lines), GetParam().calls);
+    EXPECT_EQ(callsFrom(row().lines), row().calls);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, Calls,
-    testing::Values(
-        Course{"OneThread", "1.1 0 /dev/backlight open rdwr\n1.1 2.5 /dev/backlight 0x40010003: 00 07\n",
-               "wait request /dev/backlight open rdwr within 60s\n"
-               "wait request /dev/backlight 0x40010003 00 07 within 63s\n"},
-        Course{"EqualOnesInARow",
-               "1.1 0 /dev/backlight 0x40010003: 00 07\n1.1 10 /dev/backlight 0x40010003: 00 07\n"
-               "1.1 11 /dev/backlight 0x40010003: 00 08\n",
-               "wait request /dev/backlight 0x40010003 00 07 within 60s\n"
-               "wait request /dev/backlight 0x40010003 00 08 within 61s\n"},
-        Course{"FailedOnes", "1.1 0 /dev/backlight 0x40010003: 00 07 !EIO\n",
-               "wait request /dev/backlight 0x40010003 00 07 !EIO within 60s\n"},
-        Course{"OtherThreadsFirstAndOnce",
-               "1.1 0 /dev/backlight open rdwr\n1.2 1 /dev/adc-id open rdwr\n1.2 2 /dev/adc-id open rdwr\n"
-               "2.1 3 /dev/buzzer open rdwr\n",
-               "expect request /dev/adc-id open rdwr within 61s\nexpect request /dev/buzzer open rdwr within 63s\n"
-               "wait request /dev/backlight open rdwr within 60s\n"},
-        Course{"NoReadsClosesAndFaults",
-               "1.1 0 /dev/ttyS0 read 4 -> 79\n1.1 1 /dev/ttyS0 close\n1.1 2 sleep fault 100 !EINTR\n", ""}),
-    kNameOfRow);
+TEST_ROWS(Of, Calls, kNameOfRow,
+          Course{"OneThread", "1.1 0 /dev/backlight open rdwr\n1.1 2.5 /dev/backlight 0x40010003: 00 07\n",
+                 "wait request /dev/backlight open rdwr within 60s\n"
+                 "wait request /dev/backlight 0x40010003 00 07 within 63s\n"},
+          Course{"EqualOnesInARow",
+                 "1.1 0 /dev/backlight 0x40010003: 00 07\n1.1 10 /dev/backlight 0x40010003: 00 07\n"
+                 "1.1 11 /dev/backlight 0x40010003: 00 08\n",
+                 "wait request /dev/backlight 0x40010003 00 07 within 60s\n"
+                 "wait request /dev/backlight 0x40010003 00 08 within 61s\n"},
+          Course{"FailedOnes", "1.1 0 /dev/backlight 0x40010003: 00 07 !EIO\n",
+                 "wait request /dev/backlight 0x40010003 00 07 !EIO within 60s\n"},
+          Course{"OtherThreadsFirstAndOnce",
+                 "1.1 0 /dev/backlight open rdwr\n1.2 1 /dev/adc-id open rdwr\n1.2 2 /dev/adc-id open rdwr\n"
+                 "2.1 3 /dev/buzzer open rdwr\n",
+                 "expect request /dev/adc-id open rdwr within 61s\nexpect request /dev/buzzer open rdwr within 63s\n"
+                 "wait request /dev/backlight open rdwr within 60s\n"},
+          Course{"NoReadsClosesAndFaults",
+                 "1.1 0 /dev/ttyS0 read 4 -> 79\n1.1 1 /dev/ttyS0 close\n1.1 2 sleep fault 100 !EINTR\n", ""});
 
 TEST(RecordedScenario, NamesTheFirstBytesOfALongCall)
 {
@@ -134,22 +130,19 @@ struct Word : Named {
     const char* line;
 };
 
-class WordOfAProgram : public testing::TestWithParam<Word> {};
+class WordOfAProgram : public hxtest::TestWithRow<Word> {};
 
-TEST_P(WordOfAProgram, IsWrittenSoThatAScenarioReadsIt)
+ROW_TEST(WordOfAProgram, IsWrittenSoThatAScenarioReadsIt)
 {
-    EXPECT_EQ(scenarioFrom("", {"app", GetParam().word}), std::string{kHead} + "run app " + GetParam().line + '\n');
+    EXPECT_EQ(scenarioFrom("", {"app", row().word}), std::string{kHead} + "run app " + row().line + '\n');
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    That, WordOfAProgram,
-    testing::Values(Word{"IsPlain", "--json", "--json"}, Word{"IsEmpty", "", "\"\""},
-                    Word{"HasABlank", "a b", "\"a b\""}, Word{"HasATab", "a\tb", "\"a\tb\""},
-                    Word{"HasAQuote", "a\"b", R"("a\"b")"}, Word{"HasABackslash", R"(a\b)", R"("a\\b")"},
-                    Word{"HasADollarSign", "$HOME", "$$HOME"}, Word{"LooksLikeAComment", "#1", "\"#1\""},
-                    Word{"HasANumberSign", "a#1", "a#1"}, Word{"EndsWithACarriageReturn", "a\r", "\"a\r\""},
-                    Word{"IsAFormFeed", "\f", "\"\f\""}),
-    kNameOfRow);
+TEST_ROWS(That, WordOfAProgram, kNameOfRow, Word{"IsPlain", "--json", "--json"}, Word{"IsEmpty", "", "\"\""},
+          Word{"HasABlank", "a b", "\"a b\""}, Word{"HasATab", "a\tb", "\"a\tb\""},
+          Word{"HasAQuote", "a\"b", R"("a\"b")"}, Word{"HasABackslash", R"(a\b)", R"("a\\b")"},
+          Word{"HasADollarSign", "$HOME", "$$HOME"}, Word{"LooksLikeAComment", "#1", "\"#1\""},
+          Word{"HasANumberSign", "a#1", "a#1"}, Word{"EndsWithACarriageReturn", "a\r", "\"a\r\""},
+          Word{"IsAFormFeed", "\f", "\"\f\""});
 
 TEST(RecordedScenario, RefusesAWordWithALineBreak)
 {

@@ -2,6 +2,7 @@
 // The text of a recording: what is understood, what is refused with its line, and how calls are written.
 #include "simulator/record/Recording.h"
 
+#include "testing/RowTest.h"
 #include "tests/simulator/model/ModelTest.h"
 
 namespace recording_test {
@@ -72,59 +73,54 @@ struct Line : Named {
     std::int64_t result;
 };
 
-class LineOfARecording : public RecordingTest, public testing::WithParamInterface<Line> {};
+class LineOfARecording : public RecordingTest, public hxtest::WithRow<Line> {};
 
-TEST_P(LineOfARecording, IsUnderstood)
+ROW_TEST(LineOfARecording, IsUnderstood)
 {
-    const Line& row = GetParam();
-    const RecordedCall one = call(std::string{"1.1 0 "} + row.text);
+    const RecordedCall one = call(std::string{"1.1 0 "} + row().text);
 
-    EXPECT_EQ(one.entry.kind, row.kind);
-    EXPECT_EQ(one.entry.request, row.request);
-    EXPECT_EQ(one.entry.in, row.in);
-    EXPECT_EQ(one.entry.out, row.out);
-    EXPECT_EQ(one.result, row.result);
+    EXPECT_EQ(one.entry.kind, row().kind);
+    EXPECT_EQ(one.entry.request, row().request);
+    EXPECT_EQ(one.entry.in, row().in);
+    EXPECT_EQ(one.entry.out, row().out);
+    EXPECT_EQ(one.result, row().result);
 }
 
-TEST_P(LineOfARecording, IsWrittenAsItWasRead)
+ROW_TEST(LineOfARecording, IsWrittenAsItWasRead)
 {
-    EXPECT_EQ(call(std::string{"1.1 0 "} + GetParam().text).text(), GetParam().text);
+    EXPECT_EQ(call(std::string{"1.1 0 "} + row().text).text(), row().text);
 }
 
 using Kind = Entry::Kind;
 
-INSTANTIATE_TEST_SUITE_P(
-    Recording, LineOfARecording,
-    testing::Values(
-        Line{{"Open"}, "/dev/backlight open rdwr", Kind::Open, 0, {}, {}, 0},
-        Line{{"OpenFails"}, "/dev/backlight open rdwr !EBUSY", Kind::Open, 0, {}, {}, -EBUSY},
-        Line{{"Close"}, "/dev/backlight close", Kind::Close, 0, {}, {}, 0},
-        Line{{"Request"}, "/dev/backlight 0x80010002 -> 80", Kind::Ioctl, 0x80010002, {}, {0x80}, 0},
-        Line{{"RequestTakes"}, "/dev/backlight 0x40010003: 00 80", Kind::Ioctl, 0x40010003, {0, 0x80}, {}, 0},
-        Line{{"BothWays"},
-             "/dev/adc-id 0xc004003a: 03 00 00 00 -> 03 00 d9 04",
-             Kind::Ioctl,
-             0xC004003A,
-             {3, 0, 0, 0},
-             {3, 0, 0xD9, 4},
-             0},
-        Line{{"RequestWithAResult"}, "/dev/backlight 0x80010002 -> 80 = 5", Kind::Ioctl, 0x80010002, {}, {0x80}, 5},
-        Line{{"RequestFails"}, "/dev/backlight 0x40010003: 00 80 !EIO", Kind::Ioctl, 0x40010003, {0, 0x80}, {}, -EIO},
-        Line{{"UnknownRequest"}, "/dev/backlight 0x80021234 -> 01 02", Kind::Ioctl, 0x80021234, {}, {1, 2}, 0},
-        Line{{"Read"}, "/dev/ttyS0 read 4 -> 79 1f", Kind::Read, 0, {}, {0x79, 0x1F}, 2},
-        Line{{"ReadNothing"}, "/dev/ttyS0 read 4", Kind::Read, 0, {}, {}, 0},
-        Line{{"ReadText"},
-             R"(/etc/firmware.ver read 100 -> "2.1\n\x01\\")",
-             Kind::Read,
-             0,
-             {},
-             {'2', '.', '1', '\n', 1, '\\'},
-             6},
-        Line{{"Write"}, "/dev/ttyS0 write: 7f", Kind::Write, 0, {0x7F}, {}, 1},
-        Line{{"ShortWrite"}, "/dev/ttyS0 write: 7f 00 = 1", Kind::Write, 0, {0x7F, 0}, {}, 1},
-        Line{{"Fault"}, "sleep fault 100 !EINTR", Kind::Other, 0, {}, {}, -EINTR},
-        Line{{"BoardLibrary"}, "libjida.so write: 01 02", Kind::Write, 0, {1, 2}, {}, 2}),
-    kNameOfRow);
+TEST_ROWS(Recording, LineOfARecording, kNameOfRow, Line{{"Open"}, "/dev/backlight open rdwr", Kind::Open, 0, {}, {}, 0},
+          Line{{"OpenFails"}, "/dev/backlight open rdwr !EBUSY", Kind::Open, 0, {}, {}, -EBUSY},
+          Line{{"Close"}, "/dev/backlight close", Kind::Close, 0, {}, {}, 0},
+          Line{{"Request"}, "/dev/backlight 0x80010002 -> 80", Kind::Ioctl, 0x80010002, {}, {0x80}, 0},
+          Line{{"RequestTakes"}, "/dev/backlight 0x40010003: 00 80", Kind::Ioctl, 0x40010003, {0, 0x80}, {}, 0},
+          Line{{"BothWays"},
+               "/dev/adc-id 0xc004003a: 03 00 00 00 -> 03 00 d9 04",
+               Kind::Ioctl,
+               0xC004003A,
+               {3, 0, 0, 0},
+               {3, 0, 0xD9, 4},
+               0},
+          Line{{"RequestWithAResult"}, "/dev/backlight 0x80010002 -> 80 = 5", Kind::Ioctl, 0x80010002, {}, {0x80}, 5},
+          Line{{"RequestFails"}, "/dev/backlight 0x40010003: 00 80 !EIO", Kind::Ioctl, 0x40010003, {0, 0x80}, {}, -EIO},
+          Line{{"UnknownRequest"}, "/dev/backlight 0x80021234 -> 01 02", Kind::Ioctl, 0x80021234, {}, {1, 2}, 0},
+          Line{{"Read"}, "/dev/ttyS0 read 4 -> 79 1f", Kind::Read, 0, {}, {0x79, 0x1F}, 2},
+          Line{{"ReadNothing"}, "/dev/ttyS0 read 4", Kind::Read, 0, {}, {}, 0},
+          Line{{"ReadText"},
+               R"(/etc/firmware.ver read 100 -> "2.1\n\x01\\")",
+               Kind::Read,
+               0,
+               {},
+               {'2', '.', '1', '\n', 1, '\\'},
+               6},
+          Line{{"Write"}, "/dev/ttyS0 write: 7f", Kind::Write, 0, {0x7F}, {}, 1},
+          Line{{"ShortWrite"}, "/dev/ttyS0 write: 7f 00 = 1", Kind::Write, 0, {0x7F, 0}, {}, 1},
+          Line{{"Fault"}, "sleep fault 100 !EINTR", Kind::Other, 0, {}, {}, -EINTR},
+          Line{{"BoardLibrary"}, "libjida.so write: 01 02", Kind::Write, 0, {1, 2}, {}, 2});
 
 TEST_F(RecordingTest, NamesTheBoardLibrarysNodeByTheLibrary)
 {
@@ -136,67 +132,61 @@ struct Refusal : Named {
     const char* text;
 };
 
-class BadLineOfARecording : public RecordingTest, public testing::WithParamInterface<Refusal> {};
+class BadLineOfARecording : public RecordingTest, public hxtest::WithRow<Refusal> {};
 
-TEST_P(BadLineOfARecording, IsRefusedWithItsNumber)
+ROW_TEST(BadLineOfARecording, IsRefusedWithItsNumber)
 {
-    EXPECT_EQ(refusal(kTitle + "# a comment\n" + GetParam().line + "\n1.1 0 /dev/backlight close\n"),
-              std::string{"3: "} + GetParam().text);
+    EXPECT_EQ(refusal(kTitle + "# a comment\n" + row().line + "\n1.1 0 /dev/backlight close\n"),
+              std::string{"3: "} + row().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Recording, BadLineOfARecording,
-    testing::Values(
-        Refusal{{"NoThread"}, "1", "missing PROCESS.THREAD"},
-        Refusal{{"NoProcess"}, ".1 0 /dev/backlight close", "'' is not a number"},
-        Refusal{{"ProcessZero"}, "0.1 0 /dev/backlight close", "0 is outside 1 to 2147483647"},
-        Refusal{{"ThreadZero"}, "1.0 0 /dev/backlight close", "0 is outside 1 to 2147483647"},
-        Refusal{{"NoTime"}, "1.1", "missing word"},
-        Refusal{{"TwoBlanks"}, "1.1  0 /dev/backlight close", "missing word"},
-        Refusal{{"BadTime"}, "1.1 now /dev/backlight close", "'now' is not a number"},
-        Refusal{{"NegativeTime"}, "1.1 -1 /dev/backlight close", "the time is outside 0 to 1000000000 seconds"},
-        Refusal{{"EndlessTime"}, "1.1 1e9 /dev/backlight close", "the time is outside 0 to 1000000000 seconds"},
-        Refusal{{"NoDevice"}, "1.1 0", "missing word"}, Refusal{{"NoCall"}, "1.1 0 /dev/backlight", "missing call"},
-        Refusal{{"CallOfNothing"}, "1.1 0 /dev/backlight !EIO", "there is no call '!EIO'"},
-        Refusal{{"UnknownCall"}, "1.1 0 /dev/backlight lseek 5", "there is no call 'lseek 5'"},
-        Refusal{{"UnknownDevice"},
-                "1.1 0 /dev/backligth close",
-                "the unit has no device \"/dev/backligth\"; did you mean '/dev/backlight'?"},
-        Refusal{{"BadRequest"}, "1.1 0 /dev/backlight 0x8001000g", "'0x8001000g' is not a number"},
-        Refusal{{"LongRequest"}, "1.1 0 /dev/backlight 0x180010002", "0x180010002 is outside 0 to 4294967295"},
-        Refusal{{"NoBytes"}, "1.1 0 /dev/ttyS0 write: ", "'' is not a byte of two digits"},
-        Refusal{{"BadBytes"}, "1.1 0 /dev/ttyS0 write: 0g", "'0x0g' is not a number"},
-        Refusal{{"HalfAByte"}, "1.1 0 /dev/ttyS0 write: 1", "'1' is not a byte of two digits"},
-        Refusal{{"HalfAByteMore"}, "1.1 0 /dev/ttyS0 write: 00 1", "' 1' is not understood"},
-        Refusal{{"OpenQuote"}, "1.1 0 /dev/ttyS0 write: \"abc", "missing closing quote"},
-        Refusal{{"OpenEscape"}, "1.1 0 /dev/ttyS0 write: \"abc\\", "missing closing quote"},
-        Refusal{{"BadEscape"}, "1.1 0 /dev/ttyS0 write: \"\\xg0\"", "'0xg0' is not a number"},
-        Refusal{{"CutEscape"}, "1.1 0 /dev/ttyS0 write: \"\\x0", "'0' is not a byte of two digits"},
-        Refusal{{"BadResult"}, "1.1 0 /dev/ttyS0 read 4 = -1", "-1 is outside 0 to 2147483647"},
-        Refusal{{"BadErrno"}, "1.1 0 /dev/ttyS0 read 4 !EOI", "there is no errno 'EOI'; did you mean 'EIO'?"},
-        Refusal{{"Rest"}, "1.1 0 /dev/ttyS0 read 4 !EIO now", "' now' is not understood"},
-        Refusal{{"ReadOfNoSize"}, "1.1 0 /dev/ttyS0 read much", "'much' is not a number"},
-        Refusal{{"ReadOfMoreThanAsked"},
-                "1.1 0 /dev/ttyS0 read 1 -> 00 01",
-                "the read returns more than the program requested"},
-        Refusal{{"ReadCountsMoreThanItGives"},
-                "1.1 0 /dev/ttyS0 read 4 -> 00 = 2",
-                "the read returns more than the program requested"},
-        Refusal{
-            {"WritesMoreThanGiven"}, "1.1 0 /dev/ttyS0 write: 00 = 2", "the write takes more than the program gave"},
-        Refusal{{"MoreThanDeclared"},
-                "1.1 0 /dev/backlight 0x80021234 -> 01 02 03",
-                "more bytes than the number of the request declares"},
-        Refusal{{"AbsentNothing"},
-                "absent /dev/nothing",
-                "the unit has no device, file, library or function \"/dev/nothing\""},
-        Refusal{{"UnknownFile"}, "file /etc/passwd \"\"", "the unit has no file \"/etc/passwd\""},
-        Refusal{{"FolderAsFile"},
-                "file /opt/etc \"\"",
-                "the unit has no file \"/opt/etc\"; did you mean '/opt/etc/hxaux.ini'?"},
-        Refusal{{"FileWithoutContent"}, "file /opt/etc/hxaux.ini", "'' is not a byte of two digits"},
-        Refusal{{"FileWithMore"}, "file /opt/etc/hxaux.ini \"\" 1", "' 1' is not understood"}),
-    kNameOfRow);
+TEST_ROWS(
+    Recording, BadLineOfARecording, kNameOfRow, Refusal{{"NoThread"}, "1", "missing PROCESS.THREAD"},
+    Refusal{{"NoProcess"}, ".1 0 /dev/backlight close", "'' is not a number"},
+    Refusal{{"ProcessZero"}, "0.1 0 /dev/backlight close", "0 is outside 1 to 2147483647"},
+    Refusal{{"ThreadZero"}, "1.0 0 /dev/backlight close", "0 is outside 1 to 2147483647"},
+    Refusal{{"NoTime"}, "1.1", "missing word"}, Refusal{{"TwoBlanks"}, "1.1  0 /dev/backlight close", "missing word"},
+    Refusal{{"BadTime"}, "1.1 now /dev/backlight close", "'now' is not a number"},
+    Refusal{{"NegativeTime"}, "1.1 -1 /dev/backlight close", "the time is outside 0 to 1000000000 seconds"},
+    Refusal{{"EndlessTime"}, "1.1 1e9 /dev/backlight close", "the time is outside 0 to 1000000000 seconds"},
+    Refusal{{"NoDevice"}, "1.1 0", "missing word"}, Refusal{{"NoCall"}, "1.1 0 /dev/backlight", "missing call"},
+    Refusal{{"CallOfNothing"}, "1.1 0 /dev/backlight !EIO", "there is no call '!EIO'"},
+    Refusal{{"UnknownCall"}, "1.1 0 /dev/backlight lseek 5", "there is no call 'lseek 5'"},
+    Refusal{{"UnknownDevice"},
+            "1.1 0 /dev/backligth close",
+            "the unit has no device \"/dev/backligth\"; did you mean '/dev/backlight'?"},
+    Refusal{{"BadRequest"}, "1.1 0 /dev/backlight 0x8001000g", "'0x8001000g' is not a number"},
+    Refusal{{"LongRequest"}, "1.1 0 /dev/backlight 0x180010002", "0x180010002 is outside 0 to 4294967295"},
+    Refusal{{"NoBytes"}, "1.1 0 /dev/ttyS0 write: ", "'' is not a byte of two digits"},
+    Refusal{{"BadBytes"}, "1.1 0 /dev/ttyS0 write: 0g", "'0x0g' is not a number"},
+    Refusal{{"HalfAByte"}, "1.1 0 /dev/ttyS0 write: 1", "'1' is not a byte of two digits"},
+    Refusal{{"HalfAByteMore"}, "1.1 0 /dev/ttyS0 write: 00 1", "' 1' is not understood"},
+    Refusal{{"OpenQuote"}, "1.1 0 /dev/ttyS0 write: \"abc", "missing closing quote"},
+    Refusal{{"OpenEscape"}, "1.1 0 /dev/ttyS0 write: \"abc\\", "missing closing quote"},
+    Refusal{{"BadEscape"}, "1.1 0 /dev/ttyS0 write: \"\\xg0\"", "'0xg0' is not a number"},
+    Refusal{{"CutEscape"}, "1.1 0 /dev/ttyS0 write: \"\\x0", "'0' is not a byte of two digits"},
+    Refusal{{"BadResult"}, "1.1 0 /dev/ttyS0 read 4 = -1", "-1 is outside 0 to 2147483647"},
+    Refusal{{"BadErrno"}, "1.1 0 /dev/ttyS0 read 4 !EOI", "there is no errno 'EOI'; did you mean 'EIO'?"},
+    Refusal{{"Rest"}, "1.1 0 /dev/ttyS0 read 4 !EIO now", "' now' is not understood"},
+    Refusal{{"ReadOfNoSize"}, "1.1 0 /dev/ttyS0 read much", "'much' is not a number"},
+    Refusal{{"ReadOfMoreThanAsked"},
+            "1.1 0 /dev/ttyS0 read 1 -> 00 01",
+            "the read returns more than the program requested"},
+    Refusal{{"ReadCountsMoreThanItGives"},
+            "1.1 0 /dev/ttyS0 read 4 -> 00 = 2",
+            "the read returns more than the program requested"},
+    Refusal{{"WritesMoreThanGiven"}, "1.1 0 /dev/ttyS0 write: 00 = 2", "the write takes more than the program gave"},
+    Refusal{{"MoreThanDeclared"},
+            "1.1 0 /dev/backlight 0x80021234 -> 01 02 03",
+            "more bytes than the number of the request declares"},
+    Refusal{
+        {"AbsentNothing"}, "absent /dev/nothing", "the unit has no device, file, library or function \"/dev/nothing\""},
+    Refusal{{"UnknownFile"}, "file /etc/passwd \"\"", "the unit has no file \"/etc/passwd\""},
+    Refusal{{"FolderAsFile"},
+            "file /opt/etc \"\"",
+            "the unit has no file \"/opt/etc\"; did you mean '/opt/etc/hxaux.ini'?"},
+    Refusal{{"FileWithoutContent"}, "file /opt/etc/hxaux.ini", "'' is not a byte of two digits"},
+    Refusal{{"FileWithMore"}, "file /opt/etc/hxaux.ini \"\" 1", "' 1' is not understood"});
 
 TEST_F(RecordingTest, RefusesAFileThatIsThereTwice)
 {

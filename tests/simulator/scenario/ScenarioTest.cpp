@@ -2,6 +2,8 @@
 // The format of scenarios: what is understood, and what is refused with which words.
 #include "simulator/scenario/Scenario.h"
 
+#include "testing/RowTest.h"
+
 #include <gmock/gmock.h>
 
 #include <map>
@@ -58,31 +60,27 @@ struct Command {
     std::vector<std::string> words;
 };
 
-class CommandOf : public testing::TestWithParam<Command> {};
+class CommandOf : public hxtest::TestWithRow<Command> {};
 
-TEST_P(CommandOf, IsThatOfTheUnit)
+ROW_TEST(CommandOf, IsThatOfTheUnit)
 {
-    const Statement statement = only(GetParam().text);
+    const Statement statement = only(row().text);
 
     EXPECT_EQ(statement.kind, Kind::Command);
-    EXPECT_EQ(statement.words, GetParam().words) << GetParam().text;
+    EXPECT_EQ(statement.words, row().words) << row().text;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Scenario, CommandOf,
-    testing::Values(Command{"set light 250", {"set", "light = 250"}},
-                    Command{"set light = 250", {"set", "light = 250"}},
-                    Command{"set light=250", {"set", "light = 250"}},
-                    Command{"set led.color 0 15 0", {"set", "led.color = 0 15 0"}},
-                    Command{"ramp light from 10 to 500 over 5s", {"ramp", "light", "10", "500", "5000000000"}},
-                    Command{"press front", {"do", "press", "front"}},
-                    Command{"press front 300", {"do", "press", "front", "300"}},
-                    Command{"do supply off", {"do", "supply", "off"}},
-                    Command{"fail /dev/adc-id get 3 EIO 2", {"fail", "/dev/adc-id get 3 EIO 2"}},
-                    Command{"unfail", {"unfail"}}, Command{"unfail /dev/adc-id", {"unfail", "/dev/adc-id"}},
-                    Command{"remove /dev/lightsensor", {"remove", "/dev/lightsensor"}},
-                    Command{"restore /dev/lightsensor", {"restore", "/dev/lightsensor"}},
-                    Command{"light tunnel.light", {"set", "light.profile = 0 100; 5 20;"}}));
+TEST_ROWS(Scenario, CommandOf, hxtest::kNumbered, Command{"set light 250", {"set", "light = 250"}},
+          Command{"set light = 250", {"set", "light = 250"}}, Command{"set light=250", {"set", "light = 250"}},
+          Command{"set led.color 0 15 0", {"set", "led.color = 0 15 0"}},
+          Command{"ramp light from 10 to 500 over 5s", {"ramp", "light", "10", "500", "5000000000"}},
+          Command{"press front", {"do", "press", "front"}}, Command{"press front 300", {"do", "press", "front", "300"}},
+          Command{"do supply off", {"do", "supply", "off"}},
+          Command{"fail /dev/adc-id get 3 EIO 2", {"fail", "/dev/adc-id get 3 EIO 2"}}, Command{"unfail", {"unfail"}},
+          Command{"unfail /dev/adc-id", {"unfail", "/dev/adc-id"}},
+          Command{"remove /dev/lightsensor", {"remove", "/dev/lightsensor"}},
+          Command{"restore /dev/lightsensor", {"restore", "/dev/lightsensor"}},
+          Command{"light tunnel.light", {"set", "light.profile = 0 100; 5 20;"}});
 
 TEST(Scenario, ReadsExpectations)
 {
@@ -174,77 +172,72 @@ struct Refused {
     const char* message; ///< behind the file's name
 };
 
-class RefusedScenario : public testing::TestWithParam<Refused> {};
+class RefusedScenario : public hxtest::TestWithRow<Refused> {};
 
-TEST_P(RefusedScenario, IsNamedWithItsLine)
+ROW_TEST(RefusedScenario, IsNamedWithItsLine)
 {
-    EXPECT_EQ(refusalOf(std::string{"hx-sim scenario 1\n"} + GetParam().lines), GetParam().message);
+    EXPECT_EQ(refusalOf(std::string{"hx-sim scenario 1\n"} + row().lines), row().message);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Scenario, RefusedScenario,
-    testing::Values(
-        Refused{"sett light 3", "x.scenario:2: there is no statement \"sett\"; did you mean 'set'?"},
-        Refused{"\n\nexect led.lit = on", "x.scenario:4: there is no statement \"exect\"; did you mean 'expect'?"},
-        Refused{"xyzzy", "x.scenario:2: there is no statement \"xyzzy\""},
-        Refused{"let A =\n $A", "x.scenario:3: nothing is left of the line: its variables are empty"},
-        Refused{"\f\n\v\nxyzzy", "x.scenario:4: there is no statement \"xyzzy\""},
-        Refused{"set", "x.scenario:2: expected a property and its value after 'set', for example: set light 250"},
-        Refused{"set ligth 3", "x.scenario:2: the unit has no property 'ligth'; did you mean 'light'?"},
-        Refused{"set light bright", "x.scenario:2: light: 'bright' is not a number"},
-        Refused{"set led.lit on", "x.scenario:2: led.lit can only be read"},
-        Refused{"at", "x.scenario:2: expected a duration after 'at' (20ms, 2s, 1m)"},
-        Refused{"at 2 set light 3", "x.scenario:2: expected a duration (20ms, 2s, 1m), not \"2\""},
-        Refused{"ramp light 10 500 5s", "x.scenario:2: expected KEY from A to B over T after 'ramp', for example: ramp "
-                                        "light from 10 to 500 over 5s"},
-        Refused{"ramp ligth from 10 to 500 over 5s",
-                "x.scenario:2: the unit has no property 'ligth'; did you mean 'light'?"},
-        Refused{"ramp light from low to 500 over 5s", "x.scenario:2: 'low' is not a number"},
-        Refused{"ramp light from 10 to -5 over 5s", "x.scenario:2: light: '-5' is not from 0 to 200000"},
-        Refused{"press fornt", "x.scenario:2: press front [short|long|MILLISECONDS]"},
-        Refused{"do", "x.scenario:2: expected an action after 'do', for example: do touch 3"},
-        Refused{"do tuch 3", "x.scenario:2: the unit has no action 'tuch'; did you mean 'touch'?"},
-        Refused{"fail /dev/adcid open",
-                "x.scenario:2: nothing on the unit is called \"/dev/adcid\"; did you mean '/dev/adc-id'?"},
-        Refused{"fail /dev/adc-id opne",
-                "x.scenario:2: no call \"opne\" on /dev/adc-id can fail; did you mean 'open'?"},
-        Refused{"remove", "x.scenario:2: expected a device after 'remove'"},
-        Refused{"remove /dev/lightsenser", "x.scenario:2: the unit has no device, file, library or function "
-                                           "\"/dev/lightsenser\"; did you mean '/dev/lightsensor'?"},
-        Refused{"light", "x.scenario:2: expected a light profile after 'light'"},
-        Refused{"light none.light", "x.scenario:2: cannot read none.light"},
-        Refused{"wait", "x.scenario:2: expected a condition, for example: backlight.level = 40"},
-        Refused{"wait never led.lit = on for 2s",
-                "x.scenario:2: 'wait' does not go with 'never'; write: never CONDITION for T"},
-        Refused{"expect backlight.levle = 3",
-                "x.scenario:2: the unit has no property 'backlight.levle'; did you mean 'backlight.level'?"},
-        Refused{
-            "never led.lit = on",
+TEST_ROWS(
+    Scenario, RefusedScenario, hxtest::kNumbered,
+    Refused{"sett light 3", "x.scenario:2: there is no statement \"sett\"; did you mean 'set'?"},
+    Refused{"\n\nexect led.lit = on", "x.scenario:4: there is no statement \"exect\"; did you mean 'expect'?"},
+    Refused{"xyzzy", "x.scenario:2: there is no statement \"xyzzy\""},
+    Refused{"let A =\n $A", "x.scenario:3: nothing is left of the line: its variables are empty"},
+    Refused{"\f\n\v\nxyzzy", "x.scenario:4: there is no statement \"xyzzy\""},
+    Refused{"set", "x.scenario:2: expected a property and its value after 'set', for example: set light 250"},
+    Refused{"set ligth 3", "x.scenario:2: the unit has no property 'ligth'; did you mean 'light'?"},
+    Refused{"set light bright", "x.scenario:2: light: 'bright' is not a number"},
+    Refused{"set led.lit on", "x.scenario:2: led.lit can only be read"},
+    Refused{"at", "x.scenario:2: expected a duration after 'at' (20ms, 2s, 1m)"},
+    Refused{"at 2 set light 3", "x.scenario:2: expected a duration (20ms, 2s, 1m), not \"2\""},
+    Refused{"ramp light 10 500 5s", "x.scenario:2: expected KEY from A to B over T after 'ramp', for example: ramp "
+                                    "light from 10 to 500 over 5s"},
+    Refused{"ramp ligth from 10 to 500 over 5s",
+            "x.scenario:2: the unit has no property 'ligth'; did you mean 'light'?"},
+    Refused{"ramp light from low to 500 over 5s", "x.scenario:2: 'low' is not a number"},
+    Refused{"ramp light from 10 to -5 over 5s", "x.scenario:2: light: '-5' is not from 0 to 200000"},
+    Refused{"press fornt", "x.scenario:2: press front [short|long|MILLISECONDS]"},
+    Refused{"do", "x.scenario:2: expected an action after 'do', for example: do touch 3"},
+    Refused{"do tuch 3", "x.scenario:2: the unit has no action 'tuch'; did you mean 'touch'?"},
+    Refused{"fail /dev/adcid open",
+            "x.scenario:2: nothing on the unit is called \"/dev/adcid\"; did you mean '/dev/adc-id'?"},
+    Refused{"fail /dev/adc-id opne", "x.scenario:2: no call \"opne\" on /dev/adc-id can fail; did you mean 'open'?"},
+    Refused{"remove", "x.scenario:2: expected a device after 'remove'"},
+    Refused{"remove /dev/lightsenser", "x.scenario:2: the unit has no device, file, library or function "
+                                       "\"/dev/lightsenser\"; did you mean '/dev/lightsensor'?"},
+    Refused{"light", "x.scenario:2: expected a light profile after 'light'"},
+    Refused{"light none.light", "x.scenario:2: cannot read none.light"},
+    Refused{"wait", "x.scenario:2: expected a condition, for example: backlight.level = 40"},
+    Refused{"wait never led.lit = on for 2s",
+            "x.scenario:2: 'wait' does not go with 'never'; write: never CONDITION for T"},
+    Refused{"expect backlight.levle = 3",
+            "x.scenario:2: the unit has no property 'backlight.levle'; did you mean 'backlight.level'?"},
+    Refused{"never led.lit = on",
             "x.scenario:2: expected 'for T' after a condition with 'never', for example: never led.lit = on for 2s"},
-        Refused{"run", "x.scenario:2: expected a program after 'run'"},
-        Refused{"run sh \"x", "x.scenario:2: the text after \"\\\"\" has no closing quote"},
-        Refused{"include", "x.scenario:2: expected one file after 'include'"},
-        Refused{"include none.scenario", "x.scenario:2: cannot read none.scenario"},
-        Refused{"include x.scenario", "x.scenario:2: \"x.scenario\" includes itself"},
-        Refused{"include loop.scenario", "loop.scenario:2: \"loop.scenario\" includes itself"},
-        Refused{"include bad.scenario", "bad.scenario:3: there is no statement \"sett\"; did you mean 'set'?"},
-        Refused{"include old.scenario",
-                "old.scenario:1: expected 'hx-sim scenario 1' as the first line, not \"set light 7\""},
-        Refused{"let", "x.scenario:2: expected NAME = VALUE after 'let'"},
-        Refused{"let A-B = 3", "x.scenario:2: expected NAME = VALUE after 'let'"},
-        Refused{"let DARK = 3\nset light $DRAK", "x.scenario:3: there is no variable \"DRAK\"; did you mean 'DARK'?"},
-        Refused{"set light $", "x.scenario:2: expected the name of a variable after '$'; write '$$' for a dollar sign"},
-        Refused{"set light ${A",
-                "x.scenario:2: expected the name of a variable after '$'; write '$$' for a dollar sign"},
-        Refused{"| A |", "x.scenario:2: expected 'examples' before the first row of a table"},
-        Refused{"examples", "x.scenario:2: expected a row of names and at least one row of values: | NAME | NAME |"},
-        Refused{"examples\n| A |",
-                "x.scenario:2: expected a row of names and at least one row of values: | NAME | NAME |"},
-        Refused{"examples\n| A | B |\n| 1 |", "x.scenario:4: expected 2 values, not 1"},
-        Refused{"examples\n| A | B", "x.scenario:3: expected '|' at the end of the row"},
-        Refused{"examples\n| A b |", "x.scenario:3: expected names of letters, digits and '_' in the first row"},
-        Refused{"examples x", "x.scenario:2: expected nothing after 'examples'; its rows follow: | NAME | NAME |"},
-        Refused{"examples\n|A|\n|1|\nexamples", "x.scenario:5: a scenario has one table of examples"}));
+    Refused{"run", "x.scenario:2: expected a program after 'run'"},
+    Refused{"run sh \"x", "x.scenario:2: the text after \"\\\"\" has no closing quote"},
+    Refused{"include", "x.scenario:2: expected one file after 'include'"},
+    Refused{"include none.scenario", "x.scenario:2: cannot read none.scenario"},
+    Refused{"include x.scenario", "x.scenario:2: \"x.scenario\" includes itself"},
+    Refused{"include loop.scenario", "loop.scenario:2: \"loop.scenario\" includes itself"},
+    Refused{"include bad.scenario", "bad.scenario:3: there is no statement \"sett\"; did you mean 'set'?"},
+    Refused{"include old.scenario",
+            "old.scenario:1: expected 'hx-sim scenario 1' as the first line, not \"set light 7\""},
+    Refused{"let", "x.scenario:2: expected NAME = VALUE after 'let'"},
+    Refused{"let A-B = 3", "x.scenario:2: expected NAME = VALUE after 'let'"},
+    Refused{"let DARK = 3\nset light $DRAK", "x.scenario:3: there is no variable \"DRAK\"; did you mean 'DARK'?"},
+    Refused{"set light $", "x.scenario:2: expected the name of a variable after '$'; write '$$' for a dollar sign"},
+    Refused{"set light ${A", "x.scenario:2: expected the name of a variable after '$'; write '$$' for a dollar sign"},
+    Refused{"| A |", "x.scenario:2: expected 'examples' before the first row of a table"},
+    Refused{"examples", "x.scenario:2: expected a row of names and at least one row of values: | NAME | NAME |"},
+    Refused{"examples\n| A |", "x.scenario:2: expected a row of names and at least one row of values: | NAME | NAME |"},
+    Refused{"examples\n| A | B |\n| 1 |", "x.scenario:4: expected 2 values, not 1"},
+    Refused{"examples\n| A | B", "x.scenario:3: expected '|' at the end of the row"},
+    Refused{"examples\n| A b |", "x.scenario:3: expected names of letters, digits and '_' in the first row"},
+    Refused{"examples x", "x.scenario:2: expected nothing after 'examples'; its rows follow: | NAME | NAME |"},
+    Refused{"examples\n|A|\n|1|\nexamples", "x.scenario:5: a scenario has one table of examples"});
 
 TEST(Scenario, RefusesOtherVersionsAndFiles)
 {

@@ -4,6 +4,7 @@
 #include "simulator/model/ProductionData.h"
 #include "testing/Named.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 
 #include <gtest/gtest.h>
@@ -68,85 +69,82 @@ struct TextRow : Named {
     const char* property;
 };
 
-class AboutTexts : public testing::TestWithParam<TextRow> {};
+class AboutTexts : public hxtest::TestWithRow<TextRow> {};
 
-TEST_P(AboutTexts, ComeFromTheirKeyOfTheirBoard)
+ROW_TEST(AboutTexts, ComeFromTheirKeyOfTheirBoard)
 {
     SimulatedUnit unit;
 
-    EXPECT_EQ(text(*about(), GetParam().getter), GetParam().value);
+    EXPECT_EQ(text(*about(), row().getter), row().value);
 }
 
-TEST_P(AboutTexts, FollowTheEeprom)
+ROW_TEST(AboutTexts, FollowTheEeprom)
 {
     SimulatedUnit unit;
-    unit.set(GetParam().property, "changed");
+    unit.set(row().property, "changed");
 
-    EXPECT_EQ(text(*about(), GetParam().getter), "changed");
+    EXPECT_EQ(text(*about(), row().getter), "changed");
 }
 
-TEST_P(AboutTexts, AnswerThatTheEepromFailsWhenTheyAreEmpty)
+ROW_TEST(AboutTexts, AnswerThatTheEepromFailsWhenTheyAreEmpty)
 {
     SimulatedUnit unit;
-    unit.set(GetParam().property, "");
+    unit.set(row().property, "");
 
-    EXPECT_EQ(text(*about(), GetParam().getter), "error 18");
+    EXPECT_EQ(text(*about(), row().getter), "error 18");
 }
 
-TEST_P(AboutTexts, AcceptALengthOfExactlyTheSizeAndWriteOneByteMore)
+ROW_TEST(AboutTexts, AcceptALengthOfExactlyTheSizeAndWriteOneByteMore)
 {
     SimulatedUnit unit;
-    const int size = static_cast<int>(std::strlen(GetParam().value));
+    const int size = static_cast<int>(std::strlen(row().value));
     std::string buffer(static_cast<std::size_t>(size) + 2, '#');
 
-    ASSERT_EQ((about().get()->*GetParam().getter)(buffer.data(), size), ERR_SUCCESS);
+    ASSERT_EQ((about().get()->*row().getter)(buffer.data(), size), ERR_SUCCESS);
 
-    EXPECT_EQ(buffer, std::string{GetParam().value} + '\0' + '#');
+    EXPECT_EQ(buffer, std::string{row().value} + '\0' + '#');
 }
 
-TEST_P(AboutTexts, RefuseASizeThatIsOneTooSmall)
+ROW_TEST(AboutTexts, RefuseASizeThatIsOneTooSmall)
 {
     SimulatedUnit unit;
-    const int size = static_cast<int>(std::strlen(GetParam().value));
+    const int size = static_cast<int>(std::strlen(row().value));
     std::string buffer(static_cast<std::size_t>(size), '#');
 
-    EXPECT_EQ((about().get()->*GetParam().getter)(buffer.data(), size - 1), ERR_BUFFER_SIZE);
+    EXPECT_EQ((about().get()->*row().getter)(buffer.data(), size - 1), ERR_BUFFER_SIZE);
 
     EXPECT_EQ(buffer, std::string(static_cast<std::size_t>(size), '#'));
 }
 
-TEST_P(AboutTexts, RefuseANegativeSize)
+ROW_TEST(AboutTexts, RefuseANegativeSize)
 {
     SimulatedUnit unit;
     char buffer[] = "#";
 
-    EXPECT_EQ((about().get()->*GetParam().getter)(buffer, -1), ERR_BUFFER_SIZE);
+    EXPECT_EQ((about().get()->*row().getter)(buffer, -1), ERR_BUFFER_SIZE);
 
     EXPECT_STREQ(buffer, "#");
 }
 
-TEST_P(AboutTexts, AnswerThatTheEepromFailsWithoutTheBoardLibrary)
+ROW_TEST(AboutTexts, AnswerThatTheEepromFailsWithoutTheBoardLibrary)
 {
     SimulatedUnit unit{"absent = libjida.so"};
 
-    EXPECT_EQ(text(*about(), GetParam().getter), "error 18");
+    EXPECT_EQ(text(*about(), row().getter), "error 18");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, AboutTexts,
-    testing::Values(
-        TextRow{"MainPCBSerial", &About::getMainPCBSerial, "M-2031-00417", "eeprom.main.PCB_SERIAL"},
-        TextRow{"UnitSerial", &About::getUnitSerial, "U-77-004711", "eeprom.main.UNIT_SERIAL"},
-        TextRow{"MainPCBArt", &About::getMainPCBArt, "500-1107", "eeprom.main.PCB_ART"},
-        TextRow{"MainManufacturingDate", &About::getMainManufacturingDate, "2014-03-18", "eeprom.main.DATE"},
-        TextRow{"MainHWversion", &About::getMainHWversion, "C2", "eeprom.main.PCB_REV"},
-        TextRow{"MainProdRev", &About::getMainProdRev, "B", "eeprom.main.PROD_REV"},
-        TextRow{"MainProdArtNr", &About::getMainProdArtNr, "700-2240", "eeprom.main.PROD_ART"},
-        TextRow{"AddOnPCBSerial", &About::getAddOnPCBSerial, "A-1104-00093", "eeprom.addon.PCB_SERIAL"},
-        TextRow{"AddOnPCBArt", &About::getAddOnPCBArt, "500-1210", "eeprom.addon.PCB_ART"},
-        TextRow{"AddOnManufacturingDate", &About::getAddOnManufacturingDate, "2014-02-27", "eeprom.addon.DATE"},
-        TextRow{"AddOnHWversion", &About::getAddOnHWversion, "2", "eeprom.addon.PCB_REV"}),
-    kNameOfRow);
+TEST_ROWS(All, AboutTexts, kNameOfRow,
+          TextRow{"MainPCBSerial", &About::getMainPCBSerial, "M-2031-00417", "eeprom.main.PCB_SERIAL"},
+          TextRow{"UnitSerial", &About::getUnitSerial, "U-77-004711", "eeprom.main.UNIT_SERIAL"},
+          TextRow{"MainPCBArt", &About::getMainPCBArt, "500-1107", "eeprom.main.PCB_ART"},
+          TextRow{"MainManufacturingDate", &About::getMainManufacturingDate, "2014-03-18", "eeprom.main.DATE"},
+          TextRow{"MainHWversion", &About::getMainHWversion, "C2", "eeprom.main.PCB_REV"},
+          TextRow{"MainProdRev", &About::getMainProdRev, "B", "eeprom.main.PROD_REV"},
+          TextRow{"MainProdArtNr", &About::getMainProdArtNr, "700-2240", "eeprom.main.PROD_ART"},
+          TextRow{"AddOnPCBSerial", &About::getAddOnPCBSerial, "A-1104-00093", "eeprom.addon.PCB_SERIAL"},
+          TextRow{"AddOnPCBArt", &About::getAddOnPCBArt, "500-1210", "eeprom.addon.PCB_ART"},
+          TextRow{"AddOnManufacturingDate", &About::getAddOnManufacturingDate, "2014-02-27", "eeprom.addon.DATE"},
+          TextRow{"AddOnHWversion", &About::getAddOnHWversion, "2", "eeprom.addon.PCB_REV"});
 
 struct NumberRow : Named {
     NumberGetter getter;
@@ -154,104 +152,100 @@ struct NumberRow : Named {
     const char* property;
 };
 
-class AboutNumbers : public testing::TestWithParam<NumberRow> {
+class AboutNumbers : public hxtest::TestWithRow<NumberRow> {
 protected:
     static int of(const char* text)
     {
         SimulatedUnit unit;
-        unit.set(GetParam().property, text);
-        return number(*about(), GetParam().getter);
+        unit.set(row().property, text);
+        return number(*about(), row().getter);
     }
 };
 
-TEST_P(AboutNumbers, ComeFromTheirKey)
+ROW_TEST(AboutNumbers, ComeFromTheirKey)
 {
     SimulatedUnit unit;
 
-    EXPECT_EQ(number(*about(), GetParam().getter), GetParam().value);
+    EXPECT_EQ(number(*about(), row().getter), row().value);
 }
 
-TEST_P(AboutNumbers, FollowTheEeprom)
+ROW_TEST(AboutNumbers, FollowTheEeprom)
 {
     EXPECT_EQ(of("9"), 9);
 }
-TEST_P(AboutNumbers, TakeTheLeadingDigits)
+ROW_TEST(AboutNumbers, TakeTheLeadingDigits)
 {
     EXPECT_EQ(of("12abc"), 12);
 }
-TEST_P(AboutNumbers, AreZeroWithoutDigits)
+ROW_TEST(AboutNumbers, AreZeroWithoutDigits)
 {
     EXPECT_EQ(of("none"), 0);
 }
-TEST_P(AboutNumbers, AreCutToEightBits)
+ROW_TEST(AboutNumbers, AreCutToEightBits)
 {
     EXPECT_EQ(of("258"), 2);
 }
-TEST_P(AboutNumbers, WrapWhenTheyAreNegative)
+ROW_TEST(AboutNumbers, WrapWhenTheyAreNegative)
 {
     EXPECT_EQ(of("-1"), 255);
 }
-TEST_P(AboutNumbers, StopAtTheLargest32BitNumber)
+ROW_TEST(AboutNumbers, StopAtTheLargest32BitNumber)
 {
     EXPECT_EQ(of("4294967297"), 255);
 }
-TEST_P(AboutNumbers, AnswerThatTheEepromFailsWhenTheyAreEmpty)
+ROW_TEST(AboutNumbers, AnswerThatTheEepromFailsWhenTheyAreEmpty)
 {
     EXPECT_EQ(of(""), -ERR_JIDA_EEPROM);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, AboutNumbers,
-                         testing::Values(NumberRow{"ETH", &About::getNrOfETHConnections, 2, "eeprom.main.ETH"},
-                                         NumberRow{"CAN", &About::getNrOfCANConnections, 4, "eeprom.main.CAN"},
-                                         NumberRow{"Video", &About::getNrOfVideoConnections, 2, "eeprom.main.VIDEO"},
-                                         NumberRow{"USB", &About::getNrOfUSBConnections, 3, "eeprom.main.USBHOST"},
-                                         NumberRow{"Serial", &About::getNrOfSerialConnections, 1, "eeprom.main.RS232"}),
-                         kNameOfRow);
+TEST_ROWS(All, AboutNumbers, kNameOfRow, NumberRow{"ETH", &About::getNrOfETHConnections, 2, "eeprom.main.ETH"},
+          NumberRow{"CAN", &About::getNrOfCANConnections, 4, "eeprom.main.CAN"},
+          NumberRow{"Video", &About::getNrOfVideoConnections, 2, "eeprom.main.VIDEO"},
+          NumberRow{"USB", &About::getNrOfUSBConnections, 3, "eeprom.main.USBHOST"},
+          NumberRow{"Serial", &About::getNrOfSerialConnections, 1, "eeprom.main.RS232"});
 
 struct FlagRow : Named {
     FlagGetter getter;
     const char* property;
 };
 
-class AboutModules : public testing::TestWithParam<FlagRow> {
+class AboutModules : public hxtest::TestWithRow<FlagRow> {
 protected:
     static std::string of(const char* text)
     {
         SimulatedUnit unit;
-        unit.set(GetParam().property, text);
+        unit.set(row().property, text);
         bool fitted = std::strcmp(text, "1") != 0;
-        const eErr err = (about().get()->*GetParam().getter)(&fitted);
+        const eErr err = (about().get()->*row().getter)(&fitted);
         return err != ERR_SUCCESS ? "error " + std::to_string(err) : fitted ? "fitted" : "not fitted";
     }
 };
 
-TEST_P(AboutModules, AreFittedForOne)
+ROW_TEST(AboutModules, AreFittedForOne)
 {
     EXPECT_EQ(of("1"), "fitted");
 }
-TEST_P(AboutModules, AreNotFittedForZero)
+ROW_TEST(AboutModules, AreNotFittedForZero)
 {
     EXPECT_EQ(of("0"), "not fitted");
 }
-TEST_P(AboutModules, AreNotFittedForTwo)
+ROW_TEST(AboutModules, AreNotFittedForTwo)
 {
     EXPECT_EQ(of("2"), "not fitted");
 }
-TEST_P(AboutModules, AreNotFittedForAText)
+ROW_TEST(AboutModules, AreNotFittedForAText)
 {
     EXPECT_EQ(of("yes"), "not fitted");
 }
-TEST_P(AboutModules, AnswerThatTheEepromFailsWhenTheyAreEmpty)
+ROW_TEST(AboutModules, AnswerThatTheEepromFailsWhenTheyAreEmpty)
 {
     EXPECT_EQ(of(""), "error 18");
 }
 
-INSTANTIATE_TEST_SUITE_P(All, AboutModules,
-                         testing::Values(FlagRow{"WLAN", &About::getIsWLANMounted, "eeprom.addon.WLAN"},
-                                         FlagRow{"GPS", &About::getIsGPSMounted, "eeprom.addon.GPS"},
-                                         FlagRow{"GPRS", &About::getIsGPRSMounted, "eeprom.addon.GSM"},
-                                         FlagRow{"BT", &About::getIsBTMounted, "eeprom.addon.BLUETOOTH"}),
-                         kNameOfRow);
+TEST_ROWS(All, AboutModules, kNameOfRow, FlagRow{"WLAN", &About::getIsWLANMounted, "eeprom.addon.WLAN"},
+          FlagRow{"GPS", &About::getIsGPSMounted, "eeprom.addon.GPS"},
+          FlagRow{"GPRS", &About::getIsGPRSMounted, "eeprom.addon.GSM"},
+          FlagRow{"BT", &About::getIsBTMounted, "eeprom.addon.BLUETOOTH"});
 
 // The default text.
 

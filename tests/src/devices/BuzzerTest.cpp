@@ -3,6 +3,7 @@
 
 #include "devices/Buzzer_Imp.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 
 #include <gmock/gmock.h>
@@ -201,37 +202,34 @@ struct Repair {
     const char* written;
 };
 
-class BuzzerRepair : public testing::TestWithParam<Repair> {};
-INSTANTIATE_TEST_SUITE_P(Of, BuzzerRepair,
-                         testing::Values(Repair{"500", "60", "0x4004003f: bc 02 33 00"},
-                                         Repair{"699", "51", "0x4004003f: bc 02 33 00"},
-                                         Repair{"10001", "0", "0x4004003f: 10 27 00 00"},
-                                         Repair{"0", "65535", "0x4004003f: bc 02 33 00"},
-                                         Repair{"1000", "52", "0x4004003f: e8 03 33 00"}));
+class BuzzerRepair : public hxtest::TestWithRow<Repair> {};
+TEST_ROWS(Of, BuzzerRepair, hxtest::kNumbered, Repair{"500", "60", "0x4004003f: bc 02 33 00"},
+          Repair{"699", "51", "0x4004003f: bc 02 33 00"}, Repair{"10001", "0", "0x4004003f: 10 27 00 00"},
+          Repair{"0", "65535", "0x4004003f: bc 02 33 00"}, Repair{"1000", "52", "0x4004003f: e8 03 33 00"});
 
-TEST_P(BuzzerRepair, ComesBeforeTheBuzzerIsSwitched)
+ROW_TEST(BuzzerRepair, ComesBeforeTheBuzzerIsSwitched)
 {
     SimulatedUnit unit;
-    unit.set("buzzer.frequency", GetParam().frequency);
-    unit.set("buzzer.volume", GetParam().volume);
+    unit.set("buzzer.frequency", row().frequency);
+    unit.set("buzzer.volume", row().volume);
     Released<Buzzer> buzzer{GetBuzzer()};
 
     EXPECT_EQ(buzzer->setTrigger(true), ERR_SUCCESS);
 
     EXPECT_THAT(unit.requestsTo(kDevice),
-                testing::ElementsAre(testing::StartsWith("0x8004003e"), GetParam().written, "0x40010041: 01 00 00 00"));
+                testing::ElementsAre(testing::StartsWith("0x8004003e"), row().written, "0x40010041: 01 00 00 00"));
 }
 
-TEST_P(BuzzerRepair, ComesBeforeTheBuzzerIsSwitchedOffToo)
+ROW_TEST(BuzzerRepair, ComesBeforeTheBuzzerIsSwitchedOffToo)
 {
     SimulatedUnit unit;
-    unit.set("buzzer.frequency", GetParam().frequency);
-    unit.set("buzzer.volume", GetParam().volume);
+    unit.set("buzzer.frequency", row().frequency);
+    unit.set("buzzer.volume", row().volume);
     Released<Buzzer> buzzer{GetBuzzer()};
 
     EXPECT_EQ(buzzer->setTrigger(false), ERR_SUCCESS);
 
-    EXPECT_THAT(unit.requestsTo(kDevice), testing::Contains(GetParam().written));
+    EXPECT_THAT(unit.requestsTo(kDevice), testing::Contains(row().written));
 }
 
 TEST(BuzzerRepairOf, LimitsIsNotNeeded)

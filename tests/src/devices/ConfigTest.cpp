@@ -4,6 +4,7 @@
 
 #include "simulator/model/Supervisor.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 #include "tests/src/devices/ConfigOperations.h"
 
@@ -43,138 +44,138 @@ std::vector<Row> gated(std::vector<Row> rows)
     return rows;
 }
 
-class ConfigGetter : public testing::TestWithParam<config::Getter> {};
-class NewerConfigGetter : public testing::TestWithParam<config::Getter> {};
-INSTANTIATE_TEST_SUITE_P(Every, NewerConfigGetter, testing::ValuesIn(gated(config::getters())), kNameOfRow);
-INSTANTIATE_TEST_SUITE_P(Every, ConfigGetter, testing::ValuesIn(config::getters()), kNameOfRow);
+class ConfigGetter : public hxtest::TestWithRow<config::Getter> {};
+class NewerConfigGetter : public hxtest::TestWithRow<config::Getter> {};
+TEST_ROWS_IN(Every, NewerConfigGetter, kNameOfRow, gated(config::getters()));
+TEST_ROWS_IN(Every, ConfigGetter, kNameOfRow, config::getters());
 
-class ConfigSetter : public testing::TestWithParam<config::Setter> {};
-class NewerConfigSetter : public testing::TestWithParam<config::Setter> {};
-INSTANTIATE_TEST_SUITE_P(Every, NewerConfigSetter, testing::ValuesIn(gated(config::setters())), kNameOfRow);
-INSTANTIATE_TEST_SUITE_P(Every, ConfigSetter, testing::ValuesIn(config::setters()), kNameOfRow);
+class ConfigSetter : public hxtest::TestWithRow<config::Setter> {};
+class NewerConfigSetter : public hxtest::TestWithRow<config::Setter> {};
+TEST_ROWS_IN(Every, NewerConfigSetter, kNameOfRow, gated(config::setters()));
+TEST_ROWS_IN(Every, ConfigSetter, kNameOfRow, config::setters());
 
-TEST_P(ConfigGetter, ReadsItsRegistersInOrder)
+ROW_TEST(ConfigGetter, ReadsItsRegistersInOrder)
 {
     SimulatedUnit unit;
-    for (const auto& [number, value] : GetParam().registers)
+    for (const auto& [number, value] : row().registers)
         unit.model<hxsim::Supervisor>()->configuration[number] = value;
     Released<Config> config{GetConfig()};
     double value = kUntouched;
 
-    EXPECT_EQ(GetParam().call(*config, value), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*config, value), ERR_SUCCESS);
 
-    EXPECT_EQ(value, GetParam().value);
-    EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(GetParam().requests));
+    EXPECT_EQ(value, row().value);
+    EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(row().requests));
 }
 
-TEST_P(ConfigGetter, IsRefusedWithoutTheDevice)
+ROW_TEST(ConfigGetter, IsRefusedWithoutTheDevice)
 {
     SimulatedUnit unit{"absent = /dev/conf-id"};
     unit.set("version.ss", "0.0.0.0"); // the device is checked before the version
     Released<Config> config{GetConfig()};
     double value = kUntouched;
 
-    EXPECT_EQ(GetParam().call(*config, value), ERR_OPEN_FAILED);
+    EXPECT_EQ(row().call(*config, value), ERR_OPEN_FAILED);
 
     EXPECT_EQ(value, kUntouched);
 }
 
-TEST_P(NewerConfigGetter, SendsNothingToAnOlderSupervisor)
+ROW_TEST(NewerConfigGetter, SendsNothingToAnOlderSupervisor)
 {
     SimulatedUnit unit;
-    unit.set("version.ss", before(GetParam().neededVersion));
+    unit.set("version.ss", before(row().neededVersion));
     Released<Config> config{GetConfig()};
     double value = kUntouched;
 
-    EXPECT_EQ(GetParam().call(*config, value), ERR_NEWER_SS_VERSION_REQUIRED);
+    EXPECT_EQ(row().call(*config, value), ERR_NEWER_SS_VERSION_REQUIRED);
 
     EXPECT_EQ(value, kUntouched);
     EXPECT_THAT(unit.requestsTo(kDevice), IsEmpty());
 }
 
-TEST_P(ConfigGetter, WorksWithTheOldestSupervisorThatSupportsIt)
+ROW_TEST(ConfigGetter, WorksWithTheOldestSupervisorThatSupportsIt)
 {
     SimulatedUnit unit;
-    unit.set("version.ss", GetParam().neededVersion != nullptr ? GetParam().neededVersion : "0.0.0.0");
+    unit.set("version.ss", row().neededVersion != nullptr ? row().neededVersion : "0.0.0.0");
     Released<Config> config{GetConfig()};
     double value = kUntouched;
 
-    EXPECT_EQ(GetParam().call(*config, value), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*config, value), ERR_SUCCESS);
 }
 
-TEST_P(ConfigGetter, ReadsTheVersionOnlyWhenItMatters)
+ROW_TEST(ConfigGetter, ReadsTheVersionOnlyWhenItMatters)
 {
     SimulatedUnit unit;
     Released<Config> config{GetConfig()};
     double value = kUntouched;
 
-    EXPECT_EQ(GetParam().call(*config, value), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*config, value), ERR_SUCCESS);
 
-    EXPECT_EQ(unit.callsTo("/dev/fpga-version").empty(), GetParam().neededVersion == nullptr);
+    EXPECT_EQ(unit.callsTo("/dev/fpga-version").empty(), row().neededVersion == nullptr);
 }
 
-TEST_P(ConfigGetter, LeavesItsOutputWhenTheDriverRefusesAnyRead)
+ROW_TEST(ConfigGetter, LeavesItsOutputWhenTheDriverRefusesAnyRead)
 {
-    for (int read = 0; read < static_cast<int>(GetParam().requests.size()); ++read) {
+    for (int read = 0; read < static_cast<int>(row().requests.size()); ++read) {
         SimulatedUnit unit;
-        unit.fail(kDevice, callOf(GetParam().requests[static_cast<std::size_t>(read)]));
+        unit.fail(kDevice, callOf(row().requests[static_cast<std::size_t>(read)]));
         Released<Config> config{GetConfig()};
         double value = kUntouched;
 
-        EXPECT_EQ(GetParam().call(*config, value), ERR_IOCTRL_FAILED);
+        EXPECT_EQ(row().call(*config, value), ERR_IOCTRL_FAILED);
 
         EXPECT_EQ(value, kUntouched);
         EXPECT_EQ(static_cast<int>(unit.requestsTo(kDevice).size()), read + 1);
     }
 }
 
-TEST_P(ConfigSetter, WritesItsRegistersInOrder)
+ROW_TEST(ConfigSetter, WritesItsRegistersInOrder)
 {
     SimulatedUnit unit;
     Released<Config> config{GetConfig()};
 
-    EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*config, row().value), ERR_SUCCESS);
 
-    EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(GetParam().requests));
+    EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(row().requests));
 }
 
-TEST_P(ConfigSetter, IsRefusedWithoutTheDevice)
+ROW_TEST(ConfigSetter, IsRefusedWithoutTheDevice)
 {
     SimulatedUnit unit{"absent = /dev/conf-id"};
     unit.set("version.ss", "0.0.0.0");
     Released<Config> config{GetConfig()};
 
-    EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_OPEN_FAILED);
+    EXPECT_EQ(row().call(*config, row().value), ERR_OPEN_FAILED);
 }
 
-TEST_P(NewerConfigSetter, SendsAnOlderSupervisorNothing)
+ROW_TEST(NewerConfigSetter, SendsAnOlderSupervisorNothing)
 {
     SimulatedUnit unit;
-    unit.set("version.ss", before(GetParam().neededVersion));
+    unit.set("version.ss", before(row().neededVersion));
     Released<Config> config{GetConfig()};
 
-    EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_NEWER_SS_VERSION_REQUIRED);
+    EXPECT_EQ(row().call(*config, row().value), ERR_NEWER_SS_VERSION_REQUIRED);
 
     EXPECT_THAT(unit.requestsTo(kDevice), IsEmpty());
 }
 
-TEST_P(ConfigSetter, WorksWithTheOldestSupervisorThatSupportsIt)
+ROW_TEST(ConfigSetter, WorksWithTheOldestSupervisorThatSupportsIt)
 {
     SimulatedUnit unit;
-    unit.set("version.ss", GetParam().neededVersion != nullptr ? GetParam().neededVersion : "0.0.0.0");
+    unit.set("version.ss", row().neededVersion != nullptr ? row().neededVersion : "0.0.0.0");
     Released<Config> config{GetConfig()};
 
-    EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*config, row().value), ERR_SUCCESS);
 }
 
-TEST_P(ConfigSetter, EndsAtTheFirstRequestThatTheDriverRefuses)
+ROW_TEST(ConfigSetter, EndsAtTheFirstRequestThatTheDriverRefuses)
 {
-    for (int request = 0; request < static_cast<int>(GetParam().requests.size()); ++request) {
+    for (int request = 0; request < static_cast<int>(row().requests.size()); ++request) {
         SimulatedUnit unit;
-        unit.fail(kDevice, callOf(GetParam().requests[static_cast<std::size_t>(request)]));
+        unit.fail(kDevice, callOf(row().requests[static_cast<std::size_t>(request)]));
         Released<Config> config{GetConfig()};
 
-        EXPECT_EQ(GetParam().call(*config, GetParam().value), ERR_IOCTRL_FAILED);
+        EXPECT_EQ(row().call(*config, row().value), ERR_IOCTRL_FAILED);
 
         EXPECT_EQ(static_cast<int>(unit.requestsTo(kDevice).size()), request + 1);
     }

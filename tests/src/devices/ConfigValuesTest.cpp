@@ -3,6 +3,7 @@
 #include "hx-aux/Config.h"
 #include "simulator/model/Supervisor.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 
 #include <gmock/gmock.h>
@@ -70,45 +71,44 @@ struct ActionSetting {
     eErr (Config::*set)(PowerAction);
 };
 
-class PowerActions : public testing::TestWithParam<ActionSetting> {};
-INSTANTIATE_TEST_SUITE_P(
-    Of, PowerActions,
-    testing::Values(ActionSetting{16, &Config::getShortButtonPressAction, &Config::setShortButtonPressAction},
-                    ActionSetting{17, &Config::getLongButtonPressAction, &Config::setLongButtonPressAction},
-                    ActionSetting{18, &Config::getOnOffSigAction, &Config::setOnOffSigAction}));
+class PowerActions : public hxtest::TestWithRow<ActionSetting> {};
+TEST_ROWS(Of, PowerActions, hxtest::kNumbered,
+          ActionSetting{16, &Config::getShortButtonPressAction, &Config::setShortButtonPressAction},
+          ActionSetting{17, &Config::getLongButtonPressAction, &Config::setLongButtonPressAction},
+          ActionSetting{18, &Config::getOnOffSigAction, &Config::setOnOffSigAction});
 
-TEST_P(PowerActions, AcceptZeroToTwoOnly)
+ROW_TEST(PowerActions, AcceptZeroToTwoOnly)
 {
     SimulatedUnit unit;
     Released<Config> config{GetConfig()};
 
     for (const int value : {-1, 3, 256, 65536})
-        EXPECT_EQ((config.get()->*GetParam().set)(static_cast<PowerAction>(value)), ERR_INVALID_DATA) << value;
+        EXPECT_EQ((config.get()->*row().set)(static_cast<PowerAction>(value)), ERR_INVALID_DATA) << value;
     EXPECT_THAT(unit.requestsTo(kDevice), IsEmpty());
 
     for (const int value : {0, 1, 2})
-        EXPECT_EQ((config.get()->*GetParam().set)(static_cast<PowerAction>(value)), ERR_SUCCESS) << value;
+        EXPECT_EQ((config.get()->*row().set)(static_cast<PowerAction>(value)), ERR_SUCCESS) << value;
 }
 
-TEST_P(PowerActions, AreNotReportedWhenTheSupervisorHoldsAnotherValue)
+ROW_TEST(PowerActions, AreNotReportedWhenTheSupervisorHoldsAnotherValue)
 {
     SimulatedUnit unit;
     Released<Config> config{GetConfig()};
 
     for (const int value : {3, 256, 65535}) {
-        hold(unit, GetParam().number, value);
+        hold(unit, row().number, value);
         auto action = static_cast<PowerAction>(77);
-        EXPECT_EQ((config.get()->*GetParam().get)(&action), ERR_INVALID_DATA) << value;
+        EXPECT_EQ((config.get()->*row().get)(&action), ERR_INVALID_DATA) << value;
         EXPECT_EQ(action, static_cast<PowerAction>(77));
     }
 }
 
-TEST_P(PowerActions, LookAtTheVersionBeforeTheRange)
+ROW_TEST(PowerActions, LookAtTheVersionBeforeTheRange)
 {
     SimulatedUnit unit{"version.ss = 0.99.99.99"};
     Released<Config> config{GetConfig()};
 
-    EXPECT_EQ((config.get()->*GetParam().set)(static_cast<PowerAction>(3)), ERR_NEWER_SS_VERSION_REQUIRED);
+    EXPECT_EQ((config.get()->*row().set)(static_cast<PowerAction>(3)), ERR_NEWER_SS_VERSION_REQUIRED);
 }
 
 TEST(FrontButtonTime, WritesNothingWhenItsReadFails)

@@ -4,6 +4,7 @@
 #include "simulator/model/Supervisor.h"
 #include "testing/Named.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 
 #include <gmock/gmock.h>
@@ -94,56 +95,56 @@ std::string callOf(const std::string& request)
     return request.substr(0, request.find(' ', request.find(' ') + 1));
 }
 
-class DiagnosticReading : public testing::TestWithParam<Reading> {};
-INSTANTIATE_TEST_SUITE_P(Every, DiagnosticReading, testing::ValuesIn(kReadings), kNameOfRow);
+class DiagnosticReading : public hxtest::TestWithRow<Reading> {};
+TEST_ROWS_IN(Every, DiagnosticReading, kNameOfRow, kReadings);
 
-TEST_P(DiagnosticReading, TakesItsRegistersInOrder)
+ROW_TEST(DiagnosticReading, TakesItsRegistersInOrder)
 {
     SimulatedUnit unit{kDescription};
     Released<Diagnostic> diagnostic{GetDiagnostic()};
     std::vector<int> values;
 
-    EXPECT_EQ(GetParam().call(*diagnostic, values), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*diagnostic, values), ERR_SUCCESS);
 
-    EXPECT_EQ(values, GetParam().values);
-    EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(GetParam().requests));
+    EXPECT_EQ(values, row().values);
+    EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(row().requests));
 }
 
-TEST_P(DiagnosticReading, WorksOnceTheDeviceIsThere)
+ROW_TEST(DiagnosticReading, WorksOnceTheDeviceIsThere)
 {
     SimulatedUnit unit;
     unit.fail(kDevice, "open", ENOENT, 1);
     Released<Diagnostic> diagnostic{GetDiagnostic()};
     std::vector<int> values;
 
-    EXPECT_EQ(GetParam().call(*diagnostic, values), ERR_OPEN_FAILED);
+    EXPECT_EQ(row().call(*diagnostic, values), ERR_OPEN_FAILED);
     EXPECT_THAT(values, testing::Each(kUntouched));
 
-    EXPECT_EQ(GetParam().call(*diagnostic, values), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*diagnostic, values), ERR_SUCCESS);
 }
 
-TEST_P(DiagnosticReading, LeavesItsOutputsWhenTheDriverRefusesAnyRead)
+ROW_TEST(DiagnosticReading, LeavesItsOutputsWhenTheDriverRefusesAnyRead)
 {
-    for (int read = 0; read < static_cast<int>(GetParam().requests.size()); ++read) {
+    for (int read = 0; read < static_cast<int>(row().requests.size()); ++read) {
         SimulatedUnit unit;
-        unit.fail(kDevice, callOf(GetParam().requests[static_cast<std::size_t>(read)]));
+        unit.fail(kDevice, callOf(row().requests[static_cast<std::size_t>(read)]));
         Released<Diagnostic> diagnostic{GetDiagnostic()};
         std::vector<int> values;
 
-        EXPECT_EQ(GetParam().call(*diagnostic, values), ERR_IOCTRL_FAILED);
+        EXPECT_EQ(row().call(*diagnostic, values), ERR_IOCTRL_FAILED);
 
         EXPECT_THAT(values, testing::Each(kUntouched));
         EXPECT_EQ(static_cast<int>(unit.requestsTo(kDevice).size()), read + 1);
     }
 }
 
-TEST_P(DiagnosticReading, NeedsNoVersion)
+ROW_TEST(DiagnosticReading, NeedsNoVersion)
 {
     SimulatedUnit unit{"version.ss = 0.0.0.0"};
     Released<Diagnostic> diagnostic{GetDiagnostic()};
     std::vector<int> values;
 
-    EXPECT_EQ(GetParam().call(*diagnostic, values), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*diagnostic, values), ERR_SUCCESS);
 
     EXPECT_THAT(unit.callsTo("/dev/fpga-version"), IsEmpty());
 }

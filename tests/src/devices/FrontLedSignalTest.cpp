@@ -2,6 +2,7 @@
 // Frequency and duty cycle against the times sent to the front panel, over whole ranges.
 #include "devices/FrontLED_Imp.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 
 #include <gmock/gmock.h>
@@ -146,22 +147,21 @@ struct Example {
     int off;
 };
 
-class LedSignalExample : public testing::TestWithParam<Example> {};
-INSTANTIATE_TEST_SUITE_P(Of, LedSignalExample,
-                         testing::Values(Example{1.0, 50, 50, 50}, Example{2.0, 25, 12, 38}, Example{50.0, 100, 2, 0},
-                                         Example{50.0, 0, 0, 2}, Example{0.25, 75, 44, 100}, Example{0.2, 50, 250, 250},
-                                         Example{0.2, 100, 244, 0}, Example{1.0, 29, 28, 72}, Example{1.0, 53, 53, 47},
-                                         Example{1.0, 57, 56, 44}, Example{1.0, 58, 57, 43}, Example{1.0, 59, 59, 41}));
+class LedSignalExample : public hxtest::TestWithRow<Example> {};
+TEST_ROWS(Of, LedSignalExample, hxtest::kNumbered, Example{1.0, 50, 50, 50}, Example{2.0, 25, 12, 38},
+          Example{50.0, 100, 2, 0}, Example{50.0, 0, 0, 2}, Example{0.25, 75, 44, 100}, Example{0.2, 50, 250, 250},
+          Example{0.2, 100, 244, 0}, Example{1.0, 29, 28, 72}, Example{1.0, 53, 53, 47}, Example{1.0, 57, 56, 44},
+          Example{1.0, 58, 57, 43}, Example{1.0, 59, 59, 41});
 
-TEST_P(LedSignalExample, IsCutToUnitsAndThenToEightBits)
+ROW_TEST(LedSignalExample, IsCutToUnitsAndThenToEightBits)
 {
     SimulatedUnit unit;
     PaperLed led;
 
-    EXPECT_EQ(led.setSignal(GetParam().hertz, static_cast<unsigned char>(GetParam().duty)), ERR_SUCCESS);
+    EXPECT_EQ(led.setSignal(row().hertz, static_cast<unsigned char>(row().duty)), ERR_SUCCESS);
 
-    EXPECT_EQ(led.on, GetParam().on);
-    EXPECT_EQ(led.off, GetParam().off);
+    EXPECT_EQ(led.on, row().on);
+    EXPECT_EQ(led.off, row().off);
 }
 
 TEST(LedSignal, IsWrittenAsTwoChangesOfThePattern)

@@ -4,6 +4,7 @@
 #include "devices/FrontLED_Imp.h"
 #include "testing/Named.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 
 #include <gmock/gmock.h>
@@ -32,34 +33,34 @@ const Part kParts[] = {
     {"NrOfPulses", &FrontLED::getNrOfPulses, &FrontLED::setNrOfPulses, 4, "0x40040043: 01 02 03 ee"},
 };
 
-class LedPart : public testing::TestWithParam<Part> {
+class LedPart : public hxtest::TestWithRow<Part> {
 protected:
-    eErr get(unsigned char* value) const { return (led.get()->*GetParam().get)(value); }
-    eErr set(unsigned char value) const { return (led.get()->*GetParam().set)(value); }
+    eErr get(unsigned char* value) const { return (led.get()->*row().get)(value); }
+    eErr set(unsigned char value) const { return (led.get()->*row().set)(value); }
 
     SimulatedUnit unit{"led.timing = 1 2 3 4"};
     Released<FrontLED> led{GetFrontLED()};
 };
-INSTANTIATE_TEST_SUITE_P(Each, LedPart, testing::ValuesIn(kParts), kNameOfRow);
+TEST_ROWS_IN(Each, LedPart, kNameOfRow, kParts);
 
-TEST_P(LedPart, IsReadFromThePattern)
+ROW_TEST(LedPart, IsReadFromThePattern)
 {
     unsigned char value = kUntouched;
 
     EXPECT_EQ(get(&value), ERR_SUCCESS);
 
-    EXPECT_EQ(value, GetParam().held);
+    EXPECT_EQ(value, row().held);
     EXPECT_THAT(unit.requestsTo(kDevice), Requests("0x80040042 -> 01 02 03 04"));
 }
 
-TEST_P(LedPart, IsSetWithoutChangingTheOthers)
+ROW_TEST(LedPart, IsSetWithoutChangingTheOthers)
 {
     EXPECT_EQ(set(0xEE), ERR_SUCCESS);
 
-    EXPECT_THAT(unit.requestsTo(kDevice), Requests("0x80040042 -> 01 02 03 04", GetParam().written));
+    EXPECT_THAT(unit.requestsTo(kDevice), Requests("0x80040042 -> 01 02 03 04", row().written));
 }
 
-TEST_P(LedPart, WritesNothingWhenItsReadFails)
+ROW_TEST(LedPart, WritesNothingWhenItsReadFails)
 {
     unit.fail(kDevice, 0x80040042);
 
@@ -68,14 +69,14 @@ TEST_P(LedPart, WritesNothingWhenItsReadFails)
     EXPECT_EQ(unit.requestsTo(kDevice).size(), 1U);
 }
 
-TEST_P(LedPart, ReportsWhenTheWriteIsRefused)
+ROW_TEST(LedPart, ReportsWhenTheWriteIsRefused)
 {
     unit.fail(kDevice, 0x40040043);
 
     EXPECT_EQ(set(1), ERR_IOCTRL_FAILED);
 }
 
-TEST_P(LedPart, LeavesItsOutputWhenTheReadFails)
+ROW_TEST(LedPart, LeavesItsOutputWhenTheReadFails)
 {
     unit.fail(kDevice, 0x80040042);
     unsigned char value = kUntouched;

@@ -4,6 +4,7 @@
 #include "simulator/model/Supervisor.h"
 #include "testing/Named.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 
 #include <gmock/gmock.h>
@@ -77,112 +78,108 @@ std::string callOf(const std::string& request)
     return request.substr(0, request.find(' ', request.find(' ') + 1));
 }
 
-class PowerOperation : public testing::TestWithParam<Operation> {};
-INSTANTIATE_TEST_SUITE_P(Every, PowerOperation, testing::ValuesIn(kOperations), kNameOfRow);
+class PowerOperation : public hxtest::TestWithRow<Operation> {};
+TEST_ROWS_IN(Every, PowerOperation, kNameOfRow, kOperations);
 
-TEST_P(PowerOperation, TouchesItsRegistersInOrder)
+ROW_TEST(PowerOperation, TouchesItsRegistersInOrder)
 {
     SimulatedUnit unit;
     Released<Power> power{GetPower()};
-    int value = GetParam().given;
+    int value = row().given;
 
-    EXPECT_EQ(GetParam().call(*power, value), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*power, value), ERR_SUCCESS);
 
-    EXPECT_EQ(value, GetParam().answer);
-    EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(GetParam().requests));
+    EXPECT_EQ(value, row().answer);
+    EXPECT_THAT(unit.requestsTo(kDevice), ElementsAreArray(row().requests));
 }
 
-TEST_P(PowerOperation, OpensTheDeviceOnDemandAndOnce)
+ROW_TEST(PowerOperation, OpensTheDeviceOnDemandAndOnce)
 {
     SimulatedUnit unit;
     Released<Power> power{GetPower()};
     EXPECT_THAT(unit.callsTo(kDevice), IsEmpty());
-    int value = GetParam().given;
+    int value = row().given;
 
-    EXPECT_EQ(GetParam().call(*power, value), ERR_SUCCESS);
-    EXPECT_EQ(GetParam().call(*power, value = GetParam().given), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*power, value), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*power, value = row().given), ERR_SUCCESS);
 
     const auto calls = unit.callsTo(kDevice);
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "open rdwr nonblock"), 1);
 }
 
-TEST_P(PowerOperation, WorksOnceTheDeviceIsThere)
+ROW_TEST(PowerOperation, WorksOnceTheDeviceIsThere)
 {
     SimulatedUnit unit;
     unit.fail(kDevice, "open", ENOENT, 2);
     Released<Power> power{GetPower()};
-    int value = GetParam().given;
+    int value = row().given;
 
-    EXPECT_EQ(GetParam().call(*power, value), ERR_OPEN_FAILED);
-    EXPECT_EQ(GetParam().call(*power, value), ERR_OPEN_FAILED);
-    EXPECT_EQ(value, GetParam().given);
+    EXPECT_EQ(row().call(*power, value), ERR_OPEN_FAILED);
+    EXPECT_EQ(row().call(*power, value), ERR_OPEN_FAILED);
+    EXPECT_EQ(value, row().given);
 
-    EXPECT_EQ(GetParam().call(*power, value), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*power, value), ERR_SUCCESS);
 }
 
-TEST_P(PowerOperation, EndsAtTheFirstRequestThatTheDriverRefuses)
+ROW_TEST(PowerOperation, EndsAtTheFirstRequestThatTheDriverRefuses)
 {
-    for (int request = 0; request < static_cast<int>(GetParam().requests.size()); ++request) {
+    for (int request = 0; request < static_cast<int>(row().requests.size()); ++request) {
         SimulatedUnit unit;
-        unit.fail(kDevice, callOf(GetParam().requests[static_cast<std::size_t>(request)]));
+        unit.fail(kDevice, callOf(row().requests[static_cast<std::size_t>(request)]));
         Released<Power> power{GetPower()};
-        int value = GetParam().given;
+        int value = row().given;
 
-        EXPECT_EQ(GetParam().call(*power, value), ERR_IOCTRL_FAILED);
+        EXPECT_EQ(row().call(*power, value), ERR_IOCTRL_FAILED);
 
-        EXPECT_EQ(value, GetParam().given);
+        EXPECT_EQ(value, row().given);
         EXPECT_EQ(static_cast<int>(unit.requestsTo(kDevice).size()), request + 1);
     }
 }
 
-TEST_P(PowerOperation, ReadsTheVersionOnlyForTheTransition)
+ROW_TEST(PowerOperation, ReadsTheVersionOnlyForTheTransition)
 {
     SimulatedUnit unit;
     Released<Power> power{GetPower()};
-    int value = GetParam().given;
+    int value = row().given;
 
-    EXPECT_EQ(GetParam().call(*power, value), ERR_SUCCESS);
+    EXPECT_EQ(row().call(*power, value), ERR_SUCCESS);
 
-    const bool gated = GetParam().requests.front() == "get 4 -> 0";
+    const bool gated = row().requests.front() == "get 4 -> 0";
     EXPECT_EQ(!unit.callsTo("/dev/fpga-version").empty(), gated);
 }
 
 using StatusSetter = eErr (Power::*)(HXStatus);
-class PowerSwitch : public testing::TestWithParam<std::pair<StatusSetter, int>> {};
-INSTANTIATE_TEST_SUITE_P(Of, PowerSwitch,
-                         testing::Values(std::pair{&Power::setBLPowerStatus, 0},
-                                         std::pair{&Power::setCanPowerStatus, 1},
-                                         std::pair{&Power::setExtFanPowerStatus, 3}));
+class PowerSwitch : public hxtest::TestWithRow<std::pair<StatusSetter, int>> {};
+TEST_ROWS(Of, PowerSwitch, hxtest::kNumbered, std::pair{&Power::setBLPowerStatus, 0},
+          std::pair{&Power::setCanPowerStatus, 1}, std::pair{&Power::setExtFanPowerStatus, 3});
 
-TEST_P(PowerSwitch, SwitchesOffForEveryValueExceptOne)
+ROW_TEST(PowerSwitch, SwitchesOffForEveryValueExceptOne)
 {
     for (const int value : {0, 2, 257, -1}) {
         SimulatedUnit unit;
         Released<Power> power{GetPower()};
 
-        EXPECT_EQ((power.get()->*GetParam().first)(static_cast<HXStatus>(value)), ERR_SUCCESS);
+        EXPECT_EQ((power.get()->*row().first)(static_cast<HXStatus>(value)), ERR_SUCCESS);
 
-        EXPECT_THAT(unit.requestsTo(kDevice), Requests("put " + std::to_string(GetParam().second) + " = 0")) << value;
+        EXPECT_THAT(unit.requestsTo(kDevice), Requests("put " + std::to_string(row().second) + " = 0")) << value;
     }
 }
 
 using StatusGetter = eErr (Power::*)(HXStatus*);
-class PowerState : public testing::TestWithParam<std::pair<StatusGetter, int>> {};
-INSTANTIATE_TEST_SUITE_P(Of, PowerState,
-                         testing::Values(std::pair{&Power::getBLPowerStatus, 0},
-                                         std::pair{&Power::getCanPowerStatus, 1},
-                                         std::pair{&Power::getExtFanPowerStatus, 3}));
+class PowerState : public hxtest::TestWithRow<std::pair<StatusGetter, int>> {};
+TEST_ROWS(Of, PowerState, hxtest::kNumbered, std::pair{&Power::getBLPowerStatus, 0},
+          std::pair{&Power::getCanPowerStatus, 1}, std::pair{&Power::getExtFanPowerStatus, 3});
 
-TEST_P(PowerState, IsEnabledForEveryLowByteExceptZero)
+ROW_TEST(PowerState, IsEnabledForEveryLowByteExceptZero)
 {
     for (const int word : {0, 1, 2, 255, 0x100}) {
         SimulatedUnit unit;
-        unit.model<hxsim::Supervisor>()->power[static_cast<std::uint8_t>(GetParam().second)] =
+        unit.model<hxsim::Supervisor>()->power[static_cast<std::uint8_t>(row().second)] =
             static_cast<std::uint16_t>(word);
         Released<Power> power{GetPower()};
         auto status = static_cast<HXStatus>(77);
 
-        EXPECT_EQ((power.get()->*GetParam().first)(&status), ERR_SUCCESS);
+        EXPECT_EQ((power.get()->*row().first)(&status), ERR_SUCCESS);
 
         EXPECT_EQ(status, (word & 0xFF) != 0 ? HXStatusEnabled : HXStatusDisabled) << word;
     }

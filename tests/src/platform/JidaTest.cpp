@@ -3,6 +3,7 @@
 
 #include "platform/LinuxWrapper.h"
 #include "simulator/model/ProductionData.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 
 #include <gtest/gtest.h>
@@ -137,29 +138,28 @@ struct Missing {
     const char* pointers; ///< set before the missing one
 };
 
-class IncompleteBoardLibrary : public testing::TestWithParam<Missing> {};
+class IncompleteBoardLibrary : public hxtest::TestWithRow<Missing> {};
 
-TEST_P(IncompleteBoardLibrary, IsNamedAndKeepsThePointersBefore)
+ROW_TEST(IncompleteBoardLibrary, IsNamedAndKeepsThePointersBefore)
 {
-    SimulatedUnit unit{("absent = " + std::string{GetParam().function}).c_str()};
+    SimulatedUnit unit{("absent = " + std::string{row().function}).c_str()};
     const Pointers pointers;
 
     const std::string printed = printedBy([] { EXPECT_FALSE(JidaLinuxInitialize()); });
 
-    EXPECT_EQ(printed, "Failed to find symbol " + std::string{GetParam().function} + ". Error = (null)\r\n");
-    EXPECT_EQ(Pointers::set(), GetParam().pointers);
+    EXPECT_EQ(printed, "Failed to find symbol " + std::string{row().function} + ". Error = (null)\r\n");
+    EXPECT_EQ(Pointers::set(), row().pointers);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, IncompleteBoardLibrary,
-    testing::Values(Missing{"JidaBoardClose", "0000000000000"}, Missing{"JidaTemperatureGetCurrent", "1000000000000"},
-                    Missing{"JidaBoardOpenA", "1100000000000"}, Missing{"JidaBoardCountA", "1110000000000"},
-                    Missing{"JidaI2CWrite", "1111000000000"}, Missing{"JidaTemperatureCount", "1111100000000"},
-                    Missing{"JidaDllInstall", "1111110000000"}, Missing{"JidaI2CWriteReadCombined", "1111111000000"},
-                    Missing{"JidaDllInitialize", "1111111100000"}, Missing{"JidaDllUninitialize", "1111111110000"},
-                    Missing{"JidaTemperatureGetInfo", "1111111111000"},
-                    Missing{"JidaI2CWriteRegister", "1111111111100"}, Missing{"JidaI2CReadRegister", "1111111111110"}),
-    [](const auto& row) { return row.param.function; });
+TEST_ROWS(
+    All, IncompleteBoardLibrary, [](const auto& row) { return row.function; },
+    Missing{"JidaBoardClose", "0000000000000"}, Missing{"JidaTemperatureGetCurrent", "1000000000000"},
+    Missing{"JidaBoardOpenA", "1100000000000"}, Missing{"JidaBoardCountA", "1110000000000"},
+    Missing{"JidaI2CWrite", "1111000000000"}, Missing{"JidaTemperatureCount", "1111100000000"},
+    Missing{"JidaDllInstall", "1111110000000"}, Missing{"JidaI2CWriteReadCombined", "1111111000000"},
+    Missing{"JidaDllInitialize", "1111111100000"}, Missing{"JidaDllUninitialize", "1111111110000"},
+    Missing{"JidaTemperatureGetInfo", "1111111111000"}, Missing{"JidaI2CWriteRegister", "1111111111100"},
+    Missing{"JidaI2CReadRegister", "1111111111110"});
 
 TEST(BoardLibrary, CallsWhatAProgramPutIntoAPointer)
 {
@@ -533,26 +533,25 @@ struct Address {
     const char* address;
 };
 
-class EepromAddress : public testing::TestWithParam<Address> {};
+class EepromAddress : public hxtest::TestWithRow<Address> {};
 
-TEST_P(EepromAddress, IsAEForTheMainBoardAndA4ForAnyOther)
+ROW_TEST(EepromAddress, IsAEForTheMainBoardAndA4ForAnyOther)
 {
     SimulatedUnit unit;
     const unsigned long board = boardOf(unit);
     char byte = 'x';
     unsigned int count = 0;
-    const auto which = static_cast<EepromType>(GetParam().type);
+    const auto which = static_cast<EepromType>(row().type);
 
     EXPECT_TRUE(LinuxWrapper::EepromRead(board, which, &byte, 1, &count));
     EXPECT_TRUE(LinuxWrapper::EepromWrite(board, which, &byte, 1));
 
-    const std::string address = GetParam().address;
+    const std::string address = row().address;
     EXPECT_EQ(unit.entries().front().action, "JidaI2CWriteReadCombined handle 2 " + address + " read 1");
     EXPECT_EQ(unit.entries().back().action, "JidaI2CWrite handle 2 " + address);
 }
 
-INSTANTIATE_TEST_SUITE_P(Types, EepromAddress,
-                         testing::Values(Address{1, "0xae"}, Address{2, "0xa4"}, Address{0, "0xa4"},
-                                         Address{-1, "0xa4"}, Address{257, "0xa4"}));
+TEST_ROWS(Types, EepromAddress, hxtest::kNumbered, Address{1, "0xae"}, Address{2, "0xa4"}, Address{0, "0xa4"},
+          Address{-1, "0xa4"}, Address{257, "0xa4"});
 
 } // namespace

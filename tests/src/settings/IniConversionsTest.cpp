@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "settings/IniSettings.h"
+#include "testing/RowTest.h"
 
 #include <climits>
 #include <gtest/gtest.h>
@@ -62,23 +63,21 @@ struct RealText {
     const char* text;
 };
 
-class SettingsReals : public testing::TestWithParam<RealText> {};
+class SettingsReals : public hxtest::TestWithRow<RealText> {};
 
-TEST_P(SettingsReals, AreWrittenWithAtMostSixDigits)
+ROW_TEST(SettingsReals, AreWrittenWithAtMostSixDigits)
 {
     std::string text;
 
-    EXPECT_EQ(IniSettings::ConvertDoubleToStr(GetParam().value, &text), ERR_SUCCESS);
+    EXPECT_EQ(IniSettings::ConvertDoubleToStr(row().value, &text), ERR_SUCCESS);
 
-    EXPECT_EQ(text, GetParam().text);
+    EXPECT_EQ(text, row().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Values, SettingsReals,
-                         testing::Values(RealText{0.5, "0.5"}, RealText{1000000.0, "1e+06"},
-                                         RealText{1234567.0, "1.23457e+06"}, RealText{0.0, "0"}, RealText{-0.0, "-0"},
-                                         RealText{100000.0, "100000"}, RealText{0.0001, "0.0001"},
-                                         RealText{0.00001, "1e-05"}, RealText{1.0 / 3.0, "0.333333"},
-                                         RealText{-2.5e300, "-2.5e+300"}));
+TEST_ROWS(Values, SettingsReals, hxtest::kNumbered, RealText{0.5, "0.5"}, RealText{1000000.0, "1e+06"},
+          RealText{1234567.0, "1.23457e+06"}, RealText{0.0, "0"}, RealText{-0.0, "-0"}, RealText{100000.0, "100000"},
+          RealText{0.0001, "0.0001"}, RealText{0.00001, "1e-05"}, RealText{1.0 / 3.0, "0.333333"},
+          RealText{-2.5e300, "-2.5e+300"});
 
 // Texts to numbers.
 
@@ -90,27 +89,24 @@ struct Conversion {
 
 constexpr unsigned long kBefore = 77;
 
-class SettingsTexts : public testing::TestWithParam<Conversion> {};
+class SettingsTexts : public hxtest::TestWithRow<Conversion> {};
 
-TEST_P(SettingsTexts, BecomeNumbersOrLeaveTheNumberAlone)
+ROW_TEST(SettingsTexts, BecomeNumbersOrLeaveTheNumberAlone)
 {
     unsigned long value = kBefore;
 
-    EXPECT_EQ(IniSettings::ConvertStrToLong(&value, GetParam().text), GetParam().result);
+    EXPECT_EQ(IniSettings::ConvertStrToLong(&value, row().text), row().result);
 
-    EXPECT_EQ(value, GetParam().value);
+    EXPECT_EQ(value, row().value);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values, SettingsTexts,
-    testing::Values(Conversion{"12abc", ERR_SUCCESS, 12}, Conversion{"  7", ERR_SUCCESS, 7},
-                    Conversion{"\t7", ERR_SUCCESS, 7}, Conversion{"+3", ERR_SUCCESS, 3},
-                    Conversion{"0x10", ERR_SUCCESS, 0}, Conversion{"010", ERR_SUCCESS, 10},
-                    Conversion{"3.9", ERR_SUCCESS, 3}, Conversion{"4294967295", ERR_SUCCESS, 4294967295UL},
-                    Conversion{"-5", ERR_SUCCESS, 0UL - 5UL}, Conversion{"abc", ERR_DATATYPE_MISMATCH, kBefore},
-                    Conversion{"", ERR_DATATYPE_MISMATCH, kBefore}, Conversion{"   ", ERR_DATATYPE_MISMATCH, kBefore},
-                    Conversion{"-", ERR_DATATYPE_MISMATCH, kBefore},
-                    Conversion{"99999999999999999999999", ERR_DATATYPE_MISMATCH, kBefore}));
+TEST_ROWS(Values, SettingsTexts, hxtest::kNumbered, Conversion{"12abc", ERR_SUCCESS, 12},
+          Conversion{"  7", ERR_SUCCESS, 7}, Conversion{"\t7", ERR_SUCCESS, 7}, Conversion{"+3", ERR_SUCCESS, 3},
+          Conversion{"0x10", ERR_SUCCESS, 0}, Conversion{"010", ERR_SUCCESS, 10}, Conversion{"3.9", ERR_SUCCESS, 3},
+          Conversion{"4294967295", ERR_SUCCESS, 4294967295UL}, Conversion{"-5", ERR_SUCCESS, 0UL - 5UL},
+          Conversion{"abc", ERR_DATATYPE_MISMATCH, kBefore}, Conversion{"", ERR_DATATYPE_MISMATCH, kBefore},
+          Conversion{"   ", ERR_DATATYPE_MISMATCH, kBefore}, Conversion{"-", ERR_DATATYPE_MISMATCH, kBefore},
+          Conversion{"99999999999999999999999", ERR_DATATYPE_MISMATCH, kBefore});
 
 TEST(SettingsTexts, ReachAsFarAsAnUnsignedLong)
 {
@@ -133,27 +129,24 @@ struct RealConversion {
     double value;
 };
 
-class SettingsRealTexts : public testing::TestWithParam<RealConversion> {};
+class SettingsRealTexts : public hxtest::TestWithRow<RealConversion> {};
 
-TEST_P(SettingsRealTexts, BecomeNumbersOrLeaveTheNumberAlone)
+ROW_TEST(SettingsRealTexts, BecomeNumbersOrLeaveTheNumberAlone)
 {
     double value = 77.5;
 
-    EXPECT_EQ(IniSettings::ConvertStrToDouble(&value, GetParam().text), GetParam().result);
+    EXPECT_EQ(IniSettings::ConvertStrToDouble(&value, row().text), row().result);
 
-    EXPECT_EQ(value, GetParam().value);
+    EXPECT_EQ(value, row().value);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values, SettingsRealTexts,
-    testing::Values(RealConversion{"0.5", ERR_SUCCESS, 0.5}, RealConversion{".5", ERR_SUCCESS, 0.5},
-                    RealConversion{"1.5x", ERR_SUCCESS, 1.5}, RealConversion{" -2", ERR_SUCCESS, -2.0},
-                    RealConversion{"1e3", ERR_SUCCESS, 1000.0}, RealConversion{"1,5", ERR_SUCCESS, 1.0},
-                    RealConversion{"inf", ERR_DATATYPE_MISMATCH, 77.5},
-                    RealConversion{"nan", ERR_DATATYPE_MISMATCH, 77.5},
-                    RealConversion{"1e", ERR_DATATYPE_MISMATCH, 77.5},
-                    RealConversion{"1e999", ERR_DATATYPE_MISMATCH, 77.5},
-                    RealConversion{"", ERR_DATATYPE_MISMATCH, 77.5}, RealConversion{"x", ERR_DATATYPE_MISMATCH, 77.5}));
+TEST_ROWS(Values, SettingsRealTexts, hxtest::kNumbered, RealConversion{"0.5", ERR_SUCCESS, 0.5},
+          RealConversion{".5", ERR_SUCCESS, 0.5}, RealConversion{"1.5x", ERR_SUCCESS, 1.5},
+          RealConversion{" -2", ERR_SUCCESS, -2.0}, RealConversion{"1e3", ERR_SUCCESS, 1000.0},
+          RealConversion{"1,5", ERR_SUCCESS, 1.0}, RealConversion{"inf", ERR_DATATYPE_MISMATCH, 77.5},
+          RealConversion{"nan", ERR_DATATYPE_MISMATCH, 77.5}, RealConversion{"1e", ERR_DATATYPE_MISMATCH, 77.5},
+          RealConversion{"1e999", ERR_DATATYPE_MISMATCH, 77.5}, RealConversion{"", ERR_DATATYPE_MISMATCH, 77.5},
+          RealConversion{"x", ERR_DATATYPE_MISMATCH, 77.5});
 
 /// Groups digits and writes a comma, as an application's own locale may.
 class CommaPunctuation : public std::numpunct<char> {

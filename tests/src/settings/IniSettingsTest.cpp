@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "settings/IniSettings.h"
 
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 #include "testing/TestTable.h"
 
@@ -304,13 +305,13 @@ TEST(SettingsWrite, IsSilentWhenTheFileCannotBeWritten)
     EXPECT_EQ(unit.settings(), "A=1\n");
 }
 
-class UnreadableSettings : public testing::TestWithParam<int> {};
+class UnreadableSettings : public hxtest::TestWithRow<int> {};
 
-TEST_P(UnreadableSettings, KeepTheirFileAsItIs)
+ROW_TEST(UnreadableSettings, KeepTheirFileAsItIs)
 {
     SimulatedUnit unit;
     unit.writeSettings("A=1\nB=2\n");
-    unit.fail("/opt/etc/hxaux.ini", "fopen", GetParam(), 1);
+    unit.fail("/opt/etc/hxaux.ini", "fopen", row(), 1);
     Loaded settings;
 
     settings.set("A", "3");
@@ -318,8 +319,7 @@ TEST_P(UnreadableSettings, KeepTheirFileAsItIs)
     EXPECT_EQ(settings.get("A"), "3") << "for this object";
     EXPECT_EQ(unit.settings(), "A=1\nB=2\n");
 }
-INSTANTIATE_TEST_SUITE_P(Settings, UnreadableSettings, testing::Values(EMFILE, ENFILE, EACCES, EIO, ELOOP),
-                         [](const auto& each) { return strerrorname_np(each.param); });
+TEST_ROWS(Settings, UnreadableSettings, strerrorname_np, EMFILE, ENFILE, EACCES, EIO, ELOOP);
 
 TEST(SettingsFile, StaysAsItIsWhenItCannotBeReadToItsEnd)
 {

@@ -6,6 +6,7 @@
 #include "testing/FirmwareFile.h"
 #include "testing/Named.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "upgrade/FirmwareUpgrade_Imp.h"
 
 #include <algorithm>
@@ -87,43 +88,43 @@ const StartCase kStarts[] = {
     {"FpgaVerification", &FirmwareUpgrade::startFpgaVerification, firmware::fpgaFile, false, kFlash},
 };
 
-class EveryStart : public testing::TestWithParam<StartCase> {
+class EveryStart : public hxtest::TestWithRow<StartCase> {
 protected:
     /// The result of a run of this kind on a unit whose contents differ from the file.
-    static eErr expected() { return GetParam().writes ? ERR_SUCCESS : ERR_VERIFY_FAILED; }
+    static eErr expected() { return row().writes ? ERR_SUCCESS : ERR_VERIFY_FAILED; }
     static eErr start(const Upgrade& upgrade, const std::string& file, bool blocking)
     {
-        return ((*upgrade).*GetParam().start)(file.c_str(), blocking);
+        return ((*upgrade).*row().start)(file.c_str(), blocking);
     }
 };
-INSTANTIATE_TEST_SUITE_P(FirmwareUpgrade, EveryStart, testing::ValuesIn(kStarts), kNameOfRow);
+TEST_ROWS_IN(FirmwareUpgrade, EveryStart, kNameOfRow, kStarts);
 
 } // namespace
 
-TEST_P(EveryStart, AnswersTheResultOfABlockingRun)
+ROW_TEST(EveryStart, AnswersTheResultOfABlockingRun)
 {
     SimulatedUnit unit;
     const Upgrade upgrade = makeUpgrade();
 
-    EXPECT_EQ(start(upgrade, GetParam().file(unit, firmware::pattern(1056)), true), expected());
+    EXPECT_EQ(start(upgrade, row().file(unit, firmware::pattern(1056)), true), expected());
 
     const UpgradeStatus status = statusOf(upgrade);
-    EXPECT_EQ(status.action, GetParam().writes ? UpgradeActionFinished : UpgradeActionFailed);
+    EXPECT_EQ(status.action, row().writes ? UpgradeActionFinished : UpgradeActionFailed);
     EXPECT_EQ(status.error, expected());
     EXPECT_EQ(status.percent, 0);
     EXPECT_THAT(status.reserved, ElementsAre(0, 0, 0));
     EXPECT_TRUE(lockIsFree());
 }
 
-TEST_P(EveryStart, ReportsTheResultOfARunOnItsOwnThreadInTheStatus)
+ROW_TEST(EveryStart, ReportsTheResultOfARunOnItsOwnThreadInTheStatus)
 {
     SimulatedUnit unit;
     const Upgrade upgrade = makeUpgrade();
 
-    EXPECT_EQ(start(upgrade, GetParam().file(unit, firmware::pattern(1056)), false), ERR_SUCCESS);
+    EXPECT_EQ(start(upgrade, row().file(unit, firmware::pattern(1056)), false), ERR_SUCCESS);
 
     const UpgradeStatus status = outcomeOf(upgrade);
-    EXPECT_EQ(status.action, GetParam().writes ? UpgradeActionFinished : UpgradeActionFailed);
+    EXPECT_EQ(status.action, row().writes ? UpgradeActionFinished : UpgradeActionFailed);
     EXPECT_EQ(status.error, expected());
     unit.settle();
     EXPECT_TRUE(lockIsFree());
@@ -131,10 +132,10 @@ TEST_P(EveryStart, ReportsTheResultOfARunOnItsOwnThreadInTheStatus)
     EXPECT_EQ(unit.get("uart.mode"), "0xc3");
 }
 
-TEST_P(EveryStart, IsInProgressWhileTheLockIsTaken)
+ROW_TEST(EveryStart, IsInProgressWhileTheLockIsTaken)
 {
     SimulatedUnit unit;
-    const std::string file = GetParam().file(unit, firmware::pattern(16));
+    const std::string file = row().file(unit, firmware::pattern(16));
     const Upgrade upgrade = makeUpgrade();
     int lock = 0;
     ASSERT_TRUE(LinuxWrapper::CreateSema(lock, kLock));
@@ -148,10 +149,10 @@ TEST_P(EveryStart, IsInProgressWhileTheLockIsTaken)
     LinuxWrapper::CloseSema(lock);
 }
 
-TEST_P(EveryStart, LeavesARunningJobAlone)
+ROW_TEST(EveryStart, LeavesARunningJobAlone)
 {
     SimulatedUnit unit;
-    const std::string file = GetParam().file(unit, firmware::pattern(4224));
+    const std::string file = row().file(unit, firmware::pattern(4224));
     const Upgrade first = makeUpgrade();
     const Upgrade second = makeUpgrade();
     ASSERT_EQ(start(first, file, false), ERR_SUCCESS);
@@ -162,10 +163,10 @@ TEST_P(EveryStart, LeavesARunningJobAlone)
     EXPECT_EQ(outcomeOf(first).error, expected());
 }
 
-TEST_P(EveryStart, ReleasesTheLockWhenNoThreadCanBeStarted)
+ROW_TEST(EveryStart, ReleasesTheLockWhenNoThreadCanBeStarted)
 {
     SimulatedUnit unit;
-    const std::string file = GetParam().file(unit, firmware::pattern(16));
+    const std::string file = row().file(unit, firmware::pattern(16));
     const Upgrade upgrade = makeUpgrade();
     unit.fail("thread", "start", EAGAIN);
 
@@ -174,10 +175,10 @@ TEST_P(EveryStart, ReleasesTheLockWhenNoThreadCanBeStarted)
     EXPECT_TRUE(lockIsFree());
 }
 
-TEST_P(EveryStart, ForgetsWhatWasReadOfTheRunBefore)
+ROW_TEST(EveryStart, ForgetsWhatWasReadOfTheRunBefore)
 {
     SimulatedUnit unit;
-    const std::string file = GetParam().file(unit, firmware::pattern(16));
+    const std::string file = row().file(unit, firmware::pattern(16));
     const Upgrade upgrade = makeUpgrade();
     ASSERT_EQ(start(upgrade, file, true), expected());
     for (int i = 0; i < 1000; ++i) // more than it published
@@ -190,10 +191,10 @@ TEST_P(EveryStart, ForgetsWhatWasReadOfTheRunBefore)
     EXPECT_EQ(statusOf(upgrade).error, ERR_SUCCESS);
 }
 
-TEST_P(EveryStart, LeavesNothingOpenWhenNoThreadCanBeStarted)
+ROW_TEST(EveryStart, LeavesNothingOpenWhenNoThreadCanBeStarted)
 {
     SimulatedUnit unit;
-    const std::string file = GetParam().file(unit, firmware::pattern(16));
+    const std::string file = row().file(unit, firmware::pattern(16));
     unit.fail("thread", "start", EAGAIN);
 
     EXPECT_EQ(start(makeUpgrade(), file, false), ERR_CREATE_THREAD);
@@ -201,7 +202,7 @@ TEST_P(EveryStart, LeavesNothingOpenWhenNoThreadCanBeStarted)
     EXPECT_EQ(unit.callsTo(std::string{"/"} + kLock).back(), "sem_close");
 }
 
-TEST_P(EveryStart, RunsAgainOnTheSameObjectAfterEveryOtherKindOfRun)
+ROW_TEST(EveryStart, RunsAgainOnTheSameObjectAfterEveryOtherKindOfRun)
 {
     SimulatedUnit unit;
     const Upgrade upgrade = makeUpgrade();
@@ -209,16 +210,16 @@ TEST_P(EveryStart, RunsAgainOnTheSameObjectAfterEveryOtherKindOfRun)
         (void)((*upgrade).*other.start)(other.file(unit, firmware::pattern(16)).c_str(), true);
     unit.clearJournal();
 
-    EXPECT_EQ(start(upgrade, GetParam().file(unit, firmware::pattern(1056)), true), expected());
+    EXPECT_EQ(start(upgrade, row().file(unit, firmware::pattern(1056)), true), expected());
 
     EXPECT_THAT(unit.callsTo("/dev/uart-redir"), Contains("open rdwr nonblock"));
     EXPECT_TRUE(lockIsFree());
 }
 
-TEST_P(EveryStart, PublishesTheBeginningOfEachRun)
+ROW_TEST(EveryStart, PublishesTheBeginningOfEachRun)
 {
     SimulatedUnit unit;
-    const std::string file = GetParam().file(unit, firmware::pattern(16));
+    const std::string file = row().file(unit, firmware::pattern(16));
     const Upgrade upgrade = makeUpgrade();
     const auto changesOfARun = [&] {
         unit.clearJournal();
@@ -232,11 +233,11 @@ TEST_P(EveryStart, PublishesTheBeginningOfEachRun)
     EXPECT_EQ(changesOfARun(), first);
 }
 
-TEST_P(EveryStart, MayBeReleasedRightAfterTheFinalStatus)
+ROW_TEST(EveryStart, MayBeReleasedRightAfterTheFinalStatus)
 {
     SimulatedUnit unit;
     Upgrade upgrade = makeUpgrade();
-    ASSERT_EQ(start(upgrade, GetParam().file(unit, firmware::pattern(528)), false), ERR_SUCCESS);
+    ASSERT_EQ(start(upgrade, row().file(unit, firmware::pattern(528)), false), ERR_SUCCESS);
     (void)outcomeOf(upgrade);
 
     upgrade.release();
@@ -245,11 +246,11 @@ TEST_P(EveryStart, MayBeReleasedRightAfterTheFinalStatus)
     EXPECT_TRUE(lockIsFree());
 }
 
-TEST_P(EveryStart, MayBeReleasedInTheMiddleOfARun)
+ROW_TEST(EveryStart, MayBeReleasedInTheMiddleOfARun)
 {
     SimulatedUnit unit;
     Upgrade upgrade = makeUpgrade();
-    ASSERT_EQ(start(upgrade, GetParam().file(unit, firmware::pattern(528)), false), ERR_SUCCESS);
+    ASSERT_EQ(start(upgrade, row().file(unit, firmware::pattern(528)), false), ERR_SUCCESS);
 
     upgrade.release();
 
@@ -257,23 +258,23 @@ TEST_P(EveryStart, MayBeReleasedInTheMiddleOfARun)
     EXPECT_TRUE(lockIsFree());
 }
 
-TEST_P(EveryStart, ReleasesTheLockAfterItsDevicesAreClosed)
+ROW_TEST(EveryStart, ReleasesTheLockAfterItsDevicesAreClosed)
 {
     SimulatedUnit unit;
     const Upgrade upgrade = makeUpgrade();
-    const std::string file = GetParam().file(unit, firmware::pattern(528));
+    const std::string file = row().file(unit, firmware::pattern(528));
 
     EXPECT_EQ(start(upgrade, file, true), expected());
 
     const std::vector<std::string> journal = unit.journal();
-    for (const std::string& device : GetParam().devices)
+    for (const std::string& device : row().devices)
         EXPECT_THAT(journal, InOrder({device + " close", std::string{"/"} + kLock + " sem_post"}));
 }
 
-TEST_P(EveryStart, ResetsTheStatusOfTheRunBefore)
+ROW_TEST(EveryStart, ResetsTheStatusOfTheRunBefore)
 {
     SimulatedUnit unit;
-    const std::string file = GetParam().file(unit, firmware::pattern(528));
+    const std::string file = row().file(unit, firmware::pattern(528));
     const Upgrade upgrade = makeUpgrade();
     EXPECT_EQ(start(upgrade, file, true), expected());
     ASSERT_NE(statusOf(upgrade).action, UpgradeActionPrepareHardware);

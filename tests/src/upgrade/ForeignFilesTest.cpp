@@ -5,6 +5,7 @@
 #include "simulator/model/Microcontroller.h"
 #include "testing/FirmwareFile.h"
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -63,17 +64,17 @@ const HexTool kHexTools[] = {
      "objcopy -I binary -O ihex --change-addresses 0x08000000 IN OUT && tr -d '\\r' <OUT >OUT.lf && mv OUT.lf OUT"},
 };
 
-class FileOfTool : public testing::TestWithParam<HexTool> {
+class FileOfTool : public hxtest::TestWithRow<HexTool> {
 protected:
     void SetUp() override
     {
-        if (!has(GetParam().program))
-            GTEST_SKIP() << "needs " << GetParam().program;
+        if (!has(row().program))
+            GTEST_SKIP() << "needs " << row().program;
     }
 
     static std::string make(const SimulatedUnit& unit, const Bytes& image)
     {
-        std::string command = GetParam().command;
+        std::string command = row().command;
         std::string out = unit.folder() + "/made.hex";
         const auto replace = [&](const std::string& what, const std::string& with) {
             for (std::size_t at = 0; (at = command.find(what, at)) != std::string::npos; at += with.size())
@@ -85,11 +86,11 @@ protected:
         return out;
     }
 };
-INSTANTIATE_TEST_SUITE_P(Hex, FileOfTool, testing::ValuesIn(kHexTools), kNameOfRow);
+TEST_ROWS_IN(Hex, FileOfTool, kNameOfRow, kHexTools);
 
 } // namespace
 
-TEST_P(FileOfTool, ReachesTheSupervisor)
+ROW_TEST(FileOfTool, ReachesTheSupervisor)
 {
     SimulatedUnit unit;
     const std::string file = make(unit, kSupervisor);
@@ -100,7 +101,7 @@ TEST_P(FileOfTool, ReachesTheSupervisor)
     EXPECT_EQ(run(&FirmwareUpgrade::startSSVerification, file), ERR_SUCCESS);
 }
 
-TEST_P(FileOfTool, ReachesTheFrontController)
+ROW_TEST(FileOfTool, ReachesTheFrontController)
 {
     SimulatedUnit unit;
     const std::string file = make(unit, kFront);

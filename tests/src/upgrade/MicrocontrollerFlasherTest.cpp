@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "simulator/model/Microcontroller.h"
 #include "testing/FirmwareFile.h"
+#include "testing/RowTest.h"
 #include "upgrade/Flasher_STM32.h"
 
 namespace microcontroller_flasher_test {
@@ -43,67 +44,67 @@ std::vector<std::string> stepsOf(SimulatedUnit& unit)
     return steps;
 }
 
-class EitherMicrocontroller : public testing::TestWithParam<Flasher_STM32::eDeviceType> {};
-INSTANTIATE_TEST_SUITE_P(Flasher, EitherMicrocontroller, testing::Values(kSupervisor, kFront));
+class EitherMicrocontroller : public hxtest::TestWithRow<Flasher_STM32::eDeviceType> {};
+TEST_ROWS(Flasher, EitherMicrocontroller, hxtest::kNumbered, kSupervisor, kFront);
 
 } // namespace
 
-TEST_P(EitherMicrocontroller, HoldsTheImageAfterAnUpgrade)
+ROW_TEST(EitherMicrocontroller, HoldsTheImageAfterAnUpgrade)
 {
     SimulatedUnit unit;
     const Bytes image = firmware::pattern(20000);
 
-    EXPECT_EQ(run(unit, GetParam(), image), ERR_SUCCESS);
+    EXPECT_EQ(run(unit, row(), image), ERR_SUCCESS);
 
-    EXPECT_EQ(flashOf(unit, GetParam(), image.size()), image);
+    EXPECT_EQ(flashOf(unit, row(), image.size()), image);
 }
 
-TEST_P(EitherMicrocontroller, HoldsAnImageOfEveryLengthOfItsLastBlock)
+ROW_TEST(EitherMicrocontroller, HoldsAnImageOfEveryLengthOfItsLastBlock)
 {
     for (std::size_t size = 256; size < 264; ++size) {
         SimulatedUnit unit;
         const Bytes image = firmware::pattern(size, static_cast<unsigned>(size));
 
-        EXPECT_EQ(run(unit, GetParam(), image), ERR_SUCCESS) << size;
-        EXPECT_EQ(flashOf(unit, GetParam(), size), image);
+        EXPECT_EQ(run(unit, row(), image), ERR_SUCCESS) << size;
+        EXPECT_EQ(flashOf(unit, row(), size), image);
     }
 }
 
-TEST_P(EitherMicrocontroller, HasZeroBytesInTheFilesHoles)
+ROW_TEST(EitherMicrocontroller, HasZeroBytesInTheFilesHoles)
 {
     SimulatedUnit unit;
-    Flasher_STM32 flasher{GetParam()};
+    Flasher_STM32 flasher{row()};
     flasher.setFileName(firmware::file(unit, firmware::linear(0x0800) + firmware::data(0, {1}) +
                                                  firmware::data(8, {2}) + std::string{firmware::kEnd})
                             .c_str());
 
     EXPECT_EQ(flasher.Run(Task::Program), ERR_SUCCESS);
 
-    EXPECT_THAT(flashOf(unit, GetParam(), 9), ElementsAre(1, 0, 0, 0, 0, 0, 0, 0, 2));
+    EXPECT_THAT(flashOf(unit, row(), 9), ElementsAre(1, 0, 0, 0, 0, 0, 0, 0, 2));
 }
 
-TEST_P(EitherMicrocontroller, IsOnlyReadByAVerification)
+ROW_TEST(EitherMicrocontroller, IsOnlyReadByAVerification)
 {
     SimulatedUnit unit;
-    const Bytes before = flashOf(unit, GetParam(), 4096);
+    const Bytes before = flashOf(unit, row(), 4096);
 
-    EXPECT_EQ(run(unit, GetParam(), before, Task::Verify), ERR_SUCCESS);
-    EXPECT_EQ(run(unit, GetParam(), firmware::pattern(16), Task::Verify), ERR_VERIFY_FAILED);
+    EXPECT_EQ(run(unit, row(), before, Task::Verify), ERR_SUCCESS);
+    EXPECT_EQ(run(unit, row(), firmware::pattern(16), Task::Verify), ERR_VERIFY_FAILED);
 
-    EXPECT_EQ(flashOf(unit, GetParam(), 4096), before);
+    EXPECT_EQ(flashOf(unit, row(), 4096), before);
 }
 
-TEST_P(EitherMicrocontroller, IsUntouchedByABadFile)
+ROW_TEST(EitherMicrocontroller, IsUntouchedByABadFile)
 {
     for (const char* const text : {"", "x", ":00000001FE", ":0100000001FF", ":01000000", ":01000000AB54\n"}) {
         SimulatedUnit unit;
-        const Bytes before = flashOf(unit, GetParam(), 1000);
-        Flasher_STM32 flasher{GetParam()};
+        const Bytes before = flashOf(unit, row(), 1000);
+        Flasher_STM32 flasher{row()};
         flasher.setFileName(firmware::file(unit, text).c_str());
 
         EXPECT_NE(flasher.Run(Task::Program), ERR_SUCCESS) << text;
 
-        EXPECT_EQ(flashOf(unit, GetParam(), 1000), before);
+        EXPECT_EQ(flashOf(unit, row(), 1000), before);
         EXPECT_THAT(unit.callsTo("/dev/ttyS0"), IsEmpty());
         EXPECT_EQ(unit.get("uart.direction"), "0");
     }

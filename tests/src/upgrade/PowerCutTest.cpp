@@ -6,6 +6,7 @@
 #include "simulator/model/Microcontroller.h"
 #include "testing/FirmwareFile.h"
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 
 #include <algorithm>
 
@@ -41,7 +42,7 @@ bool holdsTheImage(SimulatedUnit& unit, const Target& target)
     return std::equal(kImage.begin(), kImage.end(), ((*both).*target.chip).flash.begin());
 }
 
-class PowerCut : public testing::TestWithParam<Target> {
+class PowerCut : public hxtest::TestWithRow<Target> {
 protected:
     /// Number of acknowledgements, or bytes on the line, of a whole upgrade.
     static std::int64_t countOf(std::int64_t hxsim::Microcontroller::*counter, std::int64_t start)
@@ -49,33 +50,33 @@ protected:
         SimulatedUnit unit;
         {
             const auto both = unit.model<hxsim::Microcontrollers>();
-            ((*both).*GetParam().chip).*counter = start;
+            ((*both).*row().chip).*counter = start;
         }
-        EXPECT_EQ(upgrade(GetParam(), GetParam().file(unit, kImage)), ERR_SUCCESS);
+        EXPECT_EQ(upgrade(row(), row().file(unit, kImage)), ERR_SUCCESS);
         const auto both = unit.model<hxsim::Microcontrollers>();
-        return std::abs(((*both).*GetParam().chip).*counter - start);
+        return std::abs(((*both).*row().chip).*counter - start);
     }
 
     static void cutAndTryAgain(const std::string& fault, std::int64_t at)
     {
         SCOPED_TRACE(fault + " " + std::to_string(at));
         SimulatedUnit unit;
-        const std::string file = GetParam().file(unit, kImage);
-        unit.set(std::string{GetParam().name} + "." + fault, at);
+        const std::string file = row().file(unit, kImage);
+        unit.set(std::string{row().name} + "." + fault, at);
 
-        EXPECT_NE(upgrade(GetParam(), file), ERR_SUCCESS);
+        EXPECT_NE(upgrade(row(), file), ERR_SUCCESS);
         EXPECT_EQ(unit.get("uart.direction"), "0");
 
-        unit.act(std::string{"restore "} + GetParam().name);
-        EXPECT_EQ(upgrade(GetParam(), file), ERR_SUCCESS);
-        EXPECT_TRUE(holdsTheImage(unit, GetParam()));
+        unit.act(std::string{"restore "} + row().name);
+        EXPECT_EQ(upgrade(row(), file), ERR_SUCCESS);
+        EXPECT_TRUE(holdsTheImage(unit, row()));
     }
 };
-INSTANTIATE_TEST_SUITE_P(Microcontroller, PowerCut, testing::ValuesIn(kTargets), kNameOfRow);
+TEST_ROWS_IN(Microcontroller, PowerCut, kNameOfRow, kTargets);
 
 } // namespace
 
-TEST_P(PowerCut, AtEachAcknowledgementIsAFailureThatTheNextUpgradeMends)
+ROW_TEST(PowerCut, AtEachAcknowledgementIsAFailureThatTheNextUpgradeMends)
 {
     const std::int64_t acknowledgements = countOf(&hxsim::Microcontroller::acknowledgements, 0);
     ASSERT_EQ(acknowledgements, 1 + 3 * 2 + 2 + 4 * 3 + 4 * 3);
@@ -84,7 +85,7 @@ TEST_P(PowerCut, AtEachAcknowledgementIsAFailureThatTheNextUpgradeMends)
         cutAndTryAgain("cut-at-ack", at);
 }
 
-TEST_P(PowerCut, AtBytesAllOverTheUpgradeIsAFailureThatTheNextUpgradeMends)
+ROW_TEST(PowerCut, AtBytesAllOverTheUpgradeIsAFailureThatTheNextUpgradeMends)
 {
     constexpr std::int64_t kMoreThanEnough = 1000000;
     const std::int64_t bytes = countOf(&hxsim::Microcontroller::cutAtByte, kMoreThanEnough);

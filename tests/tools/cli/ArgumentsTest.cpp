@@ -3,6 +3,7 @@
 #include "tools/cli/Arguments.h"
 
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "tests/tools/cli/Kettle.h"
 
 #include <gmock/gmock.h>
@@ -31,102 +32,88 @@ struct Refused : Named {
     const char* text;
 };
 
-class Mistake : public testing::TestWithParam<Refused> {};
+class Mistake : public hxtest::TestWithRow<Refused> {};
 
-TEST_P(Mistake, IsNamed)
+ROW_TEST(Mistake, IsNamed)
 {
-    EXPECT_STREQ(mistakeIn(GetParam().words).what(), GetParam().text);
+    EXPECT_STREQ(mistakeIn(row().words).what(), row().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    InTheCommand, Mistake,
-    testing::Values(
-        Refused{"NoWord", {}, "missing argument: a command; 'kettle --help' lists them"},
-        Refused{"AMistypedCommand", {"biol"}, "there is no command 'biol'; did you mean 'boil'?"},
-        Refused{"ACommandUnlikeAll",
-                {"xyzzy"},
-                "there is no command 'xyzzy'; the commands are boil, lid, note, pour, start"},
-        Refused{"AnEmptyCommand", {""}, "there is no command ''; the commands are boil, lid, note, pour, start"},
-        Refused{"AMistypedOptionInFront", {"--jsn", "boil"}, "there is no option '--jsn'; did you mean '--json'?"},
-        Refused{"NoVerb", {"lid"}, "missing argument: a verb, one of get, set, set later"},
-        Refused{"AnOptionInTheVerbsPlace", {"lid", "--loud"}, "missing argument: a verb, one of get, set, set later"},
-        Refused{"AMistypedVerb", {"lid", "sett"}, "there is no verb 'sett'; did you mean 'set'?"},
-        Refused{"AVerbUnlikeAll", {"lid", "hide"}, "there is no verb 'hide'; the verbs are get, set, set later"},
-        Refused{
-            "TheSecondWordOfAVerb", {"lid", "later"}, "there is no verb 'later'; the verbs are get, set, set later"},
-        Refused{"OnlyFlagsOfEachVerb", {"--json"}, "missing argument: a command; 'kettle --help' lists them"}),
-    kNameOfRow);
+TEST_ROWS(
+    InTheCommand, Mistake, kNameOfRow, Refused{"NoWord", {}, "missing argument: a command; 'kettle --help' lists them"},
+    Refused{"AMistypedCommand", {"biol"}, "there is no command 'biol'; did you mean 'boil'?"},
+    Refused{
+        "ACommandUnlikeAll", {"xyzzy"}, "there is no command 'xyzzy'; the commands are boil, lid, note, pour, start"},
+    Refused{"AnEmptyCommand", {""}, "there is no command ''; the commands are boil, lid, note, pour, start"},
+    Refused{"AMistypedOptionInFront", {"--jsn", "boil"}, "there is no option '--jsn'; did you mean '--json'?"},
+    Refused{"NoVerb", {"lid"}, "missing argument: a verb, one of get, set, set later"},
+    Refused{"AnOptionInTheVerbsPlace", {"lid", "--loud"}, "missing argument: a verb, one of get, set, set later"},
+    Refused{"AMistypedVerb", {"lid", "sett"}, "there is no verb 'sett'; did you mean 'set'?"},
+    Refused{"AVerbUnlikeAll", {"lid", "hide"}, "there is no verb 'hide'; the verbs are get, set, set later"},
+    Refused{"TheSecondWordOfAVerb", {"lid", "later"}, "there is no verb 'later'; the verbs are get, set, set later"},
+    Refused{"OnlyFlagsOfEachVerb", {"--json"}, "missing argument: a command; 'kettle --help' lists them"});
 
-INSTANTIATE_TEST_SUITE_P(
-    InAValue, Mistake,
-    testing::Values(
-        Refused{"BelowTheRange", {"boil", "19"}, "heat: 19 is outside 20 to 100"},
-        Refused{"AboveTheRange", {"boil", "101"}, "heat: 101 is outside 20 to 100"},
-        Refused{"AFraction", {"boil", "20.5"}, "heat: '20.5' is not an integer"},
-        Refused{"AnExponent", {"boil", "1e2"}, "heat: '1e2' is not an integer"},
-        Refused{"AnEmptyText", {"boil", ""}, "heat: '' is not an integer"},
-        Refused{"AnotherUnit", {"boil", "90C"}, "heat: '90C' is not an integer"},
-        Refused{"ANumberBelowTheRange", {"lid", "set", "later", "open", "-1.5"}, "delay: -1.5 is outside -1 to 60"},
-        Refused{"WhatIsNotANumber", {"lid", "set", "later", "open", "soon"}, "delay: 'soon' is not a number"},
-        Refused{"AMistypedName",
-                {"lid", "set", "opne"},
-                "position: 'opne' is not one of closed, open, ajar; did you mean 'open'?"},
-        Refused{"ANameUnlikeAll", {"lid", "set", "gone"}, "position: 'gone' is not one of closed, open, ajar"},
-        Refused{"TheNumberOfNoName", {"lid", "set", "2"}, "position: '2' is not one of closed, open, ajar"},
-        Refused{"WhatItsOwnCheckRefuses", {"lid", "get", "--user", "bob!"}, "--user: 'bob!' shouts"},
-        Refused{"AMissingOne", {"lid", "set"}, "missing argument: position; usage: kettle lid set POSITION"},
-        Refused{"AMissingSecondOne",
-                {"lid", "set", "later", "open"},
-                "missing argument: delay; usage: kettle lid set later POSITION DELAY"},
-        Refused{"AMissingRepeatedOne", {"note", "add"}, "missing argument: line; usage: kettle note add LINE..."},
-        Refused{"AMissingProgram", {"start"}, "missing argument: program; usage: kettle start PROGRAM..."},
-        Refused{"OneTooMany", {"boil", "90", "95"}, "too many arguments: '95'; usage: kettle boil [HEAT]"},
-        Refused{"OneTooManyThatLooksLikeANumber",
-                {"boil", "90", "-5"},
-                "too many arguments: '-5'; usage: kettle boil [HEAT]"},
-        Refused{"OneTooManyBehindTheMark",
-                {"lid", "get", "--", "--json"},
-                "too many arguments: '--json'; usage: kettle lid get"}),
-    kNameOfRow);
+TEST_ROWS(InAValue, Mistake, kNameOfRow, Refused{"BelowTheRange", {"boil", "19"}, "heat: 19 is outside 20 to 100"},
+          Refused{"AboveTheRange", {"boil", "101"}, "heat: 101 is outside 20 to 100"},
+          Refused{"AFraction", {"boil", "20.5"}, "heat: '20.5' is not an integer"},
+          Refused{"AnExponent", {"boil", "1e2"}, "heat: '1e2' is not an integer"},
+          Refused{"AnEmptyText", {"boil", ""}, "heat: '' is not an integer"},
+          Refused{"AnotherUnit", {"boil", "90C"}, "heat: '90C' is not an integer"},
+          Refused{"ANumberBelowTheRange", {"lid", "set", "later", "open", "-1.5"}, "delay: -1.5 is outside -1 to 60"},
+          Refused{"WhatIsNotANumber", {"lid", "set", "later", "open", "soon"}, "delay: 'soon' is not a number"},
+          Refused{"AMistypedName",
+                  {"lid", "set", "opne"},
+                  "position: 'opne' is not one of closed, open, ajar; did you mean 'open'?"},
+          Refused{"ANameUnlikeAll", {"lid", "set", "gone"}, "position: 'gone' is not one of closed, open, ajar"},
+          Refused{"TheNumberOfNoName", {"lid", "set", "2"}, "position: '2' is not one of closed, open, ajar"},
+          Refused{"WhatItsOwnCheckRefuses", {"lid", "get", "--user", "bob!"}, "--user: 'bob!' shouts"},
+          Refused{"AMissingOne", {"lid", "set"}, "missing argument: position; usage: kettle lid set POSITION"},
+          Refused{"AMissingSecondOne",
+                  {"lid", "set", "later", "open"},
+                  "missing argument: delay; usage: kettle lid set later POSITION DELAY"},
+          Refused{"AMissingRepeatedOne", {"note", "add"}, "missing argument: line; usage: kettle note add LINE..."},
+          Refused{"AMissingProgram", {"start"}, "missing argument: program; usage: kettle start PROGRAM..."},
+          Refused{"OneTooMany", {"boil", "90", "95"}, "too many arguments: '95'; usage: kettle boil [HEAT]"},
+          Refused{"OneTooManyThatLooksLikeANumber",
+                  {"boil", "90", "-5"},
+                  "too many arguments: '-5'; usage: kettle boil [HEAT]"},
+          Refused{"OneTooManyBehindTheMark",
+                  {"lid", "get", "--", "--json"},
+                  "too many arguments: '--json'; usage: kettle lid get"});
 
-INSTANTIATE_TEST_SUITE_P(
-    InAnOption, Mistake,
-    testing::Values(
-        Refused{"Mistyped", {"boil", "--kep"}, "there is no option '--kep'; did you mean '--keep'?"},
-        Refused{"UnlikeAll", {"boil", "--xyzzy"}, "there is no option '--xyzzy'"},
-        Refused{"OfAnotherVerb", {"lid", "get", "--tag", "x"}, "there is no option '--tag'"},
-        Refused{"UnknownLetter", {"boil", "-x"}, "there is no option '-x'"},
-        Refused{"MistypedBesideAMissingValue",
-                {"lid", "set", "--jsno"},
-                "there is no option '--jsno'; did you mean '--json'?"},
-        Refused{"WithoutItsValue", {"boil", "--for"}, "--for needs a value"},
-        Refused{"WithAnEmptyValue", {"boil", "--for=", "90"}, "--for: '' is not a number"},
-        Refused{"GivenTwice", {"boil", "--for", "1", "--for", "2"}, "--for is given twice"},
-        Refused{"GivenTwiceInTwoForms", {"lid", "get", "--user=a", "-u", "b"}, "--user is given twice"},
-        Refused{"OutOfRange", {"boil", "--for", "0.4"}, "--for: 0.4 is outside 0.5 to 60"},
-        Refused{"NotANumber", {"boil", "--for", "long"}, "--for: 'long' is not a number"},
-        Refused{"Excluded", {"boil", "--keep", "--for", "1"}, "--keep and --for exclude each other"},
-        Refused{"ExcludedInTheOtherOrder", {"boil", "--for", "1", "--keep"}, "--keep and --for exclude each other"},
-        Refused{"WithoutTheOneThatItNeeds", {"boil", "--cup", "mine"}, "--cup needs --lid"},
-        Refused{"AFlagWithAValue", {"boil", "--keep=no"}, "--keep takes no value"},
-        Refused{"AFlagOfEachVerbWithAValue", {"boil", "--json=false"}, "--json takes no value"},
-        Refused{"HelpWithAValue", {"boil", "--help=yes"}, "--help takes no value"},
-        Refused{"ForRepetitionOfAVerbThatIsNotRepeated", {"lid", "get", "--watch"}, "there is no option '--watch'"}),
-    kNameOfRow);
+TEST_ROWS(InAnOption, Mistake, kNameOfRow,
+          Refused{"Mistyped", {"boil", "--kep"}, "there is no option '--kep'; did you mean '--keep'?"},
+          Refused{"UnlikeAll", {"boil", "--xyzzy"}, "there is no option '--xyzzy'"},
+          Refused{"OfAnotherVerb", {"lid", "get", "--tag", "x"}, "there is no option '--tag'"},
+          Refused{"UnknownLetter", {"boil", "-x"}, "there is no option '-x'"},
+          Refused{"MistypedBesideAMissingValue",
+                  {"lid", "set", "--jsno"},
+                  "there is no option '--jsno'; did you mean '--json'?"},
+          Refused{"WithoutItsValue", {"boil", "--for"}, "--for needs a value"},
+          Refused{"WithAnEmptyValue", {"boil", "--for=", "90"}, "--for: '' is not a number"},
+          Refused{"GivenTwice", {"boil", "--for", "1", "--for", "2"}, "--for is given twice"},
+          Refused{"GivenTwiceInTwoForms", {"lid", "get", "--user=a", "-u", "b"}, "--user is given twice"},
+          Refused{"OutOfRange", {"boil", "--for", "0.4"}, "--for: 0.4 is outside 0.5 to 60"},
+          Refused{"NotANumber", {"boil", "--for", "long"}, "--for: 'long' is not a number"},
+          Refused{"Excluded", {"boil", "--keep", "--for", "1"}, "--keep and --for exclude each other"},
+          Refused{"ExcludedInTheOtherOrder", {"boil", "--for", "1", "--keep"}, "--keep and --for exclude each other"},
+          Refused{"WithoutTheOneThatItNeeds", {"boil", "--cup", "mine"}, "--cup needs --lid"},
+          Refused{"AFlagWithAValue", {"boil", "--keep=no"}, "--keep takes no value"},
+          Refused{"AFlagOfEachVerbWithAValue", {"boil", "--json=false"}, "--json takes no value"},
+          Refused{"HelpWithAValue", {"boil", "--help=yes"}, "--help takes no value"},
+          Refused{"ForRepetitionOfAVerbThatIsNotRepeated", {"lid", "get", "--watch"}, "there is no option '--watch'"});
 
-INSTANTIATE_TEST_SUITE_P(
-    InAnOptionInFront, Mistake,
-    testing::Values(
-        Refused{"WithoutAValue", {"--timeout"}, "missing argument: a command; 'kettle --help' lists them"},
-        Refused{"WithoutACommand", {"--timeout", "2"}, "missing argument: a command; 'kettle --help' lists them"},
-        Refused{"OfOneWordWithoutACommand", {"--timeout=2"}, "missing argument: a command; 'kettle --help' lists them"},
-        Refused{"WithTheMarkForAValue",
-                {"--timeout", "--", "boil"},
-                "missing argument: a command; 'kettle --help' lists them"},
-        Refused{"WithABadValue", {"--timeout", "0", "boil"}, "--timeout: 0 is outside 0.1 to 60"},
-        Refused{"OfOneWordWithABadValue", {"--timeout=x", "boil"}, "--timeout: 'x' is not a number"},
-        Refused{"ThatOnlyOneVerbHas", {"--for", "1", "boil"}, "there is no option '--for'"}),
-    kNameOfRow);
+TEST_ROWS(InAnOptionInFront, Mistake, kNameOfRow,
+          Refused{"WithoutAValue", {"--timeout"}, "missing argument: a command; 'kettle --help' lists them"},
+          Refused{"WithoutACommand", {"--timeout", "2"}, "missing argument: a command; 'kettle --help' lists them"},
+          Refused{
+              "OfOneWordWithoutACommand", {"--timeout=2"}, "missing argument: a command; 'kettle --help' lists them"},
+          Refused{"WithTheMarkForAValue",
+                  {"--timeout", "--", "boil"},
+                  "missing argument: a command; 'kettle --help' lists them"},
+          Refused{"WithABadValue", {"--timeout", "0", "boil"}, "--timeout: 0 is outside 0.1 to 60"},
+          Refused{"OfOneWordWithABadValue", {"--timeout=x", "boil"}, "--timeout: 'x' is not a number"},
+          Refused{"ThatOnlyOneVerbHas", {"--for", "1", "boil"}, "there is no option '--for'"});
 
 TEST(Mistakes, SuggestNoOptionThatTheProgramLacks)
 {
@@ -151,51 +138,45 @@ struct Taken : Named {
     Words texts;
 };
 
-class Value : public testing::TestWithParam<Taken> {};
+class Value : public hxtest::TestWithRow<Taken> {};
 
-TEST_P(Value, IsTakenAsItIs)
+ROW_TEST(Value, IsTakenAsItIs)
 {
-    const Arguments arguments(kettle::program(), GetParam().words);
+    const Arguments arguments(kettle::program(), row().words);
 
-    EXPECT_EQ(arguments.texts(GetParam().value), GetParam().texts);
+    EXPECT_EQ(arguments.texts(row().value), row().texts);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, Value,
-    testing::Values(
-        Taken{"AnOptionBehindAnEqualsSign", {"boil", "--for=2"}, "for", {"2"}},
-        Taken{"AnOptionInFrontOfTheValue", {"boil", "--for", "2", "90"}, "heat", {"90"}},
-        Taken{"ALetter", {"note", "add", "x", "-t", "a"}, "tag", {"a"}},
-        Taken{"ALetterInOneWord", {"note", "add", "x", "-ta"}, "tag", {"a"}},
-        Taken{"ARepeatedOption", {"note", "add", "x", "--tag", "a", "--tag=b", "-t", "c"}, "tag", {"a", "b", "c"}},
-        Taken{"AnEmptyOption", {"note", "add", "x", "--tag=", "y"}, "tag", {""}},
-        Taken{"AWordBehindAnEmptyOption", {"note", "add", "x", "--tag=", "y"}, "line", {"x", "y"}},
-        Taken{"AnOptionThatHasAnEqualsSign", {"note", "add", "x", "--tag", "a="}, "tag", {"a="}},
-        Taken{"AProgramWithAnEmptyOption", {"start", "radio", "--station="}, "program", {"radio", "--station="}},
-        Taken{"ANegativeNumber", {"lid", "set", "later", "open", "-0.5"}, "delay", {"-0.5"}},
-        Taken{"ANegativeNumberWithoutAZero", {"lid", "set", "later", "open", "-.5"}, "delay", {"-.5"}},
-        Taken{"SeveralWords", {"note", "add", "a", "b", "c"}, "line", {"a", "b", "c"}},
-        Taken{"AnEmptyWord", {"note", "add", ""}, "line", {""}},
-        Taken{"WordsLikeVerbsAndObjects",
-              {"note", "add", "add", "note", "lid", "set"},
-              "line",
-              {"add", "note", "lid", "set"}},
-        Taken{"WordsLikeOptionsBehindTheMark",
-              {"note", "add", "--", "--json", "-t", "--"},
-              "line",
-              {"--json", "-t", "--"}},
-        Taken{"ListsInBrackets", {"note", "add", "[a,b]", "++", "{}"}, "line", {"[a,b]", "++", "{}"}},
-        Taken{"AListOfAnOption", {"note", "add", "x", "--tag", "[a,b]"}, "tag", {"[a,b]"}},
-        Taken{"WordsThatTheShieldBeginsWith", {"note", "add", "\x1a", "\x1a-5"}, "line", {"\x1a", "\x1a-5"}},
-        Taken{"ADash", {"note", "show", "-"}, "about", {"-"}},
-        Taken{"AProgramWithItsOwnOptions", {"start", "radio", "-v", "--help"}, "program", {"radio", "-v", "--help"}},
-        Taken{"AProgramBehindTheMark", {"start", "-v", "3", "--", "radio", "--json"}, "program", {"radio", "--json"}},
-        Taken{"AnOptionInFrontOfTheCommand", {"--timeout", "2", "lid", "get"}, "timeout", {"2"}},
-        Taken{"AnOptionOfOneWordInFrontOfTheCommand", {"--timeout=2", "lid", "get"}, "timeout", {"2"}},
-        Taken{"SeveralInFrontOfTheCommand", {"--timeout", "2", "--user", "bob", "lid", "get"}, "user", {"bob"}},
-        Taken{"SeveralInFrontInAnotherOrder", {"--user", "bob", "--timeout=2", "lid", "get"}, "timeout", {"2"}},
-        Taken{"OneInFrontThatLooksLikeTheCommand", {"--user", "lid", "lid", "get"}, "user", {"lid"}}),
-    kNameOfRow);
+TEST_ROWS(
+    Of, Value, kNameOfRow, Taken{"AnOptionBehindAnEqualsSign", {"boil", "--for=2"}, "for", {"2"}},
+    Taken{"AnOptionInFrontOfTheValue", {"boil", "--for", "2", "90"}, "heat", {"90"}},
+    Taken{"ALetter", {"note", "add", "x", "-t", "a"}, "tag", {"a"}},
+    Taken{"ALetterInOneWord", {"note", "add", "x", "-ta"}, "tag", {"a"}},
+    Taken{"ARepeatedOption", {"note", "add", "x", "--tag", "a", "--tag=b", "-t", "c"}, "tag", {"a", "b", "c"}},
+    Taken{"AnEmptyOption", {"note", "add", "x", "--tag=", "y"}, "tag", {""}},
+    Taken{"AWordBehindAnEmptyOption", {"note", "add", "x", "--tag=", "y"}, "line", {"x", "y"}},
+    Taken{"AnOptionThatHasAnEqualsSign", {"note", "add", "x", "--tag", "a="}, "tag", {"a="}},
+    Taken{"AProgramWithAnEmptyOption", {"start", "radio", "--station="}, "program", {"radio", "--station="}},
+    Taken{"ANegativeNumber", {"lid", "set", "later", "open", "-0.5"}, "delay", {"-0.5"}},
+    Taken{"ANegativeNumberWithoutAZero", {"lid", "set", "later", "open", "-.5"}, "delay", {"-.5"}},
+    Taken{"SeveralWords", {"note", "add", "a", "b", "c"}, "line", {"a", "b", "c"}},
+    Taken{"AnEmptyWord", {"note", "add", ""}, "line", {""}},
+    Taken{"WordsLikeVerbsAndObjects",
+          {"note", "add", "add", "note", "lid", "set"},
+          "line",
+          {"add", "note", "lid", "set"}},
+    Taken{"WordsLikeOptionsBehindTheMark", {"note", "add", "--", "--json", "-t", "--"}, "line", {"--json", "-t", "--"}},
+    Taken{"ListsInBrackets", {"note", "add", "[a,b]", "++", "{}"}, "line", {"[a,b]", "++", "{}"}},
+    Taken{"AListOfAnOption", {"note", "add", "x", "--tag", "[a,b]"}, "tag", {"[a,b]"}},
+    Taken{"WordsThatTheShieldBeginsWith", {"note", "add", "\x1a", "\x1a-5"}, "line", {"\x1a", "\x1a-5"}},
+    Taken{"ADash", {"note", "show", "-"}, "about", {"-"}},
+    Taken{"AProgramWithItsOwnOptions", {"start", "radio", "-v", "--help"}, "program", {"radio", "-v", "--help"}},
+    Taken{"AProgramBehindTheMark", {"start", "-v", "3", "--", "radio", "--json"}, "program", {"radio", "--json"}},
+    Taken{"AnOptionInFrontOfTheCommand", {"--timeout", "2", "lid", "get"}, "timeout", {"2"}},
+    Taken{"AnOptionOfOneWordInFrontOfTheCommand", {"--timeout=2", "lid", "get"}, "timeout", {"2"}},
+    Taken{"SeveralInFrontOfTheCommand", {"--timeout", "2", "--user", "bob", "lid", "get"}, "user", {"bob"}},
+    Taken{"SeveralInFrontInAnotherOrder", {"--user", "bob", "--timeout=2", "lid", "get"}, "timeout", {"2"}},
+    Taken{"OneInFrontThatLooksLikeTheCommand", {"--user", "lid", "lid", "get"}, "user", {"lid"}});
 
 TEST(Arguments, FindTheVerbWithTheMostWords)
 {
@@ -286,27 +267,23 @@ struct Spoken : Named {
     std::size_t used;
 };
 
-class FoundVerb : public testing::TestWithParam<Spoken> {};
+class FoundVerb : public hxtest::TestWithRow<Spoken> {};
 
-TEST_P(FoundVerb, HasTheLongestNameThatTheWordsBeginWith)
+ROW_TEST(FoundVerb, HasTheLongestNameThatTheWordsBeginWith)
 {
-    const auto [verb, used] = cli::findVerb(*kettle::program().find("lid"), GetParam().words);
+    const auto [verb, used] = cli::findVerb(*kettle::program().find("lid"), row().words);
 
-    ASSERT_EQ(verb != nullptr, GetParam().verb != nullptr);
-    EXPECT_EQ(used, GetParam().used);
+    ASSERT_EQ(verb != nullptr, row().verb != nullptr);
+    EXPECT_EQ(used, row().used);
     if (verb != nullptr) {
-        EXPECT_EQ(verb->name, GetParam().verb);
+        EXPECT_EQ(verb->name, row().verb);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, FoundVerb,
-                         testing::Values(Spoken{"OneWord", {"set"}, "set", 1},
-                                         Spoken{"TwoWords", {"set", "later"}, "set later", 2},
-                                         Spoken{"AValueBehind", {"set", "open"}, "set", 1},
-                                         Spoken{"TheBeginningOfAWord", {"se"}, nullptr, 0},
-                                         Spoken{"AWordThatIsLonger", {"sets"}, nullptr, 0},
-                                         Spoken{"NoWord", {}, nullptr, 0}),
-                         kNameOfRow);
+TEST_ROWS(Of, FoundVerb, kNameOfRow, Spoken{"OneWord", {"set"}, "set", 1},
+          Spoken{"TwoWords", {"set", "later"}, "set later", 2}, Spoken{"AValueBehind", {"set", "open"}, "set", 1},
+          Spoken{"TheBeginningOfAWord", {"se"}, nullptr, 0}, Spoken{"AWordThatIsLonger", {"sets"}, nullptr, 0},
+          Spoken{"NoWord", {}, nullptr, 0});
 
 TEST(OptionNamed, IsFoundByItsNameAndItsLetterUnlessItIsAFlag)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The words that may stand at the end of an unfinished command line, and the scripts that offer them.
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "tests/tools/cli/Kettle.h"
 #include "tools/cli/Completion.h"
 
@@ -27,64 +28,51 @@ struct Line : Named {
     Words offered;
 };
 
-class Offered : public testing::TestWithParam<Line> {};
+class Offered : public hxtest::TestWithRow<Line> {};
 
-TEST_P(Offered, IsWhatCanStandAtTheEnd)
+ROW_TEST(Offered, IsWhatCanStandAtTheEnd)
 {
-    EXPECT_EQ(wordsOf(cli::candidates(kettle::program(), GetParam().words)), GetParam().offered);
+    EXPECT_EQ(wordsOf(cli::candidates(kettle::program(), row().words)), row().offered);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Command, Offered,
-    testing::Values(Line{"ForNoWord", {}, {"boil", "lid", "note", "pour", "start"}},
-                    Line{"ForAnEmptyWord", {""}, {"boil", "lid", "note", "pour", "start"}},
-                    Line{"ThatBeginsLikeTheWord", {"l"}, {"lid"}}, Line{"BehindHelp", {"help", "l"}, {"lid"}},
-                    Line{"ForNothing", {"xyzzy"}, {}}, Line{"BehindAnUnknownOne", {"xyzzy", ""}, {}},
-                    Line{"OrOption", {"-"}, {"--help", "--json", "--timeout", "--user", "--version"}}),
-    kNameOfRow);
+TEST_ROWS(Command, Offered, kNameOfRow, Line{"ForNoWord", {}, {"boil", "lid", "note", "pour", "start"}},
+          Line{"ForAnEmptyWord", {""}, {"boil", "lid", "note", "pour", "start"}},
+          Line{"ThatBeginsLikeTheWord", {"l"}, {"lid"}}, Line{"BehindHelp", {"help", "l"}, {"lid"}},
+          Line{"ForNothing", {"xyzzy"}, {}}, Line{"BehindAnUnknownOne", {"xyzzy", ""}, {}},
+          Line{"OrOption", {"-"}, {"--help", "--json", "--timeout", "--user", "--version"}});
 
-INSTANTIATE_TEST_SUITE_P(
-    VerbOrValue, Offered,
-    testing::Values(Line{"VerbOnce", {"lid", ""}, {"get", "set"}},
-                    Line{"VerbBehindHelp", {"help", "lid", "g"}, {"get"}},
-                    Line{"SecondWordOfAVerbBesideValues", {"lid", "set", ""}, {"ajar", "closed", "later", "open"}},
-                    Line{"ThatBeginsLikeTheWord", {"lid", "set", "o"}, {"open"}},
-                    Line{"BehindAVerbOfTwoWords", {"lid", "set", "later", ""}, {"ajar", "closed", "open"}},
-                    Line{"BehindTheLast", {"lid", "set", "open", ""}, {}},
-                    Line{"OfANumber", {"lid", "set", "later", "open", ""}, {}},
-                    Line{"BehindAFlag", {"lid", "set", "--json", "o"}, {"open"}},
-                    Line{"BehindAnOptionWithItsValue", {"lid", "set", "--timeout", "2", "o"}, {"open"}},
-                    Line{"BehindAnOptionOfOneWord", {"lid", "set", "--timeout=2", "o"}, {"open"}},
-                    Line{"BehindTheMark", {"lid", "set", "--", "o"}, {"open"}},
-                    Line{"Repeated", {"pour", "recipe", "tea", ""}, {"tea-milk"}}, Line{"OfAFile", {"pour", ""}, {}}),
-    kNameOfRow);
+TEST_ROWS(VerbOrValue, Offered, kNameOfRow, Line{"VerbOnce", {"lid", ""}, {"get", "set"}},
+          Line{"VerbBehindHelp", {"help", "lid", "g"}, {"get"}},
+          Line{"SecondWordOfAVerbBesideValues", {"lid", "set", ""}, {"ajar", "closed", "later", "open"}},
+          Line{"ThatBeginsLikeTheWord", {"lid", "set", "o"}, {"open"}},
+          Line{"BehindAVerbOfTwoWords", {"lid", "set", "later", ""}, {"ajar", "closed", "open"}},
+          Line{"BehindTheLast", {"lid", "set", "open", ""}, {}},
+          Line{"OfANumber", {"lid", "set", "later", "open", ""}, {}},
+          Line{"BehindAFlag", {"lid", "set", "--json", "o"}, {"open"}},
+          Line{"BehindAnOptionWithItsValue", {"lid", "set", "--timeout", "2", "o"}, {"open"}},
+          Line{"BehindAnOptionOfOneWord", {"lid", "set", "--timeout=2", "o"}, {"open"}},
+          Line{"BehindTheMark", {"lid", "set", "--", "o"}, {"open"}},
+          Line{"Repeated", {"pour", "recipe", "tea", ""}, {"tea-milk"}}, Line{"OfAFile", {"pour", ""}, {}});
 
-INSTANTIATE_TEST_SUITE_P(
-    Option, Offered,
-    testing::Values(Line{"OfTheVerb", {"boil", "--l"}, {"--lid"}},
-                    Line{"OfARepeatedVerb", {"boil", "--c"}, {"--count", "--cup"}},
-                    Line{"OfAVerbThatIsNotRepeated", {"lid", "get", "--c"}, {}},
-                    Line{"OfEachVerb", {"lid", "get", "--"}, {"--help", "--json", "--timeout", "--user"}},
-                    Line{"NotBehindTheMark", {"lid", "set", "--", "-"}, {}}),
-    kNameOfRow);
+TEST_ROWS(Option, Offered, kNameOfRow, Line{"OfTheVerb", {"boil", "--l"}, {"--lid"}},
+          Line{"OfARepeatedVerb", {"boil", "--c"}, {"--count", "--cup"}},
+          Line{"OfAVerbThatIsNotRepeated", {"lid", "get", "--c"}, {}},
+          Line{"OfEachVerb", {"lid", "get", "--"}, {"--help", "--json", "--timeout", "--user"}},
+          Line{"NotBehindTheMark", {"lid", "set", "--", "-"}, {}});
 
-INSTANTIATE_TEST_SUITE_P(ValueOfAnOption, Offered,
-                         testing::Values(Line{"OfAChoice", {"boil", "--lid", ""}, {"ajar", "closed", "open"}},
-                                         Line{"OfANumber", {"boil", "--for", ""}, {}},
-                                         Line{"ThatIsLive", {"lid", "get", "--user", ""}, {"alice", "bob"}},
-                                         Line{"OfALetter", {"lid", "get", "-u", "b"}, {"bob"}},
-                                         Line{"BehindAFlag", {"lid", "get", "--json", "--user", "a"}, {"alice"}},
-                                         Line{"EvenIfItLooksLikeOne", {"boil", "--for", "--lid", ""}, {}}),
-                         kNameOfRow);
+TEST_ROWS(ValueOfAnOption, Offered, kNameOfRow, Line{"OfAChoice", {"boil", "--lid", ""}, {"ajar", "closed", "open"}},
+          Line{"OfANumber", {"boil", "--for", ""}, {}},
+          Line{"ThatIsLive", {"lid", "get", "--user", ""}, {"alice", "bob"}},
+          Line{"OfALetter", {"lid", "get", "-u", "b"}, {"bob"}},
+          Line{"BehindAFlag", {"lid", "get", "--json", "--user", "a"}, {"alice"}},
+          Line{"EvenIfItLooksLikeOne", {"boil", "--for", "--lid", ""}, {}});
 
-INSTANTIATE_TEST_SUITE_P(
-    Program, Offered,
-    testing::Values(Line{"Itself", {"start", ""}, {"tea"}}, Line{"BehindAnOption", {"start", "-v", "3", ""}, {"tea"}},
-                    Line{"BehindTheMark", {"start", "--", ""}, {"tea"}},
-                    Line{"WithItsOwnWords", {"start", "radio", ""}, {"radio-milk"}},
-                    Line{"WithItsOwnWordsBehindTheMark", {"start", "--", "radio", "loud", ""}, {"loud-milk"}},
-                    Line{"WithoutOptionsOfTheStarter", {"start", "radio", "-"}, {}}),
-    kNameOfRow);
+TEST_ROWS(Program, Offered, kNameOfRow, Line{"Itself", {"start", ""}, {"tea"}},
+          Line{"BehindAnOption", {"start", "-v", "3", ""}, {"tea"}},
+          Line{"BehindTheMark", {"start", "--", ""}, {"tea"}},
+          Line{"WithItsOwnWords", {"start", "radio", ""}, {"radio-milk"}},
+          Line{"WithItsOwnWordsBehindTheMark", {"start", "--", "radio", "loud", ""}, {"loud-milk"}},
+          Line{"WithoutOptionsOfTheStarter", {"start", "radio", "-"}, {}});
 
 TEST(Candidates, ExplainTheirUnitAndRange)
 {

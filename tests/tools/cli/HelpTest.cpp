@@ -3,6 +3,7 @@
 #include "tools/cli/Help.h"
 
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "tests/tools/cli/Kettle.h"
 #include "tools/cli/Manual.h"
 
@@ -157,39 +158,37 @@ Argument shown(Argument argument, const char* name)
 constexpr double kLowest = std::numeric_limits<double>::lowest();
 constexpr double kHighest = std::numeric_limits<double>::max();
 
-class Explanation : public testing::TestWithParam<Row> {};
+class Explanation : public hxtest::TestWithRow<Row> {};
 
-TEST_P(Explanation, NamesUnitAndRange)
+ROW_TEST(Explanation, NamesUnitAndRange)
 {
-    EXPECT_EQ(cli::optionTerm(GetParam().argument), GetParam().term);
-    EXPECT_EQ(cli::explanation(GetParam().argument), GetParam().text);
+    EXPECT_EQ(cli::optionTerm(row().argument), row().term);
+    EXPECT_EQ(cli::explanation(row().argument), row().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, Explanation,
-    testing::Values(
-        Row{"Seconds", cli::real("for", 0.01, 86400, "s", "how long"), "--for SECONDS", "how long (0.01 to 86400 s)"},
-        Row{"Milliseconds", cli::integer("for", 0, 5, "ms", "how long"), "--for MILLISECONDS", "how long (0 to 5 ms)"},
-        Row{"Volts", cli::real("at", 9, 28, "V", ""), "--at VOLTS", "9 to 28 V"},
-        Row{"Hertz", cli::integer("tone", 1, 2, "Hz", "pitch"), "--tone HERTZ", "pitch (1 to 2 Hz)"},
-        Row{"Percent", cli::integer("duty", 0, 100, "%", "share"), "--duty PERCENT", "share (0 to 100 %)"},
-        Row{"Degrees", cli::integer("heat", -25, 5, "degrees C", "how hot"), "--heat DEGREES",
-            "how hot (-25 to 5 degrees C)"},
-        Row{"AnotherUnit", cli::integer("count", 1, 1e9, "times", "how often"), "--count TIMES",
-            "how often (1 to 1000000000 times)"},
-        Row{"AUnitWithoutARange", cli::real("light", kLowest, kHighest, "lux", "how bright"), "--light LUX",
-            "how bright (in lux)"},
-        Row{"ALowestValueAlone", cli::real("x", 1, kHighest, "", "x"), "--x X", "x (1 to 1.79769313486232e+308)"},
-        Row{"NoUnit", cli::integer("level", 0, 255, "", "how bright"), "--level LEVEL", "how bright (0 to 255)"},
-        Row{"AFlag", cli::flag("all", "everything"), "--all", "everything"},
-        Row{"AText", cli::text("key", "which"), "--key KEY", "which"},
-        Row{"AChoice", cli::choice("noise", kNoise, "how loud"), "--noise NOISE", "how loud (quiet, loud)"},
-        Row{"NamesBesideNumbers", named(cli::integer("noise", 0, 9, "", "how loud")), "--noise NOISE",
-            "how loud (quiet, loud, or 0 to 9)"},
-        Row{"ANameOfItsOwn", shown(cli::real("for", 0, 1, "s", "how long"), "TIME"), "--for TIME",
-            "how long (0 to 1 s)"},
-        Row{"NothingToExplain", cli::text("key", ""), "--key KEY", ""}),
-    kNameOfRow);
+TEST_ROWS(Of, Explanation, kNameOfRow,
+          Row{"Seconds", cli::real("for", 0.01, 86400, "s", "how long"), "--for SECONDS", "how long (0.01 to 86400 s)"},
+          Row{"Milliseconds", cli::integer("for", 0, 5, "ms", "how long"), "--for MILLISECONDS",
+              "how long (0 to 5 ms)"},
+          Row{"Volts", cli::real("at", 9, 28, "V", ""), "--at VOLTS", "9 to 28 V"},
+          Row{"Hertz", cli::integer("tone", 1, 2, "Hz", "pitch"), "--tone HERTZ", "pitch (1 to 2 Hz)"},
+          Row{"Percent", cli::integer("duty", 0, 100, "%", "share"), "--duty PERCENT", "share (0 to 100 %)"},
+          Row{"Degrees", cli::integer("heat", -25, 5, "degrees C", "how hot"), "--heat DEGREES",
+              "how hot (-25 to 5 degrees C)"},
+          Row{"AnotherUnit", cli::integer("count", 1, 1e9, "times", "how often"), "--count TIMES",
+              "how often (1 to 1000000000 times)"},
+          Row{"AUnitWithoutARange", cli::real("light", kLowest, kHighest, "lux", "how bright"), "--light LUX",
+              "how bright (in lux)"},
+          Row{"ALowestValueAlone", cli::real("x", 1, kHighest, "", "x"), "--x X", "x (1 to 1.79769313486232e+308)"},
+          Row{"NoUnit", cli::integer("level", 0, 255, "", "how bright"), "--level LEVEL", "how bright (0 to 255)"},
+          Row{"AFlag", cli::flag("all", "everything"), "--all", "everything"},
+          Row{"AText", cli::text("key", "which"), "--key KEY", "which"},
+          Row{"AChoice", cli::choice("noise", kNoise, "how loud"), "--noise NOISE", "how loud (quiet, loud)"},
+          Row{"NamesBesideNumbers", named(cli::integer("noise", 0, 9, "", "how loud")), "--noise NOISE",
+              "how loud (quiet, loud, or 0 to 9)"},
+          Row{"ANameOfItsOwn", shown(cli::real("for", 0, 1, "s", "how long"), "TIME"), "--for TIME",
+              "how long (0 to 1 s)"},
+          Row{"NothingToExplain", cli::text("key", ""), "--key KEY", ""});
 
 TEST(Metavariable, ShowsWhetherAValueIsOptionalOrRepeated)
 {
@@ -205,15 +204,15 @@ struct Request : Named {
     const char* begins; // null: the words request no text
 };
 
-class Information : public testing::TestWithParam<Request> {};
+class Information : public hxtest::TestWithRow<Request> {};
 
-TEST_P(Information, IsWhatTheWordsRequest)
+ROW_TEST(Information, IsWhatTheWordsRequest)
 {
-    const auto text = cli::information(kettle::program(), GetParam().words);
+    const auto text = cli::information(kettle::program(), row().words);
 
-    ASSERT_EQ(text.has_value(), GetParam().begins != nullptr) << *text;
+    ASSERT_EQ(text.has_value(), row().begins != nullptr) << *text;
     if (text) {
-        EXPECT_THAT(*text, testing::StartsWith(GetParam().begins));
+        EXPECT_THAT(*text, testing::StartsWith(row().begins));
     }
 }
 
@@ -221,41 +220,33 @@ constexpr const char* kProgram = "kettle COMMAND [VALUES]\n";
 constexpr const char* kVersion = "kettle 2.5\n";
 constexpr const char* kManual = ".\\\" Made from";
 
-INSTANTIATE_TEST_SUITE_P(
-    OnTheProgram, Information,
-    testing::Values(Request{"Version", {"--version"}, kVersion}, Request{"ShortVersion", {"-V"}, kVersion},
-                    Request{"VersionWithOneDash", {"-version"}, kVersion},
-                    Request{"VersionBehindAFlag", {"--json", "--version"}, kVersion},
-                    Request{"Manual", {"--man"}, kManual}, Request{"ManualBehindAFlag", {"--json", "--man"}, kManual},
-                    Request{"HelpAlone", {"help"}, kProgram}, Request{"Usage", {"--usage"}, kProgram},
-                    Request{"QuestionMark", {"-?"}, kProgram}, Request{"OneDash", {"-help"}, kProgram},
-                    Request{"Short", {"-h"}, kProgram}, Request{"BesideAnotherOption", {"--json", "--help"}, kProgram},
-                    Request{"NoWord", {}, nullptr}, Request{"ACommand", {"lid"}, nullptr},
-                    Request{"VersionBehindACommand", {"lid", "--version"}, nullptr}),
-    kNameOfRow);
+TEST_ROWS(OnTheProgram, Information, kNameOfRow, Request{"Version", {"--version"}, kVersion},
+          Request{"ShortVersion", {"-V"}, kVersion}, Request{"VersionWithOneDash", {"-version"}, kVersion},
+          Request{"VersionBehindAFlag", {"--json", "--version"}, kVersion}, Request{"Manual", {"--man"}, kManual},
+          Request{"ManualBehindAFlag", {"--json", "--man"}, kManual}, Request{"HelpAlone", {"help"}, kProgram},
+          Request{"Usage", {"--usage"}, kProgram}, Request{"QuestionMark", {"-?"}, kProgram},
+          Request{"OneDash", {"-help"}, kProgram}, Request{"Short", {"-h"}, kProgram},
+          Request{"BesideAnotherOption", {"--json", "--help"}, kProgram}, Request{"NoWord", {}, nullptr},
+          Request{"ACommand", {"lid"}, nullptr}, Request{"VersionBehindACommand", {"lid", "--version"}, nullptr});
 
-INSTANTIATE_TEST_SUITE_P(
-    OnACommand, Information,
-    testing::Values(
-        Request{"InFront", {"help", "lid"}, "kettle lid: the lid\n"},
-        Request{"Behind", {"lid", "help"}, "kettle lid: the lid\n"},
-        Request{"OfAVerb", {"lid", "get", "--help"}, "kettle lid get\n"},
-        Request{"OfAVerbInBetween", {"lid", "--help", "get"}, "kettle lid get\n"},
-        Request{"OfAVerbOfTwoWords", {"help", "lid", "set", "later"}, "kettle lid set later POSITION DELAY\n"},
-        Request{"OfAVerbWithItsValues", {"lid", "set", "open", "-h"}, "kettle lid set POSITION\n"},
-        Request{"OfAVerbWithBadValues", {"lid", "set", "xyzzy", "-h"}, "kettle lid set POSITION\n"},
-        Request{"OfACommandWithoutVerbs", {"boil", "help"}, "kettle boil [HEAT]\n"},
-        Request{"TheWordInPlaceOfAChoice", {"lid", "set", "help"}, "kettle lid set POSITION\n"},
-        Request{"TheWordInPlaceOfAText", {"note", "show", "help"}, nullptr},
-        Request{"TheWordInPlaceOfAFile", {"pour", "help"}, nullptr},
-        Request{"TheWordInPlaceOfAProgram", {"start", "help"}, nullptr},
-        Request{"TheWordBehindAValue", {"lid", "set", "open", "help"}, nullptr},
-        Request{"BehindTheMark", {"note", "add", "--", "--help"}, nullptr},
-        Request{"OfTheProgramThatIsStarted", {"start", "radio", "--help"}, nullptr},
-        Request{"OfTheProgramBehindAnOption", {"start", "-v", "3", "radio", "--help"}, nullptr},
-        Request{"InFrontOfTheProgram", {"start", "-v", "3", "--help"}, "kettle start PROGRAM...\n"},
-        Request{"InFrontOfTheProgramThatFollows", {"start", "--help", "radio"}, "kettle start PROGRAM...\n"}),
-    kNameOfRow);
+TEST_ROWS(OnACommand, Information, kNameOfRow, Request{"InFront", {"help", "lid"}, "kettle lid: the lid\n"},
+          Request{"Behind", {"lid", "help"}, "kettle lid: the lid\n"},
+          Request{"OfAVerb", {"lid", "get", "--help"}, "kettle lid get\n"},
+          Request{"OfAVerbInBetween", {"lid", "--help", "get"}, "kettle lid get\n"},
+          Request{"OfAVerbOfTwoWords", {"help", "lid", "set", "later"}, "kettle lid set later POSITION DELAY\n"},
+          Request{"OfAVerbWithItsValues", {"lid", "set", "open", "-h"}, "kettle lid set POSITION\n"},
+          Request{"OfAVerbWithBadValues", {"lid", "set", "xyzzy", "-h"}, "kettle lid set POSITION\n"},
+          Request{"OfACommandWithoutVerbs", {"boil", "help"}, "kettle boil [HEAT]\n"},
+          Request{"TheWordInPlaceOfAChoice", {"lid", "set", "help"}, "kettle lid set POSITION\n"},
+          Request{"TheWordInPlaceOfAText", {"note", "show", "help"}, nullptr},
+          Request{"TheWordInPlaceOfAFile", {"pour", "help"}, nullptr},
+          Request{"TheWordInPlaceOfAProgram", {"start", "help"}, nullptr},
+          Request{"TheWordBehindAValue", {"lid", "set", "open", "help"}, nullptr},
+          Request{"BehindTheMark", {"note", "add", "--", "--help"}, nullptr},
+          Request{"OfTheProgramThatIsStarted", {"start", "radio", "--help"}, nullptr},
+          Request{"OfTheProgramBehindAnOption", {"start", "-v", "3", "radio", "--help"}, nullptr},
+          Request{"InFrontOfTheProgram", {"start", "-v", "3", "--help"}, "kettle start PROGRAM...\n"},
+          Request{"InFrontOfTheProgramThatFollows", {"start", "--help", "radio"}, "kettle start PROGRAM...\n"});
 
 TEST(Information, RefusesWhatDoesNotExist)
 {

@@ -3,6 +3,7 @@
 #include "tools/cli/Manual.h"
 
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "tests/tools/cli/Kettle.h"
 
 #include <gmock/gmock.h>
@@ -88,24 +89,20 @@ struct Hostile : Named {
     const char* shown;
 };
 
-class TextOnTheManualPage : public testing::TestWithParam<Hostile> {};
+class TextOnTheManualPage : public hxtest::TestWithRow<Hostile> {};
 
-TEST_P(TextOnTheManualPage, IsShownLiterally)
+ROW_TEST(TextOnTheManualPage, IsShownLiterally)
 {
-    const cli::Object object = cli::command({.name = "x", .help = GetParam().text, .example = "x"});
+    const cli::Object object = cli::command({.name = "x", .help = row().text, .example = "x"});
     cli::Program program = kettle::program();
     program.objects = {&object};
 
-    EXPECT_THAT(cli::manualPage(program), HasSubstr(std::string("\n.B kettle x\n") + GetParam().shown + "\n.RS\n"));
+    EXPECT_THAT(cli::manualPage(program), HasSubstr(std::string("\n.B kettle x\n") + row().shown + "\n.RS\n"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, TextOnTheManualPage,
-                         testing::Values(Hostile{"ADotInFront", ".TH", "\\&.TH"},
-                                         Hostile{"AQuoteInFront", "'br", "\\&'br"},
-                                         Hostile{"ADotInside", "a.TH", "a.TH"},
-                                         Hostile{"ABackslash", "a\\fBb", "a\\efBb"},
-                                         Hostile{"AMinus", "-a-", "\\-a\\-"}),
-                         kNameOfRow);
+TEST_ROWS(Of, TextOnTheManualPage, kNameOfRow, Hostile{"ADotInFront", ".TH", "\\&.TH"},
+          Hostile{"AQuoteInFront", "'br", "\\&'br"}, Hostile{"ADotInside", "a.TH", "a.TH"},
+          Hostile{"ABackslash", "a\\fBb", "a\\efBb"}, Hostile{"AMinus", "-a-", "\\-a\\-"});
 
 TEST(Reference, HasASectionForEachCommandAndEachCall)
 {

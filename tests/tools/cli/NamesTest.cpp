@@ -3,6 +3,7 @@
 #include "tools/cli/Names.h"
 
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 
 #include <gmock/gmock.h>
 
@@ -21,36 +22,31 @@ struct Number : Named {
     std::optional<double> real;
 };
 
-class NumberText : public testing::TestWithParam<Number> {};
+class NumberText : public hxtest::TestWithRow<Number> {};
 
-TEST_P(NumberText, IsANumberAsAWholeOrNone)
+ROW_TEST(NumberText, IsANumberAsAWholeOrNone)
 {
-    EXPECT_EQ(toInteger(GetParam().text), GetParam().integer);
-    EXPECT_EQ(toReal(GetParam().text), GetParam().real);
+    EXPECT_EQ(toInteger(row().text), row().integer);
+    EXPECT_EQ(toReal(row().text), row().real);
 }
 
 constexpr auto kMost = std::numeric_limits<long long>::max();
 constexpr auto kLeast = std::numeric_limits<long long>::min();
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, NumberText,
-    testing::Values(Number{"Zero", "0", 0, 0.0}, Number{"Negative", "-12", -12, -12.0},
-                    Number{"LeadingZeros", "007", 7, 7.0}, Number{"BaseSixteen", "0x1f", 31, {}},
-                    Number{"BaseSixteenInCapitals", "0X1F", 31, {}}, Number{"NegativeBehindTheBase", "0x-1", {}, {}},
-                    Number{"NegativeInFrontOfTheBase", "-0x1", {}, {}}, Number{"TheBaseAlone", "0x", {}, {}},
-                    Number{"APlus", "+1", {}, {}}, Number{"ABlankBehind", "1 ", {}, {}},
-                    Number{"ABlankInFront", " 1", {}, {}}, Number{"Nothing", "", {}, {}},
-                    Number{"ALetter", "a", {}, {}}, Number{"ALetterBehind", "1a", {}, {}},
-                    Number{"AFraction", "1.5", {}, 1.5}, Number{"AFractionWithoutAZero", ".5", {}, 0.5},
-                    Number{"AComma", "1,5", {}, {}}, Number{"AnExponent", "-2e3", {}, -2000.0},
-                    Number{"Infinity", "inf", {}, {}}, Number{"NotANumber", "nan", {}, {}},
-                    Number{"TooLargeForAReal", "1e999", {}, {}},
-                    Number{"TheLargestInteger", "9223372036854775807", kMost, 9223372036854775807.0},
-                    Number{"OneMore", "9223372036854775808", {}, 9223372036854775808.0},
-                    Number{"TheSmallestInteger", "-9223372036854775808", kLeast, -9223372036854775808.0},
-                    Number{"TheLargestOfBaseSixteen", "0x7fffffffffffffff", kMost, {}},
-                    Number{"TooLargeOfBaseSixteen", "0x8000000000000000", {}, {}}),
-    kNameOfRow);
+TEST_ROWS(Of, NumberText, kNameOfRow, Number{"Zero", "0", 0, 0.0}, Number{"Negative", "-12", -12, -12.0},
+          Number{"LeadingZeros", "007", 7, 7.0}, Number{"BaseSixteen", "0x1f", 31, {}},
+          Number{"BaseSixteenInCapitals", "0X1F", 31, {}}, Number{"NegativeBehindTheBase", "0x-1", {}, {}},
+          Number{"NegativeInFrontOfTheBase", "-0x1", {}, {}}, Number{"TheBaseAlone", "0x", {}, {}},
+          Number{"APlus", "+1", {}, {}}, Number{"ABlankBehind", "1 ", {}, {}}, Number{"ABlankInFront", " 1", {}, {}},
+          Number{"Nothing", "", {}, {}}, Number{"ALetter", "a", {}, {}}, Number{"ALetterBehind", "1a", {}, {}},
+          Number{"AFraction", "1.5", {}, 1.5}, Number{"AFractionWithoutAZero", ".5", {}, 0.5},
+          Number{"AComma", "1,5", {}, {}}, Number{"AnExponent", "-2e3", {}, -2000.0}, Number{"Infinity", "inf", {}, {}},
+          Number{"NotANumber", "nan", {}, {}}, Number{"TooLargeForAReal", "1e999", {}, {}},
+          Number{"TheLargestInteger", "9223372036854775807", kMost, 9223372036854775807.0},
+          Number{"OneMore", "9223372036854775808", {}, 9223372036854775808.0},
+          Number{"TheSmallestInteger", "-9223372036854775808", kLeast, -9223372036854775808.0},
+          Number{"TheLargestOfBaseSixteen", "0x7fffffffffffffff", kMost, {}},
+          Number{"TooLargeOfBaseSixteen", "0x8000000000000000", {}, {}});
 
 const cli::Names kDays = cli::namesOf<int>({{1, "monday"}, {2, "tuesday"}, {2, "day-two"}, {10, "never"}});
 

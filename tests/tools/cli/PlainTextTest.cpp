@@ -3,6 +3,7 @@
 #include "tools/cli/PlainText.h"
 
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 
 #include <gtest/gtest.h>
 
@@ -27,36 +28,31 @@ struct Text : Named {
     const char* settingKey;
 };
 
-class StoredText : public testing::TestWithParam<Text> {};
+class StoredText : public hxtest::TestWithRow<Text> {};
 
-TEST_P(StoredText, IsRefusedWhereItWouldBreakTheStore)
+ROW_TEST(StoredText, IsRefusedWhereItWouldBreakTheStore)
 {
-    EXPECT_EQ(cli::refusedProperty(GetParam().text), GetParam().property);
-    EXPECT_EQ(cli::refusedPropertyKey(GetParam().text), GetParam().propertyKey);
-    EXPECT_EQ(cli::refusedSetting(GetParam().text), GetParam().setting);
-    EXPECT_EQ(cli::refusedSettingKey(GetParam().text), GetParam().settingKey);
+    EXPECT_EQ(cli::refusedProperty(row().text), row().property);
+    EXPECT_EQ(cli::refusedPropertyKey(row().text), row().propertyKey);
+    EXPECT_EQ(cli::refusedSetting(row().text), row().setting);
+    EXPECT_EQ(cli::refusedSettingKey(row().text), row().settingKey);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, StoredText,
-    testing::Values(Text{"Letters", "Ab_9-~!", "", "", "", ""}, Text{"Nothing", "", kEmpty, kEmpty, "", kEmpty},
-                    Text{"ABlankInside", "a b", kBlank, kBlank, "", ""},
-                    Text{"ABlankInFront", " a", kBlank, kBlank, kOuter, kOuter},
-                    Text{"ABlankBehind", "a ", kBlank, kBlank, kOuter, kOuter},
-                    Text{"ABlankAlone", " ", kBlank, kBlank, kOuter, kOuter}, Text{"AColon", "a:b", "", kColon, "", ""},
-                    Text{"AnEqualsSign", "a=b", "", "", "", kEquals},
-                    Text{"ASemicolonInFront", ";a", "", "", "", kComment},
-                    Text{"ASemicolonBehind", "a;", "", "", "", ""}, Text{"ABracket", "[a]", "", "", "", ""},
-                    Text{"ALineEnd", "a\nb", kLineEnd, kLineEnd, kLineEnd, kLineEnd},
-                    Text{"ACarriageReturn", "a\r", kLineEnd, kLineEnd, kLineEnd, kLineEnd},
-                    Text{"ATab", "a\tb", kControl, kControl, kControl, kControl},
-                    Text{"AnEscape", "\x1b[2J", kControl, kControl, kControl, kControl},
-                    Text{"ADelete", "a\x7f", kControl, kControl, kControl, kControl},
-                    Text{"AZero", std::string("a\0b", 3), kControl, kControl, kControl, kControl},
-                    Text{"AnUmlaut", "\xc3\xbc", kForeign, kForeign, "", ""},
-                    Text{"NoUtf8", "\xff", kForeign, kForeign, "", ""},
-                    Text{"TheLongest", std::string(254, 'x'), "", "", "", ""},
-                    Text{"OneMore", std::string(255, 'x'), kLong, kLong, kLong, kLong}),
-    kNameOfRow);
+TEST_ROWS(Of, StoredText, kNameOfRow, Text{"Letters", "Ab_9-~!", "", "", "", ""},
+          Text{"Nothing", "", kEmpty, kEmpty, "", kEmpty}, Text{"ABlankInside", "a b", kBlank, kBlank, "", ""},
+          Text{"ABlankInFront", " a", kBlank, kBlank, kOuter, kOuter},
+          Text{"ABlankBehind", "a ", kBlank, kBlank, kOuter, kOuter},
+          Text{"ABlankAlone", " ", kBlank, kBlank, kOuter, kOuter}, Text{"AColon", "a:b", "", kColon, "", ""},
+          Text{"AnEqualsSign", "a=b", "", "", "", kEquals}, Text{"ASemicolonInFront", ";a", "", "", "", kComment},
+          Text{"ASemicolonBehind", "a;", "", "", "", ""}, Text{"ABracket", "[a]", "", "", "", ""},
+          Text{"ALineEnd", "a\nb", kLineEnd, kLineEnd, kLineEnd, kLineEnd},
+          Text{"ACarriageReturn", "a\r", kLineEnd, kLineEnd, kLineEnd, kLineEnd},
+          Text{"ATab", "a\tb", kControl, kControl, kControl, kControl},
+          Text{"AnEscape", "\x1b[2J", kControl, kControl, kControl, kControl},
+          Text{"ADelete", "a\x7f", kControl, kControl, kControl, kControl},
+          Text{"AZero", std::string("a\0b", 3), kControl, kControl, kControl, kControl},
+          Text{"AnUmlaut", "\xc3\xbc", kForeign, kForeign, "", ""}, Text{"NoUtf8", "\xff", kForeign, kForeign, "", ""},
+          Text{"TheLongest", std::string(254, 'x'), "", "", "", ""},
+          Text{"OneMore", std::string(255, 'x'), kLong, kLong, kLong, kLong});
 
 } // namespace plain_text_test

@@ -3,6 +3,7 @@
 #include "tools/cli/Printable.h"
 
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "tools/cli/Json.h"
 
 #include <gtest/gtest.h>
@@ -19,31 +20,29 @@ struct Shown : Named {
     const char* line;
 };
 
-class PrintableText : public testing::TestWithParam<Shown> {};
+class PrintableText : public hxtest::TestWithRow<Shown> {};
 
-TEST_P(PrintableText, IsOneLineOfUtf8)
+ROW_TEST(PrintableText, IsOneLineOfUtf8)
 {
-    EXPECT_EQ(cli::printable(GetParam().text), GetParam().line);
+    EXPECT_EQ(cli::printable(row().text), row().line);
 }
 
 // The last that is let through and the first that is not, at each edge of UTF-8.
-INSTANTIATE_TEST_SUITE_P(
-    Of, PrintableText,
-    testing::Values(Shown{"Blank", " ", " "}, Shown{"LastControl", "\x1f", "\\x1f"}, Shown{"Tilde", "~", "~"},
-                    Shown{"LastC1", "\xc2\x9f", "\\xc2\\x9f"}, Shown{"BehindC1", "\xc2\xa0", "\xc2\xa0"},
-                    Shown{"LastOfTwo", "\xdf\xbf", "\xdf\xbf"}, Shown{"FirstOfThree", "\xe0\xa0\x80", "\xe0\xa0\x80"},
-                    Shown{"OverlongOfThree", "\xe0\x9f\xbf", "\\xe0\\x9f\\xbf"},
-                    Shown{"InFrontOfSurrogates", "\xed\x9f\xbf", "\xed\x9f\xbf"},
-                    Shown{"LastSurrogate", "\xed\xbf\xbf", "\\xed\\xbf\\xbf"},
-                    Shown{"BehindSurrogates", "\xee\x80\x80", "\xee\x80\x80"},
-                    Shown{"FirstOfFour", "\xf0\x90\x80\x80", "\xf0\x90\x80\x80"},
-                    Shown{"OverlongOfFour", "\xf0\x8f\xbf\xbf", "\\xf0\\x8f\\xbf\\xbf"},
-                    Shown{"Last", "\xf4\x8f\xbf\xbf", "\xf4\x8f\xbf\xbf"},
-                    Shown{"FirstByteThatNeverBegins", "\xf5\x80\x80\x80", "\\xf5\\x80\\x80\\x80"},
-                    Shown{"ContinuationAlone", "\x80z", "\\x80z"}, Shown{"CutShortInside", "\xe2\x82z", "\\xe2\\x82z"},
-                    Shown{"CutShortBeforeACharacter", "\xc3\xc3\xbc", "\\xc3\xc3\xbc"},
-                    Shown{"CutShortOfFour", "\xf0\x9f\x94", "\\xf0\\x9f\\x94"}),
-    kNameOfRow);
+TEST_ROWS(Of, PrintableText, kNameOfRow, Shown{"Blank", " ", " "}, Shown{"LastControl", "\x1f", "\\x1f"},
+          Shown{"Tilde", "~", "~"}, Shown{"LastC1", "\xc2\x9f", "\\xc2\\x9f"},
+          Shown{"BehindC1", "\xc2\xa0", "\xc2\xa0"}, Shown{"LastOfTwo", "\xdf\xbf", "\xdf\xbf"},
+          Shown{"FirstOfThree", "\xe0\xa0\x80", "\xe0\xa0\x80"},
+          Shown{"OverlongOfThree", "\xe0\x9f\xbf", "\\xe0\\x9f\\xbf"},
+          Shown{"InFrontOfSurrogates", "\xed\x9f\xbf", "\xed\x9f\xbf"},
+          Shown{"LastSurrogate", "\xed\xbf\xbf", "\\xed\\xbf\\xbf"},
+          Shown{"BehindSurrogates", "\xee\x80\x80", "\xee\x80\x80"},
+          Shown{"FirstOfFour", "\xf0\x90\x80\x80", "\xf0\x90\x80\x80"},
+          Shown{"OverlongOfFour", "\xf0\x8f\xbf\xbf", "\\xf0\\x8f\\xbf\\xbf"},
+          Shown{"Last", "\xf4\x8f\xbf\xbf", "\xf4\x8f\xbf\xbf"},
+          Shown{"FirstByteThatNeverBegins", "\xf5\x80\x80\x80", "\\xf5\\x80\\x80\\x80"},
+          Shown{"ContinuationAlone", "\x80z", "\\x80z"}, Shown{"CutShortInside", "\xe2\x82z", "\\xe2\\x82z"},
+          Shown{"CutShortBeforeACharacter", "\xc3\xc3\xbc", "\\xc3\xc3\xbc"},
+          Shown{"CutShortOfFour", "\xf0\x9f\x94", "\\xf0\\x9f\\x94"});
 
 TEST(PrintableLines, KeepTheirEnds)
 {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
+#include "testing/RowTest.h"
 #include "tests/tools/hxaux/SupervisorVerbs.h"
 
 #include <unistd.h>
@@ -57,21 +58,18 @@ TEST(BuzzerVerb, SaysThatAnotherBeepSounds)
     EXPECT_THAT(outcome, AllOf(outputIs("5\n"), statusIs(5), errorMatches("Function in progress \\(11\\)")));
 }
 
-class SignalDuringABeep : public testing::TestWithParam<const char*> {};
-INSTANTIATE_TEST_SUITE_P(Of, SignalDuringABeep, testing::Values("INT", "TERM", "HUP"),
-                         [](const auto& row) { return std::string(row.param); });
+class SignalDuringABeep : public hxtest::TestWithRow<const char*> {};
+TEST_ROWS(Of, SignalDuringABeep, std::identity{}, "INT", "TERM", "HUP");
 
-TEST_P(SignalDuringABeep, LeavesNothingSoundingAndNothingLocked)
+ROW_TEST(SignalDuringABeep, LeavesNothingSoundingAndNothingLocked)
 {
     // A background job of a shell ignores INT, so a program of its own gives the tool its signals back.
     const Outcome outcome = withUnit(
         "hx-sim run --unit $unit -- env --default-signal=INT hxaux buzzer beep 60000 & beep=$!\n" +
-        std::string(kUntilItSounds) + "kill -" + GetParam() +
+        std::string(kUntilItSounds) + "kill -" + row() +
         " $beep; wait $beep; echo $?; hx-sim get --unit $unit buzzer.sounding; on hxaux buzzer beep 0; echo $?");
 
-    const std::string ended = GetParam() == std::string("INT")   ? "130"
-                              : GetParam() == std::string("HUP") ? "129"
-                                                                 : "143";
+    const std::string ended = row() == std::string("INT") ? "130" : row() == std::string("HUP") ? "129" : "143";
     EXPECT_THAT(outcome, outputIs(ended + "\noff\n0\n"));
 }
 

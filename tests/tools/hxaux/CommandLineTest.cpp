@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Arguments, help and usage errors: tests without a unit.
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "tests/tools/hxaux/CommandRows.h"
 
 #include <algorithm>
@@ -85,34 +86,31 @@ struct Spelling : Named {
     const char* same;
 };
 
-class HelpInAnySpelling : public testing::TestWithParam<Spelling> {};
+class HelpInAnySpelling : public hxtest::TestWithRow<Spelling> {};
 
-TEST_P(HelpInAnySpelling, IsTheSame)
+ROW_TEST(HelpInAnySpelling, IsTheSame)
 {
-    const Outcome help = run(std::string("hxaux ") + GetParam().same);
+    const Outcome help = run(std::string("hxaux ") + row().same);
 
     EXPECT_THAT(help, AllOf(outputMatches("^hxaux "), errorIs(""), statusIs(0)));
-    EXPECT_THAT(run(std::string("hxaux ") + GetParam().words), AllOf(outputIs(help.output), errorIs(""), statusIs(0)));
+    EXPECT_THAT(run(std::string("hxaux ") + row().words), AllOf(outputIs(help.output), errorIs(""), statusIs(0)));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, HelpInAnySpelling,
-    testing::Values(Spelling{"Word", "help", "--help"}, Spelling{"Short", "-h", "--help"},
-                    Spelling{"QuestionMark", "'-?'", "--help"}, Spelling{"OneDash", "-help", "--help"},
-                    Spelling{"WordAndObject", "help backlight", "backlight --help"},
-                    Spelling{"ObjectAndWord", "backlight help", "backlight --help"},
-                    Spelling{"OptionAndObject", "--help backlight", "backlight --help"},
-                    Spelling{"ObjectAndShort", "backlight -h", "backlight --help"},
-                    Spelling{"HalfOfAVerb", "backlight auto --help", "backlight --help"},
-                    Spelling{"WordAndVerb", "help backlight set", "backlight set --help"},
-                    Spelling{"OptionAndVerb", "--help backlight set", "backlight set --help"},
-                    Spelling{"ObjectOptionVerb", "backlight --help set", "backlight set --help"},
-                    Spelling{"ObjectWordVerb", "backlight help set", "backlight set --help"},
-                    Spelling{"VerbAndWord", "backlight set help", "backlight set --help"},
-                    Spelling{"VerbValueAndOption", "backlight set 300 --help", "backlight set --help"},
-                    Spelling{"VerbAndShort", "backlight set -h", "backlight set --help"},
-                    Spelling{"ObjectWithoutVerbs", "voltage help", "voltage --help"}),
-    kNameOfRow);
+TEST_ROWS(Of, HelpInAnySpelling, kNameOfRow, Spelling{"Word", "help", "--help"}, Spelling{"Short", "-h", "--help"},
+          Spelling{"QuestionMark", "'-?'", "--help"}, Spelling{"OneDash", "-help", "--help"},
+          Spelling{"WordAndObject", "help backlight", "backlight --help"},
+          Spelling{"ObjectAndWord", "backlight help", "backlight --help"},
+          Spelling{"OptionAndObject", "--help backlight", "backlight --help"},
+          Spelling{"ObjectAndShort", "backlight -h", "backlight --help"},
+          Spelling{"HalfOfAVerb", "backlight auto --help", "backlight --help"},
+          Spelling{"WordAndVerb", "help backlight set", "backlight set --help"},
+          Spelling{"OptionAndVerb", "--help backlight set", "backlight set --help"},
+          Spelling{"ObjectOptionVerb", "backlight --help set", "backlight set --help"},
+          Spelling{"ObjectWordVerb", "backlight help set", "backlight set --help"},
+          Spelling{"VerbAndWord", "backlight set help", "backlight set --help"},
+          Spelling{"VerbValueAndOption", "backlight set 300 --help", "backlight set --help"},
+          Spelling{"VerbAndShort", "backlight set -h", "backlight set --help"},
+          Spelling{"ObjectWithoutVerbs", "voltage help", "voltage --help"});
 
 TEST(CommandLine, SuggestsTheNearObjectAndVerbInHelpToo)
 {

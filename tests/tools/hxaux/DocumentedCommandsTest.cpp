@@ -7,6 +7,7 @@
 // "```sh" blocks that begin with "# on a unit". A "```cpp" block that begins with "// NAME.cpp" is that file, and a
 // "```python" block that begins with "# NAME.py".
 #include "testing/Command.h"
+#include "testing/RowTest.h"
 #include "testing/TemporaryFolder.h"
 
 #include <algorithm>
@@ -219,13 +220,13 @@ void expectWhatIsShown(const Page& page, const Place& place)
     }
 }
 
-class DocumentedCommands : public testing::TestWithParam<fs::path> {};
+class DocumentedCommands : public hxtest::TestWithRow<fs::path> {};
 
 } // namespace
 
-TEST_P(DocumentedCommands, PrintWhatThePageShows)
+ROW_TEST(DocumentedCommands, PrintWhatThePageShows)
 {
-    const Page page = readPage(GetParam());
+    const Page page = readPage(row());
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     if (!page.files.empty())
         GTEST_SKIP() << "the page's compiler makes no program for this library";
@@ -254,14 +255,17 @@ TEST(Pictures, ShowWhatTheCommandsPrint)
     }
 }
 
-TEST_P(DocumentedCommands, StandWhereTheyAreTested)
+ROW_TEST(DocumentedCommands, StandWhereTheyAreTested)
 {
-    EXPECT_THAT(readPage(GetParam()).untested, testing::IsEmpty());
+    EXPECT_THAT(readPage(row()).untested, testing::IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, DocumentedCommands, testing::ValuesIn(pages()), [](const auto& each) {
-    std::string name = each.param.parent_path().stem().string() + '_' + each.param.stem().string();
-    std::ranges::replace_if(
-        name, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
-    return name;
-});
+TEST_ROWS_IN(
+    Each, DocumentedCommands,
+    [](const auto& each) {
+        std::string name = each.parent_path().stem().string() + '_' + each.stem().string();
+        std::ranges::replace_if(
+            name, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; }, '_');
+        return name;
+    },
+    pages());

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // A signal during each long-running command: the exit status, and no lock left behind.
+#include "testing/RowTest.h"
 #include "tests/tools/hxaux/OnUnit.h"
 
 using namespace hxtest;
@@ -23,13 +24,13 @@ struct Signal {
     int status;
 };
 
-class SignalDuring : public testing::TestWithParam<std::tuple<Long, Signal>> {};
+class SignalDuring : public hxtest::TestWithRow<std::tuple<Long, Signal>> {};
 
 } // namespace
 
-TEST_P(SignalDuring, EndsItWithTheSignalsStatusAndLeavesNoLock)
+ROW_TEST(SignalDuring, EndsItWithTheSignalsStatusAndLeavesNoLock)
 {
-    const auto& [command, signal] = GetParam();
+    const auto& [command, signal] = row();
     const std::string script = std::string(kStart) + command.command + " >out 2>&1 & tool=$!; until " + command.begun +
                                "; do sleep 0.05; done; kill -" + signal.name +
                                " $tool; wait $tool 2>/dev/null; echo status $?; " + kTakenLocks;
@@ -38,21 +39,31 @@ TEST_P(SignalDuring, EndsItWithTheSignalsStatusAndLeavesNoLock)
                 AllOf(outputIs("status " + std::to_string(signal.status) + "\n"), errorIs("")));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Each, SignalDuring,
-    testing::Combine(
-        testing::Values(Long{"Watch", "voltage 0 --watch --every 0.05", "grep -qs voltage out"},
-                        Long{"WatchThatHoldsALock", "light --average --watch --every 0.1", "grep -qs average out"},
-                        Long{"Averaging", "light --average", "hxaux locks | grep -q \"AVERAGE_LOCKED: taken\""},
-                        Long{"Monitor", "monitor --every 0.05", "grep -qs voltage out"},
-                        Long{"Beep", "buzzer beep 60000", "test $(hx-sim get buzzer.sounding) = on"},
-                        Long{"Service", "backlight serve", "grep -qs serving out"},
-                        Long{"Calibration", "calibrate run", "grep -qs waiting out"},
-                        Long{"MinimizedWindow", "video minimize 1 --for 60",
-                             "hx-sim get video.1.area | grep -q \"0 0 0 0\""},
-                        Long{"PowerKey", "telematics gprs on", "hx-sim log | grep -q -i i2c"}),
-        testing::Values(Signal{"INT", 130}, Signal{"TERM", 143}, Signal{"HUP", 129})),
-    [](const auto& row) { return std::string(std::get<0>(row.param).name) + std::get<1>(row.param).name; });
+namespace {
+
+std::vector<SignalDuring::Row> everyCommandAndSignal()
+{
+    std::vector<SignalDuring::Row> rows;
+    for (const Long& command :
+         {Long{"Watch", "voltage 0 --watch --every 0.05", "grep -qs voltage out"},
+          Long{"WatchThatHoldsALock", "light --average --watch --every 0.1", "grep -qs average out"},
+          Long{"Averaging", "light --average", "hxaux locks | grep -q \"AVERAGE_LOCKED: taken\""},
+          Long{"Monitor", "monitor --every 0.05", "grep -qs voltage out"},
+          Long{"Beep", "buzzer beep 60000", "test $(hx-sim get buzzer.sounding) = on"},
+          Long{"Service", "backlight serve", "grep -qs serving out"},
+          Long{"Calibration", "calibrate run", "grep -qs waiting out"},
+          Long{"MinimizedWindow", "video minimize 1 --for 60", "hx-sim get video.1.area | grep -q \"0 0 0 0\""},
+          Long{"PowerKey", "telematics gprs on", "hx-sim log | grep -q -i i2c"}})
+        for (const Signal& signal : {Signal{"INT", 130}, Signal{"TERM", 143}, Signal{"HUP", 129}})
+            rows.emplace_back(command, signal);
+    return rows;
+}
+
+} // namespace
+
+TEST_ROWS_IN(
+    Each, SignalDuring, [](const auto& row) { return std::string(std::get<0>(row).name) + std::get<1>(row).name; },
+    everyCommandAndSignal());
 
 // The moment differs each time: before the lock, while it is held, after it.
 TEST(SignalAtAnyMoment, LeavesNoLock)

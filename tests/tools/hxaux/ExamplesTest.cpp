@@ -2,6 +2,7 @@
 // The examples, run on a simulated unit; what they print is in examples/expected.
 #include "testing/Command.h"
 #include "testing/FileContent.h"
+#include "testing/RowTest.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -27,25 +28,27 @@ std::vector<std::string> namesIn(const fs::path& folder, const std::string& exte
     return names;
 }
 
-class Example : public testing::TestWithParam<std::string> {};
+class Example : public hxtest::TestWithRow<std::string> {};
 
 } // namespace
 
-TEST_P(Example, PrintsWhatIsExpected)
+ROW_TEST(Example, PrintsWhatIsExpected)
 {
-    const std::string& name = GetParam();
+    const std::string& name = row();
     const Unit unit({"touch.finger=follow"});
 
     EXPECT_THAT(unit.run(kPrograms + "/" + name),
                 AllOf(outputIs(fileContent(kSources / "expected" / (name + ".txt"))), errorIs(""), statusIs(0)));
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, Example, testing::ValuesIn(namesIn(kSources / "expected", ".txt")),
-                         [](const auto& each) {
-                             std::string name = each.param;
-                             std::ranges::replace(name, '-', '_');
-                             return name;
-                         });
+TEST_ROWS_IN(
+    Each, Example,
+    [](const auto& each) {
+        std::string name = each;
+        std::ranges::replace(name, '-', '_');
+        return name;
+    },
+    namesIn(kSources / "expected", ".txt"));
 
 TEST(Examples, AreAtMostSixtyLinesLong)
 {

@@ -4,6 +4,7 @@
 
 #include "testing/FirmwareTexts.h"
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 
 #include <gmock/gmock.h>
 
@@ -69,44 +70,42 @@ struct Misplaced : Named {
     const char* problem;
 };
 
-class HexFileThatIsMisplaced : public testing::TestWithParam<Misplaced> {};
+class HexFileThatIsMisplaced : public hxtest::TestWithRow<Misplaced> {};
 
-TEST_P(HexFileThatIsMisplaced, IsRefusedWithItsLine)
+ROW_TEST(HexFileThatIsMisplaced, IsRefusedWithItsLine)
 {
-    EXPECT_THAT(problemOf(GetParam().records), StartsWith(GetParam().problem));
+    EXPECT_THAT(problemOf(row().records), StartsWith(row().problem));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, HexFileThatIsMisplaced,
-    testing::Values(
-        Misplaced{"LinearZeroFirst", linear(0) + row(0) + linear(1) + row(0),
-                  "line 4: its data belongs to address 0x00010000, but the unit would write it to 0x00000010"},
-        Misplaced{"DataBeforeTheFirstAddress", row(0) + linear(0x0800) + row(0), "line 3: its data belongs to address"},
-        Misplaced{"LinearRepeated", linear(0x0800) + row(0) + linear(0x0800) + row(16),
-                  "line 4: its data belongs to address 0x08000010, but the unit would write it to 0x08000020"},
-        Misplaced{"LinearRepeatedAtTheSamePlace", linear(0x0800) + row(0) + linear(0x0800) + row(0),
-                  "line 4: its data belongs to address 0x08000000"},
-        Misplaced{"LinearDescending", linear(0x0801) + linear(0x0800) + row(0), "line 2: its address is below"},
-        Misplaced{"LinearDescendingAboveTheFirst",
-                  linear(0x0800) + row(0) + linear(0x0802) + row(0) + linear(0x0801) + row(0),
-                  "line 6: its data belongs to address 0x08010000"},
-        Misplaced{"LinearWithAnOffset", linear(0x0800) + record(4, 0x10, {8, 0}) + row(0x10),
-                  "line 3: its data belongs to address 0x08000010"},
-        Misplaced{"LinearOfOneByte", record(4, 0, {8}) + row(0), "line 1: an address record holds two bytes, not 1"},
-        Misplaced{"FlashNotAtItsStart", linear(0x0801) + row(0),
-                  "line 2: its data belongs to address 0x08010000, but the unit would write it to 0x08000000"},
-        Misplaced{"NotInTheFlash", linear(0x2000) + row(0), "line 2: its data belongs to address 0x20000000"},
-        Misplaced{"SegmentAddresses", segment(0x1000) + row(0) + segment(0x2000) + row(0),
-                  "line 2: its data belongs to address 0x00010000"},
-        Misplaced{"SegmentAfterData", row(0) + segment(0x10) + row(16),
-                  "line 3: its data belongs to address 0x00000110"},
-        Misplaced{"SegmentThatIsFull", segment(0) + data(0xFFF8, pattern(16)),
-                  "line 2: its data continues at the start of its segment"},
-        Misplaced{"SegmentCrossedBeforeTheNext", linear(0x0800) + data(0xFFF8, pattern(16)) + linear(0x0801) + row(8),
-                  "line 4: its data belongs to address 0x08010008, but the unit would write it to 0x08010010"},
-        Misplaced{"Overlap", linear(0x0800) + row(0) + row(8), "line 3: its data begins before the end"},
-        Misplaced{"DescendingData", linear(0x0800) + row(32) + row(0), "line 3: its data begins before the end"}),
-    kNameOfRow);
+TEST_ROWS(Of, HexFileThatIsMisplaced, kNameOfRow,
+          Misplaced{"LinearZeroFirst", linear(0) + row(0) + linear(1) + row(0),
+                    "line 4: its data belongs to address 0x00010000, but the unit would write it to 0x00000010"},
+          Misplaced{"DataBeforeTheFirstAddress", row(0) + linear(0x0800) + row(0),
+                    "line 3: its data belongs to address"},
+          Misplaced{"LinearRepeated", linear(0x0800) + row(0) + linear(0x0800) + row(16),
+                    "line 4: its data belongs to address 0x08000010, but the unit would write it to 0x08000020"},
+          Misplaced{"LinearRepeatedAtTheSamePlace", linear(0x0800) + row(0) + linear(0x0800) + row(0),
+                    "line 4: its data belongs to address 0x08000000"},
+          Misplaced{"LinearDescending", linear(0x0801) + linear(0x0800) + row(0), "line 2: its address is below"},
+          Misplaced{"LinearDescendingAboveTheFirst",
+                    linear(0x0800) + row(0) + linear(0x0802) + row(0) + linear(0x0801) + row(0),
+                    "line 6: its data belongs to address 0x08010000"},
+          Misplaced{"LinearWithAnOffset", linear(0x0800) + record(4, 0x10, {8, 0}) + row(0x10),
+                    "line 3: its data belongs to address 0x08000010"},
+          Misplaced{"LinearOfOneByte", record(4, 0, {8}) + row(0), "line 1: an address record holds two bytes, not 1"},
+          Misplaced{"FlashNotAtItsStart", linear(0x0801) + row(0),
+                    "line 2: its data belongs to address 0x08010000, but the unit would write it to 0x08000000"},
+          Misplaced{"NotInTheFlash", linear(0x2000) + row(0), "line 2: its data belongs to address 0x20000000"},
+          Misplaced{"SegmentAddresses", segment(0x1000) + row(0) + segment(0x2000) + row(0),
+                    "line 2: its data belongs to address 0x00010000"},
+          Misplaced{"SegmentAfterData", row(0) + segment(0x10) + row(16),
+                    "line 3: its data belongs to address 0x00000110"},
+          Misplaced{"SegmentThatIsFull", segment(0) + data(0xFFF8, pattern(16)),
+                    "line 2: its data continues at the start of its segment"},
+          Misplaced{"SegmentCrossedBeforeTheNext", linear(0x0800) + data(0xFFF8, pattern(16)) + linear(0x0801) + row(8),
+                    "line 4: its data belongs to address 0x08010008, but the unit would write it to 0x08010010"},
+          Misplaced{"Overlap", linear(0x0800) + row(0) + row(8), "line 3: its data begins before the end"},
+          Misplaced{"DescendingData", linear(0x0800) + row(32) + row(0), "line 3: its data begins before the end"});
 
 TEST(HexFile, NamesTheLineOfWhatIsNotARecord)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // Which lock may be released although nobody released it.
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "tools/hxaux/NamedLock.h"
 
 #include <gtest/gtest.h>
@@ -41,22 +42,20 @@ struct Row : Named {
     bool stale;
 };
 
-class Lock : public testing::TestWithParam<Row> {};
+class Lock : public hxtest::TestWithRow<Row> {};
 
-TEST_P(Lock, IsStaleWhenNobodyIsLeftToReleaseIt)
+ROW_TEST(Lock, IsStaleWhenNobodyIsLeftToReleaseIt)
 {
-    EXPECT_EQ(GetParam().state.looksStale(), GetParam().stale);
+    EXPECT_EQ(row().state.looksStale(), row().stale);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    That, Lock,
-    testing::Values(Row{"NobodyMaps", held({}), true}, Row{"OnlyOneWaitsFor", held({{7, "a", kWaits, kVisible}}), true},
-                    Row{"AllWaitFor", held({{7, "a", kWaits, kVisible}, {8, "b", kWaits, kVisible}}), true},
-                    Row{"OneMayHold", held({{7, "a", kWaits, kVisible}, {8, "b", !kWaits, kVisible}}), false},
-                    Row{"OneHasWhoseThreadsAreHidden", held({{7, "a", kWaits, !kVisible}}), false},
-                    Row{"OthersMayHave", notEverySeen(), false}, Row{"IsFree", withValue(1), false},
-                    Row{"IsMissing", ofKind(Kind::Missing), false}, Row{"IsRefused", ofKind(Kind::Refused), false},
-                    Row{"IsOfAnotherAbi", ofKind(Kind::OtherAbi), false}),
-    kNameOfRow);
+TEST_ROWS(That, Lock, kNameOfRow, Row{"NobodyMaps", held({}), true},
+          Row{"OnlyOneWaitsFor", held({{7, "a", kWaits, kVisible}}), true},
+          Row{"AllWaitFor", held({{7, "a", kWaits, kVisible}, {8, "b", kWaits, kVisible}}), true},
+          Row{"OneMayHold", held({{7, "a", kWaits, kVisible}, {8, "b", !kWaits, kVisible}}), false},
+          Row{"OneHasWhoseThreadsAreHidden", held({{7, "a", kWaits, !kVisible}}), false},
+          Row{"OthersMayHave", notEverySeen(), false}, Row{"IsFree", withValue(1), false},
+          Row{"IsMissing", ofKind(Kind::Missing), false}, Row{"IsRefused", ofKind(Kind::Refused), false},
+          Row{"IsOfAnotherAbi", ofKind(Kind::OtherAbi), false});
 
 } // namespace lock_state_test

@@ -3,6 +3,7 @@
 #include "testing/Command.h"
 #include "testing/FileContent.h"
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "testing/TemporaryFolder.h"
 
 #include <filesystem>
@@ -47,13 +48,7 @@ struct Fault : Named {
     const char* absent; ///< what is left out
 };
 
-// The name of a case is what a failed test shows.
-[[maybe_unused]] void PrintTo(const Fault& fault, std::ostream* stream)
-{
-    *stream << fault.name;
-}
-
-class MetricsOfAFault : public testing::TestWithParam<Fault> {};
+class MetricsOfAFault : public hxtest::TestWithRow<Fault> {};
 
 } // namespace
 
@@ -102,9 +97,9 @@ TEST(MetricsVerb, CountsNoErrorOnAHealthyUnit)
                                      Not(testing::ContainsRegex("component_up[^\n]* 0"))));
 }
 
-TEST_P(MetricsOfAFault, LeavesItsOwnMetricOutAndCountsAnError)
+ROW_TEST(MetricsOfAFault, LeavesItsOwnMetricOutAndCountsAnError)
 {
-    const Fault& fault = GetParam();
+    const Fault& fault = row();
     const Unit unit({fault.setting});
 
     const std::string text = scraped(unit);
@@ -118,24 +113,20 @@ TEST_P(MetricsOfAFault, LeavesItsOwnMetricOutAndCountsAnError)
         EXPECT_TRUE(other == std::string(fault.device) || errorsOf(text, other) == "0") << other;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    EachDevice, MetricsOfAFault,
-    testing::Values(
-        Fault{"Adc", "absent=/dev/adc-id", "/dev/adc-id", "8", "hxaux_supply_volts"},
-        Fault{"OneVoltage", "fail=/dev/adc-id get 3 EIO", "/dev/adc-id", "1", "hxaux_supply_volts{number=\"3\"}"},
-        Fault{"Diagnostics", "absent=/dev/diag-id", "/dev/diag-id", "8", "hxaux_hw_error"},
-        Fault{"Backlight", "absent=/dev/backlight", "/dev/backlight", "1", "hxaux_backlight_level"},
-        Fault{"LightSensor", "absent=/dev/lightsensor", "/dev/lightsensor", "1", "hxaux_light_lux"},
-        Fault{"RefusingLightSensor", "fail=/dev/lightsensor 0x80020048 EIO", "/dev/lightsensor", "1",
-              "hxaux_light_lux"},
-        Fault{"Inputs", "absent=/dev/dig-io", "/dev/dig-io", "1", "hxaux_digital_input"},
-        Fault{"Power", "absent=/dev/power-id", "/dev/power-id", "4", "hxaux_load_powered"},
-        Fault{"Versions", "absent=/dev/fpga-version", "/dev/fpga-version", "4",
-              "hxaux_component_up{component=\"ss\"} 1"},
-        Fault{"SystemVersion", "absent=/etc/firmware.ver", "/etc/firmware.ver", "1",
-              "hxaux_component_up{component=\"system\"} 1"},
-        Fault{"BoardLibrary", "absent=libjida.so", "libjida.so", "2", "hxaux_temperature_celsius{sensor=\"module0\"}"}),
-    kNameOfRow);
+TEST_ROWS(
+    EachDevice, MetricsOfAFault, kNameOfRow,
+    Fault{"Adc", "absent=/dev/adc-id", "/dev/adc-id", "8", "hxaux_supply_volts"},
+    Fault{"OneVoltage", "fail=/dev/adc-id get 3 EIO", "/dev/adc-id", "1", "hxaux_supply_volts{number=\"3\"}"},
+    Fault{"Diagnostics", "absent=/dev/diag-id", "/dev/diag-id", "8", "hxaux_hw_error"},
+    Fault{"Backlight", "absent=/dev/backlight", "/dev/backlight", "1", "hxaux_backlight_level"},
+    Fault{"LightSensor", "absent=/dev/lightsensor", "/dev/lightsensor", "1", "hxaux_light_lux"},
+    Fault{"RefusingLightSensor", "fail=/dev/lightsensor 0x80020048 EIO", "/dev/lightsensor", "1", "hxaux_light_lux"},
+    Fault{"Inputs", "absent=/dev/dig-io", "/dev/dig-io", "1", "hxaux_digital_input"},
+    Fault{"Power", "absent=/dev/power-id", "/dev/power-id", "4", "hxaux_load_powered"},
+    Fault{"Versions", "absent=/dev/fpga-version", "/dev/fpga-version", "4", "hxaux_component_up{component=\"ss\"} 1"},
+    Fault{"SystemVersion", "absent=/etc/firmware.ver", "/etc/firmware.ver", "1",
+          "hxaux_component_up{component=\"system\"} 1"},
+    Fault{"BoardLibrary", "absent=libjida.so", "libjida.so", "2", "hxaux_temperature_celsius{sensor=\"module0\"}"});
 
 TEST(MetricsVerb, ShowsThatASupervisorHasNoFirmware)
 {

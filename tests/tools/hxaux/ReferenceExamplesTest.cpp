@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 // The example of each verb, as --help, manual page and reference show it, does what it should on a simulated unit.
 #include "testing/Command.h"
+#include "testing/RowTest.h"
 #include "tools/hxaux/Objects.h"
 
 #include <algorithm>
@@ -72,14 +73,14 @@ private:
     std::string name_ = "example-" + std::to_string(getpid());
 };
 
-class ReferenceExamples : public testing::TestWithParam<const hxaux::Object*> {};
+class ReferenceExamples : public hxtest::TestWithRow<const hxaux::Object*> {};
 
 } // namespace
 
-TEST_P(ReferenceExamples, DoWhatTheyShouldOnAUnit)
+ROW_TEST(ReferenceExamples, DoWhatTheyShouldOnAUnit)
 {
     const FastUnit unit;
-    for (const hxaux::Verb& verb : GetParam()->verbs) {
+    for (const hxaux::Verb& verb : row()->verbs) {
         const std::string example(verb.example);
         const int status = expected(example);
         const std::string limit = status == kTimedOut ? "timeout 1 " : "";
@@ -94,10 +95,13 @@ TEST_P(ReferenceExamples, DoWhatTheyShouldOnAUnit)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, ReferenceExamples, testing::ValuesIn(objects()), [](const auto& each) {
-    std::string name(each.param->name);
-    std::ranges::replace(name, '-', '_');
-    return name;
-});
+TEST_ROWS_IN(
+    Each, ReferenceExamples,
+    [](const auto& each) {
+        std::string name(each->name);
+        std::ranges::replace(name, '-', '_');
+        return name;
+    },
+    objects());
 
 } // namespace reference_examples_test

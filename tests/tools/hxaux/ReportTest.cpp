@@ -2,6 +2,7 @@
 #include "tools/hxaux/Report.h"
 
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -32,24 +33,22 @@ struct ForeignText : Named {
     const char* shown;
 };
 
-class TextOfOthers : public testing::TestWithParam<ForeignText> {};
+class TextOfOthers : public hxtest::TestWithRow<ForeignText> {};
 
-TEST_P(TextOfOthers, CannotCommandATerminal)
+ROW_TEST(TextOfOthers, CannotCommandATerminal)
 {
-    EXPECT_EQ(asText({"info", "", Exit::Done, {{"serial", GetParam().text}}, {}, {}}),
-              std::string("serial: ") + GetParam().shown + "\n");
-    EXPECT_EQ(asText({"eeprom", "get", Exit::Done, {{GetParam().text, true}}, {}, {}}),
-              std::string(GetParam().shown) + ": on\n");
-    EXPECT_EQ(noteLines({"eeprom", "get", Exit::Done, {}, {GetParam().text}, {}}),
-              std::string(GetParam().shown) + "\n");
-    EXPECT_EQ(problemLines({"upgrade", "", Exit::File, {}, {}, {{GetParam().text, -1, GetParam().text}}}),
-              std::string("upgrade: ") + GetParam().shown + ": " + GetParam().shown + "\n");
+    EXPECT_EQ(asText({"info", "", Exit::Done, {{"serial", row().text}}, {}, {}}),
+              std::string("serial: ") + row().shown + "\n");
+    EXPECT_EQ(asText({"eeprom", "get", Exit::Done, {{row().text, true}}, {}, {}}), std::string(row().shown) + ": on\n");
+    EXPECT_EQ(noteLines({"eeprom", "get", Exit::Done, {}, {row().text}, {}}), std::string(row().shown) + "\n");
+    EXPECT_EQ(problemLines({"upgrade", "", Exit::File, {}, {}, {{row().text, -1, row().text}}}),
+              std::string("upgrade: ") + row().shown + ": " + row().shown + "\n");
 }
 
-TEST_P(TextOfOthers, IsJsonWithoutControlCharacters)
+ROW_TEST(TextOfOthers, IsJsonWithoutControlCharacters)
 {
     const std::string json =
-        asJson({"info", "", Exit::Done, {{"serial", GetParam().text}}, {GetParam().text}, {{"", -1, GetParam().text}}});
+        asJson({"info", "", Exit::Done, {{"serial", row().text}}, {row().text}, {{"", -1, row().text}}});
 
     EXPECT_TRUE(nlohmann::json::accept(json)) << json;
     for (std::size_t i = 0; i + 1 < json.size(); ++i) {
@@ -59,20 +58,17 @@ TEST_P(TextOfOthers, IsJsonWithoutControlCharacters)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, TextOfOthers,
-    testing::Values(ForeignText{"Escape", "\x1b[31mred", "\\x1b[31mred"}, ForeignText{"Bell", "\a", "\\x07"},
-                    ForeignText{"LineEnd", "a\nb\r", "a\\x0ab\\x0d"}, ForeignText{"Zero", std::string(1, 0), "\\x00"},
-                    ForeignText{"Delete", "\x7f", "\\x7f"}, ForeignText{"C1AsUtf8", "\xc2\x9b[31m", "\\xc2\\x9b[31m"},
-                    ForeignText{"C1AsByte", "\x9b[31m", "\\x9b[31m"}, ForeignText{"NotUtf8", "\xff\xfe", "\\xff\\xfe"},
-                    ForeignText{"CutShort", "\xe2\x82", "\\xe2\\x82"},
-                    ForeignText{"Overlong", "\xc0\x9b", "\\xc0\\x9b"},
-                    ForeignText{"OverlongOfThree", "\xe0\x82\x9b", "\\xe0\\x82\\x9b"},
-                    ForeignText{"Surrogate", "\xed\xa0\x80", "\\xed\\xa0\\x80"},
-                    ForeignText{"BehindTheLast", "\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
-                    ForeignText{"Umlaut", "M\xc3\xbcller \xe2\x82\xac \xf0\x9f\x94\x86",
-                                "M\xc3\xbcller \xe2\x82\xac \xf0\x9f\x94\x86"}),
-    kNameOfRow);
+TEST_ROWS(Of, TextOfOthers, kNameOfRow, ForeignText{"Escape", "\x1b[31mred", "\\x1b[31mred"},
+          ForeignText{"Bell", "\a", "\\x07"}, ForeignText{"LineEnd", "a\nb\r", "a\\x0ab\\x0d"},
+          ForeignText{"Zero", std::string(1, 0), "\\x00"}, ForeignText{"Delete", "\x7f", "\\x7f"},
+          ForeignText{"C1AsUtf8", "\xc2\x9b[31m", "\\xc2\\x9b[31m"}, ForeignText{"C1AsByte", "\x9b[31m", "\\x9b[31m"},
+          ForeignText{"NotUtf8", "\xff\xfe", "\\xff\\xfe"}, ForeignText{"CutShort", "\xe2\x82", "\\xe2\\x82"},
+          ForeignText{"Overlong", "\xc0\x9b", "\\xc0\\x9b"},
+          ForeignText{"OverlongOfThree", "\xe0\x82\x9b", "\\xe0\\x82\\x9b"},
+          ForeignText{"Surrogate", "\xed\xa0\x80", "\\xed\\xa0\\x80"},
+          ForeignText{"BehindTheLast", "\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},
+          ForeignText{"Umlaut", "M\xc3\xbcller \xe2\x82\xac \xf0\x9f\x94\x86",
+                      "M\xc3\xbcller \xe2\x82\xac \xf0\x9f\x94\x86"});
 
 TEST(ReportText, ShowsSwitchesAsOnAndOffAndNothingAsAbsent)
 {

@@ -2,6 +2,8 @@
 // What is read of the changes that a run publishes.
 #include "tools/hxaux/StatusReader.h"
 
+#include "testing/RowTest.h"
+
 #include <gmock/gmock.h>
 
 #include <condition_variable>
@@ -155,28 +157,27 @@ struct End {
     eErr error;
 };
 
-class StatusReaderAtTheEnd : public testing::TestWithParam<End> {};
+class StatusReaderAtTheEnd : public hxtest::TestWithRow<End> {};
 
-TEST_P(StatusReaderAtTheEnd, HasTheResultOfTheRunAndEndsWithIt)
+ROW_TEST(StatusReaderAtTheEnd, HasTheResultOfTheRunAndEndsWithIt)
 {
     Upgrade run;
     std::optional<StatusReader> reader(run);
     reader->begin();
     run.publish(Halvix::UpgradeActionVerify, 50);
-    run.publish(GetParam().action, 100, GetParam().error);
+    run.publish(row().action, 100, row().error);
     while (!reader->result())
         std::this_thread::yield();
 
-    EXPECT_EQ(reader->result(), GetParam().error);
+    EXPECT_EQ(reader->result(), row().error);
     EXPECT_EQ(reader->failedIn(), std::nullopt);
     EXPECT_THAT(reader->news(), ElementsAre(Change(Halvix::UpgradeActionVerify, 50)));
     reader.reset();
     EXPECT_EQ(run.asked(), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, StatusReaderAtTheEnd,
-                         testing::Values(End{Halvix::UpgradeActionFinished, Halvix::ERR_SUCCESS},
-                                         End{Halvix::UpgradeActionFailed, Halvix::ERR_VERIFY_FAILED},
-                                         End{Halvix::UpgradeActionFailed, Halvix::ERR_OPEN_FAILED}));
+TEST_ROWS(Of, StatusReaderAtTheEnd, hxtest::kNumbered, End{Halvix::UpgradeActionFinished, Halvix::ERR_SUCCESS},
+          End{Halvix::UpgradeActionFailed, Halvix::ERR_VERIFY_FAILED},
+          End{Halvix::UpgradeActionFailed, Halvix::ERR_OPEN_FAILED});
 
 } // namespace status_reader_test

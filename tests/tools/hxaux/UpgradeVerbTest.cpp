@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/Command.h"
 #include "testing/FirmwareTexts.h"
+#include "testing/RowTest.h"
 #include "testing/TemporaryFolder.h"
 #include "tools/hxaux/UpgradeRun.h"
 
@@ -132,14 +133,14 @@ struct Ending {
     Exit status;
 };
 
-class FailedRun : public testing::TestWithParam<Ending> {};
+class FailedRun : public hxtest::TestWithRow<Ending> {};
 
-TEST_P(FailedRun, HasThePhaseAndTheStatusOfItsCode)
+ROW_TEST(FailedRun, HasThePhaseAndTheStatusOfItsCode)
 {
-    const Cause cause = causeOf(GetParam().task, GetParam().target, GetParam().code);
+    const Cause cause = causeOf(row().task, row().target, row().code);
 
-    EXPECT_EQ(cause.phase, GetParam().phase);
-    EXPECT_EQ(cause.status, GetParam().status);
+    EXPECT_EQ(cause.phase, row().phase);
+    EXPECT_EQ(cause.status, row().status);
 }
 
 namespace {
@@ -153,24 +154,23 @@ constexpr auto kFpga = FirmwareTarget::Fpga;
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, FailedRun,
-    testing::Values(Ending{kUpgrade, kSupervisor, ERR_OPEN_FAILED, UpgradeActionConnect, Exit::NoConnection},
-                    Ending{kVerify, kFront, ERR_OPEN_FAILED, UpgradeActionConnect, Exit::NoConnection},
-                    Ending{kUpgrade, kFpga, ERR_OPEN_FAILED, UpgradeActionPrepareHardware, Exit::Refused},
-                    Ending{kVerify, kFpga, ERR_BUFFER_SIZE, UpgradeActionPrepareHardware, Exit::Refused},
-                    Ending{kUpgrade, kFpga, ERR_INIT_FAILED, UpgradeActionPrepareHardware, Exit::Refused},
-                    Ending{kUpgrade, kFront, ERR_INIT_FAILED, UpgradeActionReadFile, Exit::Refused},
-                    Ending{kUpgrade, kFpga, ERR_CHECKSUM, UpgradeActionReadFile, Exit::File},
-                    Ending{kVerify, kSupervisor, ERR_CHECKSUM, UpgradeActionReadFile, Exit::File},
-                    Ending{kUpgrade, kSupervisor, ERR_INVALID_DATA, UpgradeActionWrite, Exit::File},
-                    Ending{kUpgrade, kFront, ERR_DEVICE_WRITE_DATA_FAILED, UpgradeActionWrite, Exit::Refused},
-                    Ending{kUpgrade, kFront, ERR_DEVICE_READ_DATA_FAILED, UpgradeActionVerify, Exit::Refused},
-                    Ending{kVerify, kFpga, ERR_DEVICE_READ_DATA_FAILED, UpgradeActionVerify, Exit::Refused},
-                    Ending{kUpgrade, kSupervisor, ERR_VERIFY_FAILED, UpgradeActionVerify, Exit::Difference},
-                    Ending{kVerify, kFpga, ERR_VERIFY_FAILED, UpgradeActionVerify, Exit::Difference},
-                    Ending{kVerify, kFpga, ERR_IOCTRL_FAILED, std::nullopt, Exit::Refused},
-                    Ending{kUpgrade, kFpga, ERR_MEM_ALLOC_FAIL, std::nullopt, Exit::Refused}));
+TEST_ROWS(Of, FailedRun, hxtest::kNumbered,
+          Ending{kUpgrade, kSupervisor, ERR_OPEN_FAILED, UpgradeActionConnect, Exit::NoConnection},
+          Ending{kVerify, kFront, ERR_OPEN_FAILED, UpgradeActionConnect, Exit::NoConnection},
+          Ending{kUpgrade, kFpga, ERR_OPEN_FAILED, UpgradeActionPrepareHardware, Exit::Refused},
+          Ending{kVerify, kFpga, ERR_BUFFER_SIZE, UpgradeActionPrepareHardware, Exit::Refused},
+          Ending{kUpgrade, kFpga, ERR_INIT_FAILED, UpgradeActionPrepareHardware, Exit::Refused},
+          Ending{kUpgrade, kFront, ERR_INIT_FAILED, UpgradeActionReadFile, Exit::Refused},
+          Ending{kUpgrade, kFpga, ERR_CHECKSUM, UpgradeActionReadFile, Exit::File},
+          Ending{kVerify, kSupervisor, ERR_CHECKSUM, UpgradeActionReadFile, Exit::File},
+          Ending{kUpgrade, kSupervisor, ERR_INVALID_DATA, UpgradeActionWrite, Exit::File},
+          Ending{kUpgrade, kFront, ERR_DEVICE_WRITE_DATA_FAILED, UpgradeActionWrite, Exit::Refused},
+          Ending{kUpgrade, kFront, ERR_DEVICE_READ_DATA_FAILED, UpgradeActionVerify, Exit::Refused},
+          Ending{kVerify, kFpga, ERR_DEVICE_READ_DATA_FAILED, UpgradeActionVerify, Exit::Refused},
+          Ending{kUpgrade, kSupervisor, ERR_VERIFY_FAILED, UpgradeActionVerify, Exit::Difference},
+          Ending{kVerify, kFpga, ERR_VERIFY_FAILED, UpgradeActionVerify, Exit::Difference},
+          Ending{kVerify, kFpga, ERR_IOCTRL_FAILED, std::nullopt, Exit::Refused},
+          Ending{kUpgrade, kFpga, ERR_MEM_ALLOC_FAIL, std::nullopt, Exit::Refused});
 
 TEST(UpgradeRun, ThatIsNotStartedHasTheStatusOfItsCode)
 {

@@ -3,6 +3,7 @@
 #include "tools/hxaux/Value.h"
 
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "tools/hxaux/Report.h"
 
 #include <gmock/gmock.h>
@@ -32,40 +33,36 @@ struct Form : Named {
     const char* json;
 };
 
-class ReportedValue : public testing::TestWithParam<Form> {};
+class ReportedValue : public hxtest::TestWithRow<Form> {};
 
-TEST_P(ReportedValue, HasATextAndAFormInJson)
+ROW_TEST(ReportedValue, HasATextAndAFormInJson)
 {
-    EXPECT_EQ(GetParam().value.text(), GetParam().text);
-    EXPECT_EQ(json::parse(asJson(with({{"it", GetParam().value}})))["result"]["it"], json::parse(GetParam().json));
+    EXPECT_EQ(row().value.text(), row().text);
+    EXPECT_EQ(json::parse(asJson(with({{"it", row().value}})))["result"]["it"], json::parse(row().json));
 }
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, ReportedValue,
-    testing::Values(Form{"Nothing", Absent{}, "absent", "null"}, Form{"On", true, "on", "true"},
-                    Form{"Off", false, "off", "false"}, Form{"Negative", -7, "-7", "-7"},
-                    Form{"Byte", static_cast<unsigned char>(200), "200", "200"},
-                    Form{"Large", 4294967295U, "4294967295", "4294967295"},
-                    Form{"SizeOfAFile", std::size_t{95000}, "95000", "95000"},
-                    Form{"Rounded", Value(11.99832, 3), "11.998", "11.998"},
-                    Form{"RoundedUp", Value(0.9996, 3), "1.000", "1.0"},
-                    Form{"HalfAsItLooks", Value(1.2345, 3), "1.234", "1.234"},
-                    Form{"NoDecimals", Value(2.6, 0), "3", "3.0"}, Form{"ManyDecimals", Value(0.1, 4), "0.1000", "0.1"},
-                    Form{"NotANumber", Value(kNan), "nan", "null"}, Form{"Infinity", Value(kInfinity), "inf", "null"},
-                    Form{"Code", Coded{85, "Front Panel Button"}, "Front Panel Button (85)",
-                         R"({"code":85,"text":"Front Panel Button"})"},
-                    Form{"CodeWithAHostileName", Coded{-1, "\x1b"}, "\\x1b (-1)", R"({"code":-1,"text":"\u001b"})"},
-                    Form{"Text", "a b", "a b", R"("a b")"}, Form{"EmptyText", "", "", R"("")"},
-                    Form{"List", Value::List{1, Value(0.5, 2), "x"}, "1, 0.50, x", R"([1,0.5,"x"])"},
-                    Form{"EmptyList", Value::List{}, "", "[]"},
-                    Form{"ListOfOne", Value::List{Value::List{1, 2}}, "1, 2", "[[1,2]]"},
-                    Form{"Record", Value::Record{{"red", 1}, {"heat now", 40, "C"}}, "red 1, heat now 40 C",
-                         R"({"red":1,"heat_now":40})"},
-                    Form{"EmptyRecord", Value::Record{}, "", "{}"}),
-    kNameOfRow);
+TEST_ROWS(Of, ReportedValue, kNameOfRow, Form{"Nothing", Absent{}, "absent", "null"}, Form{"On", true, "on", "true"},
+          Form{"Off", false, "off", "false"}, Form{"Negative", -7, "-7", "-7"},
+          Form{"Byte", static_cast<unsigned char>(200), "200", "200"},
+          Form{"Large", 4294967295U, "4294967295", "4294967295"},
+          Form{"SizeOfAFile", std::size_t{95000}, "95000", "95000"},
+          Form{"Rounded", Value(11.99832, 3), "11.998", "11.998"}, Form{"RoundedUp", Value(0.9996, 3), "1.000", "1.0"},
+          Form{"HalfAsItLooks", Value(1.2345, 3), "1.234", "1.234"}, Form{"NoDecimals", Value(2.6, 0), "3", "3.0"},
+          Form{"ManyDecimals", Value(0.1, 4), "0.1000", "0.1"}, Form{"NotANumber", Value(kNan), "nan", "null"},
+          Form{"Infinity", Value(kInfinity), "inf", "null"},
+          Form{"Code", Coded{85, "Front Panel Button"}, "Front Panel Button (85)",
+               R"({"code":85,"text":"Front Panel Button"})"},
+          Form{"CodeWithAHostileName", Coded{-1, "\x1b"}, "\\x1b (-1)", R"({"code":-1,"text":"\u001b"})"},
+          Form{"Text", "a b", "a b", R"("a b")"}, Form{"EmptyText", "", "", R"("")"},
+          Form{"List", Value::List{1, Value(0.5, 2), "x"}, "1, 0.50, x", R"([1,0.5,"x"])"},
+          Form{"EmptyList", Value::List{}, "", "[]"},
+          Form{"ListOfOne", Value::List{Value::List{1, 2}}, "1, 2", "[[1,2]]"},
+          Form{"Record", Value::Record{{"red", 1}, {"heat now", 40, "C"}}, "red 1, heat now 40 C",
+               R"({"red":1,"heat_now":40})"},
+          Form{"EmptyRecord", Value::Record{}, "", "{}"});
 
 TEST(LargeValue, IsWholeHoweverLarge)
 {

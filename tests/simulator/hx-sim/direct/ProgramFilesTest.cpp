@@ -2,6 +2,7 @@
 // Which programs see a unit, by the bytes of their files.
 #include "simulator/hx-sim/ProgramCheck.h"
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "testing/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -96,39 +97,35 @@ struct File : Named {
     const char* why;
 };
 
-class ProgramFile : public ProgramFiles, public testing::WithParamInterface<File> {};
+class ProgramFile : public ProgramFiles, public hxtest::WithRow<File> {};
 
-TEST_P(ProgramFile, IsNamedWhenItDoesNotSeeTheUnit)
+ROW_TEST(ProgramFile, IsNamedWhenItDoesNotSeeTheUnit)
 {
     install("lib/x86_64-linux-gnu");
     install("lib/i386-linux-gnu");
 
-    EXPECT_EQ(whyNot(GetParam().bytes), GetParam().why);
+    EXPECT_EQ(whyNot(row().bytes), row().why);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    That, ProgramFile,
-    testing::Values(File{"IsDynamic", elf64(kLoader64, {DT_NEEDED, DT_NULL}), ""},
-                    File{"IsDynamicOf32Bits", elf32(kLoader32), ""},
-                    File{"IsStatic", elf64("", {DT_NEEDED, DT_NULL}), "is statically linked"},
-                    File{"IsStaticOf32Bits", elf32(""), "is statically linked"},
-                    File{"IsTheLoaderItself", elf64("", {DT_NEEDED, DT_SONAME, DT_NULL}), ""},
-                    File{"IsTheLoaderOf32Bits", elf32("", {DT_SONAME}), ""},
-                    File{"HasItsNameBehindTheEnd", elf64("", {DT_NULL, DT_SONAME}), "is statically linked"},
-                    File{"HasAnotherCLibrary", elf64("/lib/ld-musl-x86_64.so.1"),
-                         "uses another C library (/lib/ld-musl-x86_64.so.1)"},
-                    File{"IsOfAnotherProcessor", elf64("/lib/ld-linux-aarch64.so.1", {}, EM_AARCH64),
-                         "is not a program for i386 or x86-64"},
-                    File{"HasTheClassOfAnotherProcessor", elf64(kLoader64, {}, EM_386),
-                         "is not a program for i386 or x86-64"},
-                    File{"IsOfTheSmallAbiOf64Bits", elf32("/libx32/ld-linux-x32.so.2", {}, EM_X86_64),
-                         "is not a program for i386 or x86-64"},
-                    File{"IsEmpty", "", ""}, File{"IsOnlyAMark", std::string(ELFMAG), ""},
-                    File{"IsCutShort", elf64(kLoader64).substr(0, 40), ""},
-                    File{"LacksItsSegments", elf64(kLoader64).substr(0, sizeof(Elf64_Ehdr)), "is statically linked"},
-                    File{"IsAText", "hello\n", ""}, File{"IsAScriptWithoutAnInterpreter", "#!\n", ""},
-                    File{"IsAScriptOfAMissingInterpreter", "#!/nonexistent/sh\n", ""}),
-    kNameOfRow);
+TEST_ROWS(That, ProgramFile, kNameOfRow, File{"IsDynamic", elf64(kLoader64, {DT_NEEDED, DT_NULL}), ""},
+          File{"IsDynamicOf32Bits", elf32(kLoader32), ""},
+          File{"IsStatic", elf64("", {DT_NEEDED, DT_NULL}), "is statically linked"},
+          File{"IsStaticOf32Bits", elf32(""), "is statically linked"},
+          File{"IsTheLoaderItself", elf64("", {DT_NEEDED, DT_SONAME, DT_NULL}), ""},
+          File{"IsTheLoaderOf32Bits", elf32("", {DT_SONAME}), ""},
+          File{"HasItsNameBehindTheEnd", elf64("", {DT_NULL, DT_SONAME}), "is statically linked"},
+          File{"HasAnotherCLibrary", elf64("/lib/ld-musl-x86_64.so.1"),
+               "uses another C library (/lib/ld-musl-x86_64.so.1)"},
+          File{"IsOfAnotherProcessor", elf64("/lib/ld-linux-aarch64.so.1", {}, EM_AARCH64),
+               "is not a program for i386 or x86-64"},
+          File{"HasTheClassOfAnotherProcessor", elf64(kLoader64, {}, EM_386), "is not a program for i386 or x86-64"},
+          File{"IsOfTheSmallAbiOf64Bits", elf32("/libx32/ld-linux-x32.so.2", {}, EM_X86_64),
+               "is not a program for i386 or x86-64"},
+          File{"IsEmpty", "", ""}, File{"IsOnlyAMark", std::string(ELFMAG), ""},
+          File{"IsCutShort", elf64(kLoader64).substr(0, 40), ""},
+          File{"LacksItsSegments", elf64(kLoader64).substr(0, sizeof(Elf64_Ehdr)), "is statically linked"},
+          File{"IsAText", "hello\n", ""}, File{"IsAScriptWithoutAnInterpreter", "#!\n", ""},
+          File{"IsAScriptOfAMissingInterpreter", "#!/nonexistent/sh\n", ""});
 
 TEST_F(ProgramFiles, AreNamedWithoutThePreloadLibraryOfTheirAbi)
 {

@@ -3,6 +3,7 @@
 #include "simulator/server/EventStream.h"
 
 #include "simulator/protocol/EventJson.h"
+#include "testing/RowTest.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 #include "tools/cli/Json.h"
@@ -562,14 +563,14 @@ TEST_F(EventStreamTest, AnswersAClientThatHasSentItsLastCommand)
     EXPECT_EQ(stream.clients(), 0U);
 }
 
-class BadLine : public EventStreamTest, public testing::WithParamInterface<const char*> {};
+class BadLine : public EventStreamTest, public hxtest::WithRow<const char*> {};
 
-TEST_P(BadLine, IsAnsweredAndTheNextOneIsServed)
+ROW_TEST(BadLine, IsAnsweredAndTheNextOneIsServed)
 {
     Client client{*this};
     (void)client.lines();
 
-    client.write(GetParam() + std::string{"\n"});
+    client.write(row() + std::string{"\n"});
     client.command({"set", "light = 1"});
     const std::vector<json> lines = client.lines();
 
@@ -578,12 +579,10 @@ TEST_P(BadLine, IsAnsweredAndTheNextOneIsServed)
     EXPECT_EQ(lines[1]["ok"], true);
 }
 
-INSTANTIATE_TEST_SUITE_P(EventStream, BadLine,
-                         testing::Values("", "x", "{", "[]", "7", "null", "{}", R"({"command":[]})",
-                                         R"({"command":"set"})", R"({"command":[1]})", R"({"command":[["set"]]})",
-                                         R"({"command":["set"]})", R"({"command":["alarm","x"]})",
-                                         R"({"command":["alarm","-1"]})", R"({"command":["own","x"]})",
-                                         R"({"id":"x","command":["events","\u0000"]})", "\xff\xfe"));
+TEST_ROWS(EventStream, BadLine, hxtest::kNumbered, "", "x", "{", "[]", "7", "null", "{}", R"({"command":[]})",
+          R"({"command":"set"})", R"({"command":[1]})", R"({"command":[["set"]]})", R"({"command":["set"]})",
+          R"({"command":["alarm","x"]})", R"({"command":["alarm","-1"]})", R"({"command":["own","x"]})",
+          R"({"id":"x","command":["events","\u0000"]})", "\xff\xfe");
 
 TEST_F(EventStreamTest, RefusesALineWithoutAnEnd)
 {

@@ -3,6 +3,7 @@
 #include "simulator/server/HostCommands.h"
 
 #include "simulator/server/Host.h"
+#include "testing/RowTest.h"
 #include "testing/TemporaryFolder.h"
 #include "tests/simulator/model/ModelTest.h"
 
@@ -263,31 +264,29 @@ struct Row : Named {
     const char* json;
 };
 
-class JsonOfAnEntry : public testing::TestWithParam<Row> {};
+class JsonOfAnEntry : public hxtest::TestWithRow<Row> {};
 
-TEST_P(JsonOfAnEntry, HasWhatTheCallHas)
+ROW_TEST(JsonOfAnEntry, HasWhatTheCallHas)
 {
-    EXPECT_EQ(nlohmann::json::parse(jsonOf(GetParam().entry)), nlohmann::json::parse(GetParam().json));
+    EXPECT_EQ(nlohmann::json::parse(jsonOf(row().entry)), nlohmann::json::parse(row().json));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    HostCommands, JsonOfAnEntry,
-    testing::Values(Row{{"Plain"},
-                        {.time = 250ms, .caller = {1, 2}, .subject = "/dev/x", .action = "close"},
-                        R"({"time": 0.25, "process": 1, "thread": 2, "subject": "/dev/x", "call": "close"})"},
-                    Row{{"Request"},
-                        {.kind = Entry::Kind::Ioctl, .subject = "/dev/x", .request = 0x40010003, .in = {0, 128}},
-                        R"({"time": 0.0, "process": 0, "thread": 0, "subject": "/dev/x", "call": "0x40010003: 00 80",
+TEST_ROWS(HostCommands, JsonOfAnEntry, kNameOfRow,
+          Row{{"Plain"},
+              {.time = 250ms, .caller = {1, 2}, .subject = "/dev/x", .action = "close"},
+              R"({"time": 0.25, "process": 1, "thread": 2, "subject": "/dev/x", "call": "close"})"},
+          Row{{"Request"},
+              {.kind = Entry::Kind::Ioctl, .subject = "/dev/x", .request = 0x40010003, .in = {0, 128}},
+              R"({"time": 0.0, "process": 0, "thread": 0, "subject": "/dev/x", "call": "0x40010003: 00 80",
                 "request": "0x40010003", "in": "00 80"})"},
-                    Row{{"Failed"},
-                        {.subject = "/dev/x", .action = "open rdwr", .error = ENOENT},
-                        R"({"time": 0.0, "process": 0, "thread": 0, "subject": "/dev/x", "call": "open rdwr !ENOENT",
+          Row{{"Failed"},
+              {.subject = "/dev/x", .action = "open rdwr", .error = ENOENT},
+              R"({"time": 0.0, "process": 0, "thread": 0, "subject": "/dev/x", "call": "open rdwr !ENOENT",
                 "error": "ENOENT"})"},
-                    Row{{"Read"},
-                        {.subject = "/dev/x", .action = "read 2", .out = {1, 0xFF}},
-                        R"({"time": 0.0, "process": 0, "thread": 0, "subject": "/dev/x", "call": "read 2 -> 01 ff",
-                "out": "01 ff"})"}),
-    kNameOfRow);
+          Row{{"Read"},
+              {.subject = "/dev/x", .action = "read 2", .out = {1, 0xFF}},
+              R"({"time": 0.0, "process": 0, "thread": 0, "subject": "/dev/x", "call": "read 2 -> 01 ff",
+                "out": "01 ff"})"});
 
 } // namespace
 

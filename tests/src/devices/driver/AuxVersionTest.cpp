@@ -4,6 +4,7 @@
 #include "devices/AuxVersion_Imp.h"
 #include "testing/Named.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
@@ -45,53 +46,51 @@ eErr readVersion(const Released<AuxVersion>& versions, Getter get, Version& vers
     return ((*versions).*get)(&version.major, &version.minor, &version.release, &version.build);
 }
 
-class DeviceVersion : public testing::TestWithParam<Component> {};
+class DeviceVersion : public hxtest::TestWithRow<Component> {};
 
 } // namespace
 
-TEST_P(DeviceVersion, IsTheFourBytesThatTheDriverAnswers)
+ROW_TEST(DeviceVersion, IsTheFourBytesThatTheDriverAnswers)
 {
-    Script script{{local(GetParam().request, "00000000"_hex, "01fe0380"_hex)}};
+    Script script{{local(row().request, "00000000"_hex, "01fe0380"_hex)}};
     const Released versions{GetAuxVersion()};
     Version version;
 
-    EXPECT_EQ(readVersion(versions, GetParam().get, version), ERR_SUCCESS);
+    EXPECT_EQ(readVersion(versions, row().get, version), ERR_SUCCESS);
 
     EXPECT_EQ(script.complaint(), "");
     EXPECT_EQ(version, (Version{1, 254, 3, 128}));
 }
 
-TEST_P(DeviceVersion, CannotBeReadWithoutTheDevice)
+ROW_TEST(DeviceVersion, CannotBeReadWithoutTheDevice)
 {
     Script script;
     script.deviceIsAbsent();
     const Released versions{GetAuxVersion()};
     Version version;
 
-    EXPECT_EQ(readVersion(versions, GetParam().get, version), ERR_OPEN_FAILED);
+    EXPECT_EQ(readVersion(versions, row().get, version), ERR_OPEN_FAILED);
 
     EXPECT_TRUE(script.calls().empty());
     EXPECT_EQ(version, kUntouched);
 }
 
-TEST_P(DeviceVersion, IsLeftAloneWhenTheDriverRefuses)
+ROW_TEST(DeviceVersion, IsLeftAloneWhenTheDriverRefuses)
 {
-    Script script{{local(GetParam().request, "00000000"_hex, "01fe0380"_hex)}};
+    Script script{{local(row().request, "00000000"_hex, "01fe0380"_hex)}};
     script.failAt(0, EIO);
     const Released versions{GetAuxVersion()};
     Version version;
 
-    EXPECT_EQ(readVersion(versions, GetParam().get, version), ERR_IOCTRL_FAILED);
+    EXPECT_EQ(readVersion(versions, row().get, version), ERR_IOCTRL_FAILED);
 
     EXPECT_EQ(version, kUntouched);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, DeviceVersion,
-                         testing::Values(Component{"Fpga", &AuxVersion::getFPGAVersion, 0x80040036},
-                                         Component{"Supervisor", &AuxVersion::getSSVersion, 0x80040037},
-                                         Component{"Front", &AuxVersion::getFrontVersion, 0x80040038},
-                                         Component{"Drivers", &AuxVersion::getHXAuxDrvVersion, 0x80040064}),
-                         kNameOfRow);
+TEST_ROWS(Of, DeviceVersion, kNameOfRow, Component{"Fpga", &AuxVersion::getFPGAVersion, 0x80040036},
+          Component{"Supervisor", &AuxVersion::getSSVersion, 0x80040037},
+          Component{"Front", &AuxVersion::getFrontVersion, 0x80040038},
+          Component{"Drivers", &AuxVersion::getHXAuxDrvVersion, 0x80040064});
 
 TEST(AuxVersion, OpensItsDeviceOnceForReadingAndWriting)
 {

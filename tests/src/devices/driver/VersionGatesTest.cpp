@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "hx-aux/version-gates.h"
 #include "testing/Named.h"
+#include "testing/RowTest.h"
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
@@ -29,57 +30,57 @@ bool supervisorOf(const Bytes& installed, unsigned char major, unsigned char min
     return DoesSystemHaveAtLeastSSVersion(major, minor, release, build);
 }
 
-class VersionGate : public testing::TestWithParam<Gate> {};
+class VersionGate : public hxtest::TestWithRow<Gate> {};
 
 } // namespace
 
-TEST_P(VersionGate, IsOpenForTheInstalledVersionItself)
+ROW_TEST(VersionGate, IsOpenForTheInstalledVersionItself)
 {
-    Script script{{local(GetParam().request, "00000000"_hex, {1, 2, 3, 4})}};
+    Script script{{local(row().request, "00000000"_hex, {1, 2, 3, 4})}};
 
-    EXPECT_TRUE(GetParam().has(1, 2, 3, 4));
+    EXPECT_TRUE(row().has(1, 2, 3, 4));
 
     EXPECT_EQ(script.complaint(), "");
     EXPECT_THAT(script.opened(), ElementsAre("/dev/fpga-version"));
 }
 
-TEST_P(VersionGate, IsClosedForANewerBuild)
+ROW_TEST(VersionGate, IsClosedForANewerBuild)
 {
-    Script script{{local(GetParam().request, "00000000"_hex, {1, 2, 3, 4})}};
+    Script script{{local(row().request, "00000000"_hex, {1, 2, 3, 4})}};
 
-    EXPECT_FALSE(GetParam().has(1, 2, 3, 5));
+    EXPECT_FALSE(row().has(1, 2, 3, 5));
 }
 
-TEST_P(VersionGate, IsClosedWithoutTheDevice)
+ROW_TEST(VersionGate, IsClosedWithoutTheDevice)
 {
     Script script;
     script.deviceIsAbsent();
 
-    EXPECT_FALSE(GetParam().has(0, 0, 0, 0));
+    EXPECT_FALSE(row().has(0, 0, 0, 0));
 
     EXPECT_TRUE(script.calls().empty());
 }
 
-TEST_P(VersionGate, IsClosedWhenTheDriverRefuses)
+ROW_TEST(VersionGate, IsClosedWhenTheDriverRefuses)
 {
-    Script script{{local(GetParam().request, "00000000"_hex, {9, 9, 9, 9})}};
+    Script script{{local(row().request, "00000000"_hex, {9, 9, 9, 9})}};
     script.failAt(0, EIO);
 
-    EXPECT_FALSE(GetParam().has(0, 0, 0, 0));
+    EXPECT_FALSE(row().has(0, 0, 0, 0));
 }
 
-TEST_P(VersionGate, OpensTheDeviceAfreshForEveryQuestion)
+ROW_TEST(VersionGate, OpensTheDeviceAfreshForEveryQuestion)
 {
-    const Exchange answer = local(GetParam().request, "00000000"_hex, {1, 0, 0, 0});
+    const Exchange answer = local(row().request, "00000000"_hex, {1, 0, 0, 0});
     Script script{{answer, answer}};
 
-    EXPECT_TRUE(GetParam().has(1, 0, 0, 0));
-    EXPECT_TRUE(GetParam().has(1, 0, 0, 0));
+    EXPECT_TRUE(row().has(1, 0, 0, 0));
+    EXPECT_TRUE(row().has(1, 0, 0, 0));
 
     EXPECT_EQ(script.opened().size(), 2U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, VersionGate, testing::Values(kFpga, kSupervisor, kFront), kNameOfRow);
+TEST_ROWS(Of, VersionGate, kNameOfRow, kFpga, kSupervisor, kFront);
 
 TEST(VersionGates, AreOpenFrom1200On)
 {

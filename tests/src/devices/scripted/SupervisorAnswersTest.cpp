@@ -8,6 +8,7 @@
 #include "hx-aux/Power.h"
 #include "testing/Named.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/SimulatedUnit.h"
 #include "testing/scripted/ScriptedDevice.h"
 
@@ -222,124 +223,118 @@ const std::vector<Row> kRows{
     {"getVolume", 0x8004003E, kNone, {1, 2, 3, 4}, getter(GetBuzzer, &Buzzer::getVolume)},
 };
 
-class CountedRequest : public testing::TestWithParam<Row> {
+class CountedRequest : public hxtest::TestWithRow<Row> {
 protected:
     static void expectVersion(ScriptedDevice& device)
     {
-        if (GetParam().asksVersion)
+        if (row().asksVersion)
             device.answers({1, 0, 3, 0}, 4);
     }
-    static int length() { return static_cast<int>(GetParam().sent.size() + GetParam().answer.size()); }
+    static int length() { return static_cast<int>(row().sent.size() + row().answer.size()); }
 
     SimulatedUnit unit; // for the buzzer's lock
 };
-INSTANTIATE_TEST_SUITE_P(Of, CountedRequest, testing::ValuesIn(kRows), kNameOfRow);
+TEST_ROWS_IN(Of, CountedRequest, kNameOfRow, kRows);
 
-TEST_P(CountedRequest, CarriesItsPayloadUnderItsCode)
+ROW_TEST(CountedRequest, CarriesItsPayloadUnderItsCode)
 {
     ScriptedDevice device;
     expectVersion(device);
-    device.answers(GetParam().answer, length());
+    device.answers(row().answer, length());
 
-    EXPECT_EQ(GetParam().call(), ERR_SUCCESS);
+    EXPECT_EQ(row().call(), ERR_SUCCESS);
 
-    EXPECT_EQ(device.requests.size(), GetParam().asksVersion ? 2U : 1U);
-    EXPECT_EQ(device.requests.back().code, GetParam().code);
-    EXPECT_THAT(device.requests.back().in, ElementsAreArray(GetParam().sent));
-    EXPECT_EQ(device.requests.back().outLength, static_cast<int>(GetParam().answer.size()));
+    EXPECT_EQ(device.requests.size(), row().asksVersion ? 2U : 1U);
+    EXPECT_EQ(device.requests.back().code, row().code);
+    EXPECT_THAT(device.requests.back().in, ElementsAreArray(row().sent));
+    EXPECT_EQ(device.requests.back().outLength, static_cast<int>(row().answer.size()));
 }
 
-TEST_P(CountedRequest, RefusesAnyOtherCount)
+ROW_TEST(CountedRequest, RefusesAnyOtherCount)
 {
     for (const int count : {0, length() - 1, length() + 1, -1}) {
         ScriptedDevice device;
         expectVersion(device);
-        device.answers(GetParam().answer, count);
+        device.answers(row().answer, count);
 
-        EXPECT_EQ(GetParam().call(), ERR_BUFFER_SIZE) << count;
+        EXPECT_EQ(row().call(), ERR_BUFFER_SIZE) << count;
     }
 }
 
-TEST_P(CountedRequest, IsRefusedByTheDriverBeforeItsCount)
+ROW_TEST(CountedRequest, IsRefusedByTheDriverBeforeItsCount)
 {
     ScriptedDevice device;
     expectVersion(device);
     device.refuses();
 
-    EXPECT_EQ(GetParam().call(), ERR_IOCTRL_FAILED);
+    EXPECT_EQ(row().call(), ERR_IOCTRL_FAILED);
 }
 
 // Requests whose count is not checked.
 
-class UncountedRequest : public testing::TestWithParam<Row> {
+class UncountedRequest : public hxtest::TestWithRow<Row> {
 protected:
     SimulatedUnit unit;
 };
-INSTANTIATE_TEST_SUITE_P(
-    Of, UncountedRequest,
-    testing::Values(
-        Row{"ackPowerRequest",
-            0x40010035,
-            {0},
-            {},
-            [] {
-                Released<Power> power{GetPower()};
-                return power->ackPowerRequest();
-            }},
-        Row{"clearHwErrorStatus",
-            0x40010063,
-            {},
-            {},
-            [] {
-                Released<Diagnostic> diagnostic{GetDiagnostic()};
-                return diagnostic->clearHwErrorStatus();
-            }},
-        Row{"setTiming",
-            0x40040043,
-            {1, 2, 3, 4},
-            {},
-            [] {
-                Released<FrontLED> led{GetFrontLED()};
-                return static_cast<FrontLED_Imp*>(led.get())->setTiming({1, 2, 3, 4});
-            }},
-        Row{"setColor",
-            0x40030045,
-            {1, 2, 3},
-            {},
-            [] {
-                Released<FrontLED> led{GetFrontLED()};
-                return led->setColor(1, 2, 3);
-            }},
-        Row{"setEnabledDuringStartup", 0x40010047, {1}, {}, setter(GetFrontLED, &FrontLED::setEnabledDuringStartup, 1)},
-        Row{"setSetup",
-            0x4004003F,
-            {0xE8, 0x03, 51, 0},
-            {},
-            [] {
-                Released<Buzzer> buzzer{GetBuzzer()};
-                return static_cast<Buzzer_Imp*>(buzzer.get())->setSetup({1000, 51});
-            }}),
-    kNameOfRow);
+TEST_ROWS(
+    Of, UncountedRequest, kNameOfRow,
+    Row{"ackPowerRequest",
+        0x40010035,
+        {0},
+        {},
+        [] {
+            Released<Power> power{GetPower()};
+            return power->ackPowerRequest();
+        }},
+    Row{"clearHwErrorStatus",
+        0x40010063,
+        {},
+        {},
+        [] {
+            Released<Diagnostic> diagnostic{GetDiagnostic()};
+            return diagnostic->clearHwErrorStatus();
+        }},
+    Row{"setTiming",
+        0x40040043,
+        {1, 2, 3, 4},
+        {},
+        [] {
+            Released<FrontLED> led{GetFrontLED()};
+            return static_cast<FrontLED_Imp*>(led.get())->setTiming({1, 2, 3, 4});
+        }},
+    Row{"setColor",
+        0x40030045,
+        {1, 2, 3},
+        {},
+        [] {
+            Released<FrontLED> led{GetFrontLED()};
+            return led->setColor(1, 2, 3);
+        }},
+    Row{"setEnabledDuringStartup", 0x40010047, {1}, {}, setter(GetFrontLED, &FrontLED::setEnabledDuringStartup, 1)},
+    Row{"setSetup", 0x4004003F, {0xE8, 0x03, 51, 0}, {}, [] {
+            Released<Buzzer> buzzer{GetBuzzer()};
+            return static_cast<Buzzer_Imp*>(buzzer.get())->setSetup({1000, 51});
+        }});
 
-TEST_P(UncountedRequest, SucceedsWhateverTheCount)
+ROW_TEST(UncountedRequest, SucceedsWhateverTheCount)
 {
     for (const int count : {0, 1, 99}) {
         ScriptedDevice device;
         device.answers({}, count);
 
-        EXPECT_EQ(GetParam().call(), ERR_SUCCESS) << count;
+        EXPECT_EQ(row().call(), ERR_SUCCESS) << count;
 
-        EXPECT_EQ(device.requests.back().code, GetParam().code);
-        EXPECT_THAT(device.requests.back().in, ElementsAreArray(GetParam().sent));
+        EXPECT_EQ(device.requests.back().code, row().code);
+        EXPECT_THAT(device.requests.back().in, ElementsAreArray(row().sent));
     }
 }
 
-TEST_P(UncountedRequest, ReportsWhenTheDriverRefuses)
+ROW_TEST(UncountedRequest, ReportsWhenTheDriverRefuses)
 {
     ScriptedDevice device;
     device.refuses();
 
-    EXPECT_EQ(GetParam().call(), ERR_IOCTRL_FAILED);
+    EXPECT_EQ(row().call(), ERR_IOCTRL_FAILED);
 }
 
 // Operations of two requests.

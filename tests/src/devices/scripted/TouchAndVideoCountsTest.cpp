@@ -4,6 +4,7 @@
 #include "hx-aux/TouchScreen.h"
 #include "hx-aux/TouchScreenCalib.h"
 #include "testing/Released.h"
+#include "testing/RowTest.h"
 #include "testing/scripted/ScriptedDevice.h"
 
 #include <gmock/gmock.h>
@@ -304,11 +305,11 @@ int lastWritten(const ScriptedDevice& device, int number)
 
 } // namespace
 
-class EveryValueOfAdvancedSetting : public testing::TestWithParam<int> {};
+class EveryValueOfAdvancedSetting : public hxtest::TestWithRow<int> {};
 
-TEST_P(EveryValueOfAdvancedSetting, IsWrittenOrRefused)
+ROW_TEST(EveryValueOfAdvancedSetting, IsWrittenOrRefused)
 {
-    const int number = GetParam();
+    const int number = row();
     ScriptedDevice device;
     device.answers({9, 9, 9, 9}, 4);
     Released touch{GetTouchScreen()};
@@ -322,9 +323,9 @@ TEST_P(EveryValueOfAdvancedSetting, IsWrittenOrRefused)
     }
 }
 
-TEST_P(EveryValueOfAdvancedSetting, IsReadBack)
+ROW_TEST(EveryValueOfAdvancedSetting, IsReadBack)
 {
-    const int number = GetParam();
+    const int number = row();
     const int divisor = number >= 3 && number <= 6 ? 4 : 1;
     ScriptedDevice device;
     Released touch{GetTouchScreen()};
@@ -338,4 +339,4 @@ TEST_P(EveryValueOfAdvancedSetting, IsReadBack)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, EveryValueOfAdvancedSetting, testing::Range(0, 12));
+TEST_ROWS(All, EveryValueOfAdvancedSetting, hxtest::kNumbered, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11);

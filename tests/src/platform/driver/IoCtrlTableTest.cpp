@@ -2,6 +2,7 @@
 // What every control code does, from the drivers' description, not from the library's table.
 #include "platform/ControlCodeTable.h"
 #include "platform/LinuxWrapper.h"
+#include "testing/RowTest.h"
 #include "testing/driver/Driver.h"
 
 #include <gmock/gmock.h>
@@ -270,10 +271,10 @@ private:
     const Case& row_;
 };
 
-std::string nameOf(const testing::TestParamInfo<Case>& info)
+std::string nameOf(const Case& row)
 {
     std::ostringstream text;
-    text << std::hex << info.param.code;
+    text << std::hex << row.code;
     return text.str();
 }
 
@@ -282,22 +283,22 @@ void PrintTo(const Case& row, std::ostream* out)
     *out << "code 0x" << std::hex << row.code << std::dec;
 }
 
-class ControlCode : public testing::TestWithParam<Case> {};
+class ControlCode : public hxtest::TestWithRow<Case> {};
 
 } // namespace
 
-TEST_P(ControlCode, ReachesTheDriverAndBringsTheAnswerAndItsCount)
+ROW_TEST(ControlCode, ReachesTheDriverAndBringsTheAnswerAndItsCount)
 {
-    Script script{GetParam().driver};
-    OneCall call{GetParam()};
+    Script script{row().driver};
+    OneCall call{row()};
 
     call.run(script);
 
     EXPECT_EQ(script.complaint(), "");
-    EXPECT_EQ(call.result, GetParam().result);
-    EXPECT_EQ(call.in, GetParam().in);
-    EXPECT_EQ(call.out, GetParam().answer);
-    EXPECT_EQ(call.returned, GetParam().returned);
+    EXPECT_EQ(call.result, row().result);
+    EXPECT_EQ(call.in, row().in);
+    EXPECT_EQ(call.out, row().answer);
+    EXPECT_EQ(call.returned, row().returned);
 }
 
 TEST(ControlCodes, EndWithFalseAtTheFirstRefusalWhereverItIs)
@@ -375,7 +376,7 @@ TEST(ControlCodes, FailWithoutTheBlockThatTheyReadOrFill)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, ControlCode, testing::ValuesIn(everyCase()), nameOf);
+TEST_ROWS_IN(Each, ControlCode, nameOf, everyCase());
 
 TEST(ControlCodes, EveryOneOfTheTableIsWrittenDownHere)
 {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
 #include "testing/FirmwareTexts.h"
+#include "testing/RowTest.h"
 #include "tests/src/upgrade/scripted/Dialogue.h"
 
 #include <gmock/gmock.h>
@@ -317,11 +318,6 @@ struct Operation {
     std::function<bool(const stm32_target*)> run;
 };
 
-std::ostream& operator<<(std::ostream& out, const Operation& operation)
-{
-    return out << operation.dialogue;
-}
-
 std::array<std::uint8_t, 256> scratch{};
 
 const Operation kOperations[] = {
@@ -337,7 +333,7 @@ const Operation kOperations[] = {
     {"reset", [](const stm32_target* h) { return stm32_reset_device(h); }},
 };
 
-class EveryOperation : public testing::TestWithParam<Operation> {};
+class EveryOperation : public hxtest::TestWithRow<Operation> {};
 
 bool isAcknowledgement(const Operation& operation, std::size_t line)
 {
@@ -348,35 +344,36 @@ bool isAcknowledgement(const Operation& operation, std::size_t line)
 
 } // namespace
 
-TEST_P(EveryOperation, FailsAtEachRefusal)
+ROW_TEST(EveryOperation, FailsAtEachRefusal)
 {
-    const std::size_t lines = Dialogue{GetParam().dialogue}.linesOfTarget();
+    const std::size_t lines = Dialogue{row().dialogue}.linesOfTarget();
     for (std::size_t line = 1; line <= lines; ++line) {
-        if (!isAcknowledgement(GetParam(), line) || (line == 1 && std::string{GetParam().dialogue} == "identify"))
+        if (!isAcknowledgement(row(), line) || (line == 1 && std::string{row().dialogue} == "identify"))
             continue; // data, or the synchronisation, which is retried
-        Dialogue dialogue{GetParam().dialogue};
+        Dialogue dialogue{row().dialogue};
         dialogue.refuseAt(line);
 
-        EXPECT_FALSE(GetParam().run(dialogue.target())) << "line " << line;
+        EXPECT_FALSE(row().run(dialogue.target())) << "line " << line;
         if (line < lines) {
             EXPECT_THAT(dialogue.complaint(), testing::StartsWith("not reached: ")) << "line " << line;
         }
     }
 }
 
-TEST_P(EveryOperation, FailsWhereverTheTargetFallsSilent)
+ROW_TEST(EveryOperation, FailsWhereverTheTargetFallsSilent)
 {
     std::size_t silentFrom = 1;
     for (bool succeeded = false; !succeeded; ++silentFrom) {
         ASSERT_LT(silentFrom, 100U);
-        Dialogue dialogue{GetParam().dialogue};
+        Dialogue dialogue{row().dialogue};
         dialogue.silentFrom(silentFrom);
         CapturedErrors errors;
-        succeeded = GetParam().run(dialogue.target());
+        succeeded = row().run(dialogue.target());
         (void)errors.text();
         EXPECT_EQ(succeeded, dialogue.complaint().empty()) << "silent from byte " << silentFrom;
     }
     EXPECT_GT(silentFrom, 2U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Bootloader, EveryOperation, testing::ValuesIn(kOperations));
+TEST_ROWS_IN(
+    Bootloader, EveryOperation, [](const Operation& row) { return row.dialogue; }, kOperations);
