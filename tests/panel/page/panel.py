@@ -8,7 +8,7 @@ import pathlib
 import signal
 import subprocess
 
-from selenium.common.exceptions import ElementClickInterceptedException
+from selenium.common.exceptions import ElementClickInterceptedException, StaleElementReferenceException
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.remote.webdriver import WebDriver
@@ -146,11 +146,21 @@ class Page:
         """As a user does, who looks again when the page has moved under the pointer."""
         for _ in range(20):
             self.until_it_rests(element)
+            self.js(
+                """const [element] = arguments;
+                delete element.dataset.clicked;
+                element.addEventListener('click', () => { element.dataset.clicked = true; }, {once: true, capture: true});""",
+                element,
+            )
             try:
-                return element.click()
-            except ElementClickInterceptedException as error:
-                moved = error
-        raise moved
+                element.click()
+                if self.js("return arguments[0].dataset.clicked", element):
+                    return
+            except ElementClickInterceptedException:
+                pass
+            except StaleElementReferenceException:
+                return  # the click has removed it
+        raise AssertionError("the page moves at each click")
 
     def until_it_rests(self, element: WebElement) -> None:
         self.until(
