@@ -90,8 +90,8 @@ target_compile_options(hx_warnings INTERFACE -Wall -Wextra -Wconversion -Wshadow
                        $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
                        $<$<BOOL:${HX_WERROR}>:-Werror>)
 
-# For all programs but the library: debug information beyond line numbers would take a third of their compile time. Most of
-# them wait for people, files and processes, and gain nothing from a higher optimisation.
+# For all programs but the library: debug information beyond line numbers would take a third of their compile time. They
+# wait for people, files and processes, and gain nothing from a higher optimisation: a request takes the same time.
 add_library(hx_lines INTERFACE)
 target_compile_options(hx_lines INTERFACE -g1)
 add_library(hx_quick INTERFACE)
