@@ -37,8 +37,9 @@ endfunction()
 file(GENERATE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/precompiled.cpp CONTENT "int main() {}\n")
 add_executable(hx_test_precompiled EXCLUDE_FROM_ALL ${CMAKE_CURRENT_BINARY_DIR}/precompiled.cpp)
 target_link_libraries(hx_test_precompiled PRIVATE GTest::gmock hx_warnings hx_run_once)
-target_precompile_headers(hx_test_precompiled PRIVATE <gmock/gmock.h> <gtest/gtest.h> <array> <functional> <map>
-                          <memory> <optional> <set> <string> <thread> <vector>)
+target_precompile_headers(hx_test_precompiled PRIVATE <gmock/gmock.h> <gtest/gtest.h> <algorithm> <array> <chrono>
+                          <filesystem> <fstream> <functional> <map> <memory> <optional> <set> <span> <string> <thread>
+                          <vector>)
 
 function(hx_add_test_on support name)
   add_executable(${name} ${ARGN} $<TARGET_OBJECTS:hx-test-rows>)
