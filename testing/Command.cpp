@@ -217,4 +217,29 @@ std::vector<nlohmann::json> jsonLinesOf(const Outcome& outcome)
     return documents;
 }
 
+OutcomeMatcher outputIs(const std::string& text)
+{
+    return testing::Field("output", &Outcome::output, testing::StrEq(text));
+}
+
+OutcomeMatcher outputMatches(const std::string& pattern)
+{
+    return testing::Field("output", &Outcome::output, testing::ContainsRegex(pattern));
+}
+
+OutcomeMatcher errorIs(const std::string& text)
+{
+    return testing::Field("error", &Outcome::error, testing::StrEq(text));
+}
+
+OutcomeMatcher errorMatches(const std::string& pattern)
+{
+    return testing::Field("error", &Outcome::error, testing::ContainsRegex(pattern));
+}
+
+OutcomeMatcher statusIs(int status)
+{
+    return testing::Field("status", &Outcome::status, testing::Eq(status));
+}
+
 } // namespace hxtest

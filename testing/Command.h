@@ -67,30 +67,14 @@ nlohmann::json jsonOf(const Outcome& outcome);
 /// One document per line.
 std::vector<nlohmann::json> jsonLinesOf(const Outcome& outcome);
 
-inline auto outputIs(const std::string& text)
-{
-    return testing::Field("output", &Outcome::output, testing::StrEq(text));
-}
+/// Of one type each, which every combination of them shares.
+using OutcomeMatcher = testing::Matcher<const Outcome&>;
 
+OutcomeMatcher outputIs(const std::string& text);
 /// A POSIX extended regular expression that a part of the output matches.
-inline auto outputMatches(const std::string& pattern)
-{
-    return testing::Field("output", &Outcome::output, testing::ContainsRegex(pattern));
-}
-
-inline auto errorIs(const std::string& text)
-{
-    return testing::Field("error", &Outcome::error, testing::StrEq(text));
-}
-
-inline auto errorMatches(const std::string& pattern)
-{
-    return testing::Field("error", &Outcome::error, testing::ContainsRegex(pattern));
-}
-
-inline auto statusIs(int status)
-{
-    return testing::Field("status", &Outcome::status, testing::Eq(status));
-}
+OutcomeMatcher outputMatches(const std::string& pattern);
+OutcomeMatcher errorIs(const std::string& text);
+OutcomeMatcher errorMatches(const std::string& pattern);
+OutcomeMatcher statusIs(int status);
 
 } // namespace hxtest

@@ -16,6 +16,18 @@ std::string joined(std::initializer_list<const char*> lines)
     return text;
 }
 
+MATCHER_P(ContainsLinesInOrder, lines, "")
+{
+    auto wanted = lines.begin();
+    for (const std::string& line : arg)
+        if (wanted != lines.end() && line == *wanted)
+            ++wanted;
+    if (wanted == lines.end())
+        return true;
+    *result_listener << "which lacks \"" << *wanted << "\" at its place";
+    return false;
+}
+
 } // namespace
 
 SimulatedUnit::SimulatedUnit(std::initializer_list<const char*> description)
@@ -130,4 +142,14 @@ std::string SimulatedUnit::settings() const
 void SimulatedUnit::writeSettings(const std::string& text) const
 {
     std::ofstream{settingsFile()} << text;
+}
+
+LinesMatcher LinesAre(const std::vector<std::string>& lines)
+{
+    return testing::ElementsAreArray(lines);
+}
+
+LinesMatcher InOrder(std::initializer_list<std::string> lines)
+{
+    return ContainsLinesInOrder(std::vector<std::string>(lines));
 }

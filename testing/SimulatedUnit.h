@@ -86,28 +86,17 @@ private:
     hxsim::LinkedUnitPointer linkedUnit_;
 };
 
+using LinesMatcher = testing::Matcher<const std::vector<std::string>&>;
+
+LinesMatcher LinesAre(const std::vector<std::string>& lines);
+
 /// `EXPECT_THAT(unit.requestsTo("/dev/x"), Requests("0x80010002 -> 80", "0x40010003: 00 81"))`: these, in this order,
 /// and no others.
 template <typename... Lines>
-auto Requests(Lines... lines)
+LinesMatcher Requests(Lines... lines)
 {
-    return testing::ElementsAre(std::string{lines}...);
-}
-
-MATCHER_P(ContainsLinesInOrder, lines, "")
-{
-    auto wanted = lines.begin();
-    for (const std::string& line : arg)
-        if (wanted != lines.end() && line == *wanted)
-            ++wanted;
-    if (wanted == lines.end())
-        return true;
-    *result_listener << "which lacks \"" << *wanted << "\" at its place";
-    return false;
+    return LinesAre({std::string{lines}...});
 }
 
 /// These lines occur in this order, possibly with others between them.
-inline auto InOrder(std::initializer_list<std::string> lines)
-{
-    return ContainsLinesInOrder(std::vector<std::string>(lines));
-}
+LinesMatcher InOrder(std::initializer_list<std::string> lines);
