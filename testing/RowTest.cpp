@@ -42,7 +42,7 @@ void RowTests::addTest(const char* name, const char* file, int line, Make make)
 
 void RowTests::addRow(const std::string& table, const std::string& name, const void* row)
 {
-    const std::string suite = table.empty() ? fixture_ : table + '/' + fixture_;
+    const std::string suite = table + '/' + fixture_;
     std::size_t number = 0;
     for (const NamedRow& other : rows_)
         number += other.suite == suite ? 1 : 0;

@@ -57,7 +57,7 @@ ROW_TEST(VirtualTimeOfEachAbi, PassesExactlyUntilAnotherThreadOrProcessEndsAWait
 }
 
 TEST_ROWS_IN(
-    , VirtualTimeOfEachAbi,
+    Of, VirtualTimeOfEachAbi,
     [](const auto& waiter) {
         std::string name = waiter;
         std::erase_if(name, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) == 0; });

@@ -2,6 +2,7 @@
 #include "testing/RowTest.h"
 #include "tests/tools/hxaux/SupervisorVerbs.h"
 
+#include <functional>
 #include <unistd.h>
 
 namespace buzzer_verb_test {
