@@ -101,6 +101,7 @@ bool addRows(const char* table, const char* fixture, const Rows& rows, NameOf na
 } // namespace hxtest
 
 /// A test of a fixture: ROW_TEST(Fixture, Name) { ... }
+// NOLINTBEGIN(bugprone-macro-parentheses): a type
 #define ROW_TEST(Fixture, name)                                                                                        \
     class Fixture##_##name : public Fixture {                                                                          \
         void TestBody() override;                                                                                      \
@@ -108,6 +109,7 @@ bool addRows(const char* table, const char* fixture, const Rows& rows, NameOf na
     [[maybe_unused]] const bool Fixture##_##name##_IsAdded =                                                           \
         hxtest::addRowTest<Fixture, Fixture##_##name>(#Fixture, #name, __FILE__, __LINE__);                            \
     void Fixture##_##name::TestBody()
+// NOLINTEND(bugprone-macro-parentheses)
 
 /// The rows of a table: TEST_ROWS(Table, Fixture, what names a row, row, row, ...);
 #define TEST_ROWS(table, Fixture, nameOf, ...)                                                                         \
@@ -117,6 +119,6 @@ bool addRows(const char* table, const char* fixture, const Rows& rows, NameOf na
 
 /// The same with the rows of an array or a container.
 #define TEST_ROWS_IN(table, Fixture, nameOf, rows)                                                                     \
-    const auto& table##Fixture##Rows = rows;                                                                           \
+    const auto& table##Fixture##Rows = (rows);                                                                         \
     [[maybe_unused]] const bool table##Fixture##IsAdded =                                                              \
         hxtest::addRows<Fixture>(#table, #Fixture, table##Fixture##Rows, nameOf)

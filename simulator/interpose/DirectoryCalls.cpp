@@ -133,6 +133,7 @@ HXSIM_ENTRY int chdir(const char* path) noexcept
         [](const char* real) { return HXSIM_REAL(chdir)(real); });
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): types
 #define HXSIM_SCANDIR(name, Entry)                                                                                     \
     HXSIM_ENTRY int name(const char* path, Entry*** entries, int (*filter)(const Entry*),                              \
                          int (*compare)(const Entry**, const Entry**))                                                 \
@@ -191,6 +192,7 @@ HXSIM_GLOB(glob64, glob64_t, ::readdir64, ::stat64, ::lstat64)
             descriptors, 0, HXSIM_REAL_AS(Walk<Record>::Real, #walkName),                                              \
             [&] { return HXSIM_REAL_AS(Call, #name)(path, visitor, descriptors); });                                   \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 HXSIM_NFTW(nftw, struct stat)
 HXSIM_NFTW(nftw64, struct stat64)

@@ -141,6 +141,7 @@ HXSIM_ENTRY ssize_t __readlinkat_chk(int folder, const char* path, char* buffer,
     });
 }
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type, and lists of arguments in parentheses
 #define HXSIM_QUERY(Result, name, parameters, forwarded, onUnit)                                                       \
     HXSIM_ENTRY Result name parameters noexcept                                                                        \
     {                                                                                                                  \
@@ -148,6 +149,7 @@ HXSIM_ENTRY ssize_t __readlinkat_chk(int folder, const char* path, char* buffer,
             path, [&] { return HXSIM_REAL(name) forwarded; },                                                          \
             [&](const char* real, const std::string&) { return HXSIM_REAL(name) onUnit; });                            \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 // Extended attributes, which `ls -l` reads.
 HXSIM_QUERY(ssize_t, getxattr, (const char* path, const char* attribute, void* value, std::size_t size),
