@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <cstdlib>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -86,12 +87,17 @@ LinkedUnitPointer LinkedUnit::make(const std::string& description)
 void LinkedUnit::end(LinkedUnit* linked)
 {
     static auto* const kept = new std::vector<LinkedUnit*>;
-    setCurrent(nullptr);
+    // A thread in the middle of a call may create a semaphore yet.
+    [[maybe_unused]] static const int once = std::atexit([] {
+        for (const LinkedUnit* each : *kept)
+            each->folder_->remove();
+    });
     mark = {};
+    linked->over_ = true; // first, so that threads that miss their unit see why
+    setCurrent(nullptr);
     bool inUse = false;
     {
         const std::lock_guard guard{linked->lock_};
-        linked->over_ = true;
         linked->time_.stop();
         inUse = --linked->threads_ > 0 || linked->files_ > 0;
         linked->folder_->remove(); // the object stays: a thread on its way here requests names

@@ -24,7 +24,10 @@ Link* Link::current()
     if (Inside::depth > 0)
         return nullptr;
     __start_hxsim_backend->beforeCall();
-    return currentLink.load(std::memory_order_acquire);
+    Link* const link = currentLink.load(std::memory_order_acquire);
+    if (link == nullptr)
+        __start_hxsim_backend->beforeCall(); // the unit may have ended in between
+    return link;
 }
 
 void Link::setCurrent(Link* link)

@@ -233,6 +233,22 @@ TEST(InProcessBackend, StopsThreadsThatATestLeavesBehind)
     EXPECT_LE(rounds, before + 1);
 }
 
+TEST(InProcessBackend, StopsThreadsAtAnyMomentOfTheirCalls)
+{
+    static std::atomic<int> calls;
+    for (int i = 0; i < 300; ++i) {
+        const SimulatedUnit unit;
+        calls = 0;
+        for (int threads = 0; threads < 3; ++threads)
+            std::thread{[] {
+                for (;; ++calls) // a call outside every unit would end the program
+                    sem_close(sem_open("/FILE_HXAUXINI_IS_IN_USE", O_CREAT, 0666, 1));
+            }}.detach();
+        while (calls < 10)
+            std::this_thread::yield();
+    }
+}
+
 TEST(InProcessBackendDeathTest, ListsTheWaitingThreadsOnADeadlock)
 {
     EXPECT_DEATH(
