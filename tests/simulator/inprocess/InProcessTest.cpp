@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <fstream>
+#include <pthread.h>
 #include <semaphore.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -236,17 +237,26 @@ TEST(InProcessBackend, StopsThreadsThatATestLeavesBehind)
 TEST(InProcessBackend, StopsThreadsAtAnyMomentOfTheirCalls)
 {
     static std::atomic<int> calls;
+    pthread_attr_t small; // for 900 stacks in 32 bits
+    pthread_attr_init(&small);
+    pthread_attr_setstacksize(&small, std::size_t{256} * 1024);
+    pthread_attr_setdetachstate(&small, PTHREAD_CREATE_DETACHED);
+    const auto callForever = [](void*) -> void* {
+        for (;; ++calls) // a call outside every unit would end the program
+            sem_close(sem_open("/FILE_HXAUXINI_IS_IN_USE", O_CREAT, 0666, 1));
+    };
+
     for (int i = 0; i < 300; ++i) {
         const SimulatedUnit unit;
         calls = 0;
-        for (int threads = 0; threads < 3; ++threads)
-            std::thread{[] {
-                for (;; ++calls) // a call outside every unit would end the program
-                    sem_close(sem_open("/FILE_HXAUXINI_IS_IN_USE", O_CREAT, 0666, 1));
-            }}.detach();
+        for (int threads = 0; threads < 3; ++threads) {
+            pthread_t thread{};
+            ASSERT_EQ(pthread_create(&thread, &small, callForever, nullptr), 0);
+        }
         while (calls < 10)
             std::this_thread::yield();
     }
+    pthread_attr_destroy(&small);
 }
 
 TEST(InProcessBackendDeathTest, ListsTheWaitingThreadsOnADeadlock)
