@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
-#include <ostream>
 
 using namespace driver;
 using testing::ElementsAre;
