@@ -6,6 +6,7 @@
 #include "fuzz/Require.h"
 #include "fuzz/system/System.h"
 #include "testing/EveryOperation.h"
+#include "testing/OrderedCall.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -13,7 +14,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -136,25 +136,27 @@ template <class Interface, class... Parameters>
 void call(Input& input, eErr (Interface::*operation)(Parameters...))
 {
     Arguments arguments{input};
-    std::tuple<Parameters...> all{arguments.next<Parameters>()...};
-    const eErr err =
-        std::apply([&](Parameters... parameters) { return (Holder<Interface>::get().*operation)(parameters...); }, all);
+    const eErr err = OrderedCall{Holder<Interface>::get(), operation, arguments.next<Parameters>()...}.result;
     REQUIRE(err >= ERR_SUCCESS && err <= ERR_MEM_ALLOC_FAIL);
     REQUIRE(GetErrorStringA(err) != nullptr && GetErrorStringW(err) != nullptr);
+}
+
+void callFreeBmpBuffer(Input&)
+{
+    (void)Holder<Video>::get().freeBmpBuffer(static_cast<char*>(std::malloc(8))); // it frees its argument
 }
 
 template <class Interface>
 void add(std::vector<Action>& actions)
 {
     const auto visit = [&](std::string_view name, auto operation) {
-        if (name == "freeBmpBuffer") // frees its argument
-            actions.emplace_back(
-                [](Input&) { (void)Holder<Video>::get().freeBmpBuffer(static_cast<char*>(std::malloc(8))); });
+        if (name == "freeBmpBuffer")
+            actions.push_back(&callFreeBmpBuffer);
         else
-            actions.emplace_back([operation](Input& input) { call(input, operation); });
+            actions.push_back([operation](Input& input) { call(input, operation); });
     };
     every::Operations<Interface>::visit(visit);
-    actions.emplace_back([](Input&) { Holder<Interface>::release(); });
+    actions.push_back([](Input&) { Holder<Interface>::release(); });
 }
 
 template <class... Interfaces>
@@ -173,17 +175,17 @@ using Everything = every::Interfaces<All>;
 std::vector<Action> allActions()
 {
     std::vector<Action> actions = Everything::actions();
-    actions.emplace_back([](Input& input) { fuzzed::pass(std::int64_t{input.byte()} * 16); });
-    actions.emplace_back([](Input& input) { fuzzed::writeSettings(input.text(255)); });
+    actions.push_back([](Input& input) { fuzzed::pass(std::int64_t{input.byte()} * 16); });
+    actions.push_back([](Input& input) { fuzzed::writeSettings(input.text(255)); });
     for (const auto gate :
          {&DoesSystemHaveAtLeastFPGAVersion, &DoesSystemHaveAtLeastSSVersion, &DoesSystemHaveAtLeastFrontVersion})
-        actions.emplace_back([gate](Input& input) {
+        actions.push_back([gate](Input& input) {
             unsigned char parts[4];
             for (unsigned char& part : parts)
                 part = input.byte();
             (void)gate(parts[0], parts[1], parts[2], parts[3]);
         });
-    actions.emplace_back([](Input& input) {
+    actions.push_back([](Input& input) {
         const auto code = input.number<std::uint16_t>();
         REQUIRE(GetHwErrorStatusStringA(code) != nullptr && GetHwErrorStatusStringW(code) != nullptr);
         REQUIRE(GetStartupReasonStringA(code) != nullptr && GetStartupReasonStringW(code) != nullptr);

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "hx-aux/errors.h"
+#include "testing/OrderedCall.h"
 
 #include <cstddef>
 #include <cstring>
 #include <string>
-#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -24,8 +24,7 @@ public:
     template <class Interface, class... Parameters>
     Halvix::eErr call(Interface& object, Halvix::eErr (Interface::*operation)(Parameters...))
     {
-        std::tuple<Parameters...> all{next<Parameters>()...};
-        return std::apply([&](Parameters... parameters) { return (object.*operation)(parameters...); }, all);
+        return OrderedCall{object, operation, next<Parameters>()...}.result;
     }
 
 private:
