@@ -3,17 +3,18 @@
 
 #include <atomic>
 #include <functional>
+#include <semaphore.h>
 #include <thread>
 
 /// Runs two actions at the same time, repeatedly: in the caller's thread and in one of this object.
 ///
-/// They spin while they wait for each other, so that they start together; after a while they sleep in the unit's time,
-/// because the other may sleep there too.
+/// They spin while they wait for each other, so that they start together. After a while the one that waits sleeps, for
+/// the other may sleep in the unit's time, which only goes on when all threads sleep.
 class Pair {
 public:
     using Action = std::function<void()>;
 
-    Pair() : second_{[this] { live(); }} {}
+    Pair();
     ~Pair();
     Pair(const Pair&) = delete;
     Pair& operator=(const Pair&) = delete;
@@ -21,10 +22,17 @@ public:
     void run(const Action& first, const Action& second, int rounds);
 
 private:
-    void live();
-    void carryOut(const Action& action, unsigned skew);
-    void meet();
+    struct Member {
+        sem_t wakeUp{};
+        std::atomic<bool> sleeps{false};
+        std::atomic<unsigned> wakes{0};
+    };
 
+    void live();
+    void carryOut(Member& self, const Action& action, unsigned skew);
+    void meet(Member& self);
+
+    Member members_[2];
     std::atomic<unsigned> arrivals_{0};
     const Action* action_ = nullptr; ///< of the second thread, for the next round; null: it ends
     int rounds_ = 0;
