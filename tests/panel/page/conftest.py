@@ -35,7 +35,7 @@ def downloads(tmp_path_factory: pytest.TempPathFactory) -> pathlib.Path:
 
 
 @pytest.fixture(scope="session")
-def browser(downloads: pathlib.Path) -> Iterator[webdriver.Chrome]:
+def browser(runtime: pathlib.Path, downloads: pathlib.Path) -> Iterator[webdriver.Chrome]:
     options = webdriver.ChromeOptions()
     for word in (
         "--headless=new",
@@ -48,7 +48,8 @@ def browser(downloads: pathlib.Path) -> Iterator[webdriver.Chrome]:
     options.add_argument("--autoplay-policy=no-user-gesture-required")
     options.add_experimental_option("prefs", {"download.default_directory": str(downloads)})
     options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
-    driver = webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
+    environment = {**os.environ, "TMPDIR": str(runtime)}  # the browser does not remove all of its folders
+    driver = webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver", env=environment))
     driver.set_script_timeout(PATIENCE)
     driver.set_page_load_timeout(PATIENCE)
     yield driver
