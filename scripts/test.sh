@@ -15,7 +15,7 @@ for preset in i386 x86_64; do
     cmake --build --preset "$preset" -j "$(nproc)" >>"build/$preset.log" 2>&1 || { tail -n 60 "build/$preset.log" && exit 1; }
 done
 
-# One run over both ABIs, so that it ends with one summary. Many tests wait for processes and for time to pass: four for
+# One run over both ABIs, so that it ends with one summary. Many tests wait for processes and for time to pass: six for
 # each processor keep them busy.
 echo 'subdirs("i386" "x86_64")' >build/CTestTestfile.cmake
-exec ctest --test-dir build --output-on-failure -j $(($(nproc) * 4)) "$@"
+exec ctest --test-dir build --output-on-failure -j $(($(nproc) * 6)) "$@"
