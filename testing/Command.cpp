@@ -103,6 +103,11 @@ Outcome run(const std::string& command)
     return outcome;
 }
 
+std::string boundByPermissions()
+{
+    return geteuid() == 0 ? "setpriv --bounding-set=-dac_override,-dac_read_search " : "";
+}
+
 Outcome runOnTerminal(const std::string& command)
 {
     Outcome outcome{.command = command};

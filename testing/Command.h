@@ -27,6 +27,9 @@ Outcome run(const std::string& command);
 /// The same with the output on a terminal of 100 columns; standard error goes there as well.
 Outcome runOnTerminal(const std::string& command);
 
+/// Before a program in a command line: the permissions of files bind it, also when the tests run as root.
+std::string boundByPermissions();
+
 /// A private simulated unit that several programs can share, healthy except for the given settings, as long as the
 /// object lives.
 class Unit {

@@ -324,17 +324,16 @@ TEST_F(HostileUse, NamesAPermissionThatIsRefused)
 {
     run("hx-sim start only");
     const std::string units = folderOf("");
-    const auto asOther = [&](const std::string& command) {
-        return geteuid() == 0 ? run("setpriv --reuid 65534 hx-sim " + command)
-                              : run("chmod 0 " + units + "; hx-sim " + command + "; status=$?; chmod 700 " + units +
-                                    "; exit $status");
+    const auto refused = [&](const std::string& command) {
+        return run("chmod 0 " + units + "; " + hxtest::boundByPermissions() + "hx-sim " + command +
+                   "; status=$?; chmod 700 " + units + "; exit $status");
     };
 
-    EXPECT_THAT(asOther("get --unit only light"),
+    EXPECT_THAT(refused("get --unit only light"),
                 AllOf(statusIs(6), errorMatches("'only' cannot be reached: Permission denied")));
-    EXPECT_THAT(asOther("get light"), AllOf(statusIs(6), errorMatches("cannot be read: Permission denied")));
-    EXPECT_THAT(asOther("list"), AllOf(statusIs(1), errorMatches("cannot be read: Permission denied")));
-    EXPECT_THAT(asOther("start two"), AllOf(statusIs(1), errorMatches("cannot make the folder .*: Permission denied")));
+    EXPECT_THAT(refused("get light"), AllOf(statusIs(6), errorMatches("cannot be read: Permission denied")));
+    EXPECT_THAT(refused("list"), AllOf(statusIs(1), errorMatches("cannot be read: Permission denied")));
+    EXPECT_THAT(refused("start two"), AllOf(statusIs(1), errorMatches("cannot make the folder .*: Permission denied")));
 }
 
 TEST_F(HostileUse, SaysSoWhenItsOutputCannotBeWritten)

@@ -151,10 +151,8 @@ TEST_F(Descriptors, SurviveAStormOfSignalsInAProgramOnAUnit)
 TEST_F(Descriptors, SaySoWhenTheUnitMayNotBeReached)
 {
     run("hx-sim start unit");
-    const std::string probe = "hx-probe get /dev/adc-id 0";
-    const auto outcome = geteuid() == 0
-                             ? run("hx-sim run --unit unit -- setpriv --reuid 65534 " + probe)
-                             : run("chmod 0 " + folderOf("unit") + "/socket; hx-sim run --unit unit -- " + probe);
+    const auto outcome = run("chmod 0 " + folderOf("unit") + "/socket; hx-sim run --unit unit -- " +
+                             hxtest::boundByPermissions() + "hx-probe get /dev/adc-id 0");
 
     EXPECT_EQ(outcome.output, "Permission denied\n");
     EXPECT_EQ(outcome.error, "hx-sim: this program may not reach the simulated unit: Permission denied\n");
