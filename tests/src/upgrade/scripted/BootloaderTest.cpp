@@ -156,7 +156,7 @@ TEST(Bootloader, WritesAFullBlock)
 
 TEST(Bootloader, WritesAnAlignedShortBlockWithoutPadding)
 {
-    const Dialogue dialogue{"write-aligned"};
+    const Dialogue dialogue{"write"};
     constexpr std::array<std::uint8_t, 4> kData{1, 2, 4, 8};
 
     EXPECT_TRUE(stm32_write_memory(dialogue.target(), 0x08000000, kData.data(), kData.size()));
@@ -323,7 +323,7 @@ std::array<std::uint8_t, 256> scratch{};
 const Operation kOperations[] = {
     {"identify", [](const stm32_target*) { return identify() != nullptr; }},
     {"erase", [](const stm32_target* h) { return stm32_erase_memory(h); }},
-    {"write-aligned",
+    {"write",
      [](const stm32_target* h) {
          constexpr std::array<std::uint8_t, 4> kData{1, 2, 4, 8};
          return stm32_write_memory(h, 0x08000000, kData.data(), kData.size());
