@@ -7,6 +7,8 @@ namespace hxtest {
 
 namespace {
 
+constexpr const char* kInNames = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
+
 std::vector<const RowTests*>& everyFixture()
 {
     static std::vector<const RowTests*> fixtures;
@@ -22,6 +24,8 @@ public:
         for (const RowTests* fixture : everyFixture()) {
             EXPECT_FALSE(fixture->tests_.empty()) << fixture->fixture_ << " has rows and no test";
             EXPECT_FALSE(fixture->rows_.empty()) << fixture->fixture_ << " has tests and no row";
+            for (const std::string& complaint : fixture->complaints_)
+                ADD_FAILURE() << complaint;
         }
     }
 };
@@ -44,8 +48,16 @@ void RowTests::addRow(const std::string& table, const std::string& name, const v
 {
     const std::string suite = table + '/' + fixture_;
     std::size_t number = 0;
+    bool isTaken = false;
     for (const NamedRow& other : rows_)
-        number += other.suite == suite ? 1 : 0;
+        if (other.suite == suite) {
+            ++number;
+            isTaken = isTaken || other.name == name;
+        }
+    if (isTaken)
+        complaints_.push_back(suite + " has two rows named " + name);
+    if (name.find_first_not_of(kInNames) != std::string::npos)
+        complaints_.push_back(suite + " has a row named '" + name + "', which no filter selects");
     rows_.push_back({suite, name.empty() ? std::to_string(number) : name, row});
     for (const NamedTest& test : tests_)
         registerTest(test, rows_.back());

@@ -38,14 +38,15 @@ class TestWithRow : public testing::Test, public WithRow<Row> {
 };
 
 /// The tests of one fixture and the rows of its tables, in whichever order they are defined. A fixture with tests and
-/// no rows, or rows and no tests, fails the whole program.
+/// no rows, or rows and no tests, fails the whole program; so does a row whose name another one has, or that a filter
+/// would read as something else.
 class RowTests {
 public:
     using Make = testing::Test* (*)(const void* row);
 
     explicit RowTests(const char* fixture);
     void addTest(const char* name, const char* file, int line, Make make);
-    /// Without a name its number.
+    /// Without a name its number. Names are letters, digits and underscores.
     void addRow(const std::string& table, const std::string& name, const void* row);
 
 private:
@@ -67,6 +68,7 @@ private:
     std::string fixture_;
     std::vector<NamedTest> tests_{};
     std::vector<NamedRow> rows_{};
+    std::vector<std::string> complaints_{};
 };
 
 /// For tables whose rows have numbers only.

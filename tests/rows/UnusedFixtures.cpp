@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: LicenseRef-HXAux
-// Fixtures of which one lacks its tests and one its rows: this program fails, although the only test in it passes.
+// Fixtures of which one lacks its tests, one its rows, and one proper names: this program fails, although its tests
+// pass.
 #include "testing/RowTest.h"
+
+#include <string>
 
 class Used : public hxtest::TestWithRow<int> {};
 TEST_ROWS(Of, Used, hxtest::kNumbered, 1, 2);
@@ -18,4 +21,13 @@ class WithoutRow : public hxtest::TestWithRow<int> {};
 ROW_TEST(WithoutRow, IsNeverRun)
 {
     FAIL();
+}
+
+class Misnamed : public hxtest::TestWithRow<std::string> {};
+TEST_ROWS(
+    Of, Misnamed, [](const std::string& row) { return row; }, "Once", "Twice", "Twice", "Not-That");
+
+ROW_TEST(Misnamed, HasItsRow)
+{
+    EXPECT_NE(row(), "");
 }

@@ -71,7 +71,7 @@ void Pair::meet(Member& self)
     if (arrival % 2 != 0) { // the second to arrive
         if (other.sleeps.exchange(false)) {
             sem_post(&other.wakeUp);
-            spinUntil([&] { return other.wakes.load() == arrival; });
+            spinUntil([&] { return other.wokenBy.load() == arrival; });
         }
         return;
     }
@@ -83,5 +83,5 @@ void Pair::meet(Member& self)
         return; // it came just before
     while (sem_wait(&self.wakeUp) != 0) {
     }
-    self.wakes = arrival + 1;
+    self.wokenBy = arrival + 1;
 }

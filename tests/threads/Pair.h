@@ -25,7 +25,7 @@ private:
     struct Member {
         sem_t wakeUp{};
         std::atomic<bool> sleeps{false};
-        std::atomic<unsigned> wakes{0};
+        std::atomic<unsigned> wokenBy{0}; ///< the arrival, counted in `arrivals_`
     };
 
     void live();
